@@ -1,0 +1,88 @@
+# The two commands: `make run` and `make test`. Everything else is for those who work on the editor.
+
+SHELL := /bin/bash
+.SHELLFLAGS := -eu -o pipefail -c
+.DEFAULT_GOAL := help
+.DELETE_ON_ERROR:
+MAKEFLAGS += --no-print-directory
+
+JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 30
+BENCH_ARGS ?=
+FILES ?=
+PHOTO ?=
+export FUZZ_SECONDS
+
+RELEASE := build/release
+SANITIZE := build/sanitize
+FUZZ := build/fuzz
+LINT := build/lint
+
+# The rooms that need no window.
+CORE := -DORVANEL_ROOMS="raster;undo;model;io;cli"
+
+configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake -S . -B $(1) -G Ninja
+compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)
+
+.PHONY: help setup run test bench fuzz lint sample pictures
+
+help:
+	@echo 'make run              install what is needed, build the editor and start it'
+	@echo 'make run FILES="..."  the same, and open these files'
+	@echo 'make test             build and run all tests, the core'"'"'s again under sanitizers'
+	@echo 'make bench            run the benchmarks (BENCH_ARGS="--benchmark_filter=...")'
+	@echo 'make fuzz             run every fuzzer for FUZZ_SECONDS ($(FUZZ_SECONDS)) seconds'
+	@echo 'make lint             check layout and includes, run clang-tidy'
+	@echo 'make sample           write the sample document to build/sample.tessel'
+	@echo 'make pictures         take the pictures in docs/ (PHOTO="...")'
+	@echo 'make setup            only install what is needed'
+
+setup:
+	@scripts/setup.sh
+
+$(RELEASE)/build.ninja: Makefile | setup
+	@$(call configure,$(RELEASE)) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANEL_BENCH=ON
+
+$(SANITIZE)/build.ninja: Makefile | setup
+	@$(call configure,$(SANITIZE)) -DCMAKE_BUILD_TYPE=Debug -DORVANEL_SANITIZE=ON $(CORE)
+
+$(FUZZ)/build.ninja: Makefile | setup
+	@$(call configure,$(FUZZ)) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+	  -DORVANEL_FUZZ=ON $(CORE) -DBUILD_TESTING=OFF
+
+# What clang-tidy reads: clang's own compile commands for everything, without precompiled headers. Nothing is
+# built here: no source of ours includes a generated file.
+$(LINT)/build.ninja: Makefile | setup
+	@$(call configure,$(LINT)) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DORVANEL_BENCH=ON -DORVANEL_FUZZ=ON
+
+sample: setup
+	@python3 scripts/make_sample.py build/sample.tessel
+
+run: setup $(RELEASE)/build.ninja
+	@$(call compile,$(RELEASE)) --target orvanel
+	@scripts/run.sh $(RELEASE)/src/app/orvanel $(FILES)
+
+# One run of ctest over both builds, so that one summary speaks for all of it.
+test: setup $(RELEASE)/build.ninja $(SANITIZE)/build.ninja
+	@$(call compile,$(RELEASE))
+	@$(call compile,$(SANITIZE))
+	@echo 'subdirs(release sanitize)' > build/CTestTestfile.cmake
+	@QT_QPA_PLATFORM=offscreen ctest --test-dir build -j $(JOBS) --output-on-failure --no-tests=error </dev/null
+
+bench: setup $(RELEASE)/build.ninja
+	@$(call compile,$(RELEASE)) --target orvanel_bench
+	@$(RELEASE)/bench/orvanel_bench $(BENCH_ARGS)
+
+fuzz: setup $(FUZZ)/build.ninja
+	@$(call compile,$(FUZZ)) --target fuzzers
+	@scripts/fuzz.sh $(FUZZ)
+
+lint: setup $(LINT)/build.ninja $(RELEASE)/build.ninja
+	@scripts/lint.sh $(LINT) $(JOBS)
+	@$(call compile,$(RELEASE)) --target structure_tests
+	@ctest --test-dir $(RELEASE)/tests/structure --output-on-failure --no-tests=error
+
+pictures: setup $(RELEASE)/build.ninja
+	@$(call compile,$(RELEASE)) --target orvanel
+	@scripts/make_pictures.sh $(RELEASE)/src/app/orvanel "$(PHOTO)"

@@ -1,0 +1,139 @@
+#!/usr/bin/env python3
+"""Writes seeds for the fuzzers: small, valid and nearly valid inputs to start from.
+
+    make_fuzz_seeds.py FOLDER
+
+Each fuzzer fuzz_<name> has its seeds in FOLDER/<name>.
+"""
+
+import io
+import json
+import os
+import struct
+import sys
+import zipfile
+
+LAYER = "3F2504E0-4F89-41D3-9A0C-0305E82C3301"
+FOLDER = "6FA459EA-EE8A-4CA4-894E-DB77E160355E"
+MASK = "16FD2706-8BAF-433B-82EB-8C7FADA847DA"
+# Pixel format codes and bytes per pixel: two grey modes, two colour modes, masks.
+FORMATS = {0: 2, 1: 4, 2: 4, 3: 8, 4: 2}
+
+
+def layerdata(code, width, height, payload=None, magic=b"VKRM", version=1, stride=None):
+    pixel_bytes = FORMATS.get(code, 8)
+    stride = width * pixel_bytes if stride is None else stride
+    header = struct.pack("<4sHHIIII", magic, version, code, width, height, stride, 0)
+    if payload is None:
+        payload = bytes((i * 37) & 255 for i in range(width * height * pixel_bytes))
+    return header + payload
+
+
+def layer(**changes):
+    node = {
+        "type": "layer",
+        "id": LAYER,
+        "name": "Layer",
+        "opacity": 0.5,
+        "blendMode": 1,
+        "isVisible": True,
+        "isLocked": False,
+        "hasPixelData": True,
+    }
+    node.update(changes)
+    return node
+
+
+def folder(children, **changes):
+    node = layer(type="folder", id=FOLDER, name="Folder", hasPixelData=False, isExpanded=True)
+    node["children"] = children
+    node.update(changes)
+    return node
+
+
+def manifest(nodes, mode=3, width=4, height=3, version=3, **document):
+    values = {"name": "Seed", "canvasWidth": width, "canvasHeight": height, "colorMode": mode}
+    values.update(document)
+    moment = "2026-01-01T18:00:00Z"
+    return {
+        "formatVersion": version,
+        "generator": "Orvanel 0.1",
+        "metadata": {"createdAt": moment, "modifiedAt": moment},
+        "document": values,
+        "nodes": nodes,
+    }
+
+
+def text(value):
+    return json.dumps(value, indent=2, sort_keys=True).encode()
+
+
+def nested(depth):
+    node = layer()
+    for _ in range(depth):
+        node = folder([node])
+    return node
+
+
+def archive(manifest_bytes, entries, method=zipfile.ZIP_DEFLATED):
+    data = io.BytesIO()
+    with zipfile.ZipFile(data, "w", method) as out:
+        for name, content in [("manifest.json", manifest_bytes), *entries]:
+            out.writestr(zipfile.ZipInfo(name, (2026, 1, 1, 0, 0, 0)), content, method)
+    return data.getvalue()
+
+
+def manifests():
+    masked = layer(mask={"id": MASK, "isEnabled": False})
+    yield "empty", text(manifest([]))
+    yield "layer", text(manifest([layer()], selectedNodeID=LAYER, foregroundColor="DD8163"))
+    yield "tree", text(manifest([folder([masked, layer()]), layer(blendMode=99)], backgroundColor="+12345"))
+    yield "deep", text(manifest([nested(12)]))
+    yield "version", text(manifest([], version=2))
+    yield "types", text(manifest([layer(opacity="1", blendMode=1.5, isVisible=1, id=None)], mode=-1))
+    yield "numbers", text(manifest([layer(opacity=1e308)], width=2**63, height=-1))
+    yield "escapes", b'{"formatVersion":3,"document":{"name":"\\ud800\\u0000\xff"},"nodes":[null]}'
+    yield "nesting", b"[" * 600 + b"]" * 600
+    yield "cut", text(manifest([layer()]))[:-9]
+
+
+def layerdatas():
+    for code in FORMATS:
+        yield f"format{code}", layerdata(code, 3, 2)
+    yield "unknown", layerdata(9, 3, 2)
+    yield "magic", layerdata(3, 3, 2, magic=b"MRKV")
+    yield "huge", layerdata(3, 0xFFFFFFFF, 0xFFFFFFFF, payload=b"", stride=0)
+    yield "short", layerdata(2, 3, 2)[:-1]
+    yield "header", layerdata(2, 3, 2)[:23]
+
+
+def archives():
+    name = f"layers/{LAYER}.layerdata"
+    mask_name = f"layers/{LAYER}.mask.layerdata"
+    masked = layer(mask={"id": MASK, "isEnabled": True})
+    for mode in range(4):
+        content = text(manifest([folder([masked])], mode=mode))
+        entries = [(name, layerdata(mode, 4, 3)), (mask_name, layerdata(4, 4, 3))]
+        yield f"mode{mode}", archive(content, entries)
+    content = text(manifest([layer()]))
+    yield "stored", archive(content, [(name, layerdata(3, 4, 3))], zipfile.ZIP_STORED)
+    yield "missing", archive(content, [])
+    yield "other", archive(content, [(name, layerdata(2, 5, 3)), ("preview.png", b"\x89PNG")])
+    yield "empty", archive(text(manifest([])), [])
+    whole = archive(content, [(name, layerdata(3, 4, 3))])
+    yield "cut", whole[: len(whole) // 2]
+
+
+def main(root):
+    for fuzzer, seeds in (("manifest", manifests), ("layerdata", layerdatas), ("archive", archives)):
+        place = os.path.join(root, fuzzer)
+        os.makedirs(place, exist_ok=True)
+        for name, content in seeds():
+            with open(os.path.join(place, name), "wb") as file:
+                file.write(content)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    main(sys.argv[1])

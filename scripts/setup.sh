@@ -1,0 +1,51 @@
+#!/bin/bash
+# Installs what building, testing and running need, on Debian 12 and its relatives. Says nothing and
+# changes nothing when all of it is there.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(
+  # Compilers and build tools
+  make g++ cmake ninja-build pkg-config ccache mold
+  # Checks: layout, static analysis, fuzzing with its sanitizers
+  clang clang-format clang-tidy libclang-rt-14-dev llvm
+  # The window and its images
+  qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-image-formats-plugins libgl-dev
+  libgif-dev libheif-dev qt6-wayland
+  # The core: vectors, threads, results, compression, archives
+  libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
+  # Tests and benchmarks
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # Running without a display and taking pictures of it
+  xvfb xauth xdotool imagemagick fonts-dejavu-core python3
+)
+
+# dpkg-query fails when it knows one of them not at all.
+known=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' "${packages[@]}" 2>/dev/null || true)
+missing=()
+for package in "${packages[@]}"; do
+  grep -qx "$package installed" <<<"$known" || missing+=("$package")
+done
+((${#missing[@]})) || exit 0
+
+if ! command -v apt-get >/dev/null; then
+  echo "This machine has no apt. Please install the equivalents of: ${missing[*]}" >&2
+  exit 1
+fi
+
+# Becoming root may ask for a password on the terminal, which a step's log would swallow.
+asRoot=()
+if ((EUID != 0)); then
+  command -v sudo >/dev/null || {
+    echo "Not root, and there is no sudo. Please install: ${missing[*]}" >&2
+    exit 1
+  }
+  sudo -n true 2>/dev/null || sudo -v
+  asRoot=(sudo)
+fi
+apt=("${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y
+  -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300)
+
+scripts/step.sh "Reading the package lists" build/setup.log "${apt[@]}" update
+scripts/step.sh "Installing ${#missing[@]} packages" build/setup.log \
+  "${apt[@]}" install --no-install-recommends "${missing[@]}"
