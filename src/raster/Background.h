@@ -1,0 +1,13 @@
+// Where work runs that nobody waits for: compressing the history, saving. It yields to the frame and to
+// commands. Background work holds surfaces and tiles, never model objects.
+#pragma once
+
+#include <tbb/task_arena.h>
+
+namespace orvanel {
+
+/// One low-priority arena for the process. Tasks should take a few milliseconds at most, so that a core
+/// is free soon when the foreground needs it.
+[[nodiscard]] tbb::task_arena& backgroundArena();
+
+}  // namespace orvanel

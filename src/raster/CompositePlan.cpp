@@ -1,0 +1,262 @@
+#include "raster/CompositePlan.h"
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cassert>
+#include <memory>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "raster/ColorMode.h"
+#include "raster/Hash.h"
+#include "raster/Regularity.h"
+#include "raster/kernels/CompositeStrip.h"
+
+namespace orvanel {
+namespace {
+
+using kernels::PlaneSet;
+using kernels::StripAccumulator;
+using kernels::StripSource;
+
+void fold(Hasher& hasher, const Tile& tile) {
+  hasher.fold(tile.isUniform() ? 1 : 2);
+  hasher.fold(tile.isUniform() ? tile.pixel() : tile.version());
+}
+
+float halfCoverage(std::uint64_t pixel) {
+  const auto bits = static_cast<std::uint32_t>(regularPixel(pixel, PixelFormat::r16Float) & 0xFFFFU);
+  return std::bit_cast<float>(bits << 13U) * 0x1p112F;
+}
+
+/// The alpha channel's bits of a uniform pixel, and their value at full coverage.
+std::uint64_t alphaBits(std::uint64_t pixel, PixelFormat format) {
+  const bool isByte = format == PixelFormat::rg8Unorm || format == PixelFormat::rgba8Unorm;
+  return pixel >> (static_cast<unsigned>(bytesPerPixel(format)) * 8U - (isByte ? 8U : 16U));
+}
+
+std::uint64_t fullAlphaBits(PixelFormat format) {
+  switch (format) {
+    case PixelFormat::rg16Unorm:
+      return 0xFFFF;
+    case PixelFormat::rgba16Float:
+      return 0x3C00;
+    default:
+      return 0xFF;
+  }
+}
+
+/// What one step contributes to one tile, once uniform masks and transparent tiles are settled.
+struct Contribution {
+  StripSource source;  ///< pixels and mask are those of the whole tile
+  const Tile* sourceTile = nullptr;
+  const Tile* maskTile = nullptr;
+  bool isOpaqueCover = false;  ///< hides all that lies beneath
+};
+
+/// Makes the tiles of all targets at one place of the canvas. One for each task; not shared.
+class TileComposer {
+ public:
+  explicit TileComposer(std::span<const CompositePlan::TargetPlan> targets)
+      : targets_(targets), recipes_(targets.size()) {}
+
+  /// Makes every target's tile that is out of date, innermost targets first; gives their number.
+  int bringUpToDate(int index, CompositeScope scope) {
+    // A target is nested only in one added before it, so going backwards meets inner targets first.
+    for (std::size_t target = targets_.size(); target-- > 0;) recipes_[target] = recipeOf(target, index);
+    if (scope == CompositeScope::changedTiles && targets_[0].surface->recipe(index) == recipes_[0]) return 0;
+    int made = 0;
+    for (std::size_t target = targets_.size(); target-- > 0;) {
+      Surface& surface = *targets_[target].surface;
+      if (scope == CompositeScope::changedTiles && surface.recipe(index) == recipes_[target]) continue;
+      makeTile(targets_[target], index);
+      surface.setRecipe(index, recipes_[target]);
+      ++made;
+    }
+    return made;
+  }
+
+ private:
+  /// Everything that decides the pixels of this tile.
+  [[nodiscard]] std::uint64_t recipeOf(std::size_t target, int index) const {
+    const CompositePlan::TargetPlan& plan = targets_[target];
+    Hasher hasher;
+    hasher.fold(static_cast<std::uint64_t>(plan.surface->format()));
+    for (const CompositePlan::Step& step : plan.steps) {
+      hasher.fold(std::uint64_t{step.params.blendMode} << 33U | std::uint64_t{step.params.visible} << 32U |
+                  std::bit_cast<std::uint32_t>(step.params.opacity));
+      if (step.nested >= 0) {
+        hasher.fold(recipes_[static_cast<std::size_t>(step.nested)]);
+      } else {
+        hasher.fold(static_cast<std::uint64_t>(step.source->format()));
+        fold(hasher, step.source->tile(index));
+      }
+      if (step.mask != nullptr) fold(hasher, step.mask->tile(index));
+      hasher.fold(step.mask != nullptr ? 1 : 0);
+    }
+    return hasher.value() | 1U;  // 0 means unknown
+  }
+
+  /// The step's part in this tile; nothing when it leaves the backdrop as it is.
+  [[nodiscard]] std::optional<Contribution> contributionOf(const CompositePlan::Step& step, int index) const {
+    const Surface& surface =
+        step.nested >= 0 ? *targets_[static_cast<std::size_t>(step.nested)].surface : *step.source;
+    Contribution part;
+    part.sourceTile = &surface.tile(index);
+    part.source.format = surface.format();
+    part.source.opacity = std::clamp(step.params.opacity, 0.0F, 1.0F);
+    part.source.blendMode = static_cast<BlendMode>(step.params.blendMode);
+    if (step.mask != nullptr) {
+      const Tile& mask = step.mask->tile(index);
+      if (mask.isUniform()) {
+        part.source.opacity *= halfCoverage(mask.pixel());
+      } else {
+        part.maskTile = &mask;
+        part.source.mask = reinterpret_cast<const std::uint16_t*>(mask.data());
+      }
+    }
+    if (!(part.source.opacity > 0.0F)) return std::nullopt;
+    bool isOpaque = part.sourceTile->has(TileTrait::opaque);
+    if (part.sourceTile->isUniform()) {
+      part.source.uniformPixel = regularPixel(part.sourceTile->pixel(), part.source.format);
+      const std::uint64_t alpha = alphaBits(part.source.uniformPixel, part.source.format);
+      if (alpha == 0) return std::nullopt;
+      isOpaque = alpha == fullAlphaBits(part.source.format);
+    } else {
+      part.source.pixels = part.sourceTile->data();
+    }
+    part.isOpaqueCover = isOpaque && part.maskTile == nullptr && part.source.opacity >= 1.0F &&
+                         part.source.blendMode == BlendMode::normal;
+    return part;
+  }
+
+  void makeTile(const CompositePlan::TargetPlan& plan, int index) {
+    contributions_.clear();
+    for (const CompositePlan::Step& step : plan.steps) {
+      if (step.params.visible == 0) continue;
+      std::optional<Contribution> part = contributionOf(step, index);
+      if (!part) continue;
+      if (part->isOpaqueCover) contributions_.clear();
+      contributions_.push_back(*part);
+    }
+    Surface& surface = *plan.surface;
+    if (contributions_.empty()) return surface.setUniform(index, 0);
+    const Contribution& bottom = contributions_.front();
+    if (contributions_.size() == 1 && bottom.isOpaqueCover && bottom.source.format == surface.format()) {
+      return bottom.sourceTile->isUniform() ? surface.setUniform(index, bottom.source.uniformPixel)
+                                            : surface.setTile(index, *bottom.sourceTile);
+    }
+    const bool uniform =
+        std::all_of(contributions_.begin(), contributions_.end(), [](const Contribution& part) {
+          return part.source.pixels == nullptr && part.source.mask == nullptr;
+        });
+    if (uniform) {
+      alignas(64) std::array<std::byte, 16 * 8> pixels;
+      composeStrip(surface.format(), 0, 16, pixels.data());
+      return surface.setUniform(index, packPixel(pixels.data(), surface.pixelBytes()));
+    }
+    readIrregularTiles();
+    std::byte* out = surface.overwriteTile(index);
+    const std::size_t stripBytes =
+        static_cast<std::size_t>(kernels::stripPixels) * static_cast<std::size_t>(surface.pixelBytes());
+    for (int strip = 0; strip < tileSide / kernels::stripRows; ++strip) {
+      composeStrip(surface.format(), strip, kernels::stripPixels,
+                   out + static_cast<std::size_t>(strip) * stripBytes);
+    }
+  }
+
+  /// Replaces tiles that hold NaN, infinity or coverage out of range by what kernels read of them.
+  void readIrregularTiles() {
+    regularCopies_.clear();
+    for (Contribution& part : contributions_) {
+      if (part.source.pixels != nullptr && part.sourceTile->has(TileTrait::irregular)) {
+        part.source.pixels = regularCopy(*part.sourceTile, part.source.format);
+      }
+      if (part.maskTile != nullptr && part.maskTile->has(TileTrait::irregular)) {
+        part.source.mask =
+            reinterpret_cast<const std::uint16_t*>(regularCopy(*part.maskTile, maskPixelFormat));
+      }
+    }
+  }
+
+  const std::byte* regularCopy(const Tile& tile, PixelFormat format) {
+    auto copy = std::make_unique<TileBuffer>(tile.buffer()->bytes().size());
+    regularise(tile.data(), copy->bytes().data(), tilePixels, format);
+    return regularCopies_.emplace_back(std::move(copy))->bytes().data();
+  }
+
+  void composeStrip(PixelFormat format, int strip, int count, std::byte* out) {
+    // Red, green and blue are equal throughout a grey document, its folders' temporaries included.
+    const bool grey = std::any_of(contributions_.begin(), contributions_.end(), [](const Contribution& part) {
+      return part.source.format == PixelFormat::rg8Unorm || part.source.format == PixelFormat::rg16Unorm;
+    });
+    const PlaneSet planes = grey ? PlaneSet::grey : PlaneSet::rgb;
+    kernels::clearStrip(accumulator_, planes, count);
+    const std::size_t firstPixel = static_cast<std::size_t>(strip) * kernels::stripPixels;
+    for (const Contribution& part : contributions_) {
+      StripSource source = part.source;
+      const auto pixelBytes = static_cast<std::size_t>(bytesPerPixel(source.format));
+      if (source.pixels != nullptr) source.pixels += firstPixel * pixelBytes;
+      if (source.mask != nullptr) source.mask += firstPixel;
+      kernels::compositeStrip(accumulator_, planes, source, count);
+    }
+    kernels::storeStrip(accumulator_, planes, format, out, count);
+  }
+
+  std::span<const CompositePlan::TargetPlan> targets_;
+  std::vector<std::uint64_t> recipes_;
+  std::vector<Contribution> contributions_;
+  std::vector<std::unique_ptr<TileBuffer>> regularCopies_;
+  StripAccumulator accumulator_;
+};
+
+bool fits(const Surface& canvas, const Surface* other) {
+  return other == nullptr || (other->width() == canvas.width() && other->height() == canvas.height());
+}
+
+}  // namespace
+
+CompositePlan::CompositePlan(Surface& canvas) {
+  targets_.push_back({&canvas, {}});
+}
+
+CompositePlan::Target CompositePlan::addTarget(Surface& temporary) {
+  assert(fits(*targets_[0].surface, &temporary));
+  targets_.push_back({&temporary, {}});
+  return static_cast<Target>(targets_.size()) - 1;
+}
+
+void CompositePlan::compositeLayer(Target target, const CompositeParams& params, const Surface& source,
+                                   const Surface* mask) {
+  const Surface& canvas = *targets_[0].surface;
+  if (!fits(canvas, &source) || !fits(canvas, mask)) return;
+  targets_[static_cast<std::size_t>(target)].steps.push_back({params, &source, mask, -1});
+}
+
+void CompositePlan::compositeTarget(Target target, const CompositeParams& params, Target source) {
+  assert(source > target);
+  targets_[static_cast<std::size_t>(target)].steps.push_back({params, nullptr, nullptr, source});
+}
+
+CompositeReport CompositePlan::run(CompositeScope scope) {
+  for (const TargetPlan& target : targets_) target.surface->rememberRecipes();
+  std::atomic<int> made{0};
+  tbb::parallel_for(tbb::blocked_range<int>(0, targets_[0].surface->tileCount()),
+                    [&](const tbb::blocked_range<int>& range) {
+                      const auto composer = std::make_unique<TileComposer>(targets_);
+                      int madeHere = 0;
+                      for (int index = range.begin(); index < range.end(); ++index) {
+                        madeHere += composer->bringUpToDate(index, scope);
+                      }
+                      made.fetch_add(madeHere, std::memory_order_relaxed);
+                    });
+  return {made.load()};
+}
+
+}  // namespace orvanel

@@ -1,0 +1,52 @@
+// Records the passes of one frame and draws them band by band into a drawable, each band through all its
+// passes while it is in cache. Lives for one frame, on the main thread; drawing is done when
+// `endEncoding` returns.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "raster/MetalContext.h"
+
+namespace orvanel {
+
+/// Memory that a frame is drawn into: premultiplied 8-bit BGRA, in device pixels.
+struct Drawable {
+  std::uint32_t* pixels = nullptr;
+  std::size_t pixelsPerRow = 0;
+  int width = 0;
+  int height = 0;
+};
+
+class RenderEncoder {
+ public:
+  struct Draw {
+    FragmentFunction function;
+    std::vector<std::byte> uniforms;
+    const Surface* texture;
+    std::vector<std::byte> points;
+  };
+
+  explicit RenderEncoder(const Drawable& drawable) : drawable_(drawable) {}
+
+  /// Adds a full-view draw. Uniforms and points are copied; the texture must live until `endEncoding`.
+  void draw(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
+            const Surface* texture = nullptr, std::span<const std::byte> points = {});
+  /// A hash of everything the recorded picture depends on: drawable, passes, uniforms, points and the tiles
+  /// of the textures. Equal fingerprints draw equal pictures; no pixel is read.
+  [[nodiscard]] std::uint64_t fingerprint() const;
+  /// Draws what was recorded and forgets it.
+  void endEncoding();
+
+  /// What has been recorded, in drawing order.
+  [[nodiscard]] const std::vector<Draw>& draws() const { return draws_; }
+
+ private:
+  Drawable drawable_;
+  std::vector<Draw> draws_;
+};
+
+}  // namespace orvanel

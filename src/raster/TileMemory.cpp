@@ -1,0 +1,185 @@
+#include "raster/TileMemory.h"
+
+#include <sys/mman.h>
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cassert>
+#include <limits>
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+#include "raster/MetalContext.h"
+
+namespace orvanel::tileMemory {
+namespace {
+
+constexpr std::size_t slabBytes = std::size_t{2} << 20U;
+constexpr std::size_t smallestBlock = std::size_t{16} << 10U;
+constexpr std::size_t sizeClasses = 5;  // 16, 32, 64, 128, 256 KiB
+// Emptied slabs kept for the next edit, so that a busy canvas doesn't go to the system for every tile.
+constexpr std::size_t spareSlabs = 4;
+
+/// A slab at an address that is a multiple of its size, so that a block finds its slab by masking.
+std::byte* mapSlab() {
+  void* raw = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (raw == MAP_FAILED) fatalFault("Out of memory for pixels");
+  const auto address = reinterpret_cast<std::uintptr_t>(raw);
+  const std::uintptr_t aligned = (address + slabBytes - 1) & ~(slabBytes - 1);
+  if (aligned > address) munmap(raw, aligned - address);
+  const std::uintptr_t end = address + 2 * slabBytes;
+  if (end > aligned + slabBytes) {
+    munmap(reinterpret_cast<void*>(aligned + slabBytes), end - aligned - slabBytes);
+  }
+  auto* slab = reinterpret_cast<std::byte*>(aligned);
+  madvise(slab, slabBytes, MADV_HUGEPAGE);
+  return slab;
+}
+
+/// Blocks of one size. Only slabs with a free block are listed; a full slab comes back with its first
+/// released block.
+class Pool {
+ public:
+  void setBlockBytes(std::size_t bytes) { blockBytes_ = bytes; }
+
+  std::byte* allocate() {
+    const std::lock_guard guard(mutex_);
+    if (open_.empty()) openSlab(mapSlab());
+    Slab& slab = slabs_.at(open_.back());
+    const unsigned index = static_cast<unsigned>(std::countr_zero(slab.freeBlocks[slab.firstWord()]));
+    const std::size_t word = slab.firstWord();
+    slab.freeBlocks[word] &= ~(std::uint64_t{1} << index);
+    std::byte* block = open_.back() + (word * 64 + index) * blockBytes_;
+    if (slab.used++ == 0 && slab.wasSpare) {
+      slab.wasSpare = false;
+      --spare_;
+    }
+    if (slab.used == blocksPerSlab()) open_.pop_back();
+    return block;
+  }
+
+  /// Gives the pages of free blocks back to the system, slab by slab.
+  void trim() {
+    for (std::size_t place = 0;; ++place) {
+      const std::lock_guard guard(mutex_);
+      if (place >= open_.size()) return;
+      Slab& slab = slabs_.at(open_[place]);
+      for (std::size_t index = 0; index < blocksPerSlab(); ++index) {
+        const std::uint64_t bit = std::uint64_t{1} << (index % 64);
+        if ((slab.freeBlocks[index / 64] & bit) == 0 || (slab.coldBlocks[index / 64] & bit) != 0) continue;
+        madvise(open_[place] + index * blockBytes_, blockBytes_, MADV_DONTNEED);
+        slab.coldBlocks[index / 64] |= bit;
+      }
+    }
+  }
+
+  void release(std::byte* block) {
+    const std::lock_guard guard(mutex_);
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    auto* base = reinterpret_cast<std::byte*>(address & ~(slabBytes - 1));
+    Slab& slab = slabs_.at(base);
+    const std::size_t index = static_cast<std::size_t>(block - base) / blockBytes_;
+    const std::uint64_t bit = std::uint64_t{1} << (index % 64);
+    slab.freeBlocks[index / 64] |= bit;
+    slab.coldBlocks[index / 64] &= ~bit;
+    if (slab.used-- == blocksPerSlab()) open_.push_back(base);
+    if (slab.used == 0) retire(base, slab);
+  }
+
+ private:
+  struct Slab {
+    std::array<std::uint64_t, 2> freeBlocks{};
+    std::array<std::uint64_t, 2> coldBlocks{};  ///< free, with no memory behind them
+    std::size_t used = 0;
+    bool wasSpare = false;
+    [[nodiscard]] std::size_t firstWord() const { return freeBlocks[0] != 0 ? 0 : 1; }
+  };
+
+  [[nodiscard]] std::size_t blocksPerSlab() const { return slabBytes / blockBytes_; }
+
+  void openSlab(std::byte* base) {
+    Slab slab;
+    const std::size_t count = blocksPerSlab();
+    slab.freeBlocks[0] = count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+    slab.freeBlocks[1] = count >= 128 ? ~std::uint64_t{0} : 0;
+    slab.coldBlocks = slab.freeBlocks;
+    slabs_.emplace(base, slab);
+    open_.push_back(base);
+  }
+
+  void retire(std::byte* base, Slab& slab) {
+    if (spare_ < spareSlabs) {
+      slab.wasSpare = true;
+      ++spare_;
+      return;
+    }
+    std::erase(open_, base);
+    slabs_.erase(base);
+    munmap(base, slabBytes);
+  }
+
+  std::mutex mutex_;
+  std::size_t blockBytes_ = 0;
+  std::size_t spare_ = 0;
+  std::unordered_map<std::byte*, Slab> slabs_;
+  std::vector<std::byte*> open_;
+};
+
+struct Arena {
+  std::array<Pool, sizeClasses> pools;
+  std::atomic<std::size_t> bytesInUse{0};
+  std::atomic<int> surfacesAllowed{std::numeric_limits<int>::max()};
+
+  Arena() {
+    for (std::size_t i = 0; i < sizeClasses; ++i) pools[i].setBlockBytes(smallestBlock << i);
+  }
+  Pool& poolFor(std::size_t bytes) {
+    assert(std::has_single_bit(bytes) && bytes >= smallestBlock &&
+           bytes <= smallestBlock << (sizeClasses - 1));
+    return pools[static_cast<std::size_t>(std::countr_zero(bytes) - std::countr_zero(smallestBlock))];
+  }
+};
+
+// Never destroyed: tiles held by background work may go after main has returned.
+Arena& arena() {
+  static auto* instance = new Arena;
+  return *instance;
+}
+
+}  // namespace
+
+std::byte* allocate(std::size_t bytes) {
+  std::byte* block = arena().poolFor(bytes).allocate();
+  arena().bytesInUse.fetch_add(bytes, std::memory_order_relaxed);
+  return block;
+}
+
+void release(std::byte* block, std::size_t bytes) noexcept {
+  arena().bytesInUse.fetch_sub(bytes, std::memory_order_relaxed);
+  arena().poolFor(bytes).release(block);
+}
+
+void trim() {
+  for (Pool& pool : arena().pools) pool.trim();
+}
+
+std::size_t bytesInUse() noexcept {
+  return arena().bytesInUse.load(std::memory_order_relaxed);
+}
+
+ScopedSurfaceFailure::ScopedSurfaceFailure(int surfacesAllowed) {
+  arena().surfacesAllowed = surfacesAllowed;
+}
+ScopedSurfaceFailure::~ScopedSurfaceFailure() {
+  arena().surfacesAllowed = std::numeric_limits<int>::max();
+}
+
+bool admitSurface() noexcept {
+  std::atomic<int>& allowed = arena().surfacesAllowed;
+  if (allowed.load(std::memory_order_relaxed) == std::numeric_limits<int>::max()) return true;
+  return allowed.fetch_sub(1, std::memory_order_relaxed) > 0;
+}
+
+}  // namespace orvanel::tileMemory

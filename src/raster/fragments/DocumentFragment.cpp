@@ -1,0 +1,197 @@
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "raster/Surface.h"
+#include "raster/fragments/DisplayRows.h"
+#include "raster/fragments/FragmentUniforms.h"
+#include "raster/fragments/ScreenMapping.h"
+
+namespace orvanel::fragments {
+namespace {
+
+enum class Blend { nothing, replace, over };
+
+Blend blendOf(const displayRows::Coverage& coverage) {
+  if (coverage.isTransparent) return Blend::nothing;
+  return coverage.isOpaque ? Blend::replace : Blend::over;
+}
+
+/// A run of device columns that is drawn in one way.
+struct Segment {
+  PixelSpan columns;
+  Blend blend;
+};
+
+/// The device columns that show one column of tiles.
+struct TileColumns {
+  int tileX;
+  PixelSpan device;
+  PixelSpan document;
+};
+
+/// Makes rows of the document as the screen shows them, one document row at a time.
+class RowBuilder {
+ public:
+  RowBuilder(const Surface& texture, const AxisMapping& mapping, PixelSpan columns, std::uint32_t channelMask)
+      : texture_(texture),
+        channelMask_(channelMask),
+        pixelBytes_(static_cast<std::size_t>(texture.pixelBytes())),
+        columns_(columns),
+        indices_(mapping.indices(columns)),
+        display_(indices_.size()) {
+    isOneToOne_ = isContiguous();
+    isMagnified_ = !isOneToOne_ && indices_.back() - indices_.front() < columns.length();
+    gathered_.resize(isMagnified_ || isOneToOne_ ? 0 : display_.size() * pixelBytes_);
+    converted_.resize(isMagnified_ ? tileSide : 0);
+    splitByTiles();
+  }
+
+  void build(int documentY) {
+    segments_.clear();
+    const std::size_t rowInTile = static_cast<std::size_t>(documentY % tileSide) * tileSide * pixelBytes_;
+    for (const TileColumns& part : parts_) {
+      const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, documentY / tileSide));
+      append(part.device,
+             tile.isUniform() ? fillUniform(part, tile) : convertRow(part, tile.data() + rowInTile));
+    }
+  }
+
+  void draw(std::uint32_t* bandRow) const {
+    for (const Segment& segment : segments_) {
+      const auto count = static_cast<std::size_t>(segment.columns.length());
+      const std::uint32_t* source = display_.data() + (segment.columns.begin - columns_.begin);
+      std::uint32_t* destination = bandRow + segment.columns.begin;
+      if (segment.blend == Blend::replace) {
+        std::memcpy(destination, source, count * sizeof(std::uint32_t));
+      } else if (segment.blend == Blend::over) {
+        displayRows::blendOver(destination, source, count);
+      }
+    }
+  }
+
+ private:
+  [[nodiscard]] bool isContiguous() const {
+    for (std::size_t i = 1; i < indices_.size(); ++i) {
+      if (indices_[i] != indices_[i - 1] + 1) return false;
+    }
+    return true;
+  }
+
+  [[nodiscard]] std::int32_t indexAt(int device) const {
+    return indices_[static_cast<std::size_t>(device - columns_.begin)];
+  }
+
+  void splitByTiles() {
+    auto from = indices_.begin();
+    while (from != indices_.end()) {
+      const int tileX = *from / tileSide;
+      const auto to = std::lower_bound(from, indices_.end(), (tileX + 1) * tileSide);
+      const auto deviceAt = [&](auto position) {
+        return columns_.begin + static_cast<int>(position - indices_.begin());
+      };
+      parts_.push_back({tileX, {deviceAt(from), deviceAt(to)}, {*from, *(to - 1) + 1}});
+      from = to;
+    }
+  }
+
+  std::uint32_t* displayAt(int device) { return display_.data() + (device - columns_.begin); }
+
+  Blend fillUniform(const TileColumns& part, const Tile& tile) {
+    const std::uint64_t pixel = tile.pixel();
+    std::uint32_t color = 0;
+    const Blend blend = blendOf(displayRows::convert(
+        texture_.format(), reinterpret_cast<const std::byte*>(&pixel), &color, 1, channelMask_));
+    if (blend != Blend::nothing) std::fill_n(displayAt(part.device.begin), part.device.length(), color);
+    return blend;
+  }
+
+  Blend convertRow(const TileColumns& part, const std::byte* tileRow) {
+    const auto convert = [&](const std::byte* source, std::uint32_t* destination, int count) {
+      return blendOf(displayRows::convert(texture_.format(), source, destination,
+                                          static_cast<std::size_t>(count), channelMask_));
+    };
+    const std::byte* first = tileRow + static_cast<std::size_t>(part.document.begin % tileSide) * pixelBytes_;
+    std::uint32_t* destination = displayAt(part.device.begin);
+    if (isOneToOne_) return convert(first, destination, part.device.length());
+    if (!isMagnified_) {
+      if (pixelBytes_ == 8) {
+        gather<std::uint64_t>(part, tileRow);
+      } else {
+        gather<std::uint32_t>(part, tileRow);
+      }
+      return convert(gathered_.data(), destination, part.device.length());
+    }
+    const Blend blend = convert(first, converted_.data(), part.document.length());
+    for (int x = part.device.begin; x < part.device.end; ++x) {
+      *destination++ = converted_[static_cast<std::size_t>(indexAt(x) - part.document.begin)];
+    }
+    return blend;
+  }
+
+  template <typename Pixel>
+  void gather(const TileColumns& part, const std::byte* tileRow) {
+    const auto* source = reinterpret_cast<const Pixel*>(tileRow);
+    auto* destination = reinterpret_cast<Pixel*>(gathered_.data());
+    for (int x = part.device.begin; x < part.device.end; ++x) {
+      *destination++ = source[static_cast<std::size_t>(indexAt(x)) % tileSide];
+    }
+  }
+
+  void append(PixelSpan device, Blend blend) {
+    if (blend == Blend::nothing) return;
+    if (!segments_.empty() && segments_.back().blend == blend &&
+        segments_.back().columns.end == device.begin) {
+      segments_.back().columns.end = device.end;
+    } else {
+      segments_.push_back({device, blend});
+    }
+  }
+
+  const Surface& texture_;
+  std::uint32_t channelMask_;
+  std::size_t pixelBytes_;
+  PixelSpan columns_;
+  std::vector<std::int32_t> indices_;
+  std::vector<std::uint32_t> display_;
+  std::vector<std::byte> gathered_;
+  std::vector<std::uint32_t> converted_;
+  std::vector<TileColumns> parts_;
+  std::vector<Segment> segments_;
+  bool isOneToOne_ = false;
+  bool isMagnified_ = false;
+};
+
+}  // namespace
+
+void document(const FragmentInvocation& invocation, const FragmentBand& band) {
+  const Surface* texture = invocation.textures[0];
+  if (texture == nullptr) return;
+  if (texture->format() != PixelFormat::rgba8Unorm && texture->format() != PixelFormat::rgba16Float) return;
+
+  const auto uniforms = fragmentUniforms<DocumentUniforms>(invocation);
+  // A picture of another size than the canvas can't be placed on it.
+  const bool fits = texture->width() == static_cast<int>(uniforms.view.canvasWidth) &&
+                    texture->height() == static_cast<int>(uniforms.view.canvasHeight);
+  if (!fits) return;
+
+  const AxisMapping horizontal = AxisMapping::horizontal(uniforms.view);
+  const AxisMapping vertical = AxisMapping::vertical(uniforms.view);
+  const PixelSpan columns = horizontal.inside(0, band.width);
+  const PixelSpan rows = vertical.inside(band.y, band.y + band.rows);
+  if (columns.isEmpty() || rows.isEmpty()) return;
+
+  const auto lane = [&](std::size_t channel, std::uint32_t mask) {
+    return uniforms.channelVisibility[channel] != 0.0F ? mask : 0U;
+  };
+  const std::uint32_t channelMask = 0xFF000000U | lane(0, 0xFF0000U) | lane(1, 0xFF00U) | lane(2, 0xFFU);
+  RowBuilder builder(*texture, horizontal, columns, channelMask);
+  int built = -1;
+  for (int y = rows.begin; y < rows.end; ++y) {
+    const int documentY = vertical.indexAt(y);
+    if (documentY != built) builder.build(built = documentY);
+    builder.draw(bandRow(band, y - band.y));
+  }
+}
+
+}  // namespace orvanel::fragments

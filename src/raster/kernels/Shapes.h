@@ -1,0 +1,60 @@
+// The shapes that selections are made of, as rows of coverage: the share of each pixel's area that lies
+// inside. Immutable once made; safe on any thread.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "raster/kernels/Coverage.h"
+
+namespace orvanel::kernels {
+
+struct ShapePoint {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+class EllipseShape {
+ public:
+  /// Covers nothing unless all is finite and both radii are positive.
+  EllipseShape(double centerX, double centerY, double radiusX, double radiusY, int canvasWidth);
+
+  void cover(int y, RowCoverage& row) const;
+
+ private:
+  [[nodiscard]] double halfWidthAt(double y) const;
+  /// Area of the ellipse to the left of x and above y.
+  [[nodiscard]] double areaBefore(double x, double y) const;
+  void coverEdge(int y, int begin, int end, RowCoverage& row) const;
+
+  double centerX_;
+  double centerY_;
+  double radiusX_;
+  double radiusY_;
+  int canvasWidth_;
+};
+
+/// A closed polygon, inside by the even-odd rule. Crossing edges are split where they cross, so that the
+/// covered area is exact.
+class PolygonShape {
+ public:
+  /// Points that aren't finite are left out.
+  PolygonShape(std::span<const ShapePoint> points, int canvasWidth, int canvasHeight);
+
+  /// Rows of one band of 128 beginning at `firstRow`.
+  void cover(int firstRow, std::span<RowCoverage> rows) const;
+
+ private:
+  /// From its upper end to its lower one; never horizontal.
+  struct Edge {
+    ShapePoint upper;
+    ShapePoint lower;
+    [[nodiscard]] double xAt(double y) const;
+  };
+
+  int canvasWidth_;
+  std::vector<Edge> edges_;
+  std::vector<std::vector<int>> edgesOfBand_;
+};
+
+}  // namespace orvanel::kernels

@@ -1,0 +1,242 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "raster/InstructionSets.h"
+#include "raster/KernelReference.h"
+
+namespace orvanel {
+namespace {
+
+using reference::context;
+using reference::Image;
+using reference::maskAt;
+
+/// The share of a pixel's area, by a grid of points.
+double sampledArea(int x, int y, int grid, const std::function<bool(double, double)>& isInside) {
+  int hits = 0;
+  for (int j = 0; j < grid; ++j) {
+    for (int i = 0; i < grid; ++i) hits += isInside(x + (i + 0.5) / grid, y + (j + 0.5) / grid);
+  }
+  return static_cast<double>(hits) / (grid * grid);
+}
+
+bool isInsidePolygon(const std::vector<PolygonPoint>& points, double x, double y) {
+  bool inside = false;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const PolygonPoint& a = points[i];
+    const PolygonPoint& b = points[(i + 1) % points.size()];
+    const auto ay = static_cast<double>(a.y);
+    const auto by = static_cast<double>(b.y);
+    if ((ay > y) == (by > y)) continue;
+    const auto ax = static_cast<double>(a.x);
+    if (x < ax + (y - ay) / (by - ay) * (static_cast<double>(b.x) - ax)) inside = !inside;
+  }
+  return inside;
+}
+
+/// Convolves with a Gaussian that reaches far, the edges replicated.
+Image blurred(const Image& image, double sigma) {
+  const int reach = static_cast<int>(std::ceil(5.0 * sigma));
+  std::vector<double> weights;
+  double sum = 0.0;
+  for (int i = -reach; i <= reach; ++i) {
+    weights.push_back(std::exp(-i * i / (2.0 * sigma * sigma)));
+    sum += weights.back();
+  }
+  Image across(image.width, image.height);
+  Image result(image.width, image.height);
+  const auto pass = [&](const Image& from, Image& to, int stepX, int stepY) {
+    for (int y = 0; y < from.height; ++y) {
+      for (int x = 0; x < from.width; ++x) {
+        double total = 0.0;
+        for (int i = -reach; i <= reach; ++i) {
+          total += weights[static_cast<std::size_t>(i + reach)] *
+                   from.at(std::clamp(x + i * stepX, 0, from.width - 1),
+                           std::clamp(y + i * stepY, 0, from.height - 1))[0];
+        }
+        to.at(x, y).fill(total / sum);
+      }
+    }
+  };
+  pass(image, across, 1, 0);
+  pass(across, result, 0, 1);
+  return result;
+}
+
+TEST(FillRectMask, IsExactlyOneInsideAndZeroOutside) {
+  for (const auto& [width, height] : reference::sizes) {
+    for (const PixelRect rect : {PixelRect{0, 0, 1, 1},
+                                 {5, 0, 130, 200},
+                                 {128, 128, 128, 128},
+                                 {10, 10, 5000, 1},
+                                 {-4, -4, 8, 8},
+                                 {400, 0, 3, 3},
+                                 {3, 3, 0, 9},
+                                 {1, 1, std::numeric_limits<int>::max(), std::numeric_limits<int>::max()}}) {
+      Surface mask(PixelFormat::r16Float, width, height);
+      context().fillMask(mask, 0.5F);
+      context().fillRectMask(mask, rect, 0.0F);
+      for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+          const bool inside = x >= rect.x && y >= rect.y && x - std::int64_t{rect.x} < rect.width &&
+                              y - std::int64_t{rect.y} < rect.height;
+          ASSERT_EQ(maskAt(mask, x, y), inside ? 1.0F : 0.0F) << x << ", " << y;
+        }
+      }
+    }
+  }
+}
+
+TEST(FillRectMask, TheWholeCanvasTakesNoMemory) {
+  Surface mask(PixelFormat::r16Float, 300, 257);
+  context().fillRectMask(mask, {0, 0, 300, 257}, 0.0F);
+  for (int index = 0; index < mask.tileCount(); ++index) EXPECT_EQ(mask.tile(index), Tile::uniform(0x3C00));
+  // A shape that touches every edge doesn't fade there.
+  context().fillRectMask(mask, {0, 0, 300, 257}, 20.0F);
+  for (int index = 0; index < mask.tileCount(); ++index) EXPECT_EQ(mask.tile(index), Tile::uniform(0x3C00));
+}
+
+TEST(FillRectMask, AFeatherBlursWithTheCanvasEdgesReplicated) {
+  forEveryInstructionSet([&] {
+    for (const float feather : {0.5F, 4.0F, 25.0F}) {
+      Surface mask(PixelFormat::r16Float, 150, 140);
+      context().fillRectMask(mask, {0, 40, 90, 60}, feather);
+      const Image sharp = reference::imageOf(reference::maskOf(
+          150, 140, [](int x, int y) { return x < 90 && y >= 40 && y < 100 ? 1.0F : 0.0F; }));
+      reference::expectImage(mask, blurred(sharp, static_cast<double>(feather) / 2.0), 0.004);
+    }
+  });
+}
+
+TEST(FillEllipseMask, CoversEachPixelByItsArea) {
+  struct Ellipse {
+    double cx, cy, rx, ry;
+  };
+  for (const Ellipse e : {Ellipse{30.0, 20.0, 25.0, 15.0},
+                          {64.3, 50.7, 200.0, 3.5},
+                          {10.5, 10.5, 0.3, 0.4},
+                          {127.5, 60.2, 40.0, 70.0},
+                          {-20.0, -10.0, 60.0, 80.0}}) {
+    Surface mask(PixelFormat::r16Float, 160, 140);
+    context().fillEllipseMask(mask, static_cast<float>(e.cx), static_cast<float>(e.cy),
+                              static_cast<float>(e.rx), static_cast<float>(e.ry), 0.0F);
+    const auto isInside = [&](double x, double y) {
+      return std::pow((x - e.cx) / e.rx, 2) + std::pow((y - e.cy) / e.ry, 2) <= 1.0;
+    };
+    for (int y = 0; y < 140; ++y) {
+      for (int x = 0; x < 160; ++x) {
+        const double area = sampledArea(x, y, 32, isInside);
+        ASSERT_NEAR(static_cast<double>(maskAt(mask, x, y)), area, 0.02) << x << ", " << y;
+        if (isInside(x, y) && isInside(x + 1, y) && isInside(x, y + 1) && isInside(x + 1, y + 1)) {
+          ASSERT_EQ(maskAt(mask, x, y), 1.0F) << x << ", " << y;
+        }
+      }
+    }
+  }
+}
+
+TEST(FillEllipseMask, ItsWholeAreaIsPiTimesBothRadii) {
+  Surface mask(PixelFormat::r16Float, 300, 257);
+  context().fillEllipseMask(mask, 150.2F, 128.9F, 111.7F, 93.3F, 0.0F);
+  double sum = 0.0;
+  for (const reference::Color& pixel : reference::imageOf(mask).pixels) sum += pixel[0];
+  EXPECT_NEAR(sum, 3.14159265358979 * 111.7 * 93.3, 0.5);
+  EXPECT_EQ(maskAt(mask, 0, 0), 0.0F);
+}
+
+TEST(FillEllipseMask, NoRadiusAndNoNumberCoverNothing) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  Surface mask(PixelFormat::r16Float, 20, 20);
+  for (const auto& [radius, center] : {std::pair{0.0F, 5.0F}, {-3.0F, 5.0F}, {nan, 5.0F}, {4.0F, nan}}) {
+    context().fillMask(mask, 1.0F);
+    context().fillEllipseMask(mask, center, 5.0F, radius, 4.0F, 0.0F);
+    EXPECT_EQ(context().selectionBounds(mask), std::nullopt);
+  }
+}
+
+TEST(FillEllipseMask, AFeatherBlursTheSharpOne) {
+  Surface sharp(PixelFormat::r16Float, 200, 150);
+  context().fillEllipseMask(sharp, 130.0F, 30.0F, 60.0F, 50.0F, 0.0F);
+  forEveryInstructionSet([&] {
+    Surface mask(PixelFormat::r16Float, 200, 150);
+    context().fillEllipseMask(mask, 130.0F, 30.0F, 60.0F, 50.0F, 12.0F);
+    reference::expectImage(mask, blurred(reference::imageOf(sharp), 6.0), 0.004);
+  });
+}
+
+TEST(FillPolygonMask, NoPointsDoNothing) {
+  Surface mask(PixelFormat::r16Float, 20, 20);
+  context().fillMask(mask, 0.5F);
+  context().fillPolygonMask(mask, {});
+  EXPECT_EQ(mask.tile(0), Tile::uniform(0x3800));
+}
+
+TEST(FillPolygonMask, AnAlignedRectangleIsExactAndAFractionIsItsArea) {
+  Surface mask(PixelFormat::r16Float, 300, 257);
+  const std::vector<PolygonPoint> whole{{10, 20}, {290, 20}, {290, 250}, {10, 250}};
+  context().fillPolygonMask(mask, whole);
+  Surface rect(PixelFormat::r16Float, 300, 257);
+  context().fillRectMask(rect, {10, 20, 280, 230}, 0.0F);
+  EXPECT_TRUE(mask.equals(rect));
+  const std::vector<PolygonPoint> part{{10.25F, 20.5F}, {12.5F, 20.5F}, {12.5F, 22.0F}, {10.25F, 22.0F}};
+  context().fillPolygonMask(mask, part);
+  EXPECT_EQ(maskAt(mask, 10, 20), 0.375F);
+  EXPECT_EQ(maskAt(mask, 11, 20), 0.5F);
+  EXPECT_EQ(maskAt(mask, 11, 21), 1.0F);
+  EXPECT_EQ(maskAt(mask, 12, 21), 0.5F);
+  EXPECT_EQ(maskAt(mask, 13, 21), 0.0F);
+}
+
+TEST(FillPolygonMask, CrossingsAndNestedLoopsFollowTheEvenOddRule) {
+  std::mt19937 random(61);
+  std::vector<std::vector<PolygonPoint>> polygons{
+      {{5, 5}, {60, 50}, {60, 5}, {5, 50}},
+      {{30, 2}, {47, 55}, {2, 22}, {58, 22}, {13, 55}},
+      {{-50, 20}, {30, -40}, {150, 30}, {40, 200}},
+      {{3.3F, 4.4F}, {3.3F, 4.4F}, {50.1F, 9.7F}, {20.2F, 60.0F}},
+  };
+  for (int round = 0; round < 6; ++round) {
+    std::vector<PolygonPoint> points;
+    std::uniform_real_distribution<float> place(-10.0F, 80.0F);
+    for (int i = 0; i < 12; ++i) points.push_back({place(random), place(random)});
+    polygons.push_back(points);
+  }
+  for (const std::vector<PolygonPoint>& points : polygons) {
+    Surface mask(PixelFormat::r16Float, 70, 66);
+    context().fillPolygonMask(mask, points);
+    for (int y = 0; y < 66; ++y) {
+      for (int x = 0; x < 70; ++x) {
+        const double area =
+            sampledArea(x, y, 24, [&](double px, double py) { return isInsidePolygon(points, px, py); });
+        ASSERT_NEAR(static_cast<double>(maskAt(mask, x, y)), area, 0.02) << x << ", " << y;
+      }
+    }
+  }
+}
+
+TEST(FillPolygonMask, SpansTilesAndLeavesInnerOnesUniform) {
+  std::vector<PolygonPoint> points;
+  for (int i = 0; i < 1000; ++i) {
+    const float angle = static_cast<float>(i) * 0.00628318F;
+    points.push_back({320.0F + 300.0F * std::cos(angle), 320.0F + 300.0F * std::sin(angle)});
+  }
+  Surface mask(PixelFormat::r16Float, 640, 640);
+  context().fillPolygonMask(mask, points);
+  EXPECT_EQ(mask.tile(mask.tileIndex(2, 2)), Tile::uniform(0x3C00));
+  double sum = 0.0;
+  for (const reference::Color& pixel : reference::imageOf(mask).pixels) sum += pixel[0];
+  EXPECT_NEAR(sum, 3.14159265 * 300.0 * 300.0, 20.0);
+}
+
+TEST(FillPolygonMask, PointsThatAreNoNumbersAreLeftOut) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  Surface mask(PixelFormat::r16Float, 20, 20);
+  context().fillPolygonMask(mask, std::vector<PolygonPoint>{{2, 2}, {nan, 4}, {10, 2}, {10, 9}, {2, 9}});
+  EXPECT_EQ(context().selectionBounds(mask), (PixelRect{2, 2, 8, 7}));
+  context().fillPolygonMask(mask, std::vector<PolygonPoint>{{-1e30F, -1e30F}, {1e30F, -1e30F}, {0, 1e30F}});
+  EXPECT_EQ(maskAt(mask, 19, 19), 1.0F);
+}
+
+}  // namespace
+}  // namespace orvanel
