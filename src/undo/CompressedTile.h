@@ -1,0 +1,47 @@
+// The history's compressed twin of one data tile: made once, shared by every snapshot that holds the tile.
+// Made on background threads, read on any.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "raster/Tile.h"
+
+namespace orvanel {
+
+class CompressedTile : public TileCompanion, public std::enable_shared_from_this<CompressedTile> {
+ public:
+  /// The twin of a data tile: the one that stands, or a new one. LZ4 over byte planes.
+  [[nodiscard]] static std::shared_ptr<CompressedTile> of(const Tile& tile, int pixelBytes);
+
+  [[nodiscard]] std::uint64_t version() const { return version_; }
+  /// The tile again: the living bytes where somebody still holds them, otherwise decompressed ones.
+  [[nodiscard]] Tile restored();
+
+  void addHolder() noexcept;
+  void removeHolder() noexcept;
+  /// This twin's bytes divided among its holders.
+  [[nodiscard]] std::int64_t share() const noexcept;
+  /// Changes whenever the share of any twin of this process may have changed.
+  [[nodiscard]] static std::uint64_t shareGeneration() noexcept;
+
+  void bufferDying(const TileBuffer& buffer) noexcept override;
+
+ private:
+  CompressedTile(const Tile& tile, int pixelBytes);
+
+  const std::uint64_t version_;
+  const int pixelBytes_;
+  const std::size_t rawBytes_;
+  const TileTrait trait_;
+  std::vector<std::byte> compressed_;
+  std::atomic<std::int32_t> holders_{0};
+  std::mutex livingMutex_;
+  TileBuffer* living_;  ///< holds the same bytes; not owned, null once they have changed or gone
+};
+
+}  // namespace orvanel

@@ -1,0 +1,99 @@
+#include "undo/UndoStack.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvanel {
+
+void UndoStack::push(Record operation) {
+  dropRedoTail();
+  append(std::move(operation));
+  enforceLimits();
+}
+
+void UndoStack::pushAndRedo(Record operation) {
+  dropRedoTail();
+  const Record applied = operation;
+  append(std::move(operation));
+  applied->redo();
+  enforceLimits();
+}
+
+void UndoStack::pushOpacityChange(Record operation) {
+  dropRedoTail();
+  const Record applied = operation;
+  Record merged = operations_.empty() ? nullptr : operations_.back()->coalescedWith(*applied);
+  if (merged != nullptr) {
+    operations_.back() = std::move(merged);
+    operationsChanged();
+  } else {
+    append(std::move(operation));
+  }
+  applied->redo();
+  enforceLimits();
+}
+
+void UndoStack::undo() {
+  if (currentIndex.value() < 0) return;
+  const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
+  record->undo();
+  currentIndex = currentIndex.value() - 1;
+}
+
+void UndoStack::redo() {
+  if (currentIndex.value() >= std::ssize(operations_) - 1) return;
+  currentIndex = currentIndex.value() + 1;
+  const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
+  record->redo();
+}
+
+std::optional<QString> UndoStack::undoActionName() const {
+  const std::int64_t index = currentIndex.value();
+  if (index < 0) return std::nullopt;
+  return operations_[static_cast<std::size_t>(index)]->actionName();
+}
+
+std::optional<QString> UndoStack::redoActionName() const {
+  const std::int64_t index = currentIndex.value() + 1;
+  if (index >= std::ssize(operations_)) return std::nullopt;
+  return operations_[static_cast<std::size_t>(index)]->actionName();
+}
+
+void UndoStack::enforceLimits() {
+  const std::int64_t count = std::ssize(operations_);
+  std::int64_t evicted = std::clamp<std::int64_t>(count - maxOperations.value(), 0, count);
+
+  std::int64_t cost = 0;
+  for (std::int64_t i = evicted; i < count; ++i)
+    cost += operations_[static_cast<std::size_t>(i)]->memoryCost();
+  while (cost > memoryBudget.value() && count - evicted >= 2) {
+    cost -= operations_[static_cast<std::size_t>(evicted)]->memoryCost();
+    ++evicted;
+  }
+  if (evicted == 0) return;
+
+  operations_.erase(operations_.begin(), operations_.begin() + evicted);
+  currentIndex = std::max<std::int64_t>(currentIndex.value() - evicted, -1);
+  operationsChanged();
+}
+
+std::int64_t UndoStack::totalMemoryCost() const {
+  std::int64_t cost = 0;
+  for (const Record& record : operations_) cost += record->memoryCost();
+  return cost;
+}
+
+void UndoStack::dropRedoTail() {
+  const auto kept = static_cast<std::size_t>(currentIndex.value() + 1);
+  if (kept >= operations_.size()) return;
+  operations_.resize(kept);
+  operationsChanged();
+}
+
+void UndoStack::append(Record operation) {
+  operations_.push_back(std::move(operation));
+  currentIndex = std::ssize(operations_) - 1;
+  operationsChanged();
+}
+
+}  // namespace orvanel

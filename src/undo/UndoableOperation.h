@@ -1,0 +1,31 @@
+// One step of a document's history: a small value with two verbs. Main thread only.
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+
+namespace orvanel {
+
+/// Records hold their document weakly and nodes by id, so that a history keeps nothing alive by itself;
+/// a record whose document is gone does nothing.
+class UndoableOperation {
+ public:
+  virtual ~UndoableOperation() = default;
+
+  /// The word shown in the menu, for example "Opacity".
+  [[nodiscard]] virtual QString actionName() const = 0;
+  virtual void redo() = 0;
+  virtual void undo() = 0;
+  /// Bytes the record holds now; falls as its snapshots finish compressing.
+  [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
+
+  /// The one record that stands for this one followed by `next`, or null when the two stay apart.
+  [[nodiscard]] virtual std::shared_ptr<UndoableOperation> coalescedWith(
+      const UndoableOperation& next) const {
+    (void)next;
+    return nullptr;
+  }
+};
+
+}  // namespace orvanel

@@ -1,0 +1,66 @@
+// Records of a mask's presence on a layer. They hold layer and mask, so that a removed mask keeps its
+// pixels through any number of steps. Pushed after the change; each step leaves the document dirty.
+// Owned by the history; main thread only.
+#pragma once
+
+#include <memory>
+
+#include "undo/TextureSnapshot.h"
+#include "undo/records/DocumentOperation.h"
+
+namespace orvanel {
+
+class LayerMaskOperation : public DocumentOperation {
+ public:
+  /// The mask's surface as packed rows.
+  [[nodiscard]] std::int64_t memoryCost() const override;
+
+ protected:
+  LayerMaskOperation(QString actionName, const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                     std::shared_ptr<LayerMask> mask);
+
+  void attachMask(Document& document) const;
+  /// Also turns edits back to the pixels.
+  void detachMask(Document& document) const;
+
+  [[nodiscard]] Layer& layer() const { return *layer_; }
+  [[nodiscard]] const LayerMask& mask() const { return *mask_; }
+
+ private:
+  std::shared_ptr<Layer> layer_;
+  std::shared_ptr<LayerMask> mask_;
+};
+
+class AddLayerMaskOperation final : public LayerMaskOperation {
+ public:
+  AddLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                        std::shared_ptr<LayerMask> mask);
+  void redo() override;
+  void undo() override;
+};
+
+class RemoveLayerMaskOperation final : public LayerMaskOperation {
+ public:
+  RemoveLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                           std::shared_ptr<LayerMask> mask);
+  void redo() override;
+  void undo() override;
+};
+
+/// A mask that has been multiplied into the layer's alpha and taken off.
+class ApplyLayerMaskOperation final : public LayerMaskOperation {
+ public:
+  /// `beforeSnapshot` holds the layer's whole surface as it was before.
+  ApplyLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                          std::shared_ptr<LayerMask> mask, std::shared_ptr<TextureSnapshot> beforeSnapshot,
+                          ColorMode colorMode);
+  void redo() override;
+  void undo() override;
+  [[nodiscard]] std::int64_t memoryCost() const override;
+
+ private:
+  std::shared_ptr<TextureSnapshot> beforeSnapshot_;
+  ColorMode colorMode_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,156 @@
+#include "undo/records/LayerTreeOperations.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvanel {
+namespace {
+
+constexpr std::int64_t assumedBytesPerPixel = 8;
+
+std::int64_t surfaceCost(const Layer& layer) {
+  const Texture& texture = layer.texture.value();
+  if (texture == nullptr) return 0;
+  return static_cast<std::int64_t>(texture->width()) * texture->height() * assumedBytesPerPixel;
+}
+
+std::int64_t surfaceCost(const LayerNode& node) {
+  if (const std::shared_ptr<Layer> layer = node.layer()) return surfaceCost(*layer);
+  std::int64_t cost = 0;
+  for (const LayerNode& child : node.folder()->children.value()) cost += surfaceCost(child);
+  return cost;
+}
+
+/// "Delete Layer", "Delete Folder", or the bare verb when there is no node.
+QString nameByKind(const QString& verb, const std::optional<LayerNode>& node) {
+  if (!node) return verb;
+  return verb + (node->folder() != nullptr ? QStringLiteral(" Folder") : QStringLiteral(" Layer"));
+}
+
+void insertAndSelect(Document& document, const LayerNode& node, const TreePosition& position) {
+  insertNode(document, node, position);
+  document.selectedNodeID = node.id();
+}
+
+void removeAndReselect(Document& document, const QUuid& nodeID, const std::optional<QUuid>& selection) {
+  if (document.detachNode(nodeID)) document.selectedNodeID = selection;
+}
+
+}  // namespace
+
+AddLayerOperation::AddLayerOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                                     std::optional<QUuid> previousSelection)
+    : DocumentOperation(QStringLiteral("Add Layer"), document),
+      layer_(std::move(layer)),
+      insertPosition_(treePosition(*document, layer_->id)),
+      previousSelection_(previousSelection) {}
+
+void AddLayerOperation::redo() {
+  const DocumentPtr target = document();
+  if (target != nullptr && insertPosition_) insertAndSelect(*target, layer_, *insertPosition_);
+}
+
+void AddLayerOperation::undo() {
+  if (const DocumentPtr target = document()) removeAndReselect(*target, layer_->id, previousSelection_);
+}
+
+std::int64_t AddLayerOperation::memoryCost() const {
+  return surfaceCost(*layer_);
+}
+
+AddFolderOperation::AddFolderOperation(const DocumentPtr& document, std::shared_ptr<LayerFolder> folder,
+                                       std::optional<QUuid> previousSelection)
+    : DocumentOperation(QStringLiteral("Add Folder"), document),
+      folder_(std::move(folder)),
+      insertPosition_(treePosition(*document, folder_->id)),
+      previousSelection_(previousSelection) {}
+
+void AddFolderOperation::redo() {
+  const DocumentPtr target = document();
+  if (target != nullptr && insertPosition_) insertAndSelect(*target, folder_, *insertPosition_);
+}
+
+void AddFolderOperation::undo() {
+  if (const DocumentPtr target = document()) removeAndReselect(*target, folder_->id, previousSelection_);
+}
+
+RemoveNodeOperation::RemoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID)
+    : DocumentOperation(nameByKind(QStringLiteral("Delete"), document->findNode(nodeID)), document),
+      removedNode_(document->findNode(nodeID)),
+      originalPosition_(treePosition(*document, nodeID)),
+      previousSelection_(document->selectedNodeID.value()) {}
+
+void RemoveNodeOperation::redo() {
+  const DocumentPtr target = document();
+  if (target == nullptr || !removedNode_ || !originalPosition_) return;
+  if (!target->detachNode(removedNode_->id())) return;
+
+  const std::optional<LayerNode> parent =
+      originalPosition_->parentID ? target->findNode(*originalPosition_->parentID) : std::nullopt;
+  const std::shared_ptr<LayerFolder> folder = parent ? parent->folder() : nullptr;
+  const LayerNodeList& list = folder != nullptr ? folder->children.value() : target->rootNodes.value();
+  if (list.empty()) {
+    target->selectedNodeID = previousSelection_;
+  } else {
+    const std::int64_t index = std::min(originalPosition_->index, std::ssize(list) - 1);
+    target->selectedNodeID = list[static_cast<std::size_t>(index)].id();
+  }
+}
+
+void RemoveNodeOperation::undo() {
+  const DocumentPtr target = document();
+  if (target == nullptr || !removedNode_ || !originalPosition_) return;
+  insertNode(*target, *removedNode_, *originalPosition_);
+  target->selectedNodeID = previousSelection_;
+}
+
+std::int64_t RemoveNodeOperation::memoryCost() const {
+  return removedNode_ ? surfaceCost(*removedNode_) : 0;
+}
+
+MoveNodeOperation::MoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID,
+                                     const TreePosition& sourcePosition)
+    : DocumentOperation(QStringLiteral("Move Layer"), document),
+      nodeID_(nodeID),
+      sourcePosition_(sourcePosition) {}
+
+void MoveNodeOperation::redo() {
+  if (destPosition_) moveTo(*destPosition_);
+}
+
+void MoveNodeOperation::undo() {
+  moveTo(sourcePosition_);
+}
+
+void MoveNodeOperation::moveTo(const TreePosition& position) {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  if (const std::optional<LayerNode> node = target->detachNode(nodeID_)) {
+    insertAndSelect(*target, *node, position);
+  }
+}
+
+DuplicateNodeOperation::DuplicateNodeOperation(const DocumentPtr& document, const QUuid& duplicateID,
+                                               std::optional<QUuid> previousSelection)
+    : DocumentOperation(nameByKind(QStringLiteral("Duplicate"), document->findNode(duplicateID)), document),
+      duplicatedNode_(document->findNode(duplicateID)),
+      insertPosition_(treePosition(*document, duplicateID)),
+      previousSelection_(previousSelection) {}
+
+void DuplicateNodeOperation::redo() {
+  const DocumentPtr target = document();
+  if (target == nullptr || !duplicatedNode_ || !insertPosition_) return;
+  insertAndSelect(*target, *duplicatedNode_, *insertPosition_);
+}
+
+void DuplicateNodeOperation::undo() {
+  const DocumentPtr target = document();
+  if (target == nullptr || !duplicatedNode_) return;
+  removeAndReselect(*target, duplicatedNode_->id(), previousSelection_);
+}
+
+std::int64_t DuplicateNodeOperation::memoryCost() const {
+  return duplicatedNode_ ? surfaceCost(*duplicatedNode_) : 0;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,82 @@
+#include "undo/records/PropertyOperations.h"
+
+#include <QHash>
+
+namespace orvanel {
+namespace {
+
+constexpr std::int64_t batchEntryCost = 24;
+
+/// One walk over the tree, however many nodes change.
+void setVisibility(const LayerNodeList& list, const QHash<QUuid, bool>& values) {
+  for (const LayerNode& node : list) {
+    if (const auto value = values.find(node.id()); value != values.end()) node.isVisible() = *value;
+    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
+      setVisibility(folder->children.value(), values);
+    }
+  }
+}
+
+}  // namespace
+
+OpacityChangeOperation::OpacityChangeOperation(const DocumentPtr& document, const QUuid& nodeID,
+                                               float oldValue, float newValue)
+    : PropertyChangeOperation(QStringLiteral("Opacity"), document, nodeID, oldValue, newValue) {}
+
+std::shared_ptr<UndoableOperation> OpacityChangeOperation::coalescedWith(
+    const UndoableOperation& next) const {
+  const auto* change = dynamic_cast<const OpacityChangeOperation*>(&next);
+  if (change == nullptr || change->nodeID() != nodeID()) return nullptr;
+  // With the document gone there is nothing left to record, and this record stands for both as it is.
+  const DocumentPtr target = change->document();
+  const float last = target != nullptr ? change->newValue() : newValue();
+  return std::make_shared<OpacityChangeOperation>(target, nodeID(), oldValue(), last);
+}
+
+BlendModeChangeOperation::BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID,
+                                                   BlendMode oldValue, BlendMode newValue)
+    : PropertyChangeOperation(QStringLiteral("Blend Mode"), document, nodeID, oldValue, newValue) {}
+
+NameChangeOperation::NameChangeOperation(const DocumentPtr& document, const QUuid& nodeID,
+                                         const QString& oldValue, const QString& newValue)
+    : PropertyChangeOperation(QStringLiteral("Rename"), document, nodeID, oldValue, newValue) {}
+
+std::int64_t NameChangeOperation::memoryCost() const {
+  return propertyRecordCost + oldValue().toUtf8().size() + newValue().toUtf8().size();
+}
+
+VisibilityChangeOperation::VisibilityChangeOperation(const DocumentPtr& document, const QUuid& nodeID,
+                                                     bool oldValue, bool newValue)
+    : PropertyChangeOperation(QStringLiteral("Visibility"), document, nodeID, oldValue, newValue) {}
+
+LockChangeOperation::LockChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue,
+                                         bool newValue)
+    : PropertyChangeOperation(QStringLiteral("Lock"), document, nodeID, oldValue, newValue) {}
+
+BatchVisibilityChangeOperation::BatchVisibilityChangeOperation(const DocumentPtr& document,
+                                                               std::vector<Change> changes, bool newValue)
+    : DocumentOperation(QStringLiteral("Visibility"), document),
+      changes_(std::move(changes)),
+      newValue_(newValue) {}
+
+void BatchVisibilityChangeOperation::redo() {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  QHash<QUuid, bool> values;
+  for (const Change& change : changes_) values.insert(change.nodeID, newValue_);
+  setVisibility(target->rootNodes.value(), values);
+}
+
+void BatchVisibilityChangeOperation::undo() {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  QHash<QUuid, bool> values;
+  for (const Change& change : changes_) values.insert(change.nodeID, change.oldValue);
+  setVisibility(target->rootNodes.value(), values);
+}
+
+std::int64_t BatchVisibilityChangeOperation::memoryCost() const {
+  return propertyRecordCost + batchEntryCost * std::ssize(changes_);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,99 @@
+// Records of a change of one property of a node: two values and the node's id, almost without cost. A step
+// on a node that is absent does nothing until the node comes back.
+// Owned by the history; main thread only.
+#pragma once
+
+#include <QUuid>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "undo/records/DocumentOperation.h"
+
+namespace orvanel {
+
+/// Bytes a property record counts, whatever its objects really take.
+inline constexpr std::int64_t propertyRecordCost = 64;
+
+template <typename Value, QProperty<Value>& (LayerNode::*property)() const>
+class PropertyChangeOperation : public DocumentOperation {
+ public:
+  void redo() override { apply(newValue_); }
+  void undo() override { apply(oldValue_); }
+  [[nodiscard]] std::int64_t memoryCost() const override { return propertyRecordCost; }
+
+ protected:
+  PropertyChangeOperation(QString actionName, const DocumentPtr& document, const QUuid& nodeID,
+                          Value oldValue, Value newValue)
+      : DocumentOperation(std::move(actionName), document),
+        nodeID_(nodeID),
+        oldValue_(std::move(oldValue)),
+        newValue_(std::move(newValue)) {}
+
+  [[nodiscard]] const QUuid& nodeID() const { return nodeID_; }
+  [[nodiscard]] const Value& oldValue() const { return oldValue_; }
+  [[nodiscard]] const Value& newValue() const { return newValue_; }
+
+ private:
+  void apply(const Value& value) {
+    const DocumentPtr target = document();
+    if (target == nullptr) return;
+    if (const std::optional<LayerNode> node = target->findNode(nodeID_)) ((*node).*property)() = value;
+  }
+
+  QUuid nodeID_;
+  Value oldValue_;
+  Value newValue_;
+};
+
+class OpacityChangeOperation final : public PropertyChangeOperation<float, &LayerNode::opacity> {
+ public:
+  OpacityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, float oldValue, float newValue);
+  /// A run of changes of one node is one record from the first old value to the last new one.
+  [[nodiscard]] std::shared_ptr<UndoableOperation> coalescedWith(
+      const UndoableOperation& next) const override;
+};
+
+class BlendModeChangeOperation final : public PropertyChangeOperation<BlendMode, &LayerNode::blendMode> {
+ public:
+  BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID, BlendMode oldValue,
+                           BlendMode newValue);
+};
+
+class NameChangeOperation final : public PropertyChangeOperation<QString, &LayerNode::name> {
+ public:
+  NameChangeOperation(const DocumentPtr& document, const QUuid& nodeID, const QString& oldValue,
+                      const QString& newValue);
+  [[nodiscard]] std::int64_t memoryCost() const override;
+};
+
+class VisibilityChangeOperation final : public PropertyChangeOperation<bool, &LayerNode::isVisible> {
+ public:
+  VisibilityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
+};
+
+class LockChangeOperation final : public PropertyChangeOperation<bool, &LayerNode::isLocked> {
+ public:
+  LockChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
+};
+
+/// One gesture that shows or hides many nodes.
+class BatchVisibilityChangeOperation final : public DocumentOperation {
+ public:
+  struct Change {
+    QUuid nodeID;
+    bool oldValue = true;
+  };
+
+  BatchVisibilityChangeOperation(const DocumentPtr& document, std::vector<Change> changes, bool newValue);
+
+  void redo() override;
+  void undo() override;
+  [[nodiscard]] std::int64_t memoryCost() const override;
+
+ private:
+  std::vector<Change> changes_;
+  bool newValue_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,147 @@
+#include "undo/records/LayerMaskOperations.h"
+
+#include <gtest/gtest.h>
+
+#include "undo/records/RecordSupport.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+constexpr std::int64_t maskCost = 40 * 30 * 2;
+
+class LayerMaskOperationsTest : public testing::Test {
+ protected:
+  // Work that is still queued when a program ends would count as leaked.
+  void TearDown() override { TextureSnapshot::waitForCompression(); }
+
+  void SetUp() override {
+    mask = addMask(*layer);
+    MetalContext::shared().fillMask(*mask->maskTexture->texture, 0.5F);
+    layer->maskThumbnailImage = std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888);
+    layer->maskThumbnailDirty = false;
+  }
+  /// What the command would have done before the push.
+  void takeMaskOff() {
+    layer->mask = nullptr;
+    layer->isMaskSelected = false;
+  }
+  void expectDetached() const {
+    EXPECT_EQ(layer->mask.value(), nullptr);
+    EXPECT_EQ(layer->maskThumbnailImage.value(), nullptr);
+    EXPECT_TRUE(layer->maskThumbnailDirty.value());
+    EXPECT_FALSE(layer->isMaskSelected.value());
+  }
+
+  DocumentPtr document = makeDocument();
+  std::shared_ptr<Layer> layer = document->allLayers().front();
+  std::shared_ptr<LayerMask> mask;
+};
+
+TEST_F(LayerMaskOperationsTest, AddCycle) {
+  document->undoStack.push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
+  EXPECT_EQ(document->undoStack.undoActionName(), "Add Layer Mask");
+  EXPECT_EQ(newestCost(*document), maskCost);
+  for (int round = 0; round < 2; ++round) {
+    document->undo();
+    expectDetached();
+    document->redo();
+    EXPECT_EQ(layer->mask.value(), mask);
+  }
+}
+
+TEST_F(LayerMaskOperationsTest, RemoveCycle) {
+  takeMaskOff();
+  document->undoStack.push(std::make_shared<RemoveLayerMaskOperation>(document, layer, mask));
+  EXPECT_EQ(document->undoStack.undoActionName(), "Remove Layer Mask");
+  EXPECT_EQ(newestCost(*document), maskCost);
+  for (int round = 0; round < 2; ++round) {
+    document->undo();
+    EXPECT_EQ(layer->mask.value(), mask);
+    layer->isMaskSelected = true;
+    document->redo();
+    expectDetached();
+  }
+}
+
+TEST_F(LayerMaskOperationsTest, TheMaskKeepsItsPixels) {
+  const Surface before = *mask->maskTexture->texture;
+  document->undoStack.push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
+  document->undo();
+  document->redo();
+  EXPECT_TRUE(layer->mask.value()->maskTexture->texture->equals(before));
+}
+
+TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLayerOnce) {
+  layer->isMaskSelected = true;
+  AddLayerMaskOperation record(document, layer, mask);
+  const PostCounter activePosts(notification::activeLayerChanged);
+  const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
+  record.undo();
+  EXPECT_FALSE(layer->isMaskSelected.value());
+  EXPECT_EQ(activePosts.count, 1);
+  EXPECT_EQ(thumbnailPosts.count, 1);
+  record.redo();
+  record.undo();
+  EXPECT_EQ(activePosts.count, 1) << "it wasn't selected any more";
+  EXPECT_EQ(thumbnailPosts.count, 3);
+}
+
+TEST_F(LayerMaskOperationsTest, EachStepLeavesTheDocumentDirty) {
+  AddLayerMaskOperation record(document, layer, mask);
+  document->isDirty = false;
+  record.undo();
+  EXPECT_TRUE(document->isDirty.value());
+  document->isDirty = false;
+  record.redo();
+  EXPECT_TRUE(document->isDirty.value());
+}
+
+TEST_F(LayerMaskOperationsTest, ApplyCycleRestoresPixelsAndMask) {
+  const Texture pixels = layer->texture.value();
+  const Surface before = *pixels;
+  auto snapshot = TextureSnapshot::capture(*pixels, MetalContext::shared());
+  MetalContext::shared().applyLayerMask(*pixels, *mask->maskTexture->texture, ColorMode::rgb8);
+  const Surface after = *pixels;
+  ASSERT_FALSE(after.equals(before));
+  takeMaskOff();
+  document->undoStack.push(
+      std::make_shared<ApplyLayerMaskOperation>(document, layer, mask, snapshot, ColorMode::rgb8));
+  EXPECT_EQ(document->undoStack.undoActionName(), "Apply Layer Mask");
+  for (int round = 0; round < 2; ++round) {
+    layer->thumbnailDirty = false;
+    layer->channelThumbnailsDirty = false;
+    document->undo();
+    EXPECT_TRUE(pixels->equals(before));
+    EXPECT_EQ(layer->mask.value(), mask);
+    EXPECT_TRUE(layer->thumbnailDirty.value());
+    EXPECT_TRUE(layer->channelThumbnailsDirty.value());
+    layer->isMaskSelected = true;
+    document->redo();
+    EXPECT_TRUE(pixels->equals(after));
+    expectDetached();
+  }
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(newestCost(*document), snapshot->compressedSize() + maskCost);
+}
+
+TEST_F(LayerMaskOperationsTest, ApplyingToALayerWithoutPixelsDoesNothing) {
+  auto snapshot = TextureSnapshot::capture(*layer->texture.value(), MetalContext::shared());
+  ApplyLayerMaskOperation record(document, layer, mask, snapshot, ColorMode::rgb8);
+  layer->texture = nullptr;
+  record.redo();
+  EXPECT_EQ(layer->mask.value(), mask);
+}
+
+TEST_F(LayerMaskOperationsTest, StepsOfAClosedDocumentDoNothing) {
+  AddLayerMaskOperation add(document, layer, mask);
+  RemoveLayerMaskOperation removal(document, layer, mask);
+  document.reset();
+  add.undo();
+  removal.redo();
+  EXPECT_EQ(layer->mask.value(), mask);
+}
+
+}  // namespace
+}  // namespace orvanel
