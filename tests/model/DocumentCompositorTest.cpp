@@ -1,0 +1,311 @@
+#include "model/DocumentCompositor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "model/ModelSupport.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+constexpr std::uint64_t opaqueRed = 0xFF0000FFU;
+constexpr std::uint64_t opaqueGreen = 0xFF00FF00U;
+
+class DocumentCompositorTest : public testing::Test {
+ protected:
+  /// Background, F[L], with L wholly red.
+  void SetUp() override {
+    document->addFolder("F");
+    document->addLayer("L");
+    layer = nodeNamed(*document, "L").layer();
+    layer->texture.value()->fill(opaqueRed);
+    folder = nodeNamed(*document, "F").folder();
+  }
+
+  CompositeReport composite(CompositeScope scope = CompositeScope::changedTiles) {
+    return compositor.compositeDocument(*document, scope);
+  }
+  [[nodiscard]] std::uint64_t hash() const {
+    return static_cast<std::uint64_t>(compositor.compositingHash(*document));
+  }
+  [[nodiscard]] std::uint64_t compositePixel() const {
+    return document->compositedTexture.value()->pixelAt(39, 29);
+  }
+  [[nodiscard]] std::size_t poolSize() const { return compositor.texturePool().size(); }
+  void isolate(LayerFolder& isolated) { isolated.opacity = 0.5F; }
+  std::shared_ptr<LayerFolder> addIsolatedFolder(const QString& name, const QString& layerName) {
+    document->selectedNodeID = std::nullopt;
+    document->addFolder(name);
+    document->addLayer(layerName);
+    std::shared_ptr<LayerFolder> added = nodeNamed(*document, name).folder();
+    isolate(*added);
+    return added;
+  }
+  void resizeCanvas(int width, int height) {
+    document->canvasWidth = width;
+    document->canvasHeight = height;
+    document->rebuildDisplayTextures();
+    for (const std::shared_ptr<Layer>& each : document->allLayers())
+      each->texture = document->makeLayerTexture();
+  }
+
+  DocumentPtr document = makeDocument();
+  DocumentCompositor compositor{document->context()};
+  std::shared_ptr<LayerFolder> folder;
+  std::shared_ptr<Layer> layer;
+};
+
+TEST_F(DocumentCompositorTest, HashChangesWithEveryPropertyThatShows) {
+  std::vector<std::uint64_t> hashes{hash()};
+  const auto expectNew = [&] {
+    const std::uint64_t now = hash();
+    EXPECT_EQ(std::count(hashes.begin(), hashes.end(), now), 0) << "change " << hashes.size();
+    hashes.push_back(now);
+  };
+  layer->opacity = 0.5F;
+  expectNew();
+  layer->blendMode = BlendMode::screen;
+  expectNew();
+  folder->opacity = 0.5F;
+  expectNew();
+  folder->blendMode = BlendMode::multiply;
+  expectNew();
+  folder->isVisible = false;
+  expectNew();
+  layer->isVisible = false;
+  expectNew();
+  addMask(*layer);
+  expectNew();
+  layer->mask.value()->isEnabled = false;
+  expectNew();
+}
+
+TEST_F(DocumentCompositorTest, HashIgnoresWhatDoesNotShow) {
+  const std::uint64_t before = hash();
+  layer->name = QStringLiteral("other");
+  layer->isLocked = true;
+  layer->texture.value()->fill(opaqueGreen);
+  layer->isMaskSelected = true;
+  folder->isExpanded = false;
+  document->channelVisibility = ChannelVisibility{0, 1, 1};
+  document->customZoomLevel = 3.0;
+  EXPECT_EQ(hash(), before);
+}
+
+TEST_F(DocumentCompositorTest, HashTakesNegativeZeroForZero) {
+  layer->opacity = 0.0F;
+  const std::uint64_t before = hash();
+  const auto twin = std::make_shared<Layer>("L", layer->id);
+  twin->opacity = -0.0F;
+  ASSERT_TRUE(std::signbit(twin->opacity.value()));
+  folder->children = LayerNodeList{twin};
+  EXPECT_EQ(hash(), before);
+}
+
+TEST_F(DocumentCompositorTest, HashFindsANewOrderOfEqualNodes) {
+  document->addLayer("M");
+  const std::uint64_t before = hash();
+  document->moveNode(idOf(*document, "M"), folder->id, 0);
+  ASSERT_EQ(treeText(*document), "Background, F[M, L]");
+  EXPECT_NE(hash(), before);
+}
+
+TEST_F(DocumentCompositorTest, HashFindsANodeThatEntersAFolder) {
+  document->moveNode(layer->id, std::nullopt, 99);
+  ASSERT_EQ(treeText(*document), "Background, F[], L");
+  const std::uint64_t before = hash();
+  document->moveNode(layer->id, folder->id, 0);
+  EXPECT_NE(hash(), before);
+}
+
+TEST_F(DocumentCompositorTest, TheTopNodeCovers) {
+  composite();
+  EXPECT_EQ(compositePixel(), opaqueRed);
+  document->moveNode(idOf(*document, "Background"), std::nullopt, 99);
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+}
+
+TEST_F(DocumentCompositorTest, AnEmptyTreeGivesATransparentComposite) {
+  composite();
+  ASSERT_NE(compositePixel(), 0U);
+  document->rootNodes = LayerNodeList{};
+  composite();
+  EXPECT_TRUE(document->compositedTexture.value()->equals(Surface(PixelFormat::rgba8Unorm, 40, 30)));
+}
+
+TEST_F(DocumentCompositorTest, WithoutACompositeThereIsNothingToDo) {
+  document->compositedTexture = nullptr;
+  EXPECT_EQ(composite(CompositeScope::allTiles).tilesMade, 0);
+}
+
+TEST_F(DocumentCompositorTest, InvisibleNodesArePassedOverWithAllTheyContain) {
+  folder->isVisible = false;
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+  folder->isVisible = true;
+  layer->isVisible = false;
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+}
+
+TEST_F(DocumentCompositorTest, ALayerWithoutPixelsIsPassedOver) {
+  layer->texture = nullptr;
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+}
+
+TEST_F(DocumentCompositorTest, ADisabledMaskIsIgnored) {
+  addMask(*layer);
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU) << "a mask of zeros hides everything";
+  layer->mask.value()->isEnabled = false;
+  composite();
+  EXPECT_EQ(compositePixel(), opaqueRed);
+}
+
+TEST_F(DocumentCompositorTest, OnlyOpaqueNormalFoldersPassThrough) {
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 0);
+  folder->opacity = 0.999F;
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 1);
+  folder->opacity = 1.0F;
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 0);
+  folder->blendMode = BlendMode::multiply;
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 1);
+  EXPECT_EQ(poolSize(), 1U);
+}
+
+TEST_F(DocumentCompositorTest, ChildrenOfAnIsolatingFolderBlendOnlyWithEachOther) {
+  layer->blendMode = BlendMode::difference;
+  composite();
+  EXPECT_EQ(compositePixel(), 0xFFFFFF00U) << "passing through, red differs from the white beneath";
+  folder->blendMode = BlendMode::multiply;
+  composite();
+  EXPECT_EQ(compositePixel(), opaqueRed) << "isolated, red lies alone and then multiplies white";
+}
+
+TEST_F(DocumentCompositorTest, AnEmptyFolderTakesNoTemporary) {
+  folder->children = LayerNodeList{};
+  folder->opacity = 0.5F;
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 0);
+  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+}
+
+TEST_F(DocumentCompositorTest, NeighbouringFoldersHaveTheirOwnTemporaries) {
+  isolate(*folder);
+  addIsolatedFolder("G", "M");
+  composite();
+  ASSERT_EQ(compositor.texturePoolIndex(), 2);
+  const std::vector<Texture> first = compositor.texturePool();
+  EXPECT_NE(first[0], first[1]);
+  document->needsCompositing = true;
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 2);
+  EXPECT_EQ(compositor.texturePool(), first);
+}
+
+TEST_F(DocumentCompositorTest, NestedFoldersHaveTheirOwnTemporaries) {
+  isolate(*folder);
+  const std::shared_ptr<LayerFolder> inner = addIsolatedFolder("G", "M");
+  document->moveNode(inner->id, folder->id);
+  composite();
+  EXPECT_EQ(compositor.texturePoolIndex(), 2);
+  EXPECT_EQ(poolSize(), 2U);
+}
+
+TEST_F(DocumentCompositorTest, TemporariesHaveTheCompositesFormat) {
+  for (const ColorMode mode : allColorModes) {
+    const DocumentPtr other = makeDocument(20, 10, mode);
+    other->addFolder("F");
+    other->addLayer("L");
+    nodeNamed(*other, "F").opacity() = 0.5F;
+    DocumentCompositor own(other->context());
+    own.compositeDocument(*other);
+    ASSERT_EQ(own.texturePool().size(), 1U);
+    EXPECT_EQ(own.texturePool().front()->format(), compositePixelFormat(mode));
+    EXPECT_EQ(own.texturePool().front()->bounds(), (PixelRect{0, 0, 20, 10}));
+  }
+}
+
+TEST_F(DocumentCompositorTest, AGreyFolderIsCompositedAsRgb) {
+  const DocumentPtr grey = makeDocument(20, 10, ColorMode::grayscale8);
+  grey->addFolder("F");
+  grey->addLayer("L");
+  nodeNamed(*grey, "L").layer()->texture.value()->fill(0xFF00U);
+  nodeNamed(*grey, "F").opacity() = 0.5F;
+  DocumentCompositor(grey->context()).compositeDocument(*grey);
+  EXPECT_EQ(grey->compositedTexture.value()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
+}
+
+TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysBehindInThePool) {
+  isolate(*folder);
+  composite();
+  ASSERT_EQ(poolSize(), 1U);
+  const Texture old = compositor.texturePool().front();
+  resizeCanvas(50, 20);
+  composite();
+  ASSERT_EQ(poolSize(), 2U);
+  EXPECT_EQ(compositor.texturePool()[0], old);
+  EXPECT_EQ(compositor.texturePool()[1]->bounds(), (PixelRect{0, 0, 50, 20}));
+  EXPECT_EQ(compositor.texturePoolIndex(), 2);
+}
+
+TEST_F(DocumentCompositorTest, AfterAResizeThePoolSettles) {
+  isolate(*folder);
+  addIsolatedFolder("G", "M");
+  composite();
+  resizeCanvas(50, 20);
+  composite();
+  const std::vector<Texture> settled = compositor.texturePool();
+  EXPECT_EQ(settled.size(), 3U) << "the second slot was free to be replaced";
+  EXPECT_EQ(compositor.texturePoolIndex(), 3);
+  layer->opacity = 0.25F;
+  composite();
+  EXPECT_EQ(compositor.texturePool(), settled);
+  EXPECT_EQ(compositor.texturePoolIndex(), 3);
+}
+
+TEST_F(DocumentCompositorTest, AnUnchangedTreeMakesNoTiles) {
+  isolate(*folder);
+  EXPECT_GT(composite().tilesMade, 0);
+  EXPECT_EQ(composite().tilesMade, 0);
+  EXPECT_GT(composite(CompositeScope::allTiles).tilesMade, 0);
+}
+
+TEST_F(DocumentCompositorTest, AnEditRemakesOnlyItsTiles) {
+  resizeCanvas(512, 384);
+  isolate(*folder);
+  EXPECT_EQ(composite().tilesMade, 2 * 12) << "of the canvas and of the folder's temporary";
+  const auto pixel = static_cast<std::uint32_t>(opaqueGreen);
+  layer->texture.value()->writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel),
+                                    sizeof(pixel));
+  EXPECT_EQ(composite().tilesMade, 2);
+  nodeNamed(*document, "Background").opacity() = 0.5F;
+  EXPECT_EQ(composite().tilesMade, 12) << "the folder above stays as it is";
+}
+
+TEST(DocumentCompositorDeathTest, ATemporaryThatCannotBeMadeIsFatal) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const DocumentPtr document = makeDocument();
+  document->addFolder("F");
+  document->addLayer("L");
+  nodeNamed(*document, "F").opacity() = 0.5F;
+  const auto composite = [&] {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    DocumentCompositor(document->context()).compositeDocument(*document);
+  };
+  EXPECT_DEATH(composite(), "Failed to create temporary texture");
+}
+
+}  // namespace
+}  // namespace orvanel

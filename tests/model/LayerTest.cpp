@@ -1,0 +1,172 @@
+#include "model/Layer.h"
+
+#include <gtest/gtest.h>
+
+#include "model/ModelSupport.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+std::shared_ptr<MaskTexture> filledMask(int width, int height, float value) {
+  auto mask = MaskTexture::create(width, height, MetalContext::shared());
+  MetalContext::shared().fillMask(*mask->texture, value);
+  return mask;
+}
+
+TEST(MaskTextureTest, HoldsHalfFloatsThatBeginAtZero) {
+  const auto mask = MaskTexture::create(7, 5, MetalContext::shared());
+  ASSERT_NE(mask, nullptr);
+  EXPECT_EQ(mask->texture->format(), PixelFormat::r16Float);
+  EXPECT_EQ(mask->width, 7);
+  EXPECT_EQ(mask->height, 5);
+  EXPECT_EQ(mask->texture->pixelAt(6, 4), 0U);
+}
+
+TEST(MaskTextureTest, IsNotMadeWithoutASurface) {
+  const tileMemory::ScopedSurfaceFailure failure(0);
+  EXPECT_EQ(MaskTexture::create(7, 5, MetalContext::shared()), nullptr);
+}
+
+TEST(MaskTextureTest, CopiesContentsOfTheSameSize) {
+  const auto source = filledMask(7, 5, 1.0F);
+  const auto destination = MaskTexture::create(7, 5, MetalContext::shared());
+  destination->copyContents(*source);
+  EXPECT_TRUE(destination->texture->equals(*source->texture));
+  MetalContext::shared().fillMask(*source->texture, 0.5F);
+  EXPECT_FALSE(destination->texture->equals(*source->texture));
+}
+
+TEST(MaskTextureTest, LeavesContentsAloneWhenSizesDiffer) {
+  const auto source = filledMask(7, 6, 1.0F);
+  const auto destination = MaskTexture::create(7, 5, MetalContext::shared());
+  destination->copyContents(*source);
+  EXPECT_TRUE(destination->texture->equals(Surface(PixelFormat::r16Float, 7, 5)));
+}
+
+TEST(LayerTest, BeginsVisibleOpaqueAndUnlocked) {
+  const Layer layer("L");
+  EXPECT_EQ(layer.name.value(), "L");
+  EXPECT_FALSE(layer.id.isNull());
+  EXPECT_EQ(layer.texture.value(), nullptr);
+  EXPECT_EQ(layer.opacity.value(), 1.0F);
+  EXPECT_EQ(layer.blendMode.value(), BlendMode::normal);
+  EXPECT_TRUE(layer.isVisible.value());
+  EXPECT_FALSE(layer.isLocked.value());
+  EXPECT_EQ(layer.mask.value(), nullptr);
+  EXPECT_TRUE(layer.isMaskLinked.value());
+  EXPECT_FALSE(layer.isMaskSelected.value());
+  EXPECT_TRUE(layer.thumbnailDirty.value());
+  EXPECT_TRUE(layer.maskThumbnailDirty.value());
+  EXPECT_TRUE(layer.channelThumbnailsDirty.value());
+  EXPECT_TRUE(layer.channelThumbnails.value().empty());
+}
+
+TEST(LayerTest, EditsGoToTheMaskOnlyWhenThereIsOne) {
+  Layer layer("L");
+  EXPECT_EQ(layer.activeEditTexture(), nullptr);
+  layer.texture = MetalContext::shared().makeTexture(PixelFormat::rgba8Unorm, 7, 5);
+  layer.isMaskSelected = true;
+  EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
+  const auto mask = addMask(layer);
+  EXPECT_EQ(layer.activeEditTexture(), mask->maskTexture->texture);
+  layer.isMaskSelected = false;
+  EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
+}
+
+TEST(LayerTest, ChoosingTheMaskTellsOfTheActiveLayerOnce) {
+  Layer layer("L");
+  const PostCounter posts(notification::activeLayerChanged);
+  layer.isMaskSelected = false;
+  EXPECT_EQ(posts.count, 0);
+  layer.isMaskSelected = true;
+  layer.isMaskSelected = true;
+  EXPECT_EQ(posts.count, 1);
+  EXPECT_FALSE(posts.hadObject);
+}
+
+TEST(LayerTest, EqualWritesNotifyNobody) {
+  Layer layer("L");
+  const auto image = std::make_shared<const QImage>(2, 2, QImage::Format_RGBA8888);
+  layer.thumbnailImage = image;
+  const ChangeCounter name(layer.name);
+  const ChangeCounter opacity(layer.opacity);
+  const ChangeCounter blendMode(layer.blendMode);
+  const ChangeCounter isVisible(layer.isVisible);
+  const ChangeCounter isLocked(layer.isLocked);
+  const ChangeCounter thumbnail(layer.thumbnailImage);
+  layer.name = QStringLiteral("L");
+  layer.opacity = 1.0F;
+  layer.blendMode = BlendMode::normal;
+  layer.isVisible = true;
+  layer.isLocked = false;
+  layer.thumbnailImage = image;
+  EXPECT_EQ(name.count + opacity.count + blendMode.count + isVisible.count + isLocked.count + thumbnail.count,
+            0);
+  layer.thumbnailImage = std::make_shared<const QImage>(*image);
+  EXPECT_EQ(thumbnail.count, 1) << "images compare by identity";
+}
+
+TEST(LayerNodeTest, ReachesWhatBothKindsHave) {
+  const auto layer = std::make_shared<Layer>("L");
+  const auto folder = std::make_shared<LayerFolder>("F");
+  const LayerNode layerNode(layer);
+  const LayerNode folderNode(folder);
+  EXPECT_EQ(layerNode.id(), layer->id);
+  EXPECT_EQ(folderNode.id(), folder->id);
+  EXPECT_EQ(layerNode.layer(), layer);
+  EXPECT_EQ(layerNode.folder(), nullptr);
+  EXPECT_EQ(folderNode.folder(), folder);
+  EXPECT_EQ(folderNode.layer(), nullptr);
+  folderNode.opacity() = 0.5F;
+  folderNode.name() = QStringLiteral("G");
+  folderNode.blendMode() = BlendMode::screen;
+  folderNode.isVisible() = false;
+  folderNode.isLocked() = true;
+  EXPECT_EQ(folder->opacity.value(), 0.5F);
+  EXPECT_EQ(folder->name.value(), "G");
+  EXPECT_EQ(folder->blendMode.value(), BlendMode::screen);
+  EXPECT_FALSE(folder->isVisible.value());
+  EXPECT_TRUE(folder->isLocked.value());
+  EXPECT_TRUE(folder->isExpanded.value());
+  EXPECT_EQ(layerNode, LayerNode(layer));
+  EXPECT_NE(layerNode, folderNode);
+}
+
+TEST(TreeWalkTest, MeetsAFolderBeforeItsChildren) {
+  const auto inner = std::make_shared<Layer>("inner");
+  const auto folder = std::make_shared<LayerFolder>("folder");
+  const auto top = std::make_shared<Layer>("top");
+  folder->children = LayerNodeList{inner};
+  const LayerNodeList list{folder, top};
+  std::vector<std::shared_ptr<Layer>> layers;
+  collectLayers(list, layers);
+  ASSERT_EQ(layers.size(), 2U);
+  EXPECT_EQ(layers[0], inner);
+  EXPECT_EQ(layers[1], top);
+  EXPECT_EQ(findNode(folder->id, list), LayerNode(folder));
+  EXPECT_EQ(findNode(inner->id, list), LayerNode(inner));
+  EXPECT_EQ(findNode(QUuid::createUuid(), list), std::nullopt);
+}
+
+TEST(UuidTextTest, IsUpperCaseAndReadInEitherCase) {
+  const QUuid id = QUuid::createUuid();
+  const QString text = uuidText(id);
+  EXPECT_EQ(text.size(), 36);
+  EXPECT_EQ(text, text.toUpper());
+  EXPECT_EQ(uuidFromText(text), id);
+  EXPECT_EQ(uuidFromText(text.toLower()), id);
+}
+
+TEST(UuidTextTest, OnlyTheCanonicalFormIsRead) {
+  const QString text = uuidText(QUuid::createUuid());
+  for (const QString& bad : {QString(), text.chopped(1), text + QChar(u'0'), QChar(u'{') + text + QChar(u'}'),
+                             QString(text).remove(QChar(u'-')), QString(text).replace(0, 1, QChar(u'G'))}) {
+    EXPECT_TRUE(uuidFromText(bad).isNull()) << bad.toStdString();
+  }
+}
+
+}  // namespace
+}  // namespace orvanel
