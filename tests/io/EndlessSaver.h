@@ -1,0 +1,18 @@
+// A process that saves two versions of a document in turn until somebody kills it.
+#pragma once
+
+#include <QString>
+
+#include "model/Document.h"
+
+namespace orvanel::testing {
+
+inline constexpr const char* saveForeverArgument = "--save-forever";
+
+/// One of the two versions, the same in every process.
+[[nodiscard]] DocumentPtr versionToSave(int version);
+
+/// Says so on standard output once it is about to begin.
+[[noreturn]] void saveForever(const QString& path);
+
+}  // namespace orvanel::testing
