@@ -1,0 +1,111 @@
+#include "canvas/CanvasContainerView.h"
+
+#include <QAccessibleWidget>
+#include <QCoreApplication>
+#include <QWheelEvent>
+
+namespace orvanel {
+namespace {
+
+/// Tells assistive technology that the canvas is a group, not a control.
+QAccessibleInterface* makeAccessible(const QString& className, QObject* object) {
+  (void)className;
+  auto* container = dynamic_cast<CanvasContainerView*>(object);
+  if (container == nullptr) return nullptr;
+  return new QAccessibleWidget(container, QAccessible::Grouping, container->accessibleName());
+}
+
+}  // namespace
+
+CanvasContainerView::CanvasContainerView(CanvasRenderer& renderer, ToolState& toolState, QWidget* parent)
+    : QWidget(parent),
+      mtkView_(new ScrollableMTKView(renderer, toolState, this)),
+      horizontalIndicator_(new OverlayScrollIndicator(Qt::Horizontal, this)),
+      verticalIndicator_(new OverlayScrollIndicator(Qt::Vertical, this)) {
+  [[maybe_unused]] static const bool isInstalled = [] {
+    QAccessible::installFactory(makeAccessible);
+    return true;
+  }();
+  setObjectName(QStringLiteral("canvas"));
+  setAccessibleName(QStringLiteral("canvas"));
+  setFocusProxy(mtkView_);
+  mtkView_->onScrollChanged = [this] { refreshIndicators(); };
+  horizontalIndicator_->onValueChanged = [this](double) { scrollFromIndicators(); };
+  verticalIndicator_->onValueChanged = [this](double) { scrollFromIndicators(); };
+  horizontalIndicator_->installEventFilter(this);
+  verticalIndicator_->installEventFilter(this);
+  refreshIndicators();
+}
+
+void CanvasContainerView::setDocument(const std::shared_ptr<Document>& document) {
+  documentNotifiers_.clear();
+  document_ = document;
+  if (document != nullptr) observeDocument(*document);
+  refreshIndicators();
+}
+
+void CanvasContainerView::observeDocument(Document& document) {
+  const auto refreshOnChange = [this](auto&... properties) {
+    (documentNotifiers_.push_back(properties.addNotifier([this] { refreshIndicators(); })), ...);
+  };
+  refreshOnChange(document.canvasWidth, document.canvasHeight, document.zoomLevelIndex,
+                  document.customZoomLevel, document.viewportOffset);
+}
+
+void CanvasContainerView::refreshIndicators() {
+  const auto refresh = [](OverlayScrollIndicator& indicator, const viewGeometry::IndicatorState& state) {
+    indicator.setVisible(!state.isHidden);
+    // Under the pointer the knob is where the user holds it.
+    if (!indicator.isDragging()) indicator.show(state.knobProportion, state.doubleValue);
+  };
+  const auto shown = document_.lock();
+  if (shown == nullptr) {
+    refresh(*horizontalIndicator_, {});
+    refresh(*verticalIndicator_, {});
+    return;
+  }
+  const QPointF offset = shown->viewportOffset.value();
+  const QSizeF view = mtkView_->viewSize();
+  refresh(*horizontalIndicator_,
+          viewGeometry::indicatorState(view.width(), shown->canvasWidth.value(), offset.x(), shown->zoom()));
+  refresh(*verticalIndicator_, viewGeometry::indicatorState(view.height(), shown->canvasHeight.value(),
+                                                            offset.y(), shown->zoom()));
+}
+
+void CanvasContainerView::scrollFromIndicators() {
+  const auto shown = document_.lock();
+  if (shown == nullptr) return;
+  const QSizeF view = mtkView_->viewSize();
+  QPointF offset = shown->viewportOffset.value();
+  if (horizontalIndicator_->isDragging()) {
+    offset.setX(viewGeometry::offsetForIndicatorValue(horizontalIndicator_->doubleValue(), view.width(),
+                                                      shown->canvasWidth.value(), shown->zoom()));
+  }
+  if (verticalIndicator_->isDragging()) {
+    offset.setY(viewGeometry::offsetForIndicatorValue(verticalIndicator_->doubleValue(), view.height(),
+                                                      shown->canvasHeight.value(), shown->zoom()));
+  }
+  mtkView_->scrollTo(offset);
+}
+
+void CanvasContainerView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  mtkView_->setGeometry(rect());
+  horizontalIndicator_->setGeometry(3, height() - 13, width() - 19, 10);
+  verticalIndicator_->setGeometry(width() - 13, 3, 10, height() - 19);
+  refreshIndicators();
+}
+
+// The wheel scrolls the canvas over its indicators too.
+bool CanvasContainerView::eventFilter(QObject* watched, QEvent* event) {
+  const auto* indicator = dynamic_cast<const OverlayScrollIndicator*>(watched);
+  if (indicator == nullptr || event->type() != QEvent::Wheel) return QWidget::eventFilter(watched, event);
+  const auto& wheel = *static_cast<const QWheelEvent*>(event);
+  QWheelEvent onCanvas(indicator->mapToParent(wheel.position()), wheel.globalPosition(), wheel.pixelDelta(),
+                       wheel.angleDelta(), wheel.buttons(), wheel.modifiers(), wheel.phase(),
+                       wheel.inverted());
+  QCoreApplication::sendEvent(mtkView_, &onCanvas);
+  return true;
+}
+
+}  // namespace orvanel

@@ -1,0 +1,41 @@
+// The canvas with its two scroll indicators over it. Owned by the canvas pane; main thread only.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <vector>
+
+#include "canvas/OverlayScrollIndicator.h"
+#include "canvas/ScrollableMTKView.h"
+
+namespace orvanel {
+
+class CanvasContainerView : public QWidget {
+ public:
+  /// Both must outlive the container.
+  CanvasContainerView(CanvasRenderer& renderer, ToolState& toolState, QWidget* parent = nullptr);
+
+  [[nodiscard]] ScrollableMTKView& mtkView() { return *mtkView_; }
+  [[nodiscard]] OverlayScrollIndicator& horizontalIndicator() { return *horizontalIndicator_; }
+  [[nodiscard]] OverlayScrollIndicator& verticalIndicator() { return *verticalIndicator_; }
+
+  void setDocument(const std::shared_ptr<Document>& document);
+  /// Shows or hides the indicators and sets them to where the view stands.
+  void refreshIndicators();
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void observeDocument(Document& document);
+  void scrollFromIndicators();
+
+  std::weak_ptr<Document> document_;
+  ScrollableMTKView* mtkView_;
+  OverlayScrollIndicator* horizontalIndicator_;
+  OverlayScrollIndicator* verticalIndicator_;
+  std::vector<QPropertyNotifier> documentNotifiers_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,66 @@
+// The passes every canvas draws, bottom first: background, checkerboard, document, pixel grid. Owned by the
+// renderer; called inside a frame on the main thread. Pipelines are found once; a missing one is fatal.
+#pragma once
+
+#include "raster/MetalContext.h"
+#include "raster/fragments/Fragments.h"
+#include "tools/CanvasViewLayer.h"
+
+namespace orvanel {
+
+/// The header of every pass's uniforms.
+[[nodiscard]] CanvasViewUniforms viewUniforms(const CanvasViewContext& context);
+
+/// The grey around the canvas; covers every pixel.
+class BackgroundLayer : public CanvasViewLayer {
+ public:
+  explicit BackgroundLayer(const MetalContext& context);
+  [[nodiscard]] std::string name() const override { return "Background"; }
+  [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
+  void render(RenderEncoder& encoder, const CanvasViewContext& context,
+              const Document* document) const override;
+
+ private:
+  RenderPipeline pipelineState_;
+};
+
+/// What shows through where the document is transparent.
+class CheckerboardLayer : public CanvasViewLayer {
+ public:
+  explicit CheckerboardLayer(const MetalContext& context);
+  [[nodiscard]] std::string name() const override { return "Checkerboard"; }
+  [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
+  void render(RenderEncoder& encoder, const CanvasViewContext& context,
+              const Document* document) const override;
+
+ private:
+  RenderPipeline pipelineState_;
+};
+
+/// The flattened image, through the document's channel switches.
+class DocumentLayer : public CanvasViewLayer {
+ public:
+  explicit DocumentLayer(const MetalContext& context);
+  [[nodiscard]] std::string name() const override { return "Document"; }
+  [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
+  void render(RenderEncoder& encoder, const CanvasViewContext& context,
+              const Document* document) const override;
+
+ private:
+  RenderPipeline pipelineState_;
+};
+
+/// Lines between document pixels, once these are large on the screen.
+class PixelGridLayer : public CanvasViewLayer {
+ public:
+  explicit PixelGridLayer(const MetalContext& context);
+  [[nodiscard]] std::string name() const override { return "Pixel Grid"; }
+  [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
+  void render(RenderEncoder& encoder, const CanvasViewContext& context,
+              const Document* document) const override;
+
+ private:
+  RenderPipeline pipelineState_;
+};
+
+}  // namespace orvanel

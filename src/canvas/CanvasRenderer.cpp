@@ -1,0 +1,91 @@
+#include "canvas/CanvasRenderer.h"
+
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include "canvas/CanvasLayers.h"
+
+namespace orvanel {
+namespace {
+
+/// Phase units a second.
+constexpr float selectionAnimationSpeed = 20.0F;
+/// The outline's pattern repeats every so many phase units; far out the phase is taken back by whole repeats.
+constexpr float selectionPatternLength = 8.0F;
+constexpr float largestAnimationOffset = 8000.0F;
+
+}  // namespace
+
+double steadySeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+CanvasRenderer::CanvasRenderer(MetalContext& context, MediaClock mediaClock)
+    : mediaClock_(std::move(mediaClock)),
+      compositor_(context),
+      layers_{std::make_shared<BackgroundLayer>(context), std::make_shared<CheckerboardLayer>(context),
+              std::make_shared<DocumentLayer>(context), std::make_shared<PixelGridLayer>(context)} {}
+
+FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
+  const std::shared_ptr<Document> shown = document.lock();
+  if (shown == nullptr || shown->compositedTexture.value() == nullptr) return FrameResult::stopped;
+  const std::optional<Drawable> drawable = view.currentDrawable();
+  if (!drawable) return FrameResult::stopped;
+
+  viewportSize_ = view.drawableSize();
+  scaleFactor_ = view.backingScaleFactor().value_or(1.0);
+  advanceSelectionAnimation();
+  compositeIfStale(*shown);
+
+  const CanvasViewContext context = makeViewContext(*shown);
+  RenderEncoder encoder(*drawable);
+  for (const auto* passes : {&std::as_const(layers_), &std::as_const(toolOverlayLayers)}) {
+    for (const auto& pass : *passes) {
+      if (pass->shouldRender(context, shown.get())) pass->render(encoder, context, shown.get());
+    }
+  }
+  const std::uint64_t fingerprint = encoder.fingerprint();
+  if (lastFrameFingerprint_ == fingerprint) return FrameResult::unchanged;
+  lastFrameFingerprint_ = fingerprint;
+  encoder.endEncoding();
+  view.present();
+  return FrameResult::drawn;
+}
+
+void CanvasRenderer::advanceSelectionAnimation() {
+  const double now = mediaClock_();
+  if (lastFrameTime_ > 0.0) {
+    selectionAnimationOffset_ += static_cast<float>(now - lastFrameTime_) * selectionAnimationSpeed;
+    if (selectionAnimationOffset_ > largestAnimationOffset) {
+      selectionAnimationOffset_ = std::fmod(selectionAnimationOffset_, selectionPatternLength);
+    }
+  }
+  lastFrameTime_ = now;
+}
+
+void CanvasRenderer::compositeIfStale(Document& shown) {
+  const std::int64_t hash = DocumentCompositor::compositingHash(shown);
+  if (shown.needsCompositing.value()) {
+    shown.needsCompositing = false;
+  } else if (hash == lastCompositingHash_) {
+    return;
+  }
+  lastCompositingHash_ = hash;
+  compositor_.compositeDocument(shown);
+  if (onComposited) onComposited(shown);
+}
+
+CanvasViewContext CanvasRenderer::makeViewContext(const Document& shown) const {
+  const QPointF offset = shown.viewportOffset.value();
+  return {viewportSize_.width(),
+          viewportSize_.height(),
+          static_cast<double>(shown.canvasWidth.value()),
+          static_cast<double>(shown.canvasHeight.value()),
+          offset.x(),
+          offset.y(),
+          shown.zoom(),
+          scaleFactor_};
+}
+
+}  // namespace orvanel

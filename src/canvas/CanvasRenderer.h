@@ -1,0 +1,74 @@
+// The frame of a canvas: flattens the document when it is stale, then draws the passes. Lives as long as its
+// view's binding; main thread only. Panning and zooming never flatten anything.
+#pragma once
+
+#include <QSizeF>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "canvas/MTKView.h"
+#include "model/DocumentCompositor.h"
+#include "tools/CanvasViewLayer.h"
+
+namespace orvanel {
+
+/// Seconds of a clock that never goes back.
+using MediaClock = std::function<double()>;
+[[nodiscard]] double steadySeconds();
+
+enum class FrameResult {
+  stopped,    ///< there was nothing to draw, or nothing to draw it into
+  unchanged,  ///< the last frame still stands; no pixel was touched
+  drawn,
+};
+
+class CanvasRenderer {
+ public:
+  /// Makes the passes; a pipeline that can't be made is fatal.
+  explicit CanvasRenderer(MetalContext& context, MediaClock mediaClock = steadySeconds);
+  CanvasRenderer(const CanvasRenderer&) = delete;
+  CanvasRenderer& operator=(const CanvasRenderer&) = delete;
+
+  /// The document on show.
+  std::weak_ptr<Document> document;
+  /// Drawn above `layers`, in order.
+  std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
+  /// Called after every flattening.
+  std::function<void(Document&)> onComposited;
+
+  FrameResult drawInMTKView(MTKView& view);
+  void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
+
+  /// Bottom first; never changed.
+  [[nodiscard]] const std::vector<std::shared_ptr<CanvasViewLayer>>& layers() const { return layers_; }
+  /// Device pixels.
+  [[nodiscard]] QSizeF viewportSize() const { return viewportSize_; }
+  [[nodiscard]] double scaleFactor() const { return scaleFactor_; }
+  /// Running phase of the moving outline around a selection.
+  [[nodiscard]] float selectionAnimationOffset() const { return selectionAnimationOffset_; }
+  /// Media clock at the last frame; 0 before the first.
+  [[nodiscard]] double lastFrameTime() const { return lastFrameTime_; }
+  [[nodiscard]] std::int64_t lastCompositingHash() const { return lastCompositingHash_; }
+  [[nodiscard]] const DocumentCompositor& compositor() const { return compositor_; }
+
+ private:
+  void advanceSelectionAnimation();
+  void compositeIfStale(Document& shown);
+  [[nodiscard]] CanvasViewContext makeViewContext(const Document& shown) const;
+
+  MediaClock mediaClock_;
+  DocumentCompositor compositor_;
+  std::vector<std::shared_ptr<CanvasViewLayer>> layers_;
+  QSizeF viewportSize_{0.0, 0.0};
+  double scaleFactor_ = 1.0;
+  float selectionAnimationOffset_ = 0.0F;
+  double lastFrameTime_ = 0.0;
+  std::int64_t lastCompositingHash_ = 0;
+  /// Of the picture that stands in the drawable.
+  std::optional<std::uint64_t> lastFrameFingerprint_;
+};
+
+}  // namespace orvanel

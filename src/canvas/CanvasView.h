@@ -1,0 +1,29 @@
+// Binds the model to the canvas: makes the container, owns its renderer, hands the active document down.
+// Owned by the canvas pane; main thread only.
+#pragma once
+
+#include <memory>
+
+#include "canvas/CanvasContainerView.h"
+#include "canvas/CanvasRenderer.h"
+
+namespace orvanel {
+
+class CanvasView {
+ public:
+  /// `context` and `toolState` must outlive it.
+  CanvasView(MetalContext& context, ToolState& toolState, QWidget* parent);
+
+  [[nodiscard]] CanvasContainerView& container() { return *container_; }
+  [[nodiscard]] CanvasRenderer& renderer() { return renderer_; }
+
+  /// Shows the document, or none.
+  void update(const std::shared_ptr<Document>& document);
+
+ private:
+  CanvasRenderer renderer_;
+  /// Goes before the renderer it draws with.
+  std::unique_ptr<CanvasContainerView> container_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,223 @@
+#include "canvas/ScrollableMTKView.h"
+
+#include <QAction>
+#include <QMimeData>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QUrl>
+#include <algorithm>
+#include <cmath>
+
+#include "canvas/FileDrop.h"
+#include "tools/HandToolHandler.h"
+
+namespace orvanel {
+namespace {
+
+/// What shows where no frame could be drawn: the grey around the canvas.
+const QColor clearColor = QColor::fromRgbF(0.5803922F, 0.5803922F, 0.6117647F);
+
+}  // namespace
+
+ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolState, QWidget* parent)
+    : QWidget(parent), renderer_(renderer), toolState_(toolState), pacer_([this] { drawFrame(); }) {
+  setAttribute(Qt::WA_OpaquePaintEvent);
+  setAttribute(Qt::WA_NoSystemBackground);
+  setFocusPolicy(Qt::StrongFocus);
+  setMouseTracking(true);
+  setAcceptDrops(true);
+  registerToolHandler(std::make_shared<HandToolHandler>());
+  collectOverlays();
+  observeNotifications();
+  handleToolChange();
+}
+
+ScrollableMTKView::~ScrollableMTKView() = default;
+
+void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
+  documentNotifiers_.clear();
+  const auto previous = document_.lock();
+  if (previous != nullptr && previous != document) previous->cursorDocumentPosition = std::nullopt;
+  document_ = document;
+  if (document != nullptr) observeDocument(*document);
+  tryInitialZoom();
+  requestRedraw();
+}
+
+void ScrollableMTKView::observeDocument(Document& document) {
+  const auto redrawOnChange = [this](auto&... properties) {
+    (documentNotifiers_.push_back(properties.addNotifier([this] { requestRedraw(); })), ...);
+  };
+  redrawOnChange(document.rootNodes, document.needsCompositing, document.compositedTexture,
+                 document.canvasWidth, document.canvasHeight, document.zoomLevelIndex,
+                 document.customZoomLevel, document.viewportOffset, document.selection,
+                 document.channelVisibility);
+}
+
+void ScrollableMTKView::tryInitialZoom() {
+  const auto shown = document();
+  // Before the window is up the size is a default one that means nothing.
+  if (shown == nullptr || !shown->needsInitialZoom.value() || !isVisible() || width() <= 0 || height() <= 0) {
+    return;
+  }
+  shown->applyInitialZoom(width(), height());
+  viewportMoved();
+}
+
+QSize ScrollableMTKView::drawablePixels() const {
+  const double scale = devicePixelRatioF();
+  return {static_cast<int>(std::lround(width() * scale)), static_cast<int>(std::lround(height() * scale))};
+}
+
+QSizeF ScrollableMTKView::drawableSize() const {
+  return drawablePixels();
+}
+
+std::optional<Drawable> ScrollableMTKView::currentDrawable() {
+  const QSize pixels = drawablePixels();
+  if (!isVisible() || window()->isMinimized() || pixels.isEmpty()) return std::nullopt;
+  if (frame_.size() != pixels) {
+    frame_ = QImage(pixels, QImage::Format_RGB32);
+    renderer_.drawableSizeWillChange(pixels);
+  }
+  if (frame_.isNull()) return std::nullopt;
+  return Drawable{reinterpret_cast<std::uint32_t*>(frame_.bits()),
+                  static_cast<std::size_t>(frame_.bytesPerLine()) / sizeof(std::uint32_t), frame_.width(),
+                  frame_.height()};
+}
+
+void ScrollableMTKView::present() {
+  if (!isPainting_) update();
+}
+
+void ScrollableMTKView::drawFrame() {
+  pacer_.setRefreshRate(screen()->refreshRate());
+  renderer_.drawInMTKView(*this);
+}
+
+void ScrollableMTKView::paintEvent(QPaintEvent* event) {
+  if (frame_.size() != drawablePixels()) {
+    // The view has just been given another size: what is put on the screen is always a frame of this size.
+    isPainting_ = true;
+    drawFrame();
+    isPainting_ = false;
+  }
+  QPainter painter(this);
+  const bool hasFrame = document() != nullptr && frame_.size() == drawablePixels();
+  const QTransform toDevice = painter.deviceTransform();
+  const QPointF corner = toDevice.map(QPointF(0.0, 0.0));
+  const QPointF wholeCorner(std::round(corner.x()), std::round(corner.y()));
+  if (!hasFrame || corner != wholeCorner) painter.fillRect(event->rect(), clearColor);
+  if (!hasFrame) return;
+  // One pixel of the frame is one pixel of the screen, at fractional scales too.
+  painter.setWorldTransform(QTransform::fromTranslate(wholeCorner.x(), wholeCorner.y()) *
+                            toDevice.inverted());
+  painter.drawImage(QPoint(0, 0), frame_);
+}
+
+void ScrollableMTKView::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  tryInitialZoom();
+  if (const auto shown = document(); shown != nullptr && isVisible()) {
+    shown->viewportOffset = viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value());
+  }
+  requestRedraw();
+}
+
+void ScrollableMTKView::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  tryInitialZoom();
+  pacer_.start();
+}
+
+void ScrollableMTKView::hideEvent(QHideEvent* event) {
+  pacer_.stop();
+  QWidget::hideEvent(event);
+}
+
+viewGeometry::Placement ScrollableMTKView::placementOf(const Document& document) const {
+  return {viewSize(), QSizeF(document.canvasWidth.value(), document.canvasHeight.value()),
+          document.viewportOffset.value(), document.zoom()};
+}
+
+std::optional<QPointF> ScrollableMTKView::viewToDocument(QPointF viewPoint) const {
+  const auto shown = document();
+  if (shown == nullptr) return std::nullopt;
+  return viewGeometry::viewToDocument(placementOf(*shown), viewPoint);
+}
+
+std::optional<QPoint> ScrollableMTKView::viewToPixel(QPointF viewPoint) const {
+  const auto shown = document();
+  if (shown == nullptr) return std::nullopt;
+  return viewGeometry::viewToPixel(placementOf(*shown), viewPoint);
+}
+
+std::optional<QPointF> ScrollableMTKView::viewToClampedDocument(QPointF viewPoint) const {
+  const auto shown = document();
+  if (shown == nullptr) return std::nullopt;
+  const viewGeometry::Placement placement = placementOf(*shown);
+  const QPointF point = viewGeometry::viewToDocument(placement, viewPoint);
+  return QPointF(std::clamp(point.x(), 0.0, placement.canvasSize.width()),
+                 std::clamp(point.y(), 0.0, placement.canvasSize.height()));
+}
+
+void ScrollableMTKView::scrollTo(QPointF documentOffset) {
+  const auto shown = document();
+  if (shown == nullptr) return;
+  const QPointF bounded = viewGeometry::boundedOffset(placementOf(*shown), documentOffset);
+  const QPointF current = shown->viewportOffset.value();
+  if (bounded.x() == current.x() && bounded.y() == current.y()) return;
+  shown->viewportOffset = bounded;
+  viewportMoved();
+}
+
+void ScrollableMTKView::viewportMoved() {
+  requestRedraw();
+  if (onScrollChanged) onScrollChanged();
+}
+
+void ScrollableMTKView::zoomAbout(QPointF viewPoint, ZoomStep step) {
+  const auto shown = document();
+  if (shown == nullptr) return;
+  const QPointF fixedPoint = viewGeometry::viewToDocument(placementOf(*shown), viewPoint);
+  (shown.get()->*step)();
+  shown->viewportOffset = viewGeometry::offsetKeeping(placementOf(*shown), fixedPoint, viewPoint);
+  viewportMoved();
+}
+
+void ScrollableMTKView::zoomInAbout(QPointF viewPoint) {
+  zoomAbout(viewPoint, &Document::zoomIn);
+}
+
+void ScrollableMTKView::zoomOutAbout(QPointF viewPoint) {
+  zoomAbout(viewPoint, &Document::zoomOut);
+}
+
+void ScrollableMTKView::zoomActualSize() {
+  const auto shown = document();
+  if (shown == nullptr) return;
+  shown->zoomActualSize();
+  shown->viewportOffset = viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value());
+  viewportMoved();
+}
+
+void ScrollableMTKView::zoomFitOnScreen() {
+  const auto shown = document();
+  if (shown == nullptr) return;
+  shown->zoomFitOnScreen(width(), height());
+  viewportMoved();
+}
+
+void ScrollableMTKView::dragEnterEvent(QDragEnterEvent* event) {
+  if (!fileDrop::localFiles(*event->mimeData()).isEmpty()) fileDrop::acceptAsCopy(*event);
+}
+
+void ScrollableMTKView::dropEvent(QDropEvent* event) {
+  const QStringList files = fileDrop::localFiles(*event->mimeData());
+  if (files.isEmpty()) return;
+  fileDrop::acceptAsCopy(*event);
+  if (openFiles) openFiles(files);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,65 @@
+// One tab: a document's name, its mark of unsaved changes, and a close button while the pointer is over it.
+// Owned by the tab bar; observes its document. Main thread only.
+#pragma once
+
+#include <QAbstractButton>
+#include <QPropertyNotifier>
+#include <functional>
+
+#include "model/Document.h"
+
+namespace orvanel {
+
+class DocumentTab : public QAbstractButton {
+  Q_OBJECT
+
+ public:
+  explicit DocumentTab(DocumentPtr document, QWidget* parent = nullptr);
+
+  const DocumentPtr document;
+  std::function<void()> onSelect;
+  std::function<void()> onClose;
+  std::function<void()> onCloseAll;
+  std::function<void()> onCloseOthers;
+  /// Called when the name or the mark changes the room the tab would like to have.
+  std::function<void()> onWidthChanged;
+
+  /// Edge of the close button's symbol, in view points.
+  static constexpr double closeButtonSize = 8.0;
+  /// Edge of the mark of unsaved changes, in view points.
+  static constexpr double dirtyDotSize = 6.0;
+
+  [[nodiscard]] bool isSelected() const { return isSelected_; }
+  void setSelected(bool selected);
+  [[nodiscard]] bool hasOtherDocuments() const { return hasOtherDocuments_; }
+  void setHasOtherDocuments(bool hasOthers) { hasOtherDocuments_ = hasOthers; }
+  [[nodiscard]] bool isHovering() const { return isHovering_; }
+  [[nodiscard]] bool showsDirtyDot() const { return document->isDirty.value(); }
+  [[nodiscard]] QAbstractButton* closeButton() const { return closeButton_; }
+
+  /// Titles of the context menu in order, and what each does.
+  [[nodiscard]] std::vector<std::pair<QString, std::function<void()>>> contextItems() const;
+
+  [[nodiscard]] QSize sizeHint() const override;
+
+ protected:
+  bool event(QEvent* event) override;
+  /// A click asks; only the window decides what is selected.
+  void nextCheckState() override {}
+  void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  void setHovering(bool hovering);
+  void documentChanged();
+
+  bool isSelected_ = false;
+  bool hasOtherDocuments_ = false;
+  bool isHovering_ = false;
+  QAbstractButton* closeButton_;
+  QPropertyNotifier nameNotifier_;
+  QPropertyNotifier dirtyNotifier_;
+};
+
+}  // namespace orvanel

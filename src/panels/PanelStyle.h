@@ -1,0 +1,32 @@
+// The few colours and measures that the window's bars and panels have in common. Main thread only.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+class QPainter;
+class QWidget;
+
+namespace orvanel::panelStyle {
+
+/// The strip behind tabs.
+inline const QColor barColor{0xe4, 0xe4, 0xe7};
+/// Panels, the active tab, the status line.
+inline const QColor paneColor{0xf5, 0xf5, 0xf7};
+inline const QColor hoverColor{0xec, 0xec, 0xef};
+inline const QColor dividerColor{0xcd, 0xcd, 0xd2};
+inline const QColor primaryText{0x1d, 0x1d, 0x1f};
+inline const QColor secondaryText{0x5c, 0x5c, 0x63};
+inline const QColor accentColor{0x2f, 0x6f, 0xd0};
+
+/// The interface font at a size in view points; it follows the desktop's text scale.
+[[nodiscard]] QFont systemFont(double viewPoints, QFont::Weight weight = QFont::Normal);
+
+/// A light palette that doesn't follow the desktop's colour scheme.
+[[nodiscard]] QPalette lightPalette();
+
+/// Thickness, in view points, that draws as exactly one device pixel on this widget.
+[[nodiscard]] double hairline(const QWidget& widget);
+
+}  // namespace orvanel::panelStyle

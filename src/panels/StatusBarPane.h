@@ -1,0 +1,64 @@
+// The line at the bottom of the central column: zoom, pointer position, canvas size and memory of the
+// active document. Owned by the window; observes the document and never changes it. Main thread only.
+#pragma once
+
+#include <QLabel>
+#include <QPointF>
+#include <QPropertyNotifier>
+#include <QTimer>
+#include <QWidget>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "model/Document.h"
+
+namespace orvanel {
+
+/// Decimal thousands: "999 B", "1 KB", "1.5 MB", "2.0 GB".
+[[nodiscard]] QString byteCountText(std::int64_t bytes);
+
+/// "X: 3  Y: 4", with the size of a running drag behind it; dashes without a position.
+[[nodiscard]] QString cursorPositionText(const std::optional<QPointF>& position,
+                                         const std::optional<Document::DragSize>& dragSize);
+
+class StatusBarPane : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit StatusBarPane(QWidget* parent = nullptr);
+
+  [[nodiscard]] DocumentPtr document() const { return document_.lock(); }
+  void setDocument(const DocumentPtr& document);
+
+  [[nodiscard]] QString zoomText() const { return zoomLabel_->text(); }
+  [[nodiscard]] QString positionText() const { return positionLabel_->text(); }
+  [[nodiscard]] QString canvasText() const { return canvasLabel_->text(); }
+  [[nodiscard]] QString memoryText() const { return memoryLabel_->text(); }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QLabel* addLabel(const QString& accessibleName, const QString& widestText);
+  void observeDocument(Document& document);
+  void updateZoom();
+  void updatePosition();
+  void updateCanvasSize();
+  void scheduleMemory();
+  void updateMemory();
+  void followMemory();
+
+  std::weak_ptr<Document> document_;
+  std::vector<QPropertyNotifier> notifiers_;
+  QLabel* zoomLabel_;
+  QLabel* positionLabel_;
+  QLabel* canvasLabel_;
+  QLabel* memoryLabel_;
+  /// Runs while snapshots may still be shrinking in the background.
+  QTimer memoryTimer_;
+  int quietReadings_ = 0;
+  bool memoryScheduled_ = false;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,60 @@
+// What a tool does on the canvas, and what it may ask of the view it works in. The view owns one handler
+// per tool and forwards its events; handlers never see widgets. Main thread only.
+#pragma once
+
+#include <QCursor>
+#include <QPointF>
+#include <QSizeF>
+#include <memory>
+#include <optional>
+#include <set>
+
+#include "model/Document.h"
+#include "tools/CanvasViewLayer.h"
+#include "tools/EventRecord.h"
+
+namespace orvanel {
+
+/// The canvas as tools see it. View points have their origin at the top left.
+class ToolCanvas {
+ public:
+  virtual ~ToolCanvas() = default;
+
+  [[nodiscard]] virtual QSizeF viewSize() const = 0;
+  /// Document coordinates of a view point; none without a document.
+  [[nodiscard]] virtual std::optional<QPointF> viewToDocument(QPointF viewPoint) const = 0;
+  /// Moves the viewport as far towards `documentOffset` as its bounds allow.
+  virtual void scrollTo(QPointF documentOffset) = 0;
+  virtual void showCursor(const QCursor& cursor) = 0;
+  /// Asks for a frame soon.
+  virtual void requestRedraw() = 0;
+};
+
+/// Made fresh for each event; `view` is borrowed for the call.
+struct ToolContext {
+  ToolCanvas* view = nullptr;
+  std::weak_ptr<Document> document;
+};
+
+class CanvasToolHandler {
+ public:
+  virtual ~CanvasToolHandler() = default;
+
+  [[nodiscard]] virtual std::set<Tool> supportedTools() const = 0;
+  [[nodiscard]] virtual std::shared_ptr<CanvasViewLayer> overlayLayer() const { return nullptr; }
+  virtual void toolActivated(const ToolContext& context) { (void)context; }
+  virtual void toolDeactivated(const ToolContext& context) { (void)context; }
+  [[nodiscard]] virtual QCursor cursor(std::uint32_t modifiers, const ToolContext& context) const = 0;
+
+  virtual void mouseDown(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
+  virtual void mouseDragged(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
+  virtual void mouseUp(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
+  virtual void mouseMoved(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
+
+  /// True when the key was consumed.
+  virtual bool keyDown(const EventRecord&, const ToolContext&) { return false; }
+  virtual bool keyUp(const EventRecord&, const ToolContext&) { return false; }
+  virtual void flagsChanged(const EventRecord&, const ToolContext&) {}
+};
+
+}  // namespace orvanel

@@ -1,0 +1,38 @@
+// A pass of the on-screen picture, and the view state all passes share. Passes are owned by the renderer or
+// by the tool whose overlay they draw, and are called inside a frame on the main thread.
+#pragma once
+
+#include <string>
+
+#include "model/Document.h"
+#include "raster/RenderEncoder.h"
+
+namespace orvanel {
+
+/// How the document lies in the view in one frame.
+struct CanvasViewContext {
+  double viewportWidth = 0.0;    ///< device pixels
+  double viewportHeight = 0.0;   ///< device pixels
+  double canvasWidth = 0.0;      ///< document pixels
+  double canvasHeight = 0.0;     ///< document pixels
+  double viewportOffsetX = 0.0;  ///< document pixels
+  double viewportOffsetY = 0.0;  ///< document pixels
+  double zoom = 1.0;             ///< view points per document pixel
+  double scaleFactor = 1.0;      ///< device pixels per view point
+};
+
+class CanvasViewLayer {
+ public:
+  virtual ~CanvasViewLayer() = default;
+
+  [[nodiscard]] virtual std::string name() const = 0;
+  /// `document` is null when none is on show.
+  [[nodiscard]] virtual bool shouldRender(const CanvasViewContext& context,
+                                          const Document* document) const = 0;
+  /// Records the draw. Everything the picture depends on goes through the encoder, which tells by it
+  /// whether the picture has to be drawn again.
+  virtual void render(RenderEncoder& encoder, const CanvasViewContext& context,
+                      const Document* document) const = 0;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,28 @@
+// The hand: drags the document through the view. Owned by the canvas view; main thread only.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "tools/CanvasToolHandler.h"
+
+namespace orvanel {
+
+class HandToolHandler : public CanvasToolHandler {
+ public:
+  [[nodiscard]] std::set<Tool> supportedTools() const override { return {Tool::hand}; }
+  void toolDeactivated(const ToolContext& context) override;
+  [[nodiscard]] QCursor cursor(std::uint32_t modifiers, const ToolContext& context) const override;
+  void mouseDown(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
+  void mouseDragged(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
+  void mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
+
+ private:
+  void endDrag();
+
+  std::optional<QPointF> dragStart_;    ///< view points
+  std::optional<QPointF> offsetStart_;  ///< document pixels
+  std::weak_ptr<Document> draggedDocument_;
+};
+
+}  // namespace orvanel

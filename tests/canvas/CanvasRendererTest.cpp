@@ -1,0 +1,262 @@
+// The rules of a frame.
+#include "canvas/CanvasRenderer.h"
+
+#include <gtest/gtest.h>
+
+#include "CanvasSupport.h"
+
+namespace orvanel {
+namespace {
+
+using test::makeDocument;
+using test::PlainView;
+
+constexpr std::uint32_t surround = 0xFF94949CU;
+constexpr std::uint32_t white = 0xFFFFFFFFU;
+
+class CanvasRendererTest : public testing::Test {
+ protected:
+  CanvasRendererTest() {
+    renderer.document = document;
+    renderer.onComposited = [this](Document&) { ++composited; };
+  }
+
+  [[nodiscard]] std::shared_ptr<Layer> background() const {
+    return document->rootNodes.value().front().layer();
+  }
+  /// Fills the background layer with one colour, as an edit does.
+  void paint(std::uint64_t pixel) {
+    background()->texture.value()->fill(pixel);
+    document->needsCompositing = true;
+  }
+
+  double now = 100.0;
+  DocumentPtr document = makeDocument(40, 30);
+  PlainView view{100, 80};
+  CanvasRenderer renderer{MetalContext::shared(), [this] { return now; }};
+  int composited = 0;
+};
+
+TEST_F(CanvasRendererTest, DrawsTheDocumentCentredInTheSurround) {
+  ASSERT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.presented, 1);
+  EXPECT_EQ(view.at(29, 40), surround);
+  EXPECT_EQ(view.at(30, 25), white);
+  EXPECT_EQ(view.at(69, 54), white);
+  EXPECT_EQ(view.at(70, 40), surround);
+  EXPECT_EQ(view.at(50, 24), surround);
+  EXPECT_EQ(view.at(50, 55), surround);
+}
+
+TEST_F(CanvasRendererTest, ShowsTheCheckerboardThroughAnEmptyTree) {
+  document->rootNodes = LayerNodeList{};
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
+  EXPECT_EQ(view.at(38, 25), 0xFFE3E3E3U);
+  EXPECT_EQ(view.at(10, 10), surround);
+}
+
+TEST_F(CanvasRendererTest, PassesAreFixedAndInOrder) {
+  std::vector<std::string> names;
+  for (const auto& pass : renderer.layers()) names.push_back(pass->name());
+  EXPECT_EQ(names, (std::vector<std::string>{"Background", "Checkerboard", "Document", "Pixel Grid"}));
+  EXPECT_TRUE(renderer.toolOverlayLayers.empty());
+}
+
+TEST_F(CanvasRendererTest, TouchesNoPixelWhileNothingChanges) {
+  renderer.drawInMTKView(view);
+  std::fill(view.pixels.begin(), view.pixels.end(), 0x12345678U);
+  now += 1.0;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
+  EXPECT_EQ(view.presented, 1);
+  EXPECT_EQ(composited, 1);
+  EXPECT_EQ(view.at(50, 40), 0x12345678U);
+}
+
+TEST_F(CanvasRendererTest, CompositingThatChangesNoTileDrawsNothing) {
+  renderer.drawInMTKView(view);
+  document->needsCompositing = true;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
+  EXPECT_EQ(composited, 2);
+}
+
+TEST_F(CanvasRendererTest, DrawsAfterEveryChangeOfTheView) {
+  const auto expectDrawn = [&](const char* what) {
+    EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn) << what;
+    EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged) << what;
+  };
+  expectDrawn("first");
+  document->viewportOffset = QPointF(3, 4);
+  expectDrawn("offset");
+  document->zoomLevelIndex = 16;
+  expectDrawn("table zoom");
+  document->customZoomLevel = 2.5;
+  expectDrawn("custom zoom");
+  document->channelVisibility = ChannelVisibility{1, 1, 0};
+  expectDrawn("channels");
+  view.scale = 2.0;
+  expectDrawn("scale");
+  EXPECT_EQ(composited, 1);
+}
+
+TEST_F(CanvasRendererTest, PaintsWhatWasEdited) {
+  renderer.drawInMTKView(view);
+  paint(0xFF0000FFU);
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_FALSE(document->needsCompositing.value());
+  EXPECT_EQ(composited, 2);
+  EXPECT_EQ(view.at(50, 40), 0xFFFF0000U);
+}
+
+TEST_F(CanvasRendererTest, NoticesPropertiesWithoutBeingTold) {
+  renderer.drawInMTKView(view);
+  background()->opacity = 0.5F;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  background()->isVisible = false;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
+  background()->isVisible = true;
+  background()->opacity = 0.0F;
+  renderer.drawInMTKView(view);
+  const int before = composited;
+  background()->opacity = -0.0F;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
+  EXPECT_EQ(composited, before);
+}
+
+TEST_F(CanvasRendererTest, NoticesAMaskThatIsSwitched) {
+  renderer.drawInMTKView(view);
+  background()->mask =
+      std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(40, 30, MetalContext::shared()));
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
+  background()->mask.value()->isEnabled = false;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(30, 25), white);
+}
+
+TEST_F(CanvasRendererTest, TheHashIsStoredWheneverItComposites) {
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+  background()->blendMode = BlendMode::multiply;
+  EXPECT_NE(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+}
+
+TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
+  view.isHidden = true;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
+  EXPECT_TRUE(document->needsCompositing.value());
+  EXPECT_EQ(renderer.lastFrameTime(), 0.0);
+  view.isHidden = false;
+  const Texture composite = document->compositedTexture.value();
+  document->compositedTexture = Texture();
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
+  EXPECT_TRUE(document->needsCompositing.value());
+  document->compositedTexture = composite;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  document.reset();
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
+  EXPECT_EQ(view.presented, 1);
+}
+
+TEST_F(CanvasRendererTest, ShowsAnotherDocumentAfterASwitch) {
+  renderer.drawInMTKView(view);
+  const DocumentPtr other = makeDocument(40, 30);
+  other->rootNodes.value().front().layer()->texture.value()->fill(0xFF00FF00U);
+  renderer.document = other;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(50, 40), 0xFF00FF00U);
+}
+
+TEST_F(CanvasRendererTest, TheOutlineMovesTwentyUnitsASecond) {
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.selectionAnimationOffset(), 0.0F);
+  EXPECT_EQ(renderer.lastFrameTime(), 100.0);
+  now += 0.5;
+  renderer.drawInMTKView(view);
+  EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 10.0F);
+}
+
+TEST_F(CanvasRendererTest, TheOutlineMovesByTheWholeGapAfterHiding) {
+  renderer.drawInMTKView(view);
+  view.isHidden = true;
+  now += 2.0;
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.lastFrameTime(), 100.0);
+  view.isHidden = false;
+  now += 1.0;
+  renderer.drawInMTKView(view);
+  EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 60.0F);
+}
+
+TEST_F(CanvasRendererTest, TheOutlinesPhaseIsTakenBackOnlyPastEightThousand) {
+  renderer.drawInMTKView(view);
+  now += 400.0;
+  renderer.drawInMTKView(view);
+  EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 8000.0F);
+  now += 0.25;
+  renderer.drawInMTKView(view);
+  EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 5.0F);
+}
+
+TEST_F(CanvasRendererTest, KnowsTheDrawablesSizeAndScale) {
+  EXPECT_EQ(renderer.scaleFactor(), 1.0);
+  renderer.drawableSizeWillChange({7, 9});
+  EXPECT_EQ(renderer.viewportSize(), QSizeF(7, 9));
+  view.scale = 1.25;
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.viewportSize(), QSizeF(100, 80));
+  EXPECT_EQ(renderer.scaleFactor(), 1.25);
+  view.scale = std::nullopt;
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(renderer.scaleFactor(), 1.0);
+}
+
+TEST_F(CanvasRendererTest, DrawsToolOverlaysOnTop) {
+  class Overlay : public CanvasViewLayer {
+   public:
+    [[nodiscard]] std::string name() const override { return "Overlay"; }
+    [[nodiscard]] bool shouldRender(const CanvasViewContext&, const Document*) const override {
+      return isShown;
+    }
+    void render(RenderEncoder& encoder, const CanvasViewContext&, const Document*) const override {
+      encoder.draw({"", fillBlue, false}, {});
+    }
+    static void fillBlue(const FragmentInvocation&, const FragmentBand& band) {
+      for (int row = 0; row < band.rows; ++row) {
+        std::fill_n(band.pixels + static_cast<std::size_t>(row) * band.pixelsPerRow, band.width, 0xFF0000FFU);
+      }
+    }
+    bool isShown = false;
+  };
+  const auto overlay = std::make_shared<Overlay>();
+  renderer.toolOverlayLayers = {overlay};
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(view.at(50, 40), white);
+  overlay->isShown = true;
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(50, 40), 0xFF0000FFU);
+}
+
+TEST_F(CanvasRendererTest, ShowsTheGridAtHighZoom) {
+  document->customZoomLevel = 40.0;
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(view.at(20, 20), white);
+  EXPECT_NE(view.at(40, 20), white);
+  document->customZoomLevel = 39.9;
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(view.at(40, 20), white);
+}
+
+using CanvasRendererDeathTest = CanvasRendererTest;
+
+TEST_F(CanvasRendererDeathTest, AZoomBeyondTheTableIsFatal) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  document->zoomLevelIndex = 29;
+  EXPECT_DEATH((void)renderer.drawInMTKView(view), "Zoom level index out of range");
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,117 @@
+// What tests of the canvas share: small documents, a drawable without a window, and input events.
+#pragma once
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
+#include <QProperty>
+#include <QWheelEvent>
+#include <QWidget>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include "canvas/MTKView.h"
+#include "model/Document.h"
+#include "model/NotificationCenter.h"
+
+/// Lets failures show points. Found by the argument's own namespace, under the name the framework looks for.
+inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(readability-identifier-naming)
+  *stream << '(' << point.x() << ", " << point.y() << ')';
+}
+
+namespace orvanel::test {
+
+inline DocumentPtr makeDocument(int width, int height, ColorMode mode = ColorMode::rgb8) {
+  return Document::create(QStringLiteral("Test"), width, height, mode, MetalContext::shared());
+}
+
+/// A view without a window: memory to draw into, and counters.
+class PlainView : public MTKView {
+ public:
+  PlainView(int width, int height)
+      : pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)),
+        width_(width),
+        height_(height) {}
+
+  std::optional<Drawable> currentDrawable() override {
+    if (isHidden) return std::nullopt;
+    return Drawable{pixels.data(), static_cast<std::size_t>(width_), width_, height_};
+  }
+  [[nodiscard]] QSizeF drawableSize() const override { return {double(width_), double(height_)}; }
+  [[nodiscard]] std::optional<double> backingScaleFactor() const override { return scale; }
+  void present() override { ++presented; }
+
+  [[nodiscard]] std::uint32_t at(int x, int y) const {
+    return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+                  static_cast<std::size_t>(x)];
+  }
+
+  std::vector<std::uint32_t> pixels;
+  std::optional<double> scale = 1.0;
+  bool isHidden = false;
+  int presented = 0;
+
+ private:
+  int width_;
+  int height_;
+};
+
+inline void sendWheel(QWidget& view, QPointF at, QPoint pixelDelta, QPoint angleDelta,
+                      Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+                      Qt::ScrollPhase phase = Qt::NoScrollPhase) {
+  QWheelEvent event(at, view.mapToGlobal(at), pixelDelta, angleDelta, Qt::NoButton, modifiers, phase, false);
+  QApplication::sendEvent(&view, &event);
+}
+
+inline void sendGesture(QWidget& view, Qt::NativeGestureType type, double value, QPointF at) {
+  QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, at, at, view.mapToGlobal(at),
+                            value, QPointF());
+  QApplication::sendEvent(&view, &event);
+}
+
+inline void sendKey(QWidget& view, QEvent::Type type, int key,
+                    Qt::KeyboardModifiers modifiers = Qt::NoModifier, bool isRepeat = false) {
+  QKeyEvent event(type, key, modifiers, QString(), isRepeat);
+  QApplication::sendEvent(&view, &event);
+}
+
+inline void pressKey(QWidget& view, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  sendKey(view, QEvent::KeyPress, key, modifiers);
+  sendKey(view, QEvent::KeyRelease, key, modifiers);
+}
+
+inline void sendMouse(QWidget& view, QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::LeftButton,
+                      Qt::MouseButtons buttons = Qt::LeftButton) {
+  QMouseEvent event(type, at, view.mapToGlobal(at), button, buttons, Qt::NoModifier);
+  QApplication::sendEvent(&view, &event);
+}
+
+inline void moveMouse(QWidget& view, QPointF at) {
+  sendMouse(view, QEvent::MouseMove, at, Qt::NoButton, Qt::NoButton);
+}
+
+inline void dragMouse(QWidget& view, QPointF from, QPointF to) {
+  sendMouse(view, QEvent::MouseButtonPress, from);
+  sendMouse(view, QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
+  sendMouse(view, QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+}
+
+/// Counts the posts of one name while it lives.
+class PostCounter {
+ public:
+  explicit PostCounter(std::string_view name)
+      : subscription_(NotificationCenter::standard().observe(name, [this](const std::any&) { ++count; })) {}
+  PostCounter(const PostCounter&) = delete;
+  PostCounter& operator=(const PostCounter&) = delete;
+
+  int count = 0;
+
+ private:
+  NotificationCenter::Subscription subscription_;
+};
+
+}  // namespace orvanel::test

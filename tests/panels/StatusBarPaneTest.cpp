@@ -1,0 +1,134 @@
+#include "panels/StatusBarPane.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+#include "undo/UndoableOperation.h"
+
+namespace orvanel {
+namespace {
+
+DocumentPtr makeDocument(int width = 100, int height = 80, ColorMode mode = ColorMode::rgb8) {
+  return Document::create(QStringLiteral("Picture"), width, height, mode, MetalContext::shared());
+}
+
+/// A record of a given weight that can lose some of it, as snapshots do when they are compressed.
+class WeightedOperation : public UndoableOperation {
+ public:
+  explicit WeightedOperation(std::int64_t bytes) : bytes_(bytes) {}
+  [[nodiscard]] QString actionName() const override { return QStringLiteral("Weight"); }
+  void redo() override {}
+  void undo() override {}
+  [[nodiscard]] std::int64_t memoryCost() const override { return bytes_; }
+
+ private:
+  std::int64_t bytes_;
+};
+
+TEST(ByteCountTextTest, CountsInDecimalThousands) {
+  EXPECT_EQ(byteCountText(0), "0 B");
+  EXPECT_EQ(byteCountText(999), "999 B");
+  EXPECT_EQ(byteCountText(1000), "1 KB");
+  EXPECT_EQ(byteCountText(1400), "1 KB");
+  EXPECT_EQ(byteCountText(1600), "2 KB");
+  EXPECT_EQ(byteCountText(999999), "1000 KB");
+  EXPECT_EQ(byteCountText(1000000), "1.0 MB");
+  EXPECT_EQ(byteCountText(1500000), "1.5 MB");
+  EXPECT_EQ(byteCountText(2000000000), "2.0 GB");
+  EXPECT_EQ(byteCountText(12345678901), "12.3 GB");
+}
+
+TEST(CursorPositionTextTest, ShowsDashesOutsideTheCanvas) {
+  EXPECT_EQ(cursorPositionText(std::nullopt, std::nullopt), "X: --  Y: --");
+  EXPECT_EQ(cursorPositionText(std::nullopt, Document::DragSize{3, 4}), "X: --  Y: --");
+}
+
+TEST(CursorPositionTextTest, ShowsTheSizeOfARunningDrag) {
+  EXPECT_EQ(cursorPositionText(QPointF(12, 7), std::nullopt), "X: 12  Y: 7");
+  EXPECT_EQ(cursorPositionText(QPointF(12, 7), Document::DragSize{30, 40}), "X: 12  Y: 7  W: 30  H: 40");
+}
+
+TEST(StatusBarPaneTest, IsEmptyWithoutADocument) {
+  StatusBarPane pane;
+  EXPECT_EQ(pane.zoomText(), "");
+  EXPECT_EQ(pane.canvasText(), "");
+  EXPECT_EQ(pane.memoryText(), "");
+}
+
+TEST(StatusBarPaneTest, ReadsTheDocument) {
+  const DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+  pane.setDocument(document);
+  EXPECT_EQ(pane.zoomText(), "100%");
+  EXPECT_EQ(pane.positionText(), "X: --  Y: --");
+  EXPECT_EQ(pane.canvasText(), QStringLiteral("100 × 80"));
+  EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 0 B");
+}
+
+TEST(StatusBarPaneTest, FollowsTheDocument) {
+  const DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+  pane.setDocument(document);
+
+  document->zoomIn();
+  EXPECT_EQ(pane.zoomText(), "200%");
+  document->customZoomLevel = 1.0 / 3.0;
+  EXPECT_EQ(pane.zoomText(), "33.33%");
+
+  document->cursorDocumentPosition = QPointF(5, 6);
+  document->dragSize = Document::DragSize{20, 10};
+  EXPECT_EQ(pane.positionText(), "X: 5  Y: 6  W: 20  H: 10");
+  document->cursorDocumentPosition = std::nullopt;
+  EXPECT_EQ(pane.positionText(), "X: --  Y: --");
+
+  document->addLayer(QStringLiteral("Second"));
+  QCoreApplication::sendPostedEvents();
+  EXPECT_TRUE(pane.memoryText().startsWith("Memory: Layers 64 KB, Undo ")) << pane.memoryText().toStdString();
+}
+
+TEST(StatusBarPaneTest, CountsLayersAddedInsideAFolder) {
+  const DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+  pane.setDocument(document);
+  document->addFolder(QStringLiteral("Group"));
+  document->addLayer(QStringLiteral("Inside"));
+  QCoreApplication::sendPostedEvents();
+  EXPECT_TRUE(pane.memoryText().startsWith("Memory: Layers 64 KB")) << pane.memoryText().toStdString();
+  document->undo();
+  QCoreApplication::sendPostedEvents();
+  EXPECT_TRUE(pane.memoryText().startsWith("Memory: Layers 32 KB")) << pane.memoryText().toStdString();
+}
+
+TEST(StatusBarPaneTest, ShowsWhatTheHistoryHolds) {
+  const DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+  pane.setDocument(document);
+  document->undoStack.push(std::make_shared<WeightedOperation>(1500000));
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 1.5 MB");
+}
+
+TEST(StatusBarPaneTest, LetsGoOfTheDocumentBefore) {
+  const DocumentPtr before = makeDocument();
+  const DocumentPtr after = makeDocument(10, 20);
+  StatusBarPane pane;
+  pane.setDocument(before);
+  pane.setDocument(after);
+  before->zoomIn();
+  EXPECT_EQ(pane.zoomText(), "100%");
+  EXPECT_EQ(pane.canvasText(), QStringLiteral("10 × 20"));
+}
+
+TEST(StatusBarPaneTest, KeepsNoClosedDocumentAlive) {
+  DocumentPtr document = makeDocument();
+  const std::weak_ptr<Document> watched = document;
+  StatusBarPane pane;
+  pane.setDocument(document);
+  document.reset();
+  EXPECT_TRUE(watched.expired());
+  EXPECT_EQ(pane.document(), nullptr);
+}
+
+}  // namespace
+}  // namespace orvanel
