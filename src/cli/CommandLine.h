@@ -1,0 +1,39 @@
+// The headless program: finds the subcommand that was asked for and turns its outcome into an exit status
+// and at most one line on standard error. Needs no display.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <span>
+#include <string_view>
+#include <tl/expected.hpp>
+
+namespace orvanel {
+
+enum class ExitStatus { success = 0, failure = 1, wrongUsage = 2 };
+
+/// What went wrong with which file; printed as one line.
+struct CommandFailure {
+  QString file;
+  QString reason;
+};
+using CommandResult = tl::expected<void, CommandFailure>;
+
+struct Subcommand {
+  std::string_view name;
+  /// What follows the name, for example "IN OUT".
+  std::string_view arguments;
+  std::string_view summary;
+  /// Fewest and most arguments it takes.
+  int fewestArguments = 0;
+  int mostArguments = 0;
+  CommandResult (*run)(const QStringList& arguments) = nullptr;
+};
+
+/// All subcommands, in the order of the help text.
+[[nodiscard]] std::span<const Subcommand> subcommands();
+
+/// `arguments` are those behind the program's name.
+[[nodiscard]] ExitStatus runCommandLine(const QStringList& arguments);
+
+}  // namespace orvanel

@@ -1,0 +1,59 @@
+#include "cli/DocumentAccess.h"
+
+#include <QFileInfo>
+#include <span>
+
+#include "io/AtomicFile.h"
+#include "io/DocumentIO.h"
+#include "io/FlatImage.h"
+#include "model/DocumentCompositor.h"
+
+namespace orvanel {
+
+namespace {
+
+tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason) {
+  return tl::make_unexpected(CommandFailure{path, reason});
+}
+
+bool isNativeName(const QString& path) {
+  return QFileInfo(path).suffix().compare(u"tessel", Qt::CaseInsensitive) == 0;
+}
+
+CommandResult writeFlatImage(const Document& document, const QString& path,
+                             Document::ImageFileFormat format) {
+  const Texture& composite = document.compositedTexture.value();
+  const auto bytes = composite
+                         ? exportImage(*composite, document.colorMode.value(), format, document.context())
+                         : std::nullopt;
+  if (!bytes) return failed(path, QStringLiteral("The image couldn't be encoded in this format."));
+  const auto written = replaceFile(path, std::as_bytes(std::span(bytes->constData(), bytes->size())));
+  if (!written) return failed(path, written.error());
+  return {};
+}
+
+}  // namespace
+
+tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
+  MetalContext& context = MetalContext::shared();
+  FileResult<DocumentPtr> document = DocumentIO::isDocumentPath(path)
+                                         ? DocumentIO::loadSynchronously(path, context)
+                                         : openImage(path, context);
+  if (!document) return failed(path, document.error().message);
+  return std::move(*document);
+}
+
+CommandResult checkWritableName(const QString& path) {
+  if (isNativeName(path) || imageFileFormat(path)) return {};
+  return failed(path, QStringLiteral("The extension must be tessel, png, jpg, jpeg, tiff, tif, gif or bmp."));
+}
+
+CommandResult writeDocument(Document& document, const QString& path) {
+  DocumentCompositor(document.context()).compositeDocument(document);
+  if (const auto format = imageFileFormat(path)) return writeFlatImage(document, path, *format);
+  const auto saved = DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
+  if (!saved) return failed(path, saved.error().message);
+  return {};
+}
+
+}  // namespace orvanel

@@ -1,0 +1,20 @@
+// Reads and writes whole documents for the headless program: the native format or a flat image, by the
+// file's extension. Main thread only.
+#pragma once
+
+#include <QString>
+
+#include "cli/CommandLine.h"
+#include "model/Document.h"
+
+namespace orvanel {
+
+/// A document, or an image as a document of one layer.
+[[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path);
+
+/// Whether a document can be written under this name, by its extension.
+[[nodiscard]] CommandResult checkWritableName(const QString& path);
+/// Flattens the document and writes it by the extension of `path`, which is replaced in one step.
+[[nodiscard]] CommandResult writeDocument(Document& document, const QString& path);
+
+}  // namespace orvanel

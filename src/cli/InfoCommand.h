@@ -1,0 +1,17 @@
+// `info FILE`: what a document or image holds, as one JSON object on standard output.
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+#include "cli/CommandLine.h"
+#include "model/Document.h"
+
+namespace orvanel {
+
+[[nodiscard]] CommandResult runInfo(const QStringList& arguments);
+
+/// The facts of a document; nodes as in a document's manifest, layers with the bounds of their content.
+[[nodiscard]] QByteArray describeAsJson(const Document& document);
+
+}  // namespace orvanel
