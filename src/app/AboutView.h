@@ -1,0 +1,15 @@
+// The small window that says what this program is. Main thread only.
+#pragma once
+
+#include <QDialog>
+
+namespace orvanel {
+
+class AboutView : public QDialog {
+  Q_OBJECT
+
+ public:
+  explicit AboutView(QWidget* parent = nullptr);
+};
+
+}  // namespace orvanel

@@ -1,0 +1,13 @@
+// Settings that live in memory only, for the length of a run. A plain value.
+#pragma once
+
+namespace orvanel {
+
+struct AppPreferences {
+  float checkerboardSize = 8.0F;
+  int defaultCanvasWidth = 1024;
+  int defaultCanvasHeight = 768;
+  friend bool operator==(const AppPreferences&, const AppPreferences&) = default;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,33 @@
+// The root of the object graph: the open documents, the tools, the preferences and what outlives a run.
+// One shared instance, made on first use and never destroyed; main thread only.
+#pragma once
+
+#include <QProperty>
+
+#include "app/AppPreferences.h"
+#include "app/RecentDocuments.h"
+#include "app/UserDefaults.h"
+#include "app/WindowState.h"
+#include "raster/MetalContext.h"
+#include "tools/ToolState.h"
+
+namespace orvanel {
+
+class AppState {
+ public:
+  static AppState& shared();
+  /// A state of its own, as tests make it.
+  explicit AppState(MetalContext& context);
+  AppState(const AppState&) = delete;
+  AppState& operator=(const AppState&) = delete;
+
+  WindowState windowState;
+  ToolState toolState;
+  QProperty<AppPreferences> preferences;
+  MetalContext& metalContext;
+
+  UserDefaults userDefaults;
+  RecentDocuments recentDocuments;
+};
+
+}  // namespace orvanel

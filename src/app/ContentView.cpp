@@ -1,0 +1,146 @@
+#include "app/ContentView.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QVBoxLayout>
+
+#include "app/ProgressLine.h"
+#include "canvas/CanvasPaneView.h"
+#include "panels/DocumentTabBar.h"
+#include "panels/StatusBarPane.h"
+
+namespace orvanel {
+
+namespace {
+
+DocumentPtr documentIn(const std::any& object) {
+  const auto* document = std::any_cast<DocumentPtr>(&object);
+  return document == nullptr ? nullptr : *document;
+}
+
+}  // namespace
+
+ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* parent)
+    : QWidget(parent), appState_(appState), files_(files) {
+  tabBar_ = new DocumentTabBar(this);
+  canvasPane_ = new CanvasPaneView(appState.metalContext, appState.toolState, this);
+  statusBar_ = new StatusBarPane(this);
+  progressLine_ = new ProgressLine(files.activity, this);
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(tabBar_);
+  column->addWidget(canvasPane_, 1);
+  column->addWidget(statusBar_);
+
+  files_.isCompositeCurrent = [this](const Document& document) {
+    return &document == shownDocument_.get() && !document.needsCompositing.value() &&
+           canvasPane_->canvasView().renderer().lastCompositingHash() ==
+               DocumentCompositor::compositingHash(document);
+  };
+  canvasPane_->openFiles = [this](const QStringList& paths) { files_.openDropped(paths); };
+  connectTabBar();
+  observeNotifications();
+  observeWindowState();
+  refresh();
+}
+
+ContentView::~ContentView() {
+  files_.isCompositeCurrent = nullptr;
+}
+
+void ContentView::connectTabBar() {
+  WindowState& window = appState_.windowState;
+  tabBar_->onSelect = [&window](const QUuid& id) { window.switchToDocument(id); };
+  tabBar_->onClose = [&window](const QUuid& id) { window.closeDocument(id); };
+  tabBar_->onCloseOthers = [&window](const QUuid& id) { window.closeOtherDocuments(id); };
+  tabBar_->onCloseAll = [&window] { window.closeAllDocuments(); };
+  tabBar_->onNewDocument = [&window] { window.createUntitledDocument(); };
+}
+
+void ContentView::on(std::string_view name, NotificationCenter::Handler handler) {
+  subscriptions_.push_back(NotificationCenter::standard().observe(name, std::move(handler)));
+}
+
+void ContentView::observeNotifications() {
+  WindowState& window = appState_.windowState;
+  on(notification::openedImageDocument, [this](const std::any& object) {
+    const DocumentPtr document = documentIn(object);
+    if (!document) return;
+    appState_.windowState.addDocument(document);
+    if (document->sourceFileURL.value()) files_.noteRecentDocument(*document->sourceFileURL.value());
+  });
+  on(notification::createdNewDocument, [&window](const std::any& object) {
+    if (const DocumentPtr document = documentIn(object)) window.addDocument(document);
+  });
+  on(notification::cycleNextTab, [&window](const std::any&) { window.cycleNextTab(); });
+  on(notification::cyclePreviousTab, [&window](const std::any&) { window.cyclePreviousTab(); });
+  on(notification::cycleNextDocument, [&window](const std::any&) { window.cycleNextDocument(); });
+  on(notification::cyclePreviousDocument, [&window](const std::any&) { window.cyclePreviousDocument(); });
+  on(notification::commitMRUCycle, [&window](const std::any&) {
+    if (const DocumentPtr active = window.activeDocument()) window.promoteToMRUFront(active->id);
+  });
+  on(notification::saveAsDocument, [this](const std::any&) {
+    if (const DocumentPtr active = appState_.windowState.activeDocument()) files_.saveAs(active);
+  });
+}
+
+void ContentView::observeWindowState() {
+  const auto changed = [this] { scheduleRefresh(); };
+  windowNotifiers_.push_back(appState_.windowState.documents.addNotifier(changed));
+  windowNotifiers_.push_back(appState_.windowState.activeDocumentID.addNotifier(changed));
+}
+
+QEvent::Type ContentView::refreshEventType() {
+  static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
+  return type;
+}
+
+void ContentView::scheduleRefresh() {
+  // One operation changes several properties; the views follow once, when it is through.
+  if (isRefreshScheduled_) return;
+  isRefreshScheduled_ = true;
+  QCoreApplication::postEvent(this, new QEvent(refreshEventType()), Qt::HighEventPriority);
+}
+
+bool ContentView::event(QEvent* event) {
+  if (event->type() != refreshEventType()) return QWidget::event(event);
+  refresh();
+  return true;
+}
+
+void ContentView::refresh() {
+  isRefreshScheduled_ = false;
+  const WindowState& window = appState_.windowState;
+  const auto& documents = window.documents.value();
+  tabBar_->setDocuments(documents, window.activeDocumentID.value());
+  tabBar_->setVisible(!documents.empty());
+  placeProgressLine();
+
+  shownDocument_ = window.activeDocument();
+  canvasPane_->setDocument(shownDocument_);
+  statusBar_->setDocument(shownDocument_);
+
+  documentNotifiers_.clear();
+  if (shownDocument_) {
+    const auto changed = [this] {
+      if (onActiveDocumentChanged) onActiveDocumentChanged();
+    };
+    documentNotifiers_.push_back(shownDocument_->name.addNotifier(changed));
+    documentNotifiers_.push_back(shownDocument_->isDirty.addNotifier(changed));
+    documentNotifiers_.push_back(shownDocument_->sourceFileURL.addNotifier(changed));
+  }
+  if (onActiveDocumentChanged) onActiveDocumentChanged();
+}
+
+void ContentView::placeProgressLine() {
+  layout()->activate();
+  progressLine_->setGeometry(0, canvasPane_->y(), width(), ProgressLine::thickness);
+}
+
+void ContentView::resizeEvent(QResizeEvent* /*event*/) {
+  placeProgressLine();
+}
+
+}  // namespace orvanel

@@ -1,0 +1,63 @@
+// The root view of the main window: tabs, canvas and status line, and the ear for the notifications that
+// concern the open documents. Owned by the window; main thread only.
+#pragma once
+
+#include <QEvent>
+#include <QPropertyNotifier>
+#include <QWidget>
+#include <vector>
+
+#include "app/AppState.h"
+#include "app/DocumentFiles.h"
+#include "model/NotificationCenter.h"
+
+namespace orvanel {
+
+class CanvasPaneView;
+class DocumentTabBar;
+class ProgressLine;
+class StatusBarPane;
+
+class ContentView : public QWidget {
+  Q_OBJECT
+
+ public:
+  /// Both must outlive the view.
+  ContentView(AppState& appState, DocumentFiles& files, QWidget* parent = nullptr);
+  ~ContentView() override;
+
+  /// Called when another document has become active, or its name, mark or file has changed.
+  std::function<void()> onActiveDocumentChanged;
+
+  [[nodiscard]] DocumentTabBar& tabBar() { return *tabBar_; }
+  [[nodiscard]] CanvasPaneView& canvasPane() { return *canvasPane_; }
+  [[nodiscard]] StatusBarPane& statusBar() { return *statusBar_; }
+
+ protected:
+  bool event(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void connectTabBar();
+  void observeNotifications();
+  void on(std::string_view name, NotificationCenter::Handler handler);
+  void observeWindowState();
+  [[nodiscard]] static QEvent::Type refreshEventType();
+  void scheduleRefresh();
+  void refresh();
+  void placeProgressLine();
+
+  AppState& appState_;
+  DocumentFiles& files_;
+  DocumentTabBar* tabBar_;
+  CanvasPaneView* canvasPane_;
+  StatusBarPane* statusBar_;
+  ProgressLine* progressLine_;
+  bool isRefreshScheduled_ = false;
+  DocumentPtr shownDocument_;
+  std::vector<QPropertyNotifier> windowNotifiers_;
+  std::vector<QPropertyNotifier> documentNotifiers_;
+  std::vector<NotificationCenter::Subscription> subscriptions_;
+};
+
+}  // namespace orvanel

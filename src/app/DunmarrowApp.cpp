@@ -1,0 +1,69 @@
+#include "app/DunmarrowApp.h"
+
+#include <QIcon>
+#include <QSessionManager>
+#include <utility>
+
+#include "app/Appearance.h"
+
+namespace orvanel {
+
+DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
+  setOrganizationName(QStringLiteral("Fennimoor"));
+  setApplicationName(QStringLiteral("Orvanel"));
+  setDesktopFileName(QStringLiteral("com.fennimoor.orvanel"));
+  setWindowIcon(QIcon(QStringLiteral(":/app/orvanel.svg")));
+  setQuitOnLastWindowClosed(false);
+  applyLightAppearance(*this);
+
+  AppState& state = AppState::shared();
+  files_ = std::make_unique<DocumentFiles>(state, dialogs_);
+  delegate_ = std::make_unique<AppDelegate>(state, *files_, arguments().mid(1));
+  connect(this, &QGuiApplication::commitDataRequest, this, &DunmarrowApp::commitSession,
+          Qt::DirectConnection);
+}
+
+DunmarrowApp::~DunmarrowApp() = default;
+
+int DunmarrowApp::run() {
+  window_ =
+      std::make_unique<MainWindow>(AppState::shared(), *files_, dialogs_, [this] { requestTermination(); });
+  dialogs_.setWindow(window_.get());
+  window_->show();
+  QMetaObject::invokeMethod(
+      this, [this] { delegate_->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+  return exec();
+}
+
+void DunmarrowApp::requestTermination() {
+  // A second request while the first still asks its questions adds none of its own.
+  if (isTerminating_) return;
+  isTerminating_ = true;
+  if (delegate_->applicationShouldTerminate() == TerminationReply::now) {
+    exit(0);
+    return;
+  }
+  isTerminating_ = false;
+}
+
+bool DunmarrowApp::event(QEvent* event) {
+  if (event->type() != QEvent::Quit) return QApplication::event(event);
+  event->ignore();
+  requestTermination();
+  return true;
+}
+
+void DunmarrowApp::commitSession(QSessionManager& session) {
+  if (!session.allowsInteraction()) return;
+  // The questions of a termination under way are being asked already.
+  if (std::exchange(isTerminating_, true)) {
+    session.cancel();
+    session.release();
+    return;
+  }
+  if (delegate_->applicationShouldTerminate() == TerminationReply::cancel) session.cancel();
+  isTerminating_ = false;
+  session.release();
+}
+
+}  // namespace orvanel

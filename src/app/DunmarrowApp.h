@@ -1,0 +1,41 @@
+// The application object: owns the window and all that serves it, and hands the system's requests to the
+// delegate. Main thread only.
+#pragma once
+
+#include <QApplication>
+#include <memory>
+
+#include "app/AppDelegate.h"
+#include "app/MainWindow.h"
+#include "app/WindowDialogs.h"
+
+class QSessionManager;
+
+namespace orvanel {
+
+class DunmarrowApp : public QApplication {
+  Q_OBJECT
+
+ public:
+  DunmarrowApp(int& argc, char** argv);
+  ~DunmarrowApp() override;
+
+  /// Shows the window and runs until the user quits; the process's exit status.
+  int run();
+  /// Ends the program if nothing unsaved keeps it.
+  void requestTermination();
+
+ protected:
+  bool event(QEvent* event) override;
+
+ private:
+  void commitSession(QSessionManager& session);
+
+  WindowDialogs dialogs_;
+  std::unique_ptr<DocumentFiles> files_;
+  std::unique_ptr<AppDelegate> delegate_;
+  std::unique_ptr<MainWindow> window_;
+  bool isTerminating_ = false;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,52 @@
+// The menus, one structure per command or group of commands. Each adds its items to a menu and says which
+// of them need an active document. Main thread only.
+#pragma once
+
+#include <QAction>
+#include <QMenu>
+#include <functional>
+#include <vector>
+
+#include "app/AppState.h"
+#include "app/Dialogs.h"
+#include "app/DocumentFiles.h"
+
+namespace orvanel {
+
+/// What the commands work on; outlives the menus.
+struct CommandContext {
+  AppState& appState;
+  DocumentFiles& files;
+  Dialogs& dialogs;
+  std::function<void()> requestQuit;
+};
+
+struct NewDocumentCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct OpenDocumentCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct SaveDocumentCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct SaveAsDocumentCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct ExportImageCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct QuitCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+struct ViewMenuCommands {
+  static std::vector<QAction*> addTo(QMenu& menu);
+};
+struct WindowMenuCommands {
+  static std::vector<QAction*> addTo(QMenu& menu);
+};
+struct AboutCommand {
+  static QAction* addTo(QMenu& menu, const CommandContext& context);
+};
+
+}  // namespace orvanel

@@ -1,0 +1,35 @@
+// The settings that outlive a run, with the values that hold until the user has stored others.
+// Kept in the user's configuration directory. Main thread only.
+#pragma once
+
+#include <QSettings>
+#include <QString>
+#include <QVariant>
+
+namespace orvanel {
+
+class UserDefaults {
+ public:
+  /// Whether closing or quitting with unsaved changes asks; without, they are dropped silently.
+  static constexpr const char* confirmUnsavedChangesKey = "confirmUnsavedChanges";
+  /// Edge of the thumbnails in the layer panel, in view points.
+  static constexpr const char* layerThumbnailSizeKey = "layerThumbnailSize";
+
+  UserDefaults();
+
+  /// Sets what a key reads as while nothing is stored under it.
+  void registerDefault(const QString& key, const QVariant& value) { registered_.insert(key, value); }
+
+  [[nodiscard]] QVariant value(const QString& key) const;
+  void setValue(const QString& key, const QVariant& value) { settings_.setValue(key, value); }
+  void removeValue(const QString& key) { settings_.remove(key); }
+
+  [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
+  [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }
+
+ private:
+  QSettings settings_;
+  QVariantMap registered_;
+};
+
+}  // namespace orvanel

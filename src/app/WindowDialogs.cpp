@@ -1,0 +1,161 @@
+#include "app/WindowDialogs.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "app/AboutView.h"
+#include "app/ExportFormatHelper.h"
+#include "app/ExportFormats.h"
+#include "app/NewDocumentDialog.h"
+
+namespace orvanel {
+
+namespace {
+
+constexpr int mostLinesShown = 16;
+constexpr int alertIconEdge = 48;
+/// Narrower, an alert breaks its lines too often to be read with ease.
+constexpr int narrowestAlertText = 320;
+constexpr auto documentExtension = "tessel";
+
+/// "*.png" as "*.png *.PNG": some desktops' panels tell the cases apart.
+QString inBothCases(const QString& patterns) {
+  return patterns + u' ' + patterns.toUpper();
+}
+
+void fillAlert(QMessageBox& box, const QString& message, const QString& informativeText) {
+  box.setIcon(QMessageBox::Warning);
+  box.setIconPixmap(
+      QApplication::windowIcon().pixmap(QSize(alertIconEdge, alertIconEdge), box.devicePixelRatioF()));
+  box.setWindowTitle(QStringLiteral("Orvanel"));
+  // Texts carry file names, which may look like markup.
+  box.setTextFormat(Qt::PlainText);
+  box.setText(message);
+  const QStringList lines = informativeText.split(u'\n');
+  if (lines.size() <= mostLinesShown) {
+    box.setInformativeText(informativeText);
+  } else {
+    const qsizetype hidden = lines.size() - mostLinesShown;
+    box.setInformativeText(lines.mid(0, mostLinesShown).join(u'\n') +
+                           QStringLiteral("\n… and %1 more").arg(hidden));
+    box.setDetailedText(informativeText);
+  }
+  if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
+    label->setTextFormat(Qt::PlainText);
+    label->setMinimumWidth(narrowestAlertText);
+  }
+  if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+    QFont font = label->font();
+    font.setWeight(QFont::DemiBold);
+    label->setFont(font);
+  }
+}
+
+/// Whether the toolkit draws the panel itself. A desktop's own panel must get its names before it opens:
+/// the file it names is the only one that a sandboxed program may touch.
+bool isDrawnByToolkit(const QFileDialog& panel) {
+  return panel.findChild<QLineEdit*>() != nullptr;
+}
+
+std::optional<QString> runPanel(QFileDialog& panel) {
+  if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
+  return panel.selectedFiles().constFirst();
+}
+
+/// The name to propose instead of one that lacks the document's extension.
+QString withDocumentExtension(const QString& path) {
+  const QFileInfo file(path);
+  const QString base = exportRowForName(path) ? file.completeBaseName() : file.fileName();
+  return file.dir().filePath(base + u'.' + QLatin1String(documentExtension));
+}
+
+}  // namespace
+
+void WindowDialogs::showWarning(const QString& message, const QString& informativeText) {
+  QMessageBox box(window_);
+  fillAlert(box, message, informativeText);
+  box.addButton(QMessageBox::Ok);
+  box.exec();
+}
+
+SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& informativeText) {
+  QMessageBox box(window_);
+  fillAlert(box, message, informativeText);
+  QPushButton* save = box.addButton(QStringLiteral("Save"), QMessageBox::AcceptRole);
+  QPushButton* dontSave = box.addButton(QStringLiteral("Don't Save"), QMessageBox::DestructiveRole);
+  QPushButton* cancel = box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+  box.setDefaultButton(save);
+  box.setEscapeButton(cancel);
+  box.exec();
+  if (box.clickedButton() == save) return SaveAnswer::save;
+  return box.clickedButton() == dontSave ? SaveAnswer::dontSave : SaveAnswer::cancel;
+}
+
+std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {
+  NewDocumentDialog dialog(window_);
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.entry();
+}
+
+QStringList WindowDialogs::askForFilesToOpen() {
+  QFileDialog panel(window_, QStringLiteral("Select documents or image files to open"));
+  panel.setAcceptMode(QFileDialog::AcceptOpen);
+  panel.setFileMode(QFileDialog::ExistingFiles);
+  panel.setOption(QFileDialog::HideNameFilterDetails);
+  const QString known = QStringLiteral("*.tessel *.jpg *.jpeg *.png *.tif *.tiff *.gif *.heic *.heif");
+  panel.setNameFilters(
+      {QStringLiteral("Documents and Images (%1)").arg(inBothCases(known)), QStringLiteral("All Files (*)")});
+  return panel.exec() == QDialog::Accepted ? panel.selectedFiles() : QStringList();
+}
+
+std::optional<QString> WindowDialogs::askWhereToSave(const QString& proposedPath) {
+  QString proposal = proposedPath;
+  while (true) {
+    QFileDialog panel(window_, QStringLiteral("Save As"), QFileInfo(proposal).path());
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setFileMode(QFileDialog::AnyFile);
+    panel.setNameFilter(QStringLiteral("Orvanel Document (*.tessel)"));
+    if (isDrawnByToolkit(panel)) panel.setDefaultSuffix(QLatin1String(documentExtension));
+    panel.selectFile(QFileInfo(proposal).fileName());
+    std::optional<QString> path = runPanel(panel);
+    if (!path || QFileInfo(*path).suffix().toLower() == QLatin1String(documentExtension)) return path;
+    // The name is never changed behind the user's back: the panel comes again with the one it has to be.
+    proposal = withDocumentExtension(*path);
+  }
+}
+
+std::optional<ExportTarget> WindowDialogs::askWhereToExport(const QString& proposedBase) {
+  const QFileInfo proposal(proposedBase);
+  QString folder = proposal.path();
+  QString baseName = proposal.fileName();
+  int row = 0;
+  while (true) {
+    QFileDialog panel(window_, QStringLiteral("Export Image"), folder);
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setFileMode(QFileDialog::AnyFile);
+    panel.setLabelText(QFileDialog::FileType, QStringLiteral("Format:"));
+    panel.setOption(QFileDialog::HideNameFilterDetails);
+    ExportFormatHelper helper(panel, baseName, isDrawnByToolkit(panel));
+    helper.selectRow(row);
+    const std::optional<QString> path = runPanel(panel);
+    if (!path) return std::nullopt;
+    row = helper.selectedRow();
+    // A typed extension of another known format decides, and a name without any comes back with one, so that
+    // no file's name lies about its contents.
+    if (const std::optional<int> named = exportRowForName(*path)) return ExportTarget{*path, *named};
+    folder = QFileInfo(*path).path();
+    baseName = QFileInfo(*path).fileName();
+  }
+}
+
+void WindowDialogs::showAbout() {
+  AboutView(window_).exec();
+}
+
+}  // namespace orvanel

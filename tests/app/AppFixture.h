@@ -1,0 +1,96 @@
+// An application state with scripted answers, the file commands, and the main window on request.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <functional>
+#include <memory>
+
+#include "ScriptedDialogs.h"
+#include "app/AppState.h"
+#include "app/DocumentFiles.h"
+#include "app/MainWindow.h"
+#include "panels/DocumentTabBar.h"
+
+namespace orvanel {
+
+/// Lets events run until the condition holds; false when it doesn't within half a minute.
+inline bool waitUntil(const std::function<bool()>& condition) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition()) {
+    if (timer.elapsed() > 30000) return false;
+    QApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
+  return true;
+}
+
+class AppFixture : public testing::Test {
+ protected:
+  AppFixture() { UserDefaults().removeValue(UserDefaults::confirmUnsavedChangesKey); }
+  ~AppFixture() override { files.settleWrites(); }
+
+  void showWindow() {
+    window = std::make_unique<MainWindow>(state, files, dialogs, [this] { ++quitRequests; });
+    window->show();
+    QApplication::processEvents();
+  }
+
+  /// The window hears of new documents; without one, this does.
+  void hearNotifications() {
+    const auto add = [this](const std::any& object) {
+      state.windowState.addDocument(std::any_cast<DocumentPtr>(object));
+    };
+    subscriptions.push_back(NotificationCenter::standard().observe(notification::openedImageDocument, add));
+    subscriptions.push_back(NotificationCenter::standard().observe(notification::createdNewDocument, add));
+  }
+
+  [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
+
+  QString writeImage(const char* name, int width = 20, int height = 10, QColor color = Qt::red) {
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(color);
+    EXPECT_TRUE(image.save(path(name)));
+    return path(name);
+  }
+
+  QString writeText(const char* name, const QByteArray& text) {
+    QFile file(path(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(text);
+    return path(name);
+  }
+
+  DocumentPtr addDocument(const QString& name, int width = 16, int height = 12) {
+    const DocumentPtr document = Document::create(name, width, height, ColorMode::rgb8, state.metalContext);
+    state.windowState.addDocument(document);
+    return document;
+  }
+
+  [[nodiscard]] std::vector<std::string> openNames() const {
+    std::vector<std::string> names;
+    for (const DocumentPtr& document : state.windowState.documents.value()) {
+      names.push_back(document->name.value().toStdString());
+    }
+    return names;
+  }
+
+  bool waitForFiles() {
+    return waitUntil([this] { return !files.activity.fraction.value().has_value(); });
+  }
+
+  QTemporaryDir folder;
+  ScriptedDialogs dialogs;
+  AppState state{MetalContext::shared()};
+  DocumentFiles files{state, dialogs};
+  int quitRequests = 0;
+  std::unique_ptr<MainWindow> window;
+  std::vector<NotificationCenter::Subscription> subscriptions;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,224 @@
+#include <QFile>
+
+#include "AppFixture.h"
+#include "app/AppDelegate.h"
+#include "app/WindowAccessor.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ClosingTest : public AppFixture {
+ protected:
+  ClosingTest() { hearNotifications(); }
+
+  DocumentPtr addUnsaved(const QString& name) {
+    const DocumentPtr document = addDocument(name);
+    document->isDirty = true;
+    return document;
+  }
+
+  DocumentPtr openUnsaved(const QString& file) {
+    files.open({file});
+    EXPECT_TRUE(waitForFiles());
+    const DocumentPtr document = state.windowState.activeDocument();
+    document->isDirty = true;
+    return document;
+  }
+
+  WindowState& windowState = state.windowState;
+};
+
+TEST_F(ClosingTest, TheQuestionNamesTheDocument) {
+  windowState.closeDocument(addUnsaved(QStringLiteral("Sky"))->id);
+  EXPECT_THAT(dialogs.questions, ElementsAre("Do you want to save changes to \"Sky\"?"));
+  EXPECT_EQ(dialogs.lastInformativeText, "Your changes will be lost if you don't save them.");
+}
+
+TEST_F(ClosingTest, ASavedDocumentClosesWithoutAQuestion) {
+  windowState.closeDocument(addDocument(QStringLiteral("Sky"))->id);
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+  EXPECT_THAT(openNames(), IsEmpty());
+}
+
+TEST_F(ClosingTest, CancelKeepsAndDontSaveLetsGo) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
+  dialogs.saveAnswers.push(SaveAnswer::cancel);
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), ElementsAre("Sky"));
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+}
+
+TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
+  state.userDefaults.setValue(UserDefaults::confirmUnsavedChangesKey, false);
+  windowState.closeDocument(addUnsaved(QStringLiteral("Sky"))->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+  addUnsaved(QStringLiteral("Sea"));
+  EXPECT_EQ(AppDelegate(state, files, {}).applicationShouldTerminate(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+}
+
+TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
+  document->sourceFileURL = path("Sky.Tessel");
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_THAT(dialogs.proposals, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_TRUE(QFile::exists(path("Sky.Tessel")));
+}
+
+TEST_F(ClosingTest, AnUntitledDocumentAsksWhere) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  dialogs.savePaths.push(path("Sea.tessel"));
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+  ASSERT_THAT(dialogs.proposals, SizeIs(1));
+  EXPECT_TRUE(QString::fromStdString(dialogs.proposals[0]).endsWith(QStringLiteral("/Untitled.tessel")));
+  EXPECT_EQ(document->name.value(), "Sea");
+  EXPECT_EQ(document->sourceFileURL.value(), path("Sea.tessel"));
+  EXPECT_TRUE(QFile::exists(path("Sea.tessel")));
+}
+
+TEST_F(ClosingTest, ACancelledPanelCountsAsARefusal) {
+  addUnsaved(QStringLiteral("Untitled"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  windowState.closeAllDocuments();
+  EXPECT_THAT(openNames(), ElementsAre("Untitled"));
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(ClosingTest, AFlatSourceIsOverwrittenInPlace) {
+  const DocumentPtr document = openUnsaved(writeImage("photo.png"));
+  state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
+                                  ColorMode::rgb8, {0.0F, 0.0F, 1.0F, 1.0F});
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_THAT(dialogs.proposals, IsEmpty());
+  EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::blue));
+}
+
+TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksWhere) {
+  const DocumentPtr document = openUnsaved(writeImage("photo.png"));
+  document->addLayer(QStringLiteral("Second"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  dialogs.savePaths.push(path("photo.tessel"));
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
+  EXPECT_TRUE(QFile::exists(path("photo.tessel")));
+  EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::red));
+}
+
+TEST_F(ClosingTest, AFailedSaveKeepsTheDocumentAndItsMark) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  dialogs.savePaths.push(path("no such folder/Sea.tessel"));
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(openNames(), ElementsAre("Untitled"));
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(document->sourceFileURL.value(), std::nullopt);
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+}
+
+TEST_F(ClosingTest, QuittingStopsAtTheFirstRefusalAndKeepsAllOpen) {
+  const DocumentPtr a = addUnsaved(QStringLiteral("A"));
+  addDocument(QStringLiteral("Saved"));
+  addUnsaved(QStringLiteral("B"));
+  addUnsaved(QStringLiteral("C"));
+  a->sourceFileURL = path("A.tessel");
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  dialogs.saveAnswers.push(SaveAnswer::cancel);
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::cancel);
+  EXPECT_THAT(dialogs.questions, SizeIs(3));
+  EXPECT_THAT(openNames(), ElementsAre("A", "Saved", "B", "C"));
+  EXPECT_FALSE(a->isDirty.value());
+}
+
+TEST_F(ClosingTest, QuittingWithNothingUnsavedAsksNothing) {
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  addDocument(QStringLiteral("A"));
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+}
+
+TEST_F(ClosingTest, UITestingQuitsAtOnce) {
+  addUnsaved(QStringLiteral("A"));
+  AppDelegate delegate(state, files, {QStringLiteral("--uitesting")});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+}
+
+TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("A"));
+  document->sourceFileURL = path("A.tessel");
+  files.save(document);
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  EXPECT_TRUE(QFile::exists(path("A.tessel")));
+}
+
+TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("A"));
+  document->sourceFileURL = path("no such folder/A.tessel");
+  files.save(document);
+  ASSERT_FALSE(document->isDirty.value());
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_THAT(dialogs.questions, SizeIs(1));
+  EXPECT_THAT(openNames(), ElementsAre("A"));
+}
+
+TEST_F(ClosingTest, TheCloseButtonClosesTabsFirst) {
+  addDocument(QStringLiteral("A"));
+  addDocument(QStringLiteral("B"));
+  WindowCloseDelegate delegate(windowState);
+  EXPECT_FALSE(delegate.windowShouldClose());
+  EXPECT_THAT(openNames(), ElementsAre("A"));
+  EXPECT_FALSE(delegate.windowShouldClose());
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_TRUE(delegate.windowShouldClose());
+}
+
+// Starting.
+
+TEST_F(ClosingTest, StartingOpensNothingByItself) {
+  AppDelegate(state, files, {}).applicationDidFinishLaunching();
+  EXPECT_THAT(openNames(), IsEmpty());
+}
+
+TEST_F(ClosingTest, StartingForUITestingMakesATestDocument) {
+  AppDelegate(state, files, {QStringLiteral("--uitesting")}).applicationDidFinishLaunching();
+  const DocumentPtr made = windowState.activeDocument();
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(made->name.value(), "Test");
+  EXPECT_EQ(made->canvasWidth.value(), 256);
+  EXPECT_EQ(made->canvasHeight.value(), 256);
+  EXPECT_EQ(made->colorMode.value(), ColorMode::rgb16);
+}
+
+TEST_F(ClosingTest, ArgumentsAreFilesToOpen) {
+  const QString image = writeImage("a picture.png");
+  AppDelegate(state, files,
+              {image, QStringLiteral("file://") + path("a%20picture.png"), QStringLiteral("--typo")})
+      .applicationDidFinishLaunching();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("a picture", "a picture"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_THAT(dialogs.warnings[0].second, testing::StartsWith("--typo: "));
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,321 @@
+#include "app/DocumentFiles.h"
+
+#include <QDir>
+
+#include "AppFixture.h"
+#include "app/ExportFormats.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class DocumentFilesTest : public AppFixture {
+ protected:
+  DocumentFilesTest() { hearNotifications(); }
+
+  DocumentPtr openOne(const QString& file) {
+    files.open({file});
+    EXPECT_TRUE(waitForFiles());
+    return state.windowState.activeDocument();
+  }
+
+  [[nodiscard]] QStringList filesIn() const { return QDir(folder.path()).entryList(QDir::Files, QDir::Name); }
+};
+
+// New documents.
+
+TEST_F(DocumentFilesTest, ANewDocumentHasTheTypedSizeAndTheChosenMode) {
+  dialogs.newDocument = NewDocumentEntry{QStringLiteral("16384"), QStringLiteral("1"), 1};
+  files.newDocument();
+  const DocumentPtr made = state.windowState.activeDocument();
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(made->canvasWidth.value(), 16384);
+  EXPECT_EQ(made->canvasHeight.value(), 1);
+  EXPECT_EQ(made->colorMode.value(), ColorMode::grayscale16);
+  EXPECT_FALSE(made->isDirty.value());
+}
+
+TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreAllCalledUntitled) {
+  dialogs.newDocument = NewDocumentEntry{QStringLiteral("10"), QStringLiteral("10"), 2};
+  files.newDocument();
+  files.newDocument();
+  EXPECT_THAT(openNames(), ElementsAre("Untitled", "Untitled"));
+}
+
+TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
+  for (const char* typed : {"0", "16385", "abc", "", "-5", "12.5", "99999999999"}) {
+    dialogs.warnings.clear();
+    dialogs.newDocument = NewDocumentEntry{QString::fromLatin1(typed), QStringLiteral("10"), 2};
+    files.newDocument();
+    EXPECT_THAT(dialogs.warnings,
+                ElementsAre(std::pair(std::string("Invalid Dimensions"),
+                                      std::string("Width and height must be between 1 and 16384 pixels."))))
+        << typed;
+  }
+  EXPECT_THAT(openNames(), IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ACancelledDialogMakesNothing) {
+  files.newDocument();
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+// Opening.
+
+TEST_F(DocumentFilesTest, FilesOpenInTheOrderTheyWereNamed) {
+  const QString large = writeImage("large.png", 900, 900);
+  const QString small = writeImage("small.png", 4, 4);
+  files.open({large, small});
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("large", "small"));
+  EXPECT_EQ(state.windowState.activeDocument()->name.value(), "small");
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
+  const QString good = writeImage("good.png");
+  const QString noImage = writeText("broken.png", "no picture");
+  const QString noDocument = writeText("broken.tessel", "no archive");
+  files.open({noImage, noDocument, good});
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("good"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open 2 Files");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("broken.png: "));
+  EXPECT_THAT(dialogs.warnings[0].second, HasSubstr("\nbroken.tessel: "));
+}
+
+TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
+  files.open({path("missing.png")});
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("missing.png: "));
+}
+
+TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
+  QDir(folder.path()).mkdir(QStringLiteral("pictures"));
+  files.open({path("pictures")});
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("pictures: "));
+}
+
+TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
+  files.openDropped({writeText("broken.png", "no picture"), writeImage("good.png")});
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("good"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open Image");
+}
+
+TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
+  state.recentDocuments.clear();
+  int told = 0;
+  subscriptions.push_back(NotificationCenter::standard().observe(notification::recentDocumentsChanged,
+                                                                 [&](const std::any&) { ++told; }));
+  dialogs.filesToOpen = QStringList{writeImage("a.png"), writeText("broken.png", "x"), writeImage("b.png")};
+  files.askAndOpen();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_EQ(state.recentDocuments.paths(), QStringList({path("b.png"), path("a.png")}));
+  EXPECT_GE(told, 2);
+}
+
+// Saving.
+
+TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
+  const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
+  document->sourceFileFormat = Document::ImageFileFormat::png;
+  document->isDirty = true;
+  dialogs.savePaths.push(path("Evening sky.tessel"));
+  files.saveAs(document);
+  // All of it holds at once; only the writing takes its time.
+  EXPECT_EQ(document->sourceFileURL.value(), path("Evening sky.tessel"));
+  EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
+  EXPECT_EQ(document->name.value(), "Evening sky");
+  EXPECT_FALSE(document->isDirty.value());
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+
+  const DocumentPtr again = openOne(path("Evening sky.tessel"));
+  EXPECT_EQ(again->name.value(), "Evening sky");
+  EXPECT_EQ(again->canvasWidth.value(), 16);
+  EXPECT_TRUE(again->rootNodes.value().front().layer()->texture.value()->equals(
+      *document->rootNodes.value().front().layer()->texture.value()));
+}
+
+TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
+  const DocumentPtr document = addDocument(QStringLiteral("before/after"));
+  document->sourceFileURL = path("photo.png");
+  files.saveAs(document);
+  EXPECT_THAT(dialogs.proposals, ElementsAre(path("before-after.tessel").toStdString()));
+  EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
+}
+
+TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
+  const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
+  dialogs.savePaths.push(path("no such folder/Sky.tessel"));
+  files.saveAs(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(document->name.value(), "Sky");
+  EXPECT_EQ(document->sourceFileURL.value(), path("no such folder/Sky.tessel"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+  EXPECT_FALSE(dialogs.warnings[0].second.empty());
+}
+
+TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  ASSERT_TRUE(waitForFiles());
+
+  document->addLayer(QStringLiteral("Clouds"));
+  ASSERT_TRUE(document->isDirty.value());
+  files.save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  document->addLayer(QStringLiteral("Later"));
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 2);
+}
+
+TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->sourceFileURL = path("no such folder/Sky.TESSEL");
+  document->isDirty = true;
+  files.save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(document->isDirty.value());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+}
+
+TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
+  const DocumentPtr first = addDocument(QStringLiteral("First"));
+  const DocumentPtr second = addDocument(QStringLiteral("Second"));
+  first->sourceFileURL = path("first.tessel");
+  second->sourceFileURL = path("second.tessel");
+  first->isDirty = true;
+  second->isDirty = true;
+  files.save(first);
+  files.save(second);
+  EXPECT_FALSE(first->isDirty.value());
+  EXPECT_TRUE(second->isDirty.value());
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel")}));
+}
+
+TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
+  const DocumentPtr document = openOne(writeImage("photo.png", 20, 10, Qt::red));
+  ASSERT_NE(document, nullptr);
+  MetalContext& context = state.metalContext;
+  context.clearTexture(*document->rootNodes.value().front().layer()->texture.value(), ColorMode::rgb8,
+                       {0.0F, 0.0F, 1.0F, 1.0F});
+  document->isDirty = true;
+  files.save(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(QImage(path("photo.png")).pixelColor(3, 3), QColor(Qt::blue));
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
+}
+
+TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
+  const DocumentPtr document = openOne(writeImage("photo.png"));
+  document->sourceFileURL = path("no such folder/photo.png");
+  document->isDirty = true;
+  files.save(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(document->isDirty.value());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+}
+
+TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
+  int asked = 0;
+  subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
+                                                                 [&](const std::any&) { ++asked; }));
+  const DocumentPtr layered = openOne(writeImage("photo.png"));
+  layered->addLayer(QStringLiteral("Second"));
+  files.save(layered);
+  EXPECT_EQ(asked, 1);
+
+  files.save(addDocument(QStringLiteral("Untitled")));
+  EXPECT_EQ(asked, 2);
+
+  const DocumentPtr otherFormat = openOne(writeImage("photo.ppm"));
+  EXPECT_EQ(otherFormat->sourceFileFormat.value(), std::nullopt);
+  files.save(otherFormat);
+  EXPECT_EQ(asked, 3);
+  EXPECT_TRUE(layered->isDirty.value());
+}
+
+// Exporting.
+
+TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
+  const DocumentPtr document = addDocument(QStringLiteral("Picture"));
+  document->isDirty = true;
+  document->sourceFileURL = path("Picture.tessel");
+  for (std::size_t row = 0; row < exportFormats.size(); ++row) {
+    const QString target = path("out.") + QLatin1String(exportFormats[row].fileExtension);
+    dialogs.exportTargets.push({target, static_cast<int>(row)});
+    files.exportImage(document);
+    ASSERT_TRUE(waitForFiles());
+    const QImage written(target);
+    EXPECT_EQ(written.size(), QSize(16, 12)) << target.toStdString();
+    EXPECT_EQ(written.pixelColor(1, 1), QColor(Qt::white));
+  }
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+  EXPECT_EQ(dialogs.proposals.front(), path("Picture").toStdString());
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(document->sourceFileURL.value(), path("Picture.tessel"));
+  EXPECT_EQ(document->name.value(), "Picture");
+}
+
+TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
+  const DocumentPtr document = addDocument(QStringLiteral("Picture"));
+  state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
+                                  ColorMode::rgb8, {0.0F, 1.0F, 0.0F, 1.0F});
+  dialogs.exportTargets.push({path("out.png"), 0});
+  files.exportImage(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_EQ(QImage(path("out.png")).pixelColor(1, 1), QColor(Qt::green));
+}
+
+TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
+  const DocumentPtr document = addDocument(QStringLiteral("Picture"));
+  dialogs.exportTargets.push({path("no such folder/out.png"), 0});
+  files.exportImage(document);
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Export");
+
+  document->compositedTexture = nullptr;
+  dialogs.exportTargets.push({path("out.png"), 0});
+  files.exportImage(document);
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_EQ(dialogs.warnings[1].first, "Failed to Export");
+  EXPECT_THAT(filesIn(), IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ExtensionsNameTheirFormats) {
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.png")), 0);
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.JPEG")), 1);
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.tif")), 2);
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.b.gif")), 3);
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.bmp")), 4);
+  EXPECT_EQ(exportRowForName(QStringLiteral("a.tessel")), std::nullopt);
+  EXPECT_EQ(exportRowForName(QStringLiteral("png")), std::nullopt);
+}
+
+}  // namespace
+}  // namespace orvanel

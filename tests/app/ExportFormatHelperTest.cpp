@@ -1,0 +1,54 @@
+#include "app/ExportFormatHelper.h"
+
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QTemporaryDir>
+
+namespace orvanel {
+namespace {
+
+class ExportFormatHelperTest : public testing::Test {
+ protected:
+  ExportFormatHelperTest() : panel(nullptr, QString(), folder.path()) {
+    panel.setOption(QFileDialog::DontUseNativeDialog);
+    panel.setAcceptMode(QFileDialog::AcceptSave);
+    panel.setFileMode(QFileDialog::AnyFile);
+  }
+
+  [[nodiscard]] QLineEdit& nameField() const {
+    return *panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+  }
+
+  QTemporaryDir folder;
+  QFileDialog panel;
+};
+
+TEST_F(ExportFormatHelperTest, BeginsWithTheFirstFormat) {
+  ExportFormatHelper helper(panel, QStringLiteral("Picture"), true);
+  helper.selectRow(0);
+  EXPECT_EQ(helper.selectedRow(), 0);
+  EXPECT_EQ(nameField().text(), "Picture.png");
+}
+
+TEST_F(ExportFormatHelperTest, AnotherFormatReplacesWhateverWasTyped) {
+  ExportFormatHelper helper(panel, QStringLiteral("Picture"), true);
+  helper.selectRow(0);
+  nameField().setText(QStringLiteral("typed.png"));
+  panel.selectNameFilter(nameFilterForRow(1));
+  Q_EMIT panel.filterSelected(nameFilterForRow(1));
+  EXPECT_EQ(helper.selectedRow(), 1);
+  EXPECT_EQ(nameField().text(), "Picture.jpg");
+  EXPECT_EQ(panel.defaultSuffix(), "jpg");
+}
+
+TEST_F(ExportFormatHelperTest, OffersTheFormatsInOrder) {
+  const ExportFormatHelper helper(panel, QStringLiteral("Picture"), false);
+  EXPECT_EQ(panel.nameFilters(),
+            QStringList({QStringLiteral("PNG (*.png)"), QStringLiteral("JPEG (*.jpg *.jpeg)"),
+                         QStringLiteral("TIFF (*.tiff *.tif)"), QStringLiteral("GIF (*.gif)"),
+                         QStringLiteral("BMP (*.bmp)")}));
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,320 @@
+#include "app/MainWindow.h"
+
+#include <QComboBox>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QSettings>
+
+#include "AppFixture.h"
+#include "app/NewDocumentDialog.h"
+#include "canvas/CanvasPaneView.h"
+#include "panels/StatusBarPane.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class MainWindowTest : public AppFixture {
+ protected:
+  MainWindowTest() {
+    state.recentDocuments.clear();
+    showWindow();
+  }
+
+  void open(const QStringList& paths) {
+    files.open(paths);
+    EXPECT_TRUE(waitForFiles());
+    QApplication::processEvents();
+  }
+
+  [[nodiscard]] QMenu* menu(const char* title) const {
+    for (const QAction* entry : window->menuBar()->actions()) {
+      if (entry->text().remove(u'&') == QLatin1String(title)) return entry->menu();
+    }
+    return nullptr;
+  }
+
+  [[nodiscard]] QAction* item(const char* menuTitle, const char* title) const {
+    for (QAction* action : menu(menuTitle)->actions()) {
+      if (action->text() == QLatin1String(title)) return action;
+    }
+    return nullptr;
+  }
+
+  [[nodiscard]] static std::vector<std::string> titles(const QMenu& menu) {
+    std::vector<std::string> result;
+    for (const QAction* action : menu.actions()) {
+      result.push_back(action->isSeparator() ? "-" : action->text().toStdString());
+    }
+    return result;
+  }
+
+  [[nodiscard]] std::string activeName() const {
+    const DocumentPtr active = state.windowState.activeDocument();
+    return active ? active->name.value().toStdString() : "none";
+  }
+
+  ScrollableMTKView& canvas() {
+    return window->contentView().canvasPane().canvasView().container().mtkView();
+  }
+
+  static void pressAndRelease(QWidget& widget, int key, Qt::KeyboardModifiers modifiers) {
+    QKeyEvent press(QEvent::KeyPress, key, modifiers);
+    QApplication::sendEvent(&widget, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, modifiers);
+    QApplication::sendEvent(&widget, &release);
+  }
+};
+
+TEST_F(MainWindowTest, TheEmptyWindowSaysThatNothingIsOpen) {
+  EXPECT_EQ(window->windowTitle(), "Orvanel");
+  EXPECT_FALSE(window->isWindowModified());
+  EXPECT_TRUE(window->contentView().tabBar().isHidden());
+  EXPECT_TRUE(window->contentView().canvasPane().noDocumentView().isVisible());
+  for (const auto& [menuTitle, title] : {std::pair("File", "Save"),
+                                         {"File", "Save As..."},
+                                         {"File", "Export Image..."},
+                                         {"View", "Zoom In"}}) {
+    EXPECT_FALSE(item(menuTitle, title)->isEnabled()) << title;
+  }
+  EXPECT_TRUE(item("File", "New...")->isEnabled());
+  EXPECT_TRUE(item("File", "Open...")->isEnabled());
+}
+
+TEST_F(MainWindowTest, TheMenusHoldTheirItemsInOrder) {
+  EXPECT_THAT(titles(*menu("File")), ElementsAre("New...", "Open...", "Open Recent", "Save", "Save As...",
+                                                 "Export Image...", "-", "Quit"));
+  EXPECT_THAT(titles(*menu("View")), ElementsAre("Zoom In", "Zoom Out", "100%", "Fit on Screen"));
+  EXPECT_THAT(titles(*menu("Window")), ElementsAre("Next Tab", "Previous Tab"));
+  EXPECT_THAT(titles(*menu("Help")), ElementsAre("About Orvanel"));
+}
+
+TEST_F(MainWindowTest, TheItemsHaveTheirKeys) {
+  const std::tuple<const char*, const char*, QKeySequence> keys[] = {
+      {"File", "New...", QKeySequence(Qt::CTRL | Qt::Key_N)},
+      {"File", "Open...", QKeySequence(Qt::CTRL | Qt::Key_O)},
+      {"File", "Save", QKeySequence(Qt::CTRL | Qt::Key_S)},
+      {"File", "Save As...", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)},
+      {"File", "Export Image...", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E)},
+      {"File", "Quit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
+      {"View", "Zoom In", QKeySequence(Qt::CTRL | Qt::Key_Plus)},
+      {"View", "Zoom Out", QKeySequence(Qt::CTRL | Qt::Key_Minus)},
+      {"View", "100%", QKeySequence(Qt::CTRL | Qt::Key_1)},
+      {"View", "Fit on Screen", QKeySequence(Qt::CTRL | Qt::Key_0)},
+      {"Window", "Next Tab", QKeySequence(Qt::Key_Tab)},
+      {"Window", "Previous Tab", QKeySequence(Qt::SHIFT | Qt::Key_Tab)},
+  };
+  for (const auto& [menuTitle, title, key] : keys)
+    EXPECT_EQ(item(menuTitle, title)->shortcut(), key) << title;
+}
+
+TEST_F(MainWindowTest, OpenedFilesBecomeTabsAndTheLastOneIsShown) {
+  open({writeImage("one.png", 20, 10), writeImage("two.png", 30, 40)});
+  const auto& tabs = window->contentView().tabBar().tabs();
+  ASSERT_THAT(tabs, SizeIs(2));
+  EXPECT_TRUE(tabs[1]->isSelected());
+  EXPECT_TRUE(window->contentView().tabBar().isVisible());
+  EXPECT_EQ(canvas().document(), state.windowState.activeDocument());
+  EXPECT_EQ(window->contentView().statusBar().canvasText(), QStringLiteral("30 × 40"));
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("two[*] — Orvanel"));
+  EXPECT_TRUE(item("File", "Save")->isEnabled());
+}
+
+TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {
+  open({writeImage("one.png"), writeImage("two.png")});
+  window->contentView().tabBar().tabs()[0]->click();
+  QApplication::processEvents();
+  EXPECT_EQ(activeName(), "one");
+  EXPECT_EQ(canvas().document()->name.value(), "one");
+  EXPECT_TRUE(window->contentView().tabBar().tabs()[0]->isSelected());
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("one[*] — Orvanel"));
+}
+
+TEST_F(MainWindowTest, TheMarkOfUnsavedChangesShowsInTitleAndTab) {
+  open({writeImage("one.png")});
+  state.windowState.activeDocument()->addLayer(QStringLiteral("Second"));
+  EXPECT_TRUE(window->isWindowModified());
+  EXPECT_TRUE(window->contentView().tabBar().tabs()[0]->showsDirtyDot());
+  state.windowState.activeDocument()->isDirty = false;
+  EXPECT_FALSE(window->isWindowModified());
+}
+
+TEST_F(MainWindowTest, SavingThroughTheMenuRenamesTabAndTitle) {
+  dialogs.newDocument = NewDocumentEntry{QStringLiteral("40"), QStringLiteral("30"), 3};
+  item("File", "New...")->trigger();
+  QApplication::processEvents();
+  EXPECT_EQ(activeName(), "Untitled");
+  dialogs.savePaths.push(path("Evening.tessel"));
+  item("File", "Save")->trigger();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("Evening[*] — Orvanel"));
+  EXPECT_EQ(window->contentView().tabBar().tabs()[0]->accessibleName(), "Evening");
+  EXPECT_TRUE(QFile::exists(path("Evening.tessel")));
+}
+
+TEST_F(MainWindowTest, ExportingThroughTheMenuWritesTheImage) {
+  open({writeImage("one.png")});
+  dialogs.exportTargets.push({path("copy.bmp"), 4});
+  item("File", "Export Image...")->trigger();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_EQ(QImage(path("copy.bmp")).size(), QSize(20, 10));
+}
+
+TEST_F(MainWindowTest, TheViewMenuZoomsTheCanvas) {
+  open({writeImage("one.png")});
+  const DocumentPtr document = state.windowState.activeDocument();
+  const int before = document->zoomLevelIndex.value();
+  item("View", "Zoom In")->trigger();
+  EXPECT_EQ(document->zoomLevelIndex.value(), before + 1);
+  item("View", "Zoom Out")->trigger();
+  EXPECT_EQ(document->zoomLevelIndex.value(), before);
+  item("View", "Fit on Screen")->trigger();
+  EXPECT_TRUE(document->customZoomLevel.value().has_value());
+  item("View", "100%")->trigger();
+  EXPECT_EQ(document->zoom(), 1.0);
+  EXPECT_EQ(window->contentView().statusBar().zoomText(), "100%");
+}
+
+TEST_F(MainWindowTest, TheWindowMenuStepsThroughTheTabs) {
+  open({writeImage("one.png")});
+  EXPECT_FALSE(item("Window", "Next Tab")->isEnabled());
+  open({writeImage("two.png"), writeImage("three.png")});
+  item("Window", "Next Tab")->trigger();
+  EXPECT_EQ(activeName(), "one");
+  item("Window", "Previous Tab")->trigger();
+  EXPECT_EQ(activeName(), "three");
+}
+
+TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoLastUsed) {
+  open({writeImage("one.png"), writeImage("two.png"), writeImage("three.png")});
+  pressAndRelease(canvas(), Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(activeName(), "two");
+  pressAndRelease(canvas(), Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(activeName(), "three");
+  pressAndRelease(canvas(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(activeName(), "one");
+}
+
+TEST_F(MainWindowTest, AnOpenedDocumentHasTheKeyboardWithoutAClick) {
+  QApplication::setActiveWindow(window.get());
+  open({writeImage("one.png"), writeImage("two.png")});
+  ASSERT_EQ(window->focusWidget(), &canvas());
+  pressAndRelease(*window->focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+  EXPECT_EQ(activeName(), "one");
+}
+
+TEST_F(MainWindowTest, FilesDroppedOnTheCanvasOpen) {
+  open({writeImage("one.png")});
+  QMimeData data;
+  data.setUrls(
+      {QUrl::fromLocalFile(writeImage("dropped.png")), QUrl::fromLocalFile(writeText("bad.png", "x"))});
+  QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&canvas(), &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&canvas(), &drop);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("one", "dropped"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open Image");
+}
+
+TEST_F(MainWindowTest, TheCloseButtonClosesTabsAndThenTheWindow) {
+  open({writeImage("one.png"), writeImage("two.png")});
+  state.windowState.activeDocument()->isDirty = true;
+  EXPECT_FALSE(window->close());
+  EXPECT_THAT(openNames(), ElementsAre("one", "two"));
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  EXPECT_FALSE(window->close());
+  EXPECT_FALSE(window->close());
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_TRUE(window->isVisible());
+  QApplication::processEvents();
+  EXPECT_EQ(quitRequests, 0);
+  EXPECT_TRUE(window->close());
+  QApplication::processEvents();
+  EXPECT_EQ(quitRequests, 1);
+}
+
+TEST_F(MainWindowTest, TheTabsCloseButtonAndMenuClose) {
+  open({writeImage("one.png"), writeImage("two.png"), writeImage("three.png")});
+  window->contentView().tabBar().tabs()[1]->closeButton()->click();
+  QApplication::processEvents();
+  EXPECT_THAT(openNames(), ElementsAre("one", "three"));
+  window->contentView().tabBar().tabs()[0]->contextItems()[1].second();
+  QApplication::processEvents();
+  EXPECT_THAT(openNames(), ElementsAre("one"));
+  window->contentView().tabBar().newTabButton()->click();
+  QApplication::processEvents();
+  EXPECT_THAT(openNames(), ElementsAre("one", "Untitled"));
+  window->contentView().tabBar().tabs()[0]->contextItems()[2].second();
+  QApplication::processEvents();
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_TRUE(window->contentView().tabBar().isHidden());
+}
+
+TEST_F(MainWindowTest, TheRecentMenuOpensAndClears) {
+  QMenu& recent = window->openRecent().menu();
+  EXPECT_THAT(titles(recent), ElementsAre("Clear Menu"));
+  open({writeImage("one.png"), writeImage("a & b.png")});
+  EXPECT_THAT(titles(recent), ElementsAre("a && b.png", "one.png", "-", "Clear Menu"));
+
+  recent.actions().at(1)->trigger();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("one", "a & b", "one"));
+  EXPECT_THAT(titles(recent), ElementsAre("one.png", "a && b.png", "-", "Clear Menu"));
+
+  recent.actions().constLast()->trigger();
+  QApplication::processEvents();
+  EXPECT_THAT(titles(recent), ElementsAre("Clear Menu"));
+  EXPECT_TRUE(state.recentDocuments.paths().isEmpty());
+}
+
+TEST_F(MainWindowTest, CommittingACycleWithNothingOpenDoesNothing) {
+  NotificationCenter::standard().post(notification::commitMRUCycle);
+  NotificationCenter::standard().post(notification::saveAsDocument);
+  NotificationCenter::standard().post(notification::cycleNextTab);
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_THAT(dialogs.proposals, IsEmpty());
+}
+
+TEST_F(MainWindowTest, ARecreatedWindowKeepsItsSizeWithinTheRun) {
+  window->resize(777, 555);
+  QApplication::processEvents();
+  window = nullptr;
+  showWindow();
+  EXPECT_EQ(window->size(), QSize(777, 555));
+}
+
+TEST_F(MainWindowTest, ANameThatLooksLikeTheMarkIsShownAsItIs) {
+  addDocument(QStringLiteral("a[*]b"));
+  QApplication::processEvents();
+  EXPECT_EQ(window->windowTitle(), QStringLiteral("a[*][*]b[*] — Orvanel"));
+}
+
+TEST_F(MainWindowTest, AboutIsAsked) {
+  item("Help", "About Orvanel")->trigger();
+  EXPECT_EQ(dialogs.aboutShown, 1);
+}
+
+TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
+  const NewDocumentDialog dialog;
+  EXPECT_EQ(dialog.widthField->text(), "1024");
+  EXPECT_EQ(dialog.heightField->text(), "768");
+  EXPECT_EQ(dialog.widthField->placeholderText(), "1024");
+  QStringList modes;
+  for (int index = 0; index < dialog.colorModePopup->count(); ++index)
+    modes << dialog.colorModePopup->itemText(index);
+  EXPECT_EQ(modes, QStringList({QStringLiteral("Grayscale 8-bit"), QStringLiteral("Grayscale 16-bit"),
+                                QStringLiteral("RGB 8-bit"), QStringLiteral("RGB 16-bit")}));
+  EXPECT_EQ(dialog.colorModePopup->currentIndex(), 2);
+  EXPECT_EQ(dialog.entry().colorModeIndex, 2);
+}
+
+}  // namespace
+}  // namespace orvanel

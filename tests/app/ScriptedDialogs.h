@@ -1,0 +1,65 @@
+// Answers the editor's questions from a list prepared by the test, and keeps what it was told.
+#pragma once
+
+#include <functional>
+#include <queue>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/Dialogs.h"
+
+namespace orvanel {
+
+class ScriptedDialogs : public Dialogs {
+ public:
+  /// Message and informative text of each warning.
+  std::vector<std::pair<std::string, std::string>> warnings;
+  /// Message of each question about unsaved changes.
+  std::vector<std::string> questions;
+  std::vector<std::string> proposals;
+  int aboutShown = 0;
+
+  // Answers in order; without one left, every question is cancelled.
+  std::queue<SaveAnswer> saveAnswers;
+  std::queue<QString> savePaths;
+  std::queue<ExportTarget> exportTargets;
+  std::optional<NewDocumentEntry> newDocument;
+  QStringList filesToOpen;
+  /// Runs while a question stands.
+  std::function<void()> duringQuestion;
+
+  void showWarning(const QString& message, const QString& informativeText) override {
+    warnings.emplace_back(message.toStdString(), informativeText.toStdString());
+  }
+  SaveAnswer askToSave(const QString& message, const QString& informativeText) override {
+    questions.push_back(message.toStdString());
+    lastInformativeText = informativeText.toStdString();
+    if (duringQuestion) duringQuestion();
+    return next(saveAnswers).value_or(SaveAnswer::cancel);
+  }
+  std::optional<NewDocumentEntry> askForNewDocument() override { return newDocument; }
+  QStringList askForFilesToOpen() override { return filesToOpen; }
+  std::optional<QString> askWhereToSave(const QString& proposedPath) override {
+    proposals.push_back(proposedPath.toStdString());
+    return next(savePaths);
+  }
+  std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override {
+    proposals.push_back(proposedBase.toStdString());
+    return next(exportTargets);
+  }
+  void showAbout() override { ++aboutShown; }
+
+  std::string lastInformativeText;
+
+ private:
+  template <typename Answer>
+  static std::optional<Answer> next(std::queue<Answer>& answers) {
+    if (answers.empty()) return std::nullopt;
+    Answer answer = answers.front();
+    answers.pop();
+    return answer;
+  }
+};
+
+}  // namespace orvanel

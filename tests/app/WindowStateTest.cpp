@@ -1,0 +1,340 @@
+#include "app/WindowState.h"
+
+#include <gmock/gmock.h>
+
+#include "app/AppState.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class WindowStateTest : public testing::Test {
+ protected:
+  DocumentPtr add(const QString& name) {
+    const DocumentPtr document = Document::create(name, 8, 8, ColorMode::rgb8, MetalContext::shared());
+    window.addDocument(document);
+    return document;
+  }
+  void addABC() {
+    a = add(QStringLiteral("A"));
+    b = add(QStringLiteral("B"));
+    c = add(QStringLiteral("C"));
+  }
+  [[nodiscard]] std::vector<std::string> names() const {
+    std::vector<std::string> result;
+    for (const DocumentPtr& document : window.documents.value())
+      result.push_back(document->name.value().toStdString());
+    return result;
+  }
+  [[nodiscard]] std::vector<std::string> mostRecentNames() const {
+    std::vector<std::string> result;
+    for (const QUuid& id : window.mruOrder.value())
+      result.push_back(window.findDocument(id)->name.value().toStdString());
+    return result;
+  }
+  [[nodiscard]] std::string activeName() const {
+    const DocumentPtr active = window.activeDocument();
+    return active ? active->name.value().toStdString() : "none";
+  }
+
+  AppState state{MetalContext::shared()};
+  WindowState& window = state.windowState;
+  ToolState& tools = state.toolState;
+  DocumentPtr a;
+  DocumentPtr b;
+  DocumentPtr c;
+};
+
+TEST_F(WindowStateTest, BeginsWithNothingOpen) {
+  EXPECT_THAT(names(), IsEmpty());
+  EXPECT_EQ(window.activeDocumentID.value(), std::nullopt);
+  EXPECT_THAT(window.mruOrder.value(), IsEmpty());
+  EXPECT_EQ(window.activeDocument(), nullptr);
+  EXPECT_FALSE(window.id.isNull());
+}
+
+TEST_F(WindowStateTest, AnAddedDocumentComesLastAndBecomesActive) {
+  addABC();
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+  EXPECT_EQ(activeName(), "C");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("C", "B", "A"));
+  EXPECT_EQ(tools.activeDocument(), c);
+}
+
+TEST_F(WindowStateTest, AnActiveIDThatMatchesNothingIsNoDocument) {
+  addABC();
+  window.activeDocumentID = QUuid::createUuid();
+  EXPECT_EQ(window.activeDocument(), nullptr);
+}
+
+TEST_F(WindowStateTest, OnlyARealChangeOfTheActiveDocumentNotifies) {
+  addABC();
+  int notified = 0;
+  const auto notifier = window.activeDocumentID.addNotifier([&] { ++notified; });
+  window.switchToDocument(c->id);
+  EXPECT_EQ(notified, 0);
+  window.switchToDocument(a->id);
+  EXPECT_EQ(notified, 1);
+}
+
+TEST_F(WindowStateTest, NewDocumentsGetTheFirstFreeName) {
+  window.createDocument(QStringLiteral("Untitled"), 4, 4, ColorMode::rgb8);
+  add(QStringLiteral("Untitled 3"));
+  window.createDocument(QStringLiteral("Untitled"), 4, 4, ColorMode::rgb8);
+  window.createDocument(QStringLiteral("Untitled"), 4, 4, ColorMode::rgb8);
+  EXPECT_THAT(names(), ElementsAre("Untitled", "Untitled 3", "Untitled 2", "Untitled 4"));
+}
+
+TEST_F(WindowStateTest, AnAddedDocumentKeepsItsName) {
+  add(QStringLiteral("Untitled"));
+  add(QStringLiteral("Untitled"));
+  EXPECT_THAT(names(), ElementsAre("Untitled", "Untitled"));
+}
+
+TEST_F(WindowStateTest, AnUntitledDocumentIsLikeTheActiveOne) {
+  window.createUntitledDocument();
+  DocumentPtr made = window.activeDocument();
+  EXPECT_EQ(made->canvasWidth.value(), 1024);
+  EXPECT_EQ(made->canvasHeight.value(), 768);
+  EXPECT_EQ(made->colorMode.value(), ColorMode::rgb16);
+
+  window.addDocument(
+      Document::create(QStringLiteral("Grey"), 640, 480, ColorMode::grayscale8, MetalContext::shared()));
+  window.createUntitledDocument();
+  made = window.activeDocument();
+  EXPECT_EQ(made->name.value(), "Untitled 2");
+  EXPECT_EQ(made->canvasWidth.value(), 640);
+  EXPECT_EQ(made->canvasHeight.value(), 480);
+  EXPECT_EQ(made->colorMode.value(), ColorMode::grayscale8);
+}
+
+TEST_F(WindowStateTest, SwitchingBringsTheDocumentToTheFrontOfTheOrder) {
+  addABC();
+  window.switchToDocument(a->id);
+  EXPECT_EQ(activeName(), "A");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
+  window.switchToDocument(QUuid::createUuid());
+  EXPECT_EQ(activeName(), "A");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
+}
+
+TEST_F(WindowStateTest, SwitchingBringsBackTheDocumentsTool) {
+  addABC();
+  tools.selectTool(Tool::zoom);
+  window.switchToDocument(a->id);
+  EXPECT_EQ(tools.currentTool(), Tool::hand);
+  tools.selectTool(Tool::magicWand);
+  tools.pushTool(Tool::hand);
+  window.switchToDocument(c->id);
+  EXPECT_EQ(tools.currentTool(), Tool::zoom);
+  window.switchToDocument(a->id);
+  EXPECT_EQ(tools.currentTool(), Tool::magicWand);
+}
+
+TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoLastUsed) {
+  addABC();
+  EXPECT_TRUE(window.cycleNextDocument());
+  EXPECT_EQ(activeName(), "B");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("B", "C", "A"));
+  EXPECT_TRUE(window.cycleNextDocument());
+  EXPECT_EQ(activeName(), "C");
+}
+
+TEST_F(WindowStateTest, BackwardCyclingWalksThroughAllOldestFirst) {
+  addABC();
+  std::vector<std::string> visited;
+  for (int step = 0; step < 3; ++step) {
+    EXPECT_TRUE(window.cyclePreviousDocument());
+    visited.push_back(activeName());
+  }
+  EXPECT_THAT(visited, ElementsAre("A", "B", "C"));
+}
+
+TEST_F(WindowStateTest, CyclingFirstPutsTheActiveDocumentInFront) {
+  addABC();
+  window.activeDocumentID = a->id;
+  EXPECT_TRUE(window.cycleNextDocument());
+  EXPECT_EQ(activeName(), "C");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("C", "A", "B"));
+}
+
+TEST_F(WindowStateTest, NothingCyclesWithOneDocument) {
+  EXPECT_FALSE(window.cycleNextDocument());
+  add(QStringLiteral("Only"));
+  EXPECT_FALSE(window.cycleNextDocument());
+  EXPECT_FALSE(window.cyclePreviousDocument());
+  EXPECT_FALSE(window.cycleNextTab());
+  EXPECT_FALSE(window.cyclePreviousTab());
+  EXPECT_EQ(activeName(), "Only");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("Only"));
+}
+
+TEST_F(WindowStateTest, TabCyclingFollowsTabOrderAroundTheEnds) {
+  addABC();
+  EXPECT_TRUE(window.cycleNextTab());
+  EXPECT_EQ(activeName(), "A");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
+  EXPECT_TRUE(window.cyclePreviousTab());
+  EXPECT_EQ(activeName(), "C");
+  EXPECT_TRUE(window.cyclePreviousTab());
+  EXPECT_EQ(activeName(), "B");
+}
+
+TEST_F(WindowStateTest, TabCyclingNeedsAnActiveDocument) {
+  addABC();
+  window.activeDocumentID = std::nullopt;
+  EXPECT_FALSE(window.cycleNextTab());
+  window.activeDocumentID = QUuid::createUuid();
+  EXPECT_FALSE(window.cyclePreviousTab());
+}
+
+TEST_F(WindowStateTest, PromotingAnUnknownIDInsertsIt) {
+  addABC();
+  const QUuid unknown = QUuid::createUuid();
+  window.promoteToMRUFront(unknown);
+  EXPECT_EQ(window.mruOrder.value().front(), unknown);
+  EXPECT_EQ(window.mruOrder.value().size(), 4U);
+}
+
+// Closing.
+
+TEST_F(WindowStateTest, ClosingTheActiveDocumentActivatesTheOneUsedBefore) {
+  addABC();
+  window.switchToDocument(a->id);
+  b->selectedTool = Tool::zoom;
+  c->selectedTool = Tool::magicWand;
+  window.closeDocument(a->id);
+  EXPECT_THAT(names(), ElementsAre("B", "C"));
+  EXPECT_EQ(activeName(), "C");
+  EXPECT_EQ(tools.activeDocument(), c);
+  EXPECT_EQ(tools.currentTool(), Tool::magicWand);
+}
+
+TEST_F(WindowStateTest, ClosingABackgroundTabLeavesTheRest) {
+  addABC();
+  tools.pushTool(Tool::zoom);
+  window.closeDocument(a->id);
+  EXPECT_EQ(activeName(), "C");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("C", "B"));
+  EXPECT_EQ(tools.currentTool(), Tool::zoom);
+}
+
+TEST_F(WindowStateTest, ClosingTheLastDocumentLeavesNone) {
+  const DocumentPtr only = add(QStringLiteral("Only"));
+  window.closeDocument(only->id);
+  EXPECT_EQ(window.activeDocumentID.value(), std::nullopt);
+  EXPECT_THAT(window.mruOrder.value(), IsEmpty());
+  EXPECT_EQ(tools.activeDocument(), nullptr);
+}
+
+TEST_F(WindowStateTest, ClosingAnUnknownDocumentDoesNothing) {
+  addABC();
+  window.closeDocument(QUuid::createUuid());
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+}
+
+TEST_F(WindowStateTest, AClosedDocumentIsLetGo) {
+  std::weak_ptr<Document> watched = add(QStringLiteral("Only"));
+  window.closeDocument(watched.lock()->id);
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(WindowStateTest, OnlyUnsavedDocumentsAreAskedAbout) {
+  addABC();
+  std::vector<std::string> asked;
+  window.confirmClosing = [&](const DocumentPtr& document) {
+    asked.push_back(document->name.value().toStdString());
+    return false;
+  };
+  b->isDirty = true;
+  window.closeDocument(a->id);
+  window.closeDocument(b->id);
+  EXPECT_THAT(asked, ElementsAre("B"));
+  EXPECT_THAT(names(), ElementsAre("B", "C"));
+}
+
+TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
+  addABC();
+  // A save that fails gives the mark back.
+  window.settleSaves = [this] { a->isDirty = true; };
+  window.confirmClosing = [](const DocumentPtr&) { return false; };
+  window.closeDocument(a->id);
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+}
+
+TEST_F(WindowStateTest, TheFirstRefusalKeepsAllOpen) {
+  addABC();
+  for (const DocumentPtr& document : {a, b, c}) document->isDirty = true;
+  std::vector<std::string> asked;
+  window.confirmClosing = [&](const DocumentPtr& document) {
+    asked.push_back(document->name.value().toStdString());
+    document->isDirty = document == b;
+    return document != b;
+  };
+  window.closeAllDocuments();
+  EXPECT_THAT(asked, ElementsAre("A", "B"));
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+  EXPECT_FALSE(a->isDirty.value());
+}
+
+TEST_F(WindowStateTest, ClosingAllLeavesNothing) {
+  addABC();
+  window.closeAllDocuments();
+  EXPECT_THAT(names(), IsEmpty());
+  EXPECT_THAT(window.mruOrder.value(), IsEmpty());
+  EXPECT_EQ(window.activeDocumentID.value(), std::nullopt);
+  EXPECT_EQ(tools.activeDocument(), nullptr);
+}
+
+TEST_F(WindowStateTest, ADocumentThatOpensWhileClosingAllAsksStaysOpen) {
+  addABC();
+  a->isDirty = true;
+  const DocumentPtr late =
+      Document::create(QStringLiteral("Late"), 8, 8, ColorMode::rgb8, MetalContext::shared());
+  window.confirmClosing = [&](const DocumentPtr&) {
+    window.addDocument(late);
+    return true;
+  };
+  window.closeAllDocuments();
+  EXPECT_THAT(names(), ElementsAre("Late"));
+  EXPECT_EQ(window.activeDocumentID.value(), late->id);
+}
+
+TEST_F(WindowStateTest, ClosingTheOthersActivatesTheKeptOne) {
+  addABC();
+  a->selectedTool = Tool::eyedropper;
+  window.closeOtherDocuments(a->id);
+  EXPECT_THAT(names(), ElementsAre("A"));
+  EXPECT_THAT(mostRecentNames(), ElementsAre("A"));
+  EXPECT_EQ(activeName(), "A");
+  EXPECT_EQ(tools.activeDocument(), a);
+  EXPECT_EQ(tools.currentTool(), Tool::eyedropper);
+}
+
+TEST_F(WindowStateTest, ClosingTheOthersOfTheActiveOneKeepsItsTemporaryTool) {
+  addABC();
+  tools.pushTool(Tool::zoom);
+  window.closeOtherDocuments(c->id);
+  EXPECT_THAT(names(), ElementsAre("C"));
+  EXPECT_EQ(tools.currentTool(), Tool::zoom);
+}
+
+TEST_F(WindowStateTest, ARefusalKeepsTheOthersOpen) {
+  addABC();
+  b->isDirty = true;
+  c->isDirty = true;
+  std::vector<std::string> asked;
+  window.confirmClosing = [&](const DocumentPtr& document) {
+    asked.push_back(document->name.value().toStdString());
+    return document != c;
+  };
+  window.closeOtherDocuments(a->id);
+  EXPECT_THAT(asked, ElementsAre("B", "C"));
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+  EXPECT_EQ(activeName(), "C");
+}
+
+}  // namespace
+}  // namespace orvanel
