@@ -1,0 +1,205 @@
+// Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
+// them: writing and reading a file of that size, decoding alone.
+#include <benchmark/benchmark.h>
+
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <chrono>
+#include <memory>
+
+#include "PhotoLayers.h"
+#include "io/DocumentIO.h"
+#include "io/FlatImage.h"
+#include "io/SaveSnapshot.h"
+#include "model/Document.h"
+
+namespace orvanel {
+namespace {
+
+constexpr int side = 4096;
+constexpr int layerCount = 20;
+constexpr int photoWidth = 6000;
+constexpr int photoHeight = 4000;
+
+bench::Depth depthOf(const benchmark::State& state) {
+  return state.range(0) == 0 ? bench::Depth::fromEightBits : bench::Depth::full;
+}
+
+/// A document of photographs and the file it is saved to; one at a time.
+class PhotoDocument {
+ public:
+  explicit PhotoDocument(bench::Depth depth) {
+    document_ =
+        Document::createEmpty(QStringLiteral("Photos"), side, side, ColorMode::rgb16, MetalContext::shared());
+    LayerNodeList layers;
+    for (int i = 0; i < layerCount; ++i) {
+      auto layer = std::make_shared<Layer>(QStringLiteral("Photo %1").arg(i));
+      layer->texture = bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i));
+      layers.emplace_back(std::move(layer));
+    }
+    document_->rootNodes = layers;
+    document_->compositedTexture = layers.front().layer()->texture.value();
+  }
+
+  static PhotoDocument& of(bench::Depth depth) {
+    static std::unique_ptr<PhotoDocument> current;
+    static bench::Depth currentDepth = depth;
+    if (current == nullptr || currentDepth != depth) {
+      current.reset();
+      current = std::make_unique<PhotoDocument>(depth);
+      currentDepth = depth;
+    }
+    return *current;
+  }
+
+  [[nodiscard]] const DocumentPtr& document() const { return document_; }
+  [[nodiscard]] QString path() const { return directory_.filePath(QStringLiteral("photos.tessel")); }
+  [[nodiscard]] static std::int64_t rawBytes() { return std::int64_t{side} * side * 8 * layerCount; }
+  void saveOnce() const {
+    if (!QFile::exists(path())) {
+      static_cast<void>(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()));
+    }
+  }
+
+ private:
+  DocumentPtr document_;
+  QTemporaryDir directory_;
+};
+
+void reportRaw(benchmark::State& state) {
+  state.counters["raw_MB/s"] = benchmark::Counter(static_cast<double>(PhotoDocument::rawBytes()) / 1e6,
+                                                  benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void SavePhotos(benchmark::State& state) {
+  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  for (auto _ : state) {
+    if (!DocumentIO::saveSynchronously(photos.document(), photos.path(), MetalContext::shared())) {
+      state.SkipWithError("not saved");
+    }
+  }
+  reportRaw(state);
+  state.counters["file_MB"] = static_cast<double>(QFileInfo(photos.path()).size()) / 1e6;
+}
+BENCHMARK(SavePhotos)
+    ->ArgName("full_depth")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(2);
+
+/// What the main thread does of a save.
+void SaveOnMainThread(benchmark::State& state) {
+  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));
+}
+BENCHMARK(SaveOnMainThread)->ArgName("full_depth")->Arg(1)->Unit(benchmark::kMillisecond);
+
+void LoadPhotos(benchmark::State& state) {
+  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  photos.saveOnce();
+  for (auto _ : state) {
+    auto loaded = DocumentIO::loadSynchronously(photos.path(), MetalContext::shared());
+    if (!loaded) state.SkipWithError("not loaded");
+  }
+  reportRaw(state);
+}
+BENCHMARK(LoadPhotos)
+    ->ArgName("full_depth")
+    ->Arg(1)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(2);
+
+/// The limit: a file of the same size, written, brought to the disk and read again.
+void LimitWriteSyncRead(benchmark::State& state) {
+  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  photos.saveOnce();
+  const std::int64_t size = QFileInfo(photos.path()).size();
+  const QByteArray block(4 << 20, 'x');
+  QByteArray readBack(block.size(), Qt::Uninitialized);
+  for (auto _ : state) {
+    QFile file(photos.path() + QStringLiteral(".limit"));
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered)) return;
+    for (std::int64_t done = 0; done < size; done += block.size()) file.write(block);
+    fsync(file.handle());
+    file.seek(0);
+    while (file.read(readBack.data(), readBack.size()) > 0) benchmark::ClobberMemory();
+    file.remove();
+  }
+  reportRaw(state);
+}
+BENCHMARK(LimitWriteSyncRead)
+    ->ArgName("full_depth")
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(1);
+
+/// A JPEG of 24 megapixels on the disk.
+const QString& photoFile() {
+  static const QTemporaryDir directory;
+  static const QString path = [] {
+    QString file = directory.filePath(QStringLiteral("photo.jpg"));
+    bench::photoImage(photoWidth, photoHeight, 1).save(file, "jpeg", 92);
+    return file;
+  }();
+  return path;
+}
+
+void LimitDecodeJpeg(benchmark::State& state) {
+  const QString& path = photoFile();
+  for (auto _ : state) benchmark::DoNotOptimize(QImageReader(path).read());
+}
+BENCHMARK(LimitDecodeJpeg)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+void OpenJpeg(benchmark::State& state) {
+  const QString& path = photoFile();
+  for (auto _ : state) benchmark::DoNotOptimize(openImage(path, MetalContext::shared()));
+}
+BENCHMARK(OpenJpeg)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+void ExportPng(benchmark::State& state) {
+  const auto document = openImage(photoFile(), MetalContext::shared());
+  if (!document) return state.SkipWithError("not opened");
+  const Texture pixels = (*document)->rootNodes.value().front().layer()->texture.value();
+  double megabytes = 0.0;
+  for (auto _ : state) {
+    const auto png =
+        exportImage(*pixels, ColorMode::rgb8, Document::ImageFileFormat::png, MetalContext::shared());
+    megabytes = png.has_value() ? static_cast<double>(png->size()) / 1e6 : 0.0;
+  }
+  state.counters["file_MB"] = megabytes;
+}
+BENCHMARK(ExportPng)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+/// The limit for size: what the image library's own writer makes at zlib's level 1.
+void LimitEncodePng(benchmark::State& state) {
+  const QImage image = QImageReader(photoFile()).read();
+  double megabytes = 0.0;
+  constexpr int level1 = 85;
+  for (auto _ : state) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "png", level1);
+    megabytes = static_cast<double>(buffer.size()) / 1e6;
+  }
+  state.counters["file_MB"] = megabytes;
+}
+BENCHMARK(LimitEncodePng)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(1);
+
+}  // namespace
+}  // namespace orvanel
