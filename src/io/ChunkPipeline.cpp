@@ -41,7 +41,7 @@ struct ChunkPipeline::State {
     std::unique_lock lock(state->mutex);
     if (state->hasWork()) state->makeOne(lock);
     if (state->hasWork()) {
-      backgroundArena().enqueue([state] { work(state); });
+      enqueueBackgroundTask([state] { work(state); });
     } else {
       --state->workers;
     }
@@ -52,7 +52,7 @@ struct ChunkPipeline::State {
     const int wanted = std::max(1, tbb::this_task_arena::max_concurrency() - 1);
     while (state->workers < wanted && state->hasWork()) {
       ++state->workers;
-      backgroundArena().enqueue([state] { work(state); });
+      enqueueBackgroundTask([state] { work(state); });
     }
   }
 };

@@ -3,7 +3,6 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -13,33 +12,6 @@
 
 namespace orvanel {
 namespace {
-
-/// Counts the snapshots whose compression is under way, so that it can be waited for.
-class PendingCount {
- public:
-  void add() {
-    const std::lock_guard guard(mutex_);
-    ++pending_;
-  }
-  void remove() {
-    const std::lock_guard guard(mutex_);
-    if (--pending_ == 0) none_.notify_all();
-  }
-  void waitForNone() {
-    std::unique_lock guard(mutex_);
-    none_.wait(guard, [this] { return pending_ == 0; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable none_;
-  int pending_ = 0;
-};
-
-PendingCount& pendingSnapshots() {
-  static auto* count = new PendingCount;  // outlives background work at exit
-  return *count;
-}
 
 // Few enough that a core busy with the history is free for the frame within a millisecond or two.
 constexpr std::size_t tilesPerTask = 4;
@@ -97,9 +69,9 @@ struct TextureSnapshot::Contents {
 
   /// Compresses the tiles from `first` on, a few at a time; ends quietly once the snapshot is gone.
   static void compressInBackground(const std::weak_ptr<Contents>& weak, std::size_t first) {
-    backgroundArena().enqueue([weak, first] {
+    enqueueBackgroundTask([weak, first] {
       const std::shared_ptr<Contents> contents = weak.lock();
-      if (contents == nullptr) return pendingSnapshots().remove();
+      if (contents == nullptr) return;
       const std::size_t end = std::min(first + tilesPerTask, contents->tileCount());
       for (std::size_t index = first; index < end; ++index) contents->compressTile(index);
       if (end < contents->tileCount()) return compressInBackground(weak, end);
@@ -108,7 +80,6 @@ struct TextureSnapshot::Contents {
         contents->isCompressed = true;
       }
       tileMemory::trim();
-      pendingSnapshots().remove();
     });
   }
 };
@@ -124,7 +95,6 @@ std::shared_ptr<TextureSnapshot> TextureSnapshot::capture(const Surface& texture
     return nullptr;
   }
   std::shared_ptr<TextureSnapshot> snapshot(new TextureSnapshot(texture, region));
-  pendingSnapshots().add();
   Contents::compressInBackground(snapshot->contents_, 0);
   return snapshot;
 }
@@ -218,7 +188,7 @@ std::vector<std::byte> TextureSnapshot::decompressedData() const {
 }
 
 void TextureSnapshot::waitForCompression() {
-  pendingSnapshots().waitForNone();
+  waitForBackgroundWork();
 }
 
 }  // namespace orvanel

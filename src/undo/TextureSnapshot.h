@@ -44,7 +44,7 @@ class TextureSnapshot {
   /// The packed raw rows.
   [[nodiscard]] std::vector<std::byte> decompressedData() const;
 
-  /// Blocks until all background compression has ended. For tests and for exact memory figures.
+  /// Blocks until all compression, and any other background work, has ended. For exact memory figures.
   static void waitForCompression();
 
  private:

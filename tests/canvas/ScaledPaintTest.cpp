@@ -69,6 +69,7 @@ TEST(ScaledPaint, PutsTheFramePixelForPixelOnTheScreen) {
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_SCALE_FACTOR", "1.25");
   QApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
   const QApplication application(argc, argv);

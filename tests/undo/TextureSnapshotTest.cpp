@@ -20,7 +20,7 @@ class HeldBackground {
  public:
   HeldBackground() {
     for (int worker = 0; worker < backgroundArena().max_concurrency(); ++worker) {
-      backgroundArena().enqueue([gate = gate_] { gate->acquire(); });
+      enqueueBackgroundTask([gate = gate_] { gate->acquire(); });
     }
   }
   ~HeldBackground() { letGo(); }
@@ -34,9 +34,6 @@ class HeldBackground {
 
 class TextureSnapshots : public testing::Test {
  protected:
-  // Work that is still queued when a program ends would count as leaked.
-  void TearDown() override { TextureSnapshot::waitForCompression(); }
-
   /// Smooth values, as photographs have them.
   static Surface photo(PixelFormat format, int width, int height) {
     Surface surface(format, width, height);

@@ -13,9 +13,6 @@ constexpr std::int64_t maskCost = 40 * 30 * 2;
 
 class LayerMaskOperationsTest : public testing::Test {
  protected:
-  // Work that is still queued when a program ends would count as leaked.
-  void TearDown() override { TextureSnapshot::waitForCompression(); }
-
   void SetUp() override {
     mask = addMask(*layer);
     MetalContext::shared().fillMask(*mask->maskTexture->texture, 0.5F);
