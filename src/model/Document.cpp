@@ -69,6 +69,11 @@ std::optional<LayerNode> Document::activeNode() const {
   return nodeID ? findNode(*nodeID) : std::nullopt;
 }
 
+std::shared_ptr<Layer> Document::activeLayer() const {
+  const std::optional<LayerNode> node = activeNode();
+  return node ? node->layer() : nullptr;
+}
+
 std::optional<LayerNode> Document::findNode(const QUuid& nodeID) const {
   return orvanel::findNode(nodeID, rootNodes.value());
 }
@@ -134,8 +139,11 @@ void Document::rebuildDisplayTextures() {
 }
 
 Texture Document::makeLayerTexture() const {
-  Texture texture =
-      context_.makeTexture(layerPixelFormat(colorMode.value()), canvasWidth.value(), canvasHeight.value());
+  return makeLayerTexture(colorMode.value(), canvasWidth.value(), canvasHeight.value());
+}
+
+Texture Document::makeLayerTexture(ColorMode mode, int width, int height) const {
+  Texture texture = context_.makeTexture(layerPixelFormat(mode), width, height);
   if (texture == nullptr) fatalFault("Failed to create layer texture");
   return texture;
 }

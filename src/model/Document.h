@@ -9,6 +9,7 @@
 #include <QUuid>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -16,6 +17,7 @@
 
 #include "model/DisplayColor.h"
 #include "model/Layer.h"
+#include "model/PixelClipboard.h"
 #include "model/Selection.h"
 #include "model/Tool.h"
 #include "raster/MetalContext.h"
@@ -105,6 +107,8 @@ class Document : public std::enable_shared_from_this<Document> {
 
   // Questions about the tree.
   [[nodiscard]] std::optional<LayerNode> activeNode() const;
+  /// The active node when it is a layer, otherwise null.
+  [[nodiscard]] std::shared_ptr<Layer> activeLayer() const;
   [[nodiscard]] std::optional<LayerNode> findNode(const QUuid& nodeID) const;
   [[nodiscard]] std::optional<NodeLocation> parentAndIndex(const QUuid& nodeID) const;
   [[nodiscard]] std::vector<std::shared_ptr<Layer>> allLayers() const;
@@ -126,6 +130,63 @@ class Document : public std::enable_shared_from_this<Document> {
   void moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index);
   void duplicateNode(const QUuid& nodeID);
 
+  // Changes of one property of a node; each leaves one record. An equal value, an empty name and an absent
+  // node leave none.
+  void setOpacity(const QUuid& nodeID, float opacity);
+  void setBlendMode(const QUuid& nodeID, BlendMode blendMode);
+  void rename(const QUuid& nodeID, const QString& newName);
+  void setVisible(const QUuid& nodeID, bool isVisible);
+  void setLocked(const QUuid& nodeID, bool isLocked);
+
+  // Pixels of the active node: of its mask while that is selected, else of its layer. A folder, a missing
+  // surface or a missing selection ends them quietly; a lock doesn't. Each change leaves one record.
+  /// Within the selection, or everywhere when there is none.
+  void fillSelection(const DisplayColor& color, const QString& actionName = QStringLiteral("Fill"));
+  /// Fills with transparency, a mask with white.
+  void clearActive();
+  /// Colours within the selection; a mask as a whole.
+  void invertActive();
+  /// The layer's pixels under the selection; nothing when none are selected.
+  [[nodiscard]] std::optional<PixelClipboard> copyPixels() const;
+  /// As `copyPixels`, then a transparent fill, under whose name it is undone.
+  [[nodiscard]] std::optional<PixelClipboard> cutPixels();
+  /// A new layer with the pixels where they came from, converted to this colour mode, clipped to the canvas.
+  void pastePixels(const PixelClipboard& clipboard);
+
+  // The selection. Each change leaves one record and sets no flags.
+  void selectAll();
+  void deselect();
+  void invertSelection();
+  void selectLayerTransparency(const Layer& layer);
+  /// A channel of the composite: 0 to 2 the colours, 3 alpha.
+  void selectChannel(int index);
+  void selectMask(const LayerMask& mask);
+  /// Makes an empty selection when there is none. Without memory for it there is still none.
+  void ensureSelection();
+  /// A new empty selection at canvas size in the place of any other.
+  void resetSelection();
+  /// The selection when something is selected, otherwise null.
+  [[nodiscard]] std::shared_ptr<Selection> activeSelection() const;
+
+  // Masks of layers. Each change leaves one record.
+  /// The new mask equals the selection, or hides nothing when nothing is selected.
+  void addLayerMask(const std::shared_ptr<Layer>& layer);
+  /// Multiplies the mask into the layer's alpha and takes it off.
+  void applyLayerMask(const std::shared_ptr<Layer>& layer);
+  void removeLayerMask(const std::shared_ptr<Layer>& layer);
+
+  // The canvas. Each change leaves one record; those of size drop the selection. Sizes are 1 to
+  // `maximumCanvasSide` pixels; surfaces that can't be made are fatal.
+  void resizeImage(int width, int height, ResampleMethod method);
+  /// Anchors are -1, 0 or 1: where the old canvas stays, left or top, centre, right or bottom.
+  void resizeCanvas(int width, int height, int anchorX, int anchorY);
+  void crop(const PixelRect& rect, const QString& actionName);
+  /// To the bounds of the selection; nothing when there is none.
+  void cropToSelection();
+  /// Takes uniform edges off the composite; false when there are none to take, for the caller to say so.
+  [[nodiscard]] bool trim();
+  void changeColorMode(ColorMode newMode);
+
   // What records and readers build on: no record, no flags.
   /// Takes the node out of its list; nothing when it isn't in the tree.
   std::optional<LayerNode> detachNode(const QUuid& nodeID);
@@ -135,6 +196,7 @@ class Document : public std::enable_shared_from_this<Document> {
   void rebuildDisplayTextures();
   /// A canvas-size layer surface of the mode, all zero. Fatal on failure.
   [[nodiscard]] Texture makeLayerTexture() const;
+  [[nodiscard]] Texture makeLayerTexture(ColorMode mode, int width, int height) const;
 
   /// Undo and redo always leave the document dirty and post `undoRedoPerformed`.
   void undo();
@@ -152,6 +214,10 @@ class Document : public std::enable_shared_from_this<Document> {
  private:
   Document(const QString& documentName, int width, int height, ColorMode mode, MetalContext& context);
   void markEdited();
+  /// Inserts above the active node, makes it active and records it.
+  void addNewLayer(const std::shared_ptr<Layer>& layer);
+  /// Changes the existing selection under a record.
+  void changeSelection(const QString& actionName, const std::function<void(Selection&)>& change);
   void performHistoryStep(void (UndoStack::*step)());
 
   MetalContext& context_;

@@ -96,9 +96,13 @@ void Document::insertNode(const LayerNode& node, const std::optional<QUuid>& par
 }
 
 void Document::addLayer(const QString& requestedName) {
-  const std::optional<QUuid> previousSelection = selectedNodeID.value();
   auto layer = std::make_shared<Layer>(uniqueNodeName(requestedName));
   layer->texture = makeLayerTexture();
+  addNewLayer(layer);
+}
+
+void Document::addNewLayer(const std::shared_ptr<Layer>& layer) {
+  const std::optional<QUuid> previousSelection = selectedNodeID.value();
   orvanel::insertNode(*this, layer, positionForNewNode(*this));
   selectedNodeID = layer->id;
   undoStack.push(std::make_shared<AddLayerOperation>(shared_from_this(), layer, previousSelection));

@@ -28,6 +28,12 @@ Texture Layer::activeEditTexture() const {
   return isMaskSelected.value() && attached != nullptr ? attached->maskTexture->texture : texture.value();
 }
 
+void Layer::markThumbnailsDirty() {
+  thumbnailDirty = true;
+  maskThumbnailDirty = true;
+  channelThumbnailsDirty = true;
+}
+
 LayerFolder::LayerFolder(const QString& folderName, QUuid folderID) : id(folderID), name(folderName) {}
 
 QUuid LayerNode::id() const {

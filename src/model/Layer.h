@@ -74,6 +74,8 @@ class Layer {
 
   /// The mask's surface when the mask is selected and exists, otherwise `texture` (possibly none).
   [[nodiscard]] Texture activeEditTexture() const;
+  /// Called wherever pixels or mask change: all its thumbnails are out of date.
+  void markThumbnailsDirty();
 
  private:
   QPropertyNotifier maskSelectionNotifier_;

@@ -1,9 +1,10 @@
 // What is selected: a mask of canvas size and two flags that summarise it. Owned by its document.
-// Main thread only.
+// Main thread only. A kernel that can't run leaves the mask as it was; the flags change all the same.
 #pragma once
 
 #include <QProperty>
 #include <memory>
+#include <span>
 
 #include "model/Layer.h"
 
@@ -28,8 +29,27 @@ class Selection {
   /// True: all of the canvas is selected. Implies `hasSelection`.
   QProperty<bool> isFullSelection{false};
 
+  void selectAll(const MetalContext& context);
+  void clear(const MetalContext& context);
+  /// None becomes all, all becomes none, a partial selection stays partial.
+  void invert(const MetalContext& context);
+
+  // The shapes replace the whole mask. Units are document pixels; a feather of 0 keeps the edge hard.
+  /// `rect` has no negative part; a side below 1 selects nothing.
+  void setRect(const PixelRect& rect, float feather, const MetalContext& context);
+  /// A radius that isn't positive selects nothing.
+  void setEllipse(float centerX, float centerY, float radiusX, float radiusY, float feather,
+                  const MetalContext& context);
+  /// Two points or fewer change nothing at all.
+  void setPolygon(std::span<const PolygonPoint> points, const MetalContext& context);
+
+  /// True where the mask is above 0; false outside the canvas.
+  [[nodiscard]] bool isPointSelected(int x, int y) const;
+
   [[nodiscard]] Flags flags() const { return {hasSelection.value(), isFullSelection.value()}; }
   void restoreFlags(const Flags& flags);
+  /// Reads the flags off the mask, after a kernel wrote it.
+  void refreshFlags(const MetalContext& context);
 };
 
 }  // namespace orvanel

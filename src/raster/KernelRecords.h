@@ -129,6 +129,9 @@ struct AffineParams {
 };
 static_assert(sizeof(AffineParams) == 32 && offsetof(AffineParams, colorMode) == 24);
 
+/// How `resampleTexture` finds a pixel: Catmull-Rom, triangle or the nearest pixel centre.
+enum class ResampleMethod : std::int32_t { bicubic = 0, bilinear = 1, nearestNeighbor = 2 };
+
 struct ResampleParams {
   std::uint32_t sourceWidth = 0;
   std::uint32_t sourceHeight = 0;

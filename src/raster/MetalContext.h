@@ -136,7 +136,7 @@ class MetalContext {
                          float angle, ColorMode mode) const;
   void affineTransformLayerPixels(const Surface& source, Surface& destination,
                                   const std::array<float, 6>& inverse, ColorMode mode) const;
-  void resampleTexture(const Surface& source, Surface& destination, int method) const;
+  void resampleTexture(const Surface& source, Surface& destination, ResampleMethod method) const;
   [[nodiscard]] std::optional<PixelRect> trimBounds(const Surface& composited) const;
 
  private:

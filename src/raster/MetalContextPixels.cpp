@@ -126,11 +126,11 @@ void MetalContext::affineTransformLayerPixels(const Surface& source, Surface& de
       DispatchBuilder().read(0, source).write(1, destination).bytes(0, params).dispatch());
 }
 
-void MetalContext::resampleTexture(const Surface& source, Surface& destination, int method) const {
+void MetalContext::resampleTexture(const Surface& source, Surface& destination, ResampleMethod method) const {
   ResampleParams params;
   params.sourceWidth = static_cast<std::uint32_t>(source.width());
   params.sourceHeight = static_cast<std::uint32_t>(source.height());
-  params.method = method;
+  params.method = static_cast<std::int32_t>(method);
   resampleTexturePipeline.function(
       DispatchBuilder().read(0, source).write(1, destination).bytes(0, params).dispatch());
 }

@@ -10,11 +10,11 @@ using reference::Color;
 using reference::context;
 using reference::Image;
 
-constexpr int bicubic = 0;
-constexpr int bilinear = 1;
-constexpr int nearest = 2;
+constexpr auto bicubic = ResampleMethod::bicubic;
+constexpr auto bilinear = ResampleMethod::bilinear;
+constexpr auto nearest = ResampleMethod::nearestNeighbor;
 
-double weightOf(int method, double x) {
+double weightOf(ResampleMethod method, double x) {
   x = std::abs(x);
   if (method == bilinear) return std::max(0.0, 1.0 - x);
   // Keys' cubic with a = -1/2.
@@ -25,7 +25,7 @@ double weightOf(int method, double x) {
 
 /// One axis: every output as a weighted mean of all inputs within reach, edges standing for what's beyond.
 template <typename At>
-Color filtered(int i, int sourceSize, int destinationSize, int method, const At& at) {
+Color filtered(int i, int sourceSize, int destinationSize, ResampleMethod method, const At& at) {
   const double step = static_cast<double>(sourceSize) / destinationSize;
   const double widening = std::max(step, 1.0);
   const double center = (i + 0.5) * step;
@@ -42,7 +42,7 @@ Color filtered(int i, int sourceSize, int destinationSize, int method, const At&
   return sum;
 }
 
-Image resampled(const Surface& source, int width, int height, int method) {
+Image resampled(const Surface& source, int width, int height, ResampleMethod method) {
   const bool isMask = source.format() == PixelFormat::r16Float;
   Image image = reference::imageOf(source);
   for (Color& pixel : image.pixels) {
@@ -105,9 +105,9 @@ TEST(ResampleTexture, FiltersLikeASeparableResizerThatWidensWhenShrinking) {
                             {127, 60, 200, 140},
                             {300, 257, 131, 40},
                             {150, 200, 150, 133}}) {
-        for (const int method : {bicubic, bilinear}) {
-          SCOPED_TRACE(testing::Message()
-                       << static_cast<int>(format) << " to " << s.toWidth << ", " << method);
+        for (const ResampleMethod method : {bicubic, bilinear}) {
+          SCOPED_TRACE(testing::Message() << static_cast<int>(format) << " to " << s.toWidth << ", "
+                                          << static_cast<int>(method));
           const Surface source = randomSurface(format, s.fromWidth, s.fromHeight, random);
           Surface destination(format, s.toWidth, s.toHeight);
           context().resampleTexture(source, destination, method);
@@ -140,7 +140,7 @@ TEST(ResampleTexture, NearestTakesThePixelUnderTheCentre) {
 TEST(ResampleTexture, TheSameSizeSharesEveryTile) {
   std::mt19937 random(83);
   const Surface source = randomSurface(PixelFormat::rgba16Float, 300, 257, random);
-  for (const int method : {bicubic, bilinear, nearest}) {
+  for (const ResampleMethod method : {bicubic, bilinear, nearest}) {
     Surface destination(PixelFormat::rgba16Float, 300, 257);
     context().resampleTexture(source, destination, method);
     for (int index = 0; index < source.tileCount(); ++index)
@@ -151,7 +151,7 @@ TEST(ResampleTexture, TheSameSizeSharesEveryTile) {
 TEST(ResampleTexture, AnEvenPictureStaysEvenAndTakesNoMemory) {
   Surface source(PixelFormat::rgba8Unorm, 700, 500);
   source.fill(0xFF336699U);
-  for (const int method : {bicubic, bilinear, nearest}) {
+  for (const ResampleMethod method : {bicubic, bilinear, nearest}) {
     Surface destination(PixelFormat::rgba8Unorm, 333, 900);
     context().resampleTexture(source, destination, method);
     for (int index = 0; index < destination.tileCount(); ++index)
@@ -165,7 +165,7 @@ TEST(ResampleTexture, ColourDoesNotBleedOutOfTransparentPixels) {
   source.fill(0x0000FF00U);
   std::vector<std::uint32_t> red(32 * 64, 0xFF0000FFU);
   source.writeRect({0, 0, 32, 64}, reinterpret_cast<const std::byte*>(red.data()), 128);
-  for (const int method : {bicubic, bilinear}) {
+  for (const ResampleMethod method : {bicubic, bilinear}) {
     Surface destination(PixelFormat::rgba8Unorm, 40, 40);
     context().resampleTexture(source, destination, method);
     for (int x = 0; x < 40; ++x) EXPECT_EQ(destination.pixelAt(x, 20) & 0xFF00U, 0U) << x;

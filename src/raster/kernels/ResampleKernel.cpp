@@ -17,8 +17,6 @@ namespace {
 
 enum class Filter { catmullRom = 0, triangle = 1 };
 
-constexpr std::int32_t nearestMethod = 2;
-
 double filterReach(Filter filter) {
   return filter == Filter::catmullRom ? 2.0 : 1.0;
 }
@@ -166,10 +164,11 @@ void resampleTexture(const Dispatch& dispatch) {
   if (haveSameSize(source, destination)) {
     return copyPixels(source, source.bounds(), destination, 0, 0);
   }
-  if (params.method == nearestMethod) {
+  const auto method = static_cast<ResampleMethod>(params.method);
+  if (method == ResampleMethod::nearestNeighbor) {
     return forEachTile(destination, [&](int index) { pickTile(source, destination, index); });
   }
-  const Filter filter = params.method == 1 ? Filter::triangle : Filter::catmullRom;
+  const Filter filter = method == ResampleMethod::bilinear ? Filter::triangle : Filter::catmullRom;
   const ColorRange range = filter == Filter::catmullRom ? ColorRange::unit : ColorRange::any;
   const AxisFilter across(filter, source.width(), destination.width());
   const AxisFilter down(filter, source.height(), destination.height());

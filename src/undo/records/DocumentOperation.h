@@ -19,6 +19,8 @@ class DocumentOperation : public UndoableOperation {
   DocumentOperation(QString actionName, const DocumentPtr& document)
       : actionName_(std::move(actionName)), document_(document) {}
 
+  void setActionName(QString actionName) { actionName_ = std::move(actionName); }
+
   /// Null once the document is closed: the step then does nothing.
   [[nodiscard]] DocumentPtr document() const { return document_.lock(); }
 

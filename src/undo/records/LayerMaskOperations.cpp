@@ -5,14 +5,6 @@
 #include "model/NotificationCenter.h"
 
 namespace orvanel {
-namespace {
-
-void markPixelsChanged(Layer& layer) {
-  layer.thumbnailDirty = true;
-  layer.channelThumbnailsDirty = true;
-}
-
-}  // namespace
 
 LayerMaskOperation::LayerMaskOperation(QString actionName, const DocumentPtr& document,
                                        std::shared_ptr<Layer> layer, std::shared_ptr<LayerMask> mask)
@@ -77,7 +69,7 @@ void ApplyLayerMaskOperation::redo() {
   if (pixels == nullptr) return;
   target->context().applyLayerMask(*pixels, *mask().maskTexture->texture, colorMode_);
   detachMask(*target);
-  markPixelsChanged(layer());
+  layer().markThumbnailsDirty();
 }
 
 void ApplyLayerMaskOperation::undo() {
@@ -85,7 +77,7 @@ void ApplyLayerMaskOperation::undo() {
   if (target == nullptr) return;
   if (const Texture& pixels = layer().texture.value()) beforeSnapshot_->restore(*pixels, target->context());
   attachMask(*target);
-  markPixelsChanged(layer());
+  layer().markThumbnailsDirty();
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {

@@ -1,0 +1,49 @@
+// One adjustment of a layer's levels, from its beginning to its end: previewed as often as wanted, each time
+// from the pixels of the beginning, then kept under one record or taken back. Owned by the window or command
+// that adjusts; main thread only. Works on the layer's colours, never on its mask.
+#pragma once
+
+#include <QUuid>
+#include <memory>
+#include <optional>
+
+#include "model/Document.h"
+#include "undo/TextureSnapshot.h"
+
+namespace orvanel {
+
+struct Levels {
+  float blackPoint = 0.0F;    ///< 0 to 254, on the scale of 8 bits
+  float whitePoint = 255.0F;  ///< 1 to 255
+  float gamma = 1.0F;         ///< 0.1 to 9.99
+  friend bool operator==(const Levels&, const Levels&) = default;
+};
+
+class LevelsAdjustment {
+ public:
+  /// Begins on the active layer; nothing when the active node has no pixels of its own.
+  [[nodiscard]] static std::optional<LevelsAdjustment> begin(const DocumentPtr& document);
+
+  [[nodiscard]] const QUuid& layerID() const { return layerID_; }
+  /// The pixels at the beginning.
+  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const { return snapshotBefore_; }
+
+  // A closed document or a removed layer makes each of these do nothing.
+  /// Shows the levels within the selection, or everywhere without one.
+  void apply(const Levels& levels);
+  /// Keeps what is shown, under one record.
+  void commit();
+  /// Puts back the pixels of the beginning; no record.
+  void cancel();
+
+ private:
+  LevelsAdjustment(const DocumentPtr& document, const Layer& layer,
+                   std::shared_ptr<TextureSnapshot> snapshotBefore);
+  [[nodiscard]] std::shared_ptr<Layer> layer(const Document& document) const;
+
+  std::weak_ptr<Document> document_;
+  QUuid layerID_;
+  std::shared_ptr<TextureSnapshot> snapshotBefore_;
+};
+
+}  // namespace orvanel

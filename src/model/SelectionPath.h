@@ -1,0 +1,49 @@
+// The outline of a shape while it is being drawn; it never says what is selected. A plain value, document
+// coordinates.
+#pragma once
+
+#include <QPointF>
+#include <QSizeF>
+#include <variant>
+#include <vector>
+
+namespace orvanel {
+
+/// An anchor with the control points of the cubic segments that arrive and leave there.
+struct BezierPoint {
+  QPointF position;
+  QPointF controlIn;
+  QPointF controlOut;
+  friend bool operator==(const BezierPoint&, const BezierPoint&) = default;
+};
+
+struct SelectionPath {
+  struct Rect {
+    QPointF origin;
+    QSizeF size;
+    friend bool operator==(const Rect&, const Rect&) = default;
+  };
+  struct Ellipse {
+    QPointF center;
+    QSizeF radii;
+    friend bool operator==(const Ellipse&, const Ellipse&) = default;
+  };
+  struct Polygon {
+    friend bool operator==(const Polygon&, const Polygon&) = default;
+  };
+  /// What the path was made from, so that the exact shape can be drawn without flattening the curves.
+  using ShapeHint = std::variant<Rect, Ellipse, Polygon>;
+
+  /// In drawing order.
+  std::vector<BezierPoint> points;
+  ShapeHint shapeHint = Polygon{};
+  bool isClosed = false;
+
+  [[nodiscard]] static SelectionPath rect(double x, double y, double width, double height);
+  /// Four cubic segments from the top, clockwise; the largest error is 0.027 % of the radius.
+  [[nodiscard]] static SelectionPath ellipse(double cx, double cy, double rx, double ry);
+
+  friend bool operator==(const SelectionPath&, const SelectionPath&) = default;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,130 @@
+#include "undo/records/CanvasOperations.h"
+
+#include <numeric>
+#include <utility>
+
+namespace orvanel {
+namespace {
+
+std::int64_t costOf(const SnapshotList& list) {
+  return std::accumulate(
+      list.begin(), list.end(), std::int64_t{0},
+      [](std::int64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->compressedSize(); });
+}
+
+std::shared_ptr<Layer> findLayer(const Document& document, const QUuid& layerID) {
+  const std::optional<LayerNode> node = document.findNode(layerID);
+  return node ? node->layer() : nullptr;
+}
+
+/// Gives every listed layer a new surface of the document's size and mode with the snapshot's pixels.
+void restoreLayers(const Document& document, const SnapshotList& list) {
+  for (const LayerSnapshot& entry : list) {
+    const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
+    if (layer == nullptr) continue;
+    const Texture pixels = document.makeLayerTexture();
+    layer->texture = pixels;
+    entry.snapshot->restore(*pixels, document.context());
+  }
+}
+
+void restoreMasks(const Document& document, const SnapshotList& list) {
+  const MetalContext& context = document.context();
+  for (const LayerSnapshot& entry : list) {
+    const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
+    const std::shared_ptr<LayerMask> old = layer != nullptr ? layer->mask.value() : nullptr;
+    if (old == nullptr) continue;
+    std::shared_ptr<MaskTexture> contents =
+        MaskTexture::create(document.canvasWidth.value(), document.canvasHeight.value(), context);
+    if (contents == nullptr) continue;
+    context.fillMask(*contents->texture, 1.0F);
+    auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents));
+    mask->isEnabled = old->isEnabled.value();
+    entry.snapshot->restore(*mask->maskTexture->texture, context);
+    layer->mask = std::move(mask);
+  }
+}
+
+void markAllThumbnailsDirty(const Document& document) {
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) layer->markThumbnailsDirty();
+}
+
+}  // namespace
+
+SnapshotList snapshotsOfLayers(const Document& document) {
+  SnapshotList list;
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
+    const Texture& pixels = layer->texture.value();
+    if (pixels == nullptr) continue;
+    if (auto snapshot = TextureSnapshot::capture(*pixels, document.context())) {
+      list.push_back({.layerID = layer->id, .snapshot = std::move(snapshot)});
+    }
+  }
+  return list;
+}
+
+SnapshotList snapshotsOfMasks(const Document& document) {
+  SnapshotList list;
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
+    const std::shared_ptr<LayerMask>& mask = layer->mask.value();
+    if (mask == nullptr) continue;
+    if (auto snapshot = TextureSnapshot::capture(*mask->maskTexture->texture, document.context())) {
+      list.push_back({.layerID = layer->id, .snapshot = std::move(snapshot)});
+    }
+  }
+  return list;
+}
+
+CanvasState CanvasState::of(const Document& document) {
+  return {.width = document.canvasWidth.value(),
+          .height = document.canvasHeight.value(),
+          .layers = snapshotsOfLayers(document),
+          .masks = snapshotsOfMasks(document)};
+}
+
+ResizeOperation::ResizeOperation(QString actionName, const DocumentPtr& document, CanvasState before,
+                                 CanvasState after)
+    : DocumentOperation(std::move(actionName), document),
+      colorMode_(document->colorMode.value()),
+      before_(std::move(before)),
+      after_(std::move(after)) {}
+
+void ResizeOperation::apply(const CanvasState& state) const {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  target->canvasWidth = state.width;
+  target->canvasHeight = state.height;
+  restoreLayers(*target, state.layers);
+  restoreMasks(*target, state.masks);
+  target->rebuildDisplayTextures();
+  target->resetSelection();
+  markAllThumbnailsDirty(*target);
+}
+
+std::int64_t ResizeOperation::memoryCost() const {
+  return costOf(before_.layers) + costOf(before_.masks) + costOf(after_.layers) + costOf(after_.masks);
+}
+
+ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
+  return {.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
+}
+
+ChangeColorModeOperation::ChangeColorModeOperation(const DocumentPtr& document, State before, State after)
+    : DocumentOperation(QStringLiteral("Change Color Mode"), document),
+      before_(std::move(before)),
+      after_(std::move(after)) {}
+
+void ChangeColorModeOperation::apply(const State& state) const {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  target->colorMode = state.colorMode;
+  restoreLayers(*target, state.layers);
+  target->rebuildDisplayTextures();
+  markAllThumbnailsDirty(*target);
+}
+
+std::int64_t ChangeColorModeOperation::memoryCost() const {
+  return costOf(before_.layers) + costOf(after_.layers);
+}
+
+}  // namespace orvanel

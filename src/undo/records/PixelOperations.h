@@ -1,0 +1,151 @@
+// Records of changes to the pixels of one layer or of its mask. Two strategies: where a few numbers tell the
+// whole edit, redo runs its kernel again; otherwise the record keeps the result as a second snapshot.
+// They name the layer by id, so a step does nothing while the layer, or the mask it worked on, is absent.
+// Owned by the history; main thread only.
+#pragma once
+
+#include <QUuid>
+#include <memory>
+#include <optional>
+
+#include "undo/TextureSnapshot.h"
+#include "undo/records/DocumentOperation.h"
+
+namespace orvanel {
+
+/// What every record of pixels begins with. `snapshotBefore` holds the whole surface as it was.
+struct PixelEdit {
+  QString actionName;
+  DocumentPtr document;
+  QUuid layerID;
+  std::shared_ptr<TextureSnapshot> snapshotBefore;
+};
+
+class PixelOperation : public DocumentOperation {
+ public:
+  void redo() final;
+  void undo() final;
+  [[nodiscard]] std::int64_t memoryCost() const override { return snapshotBefore_->compressedSize(); }
+
+ protected:
+  /// `useMask`: the mask's surface is the target, otherwise the layer's.
+  PixelOperation(PixelEdit edit, bool useMask);
+
+  struct Target {
+    Document& document;
+    Surface& surface;
+  };
+  virtual void redoOn(Target target) = 0;
+  virtual void undoOn(Target target);
+  void restoreBefore(Target target) const;
+
+  [[nodiscard]] bool useMask() const { return useMask_; }
+
+ private:
+  void perform(void (PixelOperation::*step)(Target));
+
+  QUuid layerID_;
+  std::shared_ptr<TextureSnapshot> snapshotBefore_;
+  bool useMask_;
+};
+
+// Replayed edits.
+
+/// The whole surface filled with one colour, or the whole mask with one value. Pushed to be carried out.
+class FillLayerOperation final : public PixelOperation {
+ public:
+  FillLayerOperation(PixelEdit edit, const Color4& fillColor, ColorMode colorMode);
+  FillLayerOperation(PixelEdit edit, float maskFillValue);
+
+ private:
+  void redoOn(Target target) override;
+
+  Color4 fillColor_{};
+  ColorMode colorMode_ = ColorMode::rgb8;
+  float maskFillValue_ = 0.0F;
+};
+
+/// The whole layer made transparent. Pushed after the change.
+class ClearLayerOperation final : public PixelOperation {
+ public:
+  ClearLayerOperation(PixelEdit edit, ColorMode colorMode);
+
+ private:
+  void redoOn(Target target) override;
+
+  ColorMode colorMode_;
+};
+
+/// Colours, or a whole mask, inverted. Keeps the selection that was in force, whatever becomes of the
+/// document's. Pushed after the change.
+class InvertLayerOperation final : public PixelOperation {
+ public:
+  /// `selectionTexture` may be none.
+  InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture, bool useMask);
+
+ private:
+  void redoOn(Target target) override;
+
+  ColorMode colorMode_;
+  Texture selectionTexture_;
+};
+
+// Edits with a stored result. Pushed after the change.
+
+class StoredResultOperation : public PixelOperation {
+ public:
+  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotAfter() const { return snapshotAfter_; }
+  /// Taken once, when the edit is finished.
+  void setSnapshotAfter(std::shared_ptr<TextureSnapshot> snapshot) { snapshotAfter_ = std::move(snapshot); }
+  [[nodiscard]] std::int64_t memoryCost() const override;
+
+ protected:
+  using PixelOperation::PixelOperation;
+  void redoOn(Target target) override;
+
+ private:
+  std::shared_ptr<TextureSnapshot> snapshotAfter_;
+};
+
+class BrushStrokeOperation final : public StoredResultOperation {
+ public:
+  explicit BrushStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), false) {}
+};
+
+class EraserStrokeOperation final : public StoredResultOperation {
+ public:
+  explicit EraserStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), false) {}
+};
+
+/// Reads its result off the surface at the first undo: a history that is never undone doesn't pay for it.
+class LazyResultOperation : public StoredResultOperation {
+ protected:
+  using StoredResultOperation::StoredResultOperation;
+
+ private:
+  void undoOn(Target target) override;
+};
+
+class FillSelectionOperation final : public LazyResultOperation {
+ public:
+  FillSelectionOperation(PixelEdit edit, bool useMask) : LazyResultOperation(std::move(edit), useMask) {}
+};
+
+class LevelsOperation final : public LazyResultOperation {
+ public:
+  explicit LevelsOperation(PixelEdit edit) : LazyResultOperation(std::move(edit), false) {}
+};
+
+/// A move, scale, rotation or free transform of a layer's or mask's content.
+class MoveLayerOperation final : public StoredResultOperation {
+ public:
+  /// Named "Move". Takes the snapshot of what stands now; null without such a surface or snapshot.
+  [[nodiscard]] static std::shared_ptr<MoveLayerOperation> create(const DocumentPtr& document,
+                                                                  const Layer& layer, bool useMask);
+  using DocumentOperation::setActionName;
+
+ private:
+  using StoredResultOperation::StoredResultOperation;
+};
+
+}  // namespace orvanel
