@@ -19,7 +19,7 @@ FUZZ := build/fuzz
 LINT := build/lint
 
 # The rooms that need no window.
-CORE := -DORVANEL_ROOMS="raster;undo;model;io;cli"
+CORE := -DORVANEL_ROOMS="raster;undo;model;io;tools;cli"
 
 configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake -S . -B $(1) -G Ninja
 compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "cli/ConvertCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Output.h"
+#include "cli/RunCommand.h"
 
 namespace orvanel {
 
@@ -17,22 +19,28 @@ constexpr std::array table{
     Subcommand{"info", "FILE", "Print a document's or image's facts as one JSON object", 1, 1, runInfo},
     Subcommand{"convert", "IN OUT",
                "Write IN as OUT; the extension of OUT says how:\n"
-               "                    tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
+               "                        tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
                2, 2, runConvert},
+    Subcommand{"run", "SCRIPT IN [OUT]",
+               "Carry out the steps of SCRIPT, a JSON array (- for standard\n"
+               "                        input), on IN, a file or new:WIDTHxHEIGHT:MODE with MODE\n"
+               "                        from 0 to 3, and write OUT; --time tells each step's time",
+               2, 3, runScript, "--time"},
 };
 
 QString helpText() {
   QString text = QStringLiteral(
       "Usage: orvanel-cli COMMAND ARGUMENTS...\n"
-      "Reads, describes and converts layered documents and images. Needs no display.\n\n");
+      "Describes, converts and edits layered documents and images. Needs no display.\n\n");
   for (const Subcommand& command : table) {
     const std::string synopsis = std::string(command.name) + " " + std::string(command.arguments);
-    text += QString::asprintf("  %-16s  %s\n", synopsis.c_str(), std::string(command.summary).c_str());
+    text += QString::asprintf("  %-20s  %s\n", synopsis.c_str(), std::string(command.summary).c_str());
   }
   text += QStringLiteral(
-      "  --help            Show this and exit\n"
-      "  --version         Show the version and exit\n\n"
-      "Exit status: 0 when all went well, 1 when a file couldn't be read or written, 2 for wrong usage.\n");
+      "  --help                Show this and exit\n"
+      "  --version             Show the version and exit\n\n"
+      "Exit status: 0 when all went well, 1 when a file couldn't be read or written or a step\n"
+      "couldn't be carried out, 2 for wrong usage.\n");
   return text;
 }
 
@@ -53,6 +61,26 @@ QString usageOf(const Subcommand& command) {
            QString::fromStdString(std::string(command.arguments)));
 }
 
+/// Takes options out of what follows a subcommand; behind "--" everything is an argument. Nothing when there
+/// is one that the subcommand doesn't know, which is left in `unknown`.
+std::optional<Invocation> invocationOf(const Subcommand& command, const QStringList& rest, QString& unknown) {
+  Invocation invocation;
+  bool takesOptions = true;
+  for (const QString& argument : rest) {
+    if (!takesOptions || !argument.startsWith(QStringLiteral("--"))) {
+      invocation.arguments << argument;
+    } else if (argument == QStringLiteral("--")) {
+      takesOptions = false;
+    } else if (!command.option.empty() && argument.toStdString() == command.option) {
+      invocation.hasOption = true;
+    } else {
+      unknown = argument;
+      return std::nullopt;
+    }
+  }
+  return invocation;
+}
+
 }  // namespace
 
 std::span<const Subcommand> subcommands() {
@@ -60,8 +88,9 @@ std::span<const Subcommand> subcommands() {
 }
 
 ExitStatus runCommandLine(const QStringList& arguments) {
-  if (arguments.contains(QStringLiteral("--help"))) return concluded(printText(helpText()));
-  if (arguments.contains(QStringLiteral("--version"))) {
+  const QStringList options = arguments.mid(0, arguments.indexOf(QStringLiteral("--")));
+  if (options.contains(QStringLiteral("--help"))) return concluded(printText(helpText()));
+  if (options.contains(QStringLiteral("--version"))) {
     return concluded(printText(QStringLiteral("orvanel-cli 0.1\n")));
   }
   if (arguments.isEmpty()) return wrongUsage(QStringLiteral("no command"));
@@ -72,16 +101,14 @@ ExitStatus runCommandLine(const QStringList& arguments) {
   if (command == table.end()) {
     return wrongUsage(QStringLiteral("unknown command \"%1\"").arg(arguments.constFirst()));
   }
-  const QStringList rest = arguments.mid(1);
-  for (const QString& argument : rest) {
-    if (argument.startsWith(QStringLiteral("--"))) {
-      return wrongUsage(QStringLiteral("unknown option \"%1\"").arg(argument));
-    }
-  }
-  if (rest.size() < command->fewestArguments || rest.size() > command->mostArguments) {
+  QString unknownOption;
+  const std::optional<Invocation> invocation = invocationOf(*command, arguments.mid(1), unknownOption);
+  if (!invocation) return wrongUsage(QStringLiteral("unknown option \"%1\"").arg(unknownOption));
+  const qsizetype count = invocation->arguments.size();
+  if (count < command->fewestArguments || count > command->mostArguments) {
     return wrongUsage(usageOf(*command));
   }
-  return concluded(command->run(rest));
+  return concluded(command->run(*invocation));
 }
 
 }  // namespace orvanel

@@ -19,6 +19,13 @@ struct CommandFailure {
 };
 using CommandResult = tl::expected<void, CommandFailure>;
 
+/// What stands behind a subcommand's name.
+struct Invocation {
+  QStringList arguments;
+  /// Whether the subcommand's option is among it.
+  bool hasOption = false;
+};
+
 struct Subcommand {
   std::string_view name;
   /// What follows the name, for example "IN OUT".
@@ -27,7 +34,9 @@ struct Subcommand {
   /// Fewest and most arguments it takes.
   int fewestArguments = 0;
   int mostArguments = 0;
-  CommandResult (*run)(const QStringList& arguments) = nullptr;
+  CommandResult (*run)(const Invocation& invocation) = nullptr;
+  /// The one option it knows; empty for none.
+  std::string_view option = {};
 };
 
 /// All subcommands, in the order of the help text.

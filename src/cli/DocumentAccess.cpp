@@ -16,10 +16,6 @@ tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason
   return tl::make_unexpected(CommandFailure{path, reason});
 }
 
-bool isNativeName(const QString& path) {
-  return QFileInfo(path).suffix().compare(u"tessel", Qt::CaseInsensitive) == 0;
-}
-
 CommandResult writeFlatImage(const Document& document, const QString& path,
                              Document::ImageFileFormat format) {
   const Texture& composite = document.compositedTexture.value();
@@ -43,8 +39,12 @@ tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
   return std::move(*document);
 }
 
+bool isDocumentName(const QString& path) {
+  return QFileInfo(path).suffix().compare(u"tessel", Qt::CaseInsensitive) == 0;
+}
+
 CommandResult checkWritableName(const QString& path) {
-  if (isNativeName(path) || imageFileFormat(path)) return {};
+  if (isDocumentName(path) || imageFileFormat(path)) return {};
   return failed(path, QStringLiteral("The extension must be tessel, png, jpg, jpeg, tiff, tif, gif or bmp."));
 }
 

@@ -2,14 +2,13 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
 
 #include "cli/CommandLine.h"
 #include "model/Document.h"
 
 namespace orvanel {
 
-[[nodiscard]] CommandResult runInfo(const QStringList& arguments);
+[[nodiscard]] CommandResult runInfo(const Invocation& invocation);
 
 /// The facts of a document; nodes as in a document's manifest, layers with the bounds of their content.
 [[nodiscard]] QByteArray describeAsJson(const Document& document);

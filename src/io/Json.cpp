@@ -235,6 +235,7 @@ void JsonReader::end() {
 }
 
 void JsonWriter::newLine() {
+  if (layout_ == Layout::oneLine) return;
   // Beyond this the margin helps nobody, and would make deep texts grow with the square of their depth.
   constexpr int deepestMargin = 64;
   text_.append('\n');

@@ -73,9 +73,12 @@ class JsonReader {
   QString failure_;
 };
 
-/// Pretty-prints with two spaces a level. The caller gives keys in the order they are to have.
+/// Writes with two spaces a level, or all on one line. The caller gives keys in the order they are to have.
 class JsonWriter {
  public:
+  enum class Layout { pretty, oneLine };
+  explicit JsonWriter(Layout layout = Layout::pretty) : layout_(layout) {}
+
   void openObject() { open('{'); }
   void closeObject() { close('}'); }
   void openArray() { open('['); }
@@ -96,6 +99,7 @@ class JsonWriter {
   void beginValue();
   void newLine();
 
+  Layout layout_;
   QByteArray text_;
   int depth_ = 0;
   bool isFirst_ = true;

@@ -246,10 +246,11 @@ void writeBoolean(JsonWriter& json, std::string_view key, bool value) {
   json.boolean(value);
 }
 
-void writeNodes(JsonWriter& json, std::string_view key, const std::vector<NodeManifest>& nodes) {
+void writeNodes(JsonWriter& json, std::string_view key, const std::vector<NodeManifest>& nodes,
+                const NodeExtras& extras) {
   json.key(key);
   json.openArray();
-  for (const NodeManifest& node : nodes) writeNode(json, node);
+  for (const NodeManifest& node : nodes) writeNode(json, node, extras);
   json.closeArray();
 }
 
@@ -267,10 +268,10 @@ void writeDocument(JsonWriter& json, const DocumentManifest& document) {
 
 }  // namespace
 
-void writeNode(JsonWriter& json, const NodeManifest& node) {
+void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras) {
   json.openObject();
   writeInteger(json, "blendMode", node.blendMode);
-  if (node.children.has_value()) writeNodes(json, "children", *node.children);
+  if (node.children.has_value()) writeNodes(json, "children", *node.children, extras);
   if (node.hasPixelData.has_value()) writeBoolean(json, "hasPixelData", *node.hasPixelData);
   writeText(json, "id", node.id);
   if (node.isExpanded.has_value()) writeBoolean(json, "isExpanded", *node.isExpanded);
@@ -287,6 +288,7 @@ void writeNode(JsonWriter& json, const NodeManifest& node) {
   json.key("opacity");
   json.number(node.opacity);
   writeText(json, "type", node.type);
+  if (extras) extras(json, node);
   json.closeObject();
 }
 
@@ -302,7 +304,7 @@ QByteArray encodeManifest(const Manifest& manifest) {
   writeText(json, "createdAt", manifest.metadata.createdAt);
   writeText(json, "modifiedAt", manifest.metadata.modifiedAt);
   json.closeObject();
-  writeNodes(json, "nodes", manifest.nodes);
+  writeNodes(json, "nodes", manifest.nodes, {});
   json.closeObject();
   return json.text();
 }

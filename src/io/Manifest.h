@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -67,8 +68,10 @@ struct Manifest {
 };
 
 class JsonWriter;
+/// Adds members of its own behind those of a node.
+using NodeExtras = std::function<void(JsonWriter& json, const NodeManifest& node)>;
 /// Writes one node with all below it, keys sorted.
-void writeNode(JsonWriter& json, const NodeManifest& node);
+void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras = {});
 
 /// Pretty-printed UTF-8 with sorted keys.
 [[nodiscard]] QByteArray encodeManifest(const Manifest& manifest);

@@ -1,5 +1,8 @@
 #include "raster/Surface.h"
 
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
 #include <algorithm>
 #include <cassert>
 #include <cstring>
@@ -27,6 +30,26 @@ bool rowsHold(const std::byte* rows, std::size_t stride, int columns, int count,
   return true;
 }
 
+/// True when two tiles hold the same pixels within `rect`, which is the part of the canvas beneath them.
+bool tilesAgree(const Tile& a, const Tile& b, const PixelRect& rect, int pixelBytes) {
+  const auto step = static_cast<std::size_t>(pixelBytes);
+  const std::size_t stride = static_cast<std::size_t>(tileSide) * step;
+  if (a.isUniform() && b.isUniform()) {
+    const std::uint64_t mine = a.pixel();
+    const std::uint64_t theirs = b.pixel();
+    return std::memcmp(&mine, &theirs, step) == 0;
+  }
+  if (a.isUniform()) return tilesAgree(b, a, rect, pixelBytes);
+  if (b.isUniform()) return rowsHold(a.data(), stride, rect.width, rect.height, b.pixel(), pixelBytes);
+  for (std::size_t row = 0; row < static_cast<std::size_t>(rect.height); ++row) {
+    if (std::memcmp(a.data() + row * stride, b.data() + row * stride,
+                    static_cast<std::size_t>(rect.width) * step) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
 /// True when the caller holds the only reference and nobody can revive the old bytes any more.
 bool takeForWriting(TileBuffer& buffer) {
   if (buffer.isShared()) return false;
@@ -35,6 +58,84 @@ bool takeForWriting(TileBuffer& buffer) {
   if (buffer.isShared()) return false;
   buffer.companion.reset();
   return true;
+}
+
+/// Calls `visit(tile, part)` for each tile under a region of the surface, with the part that it holds.
+template <typename Visit>
+void forEachTileUnder(const Surface& surface, const PixelRect& region, const Visit& visit) {
+  for (int tileY = region.y / tileSide; tileY <= (region.y + region.height - 1) / tileSide; ++tileY) {
+    for (int tileX = region.x / tileSide; tileX <= (region.x + region.width - 1) / tileSide; ++tileX) {
+      const int index = surface.tileIndex(tileX, tileY);
+      visit(surface.tile(index), surface.tileRect(index).intersected(region));
+    }
+  }
+}
+
+/// True when a tile holds, or may hold, values that kernels must not read as they stand.
+bool mayBeIrregular(const Tile& tile, PixelFormat format) {
+  return tile.isUniform() ? regularPixel(tile.pixel(), format) != tile.pixel()
+                          : tile.has(TileTrait::irregular);
+}
+
+/// What the tiles under a region have in common.
+struct RegionTraits {
+  bool isUniform = true;  ///< all of them with the pixel of the first
+  bool mayBeIrregular = false;
+};
+
+RegionTraits traitsOf(const Surface& surface, const PixelRect& region) {
+  RegionTraits traits;
+  const Tile& first = surface.tile(surface.tileIndex(region.x / tileSide, region.y / tileSide));
+  forEachTileUnder(surface, region, [&](const Tile& tile, const PixelRect&) {
+    traits.isUniform = traits.isUniform && tile.isUniform() && tile == first;
+    traits.mayBeIrregular = traits.mayBeIrregular || mayBeIrregular(tile, surface.format());
+  });
+  return traits;
+}
+
+/// Copies a region of the source to a place of a destination tile; `out` is where its first pixel goes.
+void copyRows(const Surface& source, const PixelRect& region, std::byte* out) {
+  const auto step = static_cast<std::size_t>(source.pixelBytes());
+  const std::size_t stride = static_cast<std::size_t>(tileSide) * step;
+  forEachTileUnder(source, region, [&](const Tile& tile, const PixelRect& part) {
+    const auto columns = static_cast<std::size_t>(part.width);
+    std::byte* to = out + static_cast<std::size_t>(part.y - region.y) * stride +
+                    static_cast<std::size_t>(part.x - region.x) * step;
+    const std::size_t offset = static_cast<std::size_t>(part.y % tileSide) * stride +
+                               static_cast<std::size_t>(part.x % tileSide) * step;
+    for (std::size_t row = 0; row < static_cast<std::size_t>(part.height); ++row, to += stride) {
+      if (tile.isUniform()) {
+        fillPixels(to, columns, tile.pixel(), source.pixelBytes());
+      } else {
+        std::memcpy(to, tile.data() + offset + row * stride, columns * step);
+      }
+    }
+  });
+}
+
+/// Copies `region` of the source onto `part` of a destination tile, which is as large.
+void copyIntoTile(const Surface& source, Surface& destination, int index, const PixelRect& part,
+                  const PixelRect& region) {
+  const PixelRect whole = destination.tileRect(index);
+  const int sourceIndex = source.tileIndex(region.x / tileSide, region.y / tileSide);
+  const bool isLinedUp = part.x % tileSide == region.x % tileSide && part.y % tileSide == region.y % tileSide;
+  if (isLinedUp && part == whole) return destination.setTile(index, source.tile(sourceIndex));
+  const RegionTraits traits = traitsOf(source, region);
+  const Tile& held = destination.tile(index);
+  if (traits.isUniform) {
+    const Tile pixel = source.tile(sourceIndex);
+    if (part == whole) return destination.setTile(index, pixel);
+    if (held == pixel) return;
+  }
+  const bool mayBecomeIrregular =
+      traits.mayBeIrregular || (part != whole && mayBeIrregular(held, destination.format()));
+  // An edge tile keeps what it has beyond the canvas, so that it stays defined.
+  const bool coversTile = part.width == tileSide && part.height == tileSide;
+  std::byte* out = coversTile ? destination.overwriteTile(index) : destination.editTile(index);
+  const std::size_t offset = static_cast<std::size_t>((part.y - whole.y) * tileSide + part.x - whole.x);
+  copyRows(source, region, out + offset * static_cast<std::size_t>(source.pixelBytes()));
+  if (mayBecomeIrregular) markIfIrregular(destination, index);
+  if (part == whole) destination.collapseIfUniform(index);
 }
 
 }  // namespace
@@ -189,20 +290,9 @@ std::uint64_t Surface::pixelAt(int x, int y) const {
 
 bool Surface::equals(const Surface& other) const {
   if (format_ != other.format_ || width_ != other.width_ || height_ != other.height_) return false;
-  const std::size_t stride = static_cast<std::size_t>(tileSide) * static_cast<std::size_t>(pixelBytes());
-  std::vector<std::byte> mine(tileBytes());
-  std::vector<std::byte> theirs(tileBytes());
   for (int index = 0; index < tileCount(); ++index) {
     if (tile(index) == other.tile(index)) continue;
-    const PixelRect rect = tileRect(index);
-    readRect(rect, mine.data(), stride);
-    other.readRect(rect, theirs.data(), stride);
-    const std::size_t rowBytes =
-        static_cast<std::size_t>(rect.width) * static_cast<std::size_t>(pixelBytes());
-    for (int row = 0; row < rect.height; ++row) {
-      const std::size_t at = static_cast<std::size_t>(row) * stride;
-      if (std::memcmp(mine.data() + at, theirs.data() + at, rowBytes) != 0) return false;
-    }
+    if (!tilesAgree(tile(index), other.tile(index), tileRect(index), pixelBytes())) return false;
   }
   return true;
 }
@@ -220,27 +310,26 @@ void copyPixels(const Surface& source, const PixelRect& rect, Surface& destinati
       PixelRect{clipped.x + shiftX, clipped.y + shiftY, clipped.width, clipped.height}.intersected(
           destination.bounds());
   if (target.isEmpty()) return;
-  const bool linedUp = shiftX % tileSide == 0 && shiftY % tileSide == 0;
-  const std::size_t stride =
-      static_cast<std::size_t>(tileSide) * static_cast<std::size_t>(source.pixelBytes());
-  std::vector<std::byte> rows;
-  for (int tileY = target.y / tileSide; tileY <= (target.y + target.height - 1) / tileSide; ++tileY) {
-    for (int tileX = target.x / tileSide; tileX <= (target.x + target.width - 1) / tileSide; ++tileX) {
-      const int index = destination.tileIndex(tileX, tileY);
-      const PixelRect whole = destination.tileRect(index);
-      const PixelRect part = whole.intersected(target);
-      if (linedUp && part == whole) {
-        const int sourceX = tileX - shiftX / tileSide;
-        const int sourceY = tileY - shiftY / tileSide;
-        destination.setTile(index, source.tile(source.tileIndex(sourceX, sourceY)));
-        continue;
-      }
-      if (rows.empty()) rows.resize(source.tileBytes());
-      source.readRect({part.x - shiftX, part.y - shiftY, part.width, part.height}, rows.data(), stride);
-      destination.writeRect(part, rows.data(), stride);
-      if (isFloatFormat(source.format())) markIfIrregular(destination, index);
-    }
+  const int firstX = target.x / tileSide;
+  const int firstY = target.y / tileSide;
+  const int across = (target.x + target.width - 1) / tileSide - firstX + 1;
+  const int down = (target.y + target.height - 1) / tileSide - firstY + 1;
+  const auto copyTile = [&](int place) {
+    const int index = destination.tileIndex(firstX + place % across, firstY + place / across);
+    const PixelRect part = destination.tileRect(index).intersected(target);
+    copyIntoTile(source, destination, index, part,
+                 {part.x - shiftX, part.y - shiftY, part.width, part.height});
+  };
+  // Handing a few tiles to another thread costs more than copying them.
+  constexpr int fewTiles = 8;
+  if (across * down <= fewTiles) {
+    for (int place = 0; place < across * down; ++place) copyTile(place);
+    return;
   }
+  tbb::parallel_for(tbb::blocked_range<int>(0, across * down, fewTiles),
+                    [&](const tbb::blocked_range<int>& places) {
+                      for (int place = places.begin(); place < places.end(); ++place) copyTile(place);
+                    });
 }
 
 void fillPixels(std::byte* destination, std::size_t count, std::uint64_t pixel, int pixelBytes) {

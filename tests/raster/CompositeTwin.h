@@ -53,7 +53,7 @@ inline Pixel over(const Pixel& source, const Pixel& backdrop, BlendMode mode, do
 }
 
 inline double half(std::uint64_t bits) {
-  return halfToFloat(static_cast<std::uint16_t>(bits & 0xFFFFU));
+  return static_cast<double>(halfToFloat(static_cast<std::uint16_t>(bits & 0xFFFFU)));
 }
 
 /// A pixel of any layer or composite format; grey is expanded to r = g = b.

@@ -31,7 +31,7 @@ const std::vector<Room> plan = {
     {"canvas", QtAllowed::all, {"raster", "undo", "model", "io", "tools"}, {}},
     {"panels", QtAllowed::all, {"raster", "undo", "model", "tools"}, {"undo/records"}},
     {"app", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "canvas", "panels"}, {"undo/records"}},
-    {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io"}, {"undo/records"}},
+    {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io", "tools"}, {"undo/records"}},
 };
 
 /// The room that a path relative to src/ lies in: the longest folder of the plan that it begins with.

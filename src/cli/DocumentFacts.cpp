@@ -1,0 +1,55 @@
+#include "cli/DocumentFacts.h"
+
+#include <QHash>
+
+#include "io/Manifest.h"
+
+namespace orvanel {
+namespace {
+
+using BoundsOfLayers = QHash<QString, std::optional<PixelRect>>;
+
+BoundsOfLayers contentBoundsOfLayers(const Document& document) {
+  BoundsOfLayers bounds;
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
+    const Texture& pixels = layer->texture.value();
+    if (pixels == nullptr) continue;
+    bounds.insert(uuidText(layer->id),
+                  document.context().layerContentBounds(*pixels, document.colorMode.value(), false));
+  }
+  return bounds;
+}
+
+}  // namespace
+
+void writeOptionalID(JsonWriter& json, const std::optional<QUuid>& id) {
+  if (id) {
+    json.string(uuidText(*id));
+  } else {
+    json.null();
+  }
+}
+
+void writeBounds(JsonWriter& json, const std::optional<PixelRect>& bounds) {
+  if (!bounds) {
+    json.null();
+    return;
+  }
+  json.openArray();
+  for (const int value : {bounds->x, bounds->y, bounds->width, bounds->height}) json.integer(value);
+  json.closeArray();
+}
+
+void writeNodes(JsonWriter& json, const Document& document) {
+  const BoundsOfLayers bounds = contentBoundsOfLayers(document);
+  const NodeExtras extras = [&](JsonWriter& out, const NodeManifest& node) {
+    if (node.children) return;
+    out.key("contentBounds");
+    writeBounds(out, bounds.value(node.id));
+  };
+  json.openArray();
+  for (const LayerNode& node : document.rootNodes.value()) writeNode(json, describeNode(node), extras);
+  json.closeArray();
+}
+
+}  // namespace orvanel

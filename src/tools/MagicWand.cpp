@@ -1,0 +1,105 @@
+#include "tools/MagicWand.h"
+
+#include <utility>
+
+#include "raster/HalfFloat.h"
+
+namespace orvanel {
+namespace {
+
+/// The tolerance is set on the scale of 8 bits in every colour mode.
+constexpr float toleranceScale = 255.0F;
+
+/// Grey layers as colours: the seed is read, and compared, in four channels.
+Texture colorsOfGrey(const Texture& grey, ColorMode mode, const MetalContext& context) {
+  Texture colors = context.makeTexture(compositePixelFormat(mode), grey->width(), grey->height());
+  if (colors != nullptr) context.convertTexture(*grey, *colors, mode, folderColorMode(mode));
+  return colors;
+}
+
+/// A mask as an opaque grey image of its values.
+Texture colorsOfMask(const Surface& mask, const MetalContext& context) {
+  Texture colors = context.makeTexture(PixelFormat::rgba16Float, mask.width(), mask.height());
+  if (colors == nullptr) return nullptr;
+  context.clearTexture(*colors, ColorMode::rgb16, {0.0F, 0.0F, 0.0F, 1.0F});
+  context.fillWithSelection(*colors, mask, ColorMode::rgb16, {1.0F, 1.0F, 1.0F, 1.0F});
+  return colors;
+}
+
+Texture sampleOf(const Document& document, bool sampleAllLayers) {
+  if (sampleAllLayers) return document.compositedTexture.value();
+  const std::shared_ptr<Layer> layer = document.activeLayer();
+  if (layer == nullptr) return nullptr;
+  if (layer->isMaskSelected.value() && layer->mask.value() != nullptr) {
+    return colorsOfMask(*layer->mask.value()->maskTexture->texture, document.context());
+  }
+  const Texture& pixels = layer->texture.value();
+  const ColorMode mode = document.colorMode.value();
+  if (pixels == nullptr || !isGrayscale(mode)) return pixels;
+  return colorsOfGrey(pixels, mode, document.context());
+}
+
+Color4 colorAt(const Surface& sample, int x, int y) {
+  const std::uint64_t pixel = sample.pixelAt(x, y);
+  Color4 color{};
+  for (unsigned channel = 0; channel < 4; ++channel) {
+    if (sample.format() == PixelFormat::rgba8Unorm) {
+      color[channel] = static_cast<float>((pixel >> (8U * channel)) & 0xFFU) / 255.0F;
+    } else if (sample.format() == PixelFormat::rgba16Float) {
+      color[channel] = halfToFloat(static_cast<std::uint16_t>(pixel >> (16U * channel)));
+    }
+  }
+  return color;
+}
+
+}  // namespace
+
+std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, int y, SelectionMode mode,
+                                            const MagicWandSettings& settings) {
+  if (x < 0 || y < 0 || x >= document->canvasWidth.value() || y >= document->canvasHeight.value()) {
+    return nullptr;
+  }
+  Texture sample = sampleOf(*document, settings.sampleAllLayers);
+  if (sample == nullptr) return nullptr;
+  std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(sample), x, y, mode));
+  wand->select(settings);
+  return wand;
+}
+
+MagicWand::MagicWand(const DocumentPtr& document, Texture sample, int x, int y, SelectionMode mode)
+    : document_(document),
+      gesture_(document, QStringLiteral("Magic Wand")),
+      mode_(mode),
+      sample_(std::move(sample)),
+      seedX_(x),
+      seedY_(y) {
+  if (const std::shared_ptr<Selection>& selection = document->selection.value()) {
+    originalMask_ = *selection->maskTexture->texture;
+    originalFlags_ = selection->flags();
+  }
+}
+
+MagicWand::~MagicWand() = default;
+
+void MagicWand::select(const MagicWandSettings& settings) {
+  const std::shared_ptr<Selection>& selection = document_->selection.value();
+  if (selection == nullptr || !originalMask_) return;
+  *selection->maskTexture->texture = *originalMask_;
+  selection->restoreFlags(originalFlags_);
+
+  const MetalContext& context = document_->context();
+  const Color4 seed = colorAt(*sample_, seedX_, seedY_);
+  const float tolerance = settings.tolerance / toleranceScale;
+  gesture_.selectShape(mode_, [&](Selection& shape) {
+    Surface& mask = *shape.maskTexture->texture;
+    if (settings.contiguous) {
+      context.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance);
+    } else {
+      context.magicWandNonContiguous(*sample_, mask, seed, tolerance);
+    }
+    if (settings.antialiased) context.magicWandAntialias(mask);
+    shape.refreshFlags(context);
+  });
+}
+
+}  // namespace orvanel

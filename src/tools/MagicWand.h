@@ -1,0 +1,45 @@
+// The magic wand's choice of pixels like a seed, from press to release: as often as the tolerance changes,
+// each time from the selection of the press. Owned by the tool or command that selects; main thread only.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "model/Document.h"
+#include "tools/SelectionGesture.h"
+#include "tools/ToolState.h"
+
+namespace orvanel {
+
+class MagicWand {
+ public:
+  /// Presses at a pixel. Null outside the canvas, and when there is nothing to sample: the active node is
+  /// no layer, or, for all layers, nothing has been composited.
+  [[nodiscard]] static std::unique_ptr<MagicWand> press(const DocumentPtr& document, int x, int y,
+                                                        SelectionMode mode,
+                                                        const MagicWandSettings& settings);
+  ~MagicWand();
+  MagicWand(const MagicWand&) = delete;
+  MagicWand& operator=(const MagicWand&) = delete;
+
+  /// Selects what lies within the settings' tolerance. Without memory for it the selection of the press
+  /// stands.
+  void select(const MagicWandSettings& settings);
+  /// Ends the gesture under its record.
+  void release() { gesture_.close(); }
+
+ private:
+  MagicWand(const DocumentPtr& document, Texture sample, int x, int y, SelectionMode mode);
+
+  DocumentPtr document_;
+  SelectionGesture gesture_;
+  SelectionMode mode_;
+  Texture sample_;
+  int seedX_;
+  int seedY_;
+  /// The selection at the press; none when there was no memory for one.
+  std::optional<Surface> originalMask_;
+  Selection::Flags originalFlags_;
+};
+
+}  // namespace orvanel
