@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "raster/RandomSurface.h"
+#include "raster/Regularity.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
@@ -115,6 +117,103 @@ TEST(Surface, CopyingAnywhereMovesPixelsAndClipsBothSides) {
         ASSERT_EQ(destination.pixelAt(column, row), source.pixelAt(column - x, row - y));
       }
     }
+  }
+}
+
+TEST(Surface, CopyingARectangleLeavesAllOtherPixelsAlone) {
+  std::mt19937 random(6);
+  for (const PixelFormat format : {PixelFormat::r16Float, PixelFormat::rg16Unorm, PixelFormat::rgba16Float}) {
+    const Surface source = randomSurface(format, 700, 650, random);
+    const Surface before = randomSurface(format, 640, 700, random);
+    // Across few tiles and many, lined up with them and not, over the edges and within.
+    for (const auto& [rect, x, y] : {std::tuple{PixelRect{3, 7, 100, 100}, 90, 20},
+                                     {PixelRect{0, 0, 700, 650}, 37, -45},
+                                     {PixelRect{128, 128, 500, 400}, 128, 0},
+                                     {PixelRect{200, 100, 450, 550}, 190, 150}}) {
+      Surface destination = before;
+      copyPixels(source, rect, destination, x, y);
+      for (int row = 0; row < destination.height(); ++row) {
+        for (int column = 0; column < destination.width(); ++column) {
+          const int fromX = column - x + rect.x;
+          const int fromY = row - y + rect.y;
+          const bool isCopied =
+              !PixelRect{fromX, fromY, 1, 1}.intersected(rect).isEmpty() && fromX < 700 && fromY < 650;
+          ASSERT_EQ(destination.pixelAt(column, row),
+                    isCopied ? source.pixelAt(fromX, fromY) : before.pixelAt(column, row))
+              << column << ", " << row;
+        }
+      }
+    }
+  }
+}
+
+TEST(Surface, CopyingEvenPixelsTakesNoMemory) {
+  Surface source(PixelFormat::rgba8Unorm, 640, 640);
+  source.fill(0xFF336699U);
+  Surface destination(PixelFormat::rgba8Unorm, 640, 640);
+  copyPixels(source, source.bounds(), destination, -50, -70);
+  EXPECT_EQ(destination.tile(0), Tile::uniform(0xFF336699U));
+  EXPECT_EQ(destination.tile(destination.tileIndex(3, 3)), Tile::uniform(0xFF336699U));
+  EXPECT_FALSE(destination.tile(destination.tileIndex(4, 4)).isUniform());
+  // A part of a tile that already holds this pixel everywhere stays as it is.
+  const std::size_t before = tileMemory::bytesInUse();
+  copyPixels(source, {0, 0, 20, 20}, destination, 5, 5);
+  EXPECT_EQ(tileMemory::bytesInUse(), before);
+}
+
+TEST(Surface, ACopyThatTurnsOutEvenTakesNoMemory) {
+  Surface source(PixelFormat::rgba16Float, 256, 128);
+  const std::vector<std::uint64_t> white(64 * 128, 0x3C003C003C003C00ULL);
+  source.writeRect({0, 0, 64, 128}, reinterpret_cast<const std::byte*>(white.data()), 64 * 8);
+  Surface destination(PixelFormat::rgba16Float, 128, 128);
+  copyPixels(source, source.bounds(), destination, -63, 0);
+  EXPECT_FALSE(destination.tile(0).isUniform());
+  copyPixels(source, source.bounds(), destination, -64, 0);
+  EXPECT_EQ(destination.tile(0), Tile::uniform(0));
+}
+
+TEST(Surface, ACopyIsMarkedIrregularWhereItHoldsSuchPixels) {
+  const std::uint64_t wild = 0x3C00000000007E00ULL;  // NaN
+  Surface source(PixelFormat::rgba16Float, 256, 128);
+  (void)source.editTile(0);
+  source.writeRect({100, 50, 1, 1}, reinterpret_cast<const std::byte*>(&wild), 8);
+  markIrregularTiles(source);
+  source.setUniform(1, wild);
+  const auto isMarked = [&](const PixelRect& rect, int x) {
+    Surface destination(PixelFormat::rgba16Float, 256, 128);
+    copyPixels(source, rect, destination, x, 0);
+    return destination.tile(0).has(TileTrait::irregular);
+  };
+  EXPECT_TRUE(isMarked({0, 0, 110, 128}, 3));
+  EXPECT_FALSE(isMarked({0, 0, 100, 128}, 3));
+  EXPECT_TRUE(isMarked({110, 0, 20, 128}, 3));
+  Surface destination(PixelFormat::rgba16Float, 128, 128);
+  destination.setUniform(0, wild);
+  copyPixels(source, {0, 0, 50, 50}, destination, 5, 5);
+  EXPECT_TRUE(destination.tile(0).has(TileTrait::irregular));
+}
+
+TEST(Surface, EqualPixelsAreEqualHoweverTheyAreHeld) {
+  for (const PixelFormat format :
+       {PixelFormat::r16Float, PixelFormat::rgba8Unorm, PixelFormat::rgba16Float}) {
+    Surface even(format, 200, 150);
+    even.fill(0x3400U);
+    Surface spread = even;
+    for (int index = 0; index < spread.tileCount(); ++index) (void)spread.editTile(index);
+    Surface other = spread;
+    // What a tile holds beyond the canvas is no pixel.
+    std::byte* bytes = other.editTile(3);
+    bytes[static_cast<std::size_t>(72 * other.pixelBytes())] = std::byte{9};
+    EXPECT_TRUE(even.equals(spread));
+    EXPECT_TRUE(other.equals(even));
+    EXPECT_TRUE(other.equals(spread));
+    const std::uint64_t pixel = 0x3401U;
+    other.writeRect({199, 149, 1, 1}, reinterpret_cast<const std::byte*>(&pixel), 8);
+    EXPECT_FALSE(even.equals(other));
+    EXPECT_FALSE(other.equals(spread));
+    even.setUniform(0, pixel);
+    EXPECT_FALSE(even.equals(spread));
+    EXPECT_FALSE(even.equals(Surface(format, 200, 151)));
   }
 }
 
