@@ -220,6 +220,12 @@ bool fits(const Surface& canvas, const Surface* other) {
   return other == nullptr || (other->width() == canvas.width() && other->height() == canvas.height());
 }
 
+/// True when the record's colour mode is that of the pixels it comes with.
+[[maybe_unused]] bool namesFormat(const CompositeParams& params, PixelFormat format) {
+  const std::optional<ColorMode> mode = colorModeFromRaw(params.colorMode);
+  return mode && layerPixelFormat(*mode) == format;
+}
+
 }  // namespace
 
 CompositePlan::CompositePlan(Surface& canvas) {
@@ -235,12 +241,14 @@ CompositePlan::Target CompositePlan::addTarget(Surface& temporary) {
 void CompositePlan::compositeLayer(Target target, const CompositeParams& params, const Surface& source,
                                    const Surface* mask) {
   const Surface& canvas = *targets_[0].surface;
+  assert(namesFormat(params, source.format()));
   if (!fits(canvas, &source) || !fits(canvas, mask)) return;
   targets_[static_cast<std::size_t>(target)].steps.push_back({params, &source, mask, -1});
 }
 
 void CompositePlan::compositeTarget(Target target, const CompositeParams& params, Target source) {
   assert(source > target);
+  assert(namesFormat(params, targets_[static_cast<std::size_t>(source)].surface->format()));
   targets_[static_cast<std::size_t>(target)].steps.push_back({params, nullptr, nullptr, source});
 }
 

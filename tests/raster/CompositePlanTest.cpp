@@ -317,5 +317,20 @@ TEST(CompositePlan, SourcesOfAnotherSizeAreLeftOut) {
   EXPECT_EQ(canvas.pixelAt(10, 10), 0U);
 }
 
+TEST(CompositePlanDeathTest, ARecordNamesTheColorModeOfItsPixels) {
+  Surface canvas(PixelFormat::rgba16Float, 200, 200);
+  Surface temporary(PixelFormat::rgba16Float, 200, 200);
+  const Surface layer(PixelFormat::rg16Unorm, 200, 200);
+  CompositePlan plan(canvas);
+  const CompositePlan::Target folder = plan.addTarget(temporary);
+  const auto named = [](ColorMode mode) { return paramsOf(BlendMode::normal, 1.0F, mode, false); };
+  // In a grey document the layers are grey and what a folder makes of them is colour.
+  plan.compositeLayer(folder, named(ColorMode::grayscale16), layer, nullptr);
+  plan.compositeTarget(0, named(ColorMode::rgb16), folder);
+  EXPECT_DEBUG_DEATH(plan.compositeLayer(0, named(ColorMode::rgb16), layer, nullptr), "namesFormat");
+  EXPECT_DEBUG_DEATH(plan.compositeTarget(0, named(ColorMode::rgb8), folder), "namesFormat");
+  EXPECT_DEBUG_DEATH(plan.compositeTarget(0, named(ColorMode::grayscale16), folder), "namesFormat");
+}
+
 }  // namespace
 }  // namespace orvanel
