@@ -2,6 +2,7 @@
 
 #include "raster/InstructionSets.h"
 #include "raster/KernelReference.h"
+#include "raster/Regularity.h"
 #include "raster/kernels/DispatchBuilder.h"
 
 namespace orvanel {
@@ -124,6 +125,44 @@ TEST(LevelsAdjust, FollowsTheCurveWithinOneUnit) {
       // Near black a high gamma magnifies what single precision holds of c - black.
       reference::expectImage(one.layer, one.image, levels.gamma > 5.0F && levels.black > 0.0F ? 0.2 : 4e-6);
     });
+  }
+}
+
+TEST(LevelsAdjust, ALargeLayerGetsExactlyWhatASmallOneGets) {
+  forEveryInstructionSet([] {
+    std::mt19937 random(33);
+    for (const PixelFormat format : reference::layerFormats) {
+      SCOPED_TRACE(static_cast<int>(format));
+      const ColorMode mode = reference::modeOf(format);
+      const Surface before = randomSurface(format, 700, 600, random);
+      Surface adjusted = before;
+      context().levelsAdjust(adjusted, mode, nullptr, 0.1F, 0.8F, 2.2F);
+      for (int index = 0; index < before.tileCount(); ++index) {
+        const PixelRect rect = before.tileRect(index);
+        Surface one(format, rect.width, rect.height);
+        one.setTile(0, before.tile(index));
+        context().levelsAdjust(one, mode, nullptr, 0.1F, 0.8F, 2.2F);
+        Surface part(format, rect.width, rect.height);
+        part.setTile(0, adjusted.tile(index));
+        ASSERT_TRUE(part.equals(one)) << "tile " << index;
+      }
+    }
+  });
+}
+
+TEST(LevelsAdjust, ValuesBeyondTheRangeOfALargeLayerAreClamped) {
+  Surface layer(PixelFormat::rgba16Float, 700, 600);
+  // Red of minus infinity, green far above 1, blue below 0, half transparent.
+  const std::uint64_t wild = 0x3800'B800'5000'FC00ULL;
+  for (int index = 0; index < layer.tileCount(); ++index) {
+    layer.setUniform(index, wild);
+    (void)layer.editTile(index);
+  }
+  markIrregularTiles(layer);
+  context().levelsAdjust(layer, ColorMode::rgb16, nullptr, 0.1F, 0.8F, 2.2F);
+  for (int index = 0; index < layer.tileCount(); ++index) {
+    const PixelRect rect = layer.tileRect(index);
+    ASSERT_EQ(layer.pixelAt(rect.x, rect.y), 0x3800'0000'3C00'0000ULL);
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include "raster/HalfFloat.h"
 #include "raster/kernels/Kernels.h"
+#include "raster/kernels/LevelsTable.h"
 #include "raster/kernels/PointRows.h"
 #include "raster/kernels/TileAccess.h"
 
@@ -98,7 +99,10 @@ void levelsAdjust(const Dispatch& dispatch) {
   const Surface* selection = params.hasSelection != 0 ? dispatch.textures[1] : nullptr;
   if (selection != nullptr && !haveSameSize(layer, *selection)) return;
   const PixelFormat format = layer.format();
+  std::optional<LevelsTable> table;
+  if (LevelsTable::isWorthwhile(layer, params)) table.emplace(format, params);
   const auto row = [&](const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) {
+    if (table && weights == nullptr) return table->adjustRow(in, out, count);
     levelsRow(format, in, out, weights, params, count);
   };
   forEachTile(layer, [&](int index) { editTile(layer, index, selection, Alpha::kept, row); });
