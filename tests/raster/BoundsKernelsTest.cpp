@@ -60,17 +60,19 @@ TEST(SelectionBounds, AFullSelectionIsTheWholeTexture) {
 }
 
 TEST(SelectionBounds, FindsScatteredPixelsWhereverTheyLie) {
-  std::mt19937 random(41);
-  for (int round = 0; round < 60; ++round) {
-    const auto& [width, height] = reference::sizes[random() % reference::sizes.size()];
-    Surface mask(PixelFormat::r16Float, width, height);
-    for (unsigned count = random() % 5; count > 0; --count) {
-      setPixel(mask, static_cast<int>(random() % static_cast<unsigned>(width)),
-               static_cast<int>(random() % static_cast<unsigned>(height)), floatToHalf(0.01F));
+  forEveryInstructionSet([] {
+    std::mt19937 random(41);
+    for (int round = 0; round < 60; ++round) {
+      const auto& [width, height] = reference::sizes[random() % reference::sizes.size()];
+      Surface mask(PixelFormat::r16Float, width, height);
+      for (unsigned count = random() % 5; count > 0; --count) {
+        setPixel(mask, static_cast<int>(random() % static_cast<unsigned>(width)),
+                 static_cast<int>(random() % static_cast<unsigned>(height)), floatToHalf(0.01F));
+      }
+      EXPECT_EQ(context().selectionBounds(mask),
+                boundsWhere(reference::imageOf(mask), [](const reference::Color& c) { return c[0] > 0.0; }));
     }
-    EXPECT_EQ(context().selectionBounds(mask),
-              boundsWhere(reference::imageOf(mask), [](const reference::Color& c) { return c[0] > 0.0; }));
-  }
+  });
 }
 
 TEST(SelectionBounds, WhatLiesInTheTilesBeyondTheEdgeDoesNotCount) {
@@ -94,19 +96,22 @@ TEST(SelectionBounds, NegativeValuesAndNotANumberAreNotSelected) {
 }
 
 TEST(LayerContentBounds, IsWhereAlphaIsAboveZeroInEveryFormat) {
-  std::mt19937 random(42);
-  for (const PixelFormat format : reference::layerFormats) {
-    for (int round = 0; round < 20; ++round) {
-      const auto& [width, height] = reference::sizes[random() % reference::sizes.size()];
-      Surface layer(format, width, height);
-      for (unsigned count = random() % 6; count > 0; --count) {
-        setPixel(layer, static_cast<int>(random() % static_cast<unsigned>(width)),
-                 static_cast<int>(random() % static_cast<unsigned>(height)), randomPixel(format, random));
+  forEveryInstructionSet([] {
+    std::mt19937 random(42);
+    for (const PixelFormat format : reference::layerFormats) {
+      for (int round = 0; round < 20; ++round) {
+        const auto& [width, height] = reference::sizes[random() % reference::sizes.size()];
+        Surface layer(format, width, height);
+        for (unsigned count = random() % 6; count > 0; --count) {
+          setPixel(layer, static_cast<int>(random() % static_cast<unsigned>(width)),
+                   static_cast<int>(random() % static_cast<unsigned>(height)), randomPixel(format, random));
+        }
+        EXPECT_EQ(
+            context().layerContentBounds(layer, reference::modeOf(format), false),
+            boundsWhere(reference::imageOf(layer), [](const reference::Color& c) { return c[3] > 0.0; }));
       }
-      EXPECT_EQ(context().layerContentBounds(layer, reference::modeOf(format), false),
-                boundsWhere(reference::imageOf(layer), [](const reference::Color& c) { return c[3] > 0.0; }));
     }
-  }
+  });
 }
 
 TEST(LayerContentBounds, OfAMaskIsWhereItIsAboveZero) {

@@ -94,28 +94,37 @@ void boundEveryTile(const Surface& surface, BoundsRecord& record, const BoundsOf
   });
 }
 
+/// A word's mask beside itself until it fills 64 bits.
+template <typename Word>
+constexpr std::uint64_t repeated(Word mask) {
+  std::uint64_t bits = 0;
+  for (std::size_t shift = 0; shift < 64; shift += 8 * sizeof(Word)) bits |= std::uint64_t{mask} << shift;
+  return bits;
+}
+
 /// The rectangle of the words that share a bit with `mask`; `rowOf(y)` gives a row of 128 words.
 template <typename Word, typename RowOf>
 PixelRect boundsOfWords(const PixelRect& rect, Word mask, const RowOf& rowOf) {
-  std::array<Word, tileSide> columns{};
+  int left = rect.width;
+  int right = -1;
   int top = rect.height;
   int bottom = -1;
   for (int y = 0; y < rect.height; ++y) {
     const Word* row = rowOf(y);
-    Word any = 0;
-    for (int x = 0; x < tileSide; ++x) {
-      columns[static_cast<std::size_t>(x)] = static_cast<Word>(columns[static_cast<std::size_t>(x)] | row[x]);
-    }
-    for (int x = 0; x < rect.width; ++x) any = static_cast<Word>(any | row[x]);
-    if ((any & mask) == 0) continue;
+    const std::uint64_t bits = combinedBits(reinterpret_cast<const std::byte*>(row), tileSide * sizeof(Word));
+    if ((bits & repeated(mask)) == 0) continue;
+    // What was found may lie beyond the canvas.
+    int first = 0;
+    while (first < rect.width && (row[first] & mask) == 0) ++first;
+    if (first == rect.width) continue;
+    int last = rect.width - 1;
+    while ((row[last] & mask) == 0) --last;
+    left = std::min(left, first);
+    right = std::max(right, last);
     top = std::min(top, y);
     bottom = y;
   }
   if (bottom < 0) return {};
-  int left = 0;
-  while ((columns[static_cast<std::size_t>(left)] & mask) == 0) ++left;
-  int right = rect.width - 1;
-  while ((columns[static_cast<std::size_t>(right)] & mask) == 0) --right;
   return {rect.x + left, rect.y + top, right - left + 1, bottom - top + 1};
 }
 

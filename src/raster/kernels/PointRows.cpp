@@ -1,5 +1,9 @@
 #include "raster/kernels/PointRows.h"
 
+#include <array>
+#include <functional>
+#include <numeric>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "raster/kernels/PointRows.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
@@ -319,6 +323,22 @@ void fillMaskRow(const std::uint16_t* in, const std::uint16_t* weights, float va
   }
 }
 
+std::uint64_t combinedBits(const std::byte* bytes, std::size_t count) {
+  const hn::CappedTag<std::uint64_t, 8> u64;
+  const auto* words = reinterpret_cast<const std::uint64_t*>(bytes);
+  const std::size_t lanes = hn::Lanes(u64);
+  // Two sums, so that each load needn't wait for the one before.
+  auto even = hn::Zero(u64);
+  auto odd = even;
+  for (std::size_t i = 0; i < count / 8; i += 2 * lanes) {
+    even = hn::Or(even, hn::Load(u64, words + i));
+    odd = hn::Or(odd, hn::Load(u64, words + i + lanes));
+  }
+  alignas(64) std::array<std::uint64_t, 8> parts{};
+  hn::Store(hn::Or(even, odd), u64, parts.data());
+  return std::accumulate(parts.begin(), parts.end(), std::uint64_t{0}, std::bit_or<>());
+}
+
 }  // namespace orvanel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -336,6 +356,7 @@ HWY_EXPORT(minimumMaskRow);
 HWY_EXPORT(invertMaskRow);
 HWY_EXPORT(subtractMaskRow);
 HWY_EXPORT(fillMaskRow);
+HWY_EXPORT(combinedBits);
 
 void invertRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
                int count) {
@@ -385,6 +406,10 @@ void subtractMaskRow(const std::uint16_t* in, const std::uint16_t* operand, std:
 void fillMaskRow(const std::uint16_t* in, const std::uint16_t* weights, float value, std::uint16_t* out,
                  int count) {
   HWY_DYNAMIC_DISPATCH(fillMaskRow)(in, weights, value, out, count);
+}
+
+std::uint64_t combinedBits(const std::byte* bytes, std::size_t count) {
+  return HWY_DYNAMIC_DISPATCH(combinedBits)(bytes, count);
 }
 
 }  // namespace orvanel::kernels

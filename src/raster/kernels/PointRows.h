@@ -46,4 +46,7 @@ void subtractMaskRow(const std::uint16_t* in, const std::uint16_t* operand, std:
 void fillMaskRow(const std::uint16_t* in, const std::uint16_t* weights, float value, std::uint16_t* out,
                  int count);
 
+/// All bytes joined by or, as if they were 64-bit words. Their number is a multiple of 128.
+[[nodiscard]] std::uint64_t combinedBits(const std::byte* bytes, std::size_t count);
+
 }  // namespace orvanel::kernels
