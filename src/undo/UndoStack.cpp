@@ -60,18 +60,23 @@ std::optional<QString> UndoStack::redoActionName() const {
 }
 
 void UndoStack::enforceLimits() {
-  const std::int64_t count = std::ssize(operations_);
-  std::int64_t evicted = std::clamp<std::int64_t>(count - maxOperations.value(), 0, count);
-
-  std::int64_t cost = 0;
-  for (std::int64_t i = evicted; i < count; ++i)
-    cost += operations_[static_cast<std::size_t>(i)]->memoryCost();
-  while (cost > memoryBudget.value() && count - evicted >= 2) {
-    cost -= operations_[static_cast<std::size_t>(evicted)]->memoryCost();
-    ++evicted;
+  evictOldest(std::ssize(operations_) - maxOperations.value());
+  // Snapshots share bytes: what one record gives up, another may have to count from then on. So the rest is
+  // counted anew until the limit really holds.
+  for (std::int64_t cost = totalMemoryCost(); cost > memoryBudget.value() && operations_.size() >= 2;
+       cost = totalMemoryCost()) {
+    std::int64_t evicted = 0;
+    while (cost > memoryBudget.value() && std::ssize(operations_) - evicted >= 2) {
+      cost -= operations_[static_cast<std::size_t>(evicted)]->memoryCost();
+      ++evicted;
+    }
+    evictOldest(evicted);
   }
-  if (evicted == 0) return;
+}
 
+void UndoStack::evictOldest(std::int64_t count) {
+  const std::int64_t evicted = std::clamp<std::int64_t>(count, 0, std::ssize(operations_));
+  if (evicted == 0) return;
   operations_.erase(operations_.begin(), operations_.begin() + evicted);
   currentIndex = std::max<std::int64_t>(currentIndex.value() - evicted, -1);
   operationsChanged();

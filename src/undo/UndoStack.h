@@ -49,6 +49,7 @@ class UndoStack {
  private:
   void dropRedoTail();
   void append(Record operation);
+  void evictOldest(std::int64_t count);
   void operationsChanged() { revision = revision.value() + 1; }
 
   std::vector<Record> operations_;

@@ -21,7 +21,9 @@ void LayerMaskOperation::attachMask(Document& document) const {
   document.isDirty = true;
 }
 
-void LayerMaskOperation::detachMask(Document& document) const {
+void LayerMaskOperation::detachMask(Document& document) {
+  // A change of the canvas gives a layer another mask object: the one that goes now is the one to bring back.
+  if (const std::shared_ptr<LayerMask>& current = layer_->mask.value()) mask_ = current;
   layer_->mask = nullptr;
   layer_->maskThumbnailImage = nullptr;
   layer_->maskThumbnailDirty = true;
@@ -67,7 +69,8 @@ void ApplyLayerMaskOperation::redo() {
   if (target == nullptr) return;
   const Texture& pixels = layer().texture.value();
   if (pixels == nullptr) return;
-  target->context().applyLayerMask(*pixels, *mask().maskTexture->texture, colorMode_);
+  const std::shared_ptr<LayerMask> mask = layer().mask.value();
+  if (mask != nullptr) target->context().applyLayerMask(*pixels, *mask->maskTexture->texture, colorMode_);
   detachMask(*target);
   layer().markThumbnailsDirty();
 }

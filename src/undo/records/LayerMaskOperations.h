@@ -20,11 +20,10 @@ class LayerMaskOperation : public DocumentOperation {
                      std::shared_ptr<LayerMask> mask);
 
   void attachMask(Document& document) const;
-  /// Also turns edits back to the pixels.
-  void detachMask(Document& document) const;
+  /// Keeps the mask that the layer has now. Also turns edits back to the pixels.
+  void detachMask(Document& document);
 
   [[nodiscard]] Layer& layer() const { return *layer_; }
-  [[nodiscard]] const LayerMask& mask() const { return *mask_; }
 
  private:
   std::shared_ptr<Layer> layer_;
