@@ -1,0 +1,327 @@
+#include "tools/RandomCommands.h"
+
+#include <QTransform>
+#include <array>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "model/LevelsAdjustment.h"
+#include "tools/LayerTransform.h"
+#include "tools/MagicWand.h"
+#include "tools/SelectionGesture.h"
+
+namespace orvanel::test {
+namespace {
+
+constexpr int mostLayers = 7;
+constexpr int largestSide = 170;
+
+using Command = void (*)(RandomCommands& commands);
+
+void collectNodes(const LayerNodeList& list, std::vector<LayerNode>& nodes) {
+  for (const LayerNode& node : list) {
+    nodes.push_back(node);
+    if (const auto folder = node.folder()) collectNodes(folder->children.value(), nodes);
+  }
+}
+
+int side(RandomCommands& c) {
+  return 1 + c.below(largestSide);
+}
+
+SelectionMode anyMode(RandomCommands& c) {
+  constexpr std::array modes{SelectionMode::replace, SelectionMode::add, SelectionMode::subtract,
+                             SelectionMode::intersect};
+  return modes[static_cast<std::size_t>(c.below(4))];
+}
+
+void onActiveNode(RandomCommands& c, const std::function<void(const LayerNode&)>& change) {
+  if (const auto node = c.document().activeNode()) change(*node);
+}
+
+void onActiveLayer(RandomCommands& c, const std::function<void(const std::shared_ptr<Layer>&)>& change) {
+  if (const auto layer = c.document().activeLayer()) change(layer);
+}
+
+void moveIntoFolder(RandomCommands& c) {
+  const auto node = c.anyNode();
+  const auto target = c.anyNode();
+  if (!node || !target || target->folder() == nullptr || target->id() == node->id()) return;
+  const auto folder = node->folder();
+  if (folder != nullptr && findNode(target->id(), folder->children.value())) return;
+  c.document().moveNode(node->id(), target->id());
+}
+
+void moveToIndex(RandomCommands& c) {
+  if (const auto node = c.anyNode()) c.document().moveNode(node->id(), std::nullopt, c.below(6) - 1);
+}
+
+void selectRectangle(RandomCommands& c) {
+  SelectionGesture gesture(c.shared(), QStringLiteral("Rectangle Select"));
+  const PixelRect rect = drawnRect(c.document(), c.coordinate(c.document().canvasWidth.value()),
+                                   c.coordinate(c.document().canvasHeight.value()), side(c), side(c));
+  const float feather = c.below(3) == 0 ? 5.0F * c.fraction() : 0.0F;
+  if (!rect.isEmpty()) {
+    gesture.selectShape(anyMode(c),
+                        [&](Selection& shape) { shape.setRect(rect, feather, c.document().context()); });
+  }
+  gesture.close();
+}
+
+void selectEllipse(RandomCommands& c) {
+  SelectionGesture gesture(c.shared(), QStringLiteral("Ellipse Select"));
+  gesture.selectShape(anyMode(c), [&](Selection& shape) {
+    shape.setEllipse(static_cast<float>(c.coordinate(c.document().canvasWidth.value())),
+                     static_cast<float>(c.coordinate(c.document().canvasHeight.value())),
+                     60.0F * c.fraction(), 60.0F * c.fraction(), 0.0F, c.document().context());
+  });
+  gesture.close();
+}
+
+void selectPolygon(RandomCommands& c) {
+  std::vector<PolygonPoint> points(static_cast<std::size_t>(3 + c.below(5)));
+  for (PolygonPoint& point : points) {
+    point = {static_cast<float>(c.coordinate(c.document().canvasWidth.value())),
+             static_cast<float>(c.coordinate(c.document().canvasHeight.value()))};
+  }
+  SelectionGesture gesture(c.shared(), QStringLiteral("Polygonal Lasso Select"));
+  gesture.selectShape(anyMode(c),
+                      [&](Selection& shape) { shape.setPolygon(points, c.document().context()); });
+  gesture.close();
+}
+
+void selectWithWand(RandomCommands& c) {
+  MagicWandSettings settings;
+  settings.tolerance = 255.0F * c.fraction();
+  settings.contiguous = c.below(2) == 0;
+  settings.antialiased = c.below(2) == 0;
+  settings.sampleAllLayers = c.below(2) == 0;
+  if (settings.sampleAllLayers) c.composite();
+  const auto wand = MagicWand::press(c.shared(), c.coordinate(c.document().canvasWidth.value()),
+                                     c.coordinate(c.document().canvasHeight.value()), anyMode(c), settings);
+  if (wand != nullptr) wand->release();
+}
+
+void adjustLevels(RandomCommands& c) {
+  auto adjustment = LevelsAdjustment::begin(c.shared());
+  if (!adjustment) return;
+  adjustment->apply({.blackPoint = 250.0F * c.fraction(), .whitePoint = 255.0F, .gamma = 2.0F});
+  adjustment->apply({.blackPoint = 100.0F * c.fraction(),
+                     .whitePoint = 130.0F + 100.0F * c.fraction(),
+                     .gamma = 0.2F + 3.0F * c.fraction()});
+  if (c.below(4) == 0) {
+    adjustment->cancel();
+  } else {
+    adjustment->commit();
+  }
+}
+
+void transformContent(RandomCommands& c) {
+  const auto transform = LayerTransform::begin(c.shared(), QStringLiteral("Free Transform"));
+  if (transform == nullptr) return;
+  switch (c.below(4)) {
+    case 0:
+      transform->translate(c.below(61) - 30, c.below(61) - 30);
+      break;
+    case 1:
+      transform->scaleTo({-20.0 + c.below(60), -20.0 + c.below(60), 1.0 + c.below(150), 1.0 + c.below(150)});
+      break;
+    case 2:
+      transform->rotate(6.0F * c.fraction());
+      break;
+    default:
+      transform->transform(QTransform(1.0, 0.3, -0.2, 0.7, c.below(20), c.below(20)));
+      break;
+  }
+  if (c.below(5) == 0) {
+    transform->cancel();
+  } else {
+    transform->commit();
+  }
+}
+
+bool hasRoom(const RandomCommands& c) {
+  return c.document().layerCount() < mostLayers;
+}
+
+// Names that are told in failures, and how often a command is drawn.
+struct Entry {
+  std::string_view name;
+  int weight;
+  Command run;
+};
+
+constexpr std::array table{
+    Entry{"add layer", 2,
+          [](RandomCommands& c) {
+            if (hasRoom(c)) c.document().addLayer(QStringLiteral("New"));
+          }},
+    Entry{"add folder", 1,
+          [](RandomCommands& c) {
+            if (hasRoom(c)) c.document().addFolder(QStringLiteral("Group"));
+          }},
+    Entry{"remove node", 2,
+          [](RandomCommands& c) {
+            onActiveNode(c, [&](const LayerNode& node) { c.document().removeNode(node.id()); });
+          }},
+    Entry{"duplicate node", 2,
+          [](RandomCommands& c) {
+            if (hasRoom(c))
+              onActiveNode(c, [&](const LayerNode& node) { c.document().duplicateNode(node.id()); });
+          }},
+    Entry{"move into folder", 3, moveIntoFolder},
+    Entry{"move to index", 2, moveToIndex},
+    Entry{"activate node", 8,
+          [](RandomCommands& c) {
+            if (const auto node = c.anyNode()) c.document().selectedNodeID = node->id();
+          }},
+    Entry{"edit mask", 4,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) { layer->isMaskSelected = c.below(2) == 0; });
+          }},
+    Entry{"opacity", 4,
+          [](RandomCommands& c) {
+            onActiveNode(c, [&](const LayerNode& node) { c.document().setOpacity(node.id(), c.fraction()); });
+          }},
+    Entry{"blend mode", 2,
+          [](RandomCommands& c) {
+            onActiveNode(c, [&](const LayerNode& node) {
+              c.document().setBlendMode(node.id(), allBlendModes[static_cast<std::size_t>(c.below(8))]);
+            });
+          }},
+    Entry{"rename", 1,
+          [](RandomCommands& c) {
+            onActiveNode(c, [&](const LayerNode& node) {
+              c.document().rename(node.id(), QString::number(c.below(3)));
+            });
+          }},
+    Entry{"visibility", 2,
+          [](RandomCommands& c) {
+            onActiveNode(c,
+                         [&](const LayerNode& node) { c.document().setVisible(node.id(), c.below(2) == 0); });
+          }},
+    Entry{"lock", 1,
+          [](RandomCommands& c) {
+            onActiveNode(c,
+                         [&](const LayerNode& node) { c.document().setLocked(node.id(), c.below(3) == 0); });
+          }},
+    Entry{"fill", 5,
+          [](RandomCommands& c) {
+            c.document().fillSelection({c.fraction(), c.fraction(), c.fraction(), c.fraction()});
+          }},
+    Entry{"clear", 2, [](RandomCommands& c) { c.document().clearActive(); }},
+    Entry{"invert", 3, [](RandomCommands& c) { c.document().invertActive(); }},
+    Entry{"copy", 2,
+          [](RandomCommands& c) {
+            if (auto copied = c.document().copyPixels()) c.clipboard = std::move(copied);
+          }},
+    Entry{"cut", 2,
+          [](RandomCommands& c) {
+            if (auto copied = c.document().cutPixels()) c.clipboard = std::move(copied);
+          }},
+    Entry{"paste", 2,
+          [](RandomCommands& c) {
+            if (hasRoom(c) && c.clipboard) c.document().pastePixels(*c.clipboard);
+          }},
+    Entry{"levels", 3, adjustLevels},
+    Entry{"transform", 5, transformContent},
+    Entry{"select all", 1, [](RandomCommands& c) { c.document().selectAll(); }},
+    Entry{"deselect", 2, [](RandomCommands& c) { c.document().deselect(); }},
+    Entry{"invert selection", 2, [](RandomCommands& c) { c.document().invertSelection(); }},
+    Entry{"select transparency", 1,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) { c.document().selectLayerTransparency(*layer); });
+          }},
+    Entry{"select channel", 1,
+          [](RandomCommands& c) {
+            c.composite();
+            c.document().selectChannel(c.below(4));
+          }},
+    Entry{"select mask", 1,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) {
+              if (layer->mask.value() != nullptr) c.document().selectMask(*layer->mask.value());
+            });
+          }},
+    Entry{"rectangle", 3, selectRectangle},
+    Entry{"ellipse", 3, selectEllipse},
+    Entry{"polygon", 2, selectPolygon},
+    Entry{"wand", 3, selectWithWand},
+    Entry{"add mask", 4,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) { c.document().addLayerMask(layer); });
+          }},
+    Entry{"apply mask", 1,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) { c.document().applyLayerMask(layer); });
+          }},
+    Entry{"remove mask", 1,
+          [](RandomCommands& c) {
+            onActiveLayer(c, [&](const auto& layer) { c.document().removeLayerMask(layer); });
+          }},
+    Entry{"image size", 1,
+          [](RandomCommands& c) {
+            c.document().resizeImage(side(c), side(c), static_cast<ResampleMethod>(c.below(3)));
+          }},
+    Entry{"canvas size", 1,
+          [](RandomCommands& c) {
+            c.document().resizeCanvas(side(c), side(c), c.below(3) - 1, c.below(3) - 1);
+          }},
+    Entry{"crop", 1, [](RandomCommands& c) { c.document().cropToSelection(); }},
+    Entry{"trim", 1,
+          [](RandomCommands& c) {
+            c.composite();
+            static_cast<void>(c.document().trim());
+          }},
+    Entry{"color mode", 1,
+          [](RandomCommands& c) {
+            c.document().changeColorMode(allColorModes[static_cast<std::size_t>(c.below(4))]);
+          }},
+};
+
+}  // namespace
+
+RandomCommands::RandomCommands(DocumentPtr document, unsigned seed)
+    : document_(std::move(document)), compositor_(document_->context()), random_(seed) {}
+
+int RandomCommands::below(int bound) {
+  return static_cast<int>(random_() % static_cast<unsigned>(bound));
+}
+
+float RandomCommands::fraction() {
+  return static_cast<float>(random_() % 1001U) / 1000.0F;
+}
+
+int RandomCommands::coordinate(int canvasSide) {
+  return below(canvasSide + 20) - 10;
+}
+
+std::optional<LayerNode> RandomCommands::anyNode() {
+  std::vector<LayerNode> nodes;
+  collectNodes(document_->rootNodes.value(), nodes);
+  if (nodes.empty()) return std::nullopt;
+  return nodes[static_cast<std::size_t>(below(static_cast<int>(nodes.size())))];
+}
+
+std::string_view RandomCommands::runOne() {
+  int total = 0;
+  for (const Entry& entry : table) total += entry.weight;
+  int drawn = below(total);
+  for (const Entry& entry : table) {
+    if ((drawn -= entry.weight) >= 0) continue;
+    entry.run(*this);
+    return entry.name;
+  }
+  return {};
+}
+
+bool changesOpacity(std::string_view command) {
+  return command == "opacity";
+}
+
+bool keepsClean(std::string_view command) {
+  return command == "move to index";
+}
+
+}  // namespace orvanel::test

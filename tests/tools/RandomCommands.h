@@ -1,0 +1,42 @@
+// Seeded random commands on a document: every command that leaves a record, and the choices between them.
+#pragma once
+
+#include <optional>
+#include <random>
+#include <string_view>
+
+#include "model/Document.h"
+#include "model/DocumentCompositor.h"
+
+namespace orvanel::test {
+
+class RandomCommands {
+ public:
+  RandomCommands(DocumentPtr document, unsigned seed);
+
+  /// Runs one command and tells its name.
+  std::string_view runOne();
+  [[nodiscard]] int below(int bound);
+
+  // What the commands draw from.
+  [[nodiscard]] Document& document() const { return *document_; }
+  [[nodiscard]] const DocumentPtr& shared() const { return document_; }
+  [[nodiscard]] float fraction();
+  [[nodiscard]] int coordinate(int canvasSide);
+  [[nodiscard]] std::optional<LayerNode> anyNode();
+  void composite() { compositor_.compositeDocument(*document_); }
+
+  std::optional<PixelClipboard> clipboard;
+
+ private:
+  DocumentPtr document_;
+  DocumentCompositor compositor_;
+  std::mt19937 random_;
+};
+
+/// Whether the command changes the opacity of the active node.
+[[nodiscard]] bool changesOpacity(std::string_view command);
+/// Whether the command leaves the document as saved as it was, although it leaves a record.
+[[nodiscard]] bool keepsClean(std::string_view command);
+
+}  // namespace orvanel::test

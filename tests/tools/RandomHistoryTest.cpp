@@ -1,0 +1,129 @@
+// Thousands of random commands, undos and redos, each step compared with a deep copy of its position.
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+#include "model/ModelSupport.h"
+#include "tools/HistoryOracle.h"
+#include "tools/RandomCommands.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+constexpr int stepsPerRun = 1500;
+
+struct Plan {
+  unsigned seed;
+  ColorMode mode;
+  std::int64_t maxOperations;
+  std::int64_t memoryBudget;
+};
+
+void PrintTo(const Plan& plan,
+             std::ostream* stream) {  // NOLINT(readability-identifier-naming): found by name
+  *stream << "seed " << plan.seed << ", " << displayName(plan.mode);
+}
+
+class RandomHistory : public testing::TestWithParam<Plan> {};
+
+struct Counts {
+  int records = 0;
+  int undos = 0;
+  int redos = 0;
+};
+
+void stepBack(Document& document, HistoryOracle& oracle, Counts& counts) {
+  document.undo();
+  oracle.undo(document);
+  ++counts.undos;
+  EXPECT_TRUE(document.isDirty.value());
+}
+
+void stepForward(Document& document, HistoryOracle& oracle, Counts& counts) {
+  document.redo();
+  oracle.redo(document);
+  ++counts.redos;
+  EXPECT_TRUE(document.isDirty.value());
+}
+
+void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts) {
+  Document& document = commands.document();
+  document.isDirty = false;
+  const std::string_view name = commands.runOne();
+  SCOPED_TRACE(name);
+  const bool isRecorded =
+      oracle.recordCommand(document, changesOpacity(name) ? document.selectedNodeID.value() : std::nullopt);
+  if (!isRecorded) return;
+  ++counts.records;
+  EXPECT_EQ(document.isDirty.value(), oracle.lastKind() != RecordKind::selection && !keepsClean(name));
+  const UndoStack& history = document.undoStack;
+  EXPECT_LE(std::ssize(history.operations()), history.maxOperations.value());
+  // A cut drops the former clipboard behind the push, and records count alone what they shared with it.
+  if (name == "cut") return;
+  EXPECT_TRUE(history.totalMemoryCost() <= history.memoryBudget.value() || history.operations().size() == 1);
+}
+
+TEST_P(RandomHistory, EveryStepStandsWhereItsCopyStands) {
+  const Plan& plan = GetParam();
+  DocumentPtr document =
+      Document::create(QStringLiteral("Random"), 150, 140, plan.mode, MetalContext::shared());
+  document->undoStack.maxOperations = plan.maxOperations;
+  document->undoStack.memoryBudget = plan.memoryBudget;
+  RandomCommands commands(document, plan.seed);
+  HistoryOracle oracle(*document);
+  Counts counts;
+  for (int step = 0; step < stepsPerRun && !HasFailure(); ++step) {
+    SCOPED_TRACE(step);
+    const int choice = commands.below(100);
+    if (choice < 9) {
+      for (int i = 1 + commands.below(4); i > 0; --i) stepBack(*document, oracle, counts);
+    } else if (choice < 16) {
+      for (int i = 1 + commands.below(4); i > 0; --i) stepForward(*document, oracle, counts);
+    } else {
+      runCommand(commands, oracle, counts);
+    }
+    if (commands.below(12) == 0) TextureSnapshot::waitForCompression();
+  }
+  // The whole way back and forth again.
+  const std::size_t length = document->undoStack.operations().size();
+  for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepBack(*document, oracle, counts);
+  for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepForward(*document, oracle, counts);
+  std::cout << "seed " << plan.seed << ", " << displayName(plan.mode) << ": " << stepsPerRun << " steps, "
+            << counts.records << " records, " << counts.undos << " undos, " << counts.redos << " redos, "
+            << oracle.evicted() << " evicted\n";
+}
+
+TEST_P(RandomHistory, RecordsOutliveTheirDocumentAndThenDoNothing) {
+  const Plan& plan = GetParam();
+  std::vector<UndoStack::Record> records;
+  {
+    DocumentPtr document =
+        Document::create(QStringLiteral("Random"), 40, 30, plan.mode, MetalContext::shared());
+    RandomCommands commands(document, plan.seed);
+    for (int step = 0; step < 200; ++step) commands.runOne();
+    records = document->undoStack.operations();
+  }
+  EXPECT_FALSE(records.empty());
+  for (const UndoStack::Record& record : records) {
+    record->undo();
+    record->redo();
+    EXPECT_GE(record->memoryCost(), 0);
+  }
+}
+
+constexpr std::int64_t usualBudget = 524288000;
+
+INSTANTIATE_TEST_SUITE_P(
+    Seeds, RandomHistory,
+    testing::Values(Plan{1, ColorMode::rgb8, 100, usualBudget}, Plan{2, ColorMode::rgb16, 100, usualBudget},
+                    Plan{3, ColorMode::grayscale8, 100, usualBudget},
+                    Plan{4, ColorMode::grayscale16, 100, usualBudget},
+                    // Evicting by count.
+                    Plan{5, ColorMode::rgb8, 9, usualBudget}, Plan{6, ColorMode::grayscale16, 4, usualBudget},
+                    // Evicting by bytes.
+                    Plan{7, ColorMode::rgb16, 100, 900'000}, Plan{8, ColorMode::grayscale8, 100, 150'000}));
+
+}  // namespace
+}  // namespace orvanel
