@@ -12,6 +12,7 @@ namespace {
 
 using namespace test;
 
+constexpr std::int64_t usualBudget = 524288000;
 constexpr int stepsPerRun = 1500;
 
 struct Plan {
@@ -53,15 +54,18 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
   document.isDirty = false;
   const std::string_view name = commands.runOne();
   SCOPED_TRACE(name);
+  UndoStack& history = document.undoStack;
+  if (history.memoryBudget.value() < usualBudget) {
+    // Costs still move while snapshots compress: the limit is exact only once they are through.
+    TextureSnapshot::waitForCompression();
+    history.enforceLimits();
+  }
   const bool isRecorded =
       oracle.recordCommand(document, changesOpacity(name) ? document.selectedNodeID.value() : std::nullopt);
   if (!isRecorded) return;
   ++counts.records;
   EXPECT_EQ(document.isDirty.value(), oracle.lastKind() != RecordKind::selection && !keepsClean(name));
-  const UndoStack& history = document.undoStack;
   EXPECT_LE(std::ssize(history.operations()), history.maxOperations.value());
-  // A cut drops the former clipboard behind the push, and records count alone what they shared with it.
-  if (name == "cut") return;
   EXPECT_TRUE(history.totalMemoryCost() <= history.memoryBudget.value() || history.operations().size() == 1);
 }
 
@@ -112,8 +116,6 @@ TEST_P(RandomHistory, RecordsOutliveTheirDocumentAndThenDoNothing) {
     EXPECT_GE(record->memoryCost(), 0);
   }
 }
-
-constexpr std::int64_t usualBudget = 524288000;
 
 INSTANTIATE_TEST_SUITE_P(
     Seeds, RandomHistory,
