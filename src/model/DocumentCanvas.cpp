@@ -1,6 +1,7 @@
 // The commands that replace every surface of a document: its size and its colour mode.
 #include <functional>
 #include <utility>
+#include <vector>
 
 #include "model/Document.h"
 #include "undo/records/CanvasOperations.h"
@@ -32,6 +33,10 @@ std::shared_ptr<LayerMask> maskAtSize(const LayerMask& old, int width, int heigh
   return mask;
 }
 
+void markAllThumbnailsDirty(const Document& document) {
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) layer->markThumbnailsDirty();
+}
+
 /// The size commands' common shape. `transfer` moves the pixels of layers and masks alike.
 template <typename Record>
 void changeSize(const DocumentPtr& document, int width, int height, const QString& actionName,
@@ -47,7 +52,6 @@ void changeSize(const DocumentPtr& document, int width, int height, const QStrin
     if (const std::shared_ptr<LayerMask> old = layer->mask.value()) {
       if (auto mask = maskAtSize(*old, width, height, transfer, document->context())) layer->mask = mask;
     }
-    layer->markThumbnailsDirty();
   }
   document->canvasWidth = width;
   document->canvasHeight = height;
@@ -55,6 +59,7 @@ void changeSize(const DocumentPtr& document, int width, int height, const QStrin
   document->resetSelection();
   document->undoStack.push(
       std::make_shared<Record>(actionName, document, std::move(before), CanvasState::of(*document)));
+  markAllThumbnailsDirty(*document);
 }
 
 }  // namespace
@@ -104,18 +109,20 @@ void Document::changeColorMode(ColorMode newMode) {
   const ColorMode oldMode = colorMode.value();
   if (newMode == oldMode) return;
   auto before = ChangeColorModeOperation::State::of(*this);
+  std::vector<std::pair<std::shared_ptr<Layer>, Texture>> converted;
   for (const std::shared_ptr<Layer>& layer : allLayers()) {
-    const Texture old = layer->texture.value();
+    const Texture& old = layer->texture.value();
     if (old == nullptr) continue;
     const Texture pixels = makeLayerTexture(newMode, canvasWidth.value(), canvasHeight.value());
     context_.convertTexture(*old, *pixels, oldMode, newMode);
-    layer->texture = pixels;
-    layer->markThumbnailsDirty();
+    converted.emplace_back(layer, pixels);
   }
+  for (const auto& [layer, pixels] : converted) layer->texture = pixels;
   colorMode = newMode;
   rebuildDisplayTextures();
   undoStack.push(std::make_shared<ChangeColorModeOperation>(shared_from_this(), std::move(before),
                                                             ChangeColorModeOperation::State::of(*this)));
+  markAllThumbnailsDirty(*this);
   markEdited();
 }
 

@@ -17,25 +17,25 @@ std::shared_ptr<Layer> findLayer(const Document& document, const QUuid& layerID)
   return node ? node->layer() : nullptr;
 }
 
-/// Gives every listed layer a new surface of the document's size and mode with the snapshot's pixels.
-void restoreLayers(const Document& document, const SnapshotList& list) {
+/// Gives every listed layer a new surface of this mode and size with the snapshot's pixels.
+void restoreLayers(const Document& document, const SnapshotList& list, ColorMode mode, int width,
+                   int height) {
   for (const LayerSnapshot& entry : list) {
     const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
     if (layer == nullptr) continue;
-    const Texture pixels = document.makeLayerTexture();
+    const Texture pixels = document.makeLayerTexture(mode, width, height);
     layer->texture = pixels;
     entry.snapshot->restore(*pixels, document.context());
   }
 }
 
-void restoreMasks(const Document& document, const SnapshotList& list) {
+void restoreMasks(const Document& document, const CanvasState& state) {
   const MetalContext& context = document.context();
-  for (const LayerSnapshot& entry : list) {
+  for (const LayerSnapshot& entry : state.masks) {
     const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
     const std::shared_ptr<LayerMask> old = layer != nullptr ? layer->mask.value() : nullptr;
     if (old == nullptr) continue;
-    std::shared_ptr<MaskTexture> contents =
-        MaskTexture::create(document.canvasWidth.value(), document.canvasHeight.value(), context);
+    std::shared_ptr<MaskTexture> contents = MaskTexture::create(state.width, state.height, context);
     if (contents == nullptr) continue;
     context.fillMask(*contents->texture, 1.0F);
     auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents));
@@ -94,8 +94,8 @@ void ResizeOperation::apply(const CanvasState& state) const {
   if (target == nullptr) return;
   target->canvasWidth = state.width;
   target->canvasHeight = state.height;
-  restoreLayers(*target, state.layers);
-  restoreMasks(*target, state.masks);
+  restoreLayers(*target, state.layers, colorMode_, state.width, state.height);
+  restoreMasks(*target, state);
   target->rebuildDisplayTextures();
   target->resetSelection();
   markAllThumbnailsDirty(*target);
@@ -111,6 +111,8 @@ ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Docume
 
 ChangeColorModeOperation::ChangeColorModeOperation(const DocumentPtr& document, State before, State after)
     : DocumentOperation(QStringLiteral("Change Color Mode"), document),
+      canvasWidth_(document->canvasWidth.value()),
+      canvasHeight_(document->canvasHeight.value()),
       before_(std::move(before)),
       after_(std::move(after)) {}
 
@@ -118,7 +120,7 @@ void ChangeColorModeOperation::apply(const State& state) const {
   const DocumentPtr target = document();
   if (target == nullptr) return;
   target->colorMode = state.colorMode;
-  restoreLayers(*target, state.layers);
+  restoreLayers(*target, state.layers, state.colorMode, canvasWidth_, canvasHeight_);
   target->rebuildDisplayTextures();
   markAllThumbnailsDirty(*target);
 }

@@ -83,6 +83,8 @@ class ChangeColorModeOperation final : public DocumentOperation {
  private:
   void apply(const State& state) const;
 
+  int canvasWidth_;
+  int canvasHeight_;
   State before_;
   State after_;
 };
