@@ -1,7 +1,12 @@
 #include "model/LevelsAdjustment.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <utility>
+#include <vector>
 
+#include "raster/HalfFloat.h"
 #include "undo/records/PixelOperations.h"
 
 namespace orvanel {
@@ -10,7 +15,64 @@ namespace {
 /// The points are set on the scale of 8 bits in every colour mode.
 constexpr float pointScale = 255.0F;
 
+/// Pixels beyond this number are sampled on a grid.
+constexpr double mostSamples = 500000.0;
+
+constexpr double redWeight = 299.0;
+constexpr double greenWeight = 587.0;
+constexpr double blueWeight = 114.0;
+constexpr double sumOfWeights = 1000.0;
+
+/// Whole weights keep the greys exact, so that each falls into its own bin.
+double brightness(double red, double green, double blue) {
+  return (redWeight * red + greenWeight * green + blueWeight * blue) / sumOfWeights;
+}
+
+template <typename Channel>
+Channel channelAt(const std::byte* pixel, std::size_t channel) {
+  Channel value;
+  std::memcpy(&value, pixel + channel * sizeof(Channel), sizeof(Channel));
+  return value;
+}
+
+/// From 0 for black to 255 for white.
+double brightnessOf(const std::byte* pixel, PixelFormat format) {
+  constexpr double unitsPerByte = 257.0;
+  constexpr double white = 255.0;
+  const auto byteAt = [pixel](std::size_t channel) { return channelAt<std::uint8_t>(pixel, channel); };
+  const auto halfAt = [pixel](std::size_t channel) {
+    return double{sanitized(halfToFloat(channelAt<std::uint16_t>(pixel, channel)))} * white;
+  };
+  switch (format) {
+    case PixelFormat::rg8Unorm:
+      return byteAt(0);
+    case PixelFormat::rg16Unorm:
+      return channelAt<std::uint16_t>(pixel, 0) / unitsPerByte;
+    case PixelFormat::rgba8Unorm:
+      return brightness(byteAt(0), byteAt(1), byteAt(2));
+    default:
+      return brightness(halfAt(0), halfAt(1), halfAt(2));
+  }
+}
+
 }  // namespace
+
+LevelsHistogram levelsHistogram(const Surface& pixels) {
+  const double count = static_cast<double>(pixels.width()) * pixels.height();
+  const int stride = std::max(static_cast<int>(std::ceil(std::sqrt(count / mostSamples))), 1);
+  const auto pixelBytes = static_cast<std::size_t>(pixels.pixelBytes());
+  std::vector<std::byte> row(static_cast<std::size_t>(pixels.width()) * pixelBytes);
+  LevelsHistogram histogram{};
+  for (int y = 0; y < pixels.height(); y += stride) {
+    pixels.readRect({0, y, pixels.width(), 1}, row.data(), row.size());
+    for (int x = 0; x < pixels.width(); x += stride) {
+      const double value =
+          brightnessOf(row.data() + static_cast<std::size_t>(x) * pixelBytes, pixels.format());
+      ++histogram[static_cast<std::size_t>(std::clamp(value, 0.0, 255.0))];
+    }
+  }
+  return histogram;
+}
 
 std::optional<LevelsAdjustment> LevelsAdjustment::begin(const DocumentPtr& document) {
   const std::shared_ptr<Layer> layer = document->activeLayer();

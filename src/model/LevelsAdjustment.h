@@ -4,6 +4,8 @@
 #pragma once
 
 #include <QUuid>
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -18,6 +20,13 @@ struct Levels {
   float gamma = 1.0F;         ///< 0.1 to 9.99
   friend bool operator==(const Levels&, const Levels&) = default;
 };
+
+/// How many pixels have each brightness, on the scale of 8 bits.
+using LevelsHistogram = std::array<std::int64_t, 256>;
+
+/// Over all pixels of a layer's surface, or a grid of about 500000 of them; alpha isn't considered. For any
+/// thread that holds its own copy of the surface.
+[[nodiscard]] LevelsHistogram levelsHistogram(const Surface& pixels);
 
 class LevelsAdjustment {
  public:
