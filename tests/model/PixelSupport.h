@@ -1,0 +1,234 @@
+// What tests of pixels share: a document with random contents and everything of it that a command may
+// change as one comparable value. Expected pixels are computed in double precision from the rules of
+// arithmetic, one pixel after the other.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/ModelSupport.h"
+#include "raster/KernelReference.h"
+
+namespace orvanel::test {
+
+/// More than a tile each way, and no multiple of one.
+inline constexpr int pixelWidth = 150;
+inline constexpr int pixelHeight = 131;
+
+inline Surface randomPixels(ColorMode mode, std::mt19937& random) {
+  return randomSurface(layerPixelFormat(mode), pixelWidth, pixelHeight, random);
+}
+
+/// One layer "Background" of random pixels.
+inline DocumentPtr makeRandomDocument(ColorMode mode, std::mt19937& random) {
+  DocumentPtr document = makeDocument(pixelWidth, pixelHeight, mode);
+  *document->allLayers().front()->texture.value() = randomPixels(mode, random);
+  return document;
+}
+
+/// An enabled mask with random contents.
+inline std::shared_ptr<LayerMask> addRandomMask(Layer& layer, std::mt19937& random) {
+  std::shared_ptr<LayerMask> mask = addMask(layer);
+  Surface& contents = *mask->maskTexture->texture;
+  contents = reference::randomMask(contents.width(), contents.height(), random);
+  return mask;
+}
+
+/// A partial selection with these contents.
+inline void select(Document& document, const Surface& mask) {
+  document.ensureSelection();
+  *document.selection.value()->maskTexture->texture = mask;
+  document.selection.value()->restoreFlags({.hasSelection = true, .isFullSelection = false});
+}
+
+inline void selectRandomly(Document& document, std::mt19937& random) {
+  select(document,
+         reference::randomMask(document.canvasWidth.value(), document.canvasHeight.value(), random));
+}
+
+inline void selectRect(Document& document, const PixelRect& rect) {
+  document.ensureSelection();
+  document.selection.value()->setRect(rect, 0.0F, document.context());
+}
+
+inline const Surface& selectionMask(const Document& document) {
+  return *document.selection.value()->maskTexture->texture;
+}
+
+inline Surface pixelsOf(const Layer& layer) {
+  return *layer.texture.value();
+}
+
+inline Surface maskPixelsOf(const Layer& layer) {
+  return *layer.mask.value()->maskTexture->texture;
+}
+
+inline Surface filledMask(int width, int height, float value) {
+  Surface mask(maskPixelFormat, width, height);
+  mask.fill(floatToHalf(value));
+  return mask;
+}
+
+/// Every pixel of `image` replaced by what `rule` makes of it, where `weight` is the selection at it.
+inline reference::Image mapped(
+    const Surface& surface, const Surface& weight,
+    const std::function<reference::Color(const reference::Color&, double weight)>& rule) {
+  reference::Image image = reference::imageOf(surface);
+  for (int y = 0; y < image.height; ++y) {
+    for (int x = 0; x < image.width; ++x) {
+      image.at(x, y) = reference::settled(
+          rule(image.at(x, y), static_cast<double>(reference::maskAt(weight, x, y))), surface.format());
+    }
+  }
+  return image;
+}
+
+/// Canvas, layers and masks: what the history of pixels must bring back.
+struct PixelState {
+  struct LayerPixels {
+    QUuid id;
+    std::optional<Surface> pixels;
+    std::optional<Surface> mask;
+    bool isMaskEnabled = false;
+    bool isMaskSelected = false;
+  };
+  int width = 0;
+  int height = 0;
+  ColorMode mode = ColorMode::rgb8;
+  PixelFormat compositeFormat = PixelFormat::rgba8Unorm;
+  PixelRect compositeBounds;
+  std::vector<LayerPixels> layers;
+};
+
+inline PixelState pixelState(const Document& document) {
+  PixelState state{.width = document.canvasWidth.value(),
+                   .height = document.canvasHeight.value(),
+                   .mode = document.colorMode.value(),
+                   .compositeFormat = document.compositedTexture.value()->format(),
+                   .compositeBounds = document.compositedTexture.value()->bounds(),
+                   .layers = {}};
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
+    PixelState::LayerPixels entry{.id = layer->id,
+                                  .pixels = std::nullopt,
+                                  .mask = std::nullopt,
+                                  .isMaskSelected = layer->isMaskSelected.value()};
+    if (const Texture& pixels = layer->texture.value()) entry.pixels = *pixels;
+    if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
+      entry.mask = *mask->maskTexture->texture;
+      entry.isMaskEnabled = mask->isEnabled.value();
+    }
+    state.layers.push_back(std::move(entry));
+  }
+  return state;
+}
+
+inline bool areEqual(const std::optional<Surface>& a, const std::optional<Surface>& b) {
+  return a.has_value() == b.has_value() && (!a || a->equals(*b));
+}
+
+/// What differs first, or nothing.
+inline std::string difference(const PixelState& a, const PixelState& b) {
+  if (a.width != b.width || a.height != b.height) return "canvas size";
+  if (a.mode != b.mode) return "colour mode";
+  if (a.compositeFormat != b.compositeFormat || a.compositeBounds != b.compositeBounds) return "composite";
+  if (a.layers.size() != b.layers.size()) return "number of layers";
+  for (std::size_t i = 0; i < a.layers.size(); ++i) {
+    const PixelState::LayerPixels& one = a.layers[i];
+    const PixelState::LayerPixels& other = b.layers[i];
+    const std::string place = " of layer " + std::to_string(i);
+    if (one.id != other.id) return "identity" + place;
+    if (!areEqual(one.pixels, other.pixels)) return "pixels" + place;
+    if (!areEqual(one.mask, other.mask)) return "mask" + place;
+    if (one.isMaskEnabled != other.isMaskEnabled) return "enabling of the mask" + place;
+    if (one.isMaskSelected != other.isMaskSelected) return "target of edits" + place;
+  }
+  return {};
+}
+
+/// The selection's mask and flags; none when there is no selection.
+struct SelectionState {
+  std::optional<Surface> mask;
+  Selection::Flags flags;
+};
+
+inline SelectionState selectionState(const Document& document) {
+  const std::shared_ptr<Selection>& selection = document.selection.value();
+  if (selection == nullptr) return {};
+  return {.mask = *selection->maskTexture->texture, .flags = selection->flags()};
+}
+
+inline std::string difference(const SelectionState& a, const SelectionState& b) {
+  if (!areEqual(a.mask, b.mask)) return "mask";
+  return a.flags == b.flags ? std::string() : "flags";
+}
+
+inline std::size_t recordCount(const Document& document) {
+  return document.undoStack.operations().size();
+}
+
+/// Runs a command that leaves one record of this name, then undo, redo and undo. Each leaves pixels and masks
+/// as they were on its side of the command, and the document dirty and in need of compositing.
+inline void expectPixelCycle(Document& document, const QString& actionName,
+                             const std::function<void()>& command) {
+  const PixelState before = pixelState(document);
+  const std::size_t records = recordCount(document);
+  command();
+  ASSERT_EQ(recordCount(document), records + 1);
+  EXPECT_EQ(document.undoStack.undoActionName(), actionName);
+  const PixelState after = pixelState(document);
+  const auto step = [&document](void (Document::*move)(), const PixelState& expected) {
+    document.isDirty = false;
+    document.needsCompositing = false;
+    (document.*move)();
+    EXPECT_EQ(difference(pixelState(document), expected), "");
+    EXPECT_TRUE(document.isDirty.value());
+    EXPECT_TRUE(document.needsCompositing.value());
+  };
+  step(&Document::undo, before);
+  EXPECT_EQ(document.undoStack.redoActionName(), actionName);
+  step(&Document::redo, after);
+  step(&Document::undo, before);
+}
+
+/// Clears both flags, runs the command, and tells whether it set both.
+inline bool marksEdited(Document& document, const std::function<void()>& command) {
+  document.isDirty = false;
+  document.needsCompositing = false;
+  command();
+  EXPECT_EQ(document.isDirty.value(), document.needsCompositing.value());
+  return document.isDirty.value();
+}
+
+/// Makes all thumbnails clean, runs the command, and tells whether they are all out of date.
+inline bool marksThumbnails(Layer& layer, const std::function<void()>& command) {
+  layer.thumbnailDirty = false;
+  layer.maskThumbnailDirty = false;
+  layer.channelThumbnailsDirty = false;
+  command();
+  return layer.thumbnailDirty.value() && layer.maskThumbnailDirty.value() &&
+         layer.channelThumbnailsDirty.value();
+}
+
+/// Runs a command that doesn't apply: no pixel, no selection, no record and no flag changes.
+inline void expectNothing(Document& document, const std::function<void()>& command) {
+  const PixelState before = pixelState(document);
+  const SelectionState selectionBefore = selectionState(document);
+  const std::size_t records = recordCount(document);
+  EXPECT_FALSE(marksEdited(document, command));
+  EXPECT_EQ(difference(pixelState(document), before), "");
+  EXPECT_EQ(difference(selectionState(document), selectionBefore), "");
+  EXPECT_EQ(recordCount(document), records);
+}
+
+inline std::string modeName(const testing::TestParamInfo<ColorMode>& tested) {
+  constexpr std::array names{"grayscale8", "grayscale16", "rgb8", "rgb16"};
+  return names[rawValue(tested.param)];
+}
+
+}  // namespace orvanel::test
