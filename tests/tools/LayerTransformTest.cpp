@@ -1,0 +1,140 @@
+#include "tools/LayerTransform.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+
+#include "model/ModelSupport.h"
+#include "raster/HalfFloat.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+class LayerTransforms : public testing::TestWithParam<ColorMode> {
+ protected:
+  void SetUp() override {
+    document->addLayer(QStringLiteral("Box"));
+    layer = document->activeLayer();
+    document->ensureSelection();
+    document->selection.value()->setRect(box, 0.0F, document->context());
+    document->fillSelection({0.2F, 0.5F, 0.8F, 1.0F});
+    document->selection.value()->clear(document->context());
+    before = *layer->texture.value();
+  }
+  [[nodiscard]] std::optional<PixelRect> content() const {
+    return document->context().layerContentBounds(*layer->texture.value(), document->colorMode.value(),
+                                                  false);
+  }
+  [[nodiscard]] std::unique_ptr<LayerTransform> begin(const char* name) const {
+    return LayerTransform::begin(document, QString::fromUtf8(name));
+  }
+
+  static constexpr PixelRect box{10, 8, 12, 6};
+  DocumentPtr document = makeDocument(40, 30, GetParam());
+  std::shared_ptr<Layer> layer;
+  std::optional<Surface> before;
+};
+
+TEST_P(LayerTransforms, BeginsWithTheBoxOfTheContent) {
+  EXPECT_EQ(begin("Move")->contentRect(), box);
+}
+
+TEST_P(LayerTransforms, AMoveShiftsWholePixelsUnderOneRecord) {
+  const std::size_t records = document->undoStack.operations().size();
+  const auto move = begin("Move");
+  move->translate(100, 100);
+  move->translate(3, -2);
+  move->commit();
+  EXPECT_EQ(content(), (PixelRect{13, 6, 12, 6}));
+  EXPECT_EQ(layer->texture.value()->pixelAt(13, 6), before->pixelAt(10, 8));
+  ASSERT_EQ(document->undoStack.operations().size(), records + 1);
+  EXPECT_EQ(document->undoStack.undoActionName(), "Move");
+  const Surface after = *layer->texture.value();
+  document->undo();
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+  document->redo();
+  EXPECT_TRUE(layer->texture.value()->equals(after));
+}
+
+TEST_P(LayerTransforms, ContentComesBackFromBeyondTheEdgeUntilTheEnd) {
+  const auto move = begin("Move");
+  move->translate(-500, 0);
+  EXPECT_EQ(content(), std::nullopt);
+  move->translate(0, 0);
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+}
+
+TEST_P(LayerTransforms, AScaleFillsTheGivenBox) {
+  const auto scale = begin("Scale");
+  scale->scaleTo({4.0, 4.0, 24.0, 12.0});
+  scale->commit();
+  EXPECT_EQ(content(), (PixelRect{4, 4, 24, 12}));
+  EXPECT_EQ(layer->texture.value()->pixelAt(16, 10), before->pixelAt(15, 10));
+  EXPECT_EQ(document->undoStack.undoActionName(), "Scale");
+}
+
+TEST_P(LayerTransforms, AQuarterTurnIsClockwiseAboutTheCentreOfTheBox) {
+  const auto rotate = begin("Rotate");
+  rotate->rotate(std::numbers::pi_v<float> / 2.0F);
+  // 12 x 6 about (16, 11) becomes 6 x 12.
+  const PixelRect turned = content().value();
+  EXPECT_NEAR(turned.x, 13, 1);
+  EXPECT_NEAR(turned.y, 5, 1);
+  EXPECT_NEAR(turned.width, 6, 2);
+  EXPECT_NEAR(turned.height, 12, 2);
+  EXPECT_EQ(layer->texture.value()->pixelAt(16, 8), before->pixelAt(15, 10));
+}
+
+TEST_P(LayerTransforms, AMatrixMapsForwardAndTakesRowVectors) {
+  const auto transform = begin("Free Transform");
+  // x' = y, y' = x: the box with its sides exchanged.
+  transform->transform(QTransform(0.0, 1.0, 1.0, 0.0, 2.0, 3.0));
+  EXPECT_EQ(content(), (PixelRect{8 + 2, 10 + 3, 6, 12}));
+}
+
+TEST_P(LayerTransforms, WithoutADragTheRecordChangesNothing) {
+  const auto transform = begin("Free Transform");
+  transform->commit();
+  EXPECT_EQ(document->undoStack.undoActionName(), "Free Transform");
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+  EXPECT_TRUE(document->isDirty.value());
+}
+
+TEST_P(LayerTransforms, CancelPutsTheStartBackAndLeavesNoRecord) {
+  const std::size_t records = document->undoStack.operations().size();
+  const auto transform = begin("Free Transform");
+  transform->rotate(1.0F);
+  transform->cancel();
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+  EXPECT_EQ(document->undoStack.operations().size(), records);
+}
+
+TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  document->context().fillRectMask(*mask->maskTexture->texture, {5, 5, 4, 4}, 0.0F);
+  layer->isMaskSelected = true;
+  const auto move = begin("Move");
+  EXPECT_EQ(move->contentRect(), (PixelRect{5, 5, 4, 4}));
+  move->translate(2, 1);
+  move->commit();
+  EXPECT_EQ(document->context().selectionBounds(*mask->maskTexture->texture), (PixelRect{7, 6, 4, 4}));
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+  document->undo();
+  EXPECT_EQ(document->context().selectionBounds(*mask->maskTexture->texture), (PixelRect{5, 5, 4, 4}));
+}
+
+TEST_P(LayerTransforms, ALockedLayerAFolderAndAnEmptyLayerStayAsTheyAre) {
+  layer->isLocked = true;
+  EXPECT_EQ(begin("Move"), nullptr);
+  document->addFolder(QStringLiteral("Folder"));
+  EXPECT_EQ(begin("Move"), nullptr);
+  document->addLayer(QStringLiteral("Empty"));
+  EXPECT_EQ(begin("Move"), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, LayerTransforms, testing::ValuesIn(allColorModes));
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,116 @@
+#include "tools/SelectionGesture.h"
+
+#include <gtest/gtest.h>
+
+#include "model/ModelSupport.h"
+#include "raster/HalfFloat.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+class SelectionGestures : public testing::Test {
+ protected:
+  void selectRect(SelectionMode mode, const PixelRect& rect) const {
+    SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+    gesture.selectShape(mode, [&](Selection& shape) { shape.setRect(rect, 0.0F, document->context()); });
+    gesture.close();
+  }
+  [[nodiscard]] Selection& selection() const { return *document->selection.value(); }
+  [[nodiscard]] float valueAt(int x, int y) const {
+    return halfToFloat(static_cast<std::uint16_t>(selection().maskTexture->texture->pixelAt(x, y)));
+  }
+  [[nodiscard]] std::size_t records() const { return document->undoStack.operations().size(); }
+
+  DocumentPtr document = makeDocument();
+};
+
+TEST_F(SelectionGestures, AShapeReplacesWhatWasSelected) {
+  selectRect(SelectionMode::replace, {0, 0, 10, 10});
+  selectRect(SelectionMode::replace, {20, 0, 5, 5});
+  EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{20, 0, 5, 5}));
+  EXPECT_EQ(selection().flags(), (Selection::Flags{true, false}));
+}
+
+TEST_F(SelectionGestures, ModesCombineWithWhatWasSelected) {
+  selectRect(SelectionMode::replace, {0, 0, 10, 10});
+  selectRect(SelectionMode::add, {8, 0, 10, 10});
+  EXPECT_EQ(valueAt(17, 5), 1.0F);
+  selectRect(SelectionMode::subtract, {0, 0, 4, 10});
+  EXPECT_EQ(valueAt(3, 5), 0.0F);
+  EXPECT_EQ(valueAt(4, 5), 1.0F);
+  selectRect(SelectionMode::intersect, {0, 0, 6, 30});
+  EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{4, 0, 2, 10}));
+  EXPECT_EQ(records(), 4U);
+}
+
+TEST_F(SelectionGestures, WithNothingSelectedEveryModeReplaces) {
+  for (const SelectionMode mode : {SelectionMode::add, SelectionMode::subtract, SelectionMode::intersect}) {
+    selectRect(mode, {2, 2, 3, 3});
+    EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture),
+              (PixelRect{2, 2, 3, 3}));
+    document->deselect();
+  }
+}
+
+TEST_F(SelectionGestures, FlagsFollowTheCombinedMask) {
+  selectRect(SelectionMode::replace, {0, 0, 40, 20});
+  selectRect(SelectionMode::add, {0, 10, 40, 20});
+  EXPECT_EQ(selection().flags(), (Selection::Flags{true, true}));
+  selectRect(SelectionMode::subtract, {0, 0, 1, 1});
+  EXPECT_EQ(selection().flags(), (Selection::Flags{true, false}));
+  selectRect(SelectionMode::subtract, {0, 0, 40, 30});
+  EXPECT_EQ(selection().flags(), (Selection::Flags{false, false}));
+}
+
+TEST_F(SelectionGestures, NothingBeforeAndNothingNowLeavesNoRecord) {
+  SelectionGesture click(document, QStringLiteral("Rectangle Select"));
+  click.clear();
+  click.close();
+  EXPECT_EQ(records(), 0U);
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  SelectionGesture again(document, QStringLiteral("Rectangle Select"));
+  again.clear();
+  again.close();
+  EXPECT_EQ(records(), 2U);
+  EXPECT_EQ(document->activeSelection(), nullptr);
+  document->undo();
+  EXPECT_EQ(selection().flags(), (Selection::Flags{true, false}));
+  EXPECT_EQ(valueAt(2, 2), 1.0F);
+}
+
+TEST_F(SelectionGestures, ADroppedGestureLeavesNoRecord) {
+  { const SelectionGesture gesture(document, QStringLiteral("Lasso Select")); }
+  EXPECT_EQ(records(), 0U);
+}
+
+TEST_F(SelectionGestures, WithoutMemoryForTheShapeNothingChanges) {
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    gesture.selectShape(SelectionMode::add, [&](Selection& shape) { shape.selectAll(document->context()); });
+  }
+  gesture.close();
+  EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{0, 0, 3, 3}));
+  EXPECT_EQ(records(), 2U);
+}
+
+TEST_F(SelectionGestures, SelectingDoesNotMakeDirty) {
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(SelectionGestures, ADrawnRectangleGrowsToPixelEdgesAndIsClipped) {
+  EXPECT_EQ(drawnRect(*document, 1.2, 1.2, 1.9, 1.9), (PixelRect{1, 1, 3, 3}));
+  EXPECT_EQ(drawnRect(*document, 5.0, 6.0, -3.0, -2.0), (PixelRect{2, 4, 3, 2}));
+  EXPECT_EQ(drawnRect(*document, -10.0, -10.0, 1000.0, 12.0), (PixelRect{0, 0, 40, 2}));
+  EXPECT_TRUE(drawnRect(*document, 50.0, 3.0, 10.0, 10.0).isEmpty());
+  EXPECT_TRUE(drawnRect(*document, -20.0, 3.0, 10.0, 10.0).isEmpty());
+  EXPECT_EQ(drawnRect(*document, -1e300, -1e300, 1.7e308, 1.7e308), (PixelRect{0, 0, 40, 30}));
+}
+
+}  // namespace
+}  // namespace orvanel
