@@ -1,12 +1,12 @@
 #include "raster/kernels/Coverage.h"
 
+#include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
-
-#include "raster/HalfFloat.h"
 
 namespace orvanel::kernels {
 namespace {
@@ -36,14 +36,25 @@ void setTileTo(Surface& mask, int index, Stretch stretch) {
   mask.setUniform(index, stretch == Stretch::full ? halfOne : 0);
 }
 
+/// How many floats beyond its end `spreadRow` may write.
+constexpr int spreadSlack = 8;
+
 /// Columns [begin, begin + count) as floats.
 void spreadRow(const RowCoverage& row, int begin, int count, float* out) {
-  std::fill_n(out, count, 0.0F);
+  // Along slanting edges runs are short, and eight floats at once are sooner written than counted. What
+  // a run has too many is written over by what follows it.
+  const auto fill = [&](int from, int to, float value) {
+    for (; from < to; from += spreadSlack) std::fill_n(out + from, spreadSlack, value);
+  };
+  int filled = 0;
   for (auto run = runAt(row, begin); run != row.end() && run->begin < begin + count; ++run) {
-    const int first = std::max(run->begin, begin);
-    const int last = std::min(run->end, begin + count);
-    std::fill(out + (first - begin), out + (last - begin), run->value);
+    const int first = std::max(run->begin - begin, 0);
+    const int last = std::min(run->end - begin, count);
+    fill(filled, first, 0.0F);
+    fill(first, last, run->value);
+    filled = last;
   }
+  fill(filled, count, 0.0F);
 }
 
 void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows) {
@@ -54,15 +65,12 @@ void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows) {
   }
   if (stretch != Stretch::mixed) return setTileTo(mask, index, stretch);
   auto* out = reinterpret_cast<std::uint16_t*>(mask.overwriteTile(index));
-  std::fill_n(out, tilePixels, std::uint16_t{0});
-  for (int y = 0; y < rect.height; ++y, out += tileSide) {
-    const RowCoverage& row = rows[static_cast<std::size_t>(y)];
-    for (auto run = runAt(row, rect.x); run != row.end() && run->begin < rect.x + rect.width; ++run) {
-      const int first = std::max(run->begin, rect.x);
-      const int last = std::min(run->end, rect.x + rect.width);
-      std::fill(out + (first - rect.x), out + (last - rect.x), floatToHalf(run->value));
-    }
+  alignas(64) float values[tileSide + spreadSlack] = {};
+  for (int y = 0; y < rect.height; ++y) {
+    spreadRow(rows[static_cast<std::size_t>(y)], rect.x, rect.width, values);
+    storeCoverageRow(values, out + y * tileSide);
   }
+  std::fill(out + rect.height * tileSide, out + tilePixels, std::uint16_t{0});
   mask.collapseIfUniform(index);
 }
 
@@ -96,7 +104,7 @@ class ColumnBlur {
         kernel_(kernel),
         kinds_(rows.size()),
         blurred_(rows.size() * tileSide),
-        spread_(static_cast<std::size_t>(tileSide + 2 * kernel.reach)),
+        spread_(static_cast<std::size_t>(tileSide + 2 * kernel.reach + spreadSlack)),
         sources_(kernel.weights.size()) {}
 
   void run(int tileX) {
@@ -164,9 +172,13 @@ class ColumnBlur {
 }  // namespace
 
 void writeCoverage(Surface& mask, const BandCoverage& shape) {
+  // Rows keep their memory from band to band.
+  tbb::enumerable_thread_specific<std::array<RowCoverage, tileSide>> memory;
   tbb::parallel_for(0, mask.tilesDown(), [&](int tileY) {
     const int firstRow = tileY * tileSide;
-    std::vector<RowCoverage> rows(static_cast<std::size_t>(std::min(tileSide, mask.height() - firstRow)));
+    const auto count = static_cast<std::size_t>(std::min(tileSide, mask.height() - firstRow));
+    const std::span<RowCoverage> rows = std::span(memory.local()).first(count);
+    for (RowCoverage& row : rows) row.clear();
     shape(firstRow, rows);
     for (int tileX = 0; tileX < mask.tilesAcross(); ++tileX) {
       writeTile(mask, mask.tileIndex(tileX, tileY), rows);

@@ -38,6 +38,15 @@ class EllipseShape {
 /// covered area is exact.
 class PolygonShape {
  public:
+  /// From its upper end to its lower one; never horizontal.
+  struct Edge {
+    Edge(const ShapePoint& a, const ShapePoint& b);
+    [[nodiscard]] double xAt(double y) const;
+    ShapePoint upper;
+    ShapePoint lower;
+    double slope;
+  };
+
   /// Points that aren't finite are left out.
   PolygonShape(std::span<const ShapePoint> points, int canvasWidth, int canvasHeight);
 
@@ -45,15 +54,8 @@ class PolygonShape {
   void cover(int firstRow, std::span<RowCoverage> rows) const;
 
  private:
-  /// From its upper end to its lower one; never horizontal.
-  struct Edge {
-    ShapePoint upper;
-    ShapePoint lower;
-    [[nodiscard]] double xAt(double y) const;
-  };
-
   int canvasWidth_;
-  std::vector<Edge> edges_;
+  std::vector<Edge> edges_;  ///< by the height of their upper ends
   std::vector<std::vector<int>> edgesOfBand_;
 };
 
