@@ -304,9 +304,13 @@ void copyShifted(benchmark::State& state) {
   report(state, photo());
 }
 
-#define ORVANEL_KERNEL(function) BENCHMARK(function)->Unit(benchmark::kMillisecond)->UseRealTime()
-#define ORVANEL_KERNEL_OF(function, name, ...) \
-  BENCHMARK_CAPTURE(function, name, __VA_ARGS__)->Unit(benchmark::kMillisecond)->UseRealTime()
+#define ORVANEL_KERNEL(function) \
+  BENCHMARK(function)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime()
+#define ORVANEL_KERNEL_OF(function, name, ...)   \
+  BENCHMARK_CAPTURE(function, name, __VA_ARGS__) \
+      ->Unit(benchmark::kMillisecond)            \
+      ->MeasureProcessCPUTime()                  \
+      ->UseRealTime()
 
 ORVANEL_KERNEL(copyLimit);
 ORVANEL_KERNEL_OF(invert, everything, Selected::everything);
