@@ -47,14 +47,16 @@ void storeChunk(std::span<const std::byte> raw, ByteBuffer& chunk) {
 
 }  // namespace
 
-ByteBuffer deflateChunk(std::span<const std::byte> raw, DeflateEffort effort) {
+ByteBuffer deflateChunk(std::span<const std::byte> raw) {
   thread_local const auto workspace = std::make_unique<Workspace>();
   ByteBuffer chunk(storedSize(raw.size()));
   isal_zstream& stream = workspace->stream;
   isal_deflate_init(&stream);
-  stream.level = effort == DeflateEffort::fast ? 1 : 3;
+  // The highest level is the one written in vectors: on photographs it is faster than the levels below it,
+  // smaller, and its streams inflate up to a third faster.
+  stream.level = 3;
   stream.level_buf = workspace->levels.data();
-  stream.level_buf_size = effort == DeflateEffort::fast ? ISAL_DEF_LVL1_DEFAULT : ISAL_DEF_LVL3_DEFAULT;
+  stream.level_buf_size = ISAL_DEF_LVL3_DEFAULT;
   stream.gzip_flag = IGZIP_DEFLATE;
   stream.flush = FULL_FLUSH;
   stream.end_of_stream = 0;

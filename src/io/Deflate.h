@@ -17,14 +17,8 @@ struct inflate_state;
 
 namespace orvanel {
 
-/// How hard to look for repetitions.
-enum class DeflateEffort {
-  fast,      ///< for pixels, where most bytes are noise
-  thorough,  ///< smaller and slower by a fifth
-};
-
 /// Part of a deflate stream that refers to nothing outside itself and ends on a whole byte.
-[[nodiscard]] ByteBuffer deflateChunk(std::span<const std::byte> raw, DeflateEffort effort);
+[[nodiscard]] ByteBuffer deflateChunk(std::span<const std::byte> raw);
 
 /// What follows the last chunk: a final block without contents.
 inline constexpr std::array<std::byte, 2> deflateStreamEnd{std::byte{3}, std::byte{0}};

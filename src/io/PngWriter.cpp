@@ -160,8 +160,7 @@ class Encoder {
       out += rowBytes_ + 1;
       std::swap(above, row);
     }
-    return {deflateChunk(filtered.span(), DeflateEffort::thorough), filtered.size(),
-            adler32(filtered.span())};
+    return {deflateChunk(filtered.span()), filtered.size(), adler32(filtered.span())};
   }
 
   const PngSource& source_;

@@ -29,7 +29,6 @@ SaveSnapshot::LayerEntry entryOf(const QString& path, const Surface& surface) {
 ArchiveEntry manifestEntry(const QByteArray& manifest) {
   ArchiveEntry entry;
   entry.path = "manifest.json";
-  entry.effort = DeflateEffort::thorough;
   entry.size = static_cast<std::uint64_t>(manifest.size());
   entry.makeChunk = [&manifest](int, ByteBuffer& bytes) {
     bytes.resizeDiscarding(static_cast<std::size_t>(manifest.size()));

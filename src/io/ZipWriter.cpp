@@ -55,7 +55,7 @@ class ChunkSupply {
     entry->makeChunk(chunkIndex, raw);
     Chunk chunk{{}, raw.size(), crc32(raw.span())};
     if (entry->method == ArchiveEntry::Method::deflated) {
-      chunk.bytes = deflateChunk(raw.span(), entry->effort);
+      chunk.bytes = deflateChunk(raw.span());
     } else {
       std::swap(chunk.bytes, raw);
     }

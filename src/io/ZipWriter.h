@@ -22,7 +22,6 @@ struct ArchiveEntry {
 
   std::string path;  ///< UTF-8
   Method method = Method::deflated;
-  DeflateEffort effort = DeflateEffort::fast;
   /// Bytes of all chunks; not needed of an entry of one chunk.
   std::optional<std::uint64_t> size;
   int chunkCount = 1;

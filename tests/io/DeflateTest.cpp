@@ -9,10 +9,10 @@ namespace {
 
 using testing::Bytes;
 
-Bytes joined(const std::vector<Bytes>& chunks, DeflateEffort effort) {
+Bytes joined(const std::vector<Bytes>& chunks) {
   Bytes stream;
   for (const Bytes& chunk : chunks) {
-    const ByteBuffer deflated = deflateChunk(chunk, effort);
+    const ByteBuffer deflated = deflateChunk(chunk);
     stream.insert(stream.end(), deflated.data(), deflated.data() + deflated.size());
   }
   stream.insert(stream.end(), deflateStreamEnd.begin(), deflateStreamEnd.end());
@@ -34,26 +34,24 @@ TEST(Deflate, chunksJoinIntoOneStream) {
                                   testing::bytesOf("a"), testing::halfNoise(33, 3)};
   Bytes whole;
   for (const Bytes& chunk : chunks) whole.insert(whole.end(), chunk.begin(), chunk.end());
-  for (const DeflateEffort effort : {DeflateEffort::fast, DeflateEffort::thorough}) {
-    EXPECT_EQ(testing::inflateWithZlib(joined(chunks, effort), whole.size()), whole);
-  }
+  EXPECT_EQ(testing::inflateWithZlib(joined(chunks), whole.size()), whole);
 }
 
 TEST(Deflate, emptyChunkAddsNothing) {
   const Bytes text = testing::bytesOf("orchard");
-  EXPECT_EQ(testing::inflateWithZlib(joined({{}, text, {}}, DeflateEffort::fast), text.size()), text);
-  EXPECT_EQ(testing::inflateWithZlib(joined({}, DeflateEffort::fast), 0), Bytes());
+  EXPECT_EQ(testing::inflateWithZlib(joined({{}, text, {}}), text.size()), text);
+  EXPECT_EQ(testing::inflateWithZlib(joined({}), 0), Bytes());
 }
 
 TEST(Deflate, noiseGrowsByLessThanAThousandth) {
   const Bytes bytes = testing::noise(1'000'000, 4);
-  const ByteBuffer deflated = deflateChunk(bytes, DeflateEffort::fast);
+  const ByteBuffer deflated = deflateChunk(bytes);
   EXPECT_LE(deflated.size(), bytes.size() + bytes.size() / 1000);
-  EXPECT_EQ(testing::inflateWithZlib(joined({bytes}, DeflateEffort::fast), bytes.size()), bytes);
+  EXPECT_EQ(testing::inflateWithZlib(joined({bytes}), bytes.size()), bytes);
 }
 
 TEST(Deflate, repetitionShrinks) {
-  EXPECT_LT(deflateChunk(Bytes(1'000'000), DeflateEffort::fast).size(), 10'000U);
+  EXPECT_LT(deflateChunk(Bytes(1'000'000)).size(), 10'000U);
 }
 
 TEST(Crc32, agreesWithZlibAndJoins) {
@@ -70,7 +68,7 @@ TEST(Crc32, agreesWithZlibAndJoins) {
 
 TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
   const Bytes bytes = testing::halfNoise(300'000, 6);
-  const Bytes stream = joined({bytes}, DeflateEffort::fast);
+  const Bytes stream = joined({bytes});
   for (const std::size_t inputPiece : {std::size_t{1}, std::size_t{1000}, stream.size()}) {
     for (const std::size_t outputPiece : {std::size_t{24}, std::size_t{65'536}, bytes.size()}) {
       InflateStream inflate = inPieces(stream, inputPiece);
@@ -87,7 +85,7 @@ TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
 
 TEST(InflateStream, tellsALongerStreamFromAFinishedOne) {
   const Bytes bytes = testing::halfNoise(10'000, 7);
-  const Bytes stream = joined({bytes}, DeflateEffort::fast);
+  const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 4096);
   Bytes out(bytes.size() - 1);
   ASSERT_TRUE(inflate.read(out).has_value());
@@ -96,7 +94,7 @@ TEST(InflateStream, tellsALongerStreamFromAFinishedOne) {
 
 TEST(InflateStream, failsWhenTheStreamEndsTooEarly) {
   const Bytes bytes = testing::halfNoise(20'000, 8);
-  const Bytes stream = joined({bytes}, DeflateEffort::fast);
+  const Bytes stream = joined({bytes});
   for (std::size_t length = 0; length < stream.size(); length += 97) {
     const Bytes cut(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(length));
     InflateStream inflate = inPieces(cut, 512);
@@ -107,7 +105,7 @@ TEST(InflateStream, failsWhenTheStreamEndsTooEarly) {
 
 TEST(InflateStream, failsOnMoreThanTheStreamHolds) {
   const Bytes bytes = testing::halfNoise(20'000, 9);
-  const Bytes stream = joined({bytes}, DeflateEffort::fast);
+  const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 512);
   Bytes out(bytes.size() + 1);
   EXPECT_FALSE(inflate.read(out).has_value());

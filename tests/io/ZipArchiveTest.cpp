@@ -22,11 +22,7 @@ using testing::ZipFixture;
 ArchiveEntry entryOf(std::string path, ArchiveEntry::Method method, const Bytes& bytes,
                      std::size_t chunkBytes) {
   const std::size_t chunks = std::max<std::size_t>(1, (bytes.size() + chunkBytes - 1) / chunkBytes);
-  return {std::move(path),
-          method,
-          DeflateEffort::fast,
-          bytes.size(),
-          static_cast<int>(chunks),
+  return {std::move(path), method, bytes.size(), static_cast<int>(chunks),
           [&bytes, chunkBytes](int chunk, ByteBuffer& out) {
             const std::size_t first = static_cast<std::size_t>(chunk) * chunkBytes;
             const std::size_t count = std::min(chunkBytes, bytes.size() - first);

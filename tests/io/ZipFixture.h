@@ -35,7 +35,7 @@ class ZipFixture {
   }
   static Entry deflated(std::string path, const Bytes& bytes) {
     Entry entry = stored(std::move(path), {});
-    const ByteBuffer chunk = deflateChunk(bytes, DeflateEffort::thorough);
+    const ByteBuffer chunk = deflateChunk(bytes);
     entry.stored.assign(chunk.data(), chunk.data() + chunk.size());
     entry.stored.insert(entry.stored.end(), deflateStreamEnd.begin(), deflateStreamEnd.end());
     entry.method = 8;
