@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "io/PassingFile.h"
+
 namespace orvanel {
 namespace {
 
@@ -22,7 +24,7 @@ class FileInput final : public ArchiveInput {
   std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const override {
     ssize_t count = 0;
     do {
-      count = ::pread(file_, out.data(), out.size(), static_cast<off_t>(offset));
+      count = readPassing(file_, out, static_cast<std::int64_t>(offset));
     } while (count < 0 && errno == EINTR);
     return count;
   }

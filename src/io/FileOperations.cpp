@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdio>
 
+#include "io/PassingFile.h"
+
 namespace orvanel {
 namespace {
 
@@ -26,7 +28,7 @@ int FileOperations::createFile(const std::string& path, mode_t mode) {
 }
 
 ssize_t FileOperations::writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) {
-  return ::pwrite(file, bytes, count, offset);
+  return writePassing(file, {static_cast<const std::byte*>(bytes), count}, offset);
 }
 
 int FileOperations::sync(int file) {
