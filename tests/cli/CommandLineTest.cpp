@@ -9,9 +9,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
+#include "cli/ProgramRun.h"
 #include "io/DocumentIO.h"
 #include "model/Document.h"
 
@@ -21,26 +21,10 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct Outcome {
-  int status = -1;
-  QByteArray output;
-  std::string errors;
-};
+using test::Outcome;
 
-/// Runs the program as it is installed: without a display, in a locale that knows no UTF-8.
 Outcome run(const QStringList& arguments, const QString& outputFile = {}) {
-  QProcess process;
-  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANG"}) {
-    environment.remove(QLatin1String(variable));
-  }
-  environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-  process.setProcessEnvironment(environment);
-  if (!outputFile.isEmpty()) process.setStandardOutputFile(outputFile);
-  process.start(QStringLiteral(ORVANEL_CLI_PATH), arguments);
-  EXPECT_TRUE(process.waitForFinished(120000));
-  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-  return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError().toStdString()};
+  return test::runProgram(arguments, {.standardInput = {}, .outputFile = outputFile});
 }
 
 class CommandLineTest : public testing::Test {
@@ -226,6 +210,9 @@ TEST_F(CommandLineTest, WrongUsageIsTold) {
       {QStringLiteral("convert"), path("a.png"), path("b.png"), path("c.png")},
       {QStringLiteral("info"), QStringLiteral("--fast"), path("a.png")},
       {QStringLiteral("--frobnicate")},
+      {QStringLiteral("run"), path("a.json")},
+      {QStringLiteral("run"), QStringLiteral("--fast"), path("a.json"), path("a.png")},
+      {QStringLiteral("info"), QStringLiteral("--time"), path("a.png")},
   };
   for (const QStringList& arguments : wrong) {
     const Outcome outcome = run(arguments);
