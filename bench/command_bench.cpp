@@ -1,0 +1,196 @@
+// The document's commands as a user feels them: doing each on a photo of 4096 x 4096 pixels, undoing it at
+// once, and undoing and redoing it after the history has been compressed. Times are of the calling thread's
+// wait alone; what happens between is not counted.
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <numbers>
+#include <sstream>
+#include <string>
+
+#include "PhotoLayers.h"
+#include "ResidentMemory.h"
+#include "model/Document.h"
+#include "model/LevelsAdjustment.h"
+#include "tools/LayerTransform.h"
+#include "tools/MagicWand.h"
+#include "tools/SelectionGesture.h"
+
+namespace orvanel {
+namespace {
+
+constexpr int side = 4096;
+constexpr double mebibyte = 1024.0 * 1024.0;
+
+MetalContext& context() {
+  return MetalContext::shared();
+}
+
+const Surface& photo() {
+  static const Texture layer = bench::photoLayer(side, side, bench::Depth::full, 7);
+  return *layer;
+}
+
+/// Layers share the photo's tiles until they are written to.
+DocumentPtr photoDocument(int layers) {
+  DocumentPtr document =
+      Document::createEmpty(QStringLiteral("Photo"), side, side, ColorMode::rgb16, context());
+  LayerNodeList nodes;
+  for (int i = 0; i < layers; ++i) {
+    auto layer = std::make_shared<Layer>(QString::number(i));
+    layer->texture = std::make_shared<Surface>(photo());
+    nodes.emplace_back(std::move(layer));
+  }
+  document->selectedNodeID = nodes.front().id();
+  document->rootNodes = std::move(nodes);
+  return document;
+}
+
+void selectSoftly(const DocumentPtr& document) {
+  SelectionGesture gesture(document, QStringLiteral("Ellipse Select"));
+  gesture.selectShape(SelectionMode::replace, [](Selection& shape) {
+    shape.setEllipse(side / 2.0F, side / 2.0F, side * 0.4F, side * 0.35F, 300.0F, context());
+  });
+  gesture.close();
+}
+
+using Command = std::function<void(const DocumentPtr&)>;
+
+struct Workload {
+  std::string name;
+  Command command;
+  int layers = 1;
+  Command prepare = [](const DocumentPtr&) {};
+};
+
+enum class Phase { doing, undoingAtOnce, undoing, redoing };
+
+double secondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void measure(benchmark::State& state, const Workload& workload, Phase phase) {
+  for (auto _ : state) {
+    const DocumentPtr document = photoDocument(workload.layers);
+    workload.prepare(document);
+    TextureSnapshot::waitForCompression();
+    double seconds = secondsOf([&] { workload.command(document); });
+    if (phase == Phase::undoing || phase == Phase::redoing) TextureSnapshot::waitForCompression();
+    if (phase != Phase::doing) seconds = secondsOf([&] { document->undo(); });
+    if (phase == Phase::redoing) {
+      TextureSnapshot::waitForCompression();
+      seconds = secondsOf([&] { document->redo(); });
+    }
+    state.SetIterationTime(seconds);
+    TextureSnapshot::waitForCompression();
+  }
+}
+
+void transform(const DocumentPtr& document, const std::function<void(LayerTransform&)>& change) {
+  const auto opened = LayerTransform::begin(document, QStringLiteral("Free Transform"));
+  change(*opened);
+  opened->commit();
+}
+
+std::vector<Workload> workloads() {
+  const DisplayColor color{0.2F, 0.5F, 0.7F, 1.0F};
+  return {
+      {"fillEverything", [color](const DocumentPtr& d) { d->fillSelection(color); }},
+      {"clearEverything", [](const DocumentPtr& d) { d->clearActive(); }},
+      {"fillSelected", [color](const DocumentPtr& d) { d->fillSelection(color); }, 1, selectSoftly},
+      {"invert", [](const DocumentPtr& d) { d->invertActive(); }},
+      {"invertSelected", [](const DocumentPtr& d) { d->invertActive(); }, 1, selectSoftly},
+      {"levels",
+       [](const DocumentPtr& d) {
+         auto adjustment = LevelsAdjustment::begin(d);
+         adjustment->apply({.blackPoint = 10.0F, .whitePoint = 240.0F, .gamma = 1.4F});
+         adjustment->commit();
+       }},
+      {"selectAll", [](const DocumentPtr& d) { d->selectAll(); }},
+      {"deselect", [](const DocumentPtr& d) { d->deselect(); }, 1,
+       [](const DocumentPtr& d) { d->selectAll(); }},
+      {"addMask", [](const DocumentPtr& d) { d->addLayerMask(d->activeLayer()); }},
+      {"copy", [](const DocumentPtr& d) { benchmark::DoNotOptimize(d->copyPixels()); }, 1, selectSoftly},
+      {"wand",
+       [](const DocumentPtr& d) {
+         MagicWand::press(d, side / 2, side / 2, SelectionMode::replace, {.tolerance = 60.0F})->release();
+       }},
+      {"move", [](const DocumentPtr& d) { transform(d, [](LayerTransform& t) { t.translate(3, 5); }); }},
+      {"rotate",
+       [](const DocumentPtr& d) {
+         transform(d, [](LayerTransform& t) { t.rotate(std::numbers::pi_v<float> / 18.0F); });
+       }},
+      {"imageSize3000", [](const DocumentPtr& d) { d->resizeImage(3000, 3000, ResampleMethod::bicubic); }},
+      {"imageSize2048", [](const DocumentPtr& d) { d->resizeImage(2048, 2048, ResampleMethod::bicubic); }},
+      {"crop20Layers",
+       [](const DocumentPtr& d) {
+         d->crop({700, 900, 2000, 2000}, QStringLiteral("Crop"));
+       },
+       20},
+      {"canvasSize20Layers", [](const DocumentPtr& d) { d->resizeCanvas(side + 200, side + 200, 0, 0); }, 20},
+      {"colorModeTo8Bits", [](const DocumentPtr& d) { d->changeColorMode(ColorMode::rgb8); }},
+  };
+}
+
+void registerWorkloads() {
+  constexpr std::array<std::pair<const char*, Phase>, 4> phases{{{"do", Phase::doing},
+                                                                 {"undoAtOnce", Phase::undoingAtOnce},
+                                                                 {"undo", Phase::undoing},
+                                                                 {"redo", Phase::redoing}}};
+  for (const Workload& workload : workloads()) {
+    for (const auto& [phaseName, phase] : phases) {
+      if (workload.name == "copy" && phase != Phase::doing) continue;
+      benchmark::RegisterBenchmark(
+          ("command/" + workload.name + "/" + phaseName).c_str(),
+          [workload, phase = phase](benchmark::State& state) { measure(state, workload, phase); })
+          ->Unit(benchmark::kMillisecond)
+          ->UseManualTime()
+          ->Iterations(workload.layers > 1 ? 3 : 7);
+    }
+  }
+}
+
+[[maybe_unused]] const bool areRegistered = (registerWorkloads(), true);
+
+/// The largest resident size since the last `forgetPeak`, in bytes.
+double peakBytes() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line)) {
+    if (line.starts_with("VmHWM:")) return std::stod(line.substr(6)) * 1024.0;
+  }
+  return 0.0;
+}
+
+void forgetPeak() {
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+/// Twenty layers of their own: what the process grows to while their mode changes.
+void changeColorModeMemory(benchmark::State& state) {
+  for (auto _ : state) {
+    const double without = residentBytes();
+    const DocumentPtr document =
+        Document::createEmpty(QStringLiteral("Photos"), side, side, ColorMode::rgb16, context());
+    LayerNodeList nodes;
+    for (std::uint32_t seed = 0; seed < 20; ++seed) {
+      auto layer = std::make_shared<Layer>(QString::number(seed));
+      layer->texture = bench::photoLayer(side, side, bench::Depth::full, 100 + seed);
+      nodes.emplace_back(std::move(layer));
+    }
+    document->rootNodes = std::move(nodes);
+    state.counters["documentMiB"] = (residentBytes() - without) / mebibyte;
+    forgetPeak();
+    state.SetIterationTime(secondsOf([&] { document->changeColorMode(ColorMode::rgb8); }));
+    TextureSnapshot::waitForCompression();
+    state.counters["peakMiB"] = (peakBytes() - without) / mebibyte;
+  }
+}
+BENCHMARK(changeColorModeMemory)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+
+}  // namespace
+}  // namespace orvanel
