@@ -75,17 +75,26 @@ inline Surface filledMask(int width, int height, float value) {
   return mask;
 }
 
-/// Every pixel of `image` replaced by what `rule` makes of it, where `weight` is the selection at it.
+/// Every pixel of a surface replaced by what `rule` makes of it, where `weight` is the mask at it. A pixel
+/// whose alpha becomes 0 is left with no colour; only the weight that changes nothing keeps it as it is.
 inline reference::Image mapped(
-    const Surface& surface, const Surface& weight,
+    const Surface& surface, const Surface& mask, double idleWeight,
     const std::function<reference::Color(const reference::Color&, double weight)>& rule) {
   reference::Image image = reference::imageOf(surface);
   for (int y = 0; y < image.height; ++y) {
     for (int x = 0; x < image.width; ++x) {
-      image.at(x, y) = reference::settled(
-          rule(image.at(x, y), static_cast<double>(reference::maskAt(weight, x, y))), surface.format());
+      const auto weight = static_cast<double>(reference::maskAt(mask, x, y));
+      if (weight == idleWeight) continue;
+      image.at(x, y) = reference::settled(rule(image.at(x, y), weight), surface.format());
     }
   }
+  return image;
+}
+
+/// A surface of canvas size and one colour.
+inline reference::Image plainImage(const reference::Color& color) {
+  reference::Image image(pixelWidth, pixelHeight);
+  for (reference::Color& pixel : image.pixels) pixel = color;
   return image;
 }
 
@@ -168,8 +177,9 @@ inline std::string difference(const SelectionState& a, const SelectionState& b) 
   return a.flags == b.flags ? std::string() : "flags";
 }
 
-inline std::size_t recordCount(const Document& document) {
-  return document.undoStack.operations().size();
+/// Records that are applied, without those to redo.
+inline std::int64_t recordCount(const Document& document) {
+  return document.undoStack.currentIndex.value() + 1;
 }
 
 /// Runs a command that leaves one record of this name, then undo, redo and undo. Each leaves pixels and masks
@@ -177,7 +187,7 @@ inline std::size_t recordCount(const Document& document) {
 inline void expectPixelCycle(Document& document, const QString& actionName,
                              const std::function<void()>& command) {
   const PixelState before = pixelState(document);
-  const std::size_t records = recordCount(document);
+  const std::int64_t records = recordCount(document);
   command();
   ASSERT_EQ(recordCount(document), records + 1);
   EXPECT_EQ(document.undoStack.undoActionName(), actionName);
@@ -219,7 +229,7 @@ inline bool marksThumbnails(Layer& layer, const std::function<void()>& command) 
 inline void expectNothing(Document& document, const std::function<void()>& command) {
   const PixelState before = pixelState(document);
   const SelectionState selectionBefore = selectionState(document);
-  const std::size_t records = recordCount(document);
+  const std::int64_t records = recordCount(document);
   EXPECT_FALSE(marksEdited(document, command));
   EXPECT_EQ(difference(pixelState(document), before), "");
   EXPECT_EQ(difference(selectionState(document), selectionBefore), "");

@@ -1,0 +1,201 @@
+// Masks as a layer's part: adding, applying and removing them.
+#include <gtest/gtest.h>
+
+#include "model/PixelSupport.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+class DocumentMaskTest : public testing::TestWithParam<ColorMode> {
+ protected:
+  [[nodiscard]] bool maskIs(const Surface& expected) const { return maskPixelsOf(*layer).equals(expected); }
+  void giveThumbnail() const {
+    layer->maskThumbnailImage = std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888);
+  }
+
+  std::mt19937 random{29};
+  DocumentPtr document = makeRandomDocument(GetParam(), random);
+  std::shared_ptr<Layer> layer = document->allLayers().front();
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, DocumentMaskTest, testing::ValuesIn(allColorModes), modeName);
+
+TEST_P(DocumentMaskTest, AddedWithoutASelectionItHidesNothing) {
+  expectPixelCycle(*document, "Add Layer Mask", [&] { document->addLayerMask(layer); });
+  document->redo();
+  EXPECT_TRUE(maskIs(filledMask(pixelWidth, pixelHeight, 1.0F)));
+  EXPECT_TRUE(layer->mask.value()->isEnabled.value());
+  EXPECT_FALSE(layer->mask.value()->id.isNull());
+  EXPECT_FALSE(layer->isMaskSelected.value());
+  EXPECT_TRUE(layer->isMaskLinked.value());
+}
+
+TEST_P(DocumentMaskTest, AddedUnderASelectionItEqualsTheSelectionWhichStays) {
+  selectRandomly(*document, random);
+  const SelectionState before = selectionState(*document);
+  expectPixelCycle(*document, "Add Layer Mask", [&] { document->addLayerMask(layer); });
+  document->redo();
+  EXPECT_TRUE(maskIs(selectionMask(*document)));
+  EXPECT_EQ(difference(selectionState(*document), before), "");
+}
+
+TEST_P(DocumentMaskTest, TheNewMaskIsACopyOfTheSelection) {
+  selectRandomly(*document, random);
+  const Surface selected = selectionMask(*document);
+  document->addLayerMask(layer);
+  document->selectAll();
+  EXPECT_TRUE(maskIs(selected));
+  document->context().fillMask(*layer->mask.value()->maskTexture->texture, 0.5F);
+  EXPECT_TRUE(selectionMask(*document).equals(filledMask(pixelWidth, pixelHeight, 1.0F)));
+}
+
+TEST_P(DocumentMaskTest, ASelectionOfNothingHidesNothing) {
+  document->selectAll();
+  document->deselect();
+  document->addLayerMask(layer);
+  EXPECT_TRUE(maskIs(filledMask(pixelWidth, pixelHeight, 1.0F)));
+}
+
+TEST_P(DocumentMaskTest, EachNewMaskHasAnIdentityOfItsOwn) {
+  document->addLayerMask(layer);
+  const QUuid first = layer->mask.value()->id;
+  document->removeLayerMask(layer);
+  document->addLayerMask(layer);
+  EXPECT_NE(layer->mask.value()->id, first);
+}
+
+TEST_P(DocumentMaskTest, ALayerHasOnlyOneMask) {
+  const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
+  expectNothing(*document, [&] { document->addLayerMask(layer); });
+  EXPECT_EQ(layer->mask.value(), mask);
+}
+
+TEST_P(DocumentMaskTest, WithoutASurfaceThereIsNoMask) {
+  for (const bool hasSelection : {false, true}) {
+    if (hasSelection) selectRandomly(*document, random);
+    const PostCounter posts(notification::thumbnailsDidUpdate);
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    expectNothing(*document, [&] { document->addLayerMask(layer); });
+    EXPECT_EQ(posts.count, 0);
+  }
+}
+
+TEST_P(DocumentMaskTest, AnyLayerCanBeGivenAMask) {
+  document->addLayer("Active");
+  document->addLayerMask(layer);
+  EXPECT_NE(layer->mask.value(), nullptr);
+  EXPECT_EQ(document->activeLayer()->mask.value(), nullptr);
+  EXPECT_EQ(activeName(*document), "Active");
+}
+
+TEST_P(DocumentMaskTest, ApplyingMultipliesAlphaAndTakesTheMaskOff) {
+  addRandomMask(*layer, random);
+  const Surface before = pixelsOf(*layer);
+  const Surface mask = maskPixelsOf(*layer);
+  expectPixelCycle(*document, "Apply Layer Mask", [&] { document->applyLayerMask(layer); });
+  document->redo();
+  EXPECT_EQ(layer->mask.value(), nullptr);
+  reference::expectImage(pixelsOf(*layer),
+                         mapped(before, mask, 1.0, [](const reference::Color& old, double m) {
+                           return reference::Color{old[0], old[1], old[2], old[3] * m};
+                         }));
+}
+
+TEST_P(DocumentMaskTest, ApplyingIgnoresSelectionAndDisabling) {
+  addRandomMask(*layer, random);
+  document->applyLayerMask(layer);
+  const Surface applied = pixelsOf(*layer);
+  document->undo();
+  layer->mask.value()->isEnabled = false;
+  selectRect(*document, {1, 1, 5, 5});
+  document->applyLayerMask(layer);
+  EXPECT_TRUE(pixelsOf(*layer).equals(applied));
+}
+
+TEST_P(DocumentMaskTest, RemovingChangesNoPixelsAndUndoBringsTheSameMaskBack) {
+  const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
+  const Surface pixels = pixelsOf(*layer);
+  expectPixelCycle(*document, "Remove Layer Mask", [&] { document->removeLayerMask(layer); });
+  EXPECT_EQ(layer->mask.value(), mask);
+  document->redo();
+  EXPECT_EQ(layer->mask.value(), nullptr);
+  EXPECT_TRUE(pixelsOf(*layer).equals(pixels));
+}
+
+TEST_P(DocumentMaskTest, TakingTheSelectedMaskOffMovesEditsBackToThePixels) {
+  for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
+    addRandomMask(*layer, random);
+    layer->isMaskSelected = true;
+    giveThumbnail();
+    const PostCounter activePosts(notification::activeLayerChanged);
+    const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
+    ((*document).*takeOff)(layer);
+    EXPECT_FALSE(layer->isMaskSelected.value());
+    EXPECT_EQ(layer->activeEditTexture(), layer->texture.value());
+    EXPECT_EQ(layer->maskThumbnailImage.value(), nullptr);
+    EXPECT_EQ(activePosts.count, 1);
+    EXPECT_EQ(thumbnailPosts.count, 1);
+    EXPECT_FALSE(thumbnailPosts.hadObject);
+  }
+}
+
+TEST_P(DocumentMaskTest, TakingAnUnselectedMaskOffSaysNothingOfTheActiveLayer) {
+  for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
+    addRandomMask(*layer, random);
+    const PostCounter posts(notification::activeLayerChanged);
+    ((*document).*takeOff)(layer);
+    EXPECT_EQ(posts.count, 0);
+  }
+}
+
+TEST_P(DocumentMaskTest, AddingTellsOfNewThumbnails) {
+  const PostCounter posts(notification::thumbnailsDidUpdate);
+  document->addLayerMask(layer);
+  EXPECT_EQ(posts.count, 1);
+  EXPECT_FALSE(posts.hadObject);
+}
+
+TEST_P(DocumentMaskTest, EachCommandMarksTheDocument) {
+  EXPECT_TRUE(marksEdited(*document, [&] { document->addLayerMask(layer); }));
+  EXPECT_TRUE(marksEdited(*document, [&] { document->removeLayerMask(layer); }));
+  document->addLayerMask(layer);
+  EXPECT_TRUE(marksThumbnails(
+      *layer, [&] { EXPECT_TRUE(marksEdited(*document, [&] { document->applyLayerMask(layer); })); }));
+}
+
+TEST_P(DocumentMaskTest, WithoutAMaskThereIsNothingToApplyOrRemove) {
+  const PostCounter posts(notification::thumbnailsDidUpdate);
+  expectNothing(*document, [&] {
+    document->applyLayerMask(layer);
+    document->removeLayerMask(layer);
+  });
+  EXPECT_EQ(posts.count, 0);
+}
+
+TEST_P(DocumentMaskTest, WithoutPixelsAMaskIsNotApplied) {
+  addRandomMask(*layer, random);
+  layer->texture = nullptr;
+  expectNothing(*document, [&] { document->applyLayerMask(layer); });
+}
+
+TEST_P(DocumentMaskTest, WithoutASnapshotAMaskIsNotApplied) {
+  addRandomMask(*layer, random);
+  layer->isMaskSelected = true;
+  const tileMemory::ScopedSurfaceFailure failure(0);
+  expectNothing(*document, [&] { document->applyLayerMask(layer); });
+}
+
+TEST_P(DocumentMaskTest, ALockDoesNotHoldThemBack) {
+  layer->isLocked = true;
+  document->addLayerMask(layer);
+  document->removeLayerMask(layer);
+  document->addLayerMask(layer);
+  document->applyLayerMask(layer);
+  EXPECT_EQ(recordCount(*document), 4);
+}
+
+}  // namespace
+}  // namespace orvanel
