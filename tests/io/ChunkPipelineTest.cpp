@@ -65,7 +65,14 @@ TEST(ChunkPipeline, canBeLeftAtAnyPoint) {
 }
 
 TEST(ChunkPipeline, ofNothingIsNoWork) {
-  const ChunkPipeline pipeline(0, 4, numbered);
+  std::atomic<int> made{0};
+  {
+    const ChunkPipeline pipeline(0, 4, [&](int index) {
+      ++made;
+      return numbered(index);
+    });
+  }
+  EXPECT_EQ(made.load(), 0);
 }
 
 }  // namespace
