@@ -1,0 +1,423 @@
+#include "undo/records/PixelOperations.h"
+
+#include <gtest/gtest.h>
+
+#include "model/PixelSupport.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+constexpr Color4 paint{0.2F, 0.4F, 0.6F, 0.8F};
+
+class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
+ protected:
+  void SetUp() override { addRandomMask(*layer, random); }
+
+  [[nodiscard]] const Texture& texture() const { return layer->texture.value(); }
+  [[nodiscard]] const Texture& mask() const { return layer->mask.value()->maskTexture->texture; }
+  [[nodiscard]] const Texture& target(bool useMask) const { return useMask ? mask() : texture(); }
+  [[nodiscard]] const MetalContext& context() const { return document->context(); }
+  [[nodiscard]] std::shared_ptr<TextureSnapshot> capture(const Surface& surface) const {
+    return TextureSnapshot::capture(surface, context());
+  }
+  /// An edit of the target, which stands unchanged yet.
+  [[nodiscard]] PixelEdit edit(bool useMask = false,
+                               const QString& actionName = QStringLiteral("Edit")) const {
+    return {.actionName = actionName,
+            .document = document,
+            .layerID = layer->id,
+            .snapshotBefore = capture(*target(useMask))};
+  }
+  /// Changes the target as no kernel here could.
+  void scribble(bool useMask = false) {
+    Surface& surface = *target(useMask);
+    surface = randomSurface(surface.format(), surface.width(), surface.height(), random);
+  }
+  /// Runs undo, redo and undo on a record at whose side "after" the target now stands.
+  void expectSteps(UndoableOperation& record, const Surface& before, bool useMask = false) const {
+    const Surface after = *target(useMask);
+    ASSERT_FALSE(after.equals(before));
+    for (int round = 0; round < 2; ++round) {
+      EXPECT_TRUE(marksThumbnails(*layer, [&] { record.undo(); }));
+      EXPECT_TRUE(target(useMask)->equals(before));
+      EXPECT_TRUE(marksThumbnails(*layer, [&] { record.redo(); }));
+      EXPECT_TRUE(target(useMask)->equals(after));
+    }
+    record.undo();
+    EXPECT_TRUE(target(useMask)->equals(before));
+  }
+  /// One record of each kind, for what all have in common.
+  [[nodiscard]] std::vector<std::shared_ptr<UndoableOperation>> oneOfEach() const {
+    const auto withResult = [this](auto record) {
+      record->setSnapshotAfter(capture(*texture()));
+      return record;
+    };
+    return {withResult(std::make_shared<BrushStrokeOperation>(edit())),
+            withResult(std::make_shared<EraserStrokeOperation>(edit())),
+            std::make_shared<FillLayerOperation>(edit(), paint, GetParam()),
+            std::make_shared<ClearLayerOperation>(edit(), GetParam()),
+            withResult(std::make_shared<FillSelectionOperation>(edit(), false)),
+            withResult(std::make_shared<LevelsOperation>(edit())),
+            withResult(MoveLayerOperation::create(document, *layer, false)),
+            std::make_shared<InvertLayerOperation>(edit(), GetParam(), nullptr, false)};
+  }
+
+  std::mt19937 random{41};
+  DocumentPtr document = makeRandomDocument(GetParam(), random);
+  std::shared_ptr<Layer> layer = document->allLayers().front();
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, PixelOperationsTest, testing::ValuesIn(allColorModes), modeName);
+
+TEST_P(PixelOperationsTest, StrokesKeepTheirResult) {
+  const Surface before = *texture();
+  auto brush = std::make_shared<BrushStrokeOperation>(edit(false, "Brush"));
+  EXPECT_EQ(brush->actionName(), "Brush");
+  scribble();
+  brush->setSnapshotAfter(capture(*texture()));
+  expectSteps(*brush, before);
+
+  EraserStrokeOperation eraser(edit(false, "Eraser"));
+  EXPECT_EQ(eraser.actionName(), "Eraser");
+  scribble();
+  eraser.setSnapshotAfter(capture(*texture()));
+  expectSteps(eraser, before);
+}
+
+TEST_P(PixelOperationsTest, AStrokeWithoutAResultIsUndoneButNotRedone) {
+  const Surface before = *texture();
+  BrushStrokeOperation record(edit());
+  scribble();
+  record.undo();
+  record.redo();
+  EXPECT_TRUE(texture()->equals(before));
+  EXPECT_EQ(record.snapshotAfter(), nullptr) << "only the lazy ones read it off the surface";
+}
+
+TEST_P(PixelOperationsTest, FillIsCarriedOutByItsFirstRedo) {
+  const Surface before = *texture();
+  Surface expected = before;
+  context().clearTexture(expected, GetParam(), paint);
+  const auto record = std::make_shared<FillLayerOperation>(edit(false, "Fill"), paint, GetParam());
+  document->undoStack.pushAndRedo(record);
+  EXPECT_TRUE(texture()->equals(expected));
+  expectSteps(*record, before);
+}
+
+TEST_P(PixelOperationsTest, FillOfTheMaskLeavesTheLayer) {
+  const Surface before = *mask();
+  const Surface pixels = *texture();
+  FillLayerOperation record(edit(true), 0.25F);
+  record.redo();
+  EXPECT_TRUE(mask()->equals(filledMask(pixelWidth, pixelHeight, 0.25F)));
+  expectSteps(record, before, true);
+  EXPECT_TRUE(texture()->equals(pixels));
+}
+
+TEST_P(PixelOperationsTest, ClearEmptiesTheLayerAgain) {
+  const Surface before = *texture();
+  ClearLayerOperation record(edit(false, "Clear"), GetParam());
+  EXPECT_EQ(record.actionName(), "Clear");
+  record.redo();
+  EXPECT_TRUE(texture()->equals(Surface(texture()->format(), pixelWidth, pixelHeight)));
+  expectSteps(record, before);
+}
+
+TEST_P(PixelOperationsTest, LazyResultsAreReadOffTheSurfaceAtTheFirstUndo) {
+  for (const bool useMask : {false, true}) {
+    const Surface before = *target(useMask);
+    FillSelectionOperation record(edit(useMask), useMask);
+    scribble(useMask);
+    expectSteps(record, before, useMask);
+  }
+  const Surface before = *texture();
+  LevelsOperation record(edit());
+  scribble();
+  expectSteps(record, before);
+}
+
+TEST_P(PixelOperationsTest, TheSecondUndoMakesNoNewCapture) {
+  LevelsOperation record(edit());
+  scribble();
+  const Surface after = *texture();
+  EXPECT_EQ(record.snapshotAfter(), nullptr);
+  record.undo();
+  const std::shared_ptr<TextureSnapshot> captured = record.snapshotAfter();
+  ASSERT_NE(captured, nullptr);
+  record.redo();
+  scribble();
+  record.undo();
+  EXPECT_EQ(record.snapshotAfter(), captured);
+  record.redo();
+  EXPECT_TRUE(texture()->equals(after));
+}
+
+TEST_P(PixelOperationsTest, ALazyRecordThatWasNeverUndoneHasNothingToRedo) {
+  FillSelectionOperation fill(edit(), false);
+  LevelsOperation levels(edit());
+  scribble();
+  const Surface now = *texture();
+  EXPECT_TRUE(marksThumbnails(*layer, [&] { fill.redo(); }));
+  EXPECT_TRUE(marksThumbnails(*layer, [&] { levels.redo(); }));
+  EXPECT_TRUE(texture()->equals(now));
+}
+
+TEST_P(PixelOperationsTest, ALazyResultThatCannotBeCapturedIsLostButTheUndoIsNot) {
+  const Surface before = *texture();
+  LevelsOperation record(edit());
+  scribble();
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    record.undo();
+  }
+  EXPECT_TRUE(texture()->equals(before));
+  record.redo();
+  EXPECT_TRUE(texture()->equals(before));
+}
+
+TEST_P(PixelOperationsTest, InvertBeginsFromThePixelsOfTheTimeWhateverTheSurfaceHolds) {
+  for (const bool useMask : {false, true}) {
+    const Surface before = *target(useMask);
+    InvertLayerOperation record(edit(useMask, "Invert"), GetParam(), nullptr, useMask);
+    if (useMask) {
+      context().invertMask(*mask());
+    } else {
+      context().invertColors(*texture(), GetParam(), nullptr);
+    }
+    const Surface after = *target(useMask);
+    expectSteps(record, before, useMask);
+    scribble(useMask);
+    record.redo();
+    EXPECT_TRUE(target(useMask)->equals(after));
+    record.redo();
+    EXPECT_TRUE(target(useMask)->equals(after)) << "not inverted twice";
+  }
+}
+
+TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
+  document->selectedNodeID = layer->id;
+  selectRandomly(*document, random);
+  const Surface before = *texture();
+  document->invertActive();
+  const Surface after = *texture();
+  document->selection.value()->setRect({3, 3, 5, 5}, 0.0F, context());
+  document->undo();
+  EXPECT_TRUE(texture()->equals(before));
+  document->redo();
+  EXPECT_TRUE(texture()->equals(after));
+  document->selection = nullptr;
+  document->undo();
+  document->redo();
+  EXPECT_TRUE(texture()->equals(after));
+}
+
+TEST_P(PixelOperationsTest, MovesOfLayersAndOfMasks) {
+  for (const bool useMask : {false, true}) {
+    const Surface before = *target(useMask);
+    const Surface other = *target(!useMask);
+    const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, useMask);
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(record->actionName(), "Move");
+    scribble(useMask);
+    record->setSnapshotAfter(capture(*target(useMask)));
+    expectSteps(*record, before, useMask);
+    EXPECT_TRUE(target(!useMask)->equals(other));
+  }
+}
+
+TEST_P(PixelOperationsTest, AMoveTakesAnotherName) {
+  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, false);
+  record->setActionName(QStringLiteral("Rotate"));
+  EXPECT_EQ(record->actionName(), "Rotate");
+}
+
+TEST_P(PixelOperationsTest, AMoveNeedsASurfaceAndItsSnapshot) {
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
+    EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
+  }
+  layer->mask = nullptr;
+  EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
+  layer->texture = nullptr;
+  EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
+}
+
+TEST_P(PixelOperationsTest, AMoveWithoutAResultIsUndoneButNotRedone) {
+  const Surface before = *texture();
+  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, false);
+  scribble();
+  record->undo();
+  record->redo();
+  EXPECT_TRUE(texture()->equals(before));
+}
+
+// Memory.
+
+TEST_P(PixelOperationsTest, AReplayedEditCostsItsSnapshotBeforeOnly) {
+  const auto selection = std::make_shared<Surface>(filledMask(pixelWidth, pixelHeight, 0.5F));
+  const FillLayerOperation fill(edit(), paint, GetParam());
+  const ClearLayerOperation clear(edit(), GetParam());
+  const InvertLayerOperation invert(edit(), GetParam(), selection, false);
+  TextureSnapshot::waitForCompression();
+  const auto alike = capture(*texture());
+  TextureSnapshot::waitForCompression();
+  for (const UndoableOperation* record :
+       {static_cast<const UndoableOperation*>(&fill), static_cast<const UndoableOperation*>(&clear),
+        static_cast<const UndoableOperation*>(&invert)}) {
+    EXPECT_EQ(record->memoryCost(), alike->compressedSize());
+  }
+}
+
+TEST_P(PixelOperationsTest, AStoredResultCostsBothSnapshots) {
+  const PixelEdit begun = edit();
+  BrushStrokeOperation record(begun);
+  TextureSnapshot::waitForCompression();
+  const std::int64_t alone = begun.snapshotBefore->compressedSize();
+  EXPECT_EQ(record.memoryCost(), alone);
+  scribble();
+  const std::shared_ptr<TextureSnapshot> after = capture(*texture());
+  record.setSnapshotAfter(after);
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(record.memoryCost(), alone + after->compressedSize());
+  EXPECT_GT(after->compressedSize(), 0);
+}
+
+TEST_P(PixelOperationsTest, AHistoryThatIsNeverUndoneDoesNotPayForLazyResults) {
+  const PixelEdit begun = edit();
+  FillSelectionOperation record(begun, false);
+  scribble();
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(record.memoryCost(), begun.snapshotBefore->compressedSize());
+  record.undo();
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(record.memoryCost(),
+            begun.snapshotBefore->compressedSize() + record.snapshotAfter()->compressedSize());
+}
+
+TEST_P(PixelOperationsTest, TheCostFallsOnceCompressionIsThrough) {
+  // Smooth pixels, which compress.
+  Surface& pixels = *texture();
+  for (int index = 0; index < pixels.tileCount(); ++index) {
+    std::byte* bytes = pixels.editTile(index);
+    for (std::size_t i = 0; i < pixels.tileBytes(); ++i) bytes[i] = static_cast<std::byte>(i / 4096);
+  }
+  const FillLayerOperation record(edit(), paint, GetParam());
+  TextureSnapshot::waitForCompression();
+  EXPECT_LT(record.memoryCost(), pixels.byteSize());
+}
+
+// What isn't there is passed over.
+
+TEST_P(PixelOperationsTest, RecordsLeaveTheDocumentsFlagsToTheDocument) {
+  for (const std::shared_ptr<UndoableOperation>& record : oneOfEach()) {
+    EXPECT_FALSE(marksEdited(*document, [&] {
+      record->redo();
+      record->undo();
+    }));
+  }
+}
+
+TEST_P(PixelOperationsTest, ALayerDeepInTheTreeIsFound) {
+  document->addFolder("F");
+  document->addFolder("G");
+  document->moveNode(layer->id, document->activeNode()->id());
+  ASSERT_EQ(treeText(*document), "F[G[Background]]");
+  const Surface before = *texture();
+  for (const std::shared_ptr<UndoableOperation>& record : oneOfEach()) {
+    scribble();
+    record->undo();
+    EXPECT_TRUE(texture()->equals(before));
+  }
+}
+
+TEST_P(PixelOperationsTest, AnAbsentLayerIsLeftAloneUntilItComesBack) {
+  document->addLayer("Other");
+  const std::vector<std::shared_ptr<UndoableOperation>> records = oneOfEach();
+  const Surface before = *texture();
+  document->removeNode(layer->id);
+  scribble();
+  const Surface scribbled = *texture();
+  for (const std::shared_ptr<UndoableOperation>& record : records) {
+    EXPECT_FALSE(marksThumbnails(*layer, [&] {
+      record->redo();
+      record->undo();
+    }));
+    EXPECT_TRUE(texture()->equals(scribbled));
+  }
+  document->undo();
+  for (const std::shared_ptr<UndoableOperation>& record : records) {
+    scribble();
+    record->undo();
+    EXPECT_TRUE(texture()->equals(before));
+  }
+}
+
+TEST_P(PixelOperationsTest, WithoutPixelsOrAsAFolderNothingHappens) {
+  const std::vector<std::shared_ptr<UndoableOperation>> records = oneOfEach();
+  document->addFolder("F");
+  PixelEdit ofFolder = edit();
+  ofFolder.layerID = document->activeNode()->id();
+  FillLayerOperation onFolder(ofFolder, paint, GetParam());
+  onFolder.redo();
+  onFolder.undo();
+  layer->texture = nullptr;
+  for (const std::shared_ptr<UndoableOperation>& record : records) {
+    EXPECT_FALSE(marksThumbnails(*layer, [&] {
+      record->undo();
+      record->redo();
+    }));
+  }
+}
+
+TEST_P(PixelOperationsTest, AFillOfAMaskThatIsGoneDoesNothingWhileTheHistoryMovesOn) {
+  document->selectedNodeID = layer->id;
+  layer->isMaskSelected = true;
+  document->fillSelection(DisplayColor::white());
+  document->selectAll();
+  document->fillSelection(DisplayColor::black());
+  const PixelState filled = pixelState(*document);
+  const std::shared_ptr<LayerMask> removed = layer->mask.value();
+  layer->mask = nullptr;
+  const Surface pixels = *texture();
+  for (std::int64_t index = document->undoStack.currentIndex.value(); index >= 0; --index) {
+    document->undo();
+    EXPECT_EQ(document->undoStack.currentIndex.value(), index - 1);
+  }
+  for (int i = 0; i < 3; ++i) document->redo();
+  EXPECT_EQ(document->undoStack.currentIndex.value(), 2);
+  EXPECT_TRUE(texture()->equals(pixels)) << "nothing meant for the mask reaches the layer";
+  layer->mask = removed;
+  EXPECT_EQ(difference(pixelState(*document), filled), "");
+}
+
+TEST_P(PixelOperationsTest, ARecordOfAMaskFollowsTheLayersMask) {
+  const Surface before = *mask();
+  document->selectedNodeID = layer->id;
+  layer->isMaskSelected = true;
+  document->fillSelection(DisplayColor::black());
+  const std::shared_ptr<LayerMask> old = layer->mask.value();
+  document->crop({0, 0, 20, 20}, "Crop");
+  document->undo();
+  ASSERT_NE(layer->mask.value(), old);
+  document->undo();
+  EXPECT_TRUE(mask()->equals(before));
+}
+
+TEST_P(PixelOperationsTest, StepsOfAClosedDocumentDoNothing) {
+  const std::vector<std::shared_ptr<UndoableOperation>> records = oneOfEach();
+  scribble();
+  const Surface now = *texture();
+  document.reset();
+  for (const std::shared_ptr<UndoableOperation>& record : records) {
+    record->undo();
+    record->redo();
+    EXPECT_TRUE(texture()->equals(now));
+  }
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,142 @@
+#include "undo/records/SelectionChangeOperation.h"
+
+#include <gtest/gtest.h>
+
+#include "model/PixelSupport.h"
+#include "raster/TileMemory.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+class SelectionChangeOperationTest : public testing::Test {
+ protected:
+  void SetUp() override { selectRandomly(*document, random); }
+  [[nodiscard]] SelectionState now() const { return selectionState(*document); }
+  [[nodiscard]] std::shared_ptr<SelectionChangeOperation> begin() const {
+    return SelectionChangeOperation::create(QStringLiteral("Lasso"), document);
+  }
+
+  std::mt19937 random{43};
+  DocumentPtr document = makeDocument(pixelWidth, pixelHeight);
+};
+
+TEST_F(SelectionChangeOperationTest, BringsBackMaskAndFlagsOfBothSides) {
+  const SelectionState before = now();
+  const auto record = begin();
+  EXPECT_EQ(record->actionName(), "Lasso");
+  document->selection.value()->selectAll(document->context());
+  const SelectionState after = now();
+  record->captureAfter();
+  for (int round = 0; round < 2; ++round) {
+    record->undo();
+    EXPECT_EQ(difference(now(), before), "");
+    record->redo();
+    EXPECT_EQ(difference(now(), after), "");
+  }
+}
+
+TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndTouchesNoFlagOfTheDocument) {
+  const std::shared_ptr<Selection> selection = document->selection.value();
+  const Texture surface = selection->maskTexture->texture;
+  const auto record = begin();
+  record->captureAfter();
+  EXPECT_FALSE(marksEdited(*document, [&] {
+    record->undo();
+    record->redo();
+  }));
+  EXPECT_EQ(document->selection.value(), selection);
+  EXPECT_EQ(selection->maskTexture->texture, surface);
+}
+
+TEST_F(SelectionChangeOperationTest, WithoutAStateAfterARedoChangesNothing) {
+  const SelectionState before = now();
+  const auto record = begin();
+  document->selection.value()->clear(document->context());
+  const SelectionState changed = now();
+  record->redo();
+  EXPECT_EQ(difference(now(), changed), "");
+  record->undo();
+  EXPECT_EQ(difference(now(), before), "");
+}
+
+TEST_F(SelectionChangeOperationTest, ALaterStateAfterReplacesAnEarlierOne) {
+  const auto record = begin();
+  document->selection.value()->selectAll(document->context());
+  record->captureAfter();
+  selectRect(*document, {3, 4, 50, 60});
+  const SelectionState last = now();
+  record->captureAfter();
+  record->undo();
+  record->redo();
+  EXPECT_EQ(difference(now(), last), "");
+}
+
+TEST_F(SelectionChangeOperationTest, NeedsASelectionAndItsSnapshot) {
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    EXPECT_EQ(begin(), nullptr);
+  }
+  document->selection = nullptr;
+  EXPECT_EQ(begin(), nullptr);
+}
+
+TEST_F(SelectionChangeOperationTest, WithoutASelectionNothingHappens) {
+  const auto record = begin();
+  const std::shared_ptr<Selection> selection = document->selection.value();
+  selection->selectAll(document->context());
+  record->captureAfter();
+  const SelectionState all = now();
+  document->selection = nullptr;
+  record->captureAfter();
+  record->undo();
+  record->redo();
+  EXPECT_EQ(document->selection.value(), nullptr);
+  document->selection = selection;
+  EXPECT_EQ(difference(now(), all), "");
+  record->undo();
+  record->redo();
+  EXPECT_EQ(difference(now(), all), "") << "the state after is still the one that was captured";
+}
+
+TEST_F(SelectionChangeOperationTest, GoesToTheSelectionOfTheMoment) {
+  const SelectionState before = now();
+  const auto record = begin();
+  document->crop({0, 0, 40, 50}, "Crop");
+  record->undo();
+  Surface part(maskPixelFormat, 40, 50);
+  copyPixels(*before.mask, part.bounds(), part, 0, 0);
+  EXPECT_TRUE(selectionMask(*document).equals(part));
+  EXPECT_EQ(document->selection.value()->flags(), before.flags);
+}
+
+TEST_F(SelectionChangeOperationTest, AClosedDocumentEndsItQuietly) {
+  const auto record = begin();
+  const std::shared_ptr<Selection> selection = document->selection.value();
+  selection->selectAll(document->context());
+  record->captureAfter();
+  document.reset();
+  record->captureAfter();
+  record->undo();
+  EXPECT_TRUE(selection->isFullSelection.value());
+  selection->restoreFlags({});
+  record->redo();
+  EXPECT_FALSE(selection->isFullSelection.value());
+}
+
+TEST_F(SelectionChangeOperationTest, CostsItsSnapshots) {
+  const auto record = begin();
+  const auto before = TextureSnapshot::capture(selectionMask(*document), document->context());
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(record->memoryCost(), before->compressedSize());
+  EXPECT_GT(record->memoryCost(), 0);
+  selectRandomly(*document, random);
+  record->captureAfter();
+  const auto after = TextureSnapshot::capture(selectionMask(*document), document->context());
+  TextureSnapshot::waitForCompression();
+  EXPECT_EQ(record->memoryCost(), before->compressedSize() + after->compressedSize());
+}
+
+}  // namespace
+}  // namespace orvanel
