@@ -28,8 +28,9 @@ RowCoverage::const_iterator runAt(const RowCoverage& row, int x) {
 Stretch stretchOf(const RowCoverage& row, int begin, int end) {
   const auto run = runAt(row, begin);
   if (run == row.end() || run->begin >= end) return Stretch::empty;
-  const bool isFull = run->begin <= begin && run->end >= end && run->value == 1.0F;
-  return isFull ? Stretch::full : Stretch::mixed;
+  const bool isEven = run->begin <= begin && run->end >= end;
+  if (isEven && run->value == 0.0F) return Stretch::empty;
+  return isEven && run->value == 1.0F ? Stretch::full : Stretch::mixed;
 }
 
 void setTileTo(Surface& mask, int index, Stretch stretch) {
@@ -37,27 +38,37 @@ void setTileTo(Surface& mask, int index, Stretch stretch) {
 }
 
 /// How many floats beyond its end `spreadRow` may write.
-constexpr int spreadSlack = 8;
+constexpr int spreadSlack = 16;
 
-/// Columns [begin, begin + count) as floats.
-void spreadRow(const RowCoverage& row, int begin, int count, float* out) {
-  // Along slanting edges runs are short, and eight floats at once are sooner written than counted. What
+/// Columns [begin, begin + count) as floats. `from` is a run that begins no further right; gives the one
+/// that the columns end in.
+RowCoverage::const_iterator spreadRow(const RowCoverage& row, RowCoverage::const_iterator from, int begin,
+                                      int count, float* out) {
+  // Along slanting edges runs are short, and sixteen floats at once are sooner written than counted. What
   // a run has too many is written over by what follows it.
-  const auto fill = [&](int from, int to, float value) {
-    for (; from < to; from += spreadSlack) std::fill_n(out + from, spreadSlack, value);
+  const auto fill = [out](int first, int last, float value) {
+    for (; first < last; first += spreadSlack) std::fill_n(out + first, spreadSlack, value);
   };
   int filled = 0;
-  for (auto run = runAt(row, begin); run != row.end() && run->begin < begin + count; ++run) {
-    const int first = std::max(run->begin - begin, 0);
-    const int last = std::min(run->end - begin, count);
-    fill(filled, first, 0.0F);
-    fill(first, last, run->value);
+  const auto end = row.end();
+  for (; from != end && from->end <= begin; ++from) {
+  }
+  for (; from != end && from->begin < begin + count; ++from) {
+    const int first = std::max(from->begin - begin, 0);
+    const int last = std::min(from->end - begin, count);
+    if (filled < first) fill(filled, first, 0.0F);
+    fill(first, last, from->value);
     filled = last;
+    if (from->end >= begin + count) return from;
   }
   fill(filled, count, 0.0F);
+  return from;
 }
 
-void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows) {
+/// Where the writing of tiles from left to right has come to in each row of a band.
+using RowCursors = std::array<RowCoverage::const_iterator, tileSide>;
+
+void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows, RowCursors& cursors) {
   const PixelRect rect = mask.tileRect(index);
   Stretch stretch = stretchOf(rows[0], rect.x, rect.x + rect.width);
   for (int y = 1; y < rect.height && stretch != Stretch::mixed; ++y) {
@@ -66,8 +77,8 @@ void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows) {
   if (stretch != Stretch::mixed) return setTileTo(mask, index, stretch);
   auto* out = reinterpret_cast<std::uint16_t*>(mask.overwriteTile(index));
   alignas(64) float values[tileSide + spreadSlack] = {};
-  for (int y = 0; y < rect.height; ++y) {
-    spreadRow(rows[static_cast<std::size_t>(y)], rect.x, rect.width, values);
+  for (std::size_t y = 0; y < rows.size(); ++y) {
+    cursors[y] = spreadRow(rows[y], cursors[y], rect.x, rect.width, values);
     storeCoverageRow(values, out + y * tileSide);
   }
   std::fill(out + rect.height * tileSide, out + tilePixels, std::uint16_t{0});
@@ -127,7 +138,7 @@ class ColumnBlur {
     }
     const int before = first - (left - kernel_.reach);
     const int count = last - first;
-    spreadRow(row, first, count, spread_.data() + before);
+    spreadRow(row, runAt(row, first), first, count, spread_.data() + before);
     std::fill_n(spread_.begin(), before, spread_[static_cast<std::size_t>(before)]);
     std::fill(spread_.begin() + before + count, spread_.end(),
               spread_[static_cast<std::size_t>(before + count - 1)]);
@@ -180,8 +191,10 @@ void writeCoverage(Surface& mask, const BandCoverage& shape) {
     const std::span<RowCoverage> rows = std::span(memory.local()).first(count);
     for (RowCoverage& row : rows) row.clear();
     shape(firstRow, rows);
+    RowCursors cursors;
+    for (std::size_t y = 0; y < count; ++y) cursors[y] = rows[y].begin();
     for (int tileX = 0; tileX < mask.tilesAcross(); ++tileX) {
-      writeTile(mask, mask.tileIndex(tileX, tileY), rows);
+      writeTile(mask, mask.tileIndex(tileX, tileY), rows, cursors);
     }
   });
 }

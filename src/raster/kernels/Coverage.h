@@ -15,7 +15,7 @@ namespace orvanel::kernels {
 struct CoverageRun {
   int begin = 0;
   int end = 0;
-  float value = 0.0F;  ///< 0 to 1; 1 means wholly
+  float value = 0.0F;  ///< 0 to 1; 0 means not at all, 1 wholly
 };
 
 /// Runs from left to right, within the canvas; what lies between them is not covered.

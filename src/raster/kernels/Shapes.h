@@ -41,7 +41,9 @@ class PolygonShape {
   /// From its upper end to its lower one; never horizontal.
   struct Edge {
     Edge(const ShapePoint& a, const ShapePoint& b);
-    [[nodiscard]] double xAt(double y) const;
+    [[nodiscard]] double xAt(double y) const {
+      return y >= lower.y ? lower.x : upper.x + slope * (y - upper.y);
+    }
     ShapePoint upper;
     ShapePoint lower;
     double slope;
