@@ -154,6 +154,30 @@ TEST_F(DocumentIOTest, valuesThatAreNoNumbersKeepTheirBytes) {
   EXPECT_FALSE(read.tile(1).has(TileTrait::irregular));
 }
 
+TEST_F(DocumentIOTest, valueOfAMaskBeyondZeroToOneIsNoticedAnywhere) {
+  // Nine halves: whoever looks at several at a time has one left over.
+  const DocumentPtr document = richDocument(ColorMode::rgb16, 3, 3);
+  const std::shared_ptr<LayerMask> mask = testing::scribbledMask(*document, 1);
+  document->rootNodes.value()[0].layer()->mask = mask;
+  Surface& values = *mask->maskTexture->texture;
+  const auto isMarkedWhen = [&](std::uint16_t half, int place) {
+    values.fill(0x3C00);
+    values.writeRect({place % 3, place / 3, 1, 1}, reinterpret_cast<const std::byte*>(&half), 2);
+    if (!save(document)) return false;
+    const auto loaded = load();
+    if (!loaded) return false;
+    const Texture read = (*loaded)->rootNodes.value()[0].layer()->mask.value()->maskTexture->texture;
+    EXPECT_TRUE(read->equals(values));
+    return read->tile(0).has(TileTrait::irregular);
+  };
+  for (const int place : {0, 3, 4, 8}) {
+    for (const std::uint16_t regular : {0x0001, 0x3BFF}) EXPECT_FALSE(isMarkedWhen(regular, place)) << place;
+    for (const std::uint16_t irregular : {0x3C01, 0x7C00, 0x7E00, 0x8000, 0xFFFF}) {
+      EXPECT_TRUE(isMarkedWhen(irregular, place)) << place << ", " << irregular;
+    }
+  }
+}
+
 TEST_F(DocumentIOTest, savesOverAnOlderFile) {
   ASSERT_TRUE(save(richDocument(ColorMode::rgb8)).has_value());
   const DocumentPtr second = richDocument(ColorMode::grayscale16);
