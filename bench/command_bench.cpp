@@ -33,14 +33,22 @@ const Surface& photo() {
   return *layer;
 }
 
-/// Layers share the photo's tiles until they are written to.
+/// Bytes of its own: once an edit has replaced them, only the history knows them.
+Surface copiedPhoto() {
+  Surface copy = photo();
+  for (int index = 0; index < copy.tileCount(); ++index) static_cast<void>(copy.editTile(index));
+  return copy;
+}
+
+/// Layers share one copy of the photo until they are written to.
 DocumentPtr photoDocument(int layers) {
+  const Surface pixels = copiedPhoto();
   DocumentPtr document =
       Document::createEmpty(QStringLiteral("Photo"), side, side, ColorMode::rgb16, context());
   LayerNodeList nodes;
   for (int i = 0; i < layers; ++i) {
     auto layer = std::make_shared<Layer>(QString::number(i));
-    layer->texture = std::make_shared<Surface>(photo());
+    layer->texture = std::make_shared<Surface>(pixels);
     nodes.emplace_back(std::move(layer));
   }
   document->selectedNodeID = nodes.front().id();

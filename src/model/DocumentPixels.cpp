@@ -52,7 +52,7 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   PixelEdit edit{.actionName = actionName,
                  .document = shared_from_this(),
                  .layerID = layer->id,
-                 .snapshotBefore = TextureSnapshot::capture(*target, context_)};
+                 .snapshotBefore = TextureSnapshot::captureReady(*target, context_)};
   if (edit.snapshotBefore == nullptr) return;
 
   const ColorMode mode = colorMode.value();
@@ -89,7 +89,7 @@ void Document::invertActive() {
   PixelEdit edit{.actionName = QStringLiteral("Invert"),
                  .document = shared_from_this(),
                  .layerID = layer->id,
-                 .snapshotBefore = TextureSnapshot::capture(*target, context_)};
+                 .snapshotBefore = TextureSnapshot::captureReady(*target, context_)};
   if (edit.snapshotBefore == nullptr) return;
 
   const ColorMode mode = colorMode.value();
@@ -172,7 +172,7 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   const Texture& pixels = layer->texture.value();
   if (mask == nullptr || pixels == nullptr) return;
-  std::shared_ptr<TextureSnapshot> before = TextureSnapshot::capture(*pixels, context_);
+  std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
   context_.applyLayerMask(*pixels, *mask->maskTexture->texture, colorMode.value());
   dropMask(*layer);

@@ -77,7 +77,7 @@ LevelsHistogram levelsHistogram(const Surface& pixels) {
 std::optional<LevelsAdjustment> LevelsAdjustment::begin(const DocumentPtr& document) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return std::nullopt;
-  auto before = TextureSnapshot::capture(*layer->texture.value(), document->context());
+  auto before = TextureSnapshot::captureReady(*layer->texture.value(), document->context());
   if (before == nullptr) return std::nullopt;
   return LevelsAdjustment(document, *layer, std::move(before));
 }
@@ -114,7 +114,7 @@ void LevelsAdjustment::commit() {
                                                             .document = document,
                                                             .layerID = layerID_,
                                                             .snapshotBefore = snapshotBefore_});
-  record->setSnapshotAfter(TextureSnapshot::capture(*target->texture.value(), document->context()));
+  record->setSnapshotAfter(TextureSnapshot::captureReady(*target->texture.value(), document->context()));
   document->undoStack.push(std::move(record));
   document->isDirty = true;
   document->needsCompositing = true;

@@ -70,7 +70,7 @@ void LayerTransform::transform(const QTransform& matrix) {
 
 void LayerTransform::commit() {
   if (undoOp_ != nullptr) {
-    undoOp_->setSnapshotAfter(TextureSnapshot::capture(live(), document_->context()));
+    undoOp_->setSnapshotAfter(TextureSnapshot::captureReady(live(), document_->context()));
     document_->undoStack.push(std::exchange(undoOp_, nullptr));
   }
   layer_->markThumbnailsDirty();

@@ -27,9 +27,10 @@ struct TextureSnapshot::Contents {
   int pixelBytes = 0;
 
   mutable std::mutex lock;  ///< guards what follows
-  std::vector<Tile> tiles;
+  std::vector<Tile> tiles;  ///< raw or uniform; empty where only the compressed twin is held
   std::vector<std::shared_ptr<CompressedTile>> compressed;
   bool isCompressed = false;
+  bool isReady = false;
   std::int64_t sumOfShares = 0;  ///< as of `sumGeneration`
   std::uint64_t sumGeneration = ~std::uint64_t{0};
 
@@ -52,19 +53,30 @@ struct TextureSnapshot::Contents {
     twin->addHolder();
     const std::lock_guard guard(lock);
     compressed[index] = std::move(twin);
-    tiles[index] = Tile();
+    if (!isReady) tiles[index] = Tile();
   }
 
   /// A held tile; a compressed one that equals `standing` is not decompressed.
-  [[nodiscard]] Tile tileLike(std::size_t index, const Tile& standing) const {
+  [[nodiscard]] Tile tileLike(std::size_t index, const Tile& standing) {
     std::shared_ptr<CompressedTile> twin;
     {
       const std::lock_guard guard(lock);
-      if (compressed[index] == nullptr) return tiles[index];
+      if (compressed[index] == nullptr || !tiles[index].isUniform()) return tiles[index];
       twin = compressed[index];
     }
-    if (!standing.isUniform() && standing.version() == twin->version()) return standing;
-    return twin->restored();
+    const bool isStanding = !standing.isUniform() && standing.version() == twin->version();
+    Tile tile = isStanding ? standing : twin->restored();
+    const std::lock_guard guard(lock);
+    if (isReady) tiles[index] = tile;
+    return tile;
+  }
+
+  void setReady(bool ready) {
+    const std::lock_guard guard(lock);
+    if (std::exchange(isReady, ready) == ready || ready) return;
+    for (std::size_t index = 0; index < tileCount(); ++index) {
+      if (compressed[index] != nullptr) tiles[index] = Tile();
+    }
   }
 
   /// Compresses the tiles from `first` on, a few at a time; ends quietly once the snapshot is gone.
@@ -96,6 +108,13 @@ std::shared_ptr<TextureSnapshot> TextureSnapshot::capture(const Surface& texture
   }
   std::shared_ptr<TextureSnapshot> snapshot(new TextureSnapshot(texture, region));
   Contents::compressInBackground(snapshot->contents_, 0);
+  return snapshot;
+}
+
+std::shared_ptr<TextureSnapshot> TextureSnapshot::captureReady(const Surface& texture,
+                                                               const MetalContext& context) {
+  std::shared_ptr<TextureSnapshot> snapshot = capture(texture, context);
+  if (snapshot != nullptr) snapshot->setReady(true);
   return snapshot;
 }
 
@@ -145,7 +164,7 @@ std::int64_t TextureSnapshot::compressedSize() const {
 
 void TextureSnapshot::restore(Surface& destination, const MetalContext& /*context*/) const {
   if (destination.format() != pixelFormat_) return;
-  const Contents& contents = *contents_;
+  Contents& contents = *contents_;
   tbb::parallel_for(std::size_t{0}, contents.tileCount(), [&](std::size_t index) {
     const int tileX = contents.firstTileX + static_cast<int>(index) % contents.tilesAcross;
     const int tileY = contents.firstTileY + static_cast<int>(index) / contents.tilesAcross;
@@ -168,8 +187,12 @@ void TextureSnapshot::restore(Surface& destination, const MetalContext& /*contex
   });
 }
 
+void TextureSnapshot::setReady(bool isReady) {
+  contents_->setReady(isReady && uncompressedSize() <= mostReadyBytes);
+}
+
 std::vector<std::byte> TextureSnapshot::decompressedData() const {
-  const Contents& contents = *contents_;
+  Contents& contents = *contents_;
   const auto rowBytes =
       static_cast<std::size_t>(region_.width) * static_cast<std::size_t>(contents.pixelBytes);
   std::vector<std::byte> rows(rowBytes * static_cast<std::size_t>(region_.height));

@@ -21,6 +21,9 @@ class TextureSnapshot {
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> capture(const Surface& texture,
                                                                 const PixelRect& region,
                                                                 const MetalContext& context);
+  /// As `capture`, and ready at once: for records that are about to be pushed.
+  [[nodiscard]] static std::shared_ptr<TextureSnapshot> captureReady(const Surface& texture,
+                                                                     const MetalContext& context);
   ~TextureSnapshot();
   TextureSnapshot(const TextureSnapshot&) = delete;
   TextureSnapshot& operator=(const TextureSnapshot&) = delete;
@@ -41,6 +44,12 @@ class TextureSnapshot {
   /// Puts the pixels back where they were taken. Tiles that still stand unchanged cost nothing.
   /// The format is the captured one; a region beyond the destination is clipped.
   void restore(Surface& destination, const MetalContext& context) const;
+  /// Whether raw tiles are kept beside the compressed ones from now on, so that restoring puts tiles back
+  /// without decompressing. Not so at first, and never for more than `mostReadyBytes`. The raw tiles are a
+  /// cache and don't count in `compressedSize`.
+  void setReady(bool isReady);
+  static constexpr std::int64_t mostReadyBytes = std::int64_t{512} << 20;
+
   /// The packed raw rows.
   [[nodiscard]] std::vector<std::byte> decompressedData() const;
 

@@ -9,6 +9,7 @@ void UndoStack::push(Record operation) {
   dropRedoTail();
   append(std::move(operation));
   enforceLimits();
+  positionChanged();
 }
 
 void UndoStack::pushAndRedo(Record operation) {
@@ -17,6 +18,7 @@ void UndoStack::pushAndRedo(Record operation) {
   append(std::move(operation));
   applied->redo();
   enforceLimits();
+  positionChanged();
 }
 
 void UndoStack::pushOpacityChange(Record operation) {
@@ -31,6 +33,7 @@ void UndoStack::pushOpacityChange(Record operation) {
   }
   applied->redo();
   enforceLimits();
+  positionChanged();
 }
 
 void UndoStack::undo() {
@@ -38,6 +41,7 @@ void UndoStack::undo() {
   const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
   record->undo();
   currentIndex = currentIndex.value() - 1;
+  positionChanged();
 }
 
 void UndoStack::redo() {
@@ -45,6 +49,7 @@ void UndoStack::redo() {
   currentIndex = currentIndex.value() + 1;
   const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
   record->redo();
+  positionChanged();
 }
 
 std::optional<QString> UndoStack::undoActionName() const {
@@ -86,6 +91,21 @@ std::int64_t UndoStack::totalMemoryCost() const {
   std::int64_t cost = 0;
   for (const Record& record : operations_) cost += record->memoryCost();
   return cost;
+}
+
+void UndoStack::positionChanged() {
+  const auto recordAt = [this](std::int64_t index) {
+    return index >= 0 && index < std::ssize(operations_) ? operations_[static_cast<std::size_t>(index)]
+                                                         : nullptr;
+  };
+  std::array<Record, 2> beside{recordAt(currentIndex.value()), recordAt(currentIndex.value() + 1)};
+  for (const Record& record : ready_) {
+    if (record != nullptr && record != beside[0] && record != beside[1]) record->setReady(false);
+  }
+  for (const Record& record : beside) {
+    if (record != nullptr) record->setReady(true);
+  }
+  ready_ = std::move(beside);
 }
 
 void UndoStack::dropRedoTail() {

@@ -4,6 +4,7 @@
 
 #include <QProperty>
 #include <QString>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -50,9 +51,12 @@ class UndoStack {
   void dropRedoTail();
   void append(Record operation);
   void evictOldest(std::int64_t count);
+  /// Tells records of the position's coming and going.
+  void positionChanged();
   void operationsChanged() { revision = revision.value() + 1; }
 
   std::vector<Record> operations_;
+  std::array<Record, 2> ready_;  ///< the records before and behind the position
 };
 
 }  // namespace orvanel

@@ -20,6 +20,10 @@ class UndoableOperation {
   /// Bytes the record holds now; falls as its snapshots finish compressing.
   [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
 
+  /// Told when the history's position comes beside the record, and when it goes: the next step may be over
+  /// it, so it should be quick, at the price of some memory.
+  virtual void setReady(bool isReady) { (void)isReady; }
+
   /// The one record that stands for this one followed by `next`, or null when the two stay apart.
   [[nodiscard]] virtual std::shared_ptr<UndoableOperation> coalescedWith(
       const UndoableOperation& next) const {

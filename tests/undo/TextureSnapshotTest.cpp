@@ -263,5 +263,24 @@ TEST_F(TextureSnapshots, ALargerDestinationGetsTheRegionAndKeepsTheRest) {
   EXPECT_EQ(larger.pixelAt(10, 200), 0x11223344U);
 }
 
+TEST_F(TextureSnapshots, AReadySnapshotPutsBackTheVeryTilesThatItTook) {
+  Surface surface = photo(PixelFormat::rgba16Float, 200, 150);
+  const std::uint64_t version = surface.tile(0).version();
+  const auto snapshot = TextureSnapshot::captureReady(surface, context);
+  TextureSnapshot::waitForCompression();
+  EXPECT_TRUE(snapshot->isCompressed());
+  context.clearTexture(surface, ColorMode::rgb16, {});
+  const std::size_t whileReady = tileMemory::bytesInUse();
+  snapshot->setReady(false);
+  EXPECT_LT(tileMemory::bytesInUse(), whileReady);
+  snapshot->setReady(true);
+  snapshot->restore(surface, context);
+  EXPECT_EQ(surface.tile(0).version(), version);
+  EXPECT_TRUE(surface.equals(photo(PixelFormat::rgba16Float, 200, 150)));
+  // What was decompressed once is at hand from then on.
+  context.clearTexture(surface, ColorMode::rgb16, {});
+  EXPECT_EQ(tileMemory::bytesInUse(), whileReady);
+}
+
 }  // namespace
 }  // namespace orvanel

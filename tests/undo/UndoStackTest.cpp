@@ -26,7 +26,10 @@ class LoggedOperation : public UndoableOperation {
     return std::make_shared<LoggedOperation>(name_ + QChar(u'+') + next.actionName(), cost_, log_);
   }
 
+  void setReady(bool ready) override { isReady = ready; }
+
   std::function<void()> onStep;
+  bool isReady = false;
 
  private:
   void note(const QString& verb) {
@@ -229,6 +232,30 @@ TEST_F(UndoStackTest, ObserversHearOfEveryChangeOfTheRecords) {
   EXPECT_EQ(changes, 2);
   stack.push(record("z"));
   EXPECT_EQ(changes, 4);
+}
+
+TEST_F(UndoStackTest, TheRecordsBesideThePositionAreKeptReady) {
+  std::vector<std::shared_ptr<LoggedOperation>> records;
+  const auto ready = [&records] {
+    QString marks;
+    for (const auto& operation : records) marks += operation->isReady ? u'x' : u'-';
+    return marks;
+  };
+  for (const char* name : {"a", "b", "c"}) {
+    records.push_back(record(QString::fromUtf8(name)));
+    stack.push(records.back());
+  }
+  EXPECT_EQ(ready(), "--x");
+  stack.undo();
+  EXPECT_EQ(ready(), "-xx");
+  stack.undo();
+  EXPECT_EQ(ready(), "xx-");
+  stack.undo();
+  EXPECT_EQ(ready(), "x--");
+  stack.redo();
+  EXPECT_EQ(ready(), "xx-");
+  stack.push(record(QStringLiteral("d")));
+  EXPECT_EQ(ready(), "---");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "undo/records/CanvasOperations.h"
 
+#include <QHash>
 #include <numeric>
 #include <utility>
 
@@ -12,16 +13,30 @@ std::int64_t costOf(const SnapshotList& list) {
       [](std::int64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->compressedSize(); });
 }
 
-std::shared_ptr<Layer> findLayer(const Document& document, const QUuid& layerID) {
-  const std::optional<LayerNode> node = document.findNode(layerID);
-  return node ? node->layer() : nullptr;
+std::int64_t rawSizeOf(const SnapshotList& list) {
+  return std::accumulate(
+      list.begin(), list.end(), std::int64_t{0},
+      [](std::int64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->uncompressedSize(); });
+}
+
+void setAllReady(const SnapshotList& list, bool isReady) {
+  for (const LayerSnapshot& entry : list) entry.snapshot->setReady(isReady);
+}
+
+using LayersById = QHash<QUuid, std::shared_ptr<Layer>>;
+
+LayersById layersById(const Document& document) {
+  LayersById layers;
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) layers.insert(layer->id, layer);
+  return layers;
 }
 
 /// Gives every listed layer a new surface of this mode and size with the snapshot's pixels.
 void restoreLayers(const Document& document, const SnapshotList& list, ColorMode mode, int width,
                    int height) {
+  const LayersById layers = layersById(document);
   for (const LayerSnapshot& entry : list) {
-    const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
+    const std::shared_ptr<Layer> layer = layers.value(entry.layerID);
     if (layer == nullptr) continue;
     const Texture pixels = document.makeLayerTexture(mode, width, height);
     layer->texture = pixels;
@@ -31,8 +46,9 @@ void restoreLayers(const Document& document, const SnapshotList& list, ColorMode
 
 void restoreMasks(const Document& document, const CanvasState& state) {
   const MetalContext& context = document.context();
+  const LayersById layers = layersById(document);
   for (const LayerSnapshot& entry : state.masks) {
-    const std::shared_ptr<Layer> layer = findLayer(document, entry.layerID);
+    const std::shared_ptr<Layer> layer = layers.value(entry.layerID);
     const std::shared_ptr<LayerMask> old = layer != nullptr ? layer->mask.value() : nullptr;
     if (old == nullptr) continue;
     std::shared_ptr<MaskTexture> contents = MaskTexture::create(state.width, state.height, context);
@@ -76,10 +92,18 @@ SnapshotList snapshotsOfMasks(const Document& document) {
 }
 
 CanvasState CanvasState::of(const Document& document) {
-  return {.width = document.canvasWidth.value(),
-          .height = document.canvasHeight.value(),
-          .layers = snapshotsOfLayers(document),
-          .masks = snapshotsOfMasks(document)};
+  CanvasState state{.width = document.canvasWidth.value(),
+                    .height = document.canvasHeight.value(),
+                    .layers = snapshotsOfLayers(document),
+                    .masks = snapshotsOfMasks(document)};
+  state.setReady(true);
+  return state;
+}
+
+void CanvasState::setReady(bool isReady) const {
+  const bool isSmall = rawSizeOf(layers) + rawSizeOf(masks) <= TextureSnapshot::mostReadyBytes;
+  setAllReady(layers, isReady && isSmall);
+  setAllReady(masks, isReady && isSmall);
 }
 
 ResizeOperation::ResizeOperation(QString actionName, const DocumentPtr& document, CanvasState before,
@@ -101,12 +125,23 @@ void ResizeOperation::apply(const CanvasState& state) const {
   markAllThumbnailsDirty(*target);
 }
 
+void ResizeOperation::setReady(bool isReady) {
+  before_.setReady(isReady);
+  after_.setReady(isReady);
+}
+
 std::int64_t ResizeOperation::memoryCost() const {
   return costOf(before_.layers) + costOf(before_.masks) + costOf(after_.layers) + costOf(after_.masks);
 }
 
 ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
-  return {.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
+  State state{.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
+  state.setReady(true);
+  return state;
+}
+
+void ChangeColorModeOperation::State::setReady(bool isReady) const {
+  setAllReady(layers, isReady && rawSizeOf(layers) <= TextureSnapshot::mostReadyBytes);
 }
 
 ChangeColorModeOperation::ChangeColorModeOperation(const DocumentPtr& document, State before, State after)
@@ -123,6 +158,11 @@ void ChangeColorModeOperation::apply(const State& state) const {
   restoreLayers(*target, state.layers, state.colorMode, canvasWidth_, canvasHeight_);
   target->rebuildDisplayTextures();
   markAllThumbnailsDirty(*target);
+}
+
+void ChangeColorModeOperation::setReady(bool isReady) {
+  before_.setReady(isReady);
+  after_.setReady(isReady);
 }
 
 std::int64_t ChangeColorModeOperation::memoryCost() const {

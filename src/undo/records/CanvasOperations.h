@@ -1,6 +1,7 @@
 // Records of changes to every surface of a document at once: its size, or its colour mode. Both sides are
 // kept as snapshots, so that a step is exact and nothing is resampled twice. Each step makes new surfaces;
-// what the tree no longer holds is passed over. Pushed after the change.
+// what the tree no longer holds is passed over. Pushed after the change. Only documents that are small enough
+// are kept ready for the next step as a whole.
 // Owned by the history; main thread only.
 #pragma once
 
@@ -31,6 +32,7 @@ struct CanvasState {
   SnapshotList masks;
 
   [[nodiscard]] static CanvasState of(const Document& document);
+  void setReady(bool isReady) const;
 };
 
 /// A step drops the selection, which would no longer fit, and gives every mask a new identity.
@@ -39,6 +41,7 @@ class ResizeOperation : public DocumentOperation {
   void redo() final { apply(after_); }
   void undo() final { apply(before_); }
   [[nodiscard]] std::int64_t memoryCost() const final;
+  void setReady(bool isReady) final;
 
  protected:
   ResizeOperation(QString actionName, const DocumentPtr& document, CanvasState before, CanvasState after);
@@ -72,6 +75,7 @@ class ChangeColorModeOperation final : public DocumentOperation {
     SnapshotList layers;
 
     [[nodiscard]] static State of(const Document& document);
+    void setReady(bool isReady) const;
   };
 
   ChangeColorModeOperation(const DocumentPtr& document, State before, State after);
@@ -79,6 +83,7 @@ class ChangeColorModeOperation final : public DocumentOperation {
   void redo() override { apply(after_); }
   void undo() override { apply(before_); }
   [[nodiscard]] std::int64_t memoryCost() const override;
+  void setReady(bool isReady) override;
 
  private:
   void apply(const State& state) const;

@@ -56,6 +56,7 @@ class ApplyLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
+  void setReady(bool isReady) override { beforeSnapshot_->setReady(isReady); }
 
  private:
   std::shared_ptr<TextureSnapshot> beforeSnapshot_;

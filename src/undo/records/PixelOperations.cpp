@@ -95,9 +95,14 @@ std::int64_t StoredResultOperation::memoryCost() const {
   return PixelOperation::memoryCost() + (snapshotAfter_ != nullptr ? snapshotAfter_->compressedSize() : 0);
 }
 
+void StoredResultOperation::setReady(bool isReady) {
+  PixelOperation::setReady(isReady);
+  if (snapshotAfter_ != nullptr) snapshotAfter_->setReady(isReady);
+}
+
 void LazyResultOperation::undoOn(Target target) {
   if (snapshotAfter() == nullptr) {
-    setSnapshotAfter(TextureSnapshot::capture(target.surface, target.document.context()));
+    setSnapshotAfter(TextureSnapshot::captureReady(target.surface, target.document.context()));
   }
   restoreBefore(target);
 }
@@ -106,7 +111,7 @@ std::shared_ptr<MoveLayerOperation> MoveLayerOperation::create(const DocumentPtr
                                                                const Layer& layer, bool useMask) {
   const Texture surface = targetSurface(layer, useMask);
   if (surface == nullptr) return nullptr;
-  std::shared_ptr<TextureSnapshot> before = TextureSnapshot::capture(*surface, document->context());
+  std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*surface, document->context());
   if (before == nullptr) return nullptr;
   PixelEdit edit{.actionName = QStringLiteral("Move"),
                  .document = document,

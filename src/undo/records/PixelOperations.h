@@ -26,6 +26,7 @@ class PixelOperation : public DocumentOperation {
   void redo() final;
   void undo() final;
   [[nodiscard]] std::int64_t memoryCost() const override { return snapshotBefore_->compressedSize(); }
+  void setReady(bool isReady) override { snapshotBefore_->setReady(isReady); }
 
  protected:
   /// `useMask`: the mask's surface is the target, otherwise the layer's.
@@ -98,6 +99,7 @@ class StoredResultOperation : public PixelOperation {
   /// Taken once, when the edit is finished.
   void setSnapshotAfter(std::shared_ptr<TextureSnapshot> snapshot) { snapshotAfter_ = std::move(snapshot); }
   [[nodiscard]] std::int64_t memoryCost() const override;
+  void setReady(bool isReady) override;
 
  protected:
   using PixelOperation::PixelOperation;

@@ -9,7 +9,7 @@ std::optional<SelectionChangeOperation::State> SelectionChangeOperation::current
   const std::shared_ptr<Selection>& selection = document.selection.value();
   if (selection == nullptr) return std::nullopt;
   std::shared_ptr<TextureSnapshot> snapshot =
-      TextureSnapshot::capture(*selection->maskTexture->texture, document.context());
+      TextureSnapshot::captureReady(*selection->maskTexture->texture, document.context());
   if (snapshot == nullptr) return std::nullopt;
   return State{.snapshot = std::move(snapshot), .flags = selection->flags()};
 }
@@ -46,6 +46,11 @@ void SelectionChangeOperation::redo() {
 
 void SelectionChangeOperation::undo() {
   apply(before_);
+}
+
+void SelectionChangeOperation::setReady(bool isReady) {
+  before_.snapshot->setReady(isReady);
+  if (after_) after_->snapshot->setReady(isReady);
 }
 
 std::int64_t SelectionChangeOperation::memoryCost() const {
