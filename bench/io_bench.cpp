@@ -1,6 +1,7 @@
 // Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
-// them: writing and reading a file of that size, decoding alone.
+// them: writing and reading a file of that size, memory that nobody has touched, decoding alone.
 #include <benchmark/benchmark.h>
+#include <tbb/parallel_for.h>
 
 #include <QBuffer>
 #include <QFile>
@@ -10,12 +11,14 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <vector>
 
 #include "PhotoLayers.h"
 #include "io/DocumentIO.h"
 #include "io/FlatImage.h"
 #include "io/SaveSnapshot.h"
 #include "model/Document.h"
+#include "raster/TileMemory.h"
 
 namespace orvanel {
 namespace {
@@ -144,6 +147,26 @@ BENCHMARK(LimitWriteSyncRead)
     ->MeasureProcessCPUTime()
     ->UseRealTime()
     ->Iterations(1);
+
+/// The limit of loading: memory for the same pixels, touched by all cores for the first time.
+void LimitFreshMemory(benchmark::State& state) {
+  constexpr std::size_t blockBytes = std::size_t{128} << 10U;
+  std::vector<std::byte*> blocks(static_cast<std::size_t>(PhotoDocument::rawBytes()) / blockBytes);
+  for (auto _ : state) {
+    tbb::parallel_for(std::size_t{0}, blocks.size(), [&](std::size_t index) {
+      constexpr std::size_t pageBytes = 4096;
+      blocks[index] = tileMemory::allocate(blockBytes);
+      for (std::size_t at = 0; at < blockBytes; at += pageBytes) blocks[index][at] = std::byte{1};
+    });
+    for (std::byte* block : blocks) tileMemory::release(block, blockBytes);
+  }
+  reportRaw(state);
+}
+BENCHMARK(LimitFreshMemory)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Iterations(2);
 
 /// A JPEG of 24 megapixels on the disk.
 const QString& photoFile() {
