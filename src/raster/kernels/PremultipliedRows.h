@@ -9,7 +9,7 @@
 
 namespace orvanel::kernels {
 
-/// Regular pixels to premultiplied ones. `count` is a multiple of 16, both are aligned to 64 bytes.
+/// Regular pixels to premultiplied ones. `count` is a multiple of 16, `in` is aligned to 64 bytes.
 void premultiplyRow(PixelFormat format, const std::byte* in, float* out, int count);
 
 enum class ColorRange {
@@ -17,7 +17,8 @@ enum class ColorRange {
   unit,  ///< 0 to 1, for filters that overshoot
 };
 
-/// Divides by alpha and rounds; where alpha is stored as 0, so is colour. Alignment and count as above.
+/// Divides by alpha and rounds; where alpha is stored as 0, so is colour. `count` is a multiple of 16, both
+/// are aligned to 64 bytes.
 void unpremultiplyRow(PixelFormat format, const float* in, std::byte* out, int count, ColorRange range);
 
 /// out += weight * in, over `count` floats, a multiple of 16.

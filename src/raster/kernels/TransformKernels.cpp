@@ -2,6 +2,7 @@
 // sampled there bilinearly, transparent outside. Where the source shrinks below half, a pixel takes a grid
 // of samples. Each destination tile gathers its source region first; tiles that meet no content are empty.
 #include <hwy/aligned_allocator.h>
+#include <tbb/enumerable_thread_specific.h>
 
 #include <algorithm>
 #include <array>
@@ -51,7 +52,25 @@ struct SampleRange {
   [[nodiscard]] int count() const { return end - begin; }
 };
 
-/// Computes one destination tile. One for each task; not shared.
+/// Memory that grows to the largest need and is kept from tile to tile: asking for it anew each time would
+/// have the system clear its pages.
+template <typename Value>
+class Scratch {
+ public:
+  Value* ofSize(std::size_t count) {
+    if (size_ < count) {
+      memory_ = hwy::AllocateAligned<Value>(count);
+      size_ = count;
+    }
+    return memory_.get();
+  }
+
+ private:
+  hwy::AlignedFreeUniquePtr<Value[]> memory_;
+  std::size_t size_ = 0;
+};
+
+/// Computes destination tiles one after the other. One for each thread.
 class TileTransform {
  public:
   /// Pixels of the source outside `sourceClip` count as transparent, those of the destination outside
@@ -69,8 +88,8 @@ class TileTransform {
     tile_ = destination.tileRect(index);
     const PixelRect block = tile_.intersected(destinationClip_);
     if (block.isEmpty() || !meetsContent(block)) return destination.setUniform(index, 0);
-    sums_ = hwy::AllocateAligned<float>(std::size_t{tilePixels} * 4);
-    std::fill_n(sums_.get(), std::size_t{tilePixels} * 4, 0.0F);
+    sums_ = sumMemory_.ofSize(std::size_t{tilePixels} * 4);
+    std::fill_n(sums_, std::size_t{tilePixels} * 4, 0.0F);
     addBlock(block, {0, samplesAcross_}, {0, samplesDown_});
     const float share = 1.0F / (static_cast<float>(samplesAcross_) * static_cast<float>(samplesDown_));
     if (share != 1.0F) {
@@ -87,7 +106,7 @@ class TileTransform {
   // A gathered region of this many pixels, 4 MiB of them, stays in cache.
   static constexpr std::int64_t largestRegion = 512 * 512;
 
-  [[nodiscard]] float* sumRow(int y) { return sums_.get() + static_cast<std::size_t>(y) * tileSide * 4; }
+  [[nodiscard]] float* sumRow(int y) { return sums_ + static_cast<std::size_t>(y) * tileSide * 4; }
 
   [[nodiscard]] static double offsetOf(int sample, int samples) { return (sample + 0.5) / samples; }
 
@@ -121,7 +140,7 @@ class TileTransform {
     if (region.isEmpty()) return;
     if (std::int64_t{region.width} * region.height > largestRegion && divide(block, across, down)) return;
     gather(region);
-    const RingedBlock pixels{gathered_.get(), region.width, region.height};
+    const RingedBlock pixels{gathered_, region.width, region.height};
     for (int y = block.y; y < block.y + block.height; ++y) {
       for (int sampleY = down.begin; sampleY < down.end; ++sampleY) {
         const double atY = y + offsetOf(sampleY, samplesDown_);
@@ -197,23 +216,19 @@ class TileTransform {
     const auto pixelBytes = static_cast<std::size_t>(source_.pixelBytes());
     const std::size_t stride = 4 * (static_cast<std::size_t>(region.width) + 2);
     const std::size_t rows = static_cast<std::size_t>(region.height) + 2;
-    if (gatheredFloats_ < stride * rows) {
-      gatheredFloats_ = stride * rows;
-      gathered_ = hwy::AllocateAligned<float>(gatheredFloats_);
-    }
-    const auto straight = hwy::AllocateAligned<std::byte>(padded * pixelBytes);
-    const auto floats = hwy::AllocateAligned<float>(padded * 4);
-    std::fill_n(straight.get(), padded * pixelBytes, std::byte{0});
-    std::fill_n(gathered_.get(), stride, 0.0F);
-    std::fill_n(gathered_.get() + stride * (rows - 1), stride, 0.0F);
-    for (int y = 0; y < region.height; ++y) {
-      gatherRegion(source_, {region.x, region.y + y, region.width, 1}, straight.get(), padded * pixelBytes);
-      premultiplyRow(source_.format(), straight.get(), floats.get(), static_cast<int>(padded));
-      float* row = gathered_.get() + stride * (static_cast<std::size_t>(y) + 1);
+    gathered_ = gatheredMemory_.ofSize(stride * rows + 4 * padded);
+    std::byte* straight = straightMemory_.ofSize(padded * pixelBytes);
+    std::fill_n(straight, padded * pixelBytes, std::byte{0});
+    std::fill_n(gathered_, stride, 0.0F);
+    float* row = gathered_ + stride;
+    for (int y = 0; y < region.height; ++y, row += stride) {
+      gatherRegion(source_, {region.x, region.y + y, region.width, 1}, straight, padded * pixelBytes);
+      // The padding spills over into the rows below, which come after.
+      premultiplyRow(source_.format(), straight, row + 4, static_cast<int>(padded));
       std::fill_n(row, 4, 0.0F);
-      std::copy_n(floats.get(), stride - 8, row + 4);
       std::fill_n(row + stride - 4, 4, 0.0F);
     }
+    std::fill_n(row, stride, 0.0F);
   }
 
   const Surface& source_;
@@ -223,18 +238,20 @@ class TileTransform {
   int samplesAcross_;
   int samplesDown_;
   PixelRect tile_;
-  hwy::AlignedFreeUniquePtr<float[]> sums_;
-  hwy::AlignedFreeUniquePtr<float[]> gathered_;
-  std::size_t gatheredFloats_ = 0;
+  float* sums_ = nullptr;
+  float* gathered_ = nullptr;
+  Scratch<float> sumMemory_;
+  Scratch<float> gatheredMemory_;
+  Scratch<std::byte> straightMemory_;
 };
 
 void transform(const Surface& source, Surface& destination, const Matrix& matrix, const PixelRect& sourceClip,
                const PixelRect& destinationClip) {
   if (source.format() != destination.format()) return;
   if (!matrix.isFinite()) return destination.fill(0);
-  forEachTile(destination, [&](int index) {
-    TileTransform(source, matrix, sourceClip, destinationClip).run(destination, index);
-  });
+  tbb::enumerable_thread_specific<TileTransform> transforms(
+      [&] { return TileTransform(source, matrix, sourceClip, destinationClip); });
+  forEachTile(destination, [&](int index) { transforms.local().run(destination, index); });
 }
 
 void transformWhole(const Surface& source, Surface& destination, const Matrix& matrix) {
