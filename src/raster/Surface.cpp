@@ -123,7 +123,7 @@ void copyIntoTile(const Surface& source, Surface& destination, int index, const 
   const RegionTraits traits = traitsOf(source, region);
   const Tile& held = destination.tile(index);
   if (traits.isUniform) {
-    const Tile pixel = source.tile(sourceIndex);
+    const Tile& pixel = source.tile(sourceIndex);
     if (part == whole) return destination.setTile(index, pixel);
     if (held == pixel) return;
   }
