@@ -3,11 +3,13 @@
 #pragma once
 
 #include <QProperty>
+#include <optional>
 
 #include "app/AppPreferences.h"
 #include "app/RecentDocuments.h"
 #include "app/UserDefaults.h"
 #include "app/WindowState.h"
+#include "model/PixelClipboard.h"
 #include "raster/MetalContext.h"
 #include "tools/ToolState.h"
 
@@ -24,6 +26,8 @@ class AppState {
   WindowState windowState;
   ToolState toolState;
   QProperty<AppPreferences> preferences;
+  /// Shared by all documents: what is copied in one tab can be pasted in another.
+  QProperty<std::optional<PixelClipboard>> pixelClipboard;
   MetalContext& metalContext;
 
   UserDefaults userDefaults;

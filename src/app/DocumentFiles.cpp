@@ -27,7 +27,6 @@ bool isNativeDocument(const QString& path) {
   return QFileInfo(path).suffix().toLower() == QLatin1String(documentExtension);
 }
 
-/// The last component without its extension.
 /// A side typed as a decimal integer within the limits of a canvas.
 std::optional<int> parsedSide(const QString& text) {
   bool isNumber = false;
@@ -54,7 +53,7 @@ FileResult<void> writeFlatImage(const Surface* composite, ColorMode mode, Docume
 
 DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* parent)
     : QObject(parent), appState_(appState), dialogs_(dialogs) {
-  appState_.windowState.settleSaves = [this] { settleWrites(); };
+  appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
   };
@@ -203,7 +202,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
 
 void DocumentFiles::save(const DocumentPtr& document) {
   // A request that comes while another save runs is dropped, and the document keeps its mark.
-  if (runningSaves_ > 0) return;
+  if (savingDocument_) return;
   const auto& path = document->sourceFileURL.value();
   if (path && isNativeDocument(*path)) {
     saveNativeInBackground(document, *path);
@@ -215,7 +214,7 @@ void DocumentFiles::save(const DocumentPtr& document) {
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
-  if (runningSaves_ > 0) return;
+  if (savingDocument_) return;
   const std::optional<QString> path =
       dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
   if (!path) return;
@@ -231,13 +230,13 @@ void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QS
   refreshComposite(*document);
   // The mark goes first, so that an edit made while the save runs sets it again.
   document->isDirty = false;
-  ++runningSaves_;
+  savingDocument_ = document->id;
   const FileActivity::Work work = activity.begin();
   DocumentIO::save(
       document, path, appState_.metalContext, this,
       [this, document, work](const FileResult<void>& result) {
         activity.end(work);
-        --runningSaves_;
+        savingDocument_.reset();
         reportSave(document, result);
       },
       [this, work](double fraction) { activity.advance(work, fraction); });
@@ -246,9 +245,9 @@ void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QS
 void DocumentFiles::saveFlatInBackground(const DocumentPtr& document, const QString& path,
                                          Document::ImageFileFormat format) {
   document->isDirty = false;
-  ++runningSaves_;
+  savingDocument_ = document->id;
   writeFlatInBackground(document, path, format, [this, document](const FileResult<void>& result) {
-    --runningSaves_;
+    savingDocument_.reset();
     reportSave(document, result);
   });
 }
@@ -290,10 +289,18 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   });
 }
 
-void DocumentFiles::settleWrites() {
-  while (runningSaves_ > 0 || runningExports_ > 0) {
+void DocumentFiles::waitWhile(const std::function<bool()>& isWriting) {
+  while (isWriting()) {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
   }
+}
+
+void DocumentFiles::settleSave(const Document& document) {
+  waitWhile([this, id = document.id] { return savingDocument_ == id; });
+}
+
+void DocumentFiles::settleWrites() {
+  waitWhile([this] { return savingDocument_ || runningExports_ > 0; });
 }
 
 // Closing.
@@ -308,14 +315,15 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
 }
 
 bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
-  refreshComposite(*document);
   const auto& source = document->sourceFileURL.value();
   if (source && isNativeDocument(*source)) {
+    refreshComposite(*document);
     return reportSavedForClosing(document,
                                  DocumentIO::saveSynchronously(document, *source, appState_.metalContext));
   }
   const auto& format = document->sourceFileFormat.value();
   if (source && format && document->canSaveAsFlatImage()) {
+    refreshComposite(*document);
     return reportSavedForClosing(
         document, writeFlatImage(document->compositedTexture.value().get(), document->colorMode.value(),
                                  *format, *source, appState_.metalContext));
@@ -324,6 +332,7 @@ bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
       dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
   if (!path) return false;
   rememberFolder(*path);
+  refreshComposite(*document);
   const bool isSaved =
       reportSavedForClosing(document, DocumentIO::saveSynchronously(document, *path, appState_.metalContext));
   if (isSaved) {

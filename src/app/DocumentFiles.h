@@ -5,8 +5,10 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUuid>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/AppState.h"
 #include "app/Dialogs.h"
@@ -45,7 +47,10 @@ class DocumentFiles : public QObject {
 
   /// Whether a document with unsaved changes may go: the user is asked, and may have it saved first.
   [[nodiscard]] bool confirmClosing(const DocumentPtr& document);
-  /// Waits until nothing is being written any more; the window stays alive but takes no input.
+  // The window stays alive while these wait, but takes no input.
+  /// Waits until this document isn't being saved any more. Exports go on from a copy of their own.
+  void settleSave(const Document& document);
+  /// Waits until nothing is being written any more.
   void settleWrites();
 
  private:
@@ -64,6 +69,7 @@ class DocumentFiles : public QObject {
   void writeFlatInBackground(const DocumentPtr& document, const QString& path,
                              Document::ImageFileFormat format, DocumentIO::SaveDone done);
   void reportSave(const DocumentPtr& document, const FileResult<void>& result);
+  static void waitWhile(const std::function<bool()>& isWriting);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
   [[nodiscard]] bool reportSavedForClosing(const DocumentPtr& document, const FileResult<void>& result);
   /// What is written must be what the document is now, whether it has been on screen or not.
@@ -74,7 +80,8 @@ class DocumentFiles : public QObject {
 
   AppState& appState_;
   Dialogs& dialogs_;
-  int runningSaves_ = 0;
+  /// One save runs at a time.
+  std::optional<QUuid> savingDocument_;
   int runningExports_ = 0;
   /// Where a panel begins when the document has no folder of its own.
   QString lastFolder_;

@@ -103,7 +103,7 @@ bool WindowState::cycleTabs(int step) {
 }
 
 bool WindowState::mayClose(const DocumentPtr& document) {
-  if (settleSaves) settleSaves();
+  if (settleSaves) settleSaves(*document);
   return !document->isDirty.value() || !confirmClosing || confirmClosing(document);
 }
 

@@ -30,7 +30,7 @@ class WindowState {
   QProperty<std::vector<QUuid>> mruOrder;
 
   /// Lets running saves come to their end before a document is judged: one that fails leaves it unsaved.
-  std::function<void()> settleSaves;
+  std::function<void(const Document&)> settleSaves;
   /// Says whether a document with unsaved changes may go, after asking. Without it, any may.
   std::function<bool(const DocumentPtr&)> confirmClosing;
 

@@ -181,6 +181,17 @@ TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
   EXPECT_THAT(openNames(), ElementsAre("A"));
 }
 
+TEST_F(ClosingTest, ClosingADocumentDoesNotWaitForAnothersSave) {
+  const DocumentPtr saved = addUnsaved(QStringLiteral("A"));
+  saved->sourceFileURL = path("A.tessel");
+  const DocumentPtr closed = addUnsaved(QStringLiteral("B"));
+  closed->isDirty = false;
+  files.save(saved);
+  windowState.closeDocument(closed->id);
+  EXPECT_TRUE(files.activity.fraction.value().has_value());
+  EXPECT_THAT(openNames(), ElementsAre("A"));
+}
+
 TEST_F(ClosingTest, TheCloseButtonClosesTabsFirst) {
   addDocument(QStringLiteral("A"));
   addDocument(QStringLiteral("B"));

@@ -258,7 +258,10 @@ TEST_F(WindowStateTest, OnlyUnsavedDocumentsAreAskedAbout) {
 TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
   addABC();
   // A save that fails gives the mark back.
-  window.settleSaves = [this] { a->isDirty = true; };
+  window.settleSaves = [this](const Document& closing) {
+    EXPECT_EQ(closing.id, a->id);
+    a->isDirty = true;
+  };
   window.confirmClosing = [](const DocumentPtr&) { return false; };
   window.closeDocument(a->id);
   EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
