@@ -236,6 +236,15 @@ TEST_F(SelectionTest, APolygonOverTheCanvasIsStillPartial) {
   EXPECT_TRUE(isFilledWith(1.0F));
 }
 
+TEST_F(SelectionTest, ThreePointsAreEnough) {
+  const std::array<PolygonPoint, 3> triangle{{{0.0F, 0.0F}, {20.0F, 0.0F}, {0.0F, 20.0F}}};
+  selection->setPolygon(triangle, context);
+  EXPECT_EQ(selection->flags(), partial);
+  EXPECT_EQ(at(1, 1), 1.0F);
+  EXPECT_EQ(at(10, 9), 0.5F) << "the edge cuts the pixel from corner to corner";
+  EXPECT_EQ(at(19, 19), 0.0F);
+}
+
 TEST_F(SelectionTest, TwoPointsOrFewerChangeNothing) {
   selection->selectAll(context);
   const std::array<PolygonPoint, 2> line{{{1.0F, 1.0F}, {9.0F, 9.0F}}};
