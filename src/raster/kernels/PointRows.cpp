@@ -305,11 +305,16 @@ void invertMaskRow(const std::uint16_t* in, std::uint16_t* out, int count) {
   }
 }
 
+// Halves of one sign are in the order of their bits, so only the rest is computed.
 void subtractMaskRow(const std::uint16_t* in, const std::uint16_t* operand, std::uint16_t* out, int count) {
+  const hn::Rebind<std::uint16_t, F32> u16;
+  const hn::Rebind<std::int16_t, F32> i16;
   const int lanes = static_cast<int>(hn::Lanes(f32));
   for (int i = 0; i < count; i += lanes) {
     const VF32 rest = hn::Sub(hn::Set(f32, 1.0F), loadWeights(operand + i));
-    storeMask(hn::Min(loadWeights(in + i), rest), out + i);
+    const auto restBits = hn::BitCast(i16, hn::TruncateTo(u16, toHalfBits(rest)));
+    const auto held = hn::Load(i16, reinterpret_cast<const std::int16_t*>(in + i));
+    hn::Store(hn::Min(held, restBits), i16, reinterpret_cast<std::int16_t*>(out + i));
   }
 }
 
