@@ -139,7 +139,7 @@ ScriptAction set(ScriptRun& run, StepArguments& arguments) {
       if (layer != nullptr && layer->mask.value() != nullptr) layer->mask.value()->isEnabled = value;
     });
   }
-  return action([=, &run] {
+  return action([=] {
     if (node) {
       for (const auto& change : changes) change(*node);
     }

@@ -22,8 +22,8 @@ struct Plan {
   std::int64_t memoryBudget;
 };
 
-void PrintTo(const Plan& plan,
-             std::ostream* stream) {  // NOLINT(readability-identifier-naming): found by name
+// NOLINTNEXTLINE(readability-identifier-naming): found by this name.
+void PrintTo(const Plan& plan, std::ostream* stream) {
   *stream << "seed " << plan.seed << ", " << displayName(plan.mode);
 }
 
