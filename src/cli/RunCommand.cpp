@@ -33,7 +33,7 @@ tl::expected<QByteArray, CommandFailure> readScript(const QString& path) {
 /// A blank document for new:WIDTHxHEIGHT:MODE, otherwise the file's.
 tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path) {
   if (!path.startsWith(QStringLiteral("new:"))) return readDocument(path);
-  static const QRegularExpression form(QStringLiteral("^new:(\\d{1,5})x(\\d{1,5}):([0-3])$"));
+  static const QRegularExpression form(QStringLiteral("^new:(\\d{1,5})x(\\d{1,5}):([0-3])\\z"));
   const QRegularExpressionMatch match = form.match(path);
   const int width = match.captured(1).toInt();
   const int height = match.captured(2).toInt();

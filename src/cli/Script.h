@@ -16,10 +16,10 @@ namespace orvanel {
 /// Failures are sentences for the user.
 using StepResult = tl::expected<void, QString>;
 
-/// Both ends included.
+/// Both ends included. At most what the 32-bit floats of the kernels hold.
 struct NumberRange {
-  double least = -std::numeric_limits<double>::max();
-  double most = std::numeric_limits<double>::max();
+  double least = -static_cast<double>(std::numeric_limits<float>::max());
+  double most = static_cast<double>(std::numeric_limits<float>::max());
 };
 
 /// The arguments of one step, asked for by name. The first fault is kept and every later question is

@@ -1,8 +1,6 @@
 // The commands of scripts on pixels and masks.
 #include <QTransform>
-#include <algorithm>
 #include <array>
-#include <cmath>
 #include <functional>
 #include <utility>
 
@@ -98,19 +96,10 @@ ScriptAction rotate(ScriptRun& run, StepArguments& arguments) {
   });
 }
 
-/// Whether a matrix has an inverse that the kernels' 32-bit floats can hold.
-bool hasUsableInverse(const QTransform& matrix) {
-  const QTransform inverse = matrix.inverted();
-  return matrix.isInvertible() &&
-         std::ranges::all_of(std::array{inverse.m11(), inverse.m12(), inverse.m21(), inverse.m22(),
-                                        inverse.dx(), inverse.dy()},
-                             [](double entry) { return std::isfinite(static_cast<float>(entry)); });
-}
-
 ScriptAction transform(ScriptRun& run, StepArguments& arguments) {
   const std::vector<double> m = arguments.numbers(QStringLiteral("matrix"), 6);
   const QTransform matrix(m[0], m[1], m[2], m[3], m[4], m[5]);
-  if (!hasUsableInverse(matrix)) arguments.fail(QStringLiteral("\"matrix\" can't be inverted"));
+  if (!LayerTransform::canInvert(matrix)) arguments.fail(QStringLiteral("\"matrix\" can't be inverted"));
   return action([=, &run] {
     transformContent(run, QStringLiteral("Free Transform"),
                      [&](LayerTransform& content) { content.transform(matrix); });

@@ -56,8 +56,9 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   if (edit.snapshotBefore == nullptr) return;
 
   const ColorMode mode = colorMode.value();
-  const Color4 channels = channelValues(color, mode);
   const bool useMask = editsMask(*layer);
+  // Transparent pixels have no colour, whichever way they are filled.
+  const Color4 channels = color.alpha > 0.0F || useMask ? channelValues(color, mode) : Color4{};
   if (const std::shared_ptr<Selection> selected = activeSelection()) {
     const Surface& weight = *selected->maskTexture->texture;
     if (useMask) {

@@ -117,7 +117,8 @@ class MetalContext {
                                                             bool isMask) const;
   void magicWandNonContiguous(const Surface& sample, Surface& mask, const Color4& seed,
                               float tolerance) const;
-  void magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY, const Color4& seed,
+  /// False when there was no memory for it; the mask then stays as it was.
+  bool magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY, const Color4& seed,
                            float tolerance) const;
   void magicWandAntialias(Surface& mask) const;
 

@@ -127,12 +127,12 @@ void MetalContext::magicWandNonContiguous(const Surface& sample, Surface& mask, 
       DispatchBuilder().read(0, sample).write(1, mask).bytes(0, params).dispatch());
 }
 
-void MetalContext::magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY,
+bool MetalContext::magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY,
                                        const Color4& seed, float tolerance) const {
-  if (!contains(sample, seedX, seedY) || !haveSameSize(sample, mask)) return;
+  if (!contains(sample, seedX, seedY) || !haveSameSize(sample, mask)) return true;
   const auto count = static_cast<std::size_t>(sample.width()) * static_cast<std::size_t>(sample.height());
   const std::unique_ptr<std::byte[]> eligible(new (std::nothrow) std::byte[count]);
-  if (eligible == nullptr) return;
+  if (eligible == nullptr) return false;
   WandParams params;
   params.seed = seed;
   params.tolerance = tolerance;
@@ -141,9 +141,10 @@ void MetalContext::magicWandContiguous(const Surface& sample, Surface& mask, int
       DispatchBuilder().read(0, sample).bytes(0, params).buffer(1, flags).dispatch());
   kernels::floodFrom(flags, sample.width(), sample.height(), seedX, seedY);
   const Texture flooded = makeTexture(maskPixelFormat, mask.width(), mask.height());
-  if (flooded == nullptr) return;
+  if (flooded == nullptr) return false;
   kernels::writeFloodedMask(flags, *flooded);
   copyPixels(*flooded, flooded->bounds(), mask, 0, 0);
+  return true;
 }
 
 void MetalContext::magicWandAntialias(Surface& mask) const {

@@ -1,12 +1,30 @@
 #include "tools/LayerTransform.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
+#include <cmath>
 #include <utility>
 
 #include "undo/records/PixelOperations.h"
 
 namespace orvanel {
+namespace {
+
+/// a, b, c, d, tx and ty of the way back; some are not finite where there is none. Qt's own inverse gives up
+/// on determinants below 1e-12, which two strong reductions reach.
+std::array<float, 6> inverseOf(const QTransform& m) {
+  const double determinant = m.m11() * m.m22() - m.m12() * m.m21();
+  const auto entry = [determinant](double cofactor) { return static_cast<float>(cofactor / determinant); };
+  return {entry(m.m22()),
+          entry(-m.m12()),
+          entry(-m.m21()),
+          entry(m.m11()),
+          entry(m.m21() * m.dy() - m.m22() * m.dx()),
+          entry(m.m12() * m.dx() - m.m11() * m.dy())};
+}
+
+}  // namespace
 
 std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& document,
                                                       const QString& actionName) {
@@ -57,13 +75,13 @@ void LayerTransform::rotate(float angle) {
   document_->needsCompositing = true;
 }
 
+bool LayerTransform::canInvert(const QTransform& matrix) {
+  return std::ranges::all_of(inverseOf(matrix), [](float entry) { return std::isfinite(entry); });
+}
+
 void LayerTransform::transform(const QTransform& matrix) {
-  assert(matrix.isInvertible());
-  const QTransform inverse = matrix.inverted();
-  const std::array record{static_cast<float>(inverse.m11()), static_cast<float>(inverse.m12()),
-                          static_cast<float>(inverse.m21()), static_cast<float>(inverse.m22()),
-                          static_cast<float>(inverse.dx()),  static_cast<float>(inverse.dy())};
-  document_->context().affineTransformLayerPixels(originalTexture_, live(), record,
+  assert(canInvert(matrix));
+  document_->context().affineTransformLayerPixels(originalTexture_, live(), inverseOf(matrix),
                                                   document_->colorMode.value());
   document_->needsCompositing = true;
 }

@@ -34,7 +34,9 @@ class LayerTransform {
   void scaleTo(const QRectF& box);
   /// Radians about the centre of the content box; positive turns clockwise on the screen.
   void rotate(float angle);
-  /// A matrix that can be inverted, applied to row vectors.
+  /// Whether the matrix has an inverse whose entries 32-bit floats can hold.
+  [[nodiscard]] static bool canInvert(const QTransform& matrix);
+  /// An affine matrix that can be inverted, applied to row vectors.
   void transform(const QTransform& matrix);
 
   /// Keeps what is shown, under one record.

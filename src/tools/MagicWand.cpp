@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "raster/HalfFloat.h"
+#include "raster/Regularity.h"
 
 namespace orvanel {
 namespace {
@@ -40,7 +41,8 @@ Texture sampleOf(const Document& document, bool sampleAllLayers) {
 }
 
 Color4 colorAt(const Surface& sample, int x, int y) {
-  const std::uint64_t pixel = sample.pixelAt(x, y);
+  // As the kernels read it: what is no number counts as 0.
+  const std::uint64_t pixel = regularPixel(sample.pixelAt(x, y), sample.format());
   Color4 color{};
   for (unsigned channel = 0; channel < 4; ++channel) {
     if (sample.format() == PixelFormat::rgba8Unorm) {
@@ -84,22 +86,27 @@ MagicWand::~MagicWand() = default;
 void MagicWand::select(const MagicWandSettings& settings) {
   const std::shared_ptr<Selection>& selection = document_->selection.value();
   if (selection == nullptr || !originalMask_) return;
-  *selection->maskTexture->texture = *originalMask_;
-  selection->restoreFlags(originalFlags_);
+  const auto restore = [&] {
+    *selection->maskTexture->texture = *originalMask_;
+    selection->restoreFlags(originalFlags_);
+  };
+  restore();
 
   const MetalContext& context = document_->context();
   const Color4 seed = colorAt(*sample_, seedX_, seedY_);
   const float tolerance = settings.tolerance / toleranceScale;
+  bool isSelected = true;
   gesture_.selectShape(mode_, [&](Selection& shape) {
     Surface& mask = *shape.maskTexture->texture;
     if (settings.contiguous) {
-      context.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance);
+      isSelected = context.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance);
     } else {
       context.magicWandNonContiguous(*sample_, mask, seed, tolerance);
     }
     if (settings.antialiased) context.magicWandAntialias(mask);
     shape.refreshFlags(context);
   });
+  if (!isSelected) restore();
 }
 
 }  // namespace orvanel

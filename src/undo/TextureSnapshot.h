@@ -48,7 +48,7 @@ class TextureSnapshot {
   /// without decompressing. Not so at first, and never for more than `mostReadyBytes`. The raw tiles are a
   /// cache and don't count in `compressedSize`.
   void setReady(bool isReady);
-  static constexpr std::int64_t mostReadyBytes = std::int64_t{512} << 20;
+  static constexpr std::int64_t mostReadyBytes = std::int64_t{256} << 20;
 
   /// The packed raw rows.
   [[nodiscard]] std::vector<std::byte> decompressedData() const;

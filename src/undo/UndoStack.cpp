@@ -93,6 +93,16 @@ std::int64_t UndoStack::totalMemoryCost() const {
   return cost;
 }
 
+void UndoStack::operationsChanged() {
+  // What the history has let go must not share in its bytes any more.
+  for (Record& record : ready_) {
+    if (record == nullptr || std::ranges::find(operations_, record) != operations_.end()) continue;
+    record->setReady(false);
+    record = nullptr;
+  }
+  revision = revision.value() + 1;
+}
+
 void UndoStack::positionChanged() {
   const auto recordAt = [this](std::int64_t index) {
     return index >= 0 && index < std::ssize(operations_) ? operations_[static_cast<std::size_t>(index)]

@@ -53,7 +53,7 @@ class UndoStack {
   void evictOldest(std::int64_t count);
   /// Tells records of the position's coming and going.
   void positionChanged();
-  void operationsChanged() { revision = revision.value() + 1; }
+  void operationsChanged();
 
   std::vector<Record> operations_;
   std::array<Record, 2> ready_;  ///< the records before and behind the position

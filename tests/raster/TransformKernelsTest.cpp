@@ -140,6 +140,46 @@ TEST(AffineTransform, AWholeLayerCanShrinkToOnePixel) {
   EXPECT_EQ(context().layerContentBounds(destination, ColorMode::grayscale8, false), (PixelRect{0, 0, 1, 1}));
 }
 
+TEST(AffineTransform, AFlatLayerKeepsItsColorHoweverFarItShrinks) {
+  constexpr std::uint64_t color = 0xFFE6994DU;
+  for (const auto& [width, height] : {std::pair{2048, 2048}, {8192, 1024}, {16384, 64}, {64, 16384}}) {
+    Surface source(PixelFormat::rgba8Unorm, width, height);
+    source.fill(color);
+    Surface destination(PixelFormat::rgba8Unorm, width, height);
+    const auto fullWidth = static_cast<float>(width);
+    const auto fullHeight = static_cast<float>(height);
+    context().affineTransformLayerPixels(source, destination, {fullWidth, 0, 0, fullHeight, 0, 0},
+                                         ColorMode::rgb8);
+    EXPECT_EQ(destination.pixelAt(0, 0), color) << width << " x " << height;
+    context().scaleLayerRegion(source, destination, {0, 0, fullWidth, fullHeight}, {3, 4, 1, 1},
+                               ColorMode::rgb8);
+    EXPECT_EQ(destination.pixelAt(3, 4), color) << width << " x " << height;
+  }
+}
+
+TEST(AffineTransform, ManySamplesGiveTheAverageOfWhatAPixelCovers) {
+  std::mt19937 random(79);
+  const Surface source = randomSurface(PixelFormat::rgba8Unorm, 100, 80, random);
+  Surface fine(PixelFormat::rgba8Unorm, 100, 80);
+  Surface turned(PixelFormat::rgba8Unorm, 100, 80);
+  // The same average by way of either axis: 20 x 40 source pixels for each.
+  context().affineTransformLayerPixels(source, fine, {20, 0, 0, 40, 0, 0}, ColorMode::rgb8);
+  context().affineTransformLayerPixels(source, turned, {0, 40, 20, 0, 0, 0}, ColorMode::rgb8);
+  for (int x = 0; x < 5; ++x) {
+    for (int y = 0; y < 2; ++y) EXPECT_EQ(fine.pixelAt(x, y), turned.pixelAt(y, x)) << x << ", " << y;
+  }
+}
+
+TEST(AffineTransform, ASpeckOfALayerIsFoundAtOnce) {
+  Surface source(PixelFormat::rgba8Unorm, 64, 48);
+  source.fill(0xFFFFFFFFU);
+  Surface destination(PixelFormat::rgba8Unorm, 300, 300);
+  context().affineTransformLayerPixels(source, destination, {10000, 0, 0, 10000, -200000, -200000},
+                                       ColorMode::rgb8);
+  const auto bounds = context().layerContentBounds(destination, ColorMode::rgb8, false);
+  EXPECT_TRUE(!bounds || *bounds == (PixelRect{20, 20, 1, 1}));
+}
+
 TEST(AffineTransform, WhatIsNoNumberGivesAnEmptyLayer) {
   std::mt19937 random(73);
   const Surface source = randomSurface(PixelFormat::rgba8Unorm, 60, 60, random);

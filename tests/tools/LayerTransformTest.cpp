@@ -94,6 +94,13 @@ TEST_P(LayerTransforms, AMatrixMapsForwardAndTakesRowVectors) {
   EXPECT_EQ(content(), (PixelRect{8 + 2, 10 + 3, 6, 12}));
 }
 
+TEST_P(LayerTransforms, StrongReductionsCanBeInvertedAndSingularMatricesCannot) {
+  EXPECT_TRUE(LayerTransform::canInvert(QTransform(1e-7, 0.0, 0.0, 1e-7, 3.0, 4.0)));
+  EXPECT_FALSE(LayerTransform::canInvert(QTransform(1.0, 1.0, 1.0, 1.0, 0.0, 0.0)));
+  EXPECT_FALSE(LayerTransform::canInvert(QTransform(0.0, 0.0, 0.0, 0.0, 0.0, 0.0)));
+  EXPECT_FALSE(LayerTransform::canInvert(QTransform(1e-30, 0.0, 0.0, 1.0, 1e30, 0.0)));
+}
+
 TEST_P(LayerTransforms, WithoutADragTheRecordChangesNothing) {
   const auto transform = begin("Free Transform");
   transform->commit();

@@ -4,6 +4,7 @@
 
 #include "model/ModelSupport.h"
 #include "raster/HalfFloat.h"
+#include "raster/TileMemory.h"
 
 namespace orvanel {
 namespace {
@@ -116,6 +117,18 @@ TEST_P(MagicWands, SamplesTheMaskThatIsBeingEdited) {
   layer->isMaskSelected = true;
   press(4, 5, exact);
   EXPECT_EQ(bounds(), (PixelRect{3, 4, 5, 6}));
+}
+
+TEST_P(MagicWands, WithoutMemoryForTheFloodTheSelectionOfThePressStands) {
+  document->selectAll();
+  const auto wand = MagicWand::press(document, 5, 5, SelectionMode::replace, exact);
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    wand->select(exact);
+  }
+  wand->release();
+  EXPECT_TRUE(document->selection.value()->isFullSelection.value());
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 40, 30}));
 }
 
 TEST_P(MagicWands, NothingHappensOutsideOrOnAFolder) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -32,6 +33,13 @@ struct Matrix {
 
   [[nodiscard]] double u(double x, double y) const { return a * x + c * y + tx; }
   [[nodiscard]] double v(double x, double y) const { return b * x + d * y + ty; }
+  /// The way back from the source: the destination's point of (u, v). Infinite for a singular matrix.
+  [[nodiscard]] std::array<double, 2> destinationOf(double sourceU, double sourceV) const {
+    const double determinant = a * d - b * c;
+    const double du = sourceU - tx;
+    const double dv = sourceV - ty;
+    return {(du * d - dv * c) / determinant, (dv * a - du * b) / determinant};
+  }
   [[nodiscard]] bool isFinite() const { return std::isfinite(a + b + c + d + tx + ty); }
   [[nodiscard]] bool isWholeShift() const {
     return a == 1.0 && b == 0.0 && c == 0.0 && d == 1.0 && tx == std::round(tx) && ty == std::round(ty) &&
@@ -43,6 +51,29 @@ struct Matrix {
 int samplesFor(double sourceStep) {
   if (!(sourceStep > 2.0)) return 1;
   return static_cast<int>(std::min(std::ceil(sourceStep), static_cast<double>(maximumCanvasSide)));
+}
+
+/// The destination's pixels that the source can reach at all; all of them where a singular matrix can't tell.
+PixelRect reachedFrom(const PixelRect& source, const Matrix& matrix, const PixelRect& destination) {
+  double left = std::numeric_limits<double>::infinity();
+  double right = -left;
+  double top = left;
+  double bottom = -left;
+  // A sample takes from pixels whose centres are less than one pixel away.
+  for (const double u : {source.x - 1.0, source.x + source.width + 1.0}) {
+    for (const double v : {source.y - 1.0, source.y + source.height + 1.0}) {
+      const auto [x, y] = matrix.destinationOf(u, v);
+      if (!std::isfinite(x) || !std::isfinite(y)) return destination;
+      left = std::min(left, x);
+      right = std::max(right, x);
+      top = std::min(top, y);
+      bottom = std::max(bottom, y);
+    }
+  }
+  const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -1e6, 1e6)); };
+  const int x = whole(std::floor(left));
+  const int y = whole(std::floor(top));
+  return PixelRect{x, y, whole(std::ceil(right)) - x, whole(std::ceil(bottom)) - y}.intersected(destination);
 }
 
 /// Some of the samples that every pixel of a block takes: [begin, end) of a row of them.
@@ -80,7 +111,7 @@ class TileTransform {
       : source_(source),
         matrix_(matrix),
         sourceClip_(sourceClip.intersected(source.bounds())),
-        destinationClip_(destinationClip),
+        destinationClip_(reachedFrom(sourceClip_, matrix, destinationClip)),
         samplesAcross_(samplesFor(std::hypot(matrix.a, matrix.b))),
         samplesDown_(samplesFor(std::hypot(matrix.c, matrix.d))) {}
 
@@ -91,8 +122,7 @@ class TileTransform {
     sums_ = sumMemory_.ofSize(std::size_t{tilePixels} * 4);
     std::fill_n(sums_, std::size_t{tilePixels} * 4, 0.0F);
     addBlock(block, {0, samplesAcross_}, {0, samplesDown_});
-    const float share = 1.0F / (static_cast<float>(samplesAcross_) * static_cast<float>(samplesDown_));
-    if (share != 1.0F) {
+    if (const float share = static_cast<float>(1.0 / samples()); share != 1.0F && !isDense()) {
       for (std::size_t i = 0; i < std::size_t{tilePixels} * 4; ++i) sums_[i] *= share;
     }
     std::byte* out = destination.overwriteTile(index);
@@ -105,6 +135,13 @@ class TileTransform {
  private:
   // A gathered region of this many pixels, 4 MiB of them, stays in cache.
   static constexpr std::int64_t largestRegion = 512 * 512;
+
+  // As many samples as floats add up without a loss that anybody could see.
+  static constexpr double mostFloatSamples = 256;
+
+  [[nodiscard]] double samples() const { return static_cast<double>(samplesAcross_) * samplesDown_; }
+  /// Whether pixels take so many samples that each is summed up for itself.
+  [[nodiscard]] bool isDense() const { return samples() > mostFloatSamples; }
 
   [[nodiscard]] float* sumRow(int y) { return sums_ + static_cast<std::size_t>(y) * tileSide * 4; }
 
@@ -142,6 +179,10 @@ class TileTransform {
     gather(region);
     const RingedBlock pixels{gathered_, region.width, region.height};
     for (int y = block.y; y < block.y + block.height; ++y) {
+      if (isDense()) {
+        for (int x = block.x; x < block.x + block.width; ++x) addPixel(pixels, region, x, y, across, down);
+        continue;
+      }
       for (int sampleY = down.begin; sampleY < down.end; ++sampleY) {
         const double atY = y + offsetOf(sampleY, samplesDown_);
         for (int sampleX = across.begin; sampleX < across.end; ++sampleX) {
@@ -167,6 +208,47 @@ class TileTransform {
     float* out = sumRow(row - tile_.y) + 4 * static_cast<std::size_t>(block.x - tile_.x + begin);
     addBilinearRow(pixels, u + begin * matrix_.a, v + begin * matrix_.b, matrix_.a, matrix_.b, out,
                    end - begin);
+  }
+
+  /// All samples of one pixel, which lie close together: line by line, along the axis that has more of them.
+  void addPixel(const RingedBlock& pixels, const PixelRect& region, int x, int y, SampleRange across,
+                SampleRange down) {
+    const double left = x + offsetOf(across.begin, samplesAcross_);
+    const double top = y + offsetOf(down.begin, samplesDown_);
+    const double u = matrix_.u(left, top) - 0.5 - region.x;
+    const double v = matrix_.v(left, top) - 0.5 - region.y;
+    struct Axis {
+      int count;
+      double du;
+      double dv;
+    };
+    Axis along{across.count(), matrix_.a / samplesAcross_, matrix_.b / samplesAcross_};
+    Axis lines{down.count(), matrix_.c / samplesDown_, matrix_.d / samplesDown_};
+    if (lines.count > along.count) std::swap(along, lines);
+    std::array<double, 4> sum{};
+    for (int line = 0; line < lines.count; ++line) {
+      addLine(pixels, u + line * lines.du, v + line * lines.dv, along.du, along.dv, along.count, sum);
+    }
+    float* out = sumRow(y - tile_.y) + 4 * static_cast<std::size_t>(x - tile_.x);
+    for (std::size_t channel = 0; channel < 4; ++channel) {
+      out[channel] += static_cast<float>(sum[channel] / samples());
+    }
+  }
+
+  void addLine(const RingedBlock& pixels, double u, double v, double du, double dv, int count,
+               std::array<double, 4>& sum) {
+    double first = 0.0;
+    double last = count - 1.0;
+    narrow(u, du, pixels.width, first, last);
+    narrow(v, dv, pixels.height, first, last);
+    if (first > last) return;
+    const int begin = std::max(static_cast<int>(first) - 1, 0);
+    const int end = std::min(static_cast<int>(last) + 2, count);
+    const std::size_t values = 4 * static_cast<std::size_t>(end - begin);
+    float* line = lineMemory_.ofSize(values);
+    std::fill_n(line, values, 0.0F);
+    addBilinearRow(pixels, u + begin * du, v + begin * dv, du, dv, line, end - begin);
+    for (std::size_t i = 0; i < values; ++i) sum[i % 4] += static_cast<double>(line[i]);
   }
 
   /// Narrows [first, last] to where start + i * step lies in (-1, size).
@@ -242,6 +324,7 @@ class TileTransform {
   float* gathered_ = nullptr;
   Scratch<float> sumMemory_;
   Scratch<float> gatheredMemory_;
+  Scratch<float> lineMemory_;
   Scratch<std::byte> straightMemory_;
 };
 

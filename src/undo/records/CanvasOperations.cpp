@@ -23,6 +23,14 @@ void setAllReady(const SnapshotList& list, bool isReady) {
   for (const LayerSnapshot& entry : list) entry.snapshot->setReady(isReady);
 }
 
+using Capture = std::shared_ptr<TextureSnapshot> (*)(const Surface& surface, const MetalContext& context);
+
+/// Ready at once where the whole document may be.
+Capture captureFor(const Document& document) {
+  if (document.memoryUsage() <= TextureSnapshot::mostReadyBytes) return &TextureSnapshot::captureReady;
+  return &TextureSnapshot::capture;
+}
+
 using LayersById = QHash<QUuid, std::shared_ptr<Layer>>;
 
 LayersById layersById(const Document& document) {
@@ -69,10 +77,11 @@ void markAllThumbnailsDirty(const Document& document) {
 
 SnapshotList snapshotsOfLayers(const Document& document) {
   SnapshotList list;
+  const Capture capture = captureFor(document);
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
     const Texture& pixels = layer->texture.value();
     if (pixels == nullptr) continue;
-    if (auto snapshot = TextureSnapshot::capture(*pixels, document.context())) {
+    if (auto snapshot = capture(*pixels, document.context())) {
       list.push_back({.layerID = layer->id, .snapshot = std::move(snapshot)});
     }
   }
@@ -81,10 +90,11 @@ SnapshotList snapshotsOfLayers(const Document& document) {
 
 SnapshotList snapshotsOfMasks(const Document& document) {
   SnapshotList list;
+  const Capture capture = captureFor(document);
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
     const std::shared_ptr<LayerMask>& mask = layer->mask.value();
     if (mask == nullptr) continue;
-    if (auto snapshot = TextureSnapshot::capture(*mask->maskTexture->texture, document.context())) {
+    if (auto snapshot = capture(*mask->maskTexture->texture, document.context())) {
       list.push_back({.layerID = layer->id, .snapshot = std::move(snapshot)});
     }
   }
@@ -92,12 +102,10 @@ SnapshotList snapshotsOfMasks(const Document& document) {
 }
 
 CanvasState CanvasState::of(const Document& document) {
-  CanvasState state{.width = document.canvasWidth.value(),
-                    .height = document.canvasHeight.value(),
-                    .layers = snapshotsOfLayers(document),
-                    .masks = snapshotsOfMasks(document)};
-  state.setReady(true);
-  return state;
+  return {.width = document.canvasWidth.value(),
+          .height = document.canvasHeight.value(),
+          .layers = snapshotsOfLayers(document),
+          .masks = snapshotsOfMasks(document)};
 }
 
 void CanvasState::setReady(bool isReady) const {
@@ -135,9 +143,7 @@ std::int64_t ResizeOperation::memoryCost() const {
 }
 
 ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
-  State state{.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
-  state.setReady(true);
-  return state;
+  return {.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
 }
 
 void ChangeColorModeOperation::State::setReady(bool isReady) const {
