@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "cli/CommandLine.h"
+#include "raster/Background.h"
 
 namespace {
 
@@ -17,5 +18,8 @@ int main(int argc, char** argv) {
   qInstallMessageHandler(keepQuiet);
   const QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("orvanel-cli"));
-  return static_cast<int>(orvanel::runCommandLine(QCoreApplication::arguments().mid(1)));
+  const auto exitCode = orvanel::runCommandLine(QCoreApplication::arguments().mid(1));
+  // Nothing of use is left to do, but a task still queued holds memory that would count as leaked.
+  orvanel::waitForBackgroundWork();
+  return static_cast<int>(exitCode);
 }

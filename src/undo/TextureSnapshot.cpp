@@ -103,18 +103,23 @@ std::shared_ptr<TextureSnapshot> TextureSnapshot::capture(const Surface& texture
 
 std::shared_ptr<TextureSnapshot> TextureSnapshot::capture(const Surface& texture, const PixelRect& region,
                                                           const MetalContext& /*context*/) {
+  return captured(texture, region, false);
+}
+
+std::shared_ptr<TextureSnapshot> TextureSnapshot::captureReady(const Surface& texture,
+                                                               const MetalContext& /*context*/) {
+  return captured(texture, texture.bounds(), true);
+}
+
+std::shared_ptr<TextureSnapshot> TextureSnapshot::captured(const Surface& texture, const PixelRect& region,
+                                                           bool isReady) {
   if (region.isEmpty() || region != region.intersected(texture.bounds()) || !tileMemory::admitSurface()) {
     return nullptr;
   }
   std::shared_ptr<TextureSnapshot> snapshot(new TextureSnapshot(texture, region));
+  // Before compression begins: it lets go of the raw tiles of a snapshot that isn't ready.
+  snapshot->setReady(isReady);
   Contents::compressInBackground(snapshot->contents_, 0);
-  return snapshot;
-}
-
-std::shared_ptr<TextureSnapshot> TextureSnapshot::captureReady(const Surface& texture,
-                                                               const MetalContext& context) {
-  std::shared_ptr<TextureSnapshot> snapshot = capture(texture, context);
-  if (snapshot != nullptr) snapshot->setReady(true);
   return snapshot;
 }
 

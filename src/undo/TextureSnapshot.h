@@ -59,6 +59,8 @@ class TextureSnapshot {
  private:
   struct Contents;
   TextureSnapshot(const Surface& texture, const PixelRect& region);
+  [[nodiscard]] static std::shared_ptr<TextureSnapshot> captured(const Surface& texture,
+                                                                 const PixelRect& region, bool isReady);
 
   PixelRect region_;
   PixelFormat pixelFormat_;

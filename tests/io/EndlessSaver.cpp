@@ -21,10 +21,10 @@ DocumentPtr versionToSave(int version) {
 
 void saveForever(const QString& path) {
   const std::array versions{versionToSave(0), versionToSave(1)};
-  constexpr char ready = 'r';
-  if (::write(STDOUT_FILENO, &ready, 1) != 1) std::_Exit(2);
   for (std::size_t i = 0;; ++i) {
     if (!DocumentIO::saveSynchronously(versions[i % 2], path, MetalContext::shared())) std::_Exit(1);
+    constexpr char saved = 's';
+    if (::write(STDOUT_FILENO, &saved, 1) != 1) std::_Exit(2);
   }
 }
 

@@ -12,7 +12,7 @@ inline constexpr const char* saveForeverArgument = "--save-forever";
 /// One of the two versions, the same in every process.
 [[nodiscard]] DocumentPtr versionToSave(int version);
 
-/// Says so on standard output once it is about to begin.
+/// Writes a byte to standard output after each save.
 [[noreturn]] void saveForever(const QString& path);
 
 }  // namespace orvanel::testing
