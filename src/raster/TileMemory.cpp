@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
@@ -19,8 +20,10 @@ namespace {
 constexpr std::size_t slabBytes = std::size_t{2} << 20U;
 constexpr std::size_t smallestBlock = std::size_t{16} << 10U;
 constexpr std::size_t sizeClasses = 5;  // 16, 32, 64, 128, 256 KiB
-// Emptied slabs kept for the next edit, so that a busy canvas doesn't go to the system for every tile.
-constexpr std::size_t spareSlabs = 4;
+// Emptied slabs are kept for the next edit, which wants as many bytes as the last one gave up: memory that
+// the system hands out anew is cleared first, which takes longer than most edits. Never more than is in use.
+constexpr std::size_t fewestSpareBytes = std::size_t{8} << 20U;
+constexpr std::size_t mostSpareBytes = std::size_t{256} << 20U;
 
 /// A slab at an address that is a multiple of its size, so that a block finds its slab by masking.
 std::byte* mapSlab() {
@@ -38,29 +41,61 @@ std::byte* mapSlab() {
   return slab;
 }
 
+/// Emptied slabs with memory behind them, for whichever pool wants one next.
+class SpareSlabs {
+ public:
+  /// Null when there is none.
+  std::byte* take() {
+    const std::lock_guard guard(mutex_);
+    if (slabs_.empty()) return nullptr;
+    std::byte* slab = slabs_.back();
+    slabs_.pop_back();
+    return slab;
+  }
+
+  void keep(std::byte* slab, std::size_t bytesInUse) {
+    const std::lock_guard guard(mutex_);
+    slabs_.push_back(slab);
+    shrink(bytesInUse);
+  }
+
+  void trim(std::size_t bytesInUse) {
+    const std::lock_guard guard(mutex_);
+    shrink(bytesInUse);
+  }
+
+ private:
+  void shrink(std::size_t bytesInUse) {
+    const std::size_t most = std::clamp(bytesInUse, fewestSpareBytes, mostSpareBytes) / slabBytes;
+    while (slabs_.size() > most) {
+      munmap(slabs_.back(), slabBytes);
+      slabs_.pop_back();
+    }
+  }
+
+  std::mutex mutex_;
+  std::vector<std::byte*> slabs_;
+};
+
 /// Blocks of one size. Only slabs with a free block are listed; a full slab comes back with its first
 /// released block.
 class Pool {
  public:
   void setBlockBytes(std::size_t bytes) { blockBytes_ = bytes; }
 
-  std::byte* allocate() {
+  std::byte* allocate(SpareSlabs& spares) {
     const std::lock_guard guard(mutex_);
-    if (open_.empty()) openSlab(mapSlab());
+    if (open_.empty()) openSlab(spares);
     Slab& slab = slabs_.at(open_.back());
     const unsigned index = static_cast<unsigned>(std::countr_zero(slab.freeBlocks[slab.firstWord()]));
     const std::size_t word = slab.firstWord();
     slab.freeBlocks[word] &= ~(std::uint64_t{1} << index);
     std::byte* block = open_.back() + (word * 64 + index) * blockBytes_;
-    if (slab.used++ == 0 && slab.wasSpare) {
-      slab.wasSpare = false;
-      --spare_;
-    }
-    if (slab.used == blocksPerSlab()) open_.pop_back();
+    if (++slab.used == blocksPerSlab()) open_.pop_back();
     return block;
   }
 
-  /// Gives the pages of free blocks back to the system, slab by slab.
+  /// Gives the pages of free blocks in slabs that are in use back to the system, slab by slab.
   void trim() {
     for (std::size_t place = 0;; ++place) {
       const std::lock_guard guard(mutex_);
@@ -75,7 +110,8 @@ class Pool {
     }
   }
 
-  void release(std::byte* block) {
+  /// An emptied slab, or null.
+  [[nodiscard]] std::byte* release(std::byte* block) {
     const std::lock_guard guard(mutex_);
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     auto* base = reinterpret_cast<std::byte*>(address & ~(slabBytes - 1));
@@ -85,7 +121,10 @@ class Pool {
     slab.freeBlocks[index / 64] |= bit;
     slab.coldBlocks[index / 64] &= ~bit;
     if (slab.used-- == blocksPerSlab()) open_.push_back(base);
-    if (slab.used == 0) retire(base, slab);
+    if (slab.used != 0) return nullptr;
+    std::erase(open_, base);
+    slabs_.erase(base);
+    return base;
   }
 
  private:
@@ -93,42 +132,34 @@ class Pool {
     std::array<std::uint64_t, 2> freeBlocks{};
     std::array<std::uint64_t, 2> coldBlocks{};  ///< free, with no memory behind them
     std::size_t used = 0;
-    bool wasSpare = false;
     [[nodiscard]] std::size_t firstWord() const { return freeBlocks[0] != 0 ? 0 : 1; }
   };
 
   [[nodiscard]] std::size_t blocksPerSlab() const { return slabBytes / blockBytes_; }
 
-  void openSlab(std::byte* base) {
+  void openSlab(SpareSlabs& spares) {
     Slab slab;
     const std::size_t count = blocksPerSlab();
     slab.freeBlocks[0] = count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
     slab.freeBlocks[1] = count >= 128 ? ~std::uint64_t{0} : 0;
-    slab.coldBlocks = slab.freeBlocks;
+    std::byte* base = spares.take();
+    if (base == nullptr) {
+      base = mapSlab();
+      slab.coldBlocks = slab.freeBlocks;
+    }
     slabs_.emplace(base, slab);
     open_.push_back(base);
   }
 
-  void retire(std::byte* base, Slab& slab) {
-    if (spare_ < spareSlabs) {
-      slab.wasSpare = true;
-      ++spare_;
-      return;
-    }
-    std::erase(open_, base);
-    slabs_.erase(base);
-    munmap(base, slabBytes);
-  }
-
   std::mutex mutex_;
   std::size_t blockBytes_ = 0;
-  std::size_t spare_ = 0;
   std::unordered_map<std::byte*, Slab> slabs_;
   std::vector<std::byte*> open_;
 };
 
 struct Arena {
   std::array<Pool, sizeClasses> pools;
+  SpareSlabs spares;
   std::atomic<std::size_t> bytesInUse{0};
   std::atomic<int> surfacesAllowed{std::numeric_limits<int>::max()};
 
@@ -151,18 +182,19 @@ Arena& arena() {
 }  // namespace
 
 std::byte* allocate(std::size_t bytes) {
-  std::byte* block = arena().poolFor(bytes).allocate();
+  std::byte* block = arena().poolFor(bytes).allocate(arena().spares);
   arena().bytesInUse.fetch_add(bytes, std::memory_order_relaxed);
   return block;
 }
 
 void release(std::byte* block, std::size_t bytes) noexcept {
-  arena().bytesInUse.fetch_sub(bytes, std::memory_order_relaxed);
-  arena().poolFor(bytes).release(block);
+  const std::size_t inUse = arena().bytesInUse.fetch_sub(bytes, std::memory_order_relaxed) - bytes;
+  if (std::byte* emptied = arena().poolFor(bytes).release(block)) arena().spares.keep(emptied, inUse);
 }
 
 void trim() {
   for (Pool& pool : arena().pools) pool.trim();
+  arena().spares.trim(bytesInUse());
 }
 
 std::size_t bytesInUse() noexcept {

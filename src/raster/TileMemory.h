@@ -1,6 +1,6 @@
 // Where all pixel memory comes from: one accountable allocator of tile-sized blocks.
-// Blocks are carved from 2 MiB slabs that ask for huge pages, and slabs go back to the system when they
-// are empty. Thread-safe. Tests make it refuse on purpose.
+// Blocks are carved from 2 MiB slabs that ask for huge pages. Emptied slabs make a bounded reserve for the
+// next edit; beyond it they go back to the system. Thread-safe. Tests make it refuse on purpose.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,8 @@ namespace orvanel::tileMemory {
 /// Takes back a block of that size.
 void release(std::byte* block, std::size_t bytes) noexcept;
 
-/// Gives memory behind free blocks back to the system; for background work that has released many.
+/// Gives memory behind free blocks back to the system, all but the reserve: as many bytes as are in use, and
+/// at most 256 MiB. For background work that has released many.
 void trim();
 
 /// Bytes in blocks now handed out.
