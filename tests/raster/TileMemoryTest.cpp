@@ -1,0 +1,78 @@
+#include "raster/TileMemory.h"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace orvanel {
+namespace {
+
+constexpr std::size_t blockBytes = std::size_t{128} << 10U;
+constexpr std::size_t mebibyte = std::size_t{1} << 20U;
+
+std::vector<std::byte*> writtenBlocks(std::size_t bytes) {
+  std::vector<std::byte*> blocks(bytes / blockBytes);
+  for (std::byte*& block : blocks) {
+    block = tileMemory::allocate(blockBytes);
+    std::fill_n(block, blockBytes, std::byte{7});
+  }
+  return blocks;
+}
+
+void release(const std::vector<std::byte*>& blocks) {
+  for (std::byte* block : blocks) tileMemory::release(block, blockBytes);
+}
+
+/// How many bytes of these blocks have memory behind them.
+std::size_t residentBytes(const std::vector<std::byte*>& blocks) {
+  constexpr std::size_t pageBytes = 4096;
+  std::size_t resident = 0;
+  for (std::byte* block : blocks) {
+    std::array<unsigned char, blockBytes / pageBytes> pages{};
+    // A block whose slab has gone isn't mapped any more.
+    if (mincore(block, blockBytes, pages.data()) != 0) continue;
+    const auto present = [](unsigned char page) { return (page & 1U) != 0; };
+    resident += static_cast<std::size_t>(std::count_if(pages.begin(), pages.end(), present)) * pageBytes;
+  }
+  return resident;
+}
+
+TEST(TileMemory, WhatAnEditGaveUpIsAtHandForTheNext) {
+  const auto kept = writtenBlocks(32 * mebibyte);
+  const auto given = writtenBlocks(32 * mebibyte);
+  release(given);
+  tileMemory::trim();
+  EXPECT_EQ(residentBytes(given), 32 * mebibyte);
+  auto next = writtenBlocks(32 * mebibyte);
+  EXPECT_TRUE(std::is_permutation(next.begin(), next.end(), given.begin()));
+  release(next);
+  release(kept);
+}
+
+TEST(TileMemory, TheReserveIsNoLargerThanWhatIsInUse) {
+  const auto kept = writtenBlocks(16 * mebibyte);
+  const auto given = writtenBlocks(64 * mebibyte);
+  release(given);
+  EXPECT_LE(residentBytes(given), 16 * mebibyte);
+  release(kept);
+  tileMemory::trim();
+  EXPECT_LE(residentBytes(given) + residentBytes(kept), 8 * mebibyte);
+}
+
+TEST(TileMemory, FreeBlocksBesideUsedOnesGiveTheirMemoryBack) {
+  const auto blocks = writtenBlocks(8 * mebibyte);
+  std::vector<std::byte*> used;
+  std::vector<std::byte*> freed;
+  for (std::size_t i = 0; i < blocks.size(); ++i) (i % 16 == 0 ? used : freed).push_back(blocks[i]);
+  release(freed);
+  tileMemory::trim();
+  EXPECT_EQ(residentBytes(freed), 0U);
+  EXPECT_EQ(residentBytes(used), used.size() * blockBytes);
+  release(used);
+}
+
+}  // namespace
+}  // namespace orvanel
