@@ -15,8 +15,8 @@ namespace orvanel::tileMemory {
 /// Takes back a block of that size.
 void release(std::byte* block, std::size_t bytes) noexcept;
 
-/// Gives memory behind free blocks back to the system, all but the reserve: as many bytes as are in use, and
-/// at most 256 MiB. For background work that has released many.
+/// Gives memory behind free blocks back to the system, all but the reserve: as many bytes as are in use, at
+/// least 8 MiB and at most 256 MiB. For background work that has released many.
 void trim();
 
 /// Bytes in blocks now handed out.

@@ -229,19 +229,5 @@ TEST(Surface, ARecipeIsForgottenByAnyChange) {
   EXPECT_EQ(surface.recipe(1), 0U);
 }
 
-TEST(TileMemory, GivesBackWhatItHandedOut) {
-  const std::size_t before = tileMemory::bytesInUse();
-  std::vector<std::byte*> blocks;
-  for (int i = 0; i < 1000; ++i) {
-    blocks.push_back(tileMemory::allocate(std::size_t{128} << 10U));
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back()) % 64, 0U);
-    blocks.back()[0] = blocks.back()[131071] = static_cast<std::byte>(i);
-  }
-  for (int i = 0; i < 1000; ++i)
-    EXPECT_EQ(blocks[static_cast<std::size_t>(i)][131071], static_cast<std::byte>(i));
-  for (std::byte* block : blocks) tileMemory::release(block, std::size_t{128} << 10U);
-  EXPECT_EQ(tileMemory::bytesInUse(), before);
-}
-
 }  // namespace
 }  // namespace orvanel

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 namespace orvanel {
@@ -38,6 +39,20 @@ std::size_t residentBytes(const std::vector<std::byte*>& blocks) {
     resident += static_cast<std::size_t>(std::count_if(pages.begin(), pages.end(), present)) * pageBytes;
   }
   return resident;
+}
+
+TEST(TileMemory, GivesBackWhatItHandedOut) {
+  const std::size_t before = tileMemory::bytesInUse();
+  std::vector<std::byte*> blocks;
+  for (int i = 0; i < 1000; ++i) {
+    blocks.push_back(tileMemory::allocate(blockBytes));
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(blocks.back()) % 64, 0U);
+    blocks.back()[0] = blocks.back()[blockBytes - 1] = static_cast<std::byte>(i);
+  }
+  for (int i = 0; i < 1000; ++i)
+    EXPECT_EQ(blocks[static_cast<std::size_t>(i)][blockBytes - 1], static_cast<std::byte>(i));
+  release(blocks);
+  EXPECT_EQ(tileMemory::bytesInUse(), before);
 }
 
 TEST(TileMemory, WhatAnEditGaveUpIsAtHandForTheNext) {
