@@ -274,6 +274,32 @@ TEST(FillPolygonMask, SpansTilesAndLeavesInnerOnesUniform) {
   EXPECT_NEAR(sum, 3.14159265 * 300.0 * 300.0, 20.0);
 }
 
+TEST(FillPolygonMask, ARowThatIsHalfCoveredFromSideToSideIsHalf) {
+  forEveryInstructionSet([] {
+    Surface mask(PixelFormat::r16Float, 300, 257);
+    context().fillPolygonMask(mask,
+                              std::vector<PolygonPoint>{{-9, 20.5F}, {500, 20.5F}, {500, 900}, {-9, 900}});
+    for (int y = 0; y < 257; ++y) {
+      for (const int x : {0, 127, 128, 299}) {
+        ASSERT_EQ(maskAt(mask, x, y), y < 20 ? 0.0F : y == 20 ? 0.5F : 1.0F) << x << ", " << y;
+      }
+    }
+    for (const int index : {3, 4, 5}) EXPECT_EQ(mask.tile(index), Tile::uniform(0x3C00));
+    context().fillPolygonMask(mask, std::vector<PolygonPoint>{{-9, -9}, {0, -9}, {0, 900}, {-9, 900}});
+    for (int index = 0; index < mask.tileCount(); ++index) EXPECT_EQ(mask.tile(index), Tile::uniform(0));
+  });
+}
+
+TEST(FillPolygonMask, FlatEdgesAcrossManyColumnsAndBeyondTheCanvasKeepTheirArea) {
+  const std::vector<PolygonPoint> points{{-80, 3.25F}, {420, 5.5F}, {420, 30}, {60.5F, 7.75F}, {-80, 9}};
+  const Image expected = scanned(points, 300, 40, 400);
+  forEveryInstructionSet([&] {
+    Surface mask(PixelFormat::r16Float, 300, 40);
+    context().fillPolygonMask(mask, points);
+    reference::expectImage(mask, expected, 0.003);
+  });
+}
+
 TEST(FillPolygonMask, PointsThatAreNoNumbersAreLeftOut) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   Surface mask(PixelFormat::r16Float, 20, 20);

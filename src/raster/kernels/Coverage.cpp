@@ -1,12 +1,12 @@
 #include "raster/kernels/Coverage.h"
 
-#include <tbb/enumerable_thread_specific.h>
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
+
+#include "raster/HalfFloat.h"
 
 namespace orvanel::kernels {
 namespace {
@@ -25,64 +25,33 @@ RowCoverage::const_iterator runAt(const RowCoverage& row, int x) {
   return std::partition_point(row.begin(), row.end(), [x](const CoverageRun& run) { return run.end <= x; });
 }
 
-Stretch stretchOf(const RowCoverage& row, int begin, int end) {
-  const auto run = runAt(row, begin);
+/// `run` is the first that ends after `begin`.
+Stretch stretchFrom(const RowCoverage& row, RowCoverage::const_iterator run, int begin, int end) {
   if (run == row.end() || run->begin >= end) return Stretch::empty;
   const bool isEven = run->begin <= begin && run->end >= end;
   if (isEven && run->value == 0.0F) return Stretch::empty;
   return isEven && run->value == 1.0F ? Stretch::full : Stretch::mixed;
 }
 
-void setTileTo(Surface& mask, int index, Stretch stretch) {
-  mask.setUniform(index, stretch == Stretch::full ? halfOne : 0);
-}
-
 /// How many floats beyond its end `spreadRow` may write.
 constexpr int spreadSlack = 16;
 
-/// Columns [begin, begin + count) as floats. `from` is a run that begins no further right; gives the one
-/// that the columns end in.
-RowCoverage::const_iterator spreadRow(const RowCoverage& row, RowCoverage::const_iterator from, int begin,
-                                      int count, float* out) {
+/// Columns [begin, begin + count) as floats. `run` is the first that ends after `begin`.
+void spreadRow(const RowCoverage& row, RowCoverage::const_iterator run, int begin, int count, float* out) {
   // Along slanting edges runs are short, and sixteen floats at once are sooner written than counted. What
   // a run has too many is written over by what follows it.
   const auto fill = [out](int first, int last, float value) {
     for (; first < last; first += spreadSlack) std::fill_n(out + first, spreadSlack, value);
   };
   int filled = 0;
-  const auto end = row.end();
-  for (; from != end && from->end <= begin; ++from) {
-  }
-  for (; from != end && from->begin < begin + count; ++from) {
-    const int first = std::max(from->begin - begin, 0);
-    const int last = std::min(from->end - begin, count);
+  for (; run != row.end() && run->begin < begin + count; ++run) {
+    const int first = std::max(run->begin - begin, 0);
+    const int last = std::min(run->end - begin, count);
     if (filled < first) fill(filled, first, 0.0F);
-    fill(first, last, from->value);
+    fill(first, last, run->value);
     filled = last;
-    if (from->end >= begin + count) return from;
   }
   fill(filled, count, 0.0F);
-  return from;
-}
-
-/// Where the writing of tiles from left to right has come to in each row of a band.
-using RowCursors = std::array<RowCoverage::const_iterator, tileSide>;
-
-void writeTile(Surface& mask, int index, std::span<const RowCoverage> rows, RowCursors& cursors) {
-  const PixelRect rect = mask.tileRect(index);
-  Stretch stretch = stretchOf(rows[0], rect.x, rect.x + rect.width);
-  for (int y = 1; y < rect.height && stretch != Stretch::mixed; ++y) {
-    stretch = joined(stretch, stretchOf(rows[static_cast<std::size_t>(y)], rect.x, rect.x + rect.width));
-  }
-  if (stretch != Stretch::mixed) return setTileTo(mask, index, stretch);
-  auto* out = reinterpret_cast<std::uint16_t*>(mask.overwriteTile(index));
-  alignas(64) float values[tileSide + spreadSlack] = {};
-  for (std::size_t y = 0; y < rows.size(); ++y) {
-    cursors[y] = spreadRow(rows[y], cursors[y], rect.x, rect.width, values);
-    storeCoverageRow(values, out + y * tileSide);
-  }
-  std::fill(out + rect.height * tileSide, out + tilePixels, std::uint16_t{0});
-  mask.collapseIfUniform(index);
 }
 
 /// Half of a symmetric kernel's reach, and its weights from end to end, which sum to 1.
@@ -130,7 +99,8 @@ class ColumnBlur {
     const RowCoverage& row = rows_[static_cast<std::size_t>(y)];
     const int first = std::max(left - kernel_.reach, 0);
     const int last = std::min(left + tileSide + kernel_.reach, mask_.width());
-    const Stretch stretch = stretchOf(row, first, last);
+    const auto run = runAt(row, first);
+    const Stretch stretch = stretchFrom(row, run, first, last);
     kinds_[static_cast<std::size_t>(y)] = stretch;
     if (stretch != Stretch::mixed) {
       std::fill_n(blurredRow(y), tileSide, stretch == Stretch::full ? 1.0F : 0.0F);
@@ -138,7 +108,7 @@ class ColumnBlur {
     }
     const int before = first - (left - kernel_.reach);
     const int count = last - first;
-    spreadRow(row, runAt(row, first), first, count, spread_.data() + before);
+    spreadRow(row, run, first, count, spread_.data() + before);
     std::fill_n(spread_.begin(), before, spread_[static_cast<std::size_t>(before)]);
     std::fill(spread_.begin() + before + count, spread_.end(),
               spread_[static_cast<std::size_t>(before + count - 1)]);
@@ -156,7 +126,7 @@ class ColumnBlur {
     for (int y = first + 1; y < last && stretch != Stretch::mixed; ++y) {
       stretch = joined(stretch, kinds_[static_cast<std::size_t>(y)]);
     }
-    if (stretch != Stretch::mixed) return setTileTo(mask_, index, stretch);
+    if (stretch != Stretch::mixed) return mask_.setUniform(index, stretch == Stretch::full ? halfOne : 0);
     auto* out = reinterpret_cast<std::uint16_t*>(mask_.overwriteTile(index));
     std::fill_n(out, tilePixels, std::uint16_t{0});
     for (int y = rect.y; y < rect.y + rect.height; ++y, out += tileSide) {
@@ -182,30 +152,88 @@ class ColumnBlur {
 
 }  // namespace
 
-void writeCoverage(Surface& mask, const BandCoverage& shape) {
-  // Rows keep their memory from band to band.
-  tbb::enumerable_thread_specific<std::array<RowCoverage, tileSide>> memory;
+MaskBand::MaskBand(Surface& mask, int tileY)
+    : mask_(mask),
+      tileY_(tileY),
+      firstRow_(tileY * tileSide),
+      endRow_(std::min(firstRow_ + tileSide, mask.height())),
+      tiles_(static_cast<std::size_t>(mask.tilesAcross())) {}
+
+void MaskBand::writeEven(int tileX, int y, float value) {
+  TileState& tile = tiles_[static_cast<std::size_t>(tileX)];
+  if (tile.halves == nullptr && (y == firstRow_ || value == tile.even)) {
+    tile.even = value;
+  } else {
+    std::fill_n(rowOf(tileX, y), tileSide, floatToHalf(value));
+  }
+}
+
+void MaskBand::write(int tileX, int y, const float* values) {
+  storeCoverageRow(values, rowOf(tileX, y));
+}
+
+void MaskBand::write(int y, const RowCoverage& row) {
+  auto run = row.begin();
+  for (int tileX = 0; tileX < tilesAcross(); ++tileX) {
+    const int begin = tileX * tileSide;
+    const int end = std::min(begin + tileSide, mask_.width());
+    while (run != row.end() && run->end <= begin) ++run;
+    const Stretch stretch = stretchFrom(row, run, begin, end);
+    if (stretch == Stretch::mixed) {
+      alignas(64) float values[tileSide + spreadSlack] = {};
+      spreadRow(row, run, begin, end - begin, values);
+      write(tileX, y, values);
+    } else {
+      writeEven(tileX, y, stretch == Stretch::full ? 1.0F : 0.0F);
+    }
+  }
+}
+
+void MaskBand::finish() {
+  for (int tileX = 0; tileX < tilesAcross(); ++tileX) {
+    const TileState& tile = tiles_[static_cast<std::size_t>(tileX)];
+    const int index = mask_.tileIndex(tileX, tileY_);
+    if (tile.halves == nullptr) {
+      mask_.setUniform(index, floatToHalf(tile.even));
+    } else {
+      std::fill(tile.halves + (endRow_ - firstRow_) * tileSide, tile.halves + tilePixels, std::uint16_t{0});
+      mask_.collapseIfUniform(index);
+    }
+  }
+}
+
+std::uint16_t* MaskBand::rowOf(int tileX, int y) {
+  TileState& tile = tiles_[static_cast<std::size_t>(tileX)];
+  const int row = y - firstRow_;
+  if (tile.halves == nullptr) {
+    tile.halves = reinterpret_cast<std::uint16_t*>(mask_.overwriteTile(mask_.tileIndex(tileX, tileY_)));
+    std::fill_n(tile.halves, row * tileSide, floatToHalf(tile.even));
+  }
+  return tile.halves + row * tileSide;
+}
+
+void writeBands(Surface& mask, const std::function<void(MaskBand&)>& write) {
   tbb::parallel_for(0, mask.tilesDown(), [&](int tileY) {
-    const int firstRow = tileY * tileSide;
-    const auto count = static_cast<std::size_t>(std::min(tileSide, mask.height() - firstRow));
-    const std::span<RowCoverage> rows = std::span(memory.local()).first(count);
-    for (RowCoverage& row : rows) row.clear();
-    shape(firstRow, rows);
-    RowCursors cursors;
-    for (std::size_t y = 0; y < count; ++y) cursors[y] = rows[y].begin();
-    for (int tileX = 0; tileX < mask.tilesAcross(); ++tileX) {
-      writeTile(mask, mask.tileIndex(tileX, tileY), rows, cursors);
+    MaskBand band(mask, tileY);
+    write(band);
+    band.finish();
+  });
+}
+
+void writeCoverage(Surface& mask, const RowShape& shape) {
+  writeBands(mask, [&](MaskBand& band) {
+    RowCoverage row;
+    for (int y = band.firstRow(); y < band.endRow(); ++y) {
+      row.clear();
+      shape(y, row);
+      band.write(y, row);
     }
   });
 }
 
-void writeBlurredCoverage(Surface& mask, const BandCoverage& shape, double sigma) {
+void writeBlurredCoverage(Surface& mask, const RowShape& shape, double sigma) {
   std::vector<RowCoverage> rows(static_cast<std::size_t>(mask.height()));
-  tbb::parallel_for(0, mask.tilesDown(), [&](int tileY) {
-    const int firstRow = tileY * tileSide;
-    const auto count = static_cast<std::size_t>(std::min(tileSide, mask.height() - firstRow));
-    shape(firstRow, std::span(rows).subspan(static_cast<std::size_t>(firstRow), count));
-  });
+  tbb::parallel_for(0, mask.height(), [&](int y) { shape(y, rows[static_cast<std::size_t>(y)]); });
   const GaussianKernel kernel = gaussianOf(sigma);
   tbb::parallel_for(0, mask.tilesAcross(), [&](int tileX) { ColumnBlur(mask, rows, kernel).run(tileX); });
 }

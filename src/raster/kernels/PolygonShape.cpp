@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -19,118 +19,93 @@ struct Crossing {
   double leave;
 };
 
-/// Collects one row's coverage as differences from each column to the next.
+/// Collects one row's coverage as changes from each column to the next.
 class RowAccumulator {
  public:
-  explicit RowAccumulator(int width)
+  RowAccumulator(int width, int tilesAcross)
       : width_(width),
-        differences_(static_cast<std::size_t>(width) + 3),
-        touched_(differences_.size() / 64 + 1),
-        runs_(differences_.size() + 1) {}
+        changes_((static_cast<std::size_t>(tilesAcross) + 1) * tileSide),
+        touched_(static_cast<std::size_t>(tilesAcross) + 1) {}
 
-  /// Adds `sign` times all that lies to the right of a piece of an edge, over a height of `height`.
-  void add(Crossing piece, double height, double sign) {
-    const double left = std::min(piece.enter, piece.leave);
-    const double right = std::max(piece.enter, piece.leave);
-    if (left >= width_) return;
-    const double amount = sign * height;
-    if (right <= 0.0) return addFirst(amount);
-    const int column = static_cast<int>(left);
-    if (left < 0.0 || right > column + 1.0) return addWide(left, right, amount);
-    const double offset = (left + right) / 2.0 - column;
-    addShares(column, amount * (1.0 - offset), amount * offset, 0.0);
+  /// Adds `amount`, a height with a sign, times all that lies to the right of a piece of an edge.
+  void add(const Crossing& piece, double amount) {
+    pieces_.enter[pieceCount_] = piece.enter;
+    pieces_.leave[pieceCount_] = piece.leave;
+    pieces_.amount[pieceCount_] = amount;
+    if (++pieceCount_ == PieceBlock::capacity) addBlock();
   }
 
-  /// Adds differences to a column and the next two.
-  void addShares(int column, double first, double second, double third) {
-    double* out = differences_.data() + column;
-    out[0] += first;
-    out[1] += second;
-    out[2] += third;
-    touch(column, column + 1 + (third != 0.0 ? 1 : 0));
-  }
-
-  /// Takes the row's runs out and is empty again.
-  void finish(RowCoverage& row) {
-    CoverageRun* run = runs_.data();
-    double* differences = differences_.data();
-    const int width = width_;
-    double sum = 0.0;
-    int begin = 0;
-    for (std::size_t word = 0; word < touched_.size(); ++word) {
-      for (std::uint64_t bits = std::exchange(touched_[word], 0); bits != 0; bits &= bits - 1) {
-        const int column = static_cast<int>(word * 64) + std::countr_zero(bits);
-        // What begins beyond the canvas is written, but not kept.
-        const int end = std::min(column, width);
-        *run = {begin, end, coverageOf(sum)};
-        run += begin < end ? 1 : 0;
-        begin = column;
-        sum += std::exchange(differences[column], 0.0);
+  /// Writes the row and is empty again.
+  void writeTo(MaskBand& band, int y) {
+    addBlock();
+    double sum = std::exchange(beforeCanvas_, 0.0);
+    alignas(64) std::array<float, tileSide> values;
+    for (int tileX = 0; tileX < band.tilesAcross(); ++tileX) {
+      const auto tile = static_cast<std::size_t>(tileX);
+      const bool isTouched = std::exchange(touched_[tile], std::uint8_t{0}) != 0;
+      if (isTouched && sumChanges(&changes_[tile * tileSide], sum, values.data())) {
+        band.write(tileX, y, values.data());
+      } else {
+        band.writeEven(tileX, y, static_cast<float>(std::clamp(sum - coverageMargin, 0.0, 1.0)));
       }
     }
-    if (begin < width) *run++ = {begin, width, coverageOf(sum)};
-    row.assign(runs_.data(), run);
   }
 
  private:
-  /// Sums of many pieces miss 0 and 1 by a little; such pixels lie wholly outside or inside. A float next to
-  /// 1 is too coarse to see the margin.
-  static float coverageOf(double sum) {
-    constexpr double margin = 1e-9;
-    return static_cast<float>(std::min(std::max(sum - margin, 0.0), 1.0));
+  void addBlock() {
+    sharePieces(pieces_, pieceCount_, width_, shares_);
+    for (std::size_t i = 0; i < pieceCount_; ++i) {
+      const int column = shares_.columns[i];
+      if (column < 0) {
+        addWide(pieces_.enter[i], pieces_.leave[i], pieces_.amount[i]);
+        continue;
+      }
+      const auto first = static_cast<std::size_t>(column);
+      const std::size_t count = shares_.changes.size();
+      for (std::size_t j = 0; j < count; ++j) changes_[first + j] += shares_.changes[j][i];
+      touched_[first / tileSide] = touched_[(first + count - 1) / tileSide] = 1;
+    }
+    pieceCount_ = 0;
   }
 
-  /// A piece across several columns, which carries `amount` from its left end to its right.
-  void addWide(double left, double right, double amount) {
+  /// A piece across many columns, or one that begins beyond the canvas.
+  void addWide(double enter, double leave, double amount) {
+    double left = std::min(enter, leave);
+    double right = std::max(enter, leave);
+    if (left >= width_) return;
+    if (right <= 0.0) {
+      beforeCanvas_ += amount;
+      return;
+    }
     const double perColumn = amount / (right - left);
     if (left < 0.0) {
-      addFirst(-left * perColumn);
+      beforeCanvas_ -= left * perColumn;
       left = 0.0;
     }
     right = std::min(right, static_cast<double>(width_));
-    const int first = static_cast<int>(left);
-    const int last = static_cast<int>(right);
-    if (first == last) return add({left, right}, (right - left) * perColumn, 1.0);
-    const double inFirst = first + 1.0 - left;
-    const double inLast = right - last;
-    double* out = differences_.data() + first;
-    // A whole column gives half of its amount to itself and half to the next.
-    *out++ += inFirst * perColumn * (inFirst / 2.0);
-    *out += inFirst * perColumn * (1.0 - inFirst / 2.0);
-    for (int column = first + 1; column < last; ++column) {
-      *out++ += perColumn / 2.0;
-      *out += perColumn / 2.0;
+    auto column = static_cast<std::size_t>(left);
+    const auto lastColumn = static_cast<std::size_t>(right) + 1;
+    for (std::size_t tile = column / tileSide; tile <= lastColumn / tileSide; ++tile) touched_[tile] = 1;
+    double passed = 0.0;
+    for (; left < right; ++column) {
+      const auto columnBegin = static_cast<double>(column);
+      const double end = std::min(right, columnBegin + 1.0);
+      const double share = (end - left) * perColumn;
+      const double offset = (left + end) / 2.0 - columnBegin;
+      changes_[column] += passed + share * (1.0 - offset);
+      passed = share * offset;
+      left = end;
     }
-    *out++ += inLast * perColumn * (1.0 - inLast / 2.0);
-    *out += inLast * perColumn * (inLast / 2.0);
-    touch(first, last + 1);
-  }
-
-  /// What lies to the left of the canvas.
-  void addFirst(double amount) {
-    differences_[0] += amount;
-    touch(0, 0);
-  }
-
-  /// Marks the columns from `first` to `last`, both included.
-  void touch(int first, int last) {
-    const auto word = static_cast<std::size_t>(first) / 64;
-    const auto end = static_cast<std::size_t>(last) / 64;
-    const std::uint64_t from = ~std::uint64_t{0} << (first % 64);
-    const std::uint64_t upTo = ~std::uint64_t{0} >> (63 - last % 64);
-    if (word == end) {
-      touched_[word] |= from & upTo;
-      return;
-    }
-    touched_[word] |= from;
-    for (std::size_t i = word + 1; i < end; ++i) touched_[i] = ~std::uint64_t{0};
-    touched_[end] |= upTo;
+    changes_[column] += passed;
   }
 
   int width_;
-  std::vector<double> differences_;
-  std::vector<std::uint64_t> touched_;  ///< a bit for each column whose difference was set
-  std::vector<CoverageRun> runs_;       ///< room for one more than there are columns
+  double beforeCanvas_ = 0.0;          ///< what lies to the left of the first column
+  std::vector<double> changes_;        ///< with room for what begins in the last column
+  std::vector<std::uint8_t> touched_;  ///< for each tile, whether something may change in it
+  PieceBlock pieces_;                  ///< not yet added
+  std::size_t pieceCount_ = 0;
+  PieceShares shares_;
 };
 
 /// Which of the pieces to the left of a place are an odd number decides what they enclose.
@@ -182,7 +157,7 @@ void addPieces(std::span<Crossing> pieces, std::size_t before, double height, Ro
   std::vector<double> lowestAfter;
   findLowestAfter(pieces.size(), leaveOf, lowestAfter);
   forEachGroup(pieces.size(), leaveOf, lowestAfter, [&](std::size_t first, std::size_t count) {
-    if (count == 1) return row.add(pieces[first], height, signOf(before + first));
+    if (count == 1) return row.add(pieces[first], height * signOf(before + first));
     addTangle(pieces.subspan(first, count), before + first, height, row);
   });
 }
@@ -191,11 +166,11 @@ void addPieces(std::span<Crossing> pieces, std::size_t before, double height, Ro
 void addCross(std::span<const Crossing> pieces, std::size_t before, double height, double at,
               RowAccumulator& row) {
   const double split = splitOf(pieces[0], at);
-  const double sign = signOf(before);
-  row.add({pieces[0].enter, split}, height * at, sign);
-  row.add({pieces[1].enter, split}, height * at, -sign);
-  row.add({split, pieces[1].leave}, height * (1.0 - at), sign);
-  row.add({split, pieces[0].leave}, height * (1.0 - at), -sign);
+  const double amount = signOf(before) * height;
+  row.add({pieces[0].enter, split}, amount * at);
+  row.add({pieces[1].enter, split}, -amount * at);
+  row.add({split, pieces[1].leave}, amount * (1.0 - at));
+  row.add({split, pieces[0].leave}, -amount * (1.0 - at));
 }
 
 /// Adds the two slabs above and below the place where a piece crosses the next one.
@@ -231,7 +206,7 @@ void addTangle(std::span<Crossing> pieces, std::size_t before, double height, Ro
     std::swap(pieces[i].leave, pieces[i + 1].leave);
     if (i > 0) --i;
   }
-  for (std::size_t i = 0; i < pieces.size(); ++i) row.add(pieces[i], height, signOf(before + i));
+  for (std::size_t i = 0; i < pieces.size(); ++i) row.add(pieces[i], height * signOf(before + i));
 }
 
 /// Walks down a band of rows with the edges beneath its level at hand, from left to right. What it adds to
@@ -239,12 +214,13 @@ void addTangle(std::span<Crossing> pieces, std::size_t before, double height, Ro
 class BandSweep {
  public:
   /// `band` are indexes of edges by the height of their upper ends.
-  BandSweep(std::span<const Edge> edges, std::span<const int> band, int canvasWidth)
-      : edges_(edges), waiting_(band), canvasWidth_(canvasWidth), row_(canvasWidth) {}
+  BandSweep(std::span<const Edge> edges, std::span<const int> band, RowAccumulator& row)
+      : edges_(edges), waiting_(band), row_(row) {}
 
-  void coverRow(double top, RowCoverage& row) {
-    const double bottom = top + 1.0;
-    for (double level = top; level < bottom;) {
+  /// Adds all that lies in the row at `y`.
+  void addRow(int y) {
+    const double bottom = y + 1.0;
+    for (double level = y; level < bottom;) {
       enterEdges(level);
       const double next = nextLevel(bottom);
       descend(next);
@@ -253,7 +229,6 @@ class BandSweep {
       if (next >= firstEnd_) dropEdges(next);
       level = next;
     }
-    row_.finish(row);
   }
 
  private:
@@ -327,43 +302,27 @@ class BandSweep {
 
   void addSlab(double height) {
     const std::size_t count = atHand_.size();
-    const std::size_t padded = (count + piecesAtOnce - 1) / piecesAtOnce * piecesAtOnce;
-    enter_.resize(padded);
-    leave_.resize(padded);
-    shares_.resize(padded);
-    sharePieces(enter_.data(), leave_.data(), padded, canvasWidth_, shares_);
-    enter_.resize(count);
-    leave_.resize(count);
     const auto leaveOf = [this](std::size_t i) { return leave_[i]; };
     findLowestAfter(count, leaveOf, lowestAfter_);
     forEachGroup(count, leaveOf, lowestAfter_, [&](std::size_t first, std::size_t members) {
-      if (members == 1) return addPiece(first, height);
+      if (members == 1) return row_.add({enter_[first], leave_[first]}, height * signOf(first));
       tangle_.clear();
       for (std::size_t i = first; i < first + members; ++i) tangle_.push_back({enter_[i], leave_[i]});
       addTangle(tangle_, first, height, row_);
     });
   }
 
-  void addPiece(std::size_t i, double height) {
-    const int column = shares_.columns[i];
-    if (column < 0) return row_.add({enter_[i], leave_[i]}, height, signOf(i));
-    const double amount = height * signOf(i);
-    row_.addShares(column, shares_.first[i] * amount, shares_.second[i] * amount, shares_.third[i] * amount);
-  }
-
   std::span<const Edge> edges_;
   std::span<const int> waiting_;  ///< those that begin further down
-  int canvasWidth_;
   // The edges at hand, and where each enters and leaves the slab.
   std::vector<const Edge*> atHand_;
   std::vector<double> enter_;
   std::vector<double> leave_;
   double firstEnd_ = std::numeric_limits<double>::infinity();
   int newcomers_ = 0;
-  PieceShares shares_;
   std::vector<double> lowestAfter_;
   std::vector<Crossing> tangle_;
-  RowAccumulator row_;
+  RowAccumulator& row_;
 };
 
 }  // namespace
@@ -396,12 +355,14 @@ PolygonShape::PolygonShape(std::span<const ShapePoint> points, int canvasWidth, 
   }
 }
 
-void PolygonShape::cover(int firstRow, std::span<RowCoverage> rows) const {
-  const std::vector<int>& band = edgesOfBand_[static_cast<std::size_t>(firstRow / tileSide)];
-  if (band.empty()) return;
-  BandSweep sweep(edges_, band, canvasWidth_);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    sweep.coverRow(firstRow + static_cast<double>(i), rows[i]);
+void PolygonShape::cover(MaskBand& band) const {
+  const std::vector<int>& edges = edgesOfBand_[static_cast<std::size_t>(band.firstRow() / tileSide)];
+  if (edges.empty()) return;
+  RowAccumulator row(canvasWidth_, band.tilesAcross());
+  BandSweep sweep(edges_, edges, row);
+  for (int y = band.firstRow(); y < band.endRow(); ++y) {
+    sweep.addRow(y);
+    row.writeTo(band, y);
   }
 }
 

@@ -11,7 +11,7 @@
 namespace orvanel::kernels {
 namespace {
 
-void writeShape(Surface& mask, const BandCoverage& shape, float feather) {
+void writeShape(Surface& mask, const RowShape& shape, float feather) {
   // A blur as wide as the largest canvas leaves nothing to tell apart; wider ones cost time for nothing.
   const float width = std::min(feather, static_cast<float>(maximumCanvasSide));
   if (feather > 0.0F) {
@@ -33,12 +33,8 @@ void fillRectMask(const Dispatch& dispatch) {
   const int top = clipped(params.y, mask.height());
   const int right = clipped(std::uint64_t{params.x} + params.width, mask.width());
   const int bottom = clipped(std::uint64_t{params.y} + params.height, mask.height());
-  const auto cover = [&](int firstRow, std::span<RowCoverage> rows) {
-    if (left >= right) return;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const int y = firstRow + static_cast<int>(i);
-      if (y >= top && y < bottom) rows[i].push_back({left, right, 1.0F});
-    }
+  const auto cover = [&](int y, RowCoverage& row) {
+    if (left < right && y >= top && y < bottom) row.push_back({left, right, 1.0F});
   };
   writeShape(mask, cover, params.feather);
 }
@@ -49,10 +45,8 @@ void fillEllipseMask(const Dispatch& dispatch) {
   const EllipseShape ellipse(static_cast<double>(params.centerX), static_cast<double>(params.centerY),
                              static_cast<double>(params.radiusX), static_cast<double>(params.radiusY),
                              mask.width());
-  const auto cover = [&](int firstRow, std::span<RowCoverage> rows) {
-    for (std::size_t i = 0; i < rows.size(); ++i) ellipse.cover(firstRow + static_cast<int>(i), rows[i]);
-  };
-  writeShape(mask, cover, params.feather);
+  writeShape(
+      mask, [&](int y, RowCoverage& row) { ellipse.cover(y, row); }, params.feather);
 }
 
 void fillPolygonMask(const Dispatch& dispatch) {
@@ -65,7 +59,7 @@ void fillPolygonMask(const Dispatch& dispatch) {
     points[i] = {static_cast<double>(pair[0]), static_cast<double>(pair[1])};
   }
   const PolygonShape polygon(points, mask.width(), mask.height());
-  writeCoverage(mask, [&](int firstRow, std::span<RowCoverage> rows) { polygon.cover(firstRow, rows); });
+  writeBands(mask, [&](MaskBand& band) { polygon.cover(band); });
 }
 
 }  // namespace orvanel::kernels

@@ -52,8 +52,7 @@ class PolygonShape {
   /// Points that aren't finite are left out.
   PolygonShape(std::span<const ShapePoint> points, int canvasWidth, int canvasHeight);
 
-  /// Rows of one band of 128 beginning at `firstRow`.
-  void cover(int firstRow, std::span<RowCoverage> rows) const;
+  void cover(MaskBand& band) const;
 
  private:
   int canvasWidth_;
