@@ -22,14 +22,15 @@ QMenu::separator { height: 1px; background: #e2e2e6; margin: 4px 0; }
 QToolTip { background: #ffffff; color: #1d1d1f; border: 1px solid #c6c6cc; padding: 3px; }
 )";
 
-/// Fusion without pictures on buttons.
+/// Fusion without pictures on buttons. Alt alone belongs to the canvas, where it changes what the wheel and
+/// the tools do; menus open with Alt and a letter.
 class PlainStyle : public QProxyStyle {
  public:
   PlainStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* returnData) const override {
-    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons || hint == SH_MenuBar_AltKeyNavigation) return 0;
     return QProxyStyle::styleHint(hint, option, widget, returnData);
   }
 };

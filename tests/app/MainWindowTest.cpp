@@ -316,5 +316,17 @@ TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
   EXPECT_EQ(dialog.entry().colorModeIndex, 2);
 }
 
+TEST_F(MainWindowTest, AltAloneLeavesTheKeyboardWithTheCanvas) {
+  open({writeImage("photo.png")});
+  window->activateWindow();
+  canvas().setFocus();
+  for (const auto type : {QEvent::ShortcutOverride, QEvent::KeyPress, QEvent::KeyRelease}) {
+    QKeyEvent event(type, Qt::Key_Alt, type == QEvent::KeyRelease ? Qt::NoModifier : Qt::AltModifier);
+    QApplication::sendEvent(&canvas(), &event);
+  }
+  EXPECT_EQ(window->menuBar()->activeAction(), nullptr);
+  EXPECT_EQ(QApplication::focusWidget(), &canvas());
+}
+
 }  // namespace
 }  // namespace orvanel
