@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QPointer>
 #include <QStandardPaths>
+#include <algorithm>
 #include <span>
 #include <utility>
 
@@ -214,7 +215,6 @@ void DocumentFiles::save(const DocumentPtr& document) {
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
-  if (savingDocument_) return;
   const std::optional<QString> path =
       dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
   if (!path) return;
@@ -223,7 +223,21 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
   document->sourceFileFormat = std::nullopt;
   document->isDirty = false;
   document->name = documentName(*path);
-  saveNativeInBackground(document, *path);
+  waitingSaves_.emplace_back(document, *path);
+  beginWaitingSave();
+}
+
+void DocumentFiles::beginWaitingSave() {
+  if (savingDocument_ || waitingSaves_.empty()) return;
+  const auto [document, path] = waitingSaves_.front();
+  waitingSaves_.pop_front();
+  saveNativeInBackground(document, path);
+}
+
+void DocumentFiles::saveEnded(const DocumentPtr& document, const FileResult<void>& result) {
+  savingDocument_.reset();
+  beginWaitingSave();
+  reportSave(document, result);
 }
 
 void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QString& path) {
@@ -236,8 +250,7 @@ void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QS
       document, path, appState_.metalContext, this,
       [this, document, work](const FileResult<void>& result) {
         activity.end(work);
-        savingDocument_.reset();
-        reportSave(document, result);
+        saveEnded(document, result);
       },
       [this, work](double fraction) { activity.advance(work, fraction); });
 }
@@ -246,10 +259,8 @@ void DocumentFiles::saveFlatInBackground(const DocumentPtr& document, const QStr
                                          Document::ImageFileFormat format) {
   document->isDirty = false;
   savingDocument_ = document->id;
-  writeFlatInBackground(document, path, format, [this, document](const FileResult<void>& result) {
-    savingDocument_.reset();
-    reportSave(document, result);
-  });
+  writeFlatInBackground(document, path, format,
+                        [this, document](const FileResult<void>& result) { saveEnded(document, result); });
 }
 
 void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QString& path,
@@ -296,11 +307,14 @@ void DocumentFiles::waitWhile(const std::function<bool()>& isWriting) {
 }
 
 void DocumentFiles::settleSave(const Document& document) {
-  waitWhile([this, id = document.id] { return savingDocument_ == id; });
+  waitWhile([this, id = document.id] {
+    return savingDocument_ == id ||
+           std::ranges::any_of(waitingSaves_, [&](const auto& save) { return save.first->id == id; });
+  });
 }
 
 void DocumentFiles::settleWrites() {
-  waitWhile([this] { return savingDocument_ || runningExports_ > 0; });
+  waitWhile([this] { return savingDocument_ || !waitingSaves_.empty() || runningExports_ > 0; });
 }
 
 // Closing.

@@ -6,9 +6,11 @@
 #include <QString>
 #include <QStringList>
 #include <QUuid>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "app/AppState.h"
 #include "app/Dialogs.h"
@@ -42,6 +44,7 @@ class DocumentFiles : public QObject {
 
   /// Saves in place, or asks where when that can't be. Dropped while another save runs.
   void save(const DocumentPtr& document);
+  /// Asks where, and saves there; while another save runs, as soon as that one has ended.
   void saveAs(const DocumentPtr& document);
   void exportImage(const DocumentPtr& document);
 
@@ -63,6 +66,8 @@ class DocumentFiles : public QObject {
   void documentOpened(const DocumentPtr& document);
   void finishBatch(const OpenBatch& batch);
 
+  void beginWaitingSave();
+  void saveEnded(const DocumentPtr& document, const FileResult<void>& result);
   void saveNativeInBackground(const DocumentPtr& document, const QString& path);
   void saveFlatInBackground(const DocumentPtr& document, const QString& path,
                             Document::ImageFileFormat format);
@@ -82,6 +87,8 @@ class DocumentFiles : public QObject {
   Dialogs& dialogs_;
   /// One save runs at a time.
   std::optional<QUuid> savingDocument_;
+  /// Documents and the files that were chosen for them while another save ran.
+  std::deque<std::pair<DocumentPtr, QString>> waitingSaves_;
   int runningExports_ = 0;
   /// Where a panel begins when the document has no folder of its own.
   QString lastFolder_;

@@ -214,6 +214,21 @@ TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel")}));
 }
 
+TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
+  const DocumentPtr first = addDocument(QStringLiteral("First"));
+  const DocumentPtr second = addDocument(QStringLiteral("Second"));
+  first->sourceFileURL = path("first.tessel");
+  second->isDirty = true;
+  files.save(first);
+  dialogs.savePaths.push(path("chosen.tessel"));
+  files.saveAs(second);
+  EXPECT_EQ(second->name.value(), "chosen");
+  EXPECT_FALSE(second->isDirty.value());
+  files.settleSave(*second);
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("chosen.tessel"), QStringLiteral("first.tessel")}));
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
 TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   const DocumentPtr document = openOne(writeImage("photo.png", 20, 10, Qt::red));
   ASSERT_NE(document, nullptr);
