@@ -24,8 +24,14 @@ void ExportFormatHelper::selectRow(int row) {
 }
 
 int ExportFormatHelper::selectedRow() const {
-  const qsizetype row = panel.nameFilters().indexOf(panel.selectedNameFilter());
-  return row < 0 ? 0 : static_cast<int>(row);
+  // A panel that hides the patterns may name its choice without them.
+  const QString chosen = panel.selectedNameFilter();
+  const int rows = static_cast<int>(exportFormats.size());
+  for (int row = 0; row < rows; ++row) {
+    const QLatin1String title(exportFormats.at(static_cast<std::size_t>(row)).title);
+    if (chosen == title || chosen == nameFilterForRow(row)) return row;
+  }
+  return 0;
 }
 
 void ExportFormatHelper::formatChosen(const QString& /*nameFilter*/) {

@@ -146,11 +146,12 @@ std::optional<ExportTarget> WindowDialogs::askWhereToExport(const QString& propo
     const std::optional<QString> path = runPanel(panel);
     if (!path) return std::nullopt;
     row = helper.selectedRow();
-    // A typed extension of another known format decides, and a name without any comes back with one, so that
-    // no file's name lies about its contents.
-    if (const std::optional<int> named = exportRowForName(*path)) return ExportTarget{*path, *named};
+    const std::optional<int> named = exportRowForName(*path);
+    if (named == row) return ExportTarget{*path, row};
+    // The chosen format decides. A name with the extension of another, or with none, comes back with the one
+    // it has to have, so that no file's name lies about its contents.
     folder = QFileInfo(*path).path();
-    baseName = QFileInfo(*path).fileName();
+    baseName = named ? QFileInfo(*path).completeBaseName() : QFileInfo(*path).fileName();
   }
 }
 

@@ -1,0 +1,207 @@
+#include "app/WindowDialogs.h"
+
+#include <gmock/gmock.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <functional>
+#include <queue>
+
+namespace orvanel {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// Answers each dialog as soon as it stands, in the order of the steps given.
+class WindowDialogsTest : public testing::Test {
+ protected:
+  template <typename DialogType>
+  void whenShown(std::function<void(DialogType&)> answer) {
+    steps_.push([answer = std::move(answer)](QWidget& widget) {
+      auto* dialog = qobject_cast<DialogType*>(&widget);
+      ASSERT_NE(dialog, nullptr);
+      answer(*dialog);
+    });
+    if (!timer_.isActive()) timer_.start();
+  }
+
+  static QLineEdit& nameField(const QFileDialog& panel) {
+    return *panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+  }
+
+  static void chooseFormat(const QFileDialog& panel, int row) {
+    auto* formats = panel.findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+    formats->setCurrentIndex(row);
+    Q_EMIT formats->textActivated(formats->currentText());
+  }
+
+  /// Types a name and confirms it, as Return in the name field does.
+  void typeName(const QString& name) {
+    whenShown<QFileDialog>([name](QFileDialog& panel) {
+      nameField(panel).setText(name);
+      QMetaObject::invokeMethod(&panel, "accept");
+    });
+  }
+
+  void press(const QString& text) {
+    whenShown<QMessageBox>([text](QMessageBox& box) {
+      for (QAbstractButton* button : box.buttons()) {
+        if (button->text() == text) return button->click();
+      }
+      FAIL() << "no button " << text.toStdString();
+    });
+  }
+
+  WindowDialogsTest() {
+    timer_.setInterval(5);
+    QObject::connect(&timer_, &QTimer::timeout, [this] { answerNext(); });
+  }
+  ~WindowDialogsTest() override { EXPECT_TRUE(steps_.empty()) << "a dialog didn't come"; }
+
+  [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
+
+  QTemporaryDir folder;
+  WindowDialogs dialogs;
+
+ private:
+  void answerNext() {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr || dialog == answered_) return;
+    answered_ = dialog;
+    if (steps_.empty()) {
+      ADD_FAILURE() << "a dialog that nobody expects";
+      dialog->close();
+      return;
+    }
+    const auto step = std::move(steps_.front());
+    steps_.pop();
+    QObject::connect(dialog, &QObject::destroyed, dialog, [this] { answered_ = nullptr; });
+    step(*dialog);
+  }
+
+  std::queue<std::function<void(QWidget&)>> steps_;
+  QWidget* answered_ = nullptr;
+  QTimer timer_;
+};
+
+// Alerts.
+
+TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.text(), "Failed to Save");
+    EXPECT_EQ(box.informativeText(), "<b>photo</b>: The disk is full.");
+    EXPECT_EQ(box.textFormat(), Qt::PlainText);
+    box.accept();
+  });
+  dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("<b>photo</b>: The disk is full."));
+}
+
+TEST_F(WindowDialogsTest, ALongListOfFailuresStaysOnTheScreen) {
+  QStringList lines;
+  for (int i = 1; i <= 20; ++i) lines << QStringLiteral("photo %1.png: damaged").arg(i);
+  whenShown<QMessageBox>([&](QMessageBox& box) {
+    EXPECT_THAT(box.informativeText().toStdString(), HasSubstr("photo 16.png"));
+    EXPECT_THAT(box.informativeText().toStdString(), Not(HasSubstr("photo 17.png")));
+    EXPECT_THAT(box.informativeText().toStdString(), HasSubstr("and 4 more"));
+    EXPECT_EQ(box.detailedText(), lines.join(u'\n'));
+    box.accept();
+  });
+  dialogs.showWarning(QStringLiteral("Failed to Open 20 Files"), lines.join(u'\n'));
+}
+
+TEST_F(WindowDialogsTest, TheQuestionAboutChangesHasThreeAnswers) {
+  const auto ask = [&] { return dialogs.askToSave(QStringLiteral("Save?"), QString()); };
+  press(QStringLiteral("Save"));
+  EXPECT_EQ(ask(), SaveAnswer::save);
+  press(QStringLiteral("Don't Save"));
+  EXPECT_EQ(ask(), SaveAnswer::dontSave);
+  press(QStringLiteral("Cancel"));
+  EXPECT_EQ(ask(), SaveAnswer::cancel);
+  whenShown<QMessageBox>([](QMessageBox& box) { box.reject(); });
+  EXPECT_EQ(ask(), SaveAnswer::cancel);
+}
+
+// Opening.
+
+TEST_F(WindowDialogsTest, SeveralFilesCanBeOpened) {
+  for (const char* name : {"a.png", "b.tessel"}) {
+    QFile file(path(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+  whenShown<QFileDialog>([&](QFileDialog& panel) {
+    EXPECT_EQ(panel.windowTitle(), "Select documents or image files to open");
+    panel.setDirectory(folder.path());
+    nameField(panel).setText(QStringLiteral("\"a.png\" \"b.tessel\""));
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  EXPECT_EQ(dialogs.askForFilesToOpen(), QStringList({path("a.png"), path("b.tessel")}));
+}
+
+TEST_F(WindowDialogsTest, ACancelledPanelAnswersNothing) {
+  for (int i = 0; i < 3; ++i) whenShown<QFileDialog>([](QFileDialog& panel) { panel.reject(); });
+  EXPECT_THAT(dialogs.askForFilesToOpen(), IsEmpty());
+  EXPECT_EQ(dialogs.askWhereToSave(path("a.tessel")), std::nullopt);
+  EXPECT_EQ(dialogs.askWhereToExport(path("a")), std::nullopt);
+}
+
+// Saving.
+
+TEST_F(WindowDialogsTest, TheSavePanelProposesAndCompletesTheName) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(nameField(panel).text(), "photo.tessel");
+    nameField(panel).setText(QStringLiteral("other"));
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("other.tessel"));
+}
+
+TEST_F(WindowDialogsTest, ADocumentIsNotSavedUnderAnImagesName) {
+  typeName(QStringLiteral("photo.png"));
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(nameField(panel).text(), "photo.tessel");
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("photo.tessel"));
+}
+
+// Exporting.
+
+TEST_F(WindowDialogsTest, AnExportBeginsWithTheFirstFormat) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(nameField(panel).text(), "photo.png");
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  const auto target = dialogs.askWhereToExport(path("photo"));
+  ASSERT_TRUE(target.has_value());
+  EXPECT_EQ(target->path, path("photo.png"));
+  EXPECT_EQ(target->formatRow, 0);
+}
+
+TEST_F(WindowDialogsTest, TheChosenFormatDecidesAndTheNameFollowsIt) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    nameField(panel).setText(QStringLiteral("typed.jpg"));
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(nameField(panel).text(), "typed.png");
+    chooseFormat(panel, 1);
+    EXPECT_EQ(nameField(panel).text(), "typed.jpg");
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  const auto target = dialogs.askWhereToExport(path("photo"));
+  ASSERT_TRUE(target.has_value());
+  EXPECT_EQ(target->path, path("typed.jpg"));
+  EXPECT_EQ(target->formatRow, 1);
+}
+
+}  // namespace
+}  // namespace orvanel
