@@ -13,6 +13,7 @@
 #include <filesystem>
 
 #include "io/FileOperations.h"
+#include "raster/Background.h"
 
 namespace orvanel {
 namespace {
@@ -49,6 +50,17 @@ void syncDirectory(const std::filesystem::path& directory) {
   if (handle < 0) return;
   ::fsync(handle);
   ::close(handle);
+}
+
+/// Puts the new file in the old one's place. A file system may take long to free a large file's blocks: the
+/// old file is held open meanwhile, so that this happens in the background when it is closed.
+int replace(const std::string& temporary, const std::string& destination) {
+  const int replaced = ::open(destination.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  const int result = FileOperations::current().renameFile(temporary, destination);
+  const int reason = errno;
+  if (replaced >= 0) enqueueBackgroundTask([replaced] { ::close(replaced); });
+  errno = reason;
+  return result;
 }
 
 }  // namespace
@@ -157,7 +169,7 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   if (auto result = flush(); !result) return result;
   if (auto result = closeAndCheck(); !result) return result;
   if (auto result = verify(temporaryPath_); !result) return result;
-  if (FileOperations::current().renameFile(temporaryPath_, destination_) != 0) {
+  if (replace(temporaryPath_, destination_) != 0) {
     return because(QStringLiteral("The file can't be put in its place: %1.").arg(systemReason(errno)));
   }
   temporaryPath_.clear();

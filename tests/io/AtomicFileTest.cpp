@@ -11,6 +11,7 @@
 
 #include "io/FaultyDisk.h"
 #include "io/TestBytes.h"
+#include "raster/Background.h"
 
 namespace orvanel {
 namespace {
@@ -57,6 +58,18 @@ TEST_F(AtomicFileTest, replacesAFileAndKeepsItsPermissions) {
   ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
   EXPECT_EQ(contents(path()), "new");
   EXPECT_EQ(permissions(path()), 0640U);
+}
+
+TEST_F(AtomicFileTest, letsGoOfTheReplacedFileInTheBackground) {
+  put(path(), "old");
+  waitForBackgroundWork();
+  const auto openFiles = [] {
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
+  };
+  const auto before = openFiles();
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  waitForBackgroundWork();
+  EXPECT_EQ(openFiles(), before);
 }
 
 TEST_F(AtomicFileTest, newFileHasTheOrdinaryPermissions) {
