@@ -8,25 +8,10 @@
 #include <memory>
 #include <vector>
 
-#include "canvas/CanvasRenderer.h"
+#include "BenchView.h"
 
 namespace orvanel {
 namespace {
-
-constexpr int viewWidth = 1920;
-constexpr int viewHeight = 1080;
-
-class BenchView : public MTKView {
- public:
-  std::optional<Drawable> currentDrawable() override {
-    return Drawable{pixels.data(), viewWidth, viewWidth, viewHeight};
-  }
-  [[nodiscard]] QSizeF drawableSize() const override { return {viewWidth, viewHeight}; }
-  [[nodiscard]] std::optional<double> backingScaleFactor() const override { return 1.0; }
-  void present() override {}
-
-  std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(std::size_t{viewWidth} * viewHeight);
-};
 
 /// Noise of plausible values, half of the tiles with some transparency.
 void fillTile(Surface& surface, int index) {

@@ -6,10 +6,8 @@
 
 #include <chrono>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <numbers>
-#include <sstream>
 #include <string>
 
 #include "PhotoLayers.h"
@@ -192,20 +190,6 @@ void registerWorkloads() {
 }
 
 [[maybe_unused]] const bool areRegistered = (registerWorkloads(), true);
-
-/// The largest resident size since the last `forgetPeak`, in bytes.
-double peakBytes() {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.starts_with("VmHWM:")) return std::stod(line.substr(6)) * 1024.0;
-  }
-  return 0.0;
-}
-
-void forgetPeak() {
-  std::ofstream("/proc/self/clear_refs") << "5";
-}
 
 /// Twenty layers of their own: what the process grows to while their mode changes.
 void changeColorModeMemory(benchmark::State& state) {

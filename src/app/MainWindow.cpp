@@ -1,8 +1,10 @@
 #include "app/MainWindow.h"
 
 #include <QCloseEvent>
+#include <QLoggingCategory>
 #include <QMenuBar>
 #include <QScreen>
+#include <utility>
 
 namespace orvanel {
 
@@ -10,6 +12,9 @@ namespace {
 
 constexpr QSize firstSize{1280, 800};
 constexpr QSize smallestSize{480, 320};
+
+/// How the start goes, for whoever measures it: QT_LOGGING_RULES=orvanel.start.debug=true.
+Q_LOGGING_CATEGORY(startLog, "orvanel.start", QtInfoMsg)
 
 }  // namespace
 
@@ -77,6 +82,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   if (requestQuit_)
     QMetaObject::invokeMethod(
         this, [this] { requestQuit_(); }, Qt::QueuedConnection);
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+  QMainWindow::paintEvent(event);
+  if (std::exchange(hasBeenPainted_, true)) return;
+  // Queued, so that it comes when the rest of the window has been painted and shown too.
+  QMetaObject::invokeMethod(
+      this, [] { qCDebug(startLog, "first frame"); }, Qt::QueuedConnection);
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event) {

@@ -25,6 +25,7 @@ class MainWindow : public QMainWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
  private:
@@ -37,6 +38,7 @@ class MainWindow : public QMainWindow {
   WindowAccessor accessor_;
   ContentView* contentView_;
   std::unique_ptr<OpenRecentCommand> openRecent_;
+  bool hasBeenPainted_ = false;
   /// Items that are of no use without an active document.
   std::vector<QAction*> documentItems_;
   /// Items that are of no use with fewer than two documents.
