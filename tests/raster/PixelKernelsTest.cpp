@@ -128,6 +128,14 @@ TEST(LevelsAdjust, FollowsTheCurveWithinOneUnit) {
   }
 }
 
+/// One tile of a surface as a surface of its own.
+Surface tileAlone(const Surface& surface, int index) {
+  const PixelRect rect = surface.tileRect(index);
+  Surface alone(surface.format(), rect.width, rect.height);
+  alone.setTile(0, surface.tile(index));
+  return alone;
+}
+
 TEST(LevelsAdjust, ALargeLayerGetsExactlyWhatASmallOneGets) {
   forEveryInstructionSet([] {
     std::mt19937 random(33);
@@ -135,16 +143,19 @@ TEST(LevelsAdjust, ALargeLayerGetsExactlyWhatASmallOneGets) {
       SCOPED_TRACE(static_cast<int>(format));
       const ColorMode mode = reference::modeOf(format);
       const Surface before = randomSurface(format, 700, 600, random);
-      Surface adjusted = before;
-      context().levelsAdjust(adjusted, mode, nullptr, 0.1F, 0.8F, 2.2F);
-      for (int index = 0; index < before.tileCount(); ++index) {
-        const PixelRect rect = before.tileRect(index);
-        Surface one(format, rect.width, rect.height);
-        one.setTile(0, before.tile(index));
-        context().levelsAdjust(one, mode, nullptr, 0.1F, 0.8F, 2.2F);
-        Surface part(format, rect.width, rect.height);
-        part.setTile(0, adjusted.tile(index));
-        ASSERT_TRUE(part.equals(one)) << "tile " << index;
+      const Surface selection = reference::randomMask(700, 600, random);
+      for (const Selected selected : {Selected::nothing, Selected::some}) {
+        const auto adjust = [&](Surface& layer, const Surface& mask) {
+          context().levelsAdjust(layer, mode, selected == Selected::some ? &mask : nullptr, 0.1F, 0.8F, 2.2F);
+        };
+        Surface adjusted = before;
+        adjust(adjusted, selection);
+        for (int index = 0; index < before.tileCount(); ++index) {
+          Surface one = tileAlone(before, index);
+          adjust(one, tileAlone(selection, index));
+          ASSERT_TRUE(tileAlone(adjusted, index).equals(one))
+              << "tile " << index << (selected == Selected::some ? ", selection" : "");
+        }
       }
     }
   });

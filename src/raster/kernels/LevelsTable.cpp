@@ -2,9 +2,6 @@
 
 #include <tbb/parallel_for.h>
 
-#include <array>
-
-#include "raster/Regularity.h"
 #include "raster/kernels/PointRows.h"
 
 namespace orvanel::kernels {
@@ -13,19 +10,6 @@ namespace {
 std::size_t valuesOf(PixelFormat format) {
   const bool isByte = format == PixelFormat::rg8Unorm || format == PixelFormat::rgba8Unorm;
   return isByte ? 0x100 : 0x10000;
-}
-
-/// A transparent pixel with this value in every colour channel, as kernels read it.
-std::uint64_t pixelOf(PixelFormat format, std::uint64_t value) {
-  switch (format) {
-    case PixelFormat::rg8Unorm:
-    case PixelFormat::rg16Unorm:
-      return value;
-    case PixelFormat::rgba8Unorm:
-      return value * 0x010101U;
-    default:
-      return regularPixel(value * 0x000100010001ULL, format);
-  }
 }
 
 /// Rewrites pixels of one integer type; `adjusted` is given a pixel and gives the new one.
@@ -38,39 +22,40 @@ void rewrite(const std::byte* in, std::byte* out, int count, const Adjusted& adj
 
 }  // namespace
 
-bool LevelsTable::isWorthwhile(const Surface& layer, const LevelsParams& params) {
+bool LevelsTable::isWorthwhile(const Surface& layer, const Surface* selection, const LevelsParams& params) {
   const bool isBent = params.white > params.black && params.gamma > 0.0F && params.gamma != 1.0F;
   if (!isBent) return false;
+  const auto takesTime = [&](int index) {
+    if (selection == nullptr) return !layer.tile(index).isUniform();
+    const Tile& selected = selection->tile(index);
+    return !selected.isUniform() || (selected.pixel() != 0 && !layer.tile(index).isUniform());
+  };
   // A table of 16-bit values takes as long as the pixels of four tiles.
   constexpr int fewTiles = 4;
-  int withData = 0;
-  for (int index = 0; index < layer.tileCount() && withData <= fewTiles; ++index) {
-    if (!layer.tile(index).isUniform()) ++withData;
+  int adjusted = 0;
+  for (int index = 0; index < layer.tileCount() && adjusted <= fewTiles; ++index) {
+    if (takesTime(index)) ++adjusted;
   }
-  return withData > fewTiles;
+  return adjusted > fewTiles;
 }
 
 LevelsTable::LevelsTable(PixelFormat format, const LevelsParams& params)
-    : format_(format), values_(valuesOf(format)) {
-  constexpr std::size_t step = 256;
-  const int pixelBytes = bytesPerPixel(format);
-  tbb::parallel_for(std::size_t{0}, values_.size() / step, [&](std::size_t block) {
-    alignas(64) std::array<std::byte, step * 8> pixels;
-    for (std::size_t i = 0; i < step; ++i) {
-      fillPixels(pixels.data() + i * static_cast<std::size_t>(pixelBytes), 1,
-                 pixelOf(format, block * step + i), pixelBytes);
-    }
-    levelsRow(format, pixels.data(), pixels.data(), nullptr, params, step);
-    const std::uint64_t firstChannel = values_.size() - 1;
-    for (std::size_t i = 0; i < step; ++i) {
-      const std::byte* pixel = pixels.data() + i * static_cast<std::size_t>(pixelBytes);
-      values_[block * step + i] = static_cast<std::uint16_t>(packPixel(pixel, pixelBytes) & firstChannel);
-    }
+    : format_(format), curve_(valuesOf(format)), rounded_(curve_.size()) {
+  constexpr std::uint32_t step = 256;
+  const auto count = static_cast<std::uint32_t>(curve_.size());
+  tbb::parallel_for(0U, count, step, [&](std::uint32_t first) {
+    tabulateLevels(format, params, first, step, &curve_[first], &rounded_[first]);
   });
 }
 
-void LevelsTable::adjustRow(const std::byte* in, std::byte* out, int count) const {
-  const std::uint16_t* values = values_.data();
+void LevelsTable::adjustRow(const std::byte* in, std::byte* out, const std::uint16_t* weights,
+                            int count) const {
+  if (weights == nullptr) return adjustWhole(in, out, count);
+  curveRow(format_, in, out, weights, curve_.data(), count);
+}
+
+void LevelsTable::adjustWhole(const std::byte* in, std::byte* out, int count) const {
+  const std::uint16_t* values = rounded_.data();
   switch (format_) {
     case PixelFormat::rg8Unorm:
       return rewrite<std::uint16_t>(in, out, count, [values](std::uint32_t pixel) {

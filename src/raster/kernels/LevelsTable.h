@@ -13,17 +13,21 @@ namespace orvanel::kernels {
 
 class LevelsTable {
  public:
-  /// True when the curve is bent and the layer so large that a table pays.
-  [[nodiscard]] static bool isWorthwhile(const Surface& layer, const LevelsParams& params);
+  /// True when the curve is bent and so many pixels are to be adjusted that a table pays. Null selects all.
+  [[nodiscard]] static bool isWorthwhile(const Surface& layer, const Surface* selection,
+                                         const LevelsParams& params);
 
   LevelsTable(PixelFormat format, const LevelsParams& params);
 
-  /// Exactly what `levelsRow` makes of the row without weights.
-  void adjustRow(const std::byte* in, std::byte* out, int count) const;
+  /// Exactly what `levelsRow` makes of the row.
+  void adjustRow(const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) const;
 
  private:
+  void adjustWhole(const std::byte* in, std::byte* out, int count) const;
+
   PixelFormat format_;
-  std::vector<std::uint16_t> values_;
+  std::vector<float> curve_;            ///< for mixing
+  std::vector<std::uint16_t> rounded_;  ///< the same as channels hold it
 };
 
 }  // namespace orvanel::kernels

@@ -100,9 +100,9 @@ void levelsAdjust(const Dispatch& dispatch) {
   if (selection != nullptr && !haveSameSize(layer, *selection)) return;
   const PixelFormat format = layer.format();
   std::optional<LevelsTable> table;
-  if (LevelsTable::isWorthwhile(layer, params)) table.emplace(format, params);
+  if (LevelsTable::isWorthwhile(layer, selection, params)) table.emplace(format, params);
   const auto row = [&](const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) {
-    if (table && weights == nullptr) return table->adjustRow(in, out, count);
+    if (table) return table->adjustRow(in, out, weights, count);
     levelsRow(format, in, out, weights, params, count);
   };
   forEachTile(layer, [&](int index) { editTile(layer, index, selection, Alpha::kept, row); });

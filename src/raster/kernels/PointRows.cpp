@@ -3,6 +3,7 @@
 #include <array>
 #include <functional>
 #include <numeric>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "raster/kernels/PointRows.cpp"
@@ -15,26 +16,31 @@
 HWY_BEFORE_NAMESPACE();
 namespace orvanel::kernels::HWY_NAMESPACE {
 
-/// A format's load and store together; `vanishing` is the largest alpha that is stored as 0.
+/// A format's load and store together; `vanishing` is the largest alpha that is stored as 0. Channels hold
+/// values as numbers: integers, or the bits of half floats.
 struct Rgba8 {
   using Source = Rgba8Source;
   using Store = Rgba8Store;
   static constexpr float vanishing = 0.5F / 255.0F;
+  static HWY_INLINE VU32 numberOf(VF32 value) { return toByteLanes(value); }
 };
 struct Rgba16Float {
   using Source = Rgba16FloatSource;
   using Store = Rgba16FloatStore;
   static constexpr float vanishing = 0x1p-25F;
+  static HWY_INLINE VU32 numberOf(VF32 value) { return toHalfBits(value); }
 };
 struct Rg8 {
   using Source = Rg8Source;
   using Store = Rg8Store;
   static constexpr float vanishing = 0.5F / 255.0F;
+  static HWY_INLINE VU32 numberOf(VF32 value) { return toByteLanes(value); }
 };
 struct Rg16 {
   using Source = Rg16Source;
   using Store = Rg16Store;
   static constexpr float vanishing = 0.5F / 65535.0F;
+  static HWY_INLINE VU32 numberOf(VF32 value) { return toWordLanes(value); }
 };
 
 template <typename Format>
@@ -139,6 +145,23 @@ struct GammaLevelsOp {
   }
 };
 
+/// Looks a tabulated curve up.
+template <typename Format>
+struct CurveOp {
+  const float* curve;
+  HWY_INLINE VF32 color(VF32 c) const {
+    return hn::GatherIndex(f32, curve, hn::BitCast(i32, Format::numberOf(c)));
+  }
+};
+
+HWY_INLINE LinearLevelsOp linearLevels(const LevelsParams& params) {
+  return {params.black, 1.0F / (params.white - params.black)};
+}
+
+HWY_INLINE GammaLevelsOp gammaLevels(const LevelsParams& params) {
+  return {linearLevels(params), 1.0F / params.gamma};
+}
+
 void invertRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
                int count) {
   mapColorsOf(format, InvertOp{}, in, out, weights, count);
@@ -149,11 +172,58 @@ void levelsRow(PixelFormat format, const std::byte* in, std::byte* out, const st
   if (!(params.white > params.black)) {
     return mapColorsOf(format, StepOp{params.black}, in, out, weights, count);
   }
-  const LinearLevelsOp linear{params.black, 1.0F / (params.white - params.black)};
   if (!(params.gamma > 0.0F) || params.gamma == 1.0F) {
-    return mapColorsOf(format, linear, in, out, weights, count);
+    return mapColorsOf(format, linearLevels(params), in, out, weights, count);
   }
-  mapColorsOf(format, GammaLevelsOp{linear, 1.0F / params.gamma}, in, out, weights, count);
+  mapColorsOf(format, gammaLevels(params), in, out, weights, count);
+}
+
+template <typename Format>
+HWY_NOINLINE void tabulateOp(const GammaLevelsOp& op, std::uint32_t first, std::uint32_t count, float* curve,
+                             std::uint16_t* rounded) {
+  const hn::Rebind<std::uint16_t, F32> u16;
+  constexpr bool isFloat = std::is_same_v<Format, Rgba16Float>;
+  const auto lanes = static_cast<std::uint32_t>(hn::Lanes(f32));
+  // Two passes: a compiler might fuse the scaling with the curve's first step, which would round otherwise
+  // than a row of pixels does.
+  for (std::uint32_t i = 0; i < count; i += lanes) {
+    const VU32 numbers = hn::Iota(u32, first + i);
+    const VF32 raw = isFloat ? lowHalf(numbers) : byteLane(numbers);
+    hn::StoreU(hn::Mul(raw, hn::Set(f32, Format::Source::scale)), f32, curve + i);
+  }
+  for (std::uint32_t i = 0; i < count; i += lanes) {
+    const VF32 value = op.color(hn::LoadU(f32, curve + i));
+    hn::StoreU(value, f32, curve + i);
+    hn::StoreU(hn::TruncateTo(u16, Format::numberOf(value)), u16, rounded + i);
+  }
+}
+
+void tabulateLevels(PixelFormat format, const LevelsParams& params, std::uint32_t first, std::uint32_t count,
+                    float* curve, std::uint16_t* rounded) {
+  const GammaLevelsOp op = gammaLevels(params);
+  switch (format) {
+    case PixelFormat::rg8Unorm:
+    case PixelFormat::rgba8Unorm:
+      return tabulateOp<Rgba8>(op, first, count, curve, rounded);
+    case PixelFormat::rg16Unorm:
+      return tabulateOp<Rg16>(op, first, count, curve, rounded);
+    default:
+      return tabulateOp<Rgba16Float>(op, first, count, curve, rounded);
+  }
+}
+
+void curveRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
+              const float* curve, int count) {
+  switch (format) {
+    case PixelFormat::rg8Unorm:
+      return mapColors<Rg8>(CurveOp<Rg8>{curve}, in, out, weights, count);
+    case PixelFormat::rg16Unorm:
+      return mapColors<Rg16>(CurveOp<Rg16>{curve}, in, out, weights, count);
+    case PixelFormat::rgba8Unorm:
+      return mapColors<Rgba8>(CurveOp<Rgba8>{curve}, in, out, weights, count);
+    default:
+      return mapColors<Rgba16Float>(CurveOp<Rgba16Float>{curve}, in, out, weights, count);
+  }
 }
 
 template <typename Format>
@@ -352,6 +422,8 @@ namespace orvanel::kernels {
 
 HWY_EXPORT(invertRow);
 HWY_EXPORT(levelsRow);
+HWY_EXPORT(tabulateLevels);
+HWY_EXPORT(curveRow);
 HWY_EXPORT(fillRow);
 HWY_EXPORT(maskAlphaRow);
 HWY_EXPORT(withinRow);
@@ -371,6 +443,16 @@ void invertRow(PixelFormat format, const std::byte* in, std::byte* out, const st
 void levelsRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
                const LevelsParams& params, int count) {
   HWY_DYNAMIC_DISPATCH(levelsRow)(format, in, out, weights, params, count);
+}
+
+void tabulateLevels(PixelFormat format, const LevelsParams& params, std::uint32_t first, std::uint32_t count,
+                    float* curve, std::uint16_t* rounded) {
+  HWY_DYNAMIC_DISPATCH(tabulateLevels)(format, params, first, count, curve, rounded);
+}
+
+void curveRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
+              const float* curve, int count) {
+  HWY_DYNAMIC_DISPATCH(curveRow)(format, in, out, weights, curve, count);
 }
 
 void fillRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,

@@ -21,6 +21,17 @@ void invertRow(PixelFormat format, const std::byte* in, std::byte* out, const st
 void levelsRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
                const LevelsParams& params, int count);
 
+/// What `levelsRow` makes of the `count` numbers from `first` on that a colour channel may hold, integers or
+/// bits of half floats: in `curve` the values that it mixes, in `rounded` the numbers again that it stores
+/// without weights. White is above black and gamma positive. The count is a multiple of 16, the memory needs
+/// no alignment.
+void tabulateLevels(PixelFormat format, const LevelsParams& params, std::uint32_t first, std::uint32_t count,
+                    float* curve, std::uint16_t* rounded);
+
+/// As `levelsRow`, with what `tabulateLevels` made of all numbers.
+void curveRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
+              const float* curve, int count);
+
 /// Mixes a straight colour in, in premultiplied form.
 void fillRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
              const Color4& color, int count);
