@@ -20,6 +20,13 @@ QString tooMuchMemory() {
   return QStringLiteral("The document needs more memory than there is.");
 }
 
+/// The id that a text in the canonical form stands for; that of nothing but zeros is one as well.
+std::optional<QUuid> idOf(const QString& text) {
+  const QUuid id = uuidFromText(text);
+  if (id.isNull() && text != uuidText(id)) return std::nullopt;
+  return id;
+}
+
 BlendMode blendModeOf(const NodeManifest& node) {
   return blendModeFromRaw(node.blendMode).value_or(BlendMode::normal);
 }
@@ -74,16 +81,16 @@ class TreeBuilder {
   Described<LayerNodeList> build(const std::vector<NodeManifest>& manifests) {
     LayerNodeList nodes;
     for (const NodeManifest& manifest : manifests) {
-      const QUuid id = uuidFromText(manifest.id);
-      if (id.isNull()) continue;
+      const std::optional<QUuid> id = idOf(manifest.id);
+      if (!id) continue;
       const bool isLayer = manifest.type == u"layer";
       if (!isLayer && manifest.type != u"folder") continue;
-      if (seen_.contains(id)) return because(QStringLiteral("The document has two nodes of the same id."));
-      seen_.insert(id);
+      if (seen_.contains(*id)) return because(QStringLiteral("The document has two nodes of the same id."));
+      seen_.insert(*id);
       if (isLayer) {
-        nodes.emplace_back(buildLayer(manifest, id));
+        nodes.emplace_back(buildLayer(manifest, *id));
       } else {
-        auto folder = buildFolder(manifest, id);
+        auto folder = buildFolder(manifest, *id);
         if (!folder) return because(folder.error());
         nodes.emplace_back(std::move(*folder));
       }
@@ -127,14 +134,14 @@ class TreeBuilder {
   }
 
   void buildMask(Layer& layer, const NodeManifest& manifest) {
-    const QUuid id = uuidFromText(manifest.mask->id);
+    const std::optional<QUuid> id = idOf(manifest.mask->id);
     const QString path = maskEntryPath(manifest.id);
-    if (id.isNull() || !archive_.find(path.toStdString()).has_value()) return;
+    if (!id || !archive_.find(path.toStdString()).has_value()) return;
     const Texture surface = document_.context().makeTexture(maskPixelFormat, document_.canvasWidth.value(),
                                                             document_.canvasHeight.value());
     if (surface == nullptr) return;
     request(path, surface);
-    auto mask = std::make_shared<LayerMask>(id, std::make_shared<MaskTexture>(surface));
+    auto mask = std::make_shared<LayerMask>(*id, std::make_shared<MaskTexture>(surface));
     mask->isEnabled = manifest.mask->isEnabled;
     layer.mask = mask;
   }
@@ -301,8 +308,7 @@ Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContex
   document.rootNodes = std::move(*nodes);
   built.requests = std::move(builder.requests);
   if (manifest.selectedNodeID.has_value()) {
-    const QUuid selected = uuidFromText(*manifest.selectedNodeID);
-    document.selectedNodeID = selected.isNull() ? std::nullopt : std::optional(selected);
+    document.selectedNodeID = idOf(*manifest.selectedNodeID);
   } else if (!document.rootNodes.value().empty()) {
     document.selectedNodeID = document.rootNodes.value().front().id();
   }

@@ -115,6 +115,28 @@ TEST(DocumentReader, nodesOfNoKnownKindAreLeftOutWithTheirChildren) {
   EXPECT_EQ(found->children.value().size(), 1U);
 }
 
+TEST(DocumentReader, theIdOfNothingButZerosIsAnIdLikeAnyOther) {
+  const std::string zeros = "00000000-0000-0000-0000-000000000000";
+  const std::string folder = R"({"blendMode":0,"id":")" + zeros +
+                             R"(","isLocked":false,"isVisible":true,"name":"F","opacity":1,"type":"folder",)"
+                             R"("children":[)" +
+                             layerNode(layerID, R"("mask":{"id":")" + zeros + R"(","isEnabled":true},)") +
+                             "]}";
+  const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
+  ZipFixture archive = fixture(manifest(folder, canvas, 2, R"(,"selectedNodeID":")" + zeros + "\""));
+  archive.add(ZipFixture::deflated(std::string("layers/") + layerID + ".mask.layerdata",
+                                   layerdata(LayerdataHeader::of(PixelFormat::r16Float, 3, 2), 12)));
+  const auto document = load(archive);
+  ASSERT_TRUE(document.has_value()) << document.error().toStdString();
+  ASSERT_EQ((*document)->rootNodes.value().size(), 1U);
+  const LayerNode root = (*document)->rootNodes.value()[0];
+  EXPECT_EQ(uuidText(root.id()).toStdString(), zeros);
+  ASSERT_EQ(root.folder()->children.value().size(), 1U);
+  EXPECT_NE(root.folder()->children.value()[0].layer()->mask.value(), nullptr);
+  EXPECT_EQ((*document)->activeNode(), root);
+  EXPECT_NE(failureOf(fixture(manifest(layerNode(zeros) + "," + layerNode(zeros)))), "");
+}
+
 TEST(DocumentReader, missingEntriesLeaveEmptyLayersAndNoMasks) {
   ZipFixture archive = fixture(
       manifest(layerNode(layerID, R"("mask":{"id":")" + std::string(layerID) + R"(","isEnabled":true},)")));
