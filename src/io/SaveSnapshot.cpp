@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// Raw bytes of a chunk: long enough to deflate well, short enough that both cores end together.
+/// Raw bytes of a chunk: long enough to deflate well, short enough that all cores end together.
 constexpr std::int64_t chunkBytes = std::int64_t{1} << 20U;
 
 SaveSnapshot::LayerEntry entryOf(const QString& path, const Surface& surface) {
