@@ -9,7 +9,7 @@
 #include <cstring>
 #include <memory>
 
-#include "raster/ColorMode.h"
+#include "io/ImageLimits.h"
 
 namespace orvanel {
 namespace {
@@ -55,16 +55,19 @@ tl::unexpected<QString> failed(const heif_error& error) {
   return because(QStringLiteral("%1.").arg(QString::fromUtf8(error.message)));
 }
 
-QImage copyOfPixels(const HeifLibrary& api, const heif_image* decoded, bool hasAlpha) {
+Described<QImage> copyOfPixels(const HeifLibrary& api, const heif_image* decoded, bool hasAlpha) {
   int stride = 0;
   const std::uint8_t* plane = api.image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
-  const int width = api.image_get_width(decoded, heif_channel_interleaved);
-  const int height = api.image_get_height(decoded, heif_channel_interleaved);
-  QImage image(width, height, hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
-  if (plane == nullptr || image.isNull()) return {};
-  for (int y = 0; y < height; ++y) {
+  const QSize size(api.image_get_width(decoded, heif_channel_interleaved),
+                   api.image_get_height(decoded, heif_channel_interleaved));
+  // The coded picture needn't have the size that the file announces.
+  if (const auto judged = judgeImageSize(size); !judged) return because(judged.error());
+  QImage image(size, hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
+  if (plane == nullptr || image.isNull())
+    return because(QStringLiteral("The image can't be held in memory."));
+  for (int y = 0; y < size.height(); ++y) {
     std::memcpy(image.scanLine(y), plane + static_cast<std::ptrdiff_t>(y) * stride,
-                static_cast<std::size_t>(width) * 4);
+                static_cast<std::size_t>(size.width()) * 4);
   }
   return image;
 }
@@ -86,10 +89,8 @@ Described<HeifImage> decodeHeif(const QString& path) {
   if (found.code != heif_error_Ok) return failed(found);
   const std::unique_ptr<heif_image_handle, decltype(api.image_handle_release)> handle(
       rawHandle, api.image_handle_release);
-  if (api.image_handle_get_width(rawHandle) > maximumCanvasSide ||
-      api.image_handle_get_height(rawHandle) > maximumCanvasSide) {
-    return because(QStringLiteral("The image is larger than %1 pixels on a side.").arg(maximumCanvasSide));
-  }
+  const QSize announced(api.image_handle_get_width(rawHandle), api.image_handle_get_height(rawHandle));
+  if (const auto judged = judgeImageSize(announced); !judged) return because(judged.error());
 
   heif_image* rawImage = nullptr;
   const heif_error decoded =
@@ -97,14 +98,14 @@ Described<HeifImage> decodeHeif(const QString& path) {
   if (decoded.code != heif_error_Ok) return failed(decoded);
   const std::unique_ptr<heif_image, decltype(api.image_release)> pixels(rawImage, api.image_release);
 
-  QImage image = copyOfPixels(api, rawImage, api.image_handle_has_alpha_channel(rawHandle) != 0);
-  if (image.isNull()) return because(QStringLiteral("The image can't be held in memory."));
+  Described<QImage> image = copyOfPixels(api, rawImage, api.image_handle_has_alpha_channel(rawHandle) != 0);
+  if (!image) return because(image.error());
   QByteArray profile(static_cast<qsizetype>(api.image_handle_get_raw_color_profile_size(rawHandle)), '\0');
   if (!profile.isEmpty() &&
       api.image_handle_get_raw_color_profile(rawHandle, profile.data()).code == heif_error_Ok) {
-    image.setColorSpace(QColorSpace::fromIccProfile(profile));
+    image->setColorSpace(QColorSpace::fromIccProfile(profile));
   }
-  return HeifImage{std::move(image), std::max(8, api.image_handle_get_luma_bits_per_pixel(rawHandle))};
+  return HeifImage{std::move(*image), std::max(8, api.image_handle_get_luma_bits_per_pixel(rawHandle))};
 }
 
 }  // namespace orvanel
