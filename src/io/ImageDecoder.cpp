@@ -1,13 +1,18 @@
 #include "io/ImageDecoder.h"
 
 #include <QColorSpace>
+#include <QColorTransform>
 #include <QImageReader>
+#include <QRgba64>
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <mutex>
+#include <vector>
 
 #include "io/HeifDecoder.h"
 #include "io/ImageHeader.h"
-#include "io/MemoryLimit.h"
+#include "io/ImageLimits.h"
 #include "raster/ColorMode.h"
 
 namespace orvanel {
@@ -21,36 +26,79 @@ void raiseReaderLimit() {
   std::call_once(once, [] { QImageReader::setAllocationLimit(largestImageMebibytes); });
 }
 
-QString tooLarge() {
-  return QStringLiteral("The image is larger than %1 pixels on a side.").arg(maximumCanvasSide);
+/// One bit a pixel is black and white to most formats, but its two places may hold any colours.
+bool holdsOnlyGreys(const QList<QRgb>& palette) {
+  return std::ranges::all_of(palette, qIsGray);
 }
 
 ImageTraits traitsOf(const QImage& image) {
+  constexpr ImageTraits grey{.isMonochrome = true, .bitsPerComponent = 8, .bitsPerPixel = 8};
   switch (image.format()) {
     case QImage::Format_Mono:
     case QImage::Format_MonoLSB:
+      if (holdsOnlyGreys(image.colorTable())) return grey;
+      break;
     case QImage::Format_Grayscale8:
-      return {.isMonochrome = true, .bitsPerComponent = 8, .bitsPerPixel = 8};
+      return grey;
     case QImage::Format_Grayscale16:
       return {.isMonochrome = true, .bitsPerComponent = 16, .bitsPerPixel = 16};
     default:
       break;
   }
   const QPixelFormat format = image.pixelFormat();
-  // Palettes hold colours of 8 bits a component, whatever their indexes take.
+  // Palettes hold colours of 8 bits a component, whatever their indexes take. A longer one is colour even
+  // if all of it happens to be grey: grey images have a form of their own.
   const bool deep = format.colorModel() != QPixelFormat::Indexed && format.redSize() > 8;
   return {.isMonochrome = false, .bitsPerComponent = deep ? 16 : 8, .bitsPerPixel = deep ? 64 : 32};
 }
 
-/// Straight 8-bit colour in sRGB.
-QImage displayReady(QImage image) {
-  const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+/// What `toDisplay` makes of each of `count` greys from black to white, in 8 bits.
+std::vector<uchar> greysOnDisplay(const QColorTransform& toDisplay, int count) {
+  constexpr int white = 0xFFFF;
+  std::vector<uchar> greys(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const auto value = static_cast<quint16>(std::int64_t{i} * white / (count - 1));
+    greys[static_cast<std::size_t>(i)] =
+        toDisplay.map(QRgba64::fromRgba64(value, value, value, white)).green8();
+  }
+  return greys;
+}
+
+template <typename Value>
+QImage greyOnDisplay(const QImage& image, const QColorTransform& toDisplay) {
+  const std::vector<uchar> greys = greysOnDisplay(toDisplay, std::numeric_limits<Value>::max() + 1);
+  QImage result(image.size(), QImage::Format_Grayscale8);
+  if (result.isNull()) return result;
+  for (int y = 0; y < image.height(); ++y) {
+    const auto* in = reinterpret_cast<const Value*>(image.constScanLine(y));
+    uchar* out = result.scanLine(y);
+    for (int x = 0; x < image.width(); ++x) out[x] = greys[in[x]];
+  }
+  return result;
+}
+
+/// The platform's own conversion takes deep grey through 8 bits and looks colours up in coarse tables; for
+/// greys a table of all of them is exact.
+void convertToDisplay(QImage& image) {
   const QColorSpace profile = image.colorSpace();
   const QColorSpace display(QColorSpace::SRgb);
-  const bool isGreyFormat = traitsOf(image).isMonochrome;
-  if (profile.isValid() && profile != display && !isGreyFormat) image.convertToColorSpace(display);
+  if (!profile.isValid() || profile == display) return;
+  if (image.format() == QImage::Format_Grayscale8) {
+    image = greyOnDisplay<std::uint8_t>(image, profile.transformationToColorSpace(display));
+  } else if (image.format() == QImage::Format_Grayscale16) {
+    image = greyOnDisplay<std::uint16_t>(image, profile.transformationToColorSpace(display));
+  } else {
+    image.convertToColorSpace(display);
+  }
+}
+
+/// As straight 8-bit colour in sRGB.
+Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
+  const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+  convertToDisplay(image);
   image.convertTo(wanted);
-  return image;
+  if (image.isNull()) return because(QStringLiteral("The image can't be held in memory."));
+  return DecodedImage{std::move(image), traits};
 }
 
 bool isHeif(const QString& path) {
@@ -70,23 +118,15 @@ Described<DecodedImage> decodeImageFile(const QString& path) {
     if (!heif) return because(heif.error());
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
-    return DecodedImage{displayReady(std::move(heif->image)), traits};
+    return onDisplay(std::move(heif->image), traits);
   }
-  const QSize announced = reader.size();
-  if (announced.width() > maximumCanvasSide || announced.height() > maximumCanvasSide)
-    return because(tooLarge());
-  // The decoded image, the bytes it is copied to, the layer and the composite.
-  constexpr std::uint64_t bytesPerImagePixel = 8 + 4 + 8 + 8;
-  const auto pixels = static_cast<std::uint64_t>(std::max(0, announced.width())) *
-                      static_cast<std::uint64_t>(std::max(0, announced.height()));
-  if (!pixelsFitInMemory(pixels * bytesPerImagePixel)) {
-    return because(QStringLiteral("The image needs more memory than there is."));
-  }
+  if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
   QImage image = reader.read();
   if (image.isNull()) return because(QStringLiteral("%1.").arg(reader.errorString()));
-  if (image.width() > maximumCanvasSide || image.height() > maximumCanvasSide) return because(tooLarge());
+  // Not every file announces its size, and not every one keeps to it.
+  if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
   const ImageTraits traits = traitsOfHeader(path).value_or(traitsOf(image));
-  return DecodedImage{displayReady(std::move(image)), traits};
+  return onDisplay(std::move(image), traits);
 }
 
 }  // namespace orvanel
