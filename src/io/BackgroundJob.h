@@ -4,7 +4,7 @@
 #include <QObject>
 #include <functional>
 
-#include "io/ZipWriter.h"
+#include "io/Progress.h"
 
 namespace orvanel {
 

@@ -7,9 +7,11 @@
 #include <QImageWriter>
 #include <QPainter>
 #include <algorithm>
+#include <span>
 #include <utility>
 #include <vector>
 
+#include "io/AtomicFile.h"
 #include "io/GifEncoder.h"
 #include "io/ImageDecoder.h"
 #include "io/PngWriter.h"
@@ -111,20 +113,39 @@ std::optional<QByteArray> encode(const QImage& image, const char* format, int qu
 
 constexpr int encodersDefault = -1;
 
-QByteArray pngOf(const QImage& image) {
+QByteArray pngOf(const QImage& image, const Progress& progress) {
   const bool hasAlpha = image.hasAlphaChannel();
   return encodePng({.width = image.width(),
                     .height = image.height(),
                     .channels = hasAlpha ? PngChannels::rgba : PngChannels::rgb,
-                    .readRow = [&](int y, std::uint8_t* row) {
-                      const std::uint8_t* pixels = image.constScanLine(y);
-                      if (hasAlpha) {
-                        std::copy_n(pixels, static_cast<std::ptrdiff_t>(image.width()) * 4, row);
-                        return;
-                      }
-                      for (int x = 0; x < image.width(); ++x, pixels += 4, row += 3)
-                        std::copy_n(pixels, 3, row);
-                    }});
+                    .readRow =
+                        [&](int y, std::uint8_t* row) {
+                          const std::uint8_t* pixels = image.constScanLine(y);
+                          if (hasAlpha) {
+                            std::copy_n(pixels, static_cast<std::ptrdiff_t>(image.width()) * 4, row);
+                            return;
+                          }
+                          for (int x = 0; x < image.width(); ++x, pixels += 4, row += 3)
+                            std::copy_n(pixels, 3, row);
+                        }},
+                   progress);
+}
+
+/// Straight RGBA8888, or RGBX8888 if no pixel lets anything through.
+std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress) {
+  switch (fileType) {
+    case Format::png:
+      return pngOf(image, progress);
+    case Format::jpeg:
+      return encode(overWhite(image), "jpeg", encodersDefault);
+    case Format::tiff:
+      return encode(image, "tiff", encodersDefault);
+    case Format::gif:
+      return encodeGif(image, progress);
+    case Format::bmp:
+      return encode(overWhite(image), "bmp", encodersDefault);
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -151,9 +172,12 @@ ColorMode colorMode(const ImageTraits& image) {
   return isDeep ? ColorMode::rgb16 : ColorMode::rgb8;
 }
 
-FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context) {
-  Described<DecodedImage> decoded = decodeImageFile(path);
+FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
+                                    const Progress& progress) {
+  constexpr double decodedShare = 0.8;
+  Described<DecodedImage> decoded = decodeImageFile(path, partOf(progress, 0.0, decodedShare));
   if (!decoded) return tl::unexpected(loadFailed(decoded.error()));
+  tell(progress, decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
   result.mode = colorMode(decoded->traits);
@@ -164,11 +188,13 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   decoded->image = QImage();
   if (result.mode == ColorMode::rgb8) {
     result.pixels = staging;
+    tell(progress, 1.0);
     return result;
   }
   result.pixels = context.makeTexture(layerPixelFormat(result.mode), staging->width(), staging->height());
   if (result.pixels == nullptr) fatalFault("Failed to create layer texture");
   context.convertTexture(*staging, *result.pixels, ColorMode::rgb8, result.mode);
+  tell(progress, 1.0);
   return result;
 }
 
@@ -187,30 +213,37 @@ DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, Met
   return document;
 }
 
-FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context) {
-  return readFlatImage(path, context).map([&](const FlatImage& image) {
+FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context, const Progress& progress) {
+  return readFlatImage(path, context, progress).map([&](const FlatImage& image) {
     return documentOfFlatImage(image, path, context);
   });
 }
 
 std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, Format fileType,
-                                      const MetalContext& context) {
+                                      const MetalContext& context, const Progress& progress) {
   QImage image = imageOf(composite, mode, context);
   if (image.isNull()) return std::nullopt;
   if (isOpaque(image)) image.reinterpretAsFormat(QImage::Format_RGBX8888);
-  switch (fileType) {
-    case Format::png:
-      return pngOf(image);
-    case Format::jpeg:
-      return encode(overWhite(image), "jpeg", encodersDefault);
-    case Format::tiff:
-      return encode(image, "tiff", encodersDefault);
-    case Format::gif:
-      return encodeGif(image);
-    case Format::bmp:
-      return encode(overWhite(image), "bmp", encodersDefault);
-  }
-  return std::nullopt;
+  constexpr double convertedShare = 0.2;
+  tell(progress, convertedShare);
+  auto bytes = encode(image, fileType, partOf(progress, convertedShare, 1.0));
+  if (bytes) tell(progress, 1.0);
+  return bytes;
+}
+
+FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
+                                const QString& path, const MetalContext& context, const Progress& progress) {
+  const auto failed = [](QString reason) {
+    return tl::unexpected(FileError{DocumentIOError::exportFailed, std::move(reason)});
+  };
+  constexpr double encodedShare = 0.9;
+  const auto bytes = exportImage(composite, mode, fileType, context, partOf(progress, 0.0, encodedShare));
+  if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
+  const auto written = replaceFile(
+      path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))));
+  if (!written) return failed(written.error());
+  tell(progress, 1.0);
+  return {};
 }
 
 }  // namespace orvanel

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "io/FileError.h"
+#include "io/Progress.h"
 #include "model/Document.h"
 #include "raster/Surface.h"
 
@@ -36,19 +37,30 @@ struct FlatImage {
 };
 
 /// Decodes a file; what is no image, or larger than a canvas can be, is `loadFailed`.
-[[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context);
+/// Progress comes in steps: header, decoded, in sRGB, in tiles.
+[[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
+                                                  const Progress& progress = {});
 
 /// A document of one layer, both named after the file. Main thread.
 [[nodiscard]] DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path,
                                               MetalContext& context);
 
 /// Both in one step. Main thread.
-[[nodiscard]] FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context);
+[[nodiscard]] FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context,
+                                                const Progress& progress = {});
 
 /// A composite encoded as a file's bytes; half floats are clamped to 0 to 1, and formats without alpha
-/// get the image over white. Nothing when the encoder fails.
+/// get the image over white. Nothing when the encoder fails. A PNG tells of progress band by band, the others
+/// when the picture is converted and when it is encoded.
 [[nodiscard]] std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode,
                                                     Document::ImageFileFormat fileType,
-                                                    const MetalContext& context);
+                                                    const MetalContext& context,
+                                                    const Progress& progress = {});
+
+/// The same, put at `path` in one step for whoever looks; what goes wrong is `exportFailed`. Any thread, on
+/// which progress is told.
+[[nodiscard]] FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode,
+                                              Document::ImageFileFormat fileType, const QString& path,
+                                              const MetalContext& context, const Progress& progress = {});
 
 }  // namespace orvanel

@@ -119,11 +119,13 @@ bool writeFrame(const GifLibrary& api, GifFileType* file, const IndexedPixels& p
 
 }  // namespace
 
-std::optional<QByteArray> encodeGif(const QImage& image) {
+std::optional<QByteArray> encodeGif(const QImage& image, const Progress& progress) {
   const GifLibrary& api = gif();
   if (!api.isComplete || image.isNull()) return std::nullopt;
   const IndexedPixels pixels =
       indexed(image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32));
+  constexpr double indexedShare = 0.7;
+  tell(progress, indexedShare);
   QByteArray bytes;
   int error = 0;
   GifFileType* file = api.EGifOpen(&bytes, appendBytes, &error);

@@ -5,9 +5,11 @@
 #include <QImage>
 #include <optional>
 
+#include "io/Progress.h"
+
 namespace orvanel {
 
 /// Up to 256 colours, dithered; pixels less than half covered become transparent.
-[[nodiscard]] std::optional<QByteArray> encodeGif(const QImage& image);
+[[nodiscard]] std::optional<QByteArray> encodeGif(const QImage& image, const Progress& progress = {});
 
 }  // namespace orvanel

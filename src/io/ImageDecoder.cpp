@@ -108,7 +108,9 @@ bool isHeif(const QString& path) {
 
 }  // namespace
 
-Described<DecodedImage> decodeImageFile(const QString& path) {
+Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress) {
+  constexpr double headerShare = 0.05;
+  constexpr double decodedShare = 0.9;
   raiseReaderLimit();
   QImageReader reader(path);
   reader.setDecideFormatFromContent(true);
@@ -116,15 +118,18 @@ Described<DecodedImage> decodeImageFile(const QString& path) {
   if (!reader.canRead() && isHeif(path)) {
     auto heif = decodeHeif(path);
     if (!heif) return because(heif.error());
+    tell(progress, decodedShare);
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
     return onDisplay(std::move(heif->image), traits);
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
+  tell(progress, headerShare);
   QImage image = reader.read();
   if (image.isNull()) return because(QStringLiteral("%1.").arg(reader.errorString()));
   // Not every file announces its size, and not every one keeps to it.
   if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
+  tell(progress, decodedShare);
   const ImageTraits traits = traitsOfHeader(path).value_or(traitsOf(image));
   return onDisplay(std::move(image), traits);
 }

@@ -7,6 +7,7 @@
 
 #include "io/FileError.h"
 #include "io/FlatImage.h"
+#include "io/Progress.h"
 
 namespace orvanel {
 
@@ -16,6 +17,6 @@ struct DecodedImage {
   ImageTraits traits;
 };
 
-[[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path);
+[[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});
 
 }  // namespace orvanel

@@ -106,8 +106,9 @@ std::uint32_t adler32(std::span<const std::byte> bytes) {
 
 class Encoder {
  public:
-  explicit Encoder(const PngSource& source)
+  Encoder(const PngSource& source, const Progress& progress)
       : source_(source),
+        progress_(progress),
         pixelBytes_(source.channels == PngChannels::rgb ? 3 : 4),
         rowBytes_(static_cast<std::size_t>(source.width) * pixelBytes_),
         rowsPerBand_(static_cast<int>(std::clamp<std::size_t>(bandBytes / (rowBytes_ + 1), 1,
@@ -138,6 +139,7 @@ class Encoder {
       const Chunk chunk = pipeline.take();
       appendChunk(out, "IDAT", chunk.bytes.span());
       checkSum = adler32_combine(checkSum, chunk.rawCheckSum, static_cast<z_off_t>(chunk.rawSize));
+      tell(progress_, static_cast<double>(band + 1) / bands);
     }
     QByteArray end(reinterpret_cast<const char*>(deflateStreamEnd.data()), deflateStreamEnd.size());
     appendNumber(end, static_cast<std::uint32_t>(checkSum));
@@ -164,6 +166,7 @@ class Encoder {
   }
 
   const PngSource& source_;
+  const Progress& progress_;
   std::size_t pixelBytes_;
   std::size_t rowBytes_;
   int rowsPerBand_;
@@ -171,8 +174,8 @@ class Encoder {
 
 }  // namespace
 
-QByteArray encodePng(const PngSource& source) {
-  return Encoder(source).encode();
+QByteArray encodePng(const PngSource& source, const Progress& progress) {
+  return Encoder(source, progress).encode();
 }
 
 }  // namespace orvanel

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "io/Progress.h"
+
 namespace orvanel {
 
 enum class PngChannels { rgb, rgba };
@@ -18,6 +20,6 @@ struct PngSource {
   std::function<void(int y, std::uint8_t* row)> readRow;
 };
 
-[[nodiscard]] QByteArray encodePng(const PngSource& source);
+[[nodiscard]] QByteArray encodePng(const PngSource& source, const Progress& progress = {});
 
 }  // namespace orvanel

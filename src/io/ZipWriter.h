@@ -11,11 +11,9 @@
 #include "io/AtomicFile.h"
 #include "io/ByteBuffer.h"
 #include "io/Deflate.h"
+#include "io/Progress.h"
 
 namespace orvanel {
-
-/// Told of work done, from 0 to 1, on the thread that works.
-using Progress = std::function<void(double)>;
 
 struct ArchiveEntry {
   enum class Method { stored, deflated };

@@ -8,6 +8,9 @@
 #include <QImage>
 #include <QImageWriter>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <thread>
+#include <vector>
 
 #include "io/ImageHeader.h"
 #include "io/MemoryLimit.h"
@@ -265,6 +268,71 @@ TEST_F(FlatImages, EveryFormatIsWrittenAndReadsBack) {
     EXPECT_NEAR(qGreen(pixel), 40, 3) << static_cast<int>(format);
     EXPECT_NEAR(qBlue(pixel), 90, 3) << static_cast<int>(format);
   }
+}
+
+/// What was told, in order; only the thread that works may tell.
+struct ToldProgress {
+  std::vector<double> steps;
+
+  Progress listener() {
+    return [this, worker = std::this_thread::get_id()](double done) {
+      EXPECT_EQ(std::this_thread::get_id(), worker);
+      steps.push_back(done);
+    };
+  }
+  void expectWhole(std::size_t atLeast) const {
+    ASSERT_GE(steps.size(), atLeast);
+    EXPECT_TRUE(std::ranges::is_sorted(steps));
+    EXPECT_GT(steps.front(), 0.0);
+    EXPECT_LT(steps.front(), 1.0);
+    EXPECT_EQ(steps.back(), 1.0);
+  }
+};
+
+TEST_F(FlatImages, OpeningTellsOfHeaderPixelsAndTiles) {
+  QImage color(90, 70, QImage::Format_RGB32);
+  color.fill(qRgb(200, 40, 90));
+  for (const QImage& image : {color, color.convertToFormat(QImage::Format_Grayscale8)}) {
+    ToldProgress told;
+    ASSERT_TRUE(openImage(saved(image, QStringLiteral("told.png"), "png"), context, told.listener()));
+    told.expectWhole(4);
+  }
+  ToldProgress told;
+  EXPECT_FALSE(openImage(folder.filePath(QStringLiteral("missing.png")), context, told.listener()));
+  EXPECT_TRUE(told.steps.empty() || told.steps.back() < 1.0);
+}
+
+TEST_F(FlatImages, WritingPutsTheFileInPlaceAndTellsOfEveryStep) {
+  Surface composite(PixelFormat::rgba8Unorm, 90, 70);
+  composite.fill(0xFF5A28C8U);
+  for (const Format format : {Format::png, Format::jpeg, Format::tiff, Format::gif, Format::bmp}) {
+    const QString path = folder.filePath(QStringLiteral("written"));
+    ToldProgress told;
+    ASSERT_TRUE(writeFlatImage(composite, ColorMode::rgb8, format, path, context, told.listener()));
+    told.expectWhole(3);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), exportImage(composite, ColorMode::rgb8, format, context));
+  }
+}
+
+TEST_F(FlatImages, ALargePngTellsOfItsBands) {
+  const Surface composite(PixelFormat::rgba8Unorm, 2000, 1000);
+  ToldProgress told;
+  ASSERT_TRUE(exportImage(composite, ColorMode::rgb8, Format::png, context, told.listener()));
+  told.expectWhole(8);
+}
+
+TEST_F(FlatImages, AFileThatCanNotBeWrittenIsAFailedExport) {
+  const Surface composite(PixelFormat::rgba8Unorm, 9, 7);
+  ToldProgress told;
+  const FileResult<void> result =
+      writeFlatImage(composite, ColorMode::rgb8, Format::png,
+                     folder.filePath(QStringLiteral("no such folder/image.png")), context, told.listener());
+  ASSERT_FALSE(result.has_value());
+  EXPECT_EQ(result.error().code, DocumentIOError::exportFailed);
+  EXPECT_FALSE(result.error().message.isEmpty());
+  EXPECT_LT(told.steps.back(), 1.0);
 }
 
 TEST_F(FlatImages, APngKeepsStraightAlphaAndCarriesTheSrgbTag) {
