@@ -57,8 +57,7 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
 
   const ColorMode mode = colorMode.value();
   const bool useMask = editsMask(*layer);
-  // Transparent pixels have no colour, whichever way they are filled.
-  const Color4 channels = color.alpha > 0.0F || useMask ? channelValues(color, mode) : Color4{};
+  const Color4 channels = channelValues(color, mode);
   if (const std::shared_ptr<Selection> selected = activeSelection()) {
     const Surface& weight = *selected->maskTexture->texture;
     if (useMask) {

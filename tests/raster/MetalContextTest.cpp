@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
+#include <limits>
 #include <random>
 #include <string>
 
@@ -148,6 +150,52 @@ TEST(ClearTexture, InAGreyModeTheFirstComponentIsGreyAndTheLastAlpha) {
   const Texture composite = context.makeTexture(PixelFormat::rgba8Unorm, 3, 3);
   context.clearTexture(*composite, ColorMode::grayscale8, {0.2F, 0.9F, 0.9F, 0.6F});
   EXPECT_EQ(composite->pixelAt(1, 1), 0x99333333U);
+}
+
+TEST(ClearTexture, AnAlphaThatIsStoredAsNothingLeavesNoColour) {
+  const MetalContext context(ShaderLibrary::standard());
+  for (const ColorMode mode : allColorModes) {
+    const Texture layer = context.makeTexture(layerPixelFormat(mode), 3, 3);
+    const bool isFloat = layer->format() == PixelFormat::rgba16Float;
+    const bool hasBytes =
+        layer->format() == PixelFormat::rg8Unorm || layer->format() == PixelFormat::rgba8Unorm;
+    const float unit = isFloat ? 0x1p-24F : hasBytes ? 1.0F / 255.0F : 1.0F / 65535.0F;
+    for (const float alpha :
+         {0.0F, unit * 0.01F, unit * 0.49F, -1.0F, std::numeric_limits<float>::quiet_NaN()}) {
+      context.clearTexture(*layer, mode, {1.0F, 0.5F, 0.25F, alpha});
+      EXPECT_EQ(layer->pixelAt(1, 1), 0U) << static_cast<int>(mode) << ", " << alpha;
+    }
+    context.clearTexture(*layer, mode, {1.0F, 0.5F, 0.25F, unit * 0.51F});
+    const twin::Pixel faint = twin::decode(layer->pixelAt(1, 1), layer->format());
+    EXPECT_EQ(faint.color[0], 1.0) << static_cast<int>(mode);
+    EXPECT_EQ(static_cast<float>(faint.alpha), unit) << static_cast<int>(mode);
+  }
+}
+
+TEST(ClearTexture, GivesTheBytesOfAFillUnderAFullSelection) {
+  const MetalContext context(ShaderLibrary::standard());
+  std::mt19937 random(91);
+  std::uniform_real_distribution<float> any(0.0F, 1.0F);
+  Surface selection(PixelFormat::r16Float, 40, 30);
+  context.fillMask(selection, 1.0F);
+  forEveryInstructionSet([&] {
+    for (const ColorMode mode : allColorModes) {
+      for (int round = 0; round < 400; ++round) {
+        Color4 color{any(random), any(random), any(random), any(random)};
+        // Tenths often lie half way between two bytes.
+        if (round % 2 == 0) {
+          for (float& channel : color) channel = std::round(channel * 10.0F) / 10.0F;
+        }
+        if (round % 4 == 3) color[3] = std::pow(color[3], 12.0F);
+        Surface cleared(layerPixelFormat(mode), 40, 30);
+        context.clearTexture(cleared, mode, color);
+        Surface filled(layerPixelFormat(mode), 40, 30);
+        fillRandomTile(filled, 0, random);
+        context.fillWithSelection(filled, selection, mode, color);
+        ASSERT_TRUE(filled.equals(cleared)) << static_cast<int>(mode) << ", round " << round;
+      }
+    }
+  });
 }
 
 TEST(DrawCheckerboard, AlternatesSquaresFromTheCornerAndSharesOneTile) {

@@ -12,34 +12,24 @@
 #include "raster/Regularity.h"
 #include "raster/kernels/ConvertRow.h"
 #include "raster/kernels/Kernels.h"
+#include "raster/kernels/PointRows.h"
 
 namespace orvanel::kernels {
 namespace {
 
-std::uint64_t normalized(float value, float largest) {
-  return static_cast<std::uint64_t>(std::lround(std::clamp(value, 0.0F, 1.0F) * largest));
-}
-
-/// One pixel of a format with this colour; in a grey format the first component is grey, the last alpha.
+/// One pixel of a format with this colour; in a grey format the first component is grey, the last alpha. The
+/// very arithmetic of filling under a selection, so that both give the same bytes, alpha that vanishes
+/// included.
 std::uint64_t pixelOfColor(const Color4& color, PixelFormat format) {
-  switch (format) {
-    case PixelFormat::rg8Unorm:
-      return normalized(color[0], 255.0F) | normalized(color[3], 255.0F) << 8U;
-    case PixelFormat::rg16Unorm:
-      return normalized(color[0], 65535.0F) | normalized(color[3], 65535.0F) << 16U;
-    case PixelFormat::rgba8Unorm:
-      return normalized(color[0], 255.0F) | normalized(color[1], 255.0F) << 8U |
-             normalized(color[2], 255.0F) << 16U | normalized(color[3], 255.0F) << 24U;
-    case PixelFormat::r16Float:
-      return floatToHalf(sanitized(color[0]));
-    default: {
-      std::uint64_t pixel = 0;
-      for (unsigned channel = 0; channel < 4; ++channel) {
-        pixel |= std::uint64_t{floatToHalf(sanitized(color[channel]))} << (16U * channel);
-      }
-      return pixel;
-    }
-  }
+  Color4 regular = color;
+  for (float& channel : regular) channel = sanitized(channel);
+  if (format == PixelFormat::r16Float) return floatToHalf(regular[0]);
+  regular[3] = std::clamp(regular[3], 0.0F, 1.0F);
+  if (format == PixelFormat::rg8Unorm || format == PixelFormat::rg16Unorm)
+    regular[1] = regular[2] = regular[0];
+  alignas(64) std::array<std::byte, 16 * 8> pixels{};
+  fillRow(format, pixels.data(), pixels.data(), nullptr, regular, 16);
+  return packPixel(pixels.data(), bytesPerPixel(format));
 }
 
 constexpr Color4 lightSquare{1.0F, 1.0F, 1.0F, 1.0F};
