@@ -2,14 +2,39 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
 #include <algorithm>
 #include <cmath>
+#include <string_view>
+
+#include "io/Json.h"
 
 namespace orvanel {
 namespace {
 
 QString quoted(const QString& name) {
   return u'"' + name + u'"';
+}
+
+/// Says which step, if any, gives a name twice: of two values the parser would silently keep the last.
+QString repeatedName(const QByteArray& text) {
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  std::string_view characters(text.constData(), static_cast<std::size_t>(text.size()));
+  if (characters.starts_with(byteOrderMark)) characters.remove_prefix(byteOrderMark.size());
+  JsonReader reader(characters);
+  int number = 0;
+  reader.array([&] {
+    ++number;
+    QSet<QString> names;
+    reader.object([&](const QString& name) {
+      if (names.contains(name)) {
+        reader.fail(QStringLiteral("step %1: %2 is given twice").arg(number).arg(quoted(name)));
+      }
+      names.insert(name);
+      reader.skip();
+    });
+  });
+  return reader.failure();
 }
 
 }  // namespace
@@ -80,14 +105,14 @@ std::vector<double> StepArguments::numbers(const QString& name, std::size_t coun
   return result;
 }
 
-std::vector<std::array<double, 2>> StepArguments::points(const QString& name) {
+std::vector<std::array<double, 2>> StepArguments::points(const QString& name, NumberRange range) {
   const QJsonValue found = value(name);
   std::vector<std::array<double, 2>> result;
   if (!found.isArray()) fail(QStringLiteral("%1 must be an array of points").arg(quoted(name)));
   for (const QJsonValue element : found.toArray()) {
     const QJsonArray point = element.toArray();
     if (point.size() != 2) fail(QStringLiteral("%1 must hold points of two numbers").arg(quoted(name)));
-    result.push_back({checked(name, point.at(0), {}), checked(name, point.at(1), {})});
+    result.push_back({checked(name, point.at(0), range), checked(name, point.at(1), range)});
   }
   return result;
 }
@@ -127,6 +152,7 @@ tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& tex
     }
     steps.push_back({command.toString(), step});
   }
+  if (const QString reason = repeatedName(text); !reason.isEmpty()) return tl::make_unexpected(reason);
   return steps;
 }
 

@@ -38,7 +38,7 @@ class StepArguments {
   /// Exactly `count` numbers.
   [[nodiscard]] std::vector<double> numbers(const QString& name, std::size_t count, NumberRange range = {});
   /// Any count of [x, y].
-  [[nodiscard]] std::vector<std::array<double, 2>> points(const QString& name);
+  [[nodiscard]] std::vector<std::array<double, 2>> points(const QString& name, NumberRange range = {});
   /// The index of a text in a list of allowed ones.
   [[nodiscard]] int choice(const QString& name, const QStringList& allowed);
 
@@ -60,7 +60,7 @@ struct ScriptStep {
   QJsonObject arguments;
 };
 
-/// Fails with a sentence for what is no array of objects that each have a "do".
+/// Fails with a sentence for what is no array of objects that each have a "do", and nothing twice.
 [[nodiscard]] tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& text);
 
 }  // namespace orvanel

@@ -47,8 +47,8 @@ ScriptAction paste(ScriptRun& run, StepArguments& /*arguments*/) {
 
 ScriptAction levels(ScriptRun& run, StepArguments& arguments) {
   Levels levels;
-  levels.blackPoint = static_cast<float>(arguments.number(QStringLiteral("black"), {0.0, 254.0}));
-  levels.whitePoint = static_cast<float>(arguments.number(QStringLiteral("white"), {1.0, 255.0}));
+  levels.blackPoint = static_cast<float>(arguments.number(QStringLiteral("black"), {0.0, 255.0}));
+  levels.whitePoint = static_cast<float>(arguments.number(QStringLiteral("white"), {0.0, 255.0}));
   levels.gamma = static_cast<float>(arguments.number(QStringLiteral("gamma"), {0.1, 9.99}));
   return action([=, &run] {
     if (auto adjustment = LevelsAdjustment::begin(run.document)) {

@@ -10,6 +10,8 @@ namespace orvanel {
 namespace {
 
 constexpr double largestFeather = 1000.0;
+/// Far beyond every canvas; within it edges keep their slope to a small part of a pixel.
+constexpr NumberRange polygonRange{-1e6, 1e6};
 
 float featherOf(StepArguments& arguments) {
   const QString name = QStringLiteral("feather");
@@ -66,7 +68,7 @@ ScriptAction ellipse(ScriptRun& run, StepArguments& arguments) {
 
 ScriptAction polygon(ScriptRun& run, StepArguments& arguments) {
   std::vector<PolygonPoint> points;
-  for (const auto& [x, y] : arguments.points(QStringLiteral("points"))) {
+  for (const auto& [x, y] : arguments.points(QStringLiteral("points"), polygonRange)) {
     points.push_back({static_cast<float>(x), static_cast<float>(y)});
   }
   const SelectionMode mode = modeOf(arguments);

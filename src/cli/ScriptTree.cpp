@@ -51,10 +51,7 @@ ScriptAction select(ScriptRun& run, StepArguments& arguments) {
 ScriptAction editMask(ScriptRun& run, StepArguments& arguments) {
   const bool on = arguments.boolean(QStringLiteral("on"));
   return action([=, &run] {
-    if (const std::shared_ptr<Layer> layer = run.document->activeLayer()) {
-      // As in the editor, where only a mask that is there can be chosen.
-      layer->isMaskSelected = on && layer->mask.value() != nullptr;
-    }
+    if (const std::shared_ptr<Layer> layer = run.document->activeLayer()) layer->isMaskSelected = on;
   });
 }
 

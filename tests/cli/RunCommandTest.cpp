@@ -142,6 +142,30 @@ TEST_F(RunCommandTest, MasksAreMadeFilledAppliedAndRemoved) {
   EXPECT_EQ(all[2]["undoActionName"], QStringLiteral("Remove Layer Mask"));
 }
 
+TEST_F(RunCommandTest, BlackAndWhitePointsMayMeetAtEitherEnd) {
+  const auto grayAfter = [&](const char* levels) {
+    const QByteArray script =
+        R"([{"do": "fill", "color": [0.5, 0.5, 0.5, 1]}, {"do": "levels", "gamma": 1, )" +
+        QByteArray(levels) + "}]";
+    EXPECT_EQ(run(script.constData(), path("out.png")).status, 0) << levels;
+    return QImage(path("out.png")).pixelColor(1, 1).red();
+  };
+  EXPECT_EQ(grayAfter(R"("black": 255, "white": 255)"), 0);
+  EXPECT_EQ(grayAfter(R"("black": 255, "white": 0)"), 0);
+  EXPECT_EQ(grayAfter(R"("black": 0, "white": 0)"), 255);
+  EXPECT_EQ(grayAfter(R"("black": 0, "white": 255)"), 128);
+}
+
+TEST_F(RunCommandTest, WithoutAMaskEditsOfTheMaskGoToThePixelsUntilThereIsOne) {
+  const QByteArray script = R"([
+    {"do": "editMask", "on": true}, {"do": "fill", "color": [1, 0, 0, 1]}, {"do": "save", "path": ")" +
+                            path("before.png").toUtf8() + R"("},
+    {"do": "addMask"}, {"do": "fill", "color": [0, 0, 0, 1]}])";
+  ASSERT_EQ(run(script.constData(), path("after.png")).status, 0);
+  EXPECT_EQ(QImage(path("before.png")).pixelColor(5, 5), QColor(Qt::red));
+  EXPECT_EQ(QImage(path("after.png")).pixelColor(5, 5).alpha(), 0);
+}
+
 TEST_F(RunCommandTest, PixelsTravelThroughTheClipboard) {
   const QJsonObject facts = state(R"([
     {"do": "paste"}, {"do": "rectangle", "x": 3, "y": 4, "width": 5, "height": 6}, {"do": "cut"},
@@ -244,7 +268,14 @@ TEST_F(RunCommandTest, AMalformedStepIsNamedByItsNumber) {
   expectStepFailure(R"([{"do": "ellipse", "cx": 0, "cy": 0, "rx": -1, "ry": 5}])", "\"rx\"");
   expectStepFailure(R"([{"do": "polygon", "points": [[1, 2, 3]]}])", "\"points\"");
   expectStepFailure(R"([{"do": "wand", "x": 1, "y": 1, "tolerance": 256}])", "\"tolerance\"");
-  expectStepFailure(R"([{"do": "levels", "black": 255, "white": 255, "gamma": 1}])", "\"black\"");
+  expectStepFailure(R"([{"do": "polygon", "points": [[0, 0], [1000001, 0], [5, 5]]}])",
+                    "\"points\" must lie between");
+  expectStepFailure(R"([{"do": "polygon", "points": [[0, 0], [5, 0], [5, -1e7]]}])",
+                    "\"points\" must lie between");
+  expectStepFailure(R"([{"do": "levels", "black": 255.5, "white": 255, "gamma": 1}])", "\"black\"");
+  expectStepFailure(R"([{"do": "levels", "black": -1, "white": 255, "gamma": 1}])", "\"black\"");
+  expectStepFailure(R"([{"do": "levels", "black": 0, "white": 256, "gamma": 1}])", "\"white\"");
+  expectStepFailure(R"([{"do": "levels", "black": 0, "white": -0.5, "gamma": 1}])", "\"white\"");
   expectStepFailure(R"([{"do": "scale", "to": [0, 0, 0.5, 10]}])", "\"to\"");
   expectStepFailure(R"([{"do": "transform", "matrix": [1, 1, 1, 1, 0, 0]}])", "\"matrix\" can't be inverted");
   expectStepFailure(R"([{"do": "moveNode", "node": "Background", "into": "Background"}])",
@@ -270,6 +301,16 @@ TEST_F(RunCommandTest, WhatIsNoScriptIsRefusedBeforeAnythingRuns) {
   const Outcome missing = runProgram({QStringLiteral("run"), path("no.json"), QStringLiteral("new:3x3:0")});
   EXPECT_EQ(missing.status, 1);
   EXPECT_THAT(missing.errors, StartsWith(path("no.json").toStdString() + ": "));
+}
+
+TEST_F(RunCommandTest, AStepThatSaysSomethingTwiceIsRefused) {
+  const auto reason = [](const char* script) { return run(script).errors; };
+  EXPECT_EQ(reason(R"([{"do": "clear", "do": "invert"}])"), "-: step 1: \"do\" is given twice\n");
+  EXPECT_EQ(reason(R"([{"do": "state"}, {"do": "move", "dx": 1, "dy": 0, "d\u0078": 1}])"),
+            "-: step 2: \"dx\" is given twice\n");
+  EXPECT_EQ(run("\xEF\xBB\xBF[{\"do\": \"clear\"}, {\"do\": \"clear\"}]").status, 0);
+  EXPECT_EQ(reason("\xEF\xBB\xBF[{\"do\": \"clear\", \"do\": \"clear\"}]"),
+            "-: step 1: \"do\" is given twice\n");
 }
 
 TEST_F(RunCommandTest, ANewDocumentHasALegalSizeAndMode) {
