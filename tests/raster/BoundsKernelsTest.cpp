@@ -4,6 +4,7 @@
 
 #include "raster/InstructionSets.h"
 #include "raster/KernelReference.h"
+#include "raster/kernels/DispatchBuilder.h"
 
 namespace orvanel {
 namespace {
@@ -199,6 +200,118 @@ TEST(TrimBounds, AFaintDifferenceWithinTheToleranceDoesNotCount) {
   EXPECT_EQ(context().trimBounds(canvas), std::nullopt);
   setPixel(canvas, 10, 5, 0x3C00380038003804U);
   EXPECT_EQ(context().trimBounds(canvas), (PixelRect{10, 5, 1, 1}));
+}
+
+bool isAlike(const reference::Color& a, const reference::Color& b) {
+  double distance = 0.0;
+  for (std::size_t c = 0; c < 4; ++c) distance = std::max(distance, std::abs(a[c] - b[c]));
+  return distance <= 0.001;
+}
+
+/// An image of one colour, with `odd` pixels of others strewn over it.
+Surface strewn(PixelFormat format, int width, int height, unsigned odd, std::mt19937& random) {
+  Surface surface = surfaceOf(format, width, height, randomPixel(format, random));
+  for (; odd > 0; --odd) {
+    setPixel(surface, static_cast<int>(random() % static_cast<unsigned>(width)),
+             static_cast<int>(random() % static_cast<unsigned>(height)), randomPixel(format, random));
+  }
+  return surface;
+}
+
+struct EdgeFlags {
+  std::array<std::uint32_t, 4> isUneven{};
+  std::array<Color4, 4> colors{};
+};
+
+EdgeFlags edgesOf(const Surface& surface) {
+  EdgeFlags edges;
+  context().checkEdgeUniformityPipeline.function(
+      DispatchBuilder()
+          .read(0, surface)
+          .buffer(0, std::as_writable_bytes(std::span(edges.isUneven)))
+          .buffer(1, std::as_writable_bytes(std::span(edges.colors)))
+          .dispatch());
+  return edges;
+}
+
+void expectEdges(const Surface& surface) {
+  const EdgeFlags edges = edgesOf(surface);
+  const Image image = reference::imageOf(surface);
+  const int right = image.width - 1;
+  const int bottom = image.height - 1;
+  const std::array<PixelRect, 4> strips{PixelRect{0, 0, image.width, 1}, PixelRect{0, bottom, image.width, 1},
+                                        PixelRect{0, 0, 1, image.height},
+                                        PixelRect{right, 0, 1, image.height}};
+  for (std::size_t edge = 0; edge < 4; ++edge) {
+    const PixelRect& strip = strips[edge];
+    const reference::Color& first = image.at(strip.x, strip.y);
+    bool isUneven = false;
+    for (int i = 0; i < std::max(strip.width, strip.height); ++i) {
+      isUneven |= !isAlike(
+          image.at(strip.x + std::min(i, strip.width - 1), strip.y + std::min(i, strip.height - 1)), first);
+    }
+    EXPECT_EQ(edges.isUneven[edge] != 0, isUneven) << "edge " << edge;
+    for (std::size_t c = 0; c < 4; ++c)
+      EXPECT_NEAR(static_cast<double>(edges.colors[edge][c]), first[c], 1e-6);
+  }
+}
+
+TEST(CheckEdgeUniformity, KnowsTheFirstColourOfEachEdgeAndWhetherAllAreLikeIt) {
+  forEveryInstructionSet([] {
+    std::mt19937 random(44);
+    for (const PixelFormat format : reference::layerFormats) {
+      for (const auto& [width, height] : reference::sizes) {
+        SCOPED_TRACE(testing::Message()
+                     << "format " << static_cast<int>(format) << ", " << width << " x " << height);
+        expectEdges(randomSurface(format, width, height, random));
+        for (int round = 0; round < 12; ++round) {
+          Surface surface = strewn(format, width, height, 0, random);
+          // One pixel somewhere along one of the edges, its ends among them.
+          const int x =
+              round % 3 == 0 ? width - 1 : static_cast<int>(random() % static_cast<unsigned>(width));
+          const int y =
+              round % 2 == 0 ? height - 1 : static_cast<int>(random() % static_cast<unsigned>(height));
+          setPixel(surface, round % 4 == 1 ? 0 : x, round % 4 == 2 ? 0 : y, randomPixel(format, random));
+          expectEdges(surface);
+        }
+      }
+    }
+  });
+}
+
+TEST(TrimBoundingRect, HoldsEveryPixelThatDiffersFromTheColour) {
+  forEveryInstructionSet([] {
+    std::mt19937 random(45);
+    for (const PixelFormat format : reference::layerFormats) {
+      for (const auto& [width, height] : reference::sizes) {
+        SCOPED_TRACE(testing::Message()
+                     << "format " << static_cast<int>(format) << ", " << width << " x " << height);
+        for (int round = 0; round < 12; ++round) {
+          const Surface surface = round == 0 ? randomSurface(format, width, height, random)
+                                             : strewn(format, width, height, random() % 5, random);
+          const Image image = reference::imageOf(surface);
+          const reference::Color& first = image.at(0, 0);
+          const Color4 color{static_cast<float>(first[0]), static_cast<float>(first[1]),
+                             static_cast<float>(first[2]), static_cast<float>(first[3])};
+          BoundsRecord bounds;
+          context().trimBoundingRectPipeline.function(
+              DispatchBuilder()
+                  .read(0, surface)
+                  .buffer(0, std::as_writable_bytes(std::span(&bounds, 1)))
+                  .bytes(1, color)
+                  .dispatch());
+          const auto expected =
+              boundsWhere(image, [&](const reference::Color& pixel) { return !isAlike(pixel, first); });
+          ASSERT_EQ(bounds.minX < static_cast<std::uint32_t>(width), expected.has_value());
+          if (!expected) continue;
+          EXPECT_EQ(bounds.minX, static_cast<std::uint32_t>(expected->x));
+          EXPECT_EQ(bounds.minY, static_cast<std::uint32_t>(expected->y));
+          EXPECT_EQ(bounds.maxX, static_cast<std::uint32_t>(expected->x + expected->width - 1));
+          EXPECT_EQ(bounds.maxY, static_cast<std::uint32_t>(expected->y + expected->height - 1));
+        }
+      }
+    }
+  });
 }
 
 }  // namespace

@@ -71,21 +71,23 @@ void expectSelected(const Surface& mask, const std::vector<bool>& expected) {
 }
 
 TEST(MagicWandContiguous, FloodsAsABreadthFirstQueueWould) {
-  std::mt19937 random(51);
-  for (const PixelFormat format : {PixelFormat::rgba8Unorm, PixelFormat::rgba16Float}) {
-    for (const unsigned percent : {30U, 55U, 62U, 80U, 97U}) {
-      for (const auto& [width, height] : reference::sizes) {
-        const Surface sample = speckled(format, width, height, percent, random);
-        const int x = static_cast<int>(random() % static_cast<unsigned>(width));
-        const int y = static_cast<int>(random() % static_cast<unsigned>(height));
-        const Color4 seed = colorAt(sample, x, y);
-        Surface mask(PixelFormat::r16Float, width, height);
-        context().fillMask(mask, 0.5F);
-        context().magicWandContiguous(sample, mask, x, y, seed, 0.01F);
-        expectSelected(mask, flooded(reference::imageOf(sample), x, y, seed, 0.01F));
+  forEveryInstructionSet([] {
+    std::mt19937 random(51);
+    for (const PixelFormat format : reference::layerFormats) {
+      for (const unsigned percent : {30U, 55U, 62U, 80U, 97U}) {
+        for (const auto& [width, height] : reference::sizes) {
+          const Surface sample = speckled(format, width, height, percent, random);
+          const int x = static_cast<int>(random() % static_cast<unsigned>(width));
+          const int y = static_cast<int>(random() % static_cast<unsigned>(height));
+          const Color4 seed = colorAt(sample, x, y);
+          Surface mask(PixelFormat::r16Float, width, height);
+          context().fillMask(mask, 0.5F);
+          context().magicWandContiguous(sample, mask, x, y, seed, 0.01F);
+          expectSelected(mask, flooded(reference::imageOf(sample), x, y, seed, 0.01F));
+        }
       }
     }
-  }
+  });
 }
 
 TEST(MagicWandContiguous, TheSeedIsSelectedWhateverItsColour) {
@@ -142,7 +144,7 @@ TEST(MagicWandContiguous, AUniformCanvasIsSelectedWithoutMemory) {
 TEST(MagicWandNonContiguous, SelectsEveryPixelWithinTolerance) {
   forEveryInstructionSet([&] {
     std::mt19937 random(52);
-    for (const PixelFormat format : {PixelFormat::rgba8Unorm, PixelFormat::rgba16Float}) {
+    for (const PixelFormat format : reference::layerFormats) {
       for (const auto& [width, height] : reference::sizes) {
         const Surface sample = randomSurface(format, width, height, random);
         const Color4 seed = colorAt(sample, width / 2, height / 2);
@@ -161,18 +163,26 @@ TEST(MagicWandNonContiguous, SelectsEveryPixelWithinTolerance) {
 }
 
 TEST(MagicWandEligibility, GivesOneByteForEachPixelRowAfterRow) {
-  std::mt19937 random(53);
-  const Surface sample = randomSurface(PixelFormat::rgba16Float, 300, 257, random);
-  WandParams params;
-  params.seed = colorAt(sample, 290, 250);
-  params.tolerance = 0.3F;
-  std::vector<std::byte> flags(300 * 257, std::byte{9});
-  context().magicWandEligibilityPipeline.function(
-      DispatchBuilder().read(0, sample).bytes(0, params).buffer(1, flags).dispatch());
-  const Image image = reference::imageOf(sample);
-  for (std::size_t i = 0; i < flags.size(); ++i) {
-    ASSERT_EQ(flags[i], std::byte{isWithin(image.pixels[i], params.seed, 0.3F)}) << i;
-  }
+  forEveryInstructionSet([] {
+    std::mt19937 random(53);
+    for (const PixelFormat format : reference::layerFormats) {
+      for (const auto& [width, height] : reference::sizes) {
+        const Surface sample = randomSurface(format, width, height, random);
+        const Image image = reference::imageOf(sample);
+        for (const float tolerance : {0.0F, 0.3F, 1.0F}) {
+          WandParams params;
+          params.seed = colorAt(sample, width - 1, height / 2);
+          params.tolerance = tolerance;
+          std::vector<std::byte> flags(image.pixels.size(), std::byte{9});
+          context().magicWandEligibilityPipeline.function(
+              DispatchBuilder().read(0, sample).bytes(0, params).buffer(1, flags).dispatch());
+          for (std::size_t i = 0; i < flags.size(); ++i) {
+            ASSERT_EQ(flags[i], std::byte{isWithin(image.pixels[i], params.seed, tolerance)}) << i;
+          }
+        }
+      }
+    }
+  });
 }
 
 TEST(MagicWandAntialias, SmoothsStaircasesAndLeavesStraightEdges) {
