@@ -292,6 +292,17 @@ void affine(benchmark::State& state) {
   report(state, photo());
 }
 
+/// A picture squashed to a hundredth along a diagonal: many source pixels for each of few.
+void affineSlantingSquash(benchmark::State& state) {
+  Surface squashed(PixelFormat::rgba16Float, side, side);
+  constexpr float sum = (100.0F + 1.0F) / 2.0F;
+  constexpr float difference = (100.0F - 1.0F) / 2.0F;
+  constexpr float start = side / 2.0F * (1.0F - sum - difference);
+  const std::array<float, 6> inverse{sum, difference, difference, sum, start, start};
+  for (auto _ : state) context().affineTransformLayerPixels(photo(), squashed, inverse, ColorMode::rgb16);
+  report(state, photo());
+}
+
 void resample(benchmark::State& state, int size) {
   Surface resized(PixelFormat::rgba16Float, size, size);
   for (auto _ : state) context().resampleTexture(photo(), resized, ResampleMethod::bicubic);
@@ -340,6 +351,7 @@ ORVANEL_KERNEL_OF(wand, noise, 10U);
 ORVANEL_KERNEL(translateContent);
 ORVANEL_KERNEL(rotate);
 ORVANEL_KERNEL(affine);
+ORVANEL_KERNEL(affineSlantingSquash);
 ORVANEL_KERNEL_OF(resample, to3000, 3000);
 ORVANEL_KERNEL_OF(resample, to2048, 2048);
 ORVANEL_KERNEL(copyShifted);

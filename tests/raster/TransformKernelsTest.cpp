@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "raster/HalfFloat.h"
 #include "raster/InstructionSets.h"
 #include "raster/KernelReference.h"
 
@@ -69,9 +70,9 @@ Image transformed(const Surface& source, const std::array<double, 6>& m, int wid
 }
 
 /// Compares premultiplied: where alpha is faint, its rounding moves the colour that is divided by it.
-void expectAlike(const Surface& actual, const Image& expected) {
+void expectAlike(const Surface& actual, const Image& expected, double slack = 4e-6) {
   const Image image = reference::imageOf(actual);
-  const double unit = reference::halfUnit(actual.format(), 1.0) * 2.0 + 4e-6;
+  const double unit = reference::halfUnit(actual.format(), 1.0) * 2.0 + slack;
   for (int y = 0; y < image.height; ++y) {
     for (int x = 0; x < image.width; ++x) {
       const Color a = premultiplied(image.at(x, y), actual.format());
@@ -127,6 +128,91 @@ TEST(AffineTransform, ShrinkingFarAveragesInsteadOfMissing) {
   context().affineTransformLayerPixels(source, destination, {16, 0, 0, 16, 0, 0}, ColorMode::rgb8);
   for (int x = 1; x < 63; ++x) EXPECT_NEAR(static_cast<double>(destination.pixelAt(x, 2) & 0xFFU), 32.0, 2.0);
   EXPECT_EQ(destination.pixelAt(64, 2), 0U);
+}
+
+std::uint64_t stored(const Color& color, PixelFormat format) {
+  const auto whole = [](double value, double most) { return static_cast<std::uint64_t>(value * most + 0.5); };
+  const auto half = [](double value) { return std::uint64_t{floatToHalf(static_cast<float>(value))}; };
+  switch (format) {
+    case PixelFormat::r16Float:
+      return half(color[0]);
+    case PixelFormat::rg8Unorm:
+      return whole(color[0], 255) | whole(color[3], 255) << 8U;
+    case PixelFormat::rg16Unorm:
+      return whole(color[0], 65535) | whole(color[3], 65535) << 16U;
+    case PixelFormat::rgba8Unorm:
+      return whole(color[0], 255) | whole(color[1], 255) << 8U | whole(color[2], 255) << 16U |
+             whole(color[3], 255) << 24U;
+    default:
+      return half(color[0]) | half(color[1]) << 16U | half(color[2]) << 32U | half(color[3]) << 48U;
+  }
+}
+
+/// Waves in both directions with a transparent rim.
+Surface wavySurface(PixelFormat format, int width, int height) {
+  Surface surface(format, width, height);
+  for (int y = 10; y < height - 10; ++y) {
+    for (int x = 10; x < width - 10; ++x) {
+      const double value = 0.5 + 0.3 * std::sin(x * 0.35) + 0.2 * std::cos(y * 0.5 + x * 0.1);
+      const std::uint64_t pixel = stored({value, 1.0 - value, value * value, 0.25 + 0.75 * value}, format);
+      surface.writeRect({x, y, 1, 1}, reinterpret_cast<const std::byte*>(&pixel), sizeof(pixel));
+    }
+  }
+  return surface;
+}
+
+TEST(AffineTransform, ASlantingSquashTakesTheMeanOfWhatAPixelCovers) {
+  for (const PixelFormat format : {PixelFormat::r16Float, PixelFormat::rg16Unorm, PixelFormat::rgba8Unorm}) {
+    const Surface source = wavySurface(format, 150, 140);
+    // Squashed to a twentieth along one diagonal; along the other stretched, as it is, and shrunk.
+    for (const float other : {0.25F, 1.0F, 3.0F}) {
+      const float sum = (20.0F + other) / 2.0F;
+      const float difference = (20.0F - other) / 2.0F;
+      for (const std::array<float, 6> inverse :
+           {std::array<float, 6>{sum, difference, difference, sum, -450.0F, -450.0F},
+            {sum, -difference, -difference, sum, 200.0F, -150.0F}}) {
+        std::array<double, 6> matrix{};
+        for (std::size_t i = 0; i < 6; ++i) matrix[i] = static_cast<double>(inverse[i]);
+        const Image expected = transformed(source, matrix, 150, 140);
+        forEveryInstructionSet([&] {
+          Surface destination(format, 150, 140);
+          context().affineTransformLayerPixels(source, destination, inverse, reference::modeOf(format));
+          expectAlike(destination, expected, 0.02);
+        });
+      }
+    }
+  }
+}
+
+TEST(AffineTransform, AFlatLayerKeepsItsColorHoweverSlantingItIsSquashed) {
+  constexpr std::uint64_t color = 0xFFE6994DU;
+  Surface source(PixelFormat::rgba8Unorm, 1000, 1000);
+  source.fill(color);
+  for (const float nearOne : {0.9F, 0.999F, 0.99999F}) {
+    // The way back from a squash onto the diagonal, which keeps the layer's centre in place.
+    const float stretch = 1.0F / (1.0F - nearOne * nearOne);
+    const float center = 500.5F * (1.0F - stretch + nearOne * stretch);
+    Surface destination(PixelFormat::rgba8Unorm, 1000, 1000);
+    context().affineTransformLayerPixels(
+        source, destination, {stretch, -nearOne * stretch, -nearOne * stretch, stretch, center, center},
+        ColorMode::rgb8);
+    EXPECT_EQ(destination.pixelAt(500, 500) & 0xFFFFFFU, color & 0xFFFFFFU) << nearOne;
+    EXPECT_EQ(destination.pixelAt(100, 900), 0U) << nearOne;
+  }
+}
+
+TEST(AffineTransform, TheLargestReductionsEnd) {
+  Surface source(PixelFormat::rgba8Unorm, 300, 200);
+  source.fill(0xFFFFFFFFU);
+  for (const float huge : {1e6F, 1e20F, 3e38F}) {
+    for (const std::array<float, 6> inverse : {std::array<float, 6>{huge, huge, huge, -huge, 0, 0},
+                                               {huge, huge, -huge, -huge, 10, 10},
+                                               {1, huge, 0, 1, 0, 0}}) {
+      Surface destination(PixelFormat::rgba8Unorm, 300, 200);
+      context().affineTransformLayerPixels(source, destination, inverse, ColorMode::rgb8);
+      EXPECT_EQ(destination.pixelAt(250, 150) & 0xFFU, destination.pixelAt(250, 150) >> 24U);
+    }
+  }
 }
 
 TEST(AffineTransform, AWholeLayerCanShrinkToOnePixel) {

@@ -1,6 +1,7 @@
 // The kernels that scale, rotate and transform: every destination pixel is mapped into the source and
 // sampled there bilinearly, transparent outside. Where the source shrinks below half, a pixel takes a grid
-// of samples. Each destination tile gathers its source region first; tiles that meet no content are empty.
+// of samples, and where that would be many of them, the mean of what it covers. Each destination tile
+// gathers its source region first; tiles that meet no content are empty.
 #include <hwy/aligned_allocator.h>
 #include <tbb/enumerable_thread_specific.h>
 
@@ -9,10 +10,10 @@
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <utility>
 
 #include "raster/ColorMode.h"
 #include "raster/KernelRecords.h"
+#include "raster/kernels/Footprint.h"
 #include "raster/kernels/Kernels.h"
 #include "raster/kernels/PixelAccess.h"
 #include "raster/kernels/PremultipliedRows.h"
@@ -76,13 +77,6 @@ PixelRect reachedFrom(const PixelRect& source, const Matrix& matrix, const Pixel
   return PixelRect{x, y, whole(std::ceil(right)) - x, whole(std::ceil(bottom)) - y}.intersected(destination);
 }
 
-/// Some of the samples that every pixel of a block takes: [begin, end) of a row of them.
-struct SampleRange {
-  int begin = 0;
-  int end = 1;
-  [[nodiscard]] int count() const { return end - begin; }
-};
-
 /// Memory that grows to the largest need and is kept from tile to tile: asking for it anew each time would
 /// have the system clear its pages.
 template <typename Value>
@@ -121,9 +115,11 @@ class TileTransform {
     if (block.isEmpty() || !meetsContent(block)) return destination.setUniform(index, 0);
     sums_ = sumMemory_.ofSize(std::size_t{tilePixels} * 4);
     std::fill_n(sums_, std::size_t{tilePixels} * 4, 0.0F);
-    addBlock(block, {0, samplesAcross_}, {0, samplesDown_});
-    if (const float share = static_cast<float>(1.0 / samples()); share != 1.0F && !isDense()) {
-      for (std::size_t i = 0; i < std::size_t{tilePixels} * 4; ++i) sums_[i] *= share;
+    if (isDense()) {
+      takeMeans(block);
+    } else {
+      addBlock(block);
+      divideBySamples();
     }
     std::byte* out = destination.overwriteTile(index);
     for (int y = 0; y < tileSide; ++y, out += tileSide * destination.pixelBytes()) {
@@ -136,23 +132,45 @@ class TileTransform {
   // A gathered region of this many pixels, 4 MiB of them, stays in cache.
   static constexpr std::int64_t largestRegion = 512 * 512;
 
-  // As many samples as floats add up without a loss that anybody could see.
-  static constexpr double mostFloatSamples = 256;
-
   [[nodiscard]] double samples() const { return static_cast<double>(samplesAcross_) * samplesDown_; }
-  /// Whether pixels take so many samples that each is summed up for itself.
-  [[nodiscard]] bool isDense() const { return samples() > mostFloatSamples; }
+
+  /// Whether a grid would take many more samples than the pixel covers, or more than floats add up without
+  /// a loss that anybody could see. It does where a picture is squashed along a slanting direction: both
+  /// sides of a pixel's footprint are long then, and nearly parallel.
+  [[nodiscard]] bool isDense() const {
+    constexpr double mostFloatSamples = 256;
+    constexpr double worthwhile = 8;
+    const double covered = std::abs(matrix_.a * matrix_.d - matrix_.b * matrix_.c);
+    return samples() > mostFloatSamples || samples() > worthwhile * (covered + 1.0);
+  }
+
+  void takeMeans(const PixelRect& block) {
+    for (int y = block.y; y < block.y + block.height; ++y) {
+      float* out = sumRow(y - tile_.y) + 4 * static_cast<std::size_t>(block.x - tile_.x);
+      for (int x = block.x; x < block.x + block.width; ++x, out += 4) {
+        const Parallelogram footprint{
+            matrix_.u(x, y), matrix_.v(x, y), {matrix_.a, matrix_.b}, {matrix_.c, matrix_.d}};
+        std::ranges::copy(meanOver(source_, sourceClip_, footprint), out);
+      }
+    }
+  }
+
+  void divideBySamples() {
+    const auto share = static_cast<float>(1.0 / samples());
+    if (share == 1.0F) return;
+    for (std::size_t i = 0; i < std::size_t{tilePixels} * 4; ++i) sums_[i] *= share;
+  }
 
   [[nodiscard]] float* sumRow(int y) { return sums_ + static_cast<std::size_t>(y) * tileSide * 4; }
 
   [[nodiscard]] static double offsetOf(int sample, int samples) { return (sample + 0.5) / samples; }
 
-  /// Every source pixel that samples of the block may read, within the source's clip.
-  [[nodiscard]] PixelRect regionOf(const PixelRect& block, SampleRange across, SampleRange down) const {
-    const double left = block.x + offsetOf(across.begin, samplesAcross_);
-    const double right = block.x + block.width - 1 + offsetOf(across.end - 1, samplesAcross_);
-    const double top = block.y + offsetOf(down.begin, samplesDown_);
-    const double bottom = block.y + block.height - 1 + offsetOf(down.end - 1, samplesDown_);
+  /// Every source pixel that the block may need, within the source's clip.
+  [[nodiscard]] PixelRect regionOf(const PixelRect& block) const {
+    const double left = block.x;
+    const double right = block.x + block.width;
+    const double top = block.y;
+    const double bottom = block.y + block.height;
     const auto us = std::minmax(
         {matrix_.u(left, top), matrix_.u(right, top), matrix_.u(left, bottom), matrix_.u(right, bottom)});
     const auto vs = std::minmax(
@@ -166,30 +184,43 @@ class TileTransform {
   }
 
   [[nodiscard]] bool meetsContent(const PixelRect& block) const {
-    const PixelRect region = regionOf(block, {0, samplesAcross_}, {0, samplesDown_});
+    const PixelRect region = regionOf(block);
     if (region.isEmpty()) return false;
     const std::optional<std::uint64_t> pixel = uniformPixelOf(source_, region);
     return !pixel || colorOfPixel(*pixel, source_.format())[3] > 0.0F;
   }
 
-  void addBlock(const PixelRect& block, SampleRange across, SampleRange down) {
-    const PixelRect region = regionOf(block, across, down);
+  void addBlock(const PixelRect& block) {
+    const PixelRect region = regionOf(block);
     if (region.isEmpty()) return;
-    if (std::int64_t{region.width} * region.height > largestRegion && divide(block, across, down)) return;
+    const bool isDivisible = block.width > 1 || block.height > 1;
+    if (isDivisible && std::int64_t{region.width} * region.height > largestRegion) return addHalves(block);
     gather(region);
     const RingedBlock pixels{gathered_, region.width, region.height};
     for (int y = block.y; y < block.y + block.height; ++y) {
-      if (isDense()) {
-        for (int x = block.x; x < block.x + block.width; ++x) addPixel(pixels, region, x, y, across, down);
-        continue;
-      }
-      for (int sampleY = down.begin; sampleY < down.end; ++sampleY) {
+      for (int sampleY = 0; sampleY < samplesDown_; ++sampleY) {
         const double atY = y + offsetOf(sampleY, samplesDown_);
-        for (int sampleX = across.begin; sampleX < across.end; ++sampleX) {
+        for (int sampleX = 0; sampleX < samplesAcross_; ++sampleX) {
           addSamples(pixels, region, block, y, block.x + offsetOf(sampleX, samplesAcross_), atY);
         }
       }
     }
+  }
+
+  void addHalves(const PixelRect& block) {
+    PixelRect one = block;
+    PixelRect other = block;
+    if (block.width >= block.height) {
+      one.width = block.width / 2;
+      other.x += one.width;
+      other.width -= one.width;
+    } else {
+      one.height = block.height / 2;
+      other.y += one.height;
+      other.height -= one.height;
+    }
+    addBlock(one);
+    addBlock(other);
   }
 
   /// One sample of every pixel of a row of the block; `x` and `y` are the first one's place.
@@ -210,47 +241,6 @@ class TileTransform {
                    end - begin);
   }
 
-  /// All samples of one pixel, which lie close together: line by line, along the axis that has more of them.
-  void addPixel(const RingedBlock& pixels, const PixelRect& region, int x, int y, SampleRange across,
-                SampleRange down) {
-    const double left = x + offsetOf(across.begin, samplesAcross_);
-    const double top = y + offsetOf(down.begin, samplesDown_);
-    const double u = matrix_.u(left, top) - 0.5 - region.x;
-    const double v = matrix_.v(left, top) - 0.5 - region.y;
-    struct Axis {
-      int count;
-      double du;
-      double dv;
-    };
-    Axis along{across.count(), matrix_.a / samplesAcross_, matrix_.b / samplesAcross_};
-    Axis lines{down.count(), matrix_.c / samplesDown_, matrix_.d / samplesDown_};
-    if (lines.count > along.count) std::swap(along, lines);
-    std::array<double, 4> sum{};
-    for (int line = 0; line < lines.count; ++line) {
-      addLine(pixels, u + line * lines.du, v + line * lines.dv, along.du, along.dv, along.count, sum);
-    }
-    float* out = sumRow(y - tile_.y) + 4 * static_cast<std::size_t>(x - tile_.x);
-    for (std::size_t channel = 0; channel < 4; ++channel) {
-      out[channel] += static_cast<float>(sum[channel] / samples());
-    }
-  }
-
-  void addLine(const RingedBlock& pixels, double u, double v, double du, double dv, int count,
-               std::array<double, 4>& sum) {
-    double first = 0.0;
-    double last = count - 1.0;
-    narrow(u, du, pixels.width, first, last);
-    narrow(v, dv, pixels.height, first, last);
-    if (first > last) return;
-    const int begin = std::max(static_cast<int>(first) - 1, 0);
-    const int end = std::min(static_cast<int>(last) + 2, count);
-    const std::size_t values = 4 * static_cast<std::size_t>(end - begin);
-    float* line = lineMemory_.ofSize(values);
-    std::fill_n(line, values, 0.0F);
-    addBilinearRow(pixels, u + begin * du, v + begin * dv, du, dv, line, end - begin);
-    for (std::size_t i = 0; i < values; ++i) sum[i % 4] += static_cast<double>(line[i]);
-  }
-
   /// Narrows [first, last] to where start + i * step lies in (-1, size).
   static void narrow(double start, double step, double size, double& first, double& last) {
     if (std::abs(step) < 1e-12) {
@@ -260,37 +250,6 @@ class TileTransform {
     const auto ends = std::minmax({(-1.0 - start) / step, (size - start) / step});
     first = std::max(first, ends.first);
     last = std::min(last, ends.second);
-  }
-
-  /// Does the block, or its samples, in two parts; false when neither can be divided.
-  bool divide(const PixelRect& block, SampleRange across, SampleRange down) {
-    PixelRect one = block;
-    PixelRect other = block;
-    if (block.width > 1 || block.height > 1) {
-      if (block.width >= block.height) {
-        one.width = block.width / 2;
-        other.x += one.width;
-        other.width -= one.width;
-      } else {
-        one.height = block.height / 2;
-        other.y += one.height;
-        other.height -= one.height;
-      }
-      addBlock(one, across, down);
-      addBlock(other, across, down);
-      return true;
-    }
-    if (across.count() == 1 && down.count() == 1) return false;
-    if (across.count() >= down.count()) {
-      const int middle = (across.begin + across.end) / 2;
-      addBlock(block, {across.begin, middle}, down);
-      addBlock(block, {middle, across.end}, down);
-    } else {
-      const int middle = (down.begin + down.end) / 2;
-      addBlock(block, across, {down.begin, middle});
-      addBlock(block, across, {middle, down.end});
-    }
-    return true;
   }
 
   void gather(const PixelRect& region) {
@@ -324,7 +283,6 @@ class TileTransform {
   float* gathered_ = nullptr;
   Scratch<float> sumMemory_;
   Scratch<float> gatheredMemory_;
-  Scratch<float> lineMemory_;
   Scratch<std::byte> straightMemory_;
 };
 
