@@ -7,11 +7,9 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <algorithm>
-#include <span>
 #include <utility>
 
 #include "app/ExportFormats.h"
-#include "io/AtomicFile.h"
 #include "io/BackgroundJob.h"
 #include "io/DocumentIO.h"
 #include "io/FlatImage.h"
@@ -36,18 +34,15 @@ std::optional<int> parsedSide(const QString& text) {
   return side;
 }
 
-/// Encodes and writes in one step for whoever looks. Any thread.
-FileResult<void> writeFlatImage(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
-                                const QString& path, const MetalContext& context) {
-  const auto failed = [](const QString& reason) {
-    return tl::make_unexpected(FileError{DocumentIOError::exportFailed, reason});
-  };
-  if (composite == nullptr) return failed(QStringLiteral("The image has no pixels to write."));
-  const std::optional<QByteArray> bytes = exportImage(*composite, mode, format, context);
-  if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
-  const auto written = replaceFile(path, std::as_bytes(std::span(bytes->constData(), bytes->size())));
-  if (!written) return failed(written.error());
-  return {};
+/// What can't be flattened has nothing to write. Any thread.
+FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
+                                const QString& path, const MetalContext& context,
+                                const Progress& progress = {}) {
+  if (composite == nullptr) {
+    return tl::make_unexpected(
+        FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
+  }
+  return writeFlatImage(*composite, mode, format, path, context, progress);
 }
 
 }  // namespace
@@ -137,13 +132,14 @@ void DocumentFiles::openNext(const std::shared_ptr<OpenBatch>& batch) {
   if (DocumentIO::isDocumentPath(path)) {
     DocumentIO::load(path, appState_.metalContext, this, done, advance);
   } else {
-    openFlatImage(path, done);
+    openFlatImage(path, done, progressOnMainThread(this, advance));
   }
 }
 
-void DocumentFiles::openFlatImage(const QString& path, const DocumentIO::LoadDone& done) {
-  runInBackground([guard = QPointer(this), &context = appState_.metalContext, path, done] {
-    FileResult<FlatImage> image = readFlatImage(path, context);
+void DocumentFiles::openFlatImage(const QString& path, const DocumentIO::LoadDone& done,
+                                  const Progress& progress) {
+  runInBackground([guard = QPointer(this), &context = appState_.metalContext, path, done, progress] {
+    FileResult<FlatImage> image = readFlatImage(path, context, progress);
     runOnMainThread([guard, &context, path, done, image = std::move(image)] {
       if (guard.isNull()) return;
       if (image) {
@@ -271,9 +267,11 @@ void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QSt
   const Texture& composite = document->compositedTexture.value();
   const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
   const ColorMode mode = document->colorMode.value();
+  const Progress progress =
+      progressOnMainThread(this, [this, work](double fraction) { activity.advance(work, fraction); });
   runInBackground([guard = QPointer(this), &context = appState_.metalContext, picture, mode, path, format,
-                   work, done = std::move(done)] {
-    FileResult<void> result = writeFlatImage(picture.get(), mode, format, path, context);
+                   work, progress, done = std::move(done)] {
+    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
     runOnMainThread([guard, work, done, result = std::move(result)] {
       if (guard.isNull()) return;
       guard->activity.end(work);
@@ -339,7 +337,7 @@ bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
   if (source && format && document->canSaveAsFlatImage()) {
     refreshComposite(*document);
     return reportSavedForClosing(
-        document, writeFlatImage(document->compositedTexture.value().get(), document->colorMode.value(),
+        document, writeComposite(document->compositedTexture.value().get(), document->colorMode.value(),
                                  *format, *source, appState_.metalContext));
   }
   const std::optional<QString> path =

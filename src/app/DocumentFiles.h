@@ -17,6 +17,7 @@
 #include "app/FileActivity.h"
 #include "io/DocumentIO.h"
 #include "io/FileError.h"
+#include "io/Progress.h"
 
 namespace orvanel {
 
@@ -62,7 +63,7 @@ class DocumentFiles : public QObject {
 
   void openBatch(const QStringList& paths, OpenOrigin origin);
   void openNext(const std::shared_ptr<OpenBatch>& batch);
-  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done);
+  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
   void documentOpened(const DocumentPtr& document);
   void finishBatch(const OpenBatch& batch);
 

@@ -1,6 +1,7 @@
 #include "app/DocumentFiles.h"
 
 #include <QDir>
+#include <algorithm>
 
 #include "AppFixture.h"
 #include "app/ExportFormats.h"
@@ -303,6 +304,25 @@ TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());
   EXPECT_EQ(QImage(path("out.png")).pixelColor(1, 1), QColor(Qt::green));
+}
+
+TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
+  std::vector<double> fractions;
+  const auto subscription = files.activity.fraction.addNotifier([&] {
+    if (const auto fraction = files.activity.fraction.value()) fractions.push_back(*fraction);
+  });
+  const auto hasBetween = [&] {
+    return std::ranges::any_of(fractions, [](double value) { return value > 0.0 && value < 1.0; });
+  };
+  const DocumentPtr document = openOne(writeImage("photo.png", 400, 300));
+  EXPECT_TRUE(hasBetween());
+  EXPECT_TRUE(std::ranges::is_sorted(fractions));
+  fractions.clear();
+  dialogs.exportTargets.push({path("copy.jpg"), 1});
+  files.exportImage(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(hasBetween());
+  EXPECT_TRUE(std::ranges::is_sorted(fractions));
 }
 
 TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
