@@ -1,9 +1,7 @@
 #include "cli/DocumentAccess.h"
 
 #include <QFileInfo>
-#include <span>
 
-#include "io/AtomicFile.h"
 #include "io/DocumentIO.h"
 #include "io/FlatImage.h"
 #include "model/DocumentCompositor.h"
@@ -16,15 +14,13 @@ tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason
   return tl::make_unexpected(CommandFailure{path, reason});
 }
 
-CommandResult writeFlatImage(const Document& document, const QString& path,
+CommandResult writeComposite(const Document& document, const QString& path,
                              Document::ImageFileFormat format) {
   const Texture& composite = document.compositedTexture.value();
-  const auto bytes = composite
-                         ? exportImage(*composite, document.colorMode.value(), format, document.context())
-                         : std::nullopt;
-  if (!bytes) return failed(path, QStringLiteral("The image couldn't be encoded in this format."));
-  const auto written = replaceFile(path, std::as_bytes(std::span(bytes->constData(), bytes->size())));
-  if (!written) return failed(path, written.error());
+  if (composite == nullptr) return failed(path, QStringLiteral("The image has no pixels to write."));
+  const auto written =
+      writeFlatImage(*composite, document.colorMode.value(), format, path, document.context());
+  if (!written) return failed(path, written.error().message);
   return {};
 }
 
@@ -50,7 +46,7 @@ CommandResult checkWritableName(const QString& path) {
 
 CommandResult writeDocument(Document& document, const QString& path) {
   DocumentCompositor(document.context()).compositeDocument(document);
-  if (const auto format = imageFileFormat(path)) return writeFlatImage(document, path, *format);
+  if (const auto format = imageFileFormat(path)) return writeComposite(document, path, *format);
   const auto saved = DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
   if (!saved) return failed(path, saved.error().message);
   return {};
