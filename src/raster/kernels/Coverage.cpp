@@ -62,8 +62,8 @@ struct GaussianKernel {
 
 GaussianKernel gaussianOf(double sigma) {
   GaussianKernel kernel;
-  // Beyond three sigma lies less than a half float can show beside the rest.
-  kernel.reach = static_cast<int>(std::ceil(3.0 * sigma));
+  // Beyond four sigma lie 3e-5 on each side, less than a half float can tell from 1.
+  kernel.reach = static_cast<int>(std::ceil(4.0 * sigma));
   std::vector<double> weights;
   double sum = 0.0;
   for (int i = -kernel.reach; i <= kernel.reach; ++i) {
