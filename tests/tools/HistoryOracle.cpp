@@ -36,6 +36,21 @@ void describe(const LayerNodeList& nodes, QStringList& lines, int depth) {
   }
 }
 
+void collectParents(const LayerNodeList& nodes, const std::optional<QUuid>& parent,
+                    std::map<QUuid, std::optional<QUuid>>& parents) {
+  for (const LayerNode& node : nodes) {
+    parents[node.id()] = parent;
+    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
+      collectParents(folder->children.value(), folder->id, parents);
+    }
+  }
+}
+
+/// Readable in failures.
+std::string textOf(const std::optional<QUuid>& id) {
+  return id ? uuidText(*id).toStdString() : "none";
+}
+
 RecordKind kindOf(const QString& actionName) {
   static const std::set<QString> selections{"Select All",       "Deselect",
                                             "Invert Selection", "Select Layer Transparency",
@@ -57,6 +72,7 @@ DocumentState DocumentState::of(const Document& document) {
                         .arg(rawValue(document.colorMode.value()))};
   describe(document.rootNodes.value(), lines, 0);
   state.outline = lines.join(u'\n');
+  collectParents(document.rootNodes.value(), std::nullopt, state.parents);
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
     state.pixels.push_back(bytesOf(*layer->texture.value()));
     if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
@@ -74,7 +90,47 @@ SelectionState SelectionState::of(const Document& document) {
   return {selection->hasSelection.value(), selection->isFullSelection.value(), std::move(mask)};
 }
 
-HistoryOracle::HistoryOracle(const Document& document) : selection_(SelectionState::of(document)) {
+void UnrecordedState::compare(std::map<QUuid, bool>& known, const QUuid& id, bool value, Change change,
+                              const char* what) {
+  const auto [place, isNew] = known.try_emplace(id, value);
+  if (!isNew && change == Change::none) {
+    EXPECT_EQ(value, place->second) << what << " of " << textOf(id);
+  }
+  place->second = value;
+}
+
+void UnrecordedState::followMask(const Layer& layer, Change change, std::map<QUuid, QUuid>& attached) {
+  const LayerMask& mask = *layer.mask.value();
+  const auto before = attached_.find(layer.id);
+  firstOfLine_.try_emplace(mask.id, before != attached_.end() ? firstOfLine_.at(before->second) : mask.id);
+  attached[layer.id] = mask.id;
+  compare(isEnabled_, firstOfLine_.at(mask.id), mask.isEnabled.value(), change, "enabling of the mask");
+}
+
+void UnrecordedState::followNodes(const LayerNodeList& nodes, Change change,
+                                  std::map<QUuid, QUuid>& attached) {
+  for (const LayerNode& node : nodes) {
+    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
+      compare(isExpanded_, folder->id, folder->isExpanded.value(), change, "expansion");
+      followNodes(folder->children.value(), change, attached);
+    } else {
+      const Layer& layer = *node.layer();
+      compare(editsMask_, layer.id, layer.isMaskSelected.value(), change, "target of edits");
+      if (layer.mask.value() != nullptr) followMask(layer, change, attached);
+    }
+  }
+}
+
+void UnrecordedState::follow(const Document& document, Change change) {
+  std::map<QUuid, QUuid> attached;
+  followNodes(document.rootNodes.value(), change, attached);
+  attached_ = std::move(attached);
+}
+
+HistoryOracle::HistoryOracle(const Document& document)
+    : selection_(SelectionState::of(document)),
+      active_(document.selectedNodeID.value()),
+      unrecorded_(document) {
   states_.push_back(std::make_shared<const DocumentState>(DocumentState::of(document)));
 }
 
@@ -84,6 +140,11 @@ void HistoryOracle::expectUnchanged(const Document& document) const {
   EXPECT_EQ(now.outline, expected.outline);
   EXPECT_TRUE(now.pixels == expected.pixels) << "pixels differ";
   EXPECT_TRUE(SelectionState::of(document) == selection_) << "the selection differs";
+}
+
+void HistoryOracle::expectUnrecorded(const Document& document) {
+  EXPECT_EQ(textOf(document.selectedNodeID.value()), textOf(active_)) << "the active node";
+  unrecorded_.expectUnchanged(document);
 }
 
 void HistoryOracle::expectPosition(const Document& document) const {
@@ -99,12 +160,36 @@ void HistoryOracle::expectPosition(const Document& document) const {
   EXPECT_EQ(history.redoActionName(), nameAt(index_ + 1));
 }
 
-bool HistoryOracle::recordCommand(const Document& document, const std::optional<QUuid>& opacityNode) {
+/// New nodes are active until they are undone, moved ones after either step. A removed one is active again
+/// once it is back; without it, what the command chose, unless its list is empty: then what was active
+/// before.
+std::optional<HistoryOracle::ActiveNodes> HistoryOracle::activeNodesOf(const QString& name,
+                                                                       const CommandFacts& facts,
+                                                                       const DocumentState& now,
+                                                                       const NodeID& activeNow) const {
+  const bool isNewNode = name == QStringLiteral("Add Layer") || name == QStringLiteral("Add Folder") ||
+                         name.startsWith(QStringLiteral("Duplicate "));
+  if (isNewNode) return ActiveNodes{.afterUndo = active_, .afterRedo = activeNow};
+  if (name == QStringLiteral("Move Layer")) {
+    return ActiveNodes{.afterUndo = facts.movedNode, .afterRedo = facts.movedNode};
+  }
+  if (!name.startsWith(QStringLiteral("Delete "))) return std::nullopt;
+  const std::optional<QUuid>& folder = states_.back()->parents.at(active_.value());
+  const bool isListEmpty = std::none_of(now.parents.begin(), now.parents.end(),
+                                        [&](const auto& entry) { return entry.second == folder; });
+  return ActiveNodes{.afterUndo = active_, .afterRedo = isListEmpty ? active_ : activeNow};
+}
+
+bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& facts) {
+  const NodeID activeNow = document.selectedNodeID.value();
   const std::vector<UndoStack::Record>& records = document.undoStack.operations();
   const bool isSame = std::equal(records.begin(), records.end(), steps_.begin(), steps_.end(),
                                  [](const auto& record, const Step& step) { return record == step.record; });
   if (isSame) {
     expectUnchanged(document);
+    // The user chooses nodes and targets, opens folders and switches masks beside the history.
+    active_ = activeNow;
+    unrecorded_.accept(document);
     return false;
   }
   steps_.resize(static_cast<std::size_t>(index_ + 1));
@@ -125,8 +210,15 @@ bool HistoryOracle::recordCommand(const Document& document, const std::optional<
   }
   selection_ = step.selectionAfter;
 
-  step.opacityNode = opacityNode;
-  const bool hasMerged = opacityNode && !steps_.empty() && steps_.back().opacityNode == opacityNode;
+  step.activeNodes = activeNodesOf(step.name, facts, *now, activeNow);
+  if (step.name.endsWith(QStringLiteral("Layer Mask"))) step.maskedLayer = active_;
+  if (step.activeNodes) active_ = activeNow;
+  crossMask(step, Direction::redo);
+  expectUnrecorded(document);
+
+  step.opacityNode = facts.opacityNode;
+  const bool hasMerged =
+      facts.opacityNode && !steps_.empty() && steps_.back().opacityNode == facts.opacityNode;
   if (hasMerged) {
     steps_.back() = std::move(step);
     states_.back() = std::move(now);
@@ -149,14 +241,28 @@ void HistoryOracle::crossSelection(const Step& step, const SelectionState& targe
   if (step.kind == RecordKind::canvas) selection_ = {};
 }
 
+void HistoryOracle::crossMask(const Step& step, Direction direction) {
+  const bool addsMask = step.name == QStringLiteral("Add Layer Mask");
+  if (step.maskedLayer && addsMask == (direction == Direction::undo))
+    unrecorded_.maskHasGone(*step.maskedLayer);
+}
+
+void HistoryOracle::crossActiveNode(const Step& step, Direction direction) {
+  if (!step.activeNodes) return;
+  active_ = direction == Direction::undo ? step.activeNodes->afterUndo : step.activeNodes->afterRedo;
+}
+
 void HistoryOracle::undo(const Document& document) {
   if (index_ >= 0) {
     const Step& step = steps_[static_cast<std::size_t>(index_)];
     crossSelection(step, step.selectionBefore);
+    crossMask(step, Direction::undo);
+    crossActiveNode(step, Direction::undo);
     --index_;
   }
   expectPosition(document);
   expectUnchanged(document);
+  expectUnrecorded(document);
 }
 
 void HistoryOracle::redo(const Document& document) {
@@ -164,9 +270,12 @@ void HistoryOracle::redo(const Document& document) {
     ++index_;
     const Step& step = steps_[static_cast<std::size_t>(index_)];
     crossSelection(step, step.selectionAfter);
+    crossMask(step, Direction::redo);
+    crossActiveNode(step, Direction::redo);
   }
   expectPosition(document);
   expectUnchanged(document);
+  expectUnrecorded(document);
 }
 
 }  // namespace orvanel::test

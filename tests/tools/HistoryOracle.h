@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -17,6 +18,8 @@ namespace orvanel::test {
 struct DocumentState {
   /// Canvas, mode, and every node in order with its identity and properties.
   QString outline;
+  /// Every node's folder; none at the root.
+  std::map<QUuid, std::optional<QUuid>> parents;
   /// The bytes of all layers and masks, in tree order.
   std::vector<std::vector<std::byte>> pixels;
 
@@ -35,8 +38,45 @@ struct SelectionState {
   friend bool operator==(const SelectionState&, const SelectionState&) = default;
 };
 
+/// What no record keeps and no step may change: it stays with its node, or its mask, through all of history.
+class UnrecordedState {
+ public:
+  explicit UnrecordedState(const Document& document) { accept(document); }
+
+  /// Takes things as they stand, after the user has changed them.
+  void accept(const Document& document) { follow(document, Change::allowed); }
+  /// Nothing known has changed; what is new is taken as it stands.
+  void expectUnchanged(const Document& document) { follow(document, Change::none); }
+  /// The layer has lost its mask: edits go to its pixels.
+  void maskHasGone(const QUuid& layerID) { editsMask_[layerID] = false; }
+
+ private:
+  enum class Change { none, allowed };
+
+  void follow(const Document& document, Change change);
+  void followNodes(const LayerNodeList& nodes, Change change, std::map<QUuid, QUuid>& attached);
+  void followMask(const Layer& layer, Change change, std::map<QUuid, QUuid>& attached);
+  static void compare(std::map<QUuid, bool>& known, const QUuid& id, bool value, Change change,
+                      const char* what);
+
+  std::map<QUuid, bool> isExpanded_;  ///< by folder
+  std::map<QUuid, bool> editsMask_;   ///< by layer
+  std::map<QUuid, bool> isEnabled_;   ///< by the first mask of a line
+  /// A change of the canvas gives a layer another mask object, which stands for the one before.
+  std::map<QUuid, QUuid> firstOfLine_;  ///< by mask
+  std::map<QUuid, QUuid> attached_;     ///< the mask of each layer in the tree
+};
+
 /// What a record touches, which decides what a step over it does to the selection.
 enum class RecordKind { contents, selection, canvas };
+
+/// What a document's state alone doesn't tell of a command.
+struct CommandFacts {
+  /// The command changed the opacity of this node, which merges with a last record that did the same.
+  std::optional<QUuid> opacityNode;
+  /// The command moved this node.
+  std::optional<QUuid> movedNode;
+};
 
 class HistoryOracle {
  public:
@@ -44,9 +84,8 @@ class HistoryOracle {
 
   /// Follows a command that has just run: the document must have gained one record (or merged it into the
   /// last), lost its redo tail and perhaps its oldest records; or nothing at all must have happened.
-  /// `opacityNode`: the command changed the opacity of this node, which merges with a last record that did
-  /// the same. Returns whether there is a new record.
-  bool recordCommand(const Document& document, const std::optional<QUuid>& opacityNode);
+  /// Returns whether there is a new record.
+  bool recordCommand(const Document& document, const CommandFacts& facts);
   void undo(const Document& document);
   void redo(const Document& document);
 
@@ -54,6 +93,14 @@ class HistoryOracle {
   [[nodiscard]] RecordKind lastKind() const { return steps_.back().kind; }
 
  private:
+  using NodeID = std::optional<QUuid>;
+  enum class Direction { undo, redo };
+  /// Which node is active after steps over a record that decides it.
+  struct ActiveNodes {
+    NodeID afterUndo;
+    NodeID afterRedo;
+  };
+
   struct Step {
     UndoStack::Record record;
     QString name;
@@ -61,16 +108,28 @@ class HistoryOracle {
     SelectionState selectionBefore;
     SelectionState selectionAfter;
     std::optional<QUuid> opacityNode;
+    /// Nothing for a record that leaves the active node alone.
+    std::optional<ActiveNodes> activeNodes;
+    /// The layer whose mask the record attaches or detaches.
+    NodeID maskedLayer;
   };
   using States = std::deque<std::shared_ptr<const DocumentState>>;
 
   void expectUnchanged(const Document& document) const;
   void expectPosition(const Document& document) const;
   void crossSelection(const Step& step, const SelectionState& target);
+  void crossMask(const Step& step, Direction direction);
+  void crossActiveNode(const Step& step, Direction direction);
+  void expectUnrecorded(const Document& document);
+  [[nodiscard]] std::optional<ActiveNodes> activeNodesOf(const QString& name, const CommandFacts& facts,
+                                                         const DocumentState& now,
+                                                         const NodeID& activeNow) const;
 
   std::deque<Step> steps_;
   States states_;  ///< one more than steps; `states_[i]` stands after i steps
   SelectionState selection_;
+  NodeID active_;
+  UnrecordedState unrecorded_;
   std::ptrdiff_t index_ = -1;
   std::size_t evicted_ = 0;
 };

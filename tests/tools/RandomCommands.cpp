@@ -3,6 +3,7 @@
 #include <QTransform>
 #include <array>
 #include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "tools/LayerTransform.h"
 #include "tools/MagicWand.h"
 #include "tools/SelectionGesture.h"
+#include "undo/records/PropertyOperations.h"
 
 namespace orvanel::test {
 namespace {
@@ -50,11 +52,47 @@ void moveIntoFolder(RandomCommands& c) {
   if (!node || !target || target->folder() == nullptr || target->id() == node->id()) return;
   const auto folder = node->folder();
   if (folder != nullptr && findNode(target->id(), folder->children.value())) return;
+  c.movedNode = node->id();
   c.document().moveNode(node->id(), target->id());
 }
 
+/// To the root, into a folder, or, where the other node is a layer or goes along with this one, to the root
+/// again.
 void moveToIndex(RandomCommands& c) {
-  if (const auto node = c.anyNode()) c.document().moveNode(node->id(), std::nullopt, c.below(6) - 1);
+  const auto node = c.anyNode();
+  const auto parent = c.anyNode();
+  if (!node) return;
+  c.movedNode = node->id();
+  const auto parentID = c.below(3) == 0 ? std::nullopt : std::optional(parent->id());
+  c.document().moveNode(node->id(), parentID, c.below(6) - 1);
+}
+
+/// Shows or hides some nodes at once, as a drag over the list of layers does.
+void showOrHideMany(RandomCommands& c) {
+  std::vector<LayerNode> nodes;
+  collectNodes(c.document().rootNodes.value(), nodes);
+  const bool isVisible = c.below(2) == 0;
+  std::vector<BatchVisibilityChangeOperation::Change> changes;
+  for (const LayerNode& node : nodes) {
+    if (c.below(2) == 0) continue;
+    changes.push_back({.nodeID = node.id(), .oldValue = node.isVisible().value()});
+    node.isVisible() = isVisible;
+  }
+  if (changes.empty()) return;
+  c.document().undoStack.push(
+      std::make_shared<BatchVisibilityChangeOperation>(c.shared(), std::move(changes), isVisible));
+  c.document().isDirty = true;
+}
+
+void enableMask(RandomCommands& c) {
+  onActiveLayer(c, [&](const auto& layer) {
+    if (layer->mask.value() != nullptr) layer->mask.value()->isEnabled = c.below(2) == 0;
+  });
+}
+
+void expandFolder(RandomCommands& c) {
+  const auto node = c.anyNode();
+  if (node && node->folder() != nullptr) node->folder()->isExpanded = c.below(2) == 0;
 }
 
 void selectRectangle(RandomCommands& c) {
@@ -71,10 +109,11 @@ void selectRectangle(RandomCommands& c) {
 
 void selectEllipse(RandomCommands& c) {
   SelectionGesture gesture(c.shared(), QStringLiteral("Ellipse Select"));
+  const float feather = c.below(3) == 0 ? 5.0F * c.fraction() : 0.0F;
   gesture.selectShape(anyMode(c), [&](Selection& shape) {
     shape.setEllipse(static_cast<float>(c.coordinate(c.document().canvasWidth.value())),
                      static_cast<float>(c.coordinate(c.document().canvasHeight.value())),
-                     60.0F * c.fraction(), 60.0F * c.fraction(), 0.0F, c.document().context());
+                     60.0F * c.fraction(), 60.0F * c.fraction(), feather, c.document().context());
   });
   gesture.close();
 }
@@ -201,6 +240,9 @@ constexpr std::array table{
             onActiveNode(c,
                          [&](const LayerNode& node) { c.document().setVisible(node.id(), c.below(2) == 0); });
           }},
+    Entry{"visibility of many", 2, showOrHideMany},
+    Entry{"expand folder", 1, expandFolder},
+    Entry{"enable mask", 3, enableMask},
     Entry{"lock", 1,
           [](RandomCommands& c) {
             onActiveNode(c,
@@ -305,6 +347,7 @@ std::optional<LayerNode> RandomCommands::anyNode() {
 }
 
 std::string_view RandomCommands::runOne() {
+  movedNode = std::nullopt;
   int total = 0;
   for (const Entry& entry : table) total += entry.weight;
   int drawn = below(total);

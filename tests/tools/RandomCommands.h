@@ -1,4 +1,5 @@
-// Seeded random commands on a document: every command that leaves a record, and the choices between them.
+// Seeded random commands on a document: every command that leaves a record, and what the
+// user changes between them without one.
 #pragma once
 
 #include <optional>
@@ -27,6 +28,8 @@ class RandomCommands {
   void composite() { compositor_.compositeDocument(*document_); }
 
   std::optional<PixelClipboard> clipboard;
+  /// The node that the last command moved, if it did that.
+  std::optional<QUuid> movedNode;
 
  private:
   DocumentPtr document_;

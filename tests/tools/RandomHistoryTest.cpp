@@ -60,8 +60,9 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
     TextureSnapshot::waitForCompression();
     history.enforceLimits();
   }
-  const bool isRecorded =
-      oracle.recordCommand(document, changesOpacity(name) ? document.selectedNodeID.value() : std::nullopt);
+  const bool isRecorded = oracle.recordCommand(
+      document, {.opacityNode = changesOpacity(name) ? document.selectedNodeID.value() : std::nullopt,
+                 .movedNode = commands.movedNode});
   if (!isRecorded) return;
   ++counts.records;
   EXPECT_EQ(document.isDirty.value(), oracle.lastKind() != RecordKind::selection && !keepsClean(name));
