@@ -151,7 +151,9 @@ void HistoryOracle::expectPosition(const Document& document) const {
   const UndoStack& history = document.undoStack;
   EXPECT_EQ(history.currentIndex.value(), index_);
   ASSERT_EQ(history.operations().size(), steps_.size());
-  for (std::size_t i = 0; i < steps_.size(); ++i) EXPECT_EQ(history.operations()[i], steps_[i].record);
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    EXPECT_EQ(history.operations()[i], steps_[i].record.lock());
+  }
   const auto nameAt = [this](std::ptrdiff_t index) -> std::optional<QString> {
     if (index < 0 || index >= std::ssize(steps_)) return std::nullopt;
     return steps_[static_cast<std::size_t>(index)].name;
@@ -183,8 +185,9 @@ std::optional<HistoryOracle::ActiveNodes> HistoryOracle::activeNodesOf(const QSt
 bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& facts) {
   const NodeID activeNow = document.selectedNodeID.value();
   const std::vector<UndoStack::Record>& records = document.undoStack.operations();
-  const bool isSame = std::equal(records.begin(), records.end(), steps_.begin(), steps_.end(),
-                                 [](const auto& record, const Step& step) { return record == step.record; });
+  const bool isSame =
+      std::equal(records.begin(), records.end(), steps_.begin(), steps_.end(),
+                 [](const auto& record, const Step& step) { return record == step.record.lock(); });
   if (isSame) {
     expectUnchanged(document);
     // The user chooses nodes and targets, opens folders and switches masks beside the history.
@@ -197,7 +200,7 @@ bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& 
   auto now = std::make_shared<const DocumentState>(DocumentState::of(document));
   Step step;
   step.record = records.back();
-  step.name = step.record->actionName();
+  step.name = records.back()->actionName();
   step.kind = kindOf(step.name);
   step.selectionBefore = selection_;
   step.selectionAfter = SelectionState::of(document);

@@ -102,7 +102,8 @@ class HistoryOracle {
   };
 
   struct Step {
-    UndoStack::Record record;
+    /// Not kept alive: an evicted record that lived on would share in the bytes of those that stay.
+    std::weak_ptr<UndoableOperation> record;
     QString name;
     RecordKind kind = RecordKind::contents;
     SelectionState selectionBefore;
