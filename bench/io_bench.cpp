@@ -149,6 +149,7 @@ void touchFreshMemory() {
     for (std::size_t at = 0; at < blockBytes; at += pageBytes) blocks[index][at] = std::byte{1};
   });
   for (std::byte* block : blocks) tileMemory::release(block, blockBytes);
+  tileMemory::trim();
 }
 
 /// A virtual machine may have to ask its host for memory that nobody used lately, which takes longer than

@@ -15,8 +15,8 @@
 namespace orvanel {
 
 struct Levels {
-  float blackPoint = 0.0F;    ///< 0 to 254, on the scale of 8 bits
-  float whitePoint = 255.0F;  ///< 1 to 255
+  float blackPoint = 0.0F;    ///< 0 to 255, on the scale of 8 bits
+  float whitePoint = 255.0F;  ///< 0 to 255
   float gamma = 1.0F;         ///< 0.1 to 9.99
   friend bool operator==(const Levels&, const Levels&) = default;
 };
