@@ -131,7 +131,9 @@ TEST(AffineTransform, ShrinkingFarAveragesInsteadOfMissing) {
 }
 
 std::uint64_t stored(const Color& color, PixelFormat format) {
-  const auto whole = [](double value, double most) { return static_cast<std::uint64_t>(value * most + 0.5); };
+  const auto whole = [](double value, double most) {
+    return static_cast<std::uint64_t>(std::lround(value * most));
+  };
   const auto half = [](double value) { return std::uint64_t{floatToHalf(static_cast<float>(value))}; };
   switch (format) {
     case PixelFormat::r16Float:
