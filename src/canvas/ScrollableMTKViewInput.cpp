@@ -53,10 +53,10 @@ void ScrollableMTKView::wheelEvent(QWheelEvent* event) {
 void ScrollableMTKView::scrollZoom(double delta, double threshold, Qt::ScrollPhase phase, QPointF viewPoint) {
   if (phase == Qt::ScrollBegin) scrollZoomAccumulator_ = 0.0;
   scrollZoomAccumulator_ += delta;
-  if (scrollZoomAccumulator_ > threshold) {
+  if (scrollZoomAccumulator_ >= threshold) {
     scrollZoomAccumulator_ = 0.0;
     zoomInAbout(viewPoint);
-  } else if (scrollZoomAccumulator_ < -threshold) {
+  } else if (scrollZoomAccumulator_ <= -threshold) {
     scrollZoomAccumulator_ = 0.0;
     zoomOutAbout(viewPoint);
   }
