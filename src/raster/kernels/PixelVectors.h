@@ -45,6 +45,12 @@ HWY_INLINE VF32 highHalf(VU32 bits) {
 
 /// Half bits of each lane, rounded to nearest even; lanes are finite and within the half's range.
 HWY_INLINE VU32 toHalfBits(VF32 value) {
+#if HWY_TARGET <= HWY_AVX2
+  // The processor's own conversion gives the same bits.
+  const hn::Rebind<hwy::float16_t, F32> f16;
+  const hn::Rebind<std::uint16_t, F32> u16;
+  return hn::PromoteTo(u32, hn::BitCast(u16, hn::DemoteTo(f16, value)));
+#else
   const VU32 bits = hn::BitCast(u32, value);
   const VU32 sign = hn::And(bits, hn::Set(u32, 0x80000000U));
   const VU32 magnitude = hn::Xor(bits, sign);
@@ -56,6 +62,7 @@ HWY_INLINE VU32 toHalfBits(VF32 value) {
   const auto isSubnormal = hn::Lt(hn::BitCast(i32, magnitude), hn::Set(i32, 0x38800000));
   return hn::Or(hn::IfThenElse(hn::RebindMask(u32, isSubnormal), subnormal, normal),
                 hn::ShiftRight<16>(sign));
+#endif
 }
 
 HWY_INLINE VF32 byteLane(VU32 bits) {
