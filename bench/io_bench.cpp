@@ -1,7 +1,6 @@
 // Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
 // them: writing and reading a file of that size, memory that nobody has touched, decoding alone.
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 #include <tbb/parallel_for.h>
 #include <zlib.h>
 
@@ -181,7 +180,7 @@ BENCHMARK(LoadPhotos)
     ->UseRealTime()
     ->Iterations(2);
 
-/// The same by a program of its own, which ends with it: its start, all it does and the memory it takes.
+/// The same by a program of its own, which ends with it.
 void LoadPhotosAsProcess(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   photos.saveOnce();
@@ -195,10 +194,6 @@ void LoadPhotosAsProcess(benchmark::State& state) {
     if (!info.waitForFinished(-1) || info.exitCode() != 0) state.SkipWithError("not loaded");
   }
   reportRaw(state);
-  rusage ended{};
-  getrusage(RUSAGE_CHILDREN, &ended);
-  state.counters["beyond_raw_MiB"] = static_cast<double>(ended.ru_maxrss) / 1024.0 -
-                                     static_cast<double>(PhotoDocument::rawBytes()) / mebibyte;
 }
 BENCHMARK(LoadPhotosAsProcess)
     ->ArgName("full_depth")
