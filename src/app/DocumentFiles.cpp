@@ -232,8 +232,10 @@ void DocumentFiles::beginWaitingSave() {
 
 void DocumentFiles::saveEnded(const DocumentPtr& document, const FileResult<void>& result) {
   savingDocument_.reset();
+  // Marked before the next save begins, which may be this document's own, and told of after: an alert waits.
+  if (!result) document->isDirty = true;
   beginWaitingSave();
-  reportSave(document, result);
+  if (!result) dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
 }
 
 void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QString& path) {
@@ -278,12 +280,6 @@ void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QSt
       done(result);
     });
   });
-}
-
-void DocumentFiles::reportSave(const DocumentPtr& document, const FileResult<void>& result) {
-  if (result) return;
-  document->isDirty = true;
-  dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {

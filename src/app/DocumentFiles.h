@@ -74,7 +74,6 @@ class DocumentFiles : public QObject {
                             Document::ImageFileFormat format);
   void writeFlatInBackground(const DocumentPtr& document, const QString& path,
                              Document::ImageFileFormat format, DocumentIO::SaveDone done);
-  void reportSave(const DocumentPtr& document, const FileResult<void>& result);
   static void waitWhile(const std::function<bool()>& isWriting);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
   [[nodiscard]] bool reportSavedForClosing(const DocumentPtr& document, const FileResult<void>& result);

@@ -230,6 +230,20 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
+TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
+  const DocumentPtr document = addDocument(QStringLiteral("Photo"));
+  document->sourceFileURL = path("no such folder/photo.tessel");
+  document->isDirty = true;
+  files.save(document);
+  dialogs.savePaths.push(path("rescued.tessel"));
+  files.saveAs(document);
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("rescued.tessel")}));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+}
+
 TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   const DocumentPtr document = openOne(writeImage("photo.png", 20, 10, Qt::red));
   ASSERT_NE(document, nullptr);
