@@ -16,9 +16,9 @@ cmake -S "$scheduler" -B "$here/scheduler" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDe
 cmake --build "$here/scheduler" --target tbb
 cmake -S . -B "$here/tests" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANEL_THREAD_SANITIZE=ON \
   -DORVANEL_ROOMS="raster;undo;model;io;tools;cli"
-cmake --build "$here/tests" --target undo_tests undo_records_tests tools_tests
+cmake --build "$here/tests" --target undo_tests model_records_tests tools_tests
 
 library=$(find "$here/scheduler" -name libtbb.so.12 -print -quit)
-for test in undo/undo_tests undo/undo_records_tests tools/tools_tests; do
+for test in undo/undo_tests model/model_records_tests tools/tools_tests; do
   LD_LIBRARY_PATH=$(dirname "$library") TSAN_OPTIONS=halt_on_error=1 "$here/tests/tests/$test"
 done

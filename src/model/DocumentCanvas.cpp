@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "model/Document.h"
-#include "undo/records/CanvasOperations.h"
+#include "model/records/CanvasOperations.h"
 
 namespace orvanel {
 namespace {

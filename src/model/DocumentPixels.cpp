@@ -3,8 +3,8 @@
 
 #include "model/Document.h"
 #include "model/NotificationCenter.h"
-#include "undo/records/LayerMaskOperations.h"
-#include "undo/records/PixelOperations.h"
+#include "model/records/LayerMaskOperations.h"
+#include "model/records/PixelOperations.h"
 
 namespace orvanel {
 namespace {

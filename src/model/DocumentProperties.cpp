@@ -1,6 +1,6 @@
 // The commands on one property of a node.
 #include "model/Document.h"
-#include "undo/records/PropertyOperations.h"
+#include "model/records/PropertyOperations.h"
 
 namespace orvanel {
 namespace {

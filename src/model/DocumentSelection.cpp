@@ -1,6 +1,6 @@
 // The commands on the selection. None of them makes the document dirty.
 #include "model/Document.h"
-#include "undo/records/SelectionChangeOperation.h"
+#include "model/records/SelectionChangeOperation.h"
 
 namespace orvanel {
 

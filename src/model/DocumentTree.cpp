@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "model/Document.h"
-#include "undo/records/LayerTreeOperations.h"
+#include "model/records/LayerTreeOperations.h"
 
 namespace orvanel {
 namespace {

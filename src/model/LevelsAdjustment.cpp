@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "raster/HalfFloat.h"
-#include "undo/records/PixelOperations.h"
+#include "model/records/PixelOperations.h"
 
 namespace orvanel {
 namespace {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <utility>
 
-#include "undo/records/PixelOperations.h"
+#include "model/records/PixelOperations.h"
 
 namespace orvanel {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "undo/records/SelectionChangeOperation.h"
+#include "model/records/SelectionChangeOperation.h"
 
 namespace orvanel {
 

@@ -1,7 +1,7 @@
 // The commands on one property of a node.
 #include <gtest/gtest.h>
 
-#include "undo/records/RecordSupport.h"
+#include "model/records/RecordSupport.h"
 
 namespace orvanel {
 namespace {

@@ -11,7 +11,7 @@
 #include "tools/LayerTransform.h"
 #include "tools/MagicWand.h"
 #include "tools/SelectionGesture.h"
-#include "undo/records/PropertyOperations.h"
+#include "model/records/PropertyOperations.h"
 
 namespace orvanel::test {
 namespace {

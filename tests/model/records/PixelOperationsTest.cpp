@@ -1,4 +1,4 @@
-#include "undo/records/PixelOperations.h"
+#include "model/records/PixelOperations.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "undo/TextureSnapshot.h"
-#include "undo/records/DocumentOperation.h"
+#include "model/records/DocumentOperation.h"
 
 namespace orvanel {
 

@@ -1,8 +1,8 @@
-#include "undo/records/LayerMaskOperations.h"
+#include "model/records/LayerMaskOperations.h"
 
 #include <gtest/gtest.h>
 
-#include "undo/records/RecordSupport.h"
+#include "model/records/RecordSupport.h"
 
 namespace orvanel {
 namespace {

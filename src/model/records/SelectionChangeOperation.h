@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "undo/TextureSnapshot.h"
-#include "undo/records/DocumentOperation.h"
+#include "model/records/DocumentOperation.h"
 
 namespace orvanel {
 

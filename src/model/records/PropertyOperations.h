@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "undo/records/DocumentOperation.h"
+#include "model/records/DocumentOperation.h"
 
 namespace orvanel {
 

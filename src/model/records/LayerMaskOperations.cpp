@@ -1,4 +1,4 @@
-#include "undo/records/LayerMaskOperations.h"
+#include "model/records/LayerMaskOperations.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "undo/records/PropertyOperations.h"
+#include "model/records/PropertyOperations.h"
 
 #include <QHash>
 

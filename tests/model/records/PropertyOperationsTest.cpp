@@ -1,8 +1,8 @@
-#include "undo/records/PropertyOperations.h"
+#include "model/records/PropertyOperations.h"
 
 #include <gtest/gtest.h>
 
-#include "undo/records/RecordSupport.h"
+#include "model/records/RecordSupport.h"
 
 namespace orvanel {
 namespace {

@@ -1,4 +1,4 @@
-#include "undo/records/SelectionChangeOperation.h"
+#include "model/records/SelectionChangeOperation.h"
 
 #include <gtest/gtest.h>
 

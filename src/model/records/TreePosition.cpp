@@ -1,4 +1,4 @@
-#include "undo/records/TreePosition.h"
+#include "model/records/TreePosition.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "undo/records/CanvasOperations.h"
+#include "model/records/CanvasOperations.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "undo/records/LayerTreeOperations.h"
+#include "model/records/LayerTreeOperations.h"
 
 #include <algorithm>
 #include <utility>

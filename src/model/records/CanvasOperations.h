@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "undo/TextureSnapshot.h"
-#include "undo/records/DocumentOperation.h"
+#include "model/records/DocumentOperation.h"
 
 namespace orvanel {
 

@@ -1,8 +1,8 @@
-#include "undo/records/LayerTreeOperations.h"
+#include "model/records/LayerTreeOperations.h"
 
 #include <gtest/gtest.h>
 
-#include "undo/records/RecordSupport.h"
+#include "model/records/RecordSupport.h"
 
 namespace orvanel {
 namespace {
