@@ -2,7 +2,7 @@
 
 #include <QUrl>
 
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 

@@ -9,7 +9,7 @@
 
 #include "app/AppState.h"
 #include "app/DocumentFiles.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 

@@ -14,7 +14,7 @@
 #include "io/DocumentIO.h"
 #include "io/FlatImage.h"
 #include "model/DocumentCompositor.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 

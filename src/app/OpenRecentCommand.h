@@ -6,7 +6,7 @@
 
 #include "app/DocumentFiles.h"
 #include "app/RecentDocuments.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 

@@ -15,7 +15,7 @@
 #include "canvas/FramePacer.h"
 #include "canvas/MTKView.h"
 #include "canvas/ViewGeometry.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 #include "tools/CanvasToolHandler.h"
 #include "tools/ToolState.h"
 

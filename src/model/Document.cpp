@@ -1,67 +1,49 @@
 #include "model/Document.h"
 
-#include "model/NotificationCenter.h"
+#include <utility>
+
+#include "model/DocumentCompositor.h"
+#include "model/NodeWalk.h"
+#include "model/OpenEdit.h"
+#include "model/edit/DocumentBatch.h"
+#include "model/edit/DocumentEdit.h"
 
 namespace orvanel {
-namespace {
 
-/// Side of a square of the transparency grid, in pixels.
-constexpr float checkerboardSquare = 8.0F;
-
-std::optional<Document::NodeLocation> locate(const QUuid& nodeID, const LayerNodeList& list,
-                                             const std::shared_ptr<LayerFolder>& owner) {
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    if (list[i].id() == nodeID) return Document::NodeLocation{owner, static_cast<int>(i)};
-    if (const std::shared_ptr<LayerFolder> folder = list[i].folder()) {
-      if (auto found = locate(nodeID, folder->children.value(), folder)) return found;
-    }
-  }
-  return std::nullopt;
+Document::Document(DocumentContents contents, MetalContext& context)
+    : name(contents.name),
+      canvasWidth(contents.width),
+      canvasHeight(contents.height),
+      colorMode(contents.colorMode),
+      rootNodes(std::move(contents.rootNodes)),
+      selectedNodeID(contents.selectedNodeID),
+      foregroundColor(contents.foregroundColor),
+      backgroundColor(contents.backgroundColor),
+      context_(context),
+      compositor_(std::make_unique<DocumentCompositor>(context)) {
+  DocumentEdit(*this, editKind::state).rebuildDisplayTextures();
 }
 
-void collectNames(const LayerNodeList& list, std::set<QString>& names) {
-  for (const LayerNode& node : list) {
-    names.insert(node.name().value());
-    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
-      collectNames(folder->children.value(), names);
-    }
-  }
-}
+Document::~Document() = default;
 
-int countLayers(const LayerNodeList& list) {
-  int count = 0;
-  for (const LayerNode& node : list) {
-    const std::shared_ptr<LayerFolder> folder = node.folder();
-    count += folder != nullptr ? countLayers(folder->children.value()) : 1;
-  }
-  return count;
-}
-
-}  // namespace
-
-Document::Document(const QString& documentName, int width, int height, ColorMode mode, MetalContext& context)
-    : name(documentName), canvasWidth(width), canvasHeight(height), colorMode(mode), context_(context) {
-  activeNodeNotifier_ = selectedNodeID.addNotifier(
-      [] { NotificationCenter::standard().post(notification::activeLayerChanged); });
-  rebuildDisplayTextures();
-}
-
-std::shared_ptr<Document> Document::createEmpty(const QString& name, int width, int height,
-                                                ColorMode colorMode, MetalContext& context) {
-  return std::shared_ptr<Document>(new Document(name, width, height, colorMode, context));
+std::shared_ptr<Document> Document::create(DocumentContents contents, MetalContext& context) {
+  return std::shared_ptr<Document>(new Document(std::move(contents), context));
 }
 
 std::shared_ptr<Document> Document::create(const QString& name, int width, int height, ColorMode colorMode,
                                            MetalContext& context) {
-  std::shared_ptr<Document> document = createEmpty(name, width, height, colorMode, context);
-  auto background = std::make_shared<Layer>(QStringLiteral("Background"));
-  const Texture pixels = document->makeLayerTexture();
+  Texture pixels = context.makeTexture(layerPixelFormat(colorMode), width, height);
+  if (pixels == nullptr) fatalFault("Failed to create layer texture");
   context.clearTexture(*pixels, colorMode, {1.0F, 1.0F, 1.0F, 1.0F});
-  background->texture = pixels;
-  const QUuid backgroundID = background->id;
-  document->rootNodes = LayerNodeList{std::move(background)};
-  document->selectedNodeID = backgroundID;
-  return document;
+  const auto background =
+      std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Background")}, std::move(pixels));
+  return create({.name = name,
+                 .width = width,
+                 .height = height,
+                 .colorMode = colorMode,
+                 .rootNodes = {background},
+                 .selectedNodeID = background->id},
+                context);
 }
 
 std::optional<LayerNode> Document::activeNode() const {
@@ -79,7 +61,24 @@ std::optional<LayerNode> Document::findNode(const QUuid& nodeID) const {
 }
 
 std::optional<Document::NodeLocation> Document::parentAndIndex(const QUuid& nodeID) const {
-  return locate(nodeID, rootNodes.value(), nullptr);
+  std::optional<NodeLocation> found;
+  walkNodes(
+      rootNodes.value(),
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>& folder, int index) {
+        if (node.id() != nodeID) return WalkStep::descend;
+        found = NodeLocation{folder, index};
+        return WalkStep::stop;
+      },
+      [](const LayerFolder&) {});
+  return found;
+}
+
+std::optional<TreePosition> Document::treePosition(const QUuid& nodeID) const {
+  const std::optional<NodeLocation> location = parentAndIndex(nodeID);
+  if (!location) return std::nullopt;
+  TreePosition position{.parentID = std::nullopt, .index = location->index};
+  if (location->folder != nullptr) position.parentID = location->folder->id;
+  return position;
 }
 
 std::vector<std::shared_ptr<Layer>> Document::allLayers() const {
@@ -89,13 +88,15 @@ std::vector<std::shared_ptr<Layer>> Document::allLayers() const {
 }
 
 int Document::layerCount() const {
-  return countLayers(rootNodes.value());
+  int count = 0;
+  forEachNode(rootNodes.value(), [&](const LayerNode& node) { count += node.layer() != nullptr ? 1 : 0; });
+  return count;
 }
 
 std::int64_t Document::memoryUsage() const {
   std::int64_t bytes = 0;
   for (const std::shared_ptr<Layer>& layer : allLayers()) {
-    if (const Texture& pixels = layer->texture.value()) bytes += MetalContext::byteSize(*pixels);
+    if (const ConstTexture& pixels = layer->texture.value()) bytes += MetalContext::byteSize(*pixels);
     if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
       bytes += MetalContext::byteSize(*mask->maskTexture->texture);
     }
@@ -105,7 +106,7 @@ std::int64_t Document::memoryUsage() const {
 
 std::set<QString> Document::allNodeNames() const {
   std::set<QString> names;
-  collectNames(rootNodes.value(), names);
+  forEachNode(rootNodes.value(), [&](const LayerNode& node) { names.insert(node.name().value()); });
   return names;
 }
 
@@ -125,19 +126,6 @@ QString Document::uniqueNodeName(const QString& base) const {
   return candidate;
 }
 
-void Document::rebuildDisplayTextures() {
-  const auto make = [this] {
-    Texture texture = context_.makeTexture(compositePixelFormat(colorMode.value()), canvasWidth.value(),
-                                           canvasHeight.value());
-    if (texture == nullptr) fatalFault("Failed to create display texture");
-    return texture;
-  };
-  compositedTexture = make();
-  const Texture checkerboard = make();
-  context_.drawCheckerboard(*checkerboard, checkerboardSquare);
-  checkerboardTexture = checkerboard;
-}
-
 Texture Document::makeLayerTexture() const {
   return makeLayerTexture(colorMode.value(), canvasWidth.value(), canvasHeight.value());
 }
@@ -148,23 +136,101 @@ Texture Document::makeLayerTexture(ColorMode mode, int width, int height) const 
   return texture;
 }
 
-void Document::markEdited() {
-  isDirty = true;
-  needsCompositing = true;
+DocumentChanges Document::wholeDocument() const {
+  DocumentChanges changes{change::CanvasChanged{}};
+  const auto describe = [&](const LayerNode& node, const std::shared_ptr<LayerFolder>& folder, int index) {
+    const std::optional<QUuid> parentID = folder != nullptr ? std::optional(folder->id) : std::nullopt;
+    changes.emplace_back(change::NodeInserted{node.id(), {parentID, index}});
+    return WalkStep::descend;
+  };
+  walkNodes(rootNodes.value(), describe, [](const LayerFolder&) {});
+  const auto everyTile = [](const Surface& surface) { return allTiles(surface); };
+  for (const std::shared_ptr<Layer>& layer : allLayers()) {
+    for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
+      const ConstTexture surface = layer->surface(kind);
+      if (surface != nullptr) changes.emplace_back(change::PixelsChanged{layer->id, kind, everyTile(*surface)});
+    }
+    changes.emplace_back(change::ThumbnailsChanged{layer->id});
+  }
+  if (const auto& selected = selection.value()) {
+    changes.emplace_back(change::SelectionChanged{everyTile(*selected->maskTexture->texture)});
+  }
+  changes.emplace_back(change::ActiveNodeChanged{});
+  changes.emplace_back(change::HistoryChanged{});
+  for (const ViewProperty property :
+       {ViewProperty::zoom, ViewProperty::viewportOffset, ViewProperty::needsInitialZoom,
+        ViewProperty::cursorDocumentPosition, ViewProperty::dragSize, ViewProperty::selectedTool,
+        ViewProperty::colors, ViewProperty::channelVisibility}) {
+    changes.emplace_back(change::ViewChanged{property});
+  }
+  for (const FileProperty property : {FileProperty::name, FileProperty::isDirty, FileProperty::source}) {
+    changes.emplace_back(change::FileStateChanged{property});
+  }
+  changes.emplace_back(change::ThumbnailsChanged{});
+  return changes;
 }
 
-void Document::performHistoryStep(void (UndoStack::*step)()) {
-  (undoStack.*step)();
-  markEdited();
-  NotificationCenter::standard().post(notification::undoRedoPerformed);
+// The flattened image.
+
+bool Document::isCompositeCurrent() const {
+  const bool isBeingEdited = batch_ != nullptr && batch_->recomposites;
+  return !needsCompositing.value() && !isBeingEdited && compositor_->isCurrent(*this);
+}
+
+bool Document::advanceComposite(std::chrono::milliseconds budget) {
+  return flatten(std::chrono::steady_clock::now() + budget);
+}
+
+ConstTexture Document::composite() {
+  flatten(std::chrono::steady_clock::time_point::max());
+  return compositedTexture.value();
+}
+
+bool Document::flatten(std::chrono::steady_clock::time_point deadline) {
+  if (compositedTexture.value() == nullptr || isCompositeCurrent()) return true;
+  DocumentEdit edit(*this, editKind::state);
+  return edit.flatten(deadline);
+}
+
+std::shared_ptr<FrozenComposite> Document::freezeComposite() const {
+  if (compositedTexture.value() == nullptr) return nullptr;
+  return std::make_shared<FrozenComposite>(*this);
+}
+
+// History and file.
+
+void Document::stepHistory(void (UndoStack::*step)()) {
+  DocumentEdit edit(*this, editKind::history);
+  edit.stepHistory(step);
 }
 
 void Document::undo() {
-  performHistoryStep(&UndoStack::undo);
+  stepHistory(&UndoStack::undo);
 }
 
 void Document::redo() {
-  performHistoryStep(&UndoStack::redo);
+  stepHistory(&UndoStack::redo);
+}
+
+void Document::setHistoryLimits(std::int64_t memoryBudget, std::int64_t maxOperations) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.setHistoryLimits(memoryBudget, maxOperations);
+}
+
+void Document::setName(const QString& newName) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::name, newName, FileProperty::name);
+}
+
+void Document::setDirty(bool hasUnsavedChanges) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::isDirty, hasUnsavedChanges, FileProperty::isDirty);
+}
+
+void Document::setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::sourceFileURL, path, FileProperty::source);
+  edit.set(&Document::sourceFileFormat, format, FileProperty::source);
 }
 
 }  // namespace orvanel

@@ -1,13 +1,15 @@
 // One open image: canvas, tree of nodes, active node, composite, selection, view state and history.
 // The central object of the model; main thread only. Held by the window, weakly by records and views.
+// Everybody may read it. What changes it is a command below, or a gesture (`OpenEdit`); both write through
+// `DocumentEdit`, which is private to the model, and `changes` tells what they did.
 #pragma once
 
 #include <QHash>
 #include <QPointF>
-#include <QProperty>
 #include <QString>
 #include <QUuid>
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -15,9 +17,11 @@
 #include <set>
 #include <vector>
 
+#include "model/ChangeStream.h"
 #include "model/DisplayColor.h"
 #include "model/Layer.h"
 #include "model/PixelClipboard.h"
+#include "model/Property.h"
 #include "model/Selection.h"
 #include "model/Tool.h"
 #include "raster/MetalContext.h"
@@ -41,6 +45,24 @@ inline constexpr std::array<double, 29> zoomTable{
 inline constexpr double minimumZoom = 0.01;
 inline constexpr double maximumZoom = 400.0;
 
+class DocumentCompositor;
+class DocumentEdit;
+class FrozenComposite;
+class OpenEdit;
+
+/// What a document begins with when it isn't a new one: the contents of a file.
+struct DocumentContents {
+  QString name;
+  int width = 1;
+  int height = 1;
+  ColorMode colorMode = ColorMode::rgb8;
+  /// Surfaces of this size, in the layer format of the mode.
+  LayerNodeList rootNodes;
+  std::optional<QUuid> selectedNodeID;
+  DisplayColor foregroundColor = DisplayColor::black();
+  DisplayColor backgroundColor = DisplayColor::white();
+};
+
 class Document : public std::enable_shared_from_this<Document> {
  public:
   enum class ImageFileFormat { png, jpeg, tiff, gif, bmp };
@@ -60,48 +82,56 @@ class Document : public std::enable_shared_from_this<Document> {
   /// A document with its white "Background" layer. Surfaces that can't be made are fatal.
   [[nodiscard]] static std::shared_ptr<Document> create(const QString& name, int width, int height,
                                                         ColorMode colorMode, MetalContext& context);
-  /// A document without nodes, as the readers of files begin one.
-  [[nodiscard]] static std::shared_ptr<Document> createEmpty(const QString& name, int width, int height,
-                                                             ColorMode colorMode, MetalContext& context);
+  /// A clean document with these contents. A composite that can't be made is fatal.
+  [[nodiscard]] static std::shared_ptr<Document> create(DocumentContents contents, MetalContext& context);
+  ~Document();
   Document(const Document&) = delete;
   Document& operator=(const Document&) = delete;
 
+  /// Tells of every change, once per edit. A new observer reads the document as it stands, or asks for
+  /// `wholeDocument`.
+  const ChangeStream& changes() const { return changes_; }
+  /// The document as the changes that lead to it from an empty one.
+  [[nodiscard]] DocumentChanges wholeDocument() const;
+
   const QUuid id = QUuid::createUuid();
-  QProperty<QString> name;
-  QProperty<int> canvasWidth;
-  QProperty<int> canvasHeight;
-  QProperty<ColorMode> colorMode;
-  QProperty<LayerNodeList> rootNodes;
-  /// The active node; a change posts `activeLayerChanged`.
-  QProperty<std::optional<QUuid>> selectedNodeID;
-  QProperty<Texture> compositedTexture;
-  QProperty<Thumbnail> compositeThumbnailImage;
-  QProperty<std::vector<Thumbnail>> compositeChannelThumbnails;
-  /// Forces the next frame to composite; set by whoever changes pixels.
-  QProperty<bool> needsCompositing{true};
-  QProperty<Texture> checkerboardTexture;
-  QProperty<int> zoomLevelIndex{14};
+  Property<QString> name;
+  Property<int> canvasWidth;
+  Property<int> canvasHeight;
+  Property<ColorMode> colorMode;
+  Property<LayerNodeList> rootNodes;
+  /// The active node.
+  Property<std::optional<QUuid>> selectedNodeID;
+  /// The flattened image as it was last made; `composite` gives it up to date.
+  Property<ConstTexture> compositedTexture;
+  Property<Thumbnail> compositeThumbnailImage;
+  Property<std::vector<Thumbnail>> compositeChannelThumbnails;
+  /// The flattened image is out of date for other reasons than a node's properties.
+  Property<bool> needsCompositing{true};
+  Property<ConstTexture> checkerboardTexture;
+  Property<int> zoomLevelIndex{14};
   /// When set, overrides the table.
-  QProperty<std::optional<double>> customZoomLevel;
+  Property<std::optional<double>> customZoomLevel;
   /// Document pixels.
-  QProperty<QPointF> viewportOffset;
-  QProperty<std::optional<QPointF>> cursorDocumentPosition;
-  QProperty<std::optional<DragSize>> dragSize;
-  UndoStack undoStack;
-  QProperty<bool> isDirty{false};
+  Property<QPointF> viewportOffset;
+  Property<std::optional<QPointF>> cursorDocumentPosition;
+  Property<std::optional<DragSize>> dragSize;
+  Property<bool> isDirty{false};
   /// Absolute path of the file it was loaded from or saved to.
-  QProperty<std::optional<QString>> sourceFileURL;
+  Property<std::optional<QString>> sourceFileURL;
   /// Set when the source is a flat image.
-  QProperty<std::optional<ImageFileFormat>> sourceFileFormat;
-  QProperty<bool> needsInitialZoom{true};
-  QProperty<Tool> selectedTool{Tool::hand};
+  Property<std::optional<ImageFileFormat>> sourceFileFormat;
+  Property<bool> needsInitialZoom{true};
+  Property<Tool> selectedTool{Tool::hand};
   /// The chosen member of each tool group, by the group's identity.
-  QProperty<QHash<QString, Tool>> selectedVariants;
-  QProperty<DisplayColor> foregroundColor{DisplayColor::black()};
-  QProperty<DisplayColor> backgroundColor{DisplayColor::white()};
+  Property<QHash<QString, Tool>> selectedVariants;
+  Property<DisplayColor> foregroundColor{DisplayColor::black()};
+  Property<DisplayColor> backgroundColor{DisplayColor::white()};
   /// Made on first need, at canvas size.
-  QProperty<std::shared_ptr<Selection>> selection;
-  QProperty<ChannelVisibility> channelVisibility;
+  Property<std::shared_ptr<const Selection>> selection;
+  Property<ChannelVisibility> channelVisibility;
+
+  const UndoStack& undoStack = history_;
 
   [[nodiscard]] MetalContext& context() const { return context_; }
 
@@ -111,6 +141,8 @@ class Document : public std::enable_shared_from_this<Document> {
   [[nodiscard]] std::shared_ptr<Layer> activeLayer() const;
   [[nodiscard]] std::optional<LayerNode> findNode(const QUuid& nodeID) const;
   [[nodiscard]] std::optional<NodeLocation> parentAndIndex(const QUuid& nodeID) const;
+  /// The same as a plain value.
+  [[nodiscard]] std::optional<TreePosition> treePosition(const QUuid& nodeID) const;
   [[nodiscard]] std::vector<std::shared_ptr<Layer>> allLayers() const;
   [[nodiscard]] int layerCount() const;
   /// Bytes of all layers and masks as packed rows.
@@ -121,12 +153,25 @@ class Document : public std::enable_shared_from_this<Document> {
   /// `base`, or `base` with the first free number from 2, over all depths.
   [[nodiscard]] QString uniqueNodeName(const QString& base) const;
 
-  // Changes of the tree; each leaves one undo record.
+  /// The flattened image, current whenever it is asked for: made as far as needed first.
+  [[nodiscard]] ConstTexture composite();
+  [[nodiscard]] bool isCompositeCurrent() const;
+  /// Works on the flattened image for about this long, and goes on from there at the next call. True once it
+  /// is current.
+  bool advanceComposite(std::chrono::milliseconds budget);
+  /// The flattened image of this moment for another thread, which makes what isn't finished; null without a
+  /// composite.
+  [[nodiscard]] std::shared_ptr<FrozenComposite> freezeComposite() const;
+  [[nodiscard]] const DocumentCompositor& compositor() const { return *compositor_; }
+
+  // Changes of the tree; each leaves one undo record. What would lose a node does nothing.
   void addLayer(const QString& requestedName);
   void addFolder(const QString& requestedName);
   void removeNode(const QUuid& nodeID);
+  /// On top inside the folder; nothing when there is no such folder or it lies in the node.
   void moveNode(const QUuid& nodeID, const QUuid& toFolder);
-  /// `index` is counted after the node has left its place, and clamped. No flags are set.
+  /// `index` is counted after the node has left its place, and clamped. Without such a folder the node goes to
+  /// the root list; nothing when the folder lies in the node. No flags are set.
   void moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index);
   void duplicateNode(const QUuid& nodeID);
 
@@ -136,7 +181,17 @@ class Document : public std::enable_shared_from_this<Document> {
   void setBlendMode(const QUuid& nodeID, BlendMode blendMode);
   void rename(const QUuid& nodeID, const QString& newName);
   void setVisible(const QUuid& nodeID, bool isVisible);
+  /// Several nodes at once, under one record. Those that are absent are passed over.
+  void setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible);
   void setLocked(const QUuid& nodeID, bool isLocked);
+
+  // Properties without a record. An absent node, or one of the other kind, changes nothing.
+  void selectNode(const std::optional<QUuid>& nodeID);
+  void setExpanded(const QUuid& folderID, bool isExpanded);
+  void setMaskSelected(const QUuid& layerID, bool isMaskSelected);
+  void setMaskLinked(const QUuid& layerID, bool isMaskLinked);
+  /// Leaves the document dirty.
+  void setMaskEnabled(const QUuid& layerID, bool isEnabled);
 
   // Pixels of the active node: of its mask while that is selected, else of its layer. A folder, a missing
   // surface or a missing selection ends them quietly; a lock doesn't. Each change leaves one record.
@@ -163,10 +218,8 @@ class Document : public std::enable_shared_from_this<Document> {
   void selectMask(const LayerMask& mask);
   /// Makes an empty selection when there is none. Without memory for it there is still none.
   void ensureSelection();
-  /// A new empty selection at canvas size in the place of any other.
-  void resetSelection();
   /// The selection when something is selected, otherwise null.
-  [[nodiscard]] std::shared_ptr<Selection> activeSelection() const;
+  [[nodiscard]] std::shared_ptr<const Selection> activeSelection() const;
 
   // Masks of layers. Each change leaves one record.
   /// The new mask equals the selection, or hides nothing when nothing is selected.
@@ -187,18 +240,11 @@ class Document : public std::enable_shared_from_this<Document> {
   [[nodiscard]] bool trim();
   void changeColorMode(ColorMode newMode);
 
-  // What records and readers build on: no record, no flags.
-  /// Takes the node out of its list; nothing when it isn't in the tree.
-  std::optional<LayerNode> detachNode(const QUuid& nodeID);
-  /// Inserts in the folder, or in the root list when there is no such folder, at the clamped index.
-  void insertNode(const LayerNode& node, const std::optional<QUuid>& parentID, int index);
-  /// Makes `compositedTexture` and `checkerboardTexture` anew for the size and mode. Fatal on failure.
-  void rebuildDisplayTextures();
   /// A canvas-size layer surface of the mode, all zero. Fatal on failure.
   [[nodiscard]] Texture makeLayerTexture() const;
   [[nodiscard]] Texture makeLayerTexture(ColorMode mode, int width, int height) const;
 
-  /// Undo and redo always leave the document dirty and post `undoRedoPerformed`.
+  /// Undo and redo always leave the document dirty, and tell of the step.
   void undo();
   void redo();
 
@@ -210,18 +256,47 @@ class Document : public std::enable_shared_from_this<Document> {
   void zoomFitOnScreen(double availableWidth, double availableHeight);
   void applyInitialZoom(double viewWidth, double viewHeight);
   [[nodiscard]] QString zoomDisplayString() const;
+  /// Document pixels. The view that scrolls keeps its bounds.
+  void setViewportOffset(QPointF offset);
+  void setCursorDocumentPosition(const std::optional<QPointF>& position);
+  void setDragSize(const std::optional<DragSize>& size);
+  void setChannelVisibility(const ChannelVisibility& visibility);
+  void setForegroundColor(const DisplayColor& color);
+  void setBackgroundColor(const DisplayColor& color);
+  /// Has the document remember the tool and the chosen members of the groups.
+  void rememberTool(Tool tool, const QHash<QString, Tool>& variants);
+
+  // The file.
+  void setName(const QString& newName);
+  /// Whether there are changes that no file holds.
+  void setDirty(bool isDirty);
+  void setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format);
+
+  /// Limits of the history; enforced at the next edit.
+  void setHistoryLimits(std::int64_t memoryBudget, std::int64_t maxOperations);
 
  private:
-  Document(const QString& documentName, int width, int height, ColorMode mode, MetalContext& context);
-  void markEdited();
+  friend class DocumentEdit;
+  friend class OpenEdit;
+  struct Batch;
+
+  explicit Document(DocumentContents contents, MetalContext& context);
   /// Inserts above the active node, makes it active and records it.
-  void addNewLayer(const std::shared_ptr<Layer>& layer);
-  /// Changes the existing selection under a record.
-  void changeSelection(const QString& actionName, const std::function<void(Selection&)>& change);
-  void performHistoryStep(void (UndoStack::*step)());
+  void addNewLayer(DocumentEdit& edit, const std::shared_ptr<Layer>& layer);
+  /// Changes the selection under a record.
+  void changeSelection(DocumentEdit& edit, const QString& actionName,
+                       const std::function<void(Selection&)>& change);
+  void stepHistory(void (UndoStack::*step)());
+  bool flatten(std::chrono::steady_clock::time_point deadline);
 
   MetalContext& context_;
-  QPropertyNotifier activeNodeNotifier_;
+  UndoStack history_;
+  ChangeStream changes_;
+  /// What the edit under way has done so far; none between edits.
+  std::unique_ptr<Batch> batch_;
+  /// Gestures and adjustments under way, oldest first.
+  std::vector<OpenEdit*> openEdits_;
+  std::unique_ptr<DocumentCompositor> compositor_;
 };
 
 using DocumentPtr = std::shared_ptr<Document>;

@@ -1,9 +1,12 @@
 #include "model/DocumentCompositor.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <utility>
 
+#include "model/NodeWalk.h"
 #include "raster/Hash.h"
 
 namespace orvanel {
@@ -36,86 +39,125 @@ std::uint64_t maskState(const Layer& layer) {
   return mask->isEnabled.value() ? enabledMask : disabledMask;
 }
 
-void foldNodes(Hasher& hasher, const LayerNodeList& nodes) {
-  for (const LayerNode& node : nodes) {
-    if (const std::shared_ptr<Layer> layer = node.layer()) {
-      foldIdentity(hasher, layer->id);
-      hasher.fold(packedValues(layer->opacity.value(), layer->blendMode.value(), layer->isVisible.value(),
-                               maskState(*layer)));
-      continue;
-    }
-    const std::shared_ptr<LayerFolder> folder = node.folder();
-    foldIdentity(hasher, folder->id);
-    hasher.fold(packedValues(folder->opacity.value(), folder->blendMode.value(), folder->isVisible.value(),
-                             folderMark));
-    foldNodes(hasher, folder->children.value());
-    hasher.fold(endOfFolder);
-  }
-}
+/// Tiles between two looks at the clock.
+constexpr int tilesPerTurn = 32;
 
 }  // namespace
 
 std::int64_t DocumentCompositor::compositingHash(const Document& document) {
   Hasher hasher;
-  foldNodes(hasher, document.rootNodes.value());
+  walkNodes(
+      document.rootNodes.value(),
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
+        const std::shared_ptr<Layer> layer = node.layer();
+        foldIdentity(hasher, node.id());
+        hasher.fold(packedValues(node.opacity().value(), node.blendMode().value(), node.isVisible().value(),
+                                 layer != nullptr ? maskState(*layer) : folderMark));
+        return WalkStep::descend;
+      },
+      [&](const LayerFolder&) { hasher.fold(endOfFolder); });
   return static_cast<std::int64_t>(hasher.value());
 }
 
-CompositeReport DocumentCompositor::compositeDocument(const Document& document, CompositeScope scope) {
-  const Texture composite = document.compositedTexture.value();
-  if (composite == nullptr) return {};
-  texturePoolIndex_ = 0;
-  CompositePlan plan(*composite);
-  compositeNodes(document.rootNodes.value(), plan, CompositePlan::canvasTarget(), document);
-  return plan.run(scope);
+DocumentCompositor::DocumentCompositor(MetalContext& context) : context_(context) {}
+
+DocumentCompositor::~DocumentCompositor() = default;
+
+const Surface& DocumentCompositor::Run::hold(const ConstTexture& surface) {
+  held.push_back(sources == Sources::live ? surface : std::make_shared<const Surface>(*surface));
+  return *held.back();
 }
 
-void DocumentCompositor::compositeNodes(const LayerNodeList& nodes, CompositePlan& plan,
-                                        CompositePlan::Target target, const Document& document) {
-  for (const LayerNode& node : nodes) {
-    if (!node.isVisible().value()) continue;
-    if (const std::shared_ptr<Layer> layer = node.layer()) {
-      compositeLayerNode(*layer, plan, target, document);
-    } else {
-      compositeFolderNode(*node.folder(), plan, target, document);
-    }
+bool DocumentCompositor::isCurrent(const Document& document) const {
+  return run_ == nullptr && lastCompositingHash_ == compositingHash(document);
+}
+
+bool DocumentCompositor::flatten(const Document& document, Surface& composite, Freshness freshness,
+                                 Deadline deadline) {
+  const std::int64_t hash = compositingHash(document);
+  if (run_ == nullptr || freshness == Freshness::stale || hash != lastCompositingHash_) {
+    lastCompositingHash_ = hash;
+    run_ = beginRun(document, composite, Sources::live);
   }
+  const int tiles = deadline == Deadline::max() ? composite.tileCount() : tilesPerTurn;
+  do {
+    if (!advance(*run_, tiles)) continue;
+    run_ = nullptr;
+    return true;
+  } while (Deadline::clock::now() < deadline);
+  return false;
 }
 
-void DocumentCompositor::compositeLayerNode(const Layer& layer, CompositePlan& plan,
-                                            CompositePlan::Target target, const Document& document) {
-  const Texture& pixels = layer.texture.value();
+CompositeReport DocumentCompositor::compositeDocument(const Document& document, Surface& composite,
+                                                      CompositeScope scope) {
+  return beginRun(document, composite, Sources::live)->plan.run(scope);
+}
+
+bool DocumentCompositor::advance(Run& run, int tiles) {
+  const int count = std::min(tiles, run.plan.tileCount() - run.nextTile);
+  run.plan.run(CompositeScope::changedTiles, run.nextTile, count);
+  run.nextTile += count;
+  return run.nextTile == run.plan.tileCount();
+}
+
+std::unique_ptr<DocumentCompositor::Run> DocumentCompositor::beginRun(const Document& document,
+                                                                      Surface& composite,
+                                                                      Sources sources) {
+  texturePoolIndex_ = 0;
+  auto run = std::make_unique<Run>(composite, sources);
+  std::vector<CompositePlan::Target> targets{CompositePlan::canvasTarget()};
+  walkNodes(
+      document.rootNodes.value(),
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
+        if (!node.isVisible().value()) return WalkStep::skip;
+        if (const std::shared_ptr<Layer> layer = node.layer()) {
+          compositeLayerNode(*layer, *run, targets.back(), document.colorMode.value());
+          return WalkStep::descend;
+        }
+        if (node.folder()->children.value().empty()) return WalkStep::skip;
+        targets.push_back(node.folder()->isIsolating() ? addTemporary(*run, document.colorMode.value())
+                                                       : targets.back());
+        return WalkStep::descend;
+      },
+      [&](const LayerFolder& folder) {
+        const CompositePlan::Target isolated = targets.back();
+        targets.pop_back();
+        if (isolated != targets.back()) {
+          compositeFolderNode(folder, run->plan, targets.back(), isolated, document.colorMode.value());
+        }
+      });
+  return run;
+}
+
+void DocumentCompositor::compositeLayerNode(const Layer& layer, Run& run, CompositePlan::Target target,
+                                            ColorMode colorMode) {
+  const ConstTexture& pixels = layer.texture.value();
   if (pixels == nullptr) return;
   const std::shared_ptr<LayerMask>& mask = layer.mask.value();
   const bool hasMask = mask != nullptr && mask->isEnabled.value();
   const CompositeParams params{.blendMode = rawValue(layer.blendMode.value()),
                                .opacity = layer.opacity.value(),
                                .visible = 1,
-                               .colorMode = rawValue(document.colorMode.value()),
+                               .colorMode = rawValue(colorMode),
                                .hasMask = hasMask ? 1U : 0U,
                                .reserved = 0};
-  plan.compositeLayer(target, params, *pixels, hasMask ? mask->maskTexture->texture.get() : nullptr);
+  const ConstTexture maskPixels = hasMask ? mask->maskTexture->texture : nullptr;
+  run.plan.compositeLayer(target, params, run.hold(pixels), hasMask ? &run.hold(maskPixels) : nullptr);
+}
+
+CompositePlan::Target DocumentCompositor::addTemporary(Run& run, ColorMode colorMode) {
+  const Texture temporary = acquireTemporaryTexture(run.composite.width(), run.composite.height(), colorMode);
+  run.held.push_back(temporary);
+  return run.plan.addTarget(*temporary);
 }
 
 void DocumentCompositor::compositeFolderNode(const LayerFolder& folder, CompositePlan& plan,
-                                             CompositePlan::Target target, const Document& document) {
-  const LayerNodeList& children = folder.children.value();
-  if (children.empty()) return;
-  // An opaque, normal folder is transparent to compositing: its children blend with what lies beneath it.
-  const bool passesThrough = folder.opacity.value() >= 1.0F && folder.blendMode.value() == BlendMode::normal;
-  if (passesThrough) {
-    compositeNodes(children, plan, target, document);
-    return;
-  }
-  const Surface& composite = *document.compositedTexture.value();
-  const Texture temporary =
-      acquireTemporaryTexture(composite.width(), composite.height(), document.colorMode.value());
-  const CompositePlan::Target isolated = plan.addTarget(*temporary);
-  compositeNodes(children, plan, isolated, document);
+                                             CompositePlan::Target target, CompositePlan::Target isolated,
+                                             ColorMode colorMode) {
   const CompositeParams params{.blendMode = rawValue(folder.blendMode.value()),
                                .opacity = folder.opacity.value(),
                                .visible = 1,
-                               .colorMode = rawValue(folderColorMode(document.colorMode.value())),
+                               .colorMode = rawValue(folderColorMode(colorMode)),
                                .hasMask = 0,
                                .reserved = 0};
   plan.compositeTarget(target, params, isolated);
@@ -146,6 +188,25 @@ Texture DocumentCompositor::acquireTemporaryTexture(int width, int height, Color
     texturePool_.push_back(surface);
   }
   return surface;
+}
+
+FrozenComposite::FrozenComposite(const Document& document)
+    : composite_(*document.compositedTexture.value()), compositor_(document.context()) {
+  if (document.isCompositeCurrent()) return;
+  // Copies of the temporaries bring their finished tiles along.
+  for (const Texture& surface : document.compositor().texturePool()) {
+    compositor_.texturePool_.push_back(std::make_shared<Surface>(*surface));
+  }
+  run_ = compositor_.beginRun(document, composite_, DocumentCompositor::Sources::copied);
+}
+
+const Surface* FrozenComposite::surface(const std::function<bool()>& isCancelled) {
+  const std::lock_guard guard(mutex_);
+  while (run_ != nullptr) {
+    if (isCancelled && isCancelled()) return nullptr;
+    if (DocumentCompositor::advance(*run_, tilesPerTurn)) run_ = nullptr;
+  }
+  return &composite_;
 }
 
 }  // namespace orvanel

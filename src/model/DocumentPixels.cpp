@@ -2,16 +2,12 @@
 #include <utility>
 
 #include "model/Document.h"
-#include "model/NotificationCenter.h"
+#include "model/edit/DocumentEdit.h"
 #include "model/records/LayerMaskOperations.h"
 #include "model/records/PixelOperations.h"
 
 namespace orvanel {
 namespace {
-
-bool editsMask(const Layer& layer) {
-  return layer.isMaskSelected.value() && layer.mask.value() != nullptr;
-}
 
 /// The colour mode whose layers have this format.
 ColorMode modeOfLayers(PixelFormat format) {
@@ -35,43 +31,41 @@ Texture pixelsInMode(const PixelClipboard& clipboard, ColorMode mode, const Meta
   return converted;
 }
 
-/// Takes the mask off; edits go to the pixels again, which posts `activeLayerChanged` if they didn't.
-void dropMask(Layer& layer) {
-  layer.mask = nullptr;
-  layer.maskThumbnailImage = nullptr;
-  layer.isMaskSelected = false;
-  NotificationCenter::standard().post(notification::thumbnailsDidUpdate);
+/// Takes the mask off; edits go to the pixels again.
+void dropMask(DocumentEdit& edit, Layer& layer) {
+  edit.setMask(layer, nullptr);
+  edit.setMaskThumbnail(layer, nullptr, layer.maskThumbnailDirty.value());
+  edit.setMaskSelected(layer, false);
 }
 
 }  // namespace
 
 void Document::fillSelection(const DisplayColor& color, const QString& actionName) {
+  DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<Layer> layer = activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return;
-  const Texture target = layer->activeEditTexture();
-  PixelEdit edit{.actionName = actionName,
-                 .document = shared_from_this(),
-                 .layerID = layer->id,
-                 .snapshotBefore = TextureSnapshot::captureReady(*target, context_)};
-  if (edit.snapshotBefore == nullptr) return;
+  const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
+  PixelEdit record{.actionName = actionName,
+                   .document = shared_from_this(),
+                   .layerID = layer->id,
+                   .snapshotBefore = TextureSnapshot::captureReady(*layer->surface(kind), context_)};
+  if (record.snapshotBefore == nullptr) return;
 
   const ColorMode mode = colorMode.value();
-  const bool useMask = editsMask(*layer);
   const Color4 channels = channelValues(color, mode);
-  if (const std::shared_ptr<Selection> selected = activeSelection()) {
+  if (const std::shared_ptr<const Selection> selected = activeSelection()) {
     const Surface& weight = *selected->maskTexture->texture;
-    if (useMask) {
-      context_.fillMaskWithSelection(*target, weight, channels[0]);
+    if (kind == SurfaceKind::mask) {
+      context_.fillMaskWithSelection(edit.surface(*layer, kind), weight, channels[0]);
     } else {
-      context_.fillWithSelection(*target, weight, mode, channels);
+      context_.fillWithSelection(edit.surface(*layer, kind), weight, mode, channels);
     }
-    undoStack.push(std::make_shared<FillSelectionOperation>(std::move(edit), useMask));
-    layer->markThumbnailsDirty();
+    edit.record(std::make_shared<FillSelectionOperation>(std::move(record), kind));
+  } else if (kind == SurfaceKind::mask) {
+    edit.recordAndRedo(std::make_shared<FillLayerOperation>(std::move(record), channels[0]));
   } else {
-    undoStack.pushAndRedo(useMask ? std::make_shared<FillLayerOperation>(std::move(edit), channels[0])
-                                  : std::make_shared<FillLayerOperation>(std::move(edit), channels, mode));
+    edit.recordAndRedo(std::make_shared<FillLayerOperation>(std::move(record), channels, mode));
   }
-  markEdited();
 }
 
 void Document::clearActive() {
@@ -79,39 +73,37 @@ void Document::clearActive() {
   if (layer == nullptr) return;
   constexpr DisplayColor transparent{0.0F, 0.0F, 0.0F, 0.0F};
   // A cleared mask hides nothing.
-  fillSelection(editsMask(*layer) ? DisplayColor::white() : transparent, QStringLiteral("Clear"));
+  fillSelection(layer->editsMask() ? DisplayColor::white() : transparent, QStringLiteral("Clear"));
 }
 
 void Document::invertActive() {
+  DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<Layer> layer = activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return;
-  const Texture target = layer->activeEditTexture();
-  PixelEdit edit{.actionName = QStringLiteral("Invert"),
-                 .document = shared_from_this(),
-                 .layerID = layer->id,
-                 .snapshotBefore = TextureSnapshot::captureReady(*target, context_)};
-  if (edit.snapshotBefore == nullptr) return;
+  const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
+  PixelEdit record{.actionName = QStringLiteral("Invert"),
+                   .document = shared_from_this(),
+                   .layerID = layer->id,
+                   .snapshotBefore = TextureSnapshot::captureReady(*layer->surface(kind), context_)};
+  if (record.snapshotBefore == nullptr) return;
 
   const ColorMode mode = colorMode.value();
-  const bool useMask = editsMask(*layer);
   Texture weight;
-  if (useMask) {
-    context_.invertMask(*target);
+  if (kind == SurfaceKind::mask) {
+    context_.invertMask(edit.surface(*layer, kind));
   } else {
     // A copy, which shares the tiles: the selection's own surface is rewritten by later commands.
-    if (const std::shared_ptr<Selection> selected = activeSelection()) {
+    if (const std::shared_ptr<const Selection> selected = activeSelection()) {
       weight = std::make_shared<Surface>(*selected->maskTexture->texture);
     }
-    context_.invertColors(*target, mode, weight.get());
+    context_.invertColors(edit.surface(*layer, kind), mode, weight.get());
   }
-  undoStack.push(std::make_shared<InvertLayerOperation>(std::move(edit), mode, std::move(weight), useMask));
-  layer->markThumbnailsDirty();
-  markEdited();
+  edit.record(std::make_shared<InvertLayerOperation>(std::move(record), mode, std::move(weight), kind));
 }
 
 std::optional<PixelClipboard> Document::copyPixels() const {
   const std::shared_ptr<Layer> layer = activeLayer();
-  const std::shared_ptr<Selection> selected = activeSelection();
+  const std::shared_ptr<const Selection> selected = activeSelection();
   if (layer == nullptr || layer->texture.value() == nullptr || selected == nullptr) return std::nullopt;
   const Surface& weight = *selected->maskTexture->texture;
   const std::optional<PixelRect> bounds = context_.selectionBounds(weight);
@@ -139,55 +131,52 @@ std::optional<PixelClipboard> Document::cutPixels() {
 }
 
 void Document::pastePixels(const PixelClipboard& clipboard) {
-  auto layer = std::make_shared<Layer>(uniqueNodeName(QStringLiteral("Pasted Layer")));
+  DocumentEdit edit(*this, editKind::contents);
   const Texture pixels = makeLayerTexture();
   const Texture copied = pixelsInMode(clipboard, colorMode.value(), context_);
   if (copied == nullptr) return;
   orvanel::copyPixels(*copied, copied->bounds(), *pixels, static_cast<int>(clipboard.originX),
                       static_cast<int>(clipboard.originY));
-  layer->texture = pixels;
-  addNewLayer(layer);
+  addNewLayer(edit, std::make_shared<Layer>(
+                        NodeValues{.name = uniqueNodeName(QStringLiteral("Pasted Layer"))}, pixels));
 }
 
 void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
+  DocumentEdit edit(*this, editKind::contents);
   if (layer->mask.value() != nullptr) return;
-  const std::shared_ptr<Selection> selected = activeSelection();
+  const std::shared_ptr<const Selection> selected = activeSelection();
   const std::shared_ptr<MaskTexture> contents =
       selected != nullptr
           ? MaskTexture::create(selected->maskTexture->width, selected->maskTexture->height, context_)
           : MaskTexture::create(canvasWidth.value(), canvasHeight.value(), context_);
   if (contents == nullptr) return;
-  context_.fillMask(*contents->texture, 1.0F);
+  context_.fillMask(contents->pixels(), 1.0F);
   if (selected != nullptr) contents->copyContents(*selected->maskTexture);
 
   const auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), contents);
-  layer->mask = mask;
-  layer->maskThumbnailDirty = true;
-  NotificationCenter::standard().post(notification::thumbnailsDidUpdate);
-  undoStack.push(std::make_shared<AddLayerMaskOperation>(shared_from_this(), layer, mask));
-  markEdited();
+  edit.setMask(*layer, mask);
+  edit.record(std::make_shared<AddLayerMaskOperation>(shared_from_this(), layer, mask));
 }
 
 void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
+  DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
-  const Texture& pixels = layer->texture.value();
+  const ConstTexture pixels = layer->texture.value();
   if (mask == nullptr || pixels == nullptr) return;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
-  context_.applyLayerMask(*pixels, *mask->maskTexture->texture, colorMode.value());
-  dropMask(*layer);
-  layer->markThumbnailsDirty();
-  undoStack.push(std::make_shared<ApplyLayerMaskOperation>(shared_from_this(), layer, mask, std::move(before),
-                                                           colorMode.value()));
-  markEdited();
+  context_.applyLayerMask(edit.pixels(*layer), *mask->maskTexture->texture, colorMode.value());
+  dropMask(edit, *layer);
+  edit.record(std::make_shared<ApplyLayerMaskOperation>(shared_from_this(), layer, mask, std::move(before),
+                                                        colorMode.value()));
 }
 
 void Document::removeLayerMask(const std::shared_ptr<Layer>& layer) {
+  DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   if (mask == nullptr) return;
-  dropMask(*layer);
-  undoStack.push(std::make_shared<RemoveLayerMaskOperation>(shared_from_this(), layer, mask));
-  markEdited();
+  dropMask(edit, *layer);
+  edit.record(std::make_shared<RemoveLayerMaskOperation>(shared_from_this(), layer, mask));
 }
 
 }  // namespace orvanel

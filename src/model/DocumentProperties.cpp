@@ -1,60 +1,103 @@
 // The commands on one property of a node.
+#include <utility>
+
 #include "model/Document.h"
+#include "model/edit/DocumentEdit.h"
 #include "model/records/PropertyOperations.h"
 
 namespace orvanel {
 namespace {
 
-/// Sets the property; false when the value is there already.
-template <typename Value>
-bool assign(QProperty<Value>& property, const Value& value) {
-  if (property.value() == value) return false;
-  property = value;
-  return true;
+std::shared_ptr<Layer> layerOf(const Document& document, const QUuid& nodeID) {
+  const std::optional<LayerNode> node = document.findNode(nodeID);
+  return node ? node->layer() : nullptr;
 }
 
 }  // namespace
 
 void Document::setOpacity(const QUuid& nodeID, float opacity) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
-  const float old = node->opacity().value();
-  undoStack.pushOpacityChange(
-      std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID, old, opacity));
-  isDirty = true;
+  edit.recordOpacityChange(std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID,
+                                                                    node->opacity().value(), opacity));
 }
 
 void Document::setBlendMode(const QUuid& nodeID, BlendMode blendMode) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->blendMode().value() == blendMode) return;
-  const BlendMode old = node->blendMode().value();
-  undoStack.pushAndRedo(
-      std::make_shared<BlendModeChangeOperation>(shared_from_this(), nodeID, old, blendMode));
-  isDirty = true;
+  edit.recordAndRedo(std::make_shared<BlendModeChangeOperation>(shared_from_this(), nodeID,
+                                                                node->blendMode().value(), blendMode));
 }
 
 void Document::rename(const QUuid& nodeID, const QString& newName) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
-  if (!node || newName.isEmpty()) return;
-  const QString old = node->name().value();
-  if (!assign(node->name(), newName)) return;
-  undoStack.push(std::make_shared<NameChangeOperation>(shared_from_this(), nodeID, old, newName));
-  isDirty = true;
+  if (!node || newName.isEmpty() || node->name().value() == newName) return;
+  auto record =
+      std::make_shared<NameChangeOperation>(shared_from_this(), nodeID, node->name().value(), newName);
+  edit.setName(*node, newName);
+  edit.record(std::move(record));
 }
 
 void Document::setVisible(const QUuid& nodeID, bool isVisible) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
-  if (!node || !assign(node->isVisible(), isVisible)) return;
-  undoStack.push(
+  if (!node || node->isVisible().value() == isVisible) return;
+  edit.setVisible(*node, isVisible);
+  edit.record(
       std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
-  isDirty = true;
+}
+
+void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {
+  DocumentEdit edit(*this, editKind::property);
+  std::vector<BatchVisibilityChangeOperation::Change> changes;
+  for (const QUuid& nodeID : nodeIDs) {
+    const std::optional<LayerNode> node = findNode(nodeID);
+    if (!node) continue;
+    changes.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
+    edit.setVisible(*node, isVisible);
+  }
+  if (changes.empty()) return;
+  edit.record(
+      std::make_shared<BatchVisibilityChangeOperation>(shared_from_this(), std::move(changes), isVisible));
 }
 
 void Document::setLocked(const QUuid& nodeID, bool isLocked) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
-  if (!node || !assign(node->isLocked(), isLocked)) return;
-  undoStack.push(std::make_shared<LockChangeOperation>(shared_from_this(), nodeID, !isLocked, isLocked));
-  isDirty = true;
+  if (!node || node->isLocked().value() == isLocked) return;
+  edit.setLocked(*node, isLocked);
+  edit.record(std::make_shared<LockChangeOperation>(shared_from_this(), nodeID, !isLocked, isLocked));
+}
+
+// Without a record.
+
+void Document::selectNode(const std::optional<QUuid>& nodeID) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.setActiveNode(nodeID);
+}
+
+void Document::setExpanded(const QUuid& folderID, bool isExpanded) {
+  DocumentEdit edit(*this, editKind::state);
+  const std::optional<LayerNode> node = findNode(folderID);
+  if (const auto folder = node ? node->folder() : nullptr) edit.setExpanded(*folder, isExpanded);
+}
+
+void Document::setMaskSelected(const QUuid& layerID, bool isMaskSelected) {
+  DocumentEdit edit(*this, editKind::state);
+  if (const auto layer = layerOf(*this, layerID)) edit.setMaskSelected(*layer, isMaskSelected);
+}
+
+void Document::setMaskLinked(const QUuid& layerID, bool isMaskLinked) {
+  DocumentEdit edit(*this, editKind::state);
+  if (const auto layer = layerOf(*this, layerID)) edit.setMaskLinked(*layer, isMaskLinked);
+}
+
+void Document::setMaskEnabled(const QUuid& layerID, bool isEnabled) {
+  DocumentEdit edit(*this, editKind::property);
+  if (const auto layer = layerOf(*this, layerID)) edit.setMaskEnabled(*layer, isEnabled);
 }
 
 }  // namespace orvanel

@@ -1,7 +1,9 @@
+// The commands on how the document is seen. None of them is recorded.
 #include <algorithm>
 #include <cmath>
 
 #include "model/Document.h"
+#include "model/edit/DocumentEdit.h"
 
 namespace orvanel {
 namespace {
@@ -34,29 +36,34 @@ double Document::zoom() const {
 }
 
 void Document::zoomIn() {
+  DocumentEdit edit(*this, editKind::state);
   const std::optional<double> custom = customZoomLevel.value();
   if (!custom) {
-    if (zoomLevelIndex.value() < lastZoomIndex) zoomLevelIndex = zoomLevelIndex.value() + 1;
-    return;
+    const int next = std::min(zoomLevelIndex.value() + 1, lastZoomIndex);
+    return edit.set(&Document::zoomLevelIndex, next, ViewProperty::zoom);
   }
   const auto above = std::upper_bound(zoomTable.begin(), zoomTable.end(), *custom);
-  customZoomLevel = std::nullopt;
-  zoomLevelIndex = std::min(static_cast<int>(above - zoomTable.begin()), lastZoomIndex);
+  edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, std::min(static_cast<int>(above - zoomTable.begin()), lastZoomIndex),
+           ViewProperty::zoom);
 }
 
 void Document::zoomOut() {
+  DocumentEdit edit(*this, editKind::state);
   const std::optional<double> custom = customZoomLevel.value();
   if (!custom) {
-    if (zoomLevelIndex.value() > 0) zoomLevelIndex = zoomLevelIndex.value() - 1;
-    return;
+    const int next = std::max(zoomLevelIndex.value() - 1, 0);
+    return edit.set(&Document::zoomLevelIndex, next, ViewProperty::zoom);
   }
-  customZoomLevel = std::nullopt;
-  zoomLevelIndex = lastIndexWhere([&](double entry) { return entry < *custom; });
+  edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, lastIndexWhere([&](double entry) { return entry < *custom; }),
+           ViewProperty::zoom);
 }
 
 void Document::zoomActualSize() {
-  customZoomLevel = std::nullopt;
-  zoomLevelIndex = actualSizeIndex;
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, actualSizeIndex, ViewProperty::zoom);
 }
 
 void Document::zoomFitOnScreen(double availableWidth, double availableHeight) {
@@ -64,16 +71,55 @@ void Document::zoomFitOnScreen(double availableWidth, double availableHeight) {
   const double height = availableHeight - fitMargin;
   if (!(width > 0.0) || !(height > 0.0)) return;
   const double fit = std::min(width / canvasWidth.value(), height / canvasHeight.value());
-  customZoomLevel = std::clamp(fit, minimumZoom, maximumZoom);
-  viewportOffset = QPointF(0.0, 0.0);
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::customZoomLevel, std::clamp(fit, minimumZoom, maximumZoom), ViewProperty::zoom);
+  edit.set(&Document::viewportOffset, QPointF(0.0, 0.0), ViewProperty::viewportOffset);
 }
 
 void Document::applyInitialZoom(double viewWidth, double viewHeight) {
   const double fit = std::min({viewWidth / canvasWidth.value(), viewHeight / canvasHeight.value(), 1.0});
-  customZoomLevel = std::nullopt;
-  zoomLevelIndex = lastIndexWhere([&](double entry) { return entry <= fit; });
-  viewportOffset = QPointF(0.0, 0.0);
-  needsInitialZoom = false;
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, lastIndexWhere([&](double entry) { return entry <= fit; }),
+           ViewProperty::zoom);
+  edit.set(&Document::viewportOffset, QPointF(0.0, 0.0), ViewProperty::viewportOffset);
+  edit.set(&Document::needsInitialZoom, false, ViewProperty::needsInitialZoom);
+}
+
+void Document::setViewportOffset(QPointF offset) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::viewportOffset, offset, ViewProperty::viewportOffset);
+}
+
+void Document::setCursorDocumentPosition(const std::optional<QPointF>& position) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::cursorDocumentPosition, position, ViewProperty::cursorDocumentPosition);
+}
+
+void Document::setDragSize(const std::optional<DragSize>& size) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::dragSize, size, ViewProperty::dragSize);
+}
+
+void Document::setChannelVisibility(const ChannelVisibility& visibility) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::channelVisibility, visibility, ViewProperty::channelVisibility);
+}
+
+void Document::setForegroundColor(const DisplayColor& color) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::foregroundColor, color, ViewProperty::colors);
+}
+
+void Document::setBackgroundColor(const DisplayColor& color) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::backgroundColor, color, ViewProperty::colors);
+}
+
+void Document::rememberTool(Tool tool, const QHash<QString, Tool>& variants) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::selectedTool, tool, ViewProperty::selectedTool);
+  edit.set(&Document::selectedVariants, variants, ViewProperty::selectedTool);
 }
 
 QString Document::zoomDisplayString() const {

@@ -2,7 +2,8 @@
 
 #include <cassert>
 
-#include "model/NotificationCenter.h"
+#include "model/NodeWalk.h"
+#include "model/edit/PropertyWriter.h"
 
 namespace orvanel {
 
@@ -15,26 +16,60 @@ std::shared_ptr<MaskTexture> MaskTexture::create(int width, int height, const Me
 void MaskTexture::copyContents(const MaskTexture& other) {
   if (other.width != width || other.height != height) return;
   assert(texture->format() == other.texture->format());
-  *texture = *other.texture;
+  *pixels_ = *other.texture;
 }
 
-Layer::Layer(const QString& layerName, QUuid layerID) : id(layerID), name(layerName) {
-  maskSelectionNotifier_ = isMaskSelected.addNotifier(
-      [] { NotificationCenter::standard().post(notification::activeLayerChanged); });
+Layer::Layer(const QString& layerName, QUuid layerID) : id(layerID), name(layerName) {}
+
+Layer::Layer(const NodeValues& values, Texture pixels, std::shared_ptr<LayerMask> attachedMask)
+    : id(values.id),
+      name(values.name),
+      texture(std::move(pixels)),
+      opacity(values.opacity),
+      blendMode(values.blendMode),
+      isVisible(values.isVisible),
+      isLocked(values.isLocked),
+      mask(std::move(attachedMask)) {}
+
+ConstTexture Layer::activeEditTexture() const {
+  return surface(editsMask() ? SurfaceKind::mask : SurfaceKind::pixels);
 }
 
-Texture Layer::activeEditTexture() const {
+ConstTexture Layer::surface(SurfaceKind kind) const {
+  if (kind == SurfaceKind::pixels) return texture.value();
   const std::shared_ptr<LayerMask>& attached = mask.value();
-  return isMaskSelected.value() && attached != nullptr ? attached->maskTexture->texture : texture.value();
-}
-
-void Layer::markThumbnailsDirty() {
-  thumbnailDirty = true;
-  maskThumbnailDirty = true;
-  channelThumbnailsDirty = true;
+  return attached != nullptr ? attached->maskTexture->texture : nullptr;
 }
 
 LayerFolder::LayerFolder(const QString& folderName, QUuid folderID) : id(folderID), name(folderName) {}
+
+LayerFolder::LayerFolder(const NodeValues& values, LayerNodeList contents, bool isOpen)
+    : id(values.id),
+      name(values.name),
+      children(std::move(contents)),
+      opacity(values.opacity),
+      blendMode(values.blendMode),
+      isVisible(values.isVisible),
+      isLocked(values.isLocked),
+      isExpanded(isOpen) {}
+
+LayerFolder::~LayerFolder() {
+  LayerNodeList orphans = children.value();
+  PropertyWriter::write(children, {});
+  while (!orphans.empty()) {
+    const std::shared_ptr<LayerFolder> folder = orphans.back().folder();
+    orphans.pop_back();
+    // The last owner goes here: its children join the list before it does.
+    if (folder == nullptr || folder.use_count() > 1) continue;
+    const LayerNodeList& inner = folder->children.value();
+    orphans.insert(orphans.end(), inner.begin(), inner.end());
+    PropertyWriter::write(folder->children, {});
+  }
+}
+
+bool LayerFolder::isIsolating() const {
+  return !children.value().empty() && !passesThrough(opacity.value(), blendMode.value());
+}
 
 QUuid LayerNode::id() const {
   return std::visit([](const auto& payload) { return payload->id; }, payload_);
@@ -50,25 +85,25 @@ std::shared_ptr<LayerFolder> LayerNode::folder() const {
   return folder != nullptr ? *folder : nullptr;
 }
 
-QProperty<QString>& LayerNode::name() const {
-  return std::visit([](const auto& payload) -> QProperty<QString>& { return payload->name; }, payload_);
+Property<QString>& LayerNode::name() const {
+  return std::visit([](const auto& payload) -> Property<QString>& { return payload->name; }, payload_);
 }
 
-QProperty<float>& LayerNode::opacity() const {
-  return std::visit([](const auto& payload) -> QProperty<float>& { return payload->opacity; }, payload_);
+Property<float>& LayerNode::opacity() const {
+  return std::visit([](const auto& payload) -> Property<float>& { return payload->opacity; }, payload_);
 }
 
-QProperty<BlendMode>& LayerNode::blendMode() const {
-  return std::visit([](const auto& payload) -> QProperty<BlendMode>& { return payload->blendMode; },
+Property<BlendMode>& LayerNode::blendMode() const {
+  return std::visit([](const auto& payload) -> Property<BlendMode>& { return payload->blendMode; },
                     payload_);
 }
 
-QProperty<bool>& LayerNode::isVisible() const {
-  return std::visit([](const auto& payload) -> QProperty<bool>& { return payload->isVisible; }, payload_);
+Property<bool>& LayerNode::isVisible() const {
+  return std::visit([](const auto& payload) -> Property<bool>& { return payload->isVisible; }, payload_);
 }
 
-QProperty<bool>& LayerNode::isLocked() const {
-  return std::visit([](const auto& payload) -> QProperty<bool>& { return payload->isLocked; }, payload_);
+Property<bool>& LayerNode::isLocked() const {
+  return std::visit([](const auto& payload) -> Property<bool>& { return payload->isLocked; }, payload_);
 }
 
 QString uuidText(const QUuid& id) {
@@ -82,23 +117,22 @@ QUuid uuidFromText(const QString& text) {
 }
 
 std::optional<LayerNode> findNode(const QUuid& id, const LayerNodeList& list) {
-  for (const LayerNode& node : list) {
-    if (node.id() == id) return node;
-    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
-      if (std::optional<LayerNode> found = findNode(id, folder->children.value())) return found;
-    }
-  }
-  return std::nullopt;
+  std::optional<LayerNode> found;
+  walkNodes(
+      list,
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
+        if (node.id() != id) return WalkStep::descend;
+        found = node;
+        return WalkStep::stop;
+      },
+      [](const LayerFolder&) {});
+  return found;
 }
 
 void collectLayers(const LayerNodeList& list, std::vector<std::shared_ptr<Layer>>& layers) {
-  for (const LayerNode& node : list) {
-    if (std::shared_ptr<Layer> layer = node.layer()) {
-      layers.push_back(std::move(layer));
-    } else {
-      collectLayers(node.folder()->children.value(), layers);
-    }
-  }
+  forEachNode(list, [&](const LayerNode& node) {
+    if (std::shared_ptr<Layer> layer = node.layer()) layers.push_back(std::move(layer));
+  });
 }
 
 }  // namespace orvanel

@@ -1,16 +1,18 @@
 // The nodes of an image: layers, folders, and the masks on layers. Shared by the tree and by the undo
 // records that may bring them back. Main thread only; background work takes surfaces, never nodes.
-// Every `QProperty` tells its observers of new values and stays silent for equal ones.
+// Everybody may read a node; its document's commands alone change it.
 #pragma once
 
 #include <QImage>
-#include <QProperty>
 #include <QString>
 #include <QUuid>
 #include <memory>
+#include <optional>
 #include <variant>
 #include <vector>
 
+#include "model/DocumentChange.h"
+#include "model/Property.h"
 #include "raster/ColorMode.h"
 #include "raster/MetalContext.h"
 #include "raster/Surface.h"
@@ -20,7 +22,11 @@ namespace orvanel {
 /// Thumbnails compare by identity.
 using Thumbnail = std::shared_ptr<const QImage>;
 
+/// A surface of the document as readers see it.
+using ConstTexture = std::shared_ptr<const Surface>;
+
 /// A single-channel surface of values 0 to 1 (`r16Float`) of fixed size: 1 shows or selects, 0 hides.
+/// Its owner writes it; those who hold it as `const` only read.
 class MaskTexture {
  public:
   /// All zero; null when the surface can't be made.
@@ -28,57 +34,72 @@ class MaskTexture {
                                                            const MetalContext& context);
   /// Wraps a finished surface.
   explicit MaskTexture(Texture surface)
-      : texture(std::move(surface)), width(texture->width()), height(texture->height()) {}
+      : texture(surface), width(surface->width()), height(surface->height()), pixels_(std::move(surface)) {}
 
-  const Texture texture;
+  const ConstTexture texture;
   const int width;
   const int height;
 
+  [[nodiscard]] Surface& pixels() { return *pixels_; }
   /// Takes all pixels of a mask of the same size; of another size, nothing.
   void copyContents(const MaskTexture& other);
+
+ private:
+  Texture pixels_;
 };
 
 class LayerMask {
  public:
-  LayerMask(QUuid maskID, std::shared_ptr<MaskTexture> contents)
-      : id(maskID), maskTexture(std::move(contents)) {}
+  LayerMask(QUuid maskID, std::shared_ptr<MaskTexture> contents, bool isEnabledAtFirst = true)
+      : id(maskID), maskTexture(std::move(contents)), isEnabled(isEnabledAtFirst) {}
 
   const QUuid id;
-  const std::shared_ptr<MaskTexture> maskTexture;
-  QProperty<bool> isEnabled{true};
+  const std::shared_ptr<const MaskTexture> maskTexture;
+  Property<bool> isEnabled;
 };
 
-class Layer {
+/// What a new layer or folder begins with.
+struct NodeValues {
+  QUuid id = QUuid::createUuid();
+  QString name;
+  float opacity = 1.0F;
+  BlendMode blendMode = BlendMode::normal;
+  bool isVisible = true;
+  bool isLocked = false;
+};
+
+class Layer : public std::enable_shared_from_this<Layer> {
  public:
   explicit Layer(const QString& layerName, QUuid layerID = QUuid::createUuid());
+  explicit Layer(const NodeValues& values, Texture pixels = nullptr,
+                 std::shared_ptr<LayerMask> attachedMask = nullptr);
 
   const QUuid id;
-  QProperty<QString> name;
+  Property<QString> name;
   /// Canvas-size pixels in the layer format of the document's mode; none only while being built.
-  QProperty<Texture> texture;
-  QProperty<float> opacity{1.0F};
-  QProperty<BlendMode> blendMode{BlendMode::normal};
-  QProperty<bool> isVisible{true};
-  QProperty<bool> isLocked{false};
-  QProperty<std::shared_ptr<LayerMask>> mask;
+  Property<ConstTexture> texture;
+  Property<float> opacity{1.0F};
+  Property<BlendMode> blendMode{BlendMode::normal};
+  Property<bool> isVisible{true};
+  Property<bool> isLocked{false};
+  Property<std::shared_ptr<LayerMask>> mask;
   /// Whether moves and transforms carry the mask along with the pixels.
-  QProperty<bool> isMaskLinked{true};
-  /// Whether edits go to the mask; a change posts `activeLayerChanged`.
-  QProperty<bool> isMaskSelected{false};
-  QProperty<Thumbnail> thumbnailImage;
-  QProperty<bool> thumbnailDirty{true};
-  QProperty<Thumbnail> maskThumbnailImage;
-  QProperty<bool> maskThumbnailDirty{true};
-  QProperty<std::vector<Thumbnail>> channelThumbnails;
-  QProperty<bool> channelThumbnailsDirty{true};
+  Property<bool> isMaskLinked{true};
+  /// Whether edits go to the mask.
+  Property<bool> isMaskSelected{false};
+  Property<Thumbnail> thumbnailImage;
+  Property<bool> thumbnailDirty{true};
+  Property<Thumbnail> maskThumbnailImage;
+  Property<bool> maskThumbnailDirty{true};
+  Property<std::vector<Thumbnail>> channelThumbnails;
+  Property<bool> channelThumbnailsDirty{true};
 
-  /// The mask's surface when the mask is selected and exists, otherwise `texture` (possibly none).
-  [[nodiscard]] Texture activeEditTexture() const;
-  /// Called wherever pixels or mask change: all its thumbnails are out of date.
-  void markThumbnailsDirty();
-
- private:
-  QPropertyNotifier maskSelectionNotifier_;
+  /// Whether edits go to the mask, because it is selected and exists.
+  [[nodiscard]] bool editsMask() const { return isMaskSelected.value() && mask.value() != nullptr; }
+  /// The surface that edits go to: the mask's, otherwise `texture` (possibly none).
+  [[nodiscard]] ConstTexture activeEditTexture() const;
+  /// The mask's surface, or `texture`; none when the layer has no such surface.
+  [[nodiscard]] ConstTexture surface(SurfaceKind kind) const;
 };
 
 class LayerFolder;
@@ -96,11 +117,11 @@ class LayerNode {
   [[nodiscard]] std::shared_ptr<LayerFolder> folder() const;
 
   // What both kinds have.
-  [[nodiscard]] QProperty<QString>& name() const;
-  [[nodiscard]] QProperty<float>& opacity() const;
-  [[nodiscard]] QProperty<BlendMode>& blendMode() const;
-  [[nodiscard]] QProperty<bool>& isVisible() const;
-  [[nodiscard]] QProperty<bool>& isLocked() const;
+  [[nodiscard]] Property<QString>& name() const;
+  [[nodiscard]] Property<float>& opacity() const;
+  [[nodiscard]] Property<BlendMode>& blendMode() const;
+  [[nodiscard]] Property<bool>& isVisible() const;
+  [[nodiscard]] Property<bool>& isLocked() const;
 
   friend bool operator==(const LayerNode&, const LayerNode&) = default;
 
@@ -111,18 +132,32 @@ class LayerNode {
 /// Bottom first: the last element lies on top.
 using LayerNodeList = std::vector<LayerNode>;
 
+/// Whether a folder of these values is transparent to compositing: its children blend with what lies beneath
+/// the folder.
+[[nodiscard]] constexpr bool passesThrough(float opacity, BlendMode blendMode) {
+  return opacity >= 1.0F && blendMode == BlendMode::normal;
+}
+
 class LayerFolder {
  public:
   explicit LayerFolder(const QString& folderName, QUuid folderID = QUuid::createUuid());
+  explicit LayerFolder(const NodeValues& values, LayerNodeList contents = {}, bool isOpen = true);
+  /// Takes the tree beneath it apart without recursion, however deep that is.
+  ~LayerFolder();
+  LayerFolder(const LayerFolder&) = delete;
+  LayerFolder& operator=(const LayerFolder&) = delete;
 
   const QUuid id;
-  QProperty<QString> name;
-  QProperty<LayerNodeList> children;
-  QProperty<float> opacity{1.0F};
-  QProperty<BlendMode> blendMode{BlendMode::normal};
-  QProperty<bool> isVisible{true};
-  QProperty<bool> isLocked{false};
-  QProperty<bool> isExpanded{true};
+  Property<QString> name;
+  Property<LayerNodeList> children;
+  Property<float> opacity{1.0F};
+  Property<BlendMode> blendMode{BlendMode::normal};
+  Property<bool> isVisible{true};
+  Property<bool> isLocked{false};
+  Property<bool> isExpanded{true};
+
+  /// Whether its children flatten into a surface of the folder's own; one without children has none.
+  [[nodiscard]] bool isIsolating() const;
 };
 
 /// Every node's text form: 36 characters, upper case.
@@ -130,8 +165,9 @@ class LayerFolder {
 /// The UUID of a canonical text in either case; null for anything else.
 [[nodiscard]] QUuid uuidFromText(const QString& text);
 
-// Walks, depth first in list order; a folder is met before its children.
+/// The node of this id at any depth.
 [[nodiscard]] std::optional<LayerNode> findNode(const QUuid& id, const LayerNodeList& list);
+/// Appends all layers, depth first in list order.
 void collectLayers(const LayerNodeList& list, std::vector<std::shared_ptr<Layer>>& layers);
 
 }  // namespace orvanel

@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "model/Document.h"
+#include "model/OpenSurfaceEdit.h"
 #include "undo/TextureSnapshot.h"
 
 namespace orvanel {
@@ -33,26 +35,25 @@ class LevelsAdjustment {
   /// Begins on the active layer; nothing when the active node has no pixels of its own.
   [[nodiscard]] static std::optional<LevelsAdjustment> begin(const DocumentPtr& document);
 
-  [[nodiscard]] const QUuid& layerID() const { return layerID_; }
+  [[nodiscard]] const QUuid& layerID() const { return edit_->layerID(); }
   /// The pixels at the beginning.
-  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const { return snapshotBefore_; }
+  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const {
+    return edit_->snapshotBefore();
+  }
+  /// False once it was kept, taken back or ended by the document. Then each of these does nothing.
+  [[nodiscard]] bool isOpen() const { return edit_->isOpen(); }
 
-  // A closed document or a removed layer makes each of these do nothing.
   /// Shows the levels within the selection, or everywhere without one.
   void apply(const Levels& levels);
   /// Keeps what is shown, under one record.
-  void commit();
+  void commit() { edit_->keep(); }
   /// Puts back the pixels of the beginning; no record.
-  void cancel();
+  void cancel() { edit_->takeBack(); }
 
  private:
-  LevelsAdjustment(const DocumentPtr& document, const Layer& layer,
-                   std::shared_ptr<TextureSnapshot> snapshotBefore);
-  [[nodiscard]] std::shared_ptr<Layer> layer(const Document& document) const;
+  explicit LevelsAdjustment(std::unique_ptr<OpenSurfaceEdit> edit) : edit_(std::move(edit)) {}
 
-  std::weak_ptr<Document> document_;
-  QUuid layerID_;
-  std::shared_ptr<TextureSnapshot> snapshotBefore_;
+  std::unique_ptr<OpenSurfaceEdit> edit_;
 };
 
 }  // namespace orvanel

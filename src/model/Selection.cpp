@@ -1,5 +1,6 @@
 #include "model/Selection.h"
 
+#include "model/edit/PropertyWriter.h"
 #include "raster/HalfFloat.h"
 
 namespace orvanel {
@@ -20,17 +21,17 @@ std::shared_ptr<Selection> Selection::create(int width, int height, const MetalC
 }
 
 void Selection::selectAll(const MetalContext& context) {
-  context.fillMask(*maskTexture->texture, 1.0F);
+  context.fillMask(pixels(), 1.0F);
   restoreFlags({.hasSelection = true, .isFullSelection = true});
 }
 
 void Selection::clear(const MetalContext& context) {
-  context.fillMask(*maskTexture->texture, 0.0F);
+  context.fillMask(pixels(), 0.0F);
   restoreFlags({});
 }
 
 void Selection::invert(const MetalContext& context) {
-  context.invertMask(*maskTexture->texture);
+  context.invertMask(pixels());
   if (isFullSelection.value()) {
     restoreFlags({});
   } else if (!hasSelection.value()) {
@@ -39,20 +40,20 @@ void Selection::invert(const MetalContext& context) {
 }
 
 void Selection::setRect(const PixelRect& rect, float feather, const MetalContext& context) {
-  context.fillRectMask(*maskTexture->texture, rect, feather);
+  context.fillRectMask(pixels(), rect, feather);
   const bool isWholeCanvas = rect == maskTexture->texture->bounds();
   restoreFlags({.hasSelection = !rect.isEmpty(), .isFullSelection = isWholeCanvas});
 }
 
 void Selection::setEllipse(float centerX, float centerY, float radiusX, float radiusY, float feather,
                            const MetalContext& context) {
-  context.fillEllipseMask(*maskTexture->texture, centerX, centerY, radiusX, radiusY, feather);
+  context.fillEllipseMask(pixels(), centerX, centerY, radiusX, radiusY, feather);
   restoreFlags({.hasSelection = radiusX > 0.0F && radiusY > 0.0F, .isFullSelection = false});
 }
 
 void Selection::setPolygon(std::span<const PolygonPoint> points, const MetalContext& context) {
   if (points.size() <= 2) return;
-  context.fillPolygonMask(*maskTexture->texture, points);
+  context.fillPolygonMask(pixels(), points);
   restoreFlags({.hasSelection = true, .isFullSelection = false});
 }
 
@@ -61,10 +62,8 @@ bool Selection::isPointSelected(int x, int y) const {
 }
 
 void Selection::restoreFlags(const Flags& flags) {
-  // In this order no observer ever sees a full selection that is none.
-  if (!flags.isFullSelection) isFullSelection = false;
-  hasSelection = flags.hasSelection;
-  isFullSelection = flags.isFullSelection;
+  PropertyWriter::write(hasSelection, flags.hasSelection);
+  PropertyWriter::write(isFullSelection, flags.isFullSelection);
 }
 
 void Selection::refreshFlags(const MetalContext& context) {

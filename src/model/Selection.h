@@ -1,8 +1,8 @@
-// What is selected: a mask of canvas size and two flags that summarise it. Owned by its document.
-// Main thread only. A kernel that can't run leaves the mask as it was; the flags change all the same.
+// What is selected: a mask of canvas size and two flags that summarise it. A document shows its own as `const`
+// and lets commands alone change it. Main thread only.
+// A kernel that can't run leaves the mask as it was; the flags change all the same.
 #pragma once
 
-#include <QProperty>
 #include <memory>
 #include <span>
 
@@ -21,13 +21,17 @@ class Selection {
 
   /// Nothing selected; null when the mask's surface can't be made.
   [[nodiscard]] static std::shared_ptr<Selection> create(int width, int height, const MetalContext& context);
-  explicit Selection(std::shared_ptr<MaskTexture> mask) : maskTexture(std::move(mask)) {}
+  explicit Selection(const std::shared_ptr<MaskTexture>& mask) : maskTexture(mask), mask_(mask) {}
 
-  const std::shared_ptr<MaskTexture> maskTexture;
+  const std::shared_ptr<const MaskTexture> maskTexture;
   /// False: the mask is empty, and operations act on everything.
-  QProperty<bool> hasSelection{false};
+  Property<bool> hasSelection{false};
   /// True: all of the canvas is selected. Implies `hasSelection`.
-  QProperty<bool> isFullSelection{false};
+  Property<bool> isFullSelection{false};
+
+  /// The mask's pixels for writing; the writer brings the flags up to date.
+  [[nodiscard]] Surface& pixels() { return mask_->pixels(); }
+  [[nodiscard]] MaskTexture& mask() { return *mask_; }
 
   void selectAll(const MetalContext& context);
   void clear(const MetalContext& context);
@@ -50,6 +54,9 @@ class Selection {
   void restoreFlags(const Flags& flags);
   /// Reads the flags off the mask, after a kernel wrote it.
   void refreshFlags(const MetalContext& context);
+
+ private:
+  std::shared_ptr<MaskTexture> mask_;
 };
 
 }  // namespace orvanel

@@ -253,9 +253,13 @@ void CompositePlan::compositeTarget(Target target, const CompositeParams& params
 }
 
 CompositeReport CompositePlan::run(CompositeScope scope) {
+  return run(scope, 0, tileCount());
+}
+
+CompositeReport CompositePlan::run(CompositeScope scope, int firstTile, int count) {
   for (const TargetPlan& target : targets_) target.surface->rememberRecipes();
   std::atomic<int> made{0};
-  tbb::parallel_for(tbb::blocked_range<int>(0, targets_[0].surface->tileCount()),
+  tbb::parallel_for(tbb::blocked_range<int>(firstTile, firstTile + count),
                     [&](const tbb::blocked_range<int>& range) {
                       const auto composer = std::make_unique<TileComposer>(targets_);
                       int madeHere = 0;

@@ -41,6 +41,9 @@ class CompositePlan {
   void compositeTarget(Target target, const CompositeParams& params, Target source);
 
   CompositeReport run(CompositeScope scope);
+  /// The same for `count` tiles of the canvas from `firstTile` on.
+  CompositeReport run(CompositeScope scope, int firstTile, int count);
+  [[nodiscard]] int tileCount() const { return targets_.front().surface->tileCount(); }
 
   struct Step {
     CompositeParams params;

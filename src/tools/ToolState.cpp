@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 namespace {

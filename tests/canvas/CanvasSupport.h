@@ -16,7 +16,7 @@
 
 #include "canvas/MTKView.h"
 #include "model/Document.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 /// Lets failures show points. Found by the argument's own namespace, under the name the framework looks for.
 inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(readability-identifier-naming)

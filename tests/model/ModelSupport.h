@@ -8,7 +8,7 @@
 #include <ostream>
 
 #include "model/Document.h"
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 /// Lets failures show texts rather than bytes; found by this name in the argument's own namespace.
 // NOLINTNEXTLINE(readability-identifier-naming)

@@ -4,6 +4,8 @@
 #include <numeric>
 #include <utility>
 
+#include "model/edit/DocumentEdit.h"
+
 namespace orvanel {
 namespace {
 
@@ -40,19 +42,19 @@ LayersById layersById(const Document& document) {
 }
 
 /// Gives every listed layer a new surface of this mode and size with the snapshot's pixels.
-void restoreLayers(const Document& document, const SnapshotList& list, ColorMode mode, int width,
-                   int height) {
+void restoreLayers(DocumentEdit& edit, const Document& document, const SnapshotList& list, ColorMode mode,
+                   int width, int height) {
   const LayersById layers = layersById(document);
   for (const LayerSnapshot& entry : list) {
     const std::shared_ptr<Layer> layer = layers.value(entry.layerID);
     if (layer == nullptr) continue;
     const Texture pixels = document.makeLayerTexture(mode, width, height);
-    layer->texture = pixels;
     entry.snapshot->restore(*pixels, document.context());
+    edit.setTexture(*layer, pixels);
   }
 }
 
-void restoreMasks(const Document& document, const CanvasState& state) {
+void restoreMasks(DocumentEdit& edit, const Document& document, const CanvasState& state) {
   const MetalContext& context = document.context();
   const LayersById layers = layersById(document);
   for (const LayerSnapshot& entry : state.masks) {
@@ -61,16 +63,15 @@ void restoreMasks(const Document& document, const CanvasState& state) {
     if (old == nullptr) continue;
     std::shared_ptr<MaskTexture> contents = MaskTexture::create(state.width, state.height, context);
     if (contents == nullptr) continue;
-    context.fillMask(*contents->texture, 1.0F);
-    auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents));
-    mask->isEnabled = old->isEnabled.value();
-    entry.snapshot->restore(*mask->maskTexture->texture, context);
-    layer->mask = std::move(mask);
+    context.fillMask(contents->pixels(), 1.0F);
+    entry.snapshot->restore(contents->pixels(), context);
+    edit.setMask(*layer, std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents),
+                                                     old->isEnabled.value()));
   }
 }
 
-void markAllThumbnailsDirty(const Document& document) {
-  for (const std::shared_ptr<Layer>& layer : document.allLayers()) layer->markThumbnailsDirty();
+void renewAllThumbnails(DocumentEdit& edit, const Document& document) {
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) edit.renewThumbnails(*layer);
 }
 
 }  // namespace
@@ -79,7 +80,7 @@ SnapshotList snapshotsOfLayers(const Document& document) {
   SnapshotList list;
   const Capture capture = captureFor(document);
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
-    const Texture& pixels = layer->texture.value();
+    const ConstTexture& pixels = layer->texture.value();
     if (pixels == nullptr) continue;
     if (auto snapshot = capture(*pixels, document.context())) {
       list.push_back({.layerID = layer->id, .snapshot = std::move(snapshot)});
@@ -124,13 +125,13 @@ ResizeOperation::ResizeOperation(QString actionName, const DocumentPtr& document
 void ResizeOperation::apply(const CanvasState& state) const {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  target->canvasWidth = state.width;
-  target->canvasHeight = state.height;
-  restoreLayers(*target, state.layers, colorMode_, state.width, state.height);
-  restoreMasks(*target, state);
-  target->rebuildDisplayTextures();
-  target->resetSelection();
-  markAllThumbnailsDirty(*target);
+  DocumentEdit edit(*target, editKind::record);
+  edit.setCanvasSize(state.width, state.height);
+  restoreLayers(edit, *target, state.layers, colorMode_, state.width, state.height);
+  restoreMasks(edit, *target, state);
+  edit.rebuildDisplayTextures();
+  edit.resetSelection();
+  renewAllThumbnails(edit, *target);
 }
 
 void ResizeOperation::setReady(bool isReady) {
@@ -160,10 +161,11 @@ ChangeColorModeOperation::ChangeColorModeOperation(const DocumentPtr& document, 
 void ChangeColorModeOperation::apply(const State& state) const {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  target->colorMode = state.colorMode;
-  restoreLayers(*target, state.layers, state.colorMode, canvasWidth_, canvasHeight_);
-  target->rebuildDisplayTextures();
-  markAllThumbnailsDirty(*target);
+  DocumentEdit edit(*target, editKind::record);
+  edit.setColorMode(state.colorMode);
+  restoreLayers(edit, *target, state.layers, state.colorMode, canvasWidth_, canvasHeight_);
+  edit.rebuildDisplayTextures();
+  renewAllThumbnails(edit, *target);
 }
 
 void ChangeColorModeOperation::setReady(bool isReady) {

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "model/NotificationCenter.h"
-
 namespace orvanel {
 
 LayerMaskOperation::LayerMaskOperation(QString actionName, const DocumentPtr& document,
@@ -14,22 +12,17 @@ std::int64_t LayerMaskOperation::memoryCost() const {
   return MetalContext::byteSize(*mask_->maskTexture->texture);
 }
 
-void LayerMaskOperation::attachMask(Document& document) const {
-  layer_->mask = mask_;
-  layer_->maskThumbnailDirty = true;
-  NotificationCenter::standard().post(notification::thumbnailsDidUpdate);
-  document.isDirty = true;
+void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
+  edit.setMask(*layer_, mask_);
+  edit.setMaskThumbnail(*layer_, layer_->maskThumbnailImage.value(), true);
 }
 
-void LayerMaskOperation::detachMask(Document& document) {
+void LayerMaskOperation::detachMask(DocumentEdit& edit) {
   // A change of the canvas gives a layer another mask object: the one that goes now is the one to bring back.
   if (const std::shared_ptr<LayerMask>& current = layer_->mask.value()) mask_ = current;
-  layer_->mask = nullptr;
-  layer_->maskThumbnailImage = nullptr;
-  layer_->maskThumbnailDirty = true;
-  layer_->isMaskSelected = false;
-  NotificationCenter::standard().post(notification::thumbnailsDidUpdate);
-  document.isDirty = true;
+  edit.setMask(*layer_, nullptr);
+  edit.setMaskThumbnail(*layer_, nullptr, true);
+  edit.setMaskSelected(*layer_, false);
 }
 
 AddLayerMaskOperation::AddLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
@@ -37,11 +30,17 @@ AddLayerMaskOperation::AddLayerMaskOperation(const DocumentPtr& document, std::s
     : LayerMaskOperation(QStringLiteral("Add Layer Mask"), document, std::move(layer), std::move(mask)) {}
 
 void AddLayerMaskOperation::redo() {
-  if (const DocumentPtr target = document()) attachMask(*target);
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, stepKind);
+  attachMask(edit);
 }
 
 void AddLayerMaskOperation::undo() {
-  if (const DocumentPtr target = document()) detachMask(*target);
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, stepKind);
+  detachMask(edit);
 }
 
 RemoveLayerMaskOperation::RemoveLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
@@ -49,11 +48,17 @@ RemoveLayerMaskOperation::RemoveLayerMaskOperation(const DocumentPtr& document, 
     : LayerMaskOperation(QStringLiteral("Remove Layer Mask"), document, std::move(layer), std::move(mask)) {}
 
 void RemoveLayerMaskOperation::redo() {
-  if (const DocumentPtr target = document()) detachMask(*target);
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, stepKind);
+  detachMask(edit);
 }
 
 void RemoveLayerMaskOperation::undo() {
-  if (const DocumentPtr target = document()) attachMask(*target);
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, stepKind);
+  attachMask(edit);
 }
 
 ApplyLayerMaskOperation::ApplyLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
@@ -66,21 +71,23 @@ ApplyLayerMaskOperation::ApplyLayerMaskOperation(const DocumentPtr& document, st
 
 void ApplyLayerMaskOperation::redo() {
   const DocumentPtr target = document();
-  if (target == nullptr) return;
-  const Texture& pixels = layer().texture.value();
-  if (pixels == nullptr) return;
+  if (target == nullptr || layer().texture.value() == nullptr) return;
+  DocumentEdit edit(*target, stepKind);
   const std::shared_ptr<LayerMask> mask = layer().mask.value();
-  if (mask != nullptr) target->context().applyLayerMask(*pixels, *mask->maskTexture->texture, colorMode_);
-  detachMask(*target);
-  layer().markThumbnailsDirty();
+  if (mask != nullptr) {
+    target->context().applyLayerMask(edit.pixels(layer()), *mask->maskTexture->texture, colorMode_);
+  }
+  detachMask(edit);
+  edit.renewThumbnails(layer());
 }
 
 void ApplyLayerMaskOperation::undo() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  if (const Texture& pixels = layer().texture.value()) beforeSnapshot_->restore(*pixels, target->context());
-  attachMask(*target);
-  layer().markThumbnailsDirty();
+  DocumentEdit edit(*target, stepKind);
+  if (layer().texture.value() != nullptr) beforeSnapshot_->restore(edit.pixels(layer()), target->context());
+  attachMask(edit);
+  edit.renewThumbnails(layer());
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "undo/TextureSnapshot.h"
+#include "model/edit/DocumentEdit.h"
 #include "model/records/DocumentOperation.h"
 
 namespace orvanel {
@@ -19,9 +20,12 @@ class LayerMaskOperation : public DocumentOperation {
   LayerMaskOperation(QString actionName, const DocumentPtr& document, std::shared_ptr<Layer> layer,
                      std::shared_ptr<LayerMask> mask);
 
-  void attachMask(Document& document) const;
+  /// What a step over such a record entails by itself.
+  static constexpr EditKind stepKind{.isUnsavedChange = true, .renewsThumbnails = true};
+
+  void attachMask(DocumentEdit& edit) const;
   /// Keeps the mask that the layer has now. Also turns edits back to the pixels.
-  void detachMask(Document& document);
+  void detachMask(DocumentEdit& edit);
 
   [[nodiscard]] Layer& layer() const { return *layer_; }
 

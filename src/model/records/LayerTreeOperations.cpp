@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/edit/DocumentEdit.h"
+
 namespace orvanel {
 namespace {
 
 constexpr std::int64_t assumedBytesPerPixel = 8;
 
 std::int64_t surfaceCost(const Layer& layer) {
-  const Texture& texture = layer.texture.value();
+  const ConstTexture& texture = layer.texture.value();
   if (texture == nullptr) return 0;
   return static_cast<std::int64_t>(texture->width()) * texture->height() * assumedBytesPerPixel;
 }
@@ -28,12 +30,14 @@ QString nameByKind(const QString& verb, const std::optional<LayerNode>& node) {
 }
 
 void insertAndSelect(Document& document, const LayerNode& node, const TreePosition& position) {
-  insertNode(document, node, position);
-  document.selectedNodeID = node.id();
+  DocumentEdit edit(document, editKind::record);
+  edit.insertNode(node, position);
+  edit.setActiveNode(node.id());
 }
 
 void removeAndReselect(Document& document, const QUuid& nodeID, const std::optional<QUuid>& selection) {
-  if (document.detachNode(nodeID)) document.selectedNodeID = selection;
+  DocumentEdit edit(document, editKind::record);
+  if (edit.removeNode(nodeID)) edit.setActiveNode(selection);
 }
 
 }  // namespace
@@ -42,7 +46,7 @@ AddLayerOperation::AddLayerOperation(const DocumentPtr& document, std::shared_pt
                                      std::optional<QUuid> previousSelection)
     : DocumentOperation(QStringLiteral("Add Layer"), document),
       layer_(std::move(layer)),
-      insertPosition_(treePosition(*document, layer_->id)),
+      insertPosition_(document->treePosition(layer_->id)),
       previousSelection_(previousSelection) {}
 
 void AddLayerOperation::redo() {
@@ -62,7 +66,7 @@ AddFolderOperation::AddFolderOperation(const DocumentPtr& document, std::shared_
                                        std::optional<QUuid> previousSelection)
     : DocumentOperation(QStringLiteral("Add Folder"), document),
       folder_(std::move(folder)),
-      insertPosition_(treePosition(*document, folder_->id)),
+      insertPosition_(document->treePosition(folder_->id)),
       previousSelection_(previousSelection) {}
 
 void AddFolderOperation::redo() {
@@ -77,31 +81,33 @@ void AddFolderOperation::undo() {
 RemoveNodeOperation::RemoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID)
     : DocumentOperation(nameByKind(QStringLiteral("Delete"), document->findNode(nodeID)), document),
       removedNode_(document->findNode(nodeID)),
-      originalPosition_(treePosition(*document, nodeID)),
+      originalPosition_(document->treePosition(nodeID)),
       previousSelection_(document->selectedNodeID.value()) {}
 
 void RemoveNodeOperation::redo() {
   const DocumentPtr target = document();
   if (target == nullptr || !removedNode_ || !originalPosition_) return;
-  if (!target->detachNode(removedNode_->id())) return;
+  DocumentEdit edit(*target, editKind::record);
+  if (!edit.removeNode(removedNode_->id())) return;
 
   const std::optional<LayerNode> parent =
       originalPosition_->parentID ? target->findNode(*originalPosition_->parentID) : std::nullopt;
   const std::shared_ptr<LayerFolder> folder = parent ? parent->folder() : nullptr;
   const LayerNodeList& list = folder != nullptr ? folder->children.value() : target->rootNodes.value();
   if (list.empty()) {
-    target->selectedNodeID = previousSelection_;
+    edit.setActiveNode(previousSelection_);
   } else {
     const std::int64_t index = std::min(originalPosition_->index, std::ssize(list) - 1);
-    target->selectedNodeID = list[static_cast<std::size_t>(index)].id();
+    edit.setActiveNode(list[static_cast<std::size_t>(index)].id());
   }
 }
 
 void RemoveNodeOperation::undo() {
   const DocumentPtr target = document();
   if (target == nullptr || !removedNode_ || !originalPosition_) return;
-  insertNode(*target, *removedNode_, *originalPosition_);
-  target->selectedNodeID = previousSelection_;
+  DocumentEdit edit(*target, editKind::record);
+  edit.insertNode(*removedNode_, *originalPosition_);
+  edit.setActiveNode(previousSelection_);
 }
 
 std::int64_t RemoveNodeOperation::memoryCost() const {
@@ -125,16 +131,15 @@ void MoveNodeOperation::undo() {
 void MoveNodeOperation::moveTo(const TreePosition& position) {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  if (const std::optional<LayerNode> node = target->detachNode(nodeID_)) {
-    insertAndSelect(*target, *node, position);
-  }
+  DocumentEdit edit(*target, editKind::record);
+  if (edit.moveNode(nodeID_, position)) edit.setActiveNode(nodeID_);
 }
 
 DuplicateNodeOperation::DuplicateNodeOperation(const DocumentPtr& document, const QUuid& duplicateID,
                                                std::optional<QUuid> previousSelection)
     : DocumentOperation(nameByKind(QStringLiteral("Duplicate"), document->findNode(duplicateID)), document),
       duplicatedNode_(document->findNode(duplicateID)),
-      insertPosition_(treePosition(*document, duplicateID)),
+      insertPosition_(document->treePosition(duplicateID)),
       previousSelection_(previousSelection) {}
 
 void DuplicateNodeOperation::redo() {

@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
+#include "model/TreePosition.h"
 #include "model/records/DocumentOperation.h"
-#include "model/records/TreePosition.h"
 
 namespace orvanel {
 

@@ -2,23 +2,14 @@
 
 #include <utility>
 
+#include "model/edit/DocumentEdit.h"
+
 namespace orvanel {
-namespace {
-
-/// The surface that edits of the pixels or of the mask go to; none when the layer has no such surface.
-Texture targetSurface(const Layer& layer, bool useMask) {
-  if (!useMask) return layer.texture.value();
-  const std::shared_ptr<LayerMask>& mask = layer.mask.value();
-  return mask != nullptr ? mask->maskTexture->texture : nullptr;
-}
-
-}  // namespace
-
-PixelOperation::PixelOperation(PixelEdit edit, bool useMask)
+PixelOperation::PixelOperation(PixelEdit edit, SurfaceKind kind)
     : DocumentOperation(std::move(edit.actionName), edit.document),
       layerID_(edit.layerID),
       snapshotBefore_(std::move(edit.snapshotBefore)),
-      useMask_(useMask) {}
+      kind_(kind) {}
 
 void PixelOperation::redo() {
   perform(&PixelOperation::redoOn);
@@ -33,11 +24,9 @@ void PixelOperation::perform(void (PixelOperation::*step)(Target)) {
   if (target == nullptr) return;
   const std::optional<LayerNode> node = target->findNode(layerID_);
   const std::shared_ptr<Layer> layer = node ? node->layer() : nullptr;
-  if (layer == nullptr) return;
-  const Texture surface = targetSurface(*layer, useMask_);
-  if (surface == nullptr) return;
-  (this->*step)({.document = *target, .surface = *surface});
-  layer->markThumbnailsDirty();
+  if (layer == nullptr || layer->surface(kind_) == nullptr) return;
+  DocumentEdit edit(*target, editKind::record);
+  (this->*step)({.document = *target, .surface = edit.surface(*layer, kind_)});
 }
 
 void PixelOperation::undoOn(Target target) {
@@ -49,10 +38,10 @@ void PixelOperation::restoreBefore(Target target) const {
 }
 
 FillLayerOperation::FillLayerOperation(PixelEdit edit, const Color4& fillColor, ColorMode colorMode)
-    : PixelOperation(std::move(edit), false), fillColor_(fillColor), colorMode_(colorMode) {}
+    : PixelOperation(std::move(edit), SurfaceKind::pixels), fillColor_(fillColor), colorMode_(colorMode) {}
 
 FillLayerOperation::FillLayerOperation(PixelEdit edit, float maskFillValue)
-    : PixelOperation(std::move(edit), true), maskFillValue_(maskFillValue) {}
+    : PixelOperation(std::move(edit), SurfaceKind::mask), maskFillValue_(maskFillValue) {}
 
 void FillLayerOperation::redoOn(Target target) {
   const MetalContext& context = target.document.context();
@@ -64,15 +53,15 @@ void FillLayerOperation::redoOn(Target target) {
 }
 
 ClearLayerOperation::ClearLayerOperation(PixelEdit edit, ColorMode colorMode)
-    : PixelOperation(std::move(edit), false), colorMode_(colorMode) {}
+    : PixelOperation(std::move(edit), SurfaceKind::pixels), colorMode_(colorMode) {}
 
 void ClearLayerOperation::redoOn(Target target) {
   target.document.context().clearTexture(target.surface, colorMode_, {});
 }
 
 InvertLayerOperation::InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture,
-                                           bool useMask)
-    : PixelOperation(std::move(edit), useMask),
+                                           SurfaceKind kind)
+    : PixelOperation(std::move(edit), kind),
       colorMode_(colorMode),
       selectionTexture_(std::move(selectionTexture)) {}
 
@@ -108,16 +97,16 @@ void LazyResultOperation::undoOn(Target target) {
 }
 
 std::shared_ptr<MoveLayerOperation> MoveLayerOperation::create(const DocumentPtr& document,
-                                                               const Layer& layer, bool useMask) {
-  const Texture surface = targetSurface(layer, useMask);
+                                                               const Layer& layer, SurfaceKind kind) {
+  const ConstTexture surface = layer.surface(kind);
   if (surface == nullptr) return nullptr;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*surface, document->context());
   if (before == nullptr) return nullptr;
-  PixelEdit edit{.actionName = QStringLiteral("Move"),
-                 .document = document,
-                 .layerID = layer.id,
-                 .snapshotBefore = std::move(before)};
-  return std::shared_ptr<MoveLayerOperation>(new MoveLayerOperation(std::move(edit), useMask));
+  return std::make_shared<MoveLayerOperation>(PixelEdit{.actionName = QStringLiteral("Move"),
+                                                        .document = document,
+                                                        .layerID = layer.id,
+                                                        .snapshotBefore = std::move(before)},
+                                              kind);
 }
 
 }  // namespace orvanel

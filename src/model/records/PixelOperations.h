@@ -29,8 +29,8 @@ class PixelOperation : public DocumentOperation {
   void setReady(bool isReady) override { snapshotBefore_->setReady(isReady); }
 
  protected:
-  /// `useMask`: the mask's surface is the target, otherwise the layer's.
-  PixelOperation(PixelEdit edit, bool useMask);
+  /// `kind` tells which of the layer's surfaces is the target.
+  PixelOperation(PixelEdit edit, SurfaceKind kind);
 
   struct Target {
     Document& document;
@@ -40,14 +40,14 @@ class PixelOperation : public DocumentOperation {
   virtual void undoOn(Target target);
   void restoreBefore(Target target) const;
 
-  [[nodiscard]] bool useMask() const { return useMask_; }
+  [[nodiscard]] bool useMask() const { return kind_ == SurfaceKind::mask; }
 
  private:
   void perform(void (PixelOperation::*step)(Target));
 
   QUuid layerID_;
   std::shared_ptr<TextureSnapshot> snapshotBefore_;
-  bool useMask_;
+  SurfaceKind kind_;
 };
 
 // Replayed edits.
@@ -82,7 +82,8 @@ class ClearLayerOperation final : public PixelOperation {
 class InvertLayerOperation final : public PixelOperation {
  public:
   /// `selectionTexture` may be none.
-  InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture, bool useMask);
+  InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture,
+                       SurfaceKind kind);
 
  private:
   void redoOn(Target target) override;
@@ -111,12 +112,12 @@ class StoredResultOperation : public PixelOperation {
 
 class BrushStrokeOperation final : public StoredResultOperation {
  public:
-  explicit BrushStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), false) {}
+  explicit BrushStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
 };
 
 class EraserStrokeOperation final : public StoredResultOperation {
  public:
-  explicit EraserStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), false) {}
+  explicit EraserStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
 };
 
 /// Reads its result off the surface at the first undo: a history that is never undone doesn't pay for it.
@@ -130,24 +131,21 @@ class LazyResultOperation : public StoredResultOperation {
 
 class FillSelectionOperation final : public LazyResultOperation {
  public:
-  FillSelectionOperation(PixelEdit edit, bool useMask) : LazyResultOperation(std::move(edit), useMask) {}
+  FillSelectionOperation(PixelEdit edit, SurfaceKind kind) : LazyResultOperation(std::move(edit), kind) {}
 };
 
 class LevelsOperation final : public LazyResultOperation {
  public:
-  explicit LevelsOperation(PixelEdit edit) : LazyResultOperation(std::move(edit), false) {}
+  explicit LevelsOperation(PixelEdit edit) : LazyResultOperation(std::move(edit), SurfaceKind::pixels) {}
 };
 
 /// A move, scale, rotation or free transform of a layer's or mask's content.
 class MoveLayerOperation final : public StoredResultOperation {
  public:
+  MoveLayerOperation(PixelEdit edit, SurfaceKind kind) : StoredResultOperation(std::move(edit), kind) {}
   /// Named "Move". Takes the snapshot of what stands now; null without such a surface or snapshot.
   [[nodiscard]] static std::shared_ptr<MoveLayerOperation> create(const DocumentPtr& document,
-                                                                  const Layer& layer, bool useMask);
-  using DocumentOperation::setActionName;
-
- private:
-  using StoredResultOperation::StoredResultOperation;
+                                                                  const Layer& layer, SurfaceKind kind);
 };
 
 }  // namespace orvanel

@@ -2,19 +2,19 @@
 
 #include <QHash>
 
+#include "model/NodeWalk.h"
+
 namespace orvanel {
 namespace {
 
 constexpr std::int64_t batchEntryCost = 24;
 
 /// One walk over the tree, however many nodes change.
-void setVisibility(const LayerNodeList& list, const QHash<QUuid, bool>& values) {
-  for (const LayerNode& node : list) {
-    if (const auto value = values.find(node.id()); value != values.end()) node.isVisible() = *value;
-    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
-      setVisibility(folder->children.value(), values);
-    }
-  }
+void setVisibility(Document& document, const QHash<QUuid, bool>& values) {
+  DocumentEdit edit(document, editKind::record);
+  forEachNode(document.rootNodes.value(), [&](const LayerNode& node) {
+    if (const auto value = values.find(node.id()); value != values.end()) edit.setVisible(node, *value);
+  });
 }
 
 }  // namespace
@@ -64,7 +64,7 @@ void BatchVisibilityChangeOperation::redo() {
   if (target == nullptr) return;
   QHash<QUuid, bool> values;
   for (const Change& change : changes_) values.insert(change.nodeID, newValue_);
-  setVisibility(target->rootNodes.value(), values);
+  setVisibility(*target, values);
 }
 
 void BatchVisibilityChangeOperation::undo() {
@@ -72,7 +72,7 @@ void BatchVisibilityChangeOperation::undo() {
   if (target == nullptr) return;
   QHash<QUuid, bool> values;
   for (const Change& change : changes_) values.insert(change.nodeID, change.oldValue);
-  setVisibility(target->rootNodes.value(), values);
+  setVisibility(*target, values);
 }
 
 std::int64_t BatchVisibilityChangeOperation::memoryCost() const {

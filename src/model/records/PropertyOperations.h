@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "model/edit/DocumentEdit.h"
 #include "model/records/DocumentOperation.h"
 
 namespace orvanel {
@@ -15,7 +16,8 @@ namespace orvanel {
 /// Bytes a property record counts, whatever its objects really take.
 inline constexpr std::int64_t propertyRecordCost = 64;
 
-template <typename Value, QProperty<Value>& (LayerNode::*property)() const>
+/// `setter` is the edit's operation that writes the property.
+template <typename Value, auto setter>
 class PropertyChangeOperation : public DocumentOperation {
  public:
   void redo() override { apply(newValue_); }
@@ -38,7 +40,8 @@ class PropertyChangeOperation : public DocumentOperation {
   void apply(const Value& value) {
     const DocumentPtr target = document();
     if (target == nullptr) return;
-    if (const std::optional<LayerNode> node = target->findNode(nodeID_)) ((*node).*property)() = value;
+    DocumentEdit edit(*target, editKind::record);
+    if (const std::optional<LayerNode> node = target->findNode(nodeID_)) (edit.*setter)(*node, value);
   }
 
   QUuid nodeID_;
@@ -46,7 +49,7 @@ class PropertyChangeOperation : public DocumentOperation {
   Value newValue_;
 };
 
-class OpacityChangeOperation final : public PropertyChangeOperation<float, &LayerNode::opacity> {
+class OpacityChangeOperation final : public PropertyChangeOperation<float, &DocumentEdit::setOpacity> {
  public:
   OpacityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, float oldValue, float newValue);
   /// A run of changes of one node is one record from the first old value to the last new one.
@@ -54,25 +57,25 @@ class OpacityChangeOperation final : public PropertyChangeOperation<float, &Laye
       const UndoableOperation& next) const override;
 };
 
-class BlendModeChangeOperation final : public PropertyChangeOperation<BlendMode, &LayerNode::blendMode> {
+class BlendModeChangeOperation final : public PropertyChangeOperation<BlendMode, &DocumentEdit::setBlendMode> {
  public:
   BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID, BlendMode oldValue,
                            BlendMode newValue);
 };
 
-class NameChangeOperation final : public PropertyChangeOperation<QString, &LayerNode::name> {
+class NameChangeOperation final : public PropertyChangeOperation<QString, &DocumentEdit::setName> {
  public:
   NameChangeOperation(const DocumentPtr& document, const QUuid& nodeID, const QString& oldValue,
                       const QString& newValue);
   [[nodiscard]] std::int64_t memoryCost() const override;
 };
 
-class VisibilityChangeOperation final : public PropertyChangeOperation<bool, &LayerNode::isVisible> {
+class VisibilityChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setVisible> {
  public:
   VisibilityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
 };
 
-class LockChangeOperation final : public PropertyChangeOperation<bool, &LayerNode::isLocked> {
+class LockChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setLocked> {
  public:
   LockChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
 };

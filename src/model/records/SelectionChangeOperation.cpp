@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "model/edit/DocumentEdit.h"
+
 namespace orvanel {
 
 std::optional<SelectionChangeOperation::State> SelectionChangeOperation::currentState(
     const Document& document) {
-  const std::shared_ptr<Selection>& selection = document.selection.value();
+  const std::shared_ptr<const Selection>& selection = document.selection.value();
   if (selection == nullptr) return std::nullopt;
   std::shared_ptr<TextureSnapshot> snapshot =
       TextureSnapshot::captureReady(*selection->maskTexture->texture, document.context());
@@ -34,9 +36,11 @@ void SelectionChangeOperation::captureAfter() {
 
 void SelectionChangeOperation::apply(const State& state) const {
   const DocumentPtr target = document();
-  const std::shared_ptr<Selection> selection = target != nullptr ? target->selection.value() : nullptr;
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, editKind::record);
+  const std::shared_ptr<Selection> selection = edit.selection();
   if (selection == nullptr) return;
-  state.snapshot->restore(*selection->maskTexture->texture, target->context());
+  state.snapshot->restore(selection->pixels(), target->context());
   selection->restoreFlags(state.flags);
 }
 

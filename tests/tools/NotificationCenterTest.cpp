@@ -1,4 +1,4 @@
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,0 +1,54 @@
+// The one signal of a document. Observers are called once per edit, after it is complete, with everything it
+// changed. Owned by the document; main thread only.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "model/DocumentChange.h"
+
+namespace orvanel {
+
+class ChangeStream {
+ public:
+  using Handler = std::function<void(const DocumentChanges&)>;
+  class Subscription;
+
+  ChangeStream();
+  ChangeStream(const ChangeStream&) = delete;
+  ChangeStream& operator=(const ChangeStream&) = delete;
+
+  /// Observers are called in the order of their subscriptions. A handler may edit the document: its changes
+  /// are delivered to everybody after the current batch.
+  [[nodiscard]] Subscription observe(Handler handler) const;
+
+ private:
+  friend class DocumentEdit;
+  struct Observers;
+  void publish(DocumentChanges changes);
+
+  std::shared_ptr<Observers> observers_;
+};
+
+/// Ends with its owner, which may outlive the document. An ended one is never called again, even in the
+/// middle of a delivery.
+class ChangeStream::Subscription {
+ public:
+  Subscription() = default;
+  Subscription(Subscription&& other) noexcept;
+  Subscription& operator=(Subscription&& other) noexcept;
+  ~Subscription();
+
+ private:
+  friend class ChangeStream;
+  Subscription(std::weak_ptr<Observers> observers, std::uint64_t id);
+  void end();
+
+  std::weak_ptr<Observers> observers_;
+  std::uint64_t id_ = 0;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,62 @@
+// Walks over a tree of nodes, depth first in list order, a folder before its children. They keep their own
+// stack, so that no depth of folders exhausts the thread's.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "model/Layer.h"
+
+namespace orvanel {
+
+enum class WalkStep {
+  descend,  ///< into the folder, or on past a layer
+  skip,     ///< what the folder holds
+  stop,     ///< the whole walk
+};
+
+/// Calls `enter(node, folder, index)` for each node, with the folder that holds it (null at the root) and its
+/// index there, and `leave(folder)` after the children of every folder that was descended into. The tree
+/// must not change meanwhile.
+template <typename Enter, typename Leave>
+void walkNodes(const LayerNodeList& roots, const Enter& enter, const Leave& leave) {
+  struct Level {
+    const LayerNodeList* list;
+    std::size_t next;
+    std::shared_ptr<LayerFolder> folder;
+  };
+  std::vector<Level> levels{{&roots, 0, nullptr}};
+  while (!levels.empty()) {
+    Level& level = levels.back();
+    if (level.next == level.list->size()) {
+      const std::shared_ptr<LayerFolder> left = std::move(level.folder);
+      levels.pop_back();
+      if (left != nullptr) leave(*left);
+      continue;
+    }
+    const std::size_t index = level.next++;
+    const LayerNode& node = (*level.list)[index];
+    const WalkStep step = enter(node, level.folder, static_cast<int>(index));
+    if (step == WalkStep::stop) return;
+    if (step == WalkStep::skip) continue;
+    if (std::shared_ptr<LayerFolder> folder = node.folder()) {
+      const LayerNodeList* children = &folder->children.value();
+      levels.push_back({children, 0, std::move(folder)});
+    }
+  }
+}
+
+/// Calls `visit(node)` for each node.
+template <typename Visit>
+void forEachNode(const LayerNodeList& roots, const Visit& visit) {
+  walkNodes(
+      roots,
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
+        visit(node);
+        return WalkStep::descend;
+      },
+      [](const LayerFolder&) {});
+}
+
+}  // namespace orvanel

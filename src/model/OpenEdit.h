@@ -1,0 +1,45 @@
+// An edit that stays open while the user tries things: a drag, a free transform, an adjustment. Its document
+// knows it, and ends it before anything pulls the ground from under it. Owned by the tool, window or script
+// that performs it; main thread only.
+#pragma once
+
+#include <memory>
+
+#include "model/Document.h"
+
+namespace orvanel {
+
+enum class EndsOpenEdits;
+
+class OpenEdit {
+ public:
+  OpenEdit(const OpenEdit&) = delete;
+  OpenEdit& operator=(const OpenEdit&) = delete;
+  virtual ~OpenEdit();
+
+  /// False once it was kept, taken back or ended, or its document was closed. Every operation of a closed edit
+  /// does nothing.
+  [[nodiscard]] bool isOpen() const { return isOpen_ && !document_.expired(); }
+
+  /// Ends it as a change of tool does: what it shows is kept under its record; if it shows nothing new there
+  /// is none.
+  virtual void end() = 0;
+
+ protected:
+  enum class Ground { surface, selection };
+
+  OpenEdit(const DocumentPtr& document, Ground ground);
+  /// Null once the edit is closed.
+  [[nodiscard]] DocumentPtr document() const { return isOpen_ ? document_.lock() : nullptr; }
+  void close();
+
+ private:
+  friend class DocumentEdit;
+  static void endAll(Document& document, EndsOpenEdits which);
+
+  std::weak_ptr<Document> document_;
+  Ground ground_;
+  bool isOpen_ = true;
+};
+
+}  // namespace orvanel

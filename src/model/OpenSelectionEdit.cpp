@@ -1,0 +1,52 @@
+#include "model/OpenSelectionEdit.h"
+
+#include <utility>
+
+#include "model/edit/DocumentEdit.h"
+#include "model/records/SelectionChangeOperation.h"
+
+namespace orvanel {
+
+OpenSelectionEdit::OpenSelectionEdit(const DocumentPtr& document, const QString& actionName)
+    : OpenEdit(document, Ground::selection), hadSelection_(document->activeSelection() != nullptr) {
+  document->ensureSelection();
+  if (const std::shared_ptr<const Selection>& selection = document->selection.value()) {
+    originalMask_ = *selection->maskTexture->texture;
+    originalFlags_ = selection->flags();
+  }
+  record_ = SelectionChangeOperation::create(actionName, document);
+}
+
+OpenSelectionEdit::~OpenSelectionEdit() = default;
+
+void OpenSelectionEdit::show(const std::function<void(Selection& selection)>& write) {
+  const DocumentPtr target = document();
+  if (target == nullptr || !originalMask_) return;
+  DocumentEdit edit(*target, editKind::selecting);
+  const std::shared_ptr<Selection> selection = edit.selection();
+  selection->pixels() = *originalMask_;
+  selection->restoreFlags(originalFlags_);
+  write(*selection);
+  hasShown_ = true;
+}
+
+void OpenSelectionEdit::keep() {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  close();
+  const std::shared_ptr<SelectionChangeOperation> record = std::exchange(record_, nullptr);
+  if (record == nullptr || (!hadSelection_ && target->activeSelection() == nullptr)) return;
+  record->captureAfter();
+  DocumentEdit edit(*target, editKind::selecting);
+  edit.record(record);
+}
+
+void OpenSelectionEdit::end() {
+  if (hasShown_) {
+    keep();
+  } else {
+    close();
+  }
+}
+
+}  // namespace orvanel

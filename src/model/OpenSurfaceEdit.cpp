@@ -1,0 +1,69 @@
+#include "model/OpenSurfaceEdit.h"
+
+#include <utility>
+
+#include "model/edit/DocumentEdit.h"
+#include "model/edit/SurfaceTrace.h"
+#include "model/records/PixelOperations.h"
+
+namespace orvanel {
+
+OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
+                                 Purpose purpose, const QString& actionName)
+    : OpenEdit(document, Ground::surface),
+      layer_(std::move(layer)),
+      kind_(kind),
+      original_(*layer_->surface(kind)),
+      snapshotBefore_(TextureSnapshot::captureReady(original_, document->context())) {
+  if (snapshotBefore_ == nullptr) return;
+  PixelEdit edit{.actionName = actionName,
+                 .document = document,
+                 .layerID = layer_->id,
+                 .snapshotBefore = snapshotBefore_};
+  if (purpose == Purpose::levels) {
+    record_ = std::make_shared<LevelsOperation>(std::move(edit));
+  } else {
+    record_ = std::make_shared<MoveLayerOperation>(std::move(edit), kind_);
+  }
+}
+
+OpenSurfaceEdit::~OpenSurfaceEdit() = default;
+
+void OpenSurfaceEdit::show(const std::function<void(const Document& document, Surface& live)>& draw) {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, editKind::shown);
+  draw(*target, edit.surface(*layer_, kind_));
+}
+
+void OpenSurfaceEdit::keep() {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, editKind::kept);
+  const Surface& live = edit.surface(*layer_, kind_);
+  if (record_ != nullptr) {
+    record_->setSnapshotAfter(TextureSnapshot::captureReady(live, target->context()));
+    edit.record(std::exchange(record_, nullptr));
+  }
+  close();
+}
+
+void OpenSurfaceEdit::takeBack() {
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  DocumentEdit edit(*target, editKind::takenBack);
+  edit.surface(*layer_, kind_) = original_;
+  close();
+}
+
+void OpenSurfaceEdit::end() {
+  const ConstTexture live = layer_->surface(kind_);
+  const bool isChanged = live != nullptr && !SurfaceTrace(original_).changedTiles(*live).empty();
+  if (isChanged) {
+    keep();
+  } else {
+    takeBack();
+  }
+}
+
+}  // namespace orvanel

@@ -1,0 +1,37 @@
+// What an edit under way has done so far, until its end makes it known. Owned by the document; main thread.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "model/Document.h"
+#include "model/edit/SurfaceTrace.h"
+
+namespace orvanel {
+
+struct Document::Batch {
+  /// A surface that was given out for writing, as it was before.
+  struct TouchedSurface {
+    std::shared_ptr<Layer> layer;
+    SurfaceKind kind = SurfaceKind::pixels;
+    SurfaceTrace before;
+    bool renewsThumbnails = false;
+  };
+  struct TouchedSelection {
+    std::shared_ptr<const Selection> object;
+    SurfaceTrace before;
+    Selection::Flags flags;
+  };
+
+  DocumentChanges changes;
+  std::set<std::pair<QUuid, NodeProperty>> toldProperties;
+  std::vector<TouchedSurface> surfaces;
+  std::optional<TouchedSelection> selection;
+  bool isUnsavedChange = false;
+  bool recomposites = false;
+};
+
+}  // namespace orvanel
