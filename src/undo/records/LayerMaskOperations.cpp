@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "model/NotificationCenter.h"
+#include "undo/HeldBytes.h"
 
 namespace orvanel {
 
@@ -10,8 +11,8 @@ LayerMaskOperation::LayerMaskOperation(QString actionName, const DocumentPtr& do
                                        std::shared_ptr<Layer> layer, std::shared_ptr<LayerMask> mask)
     : DocumentOperation(std::move(actionName), document), layer_(std::move(layer)), mask_(std::move(mask)) {}
 
-std::int64_t LayerMaskOperation::memoryCost() const {
-  return MetalContext::byteSize(*mask_->maskTexture->texture);
+std::int64_t LayerMaskOperation::heldMaskBytes() const {
+  return heldBytes(*mask_->maskTexture->texture);
 }
 
 void LayerMaskOperation::attachMask(Document& document) const {
@@ -84,7 +85,7 @@ void ApplyLayerMaskOperation::undo() {
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {
-  return beforeSnapshot_->compressedSize() + LayerMaskOperation::memoryCost();
+  return beforeSnapshot_->compressedSize() + (isApplied() ? heldMaskBytes() : 0);
 }
 
 }  // namespace orvanel

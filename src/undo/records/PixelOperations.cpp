@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "undo/HeldBytes.h"
+
 namespace orvanel {
 namespace {
 
@@ -75,6 +77,10 @@ InvertLayerOperation::InvertLayerOperation(PixelEdit edit, ColorMode colorMode, 
     : PixelOperation(std::move(edit), useMask),
       colorMode_(colorMode),
       selectionTexture_(std::move(selectionTexture)) {}
+
+std::int64_t InvertLayerOperation::memoryCost() const {
+  return PixelOperation::memoryCost() + (selectionTexture_ != nullptr ? heldBytes(*selectionTexture_) : 0);
+}
 
 void InvertLayerOperation::redoOn(Target target) {
   // Inverting twice is no change: begin from the pixels of the time, whatever stands there now.

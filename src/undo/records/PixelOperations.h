@@ -83,6 +83,7 @@ class InvertLayerOperation final : public PixelOperation {
  public:
   /// `selectionTexture` may be none.
   InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture, bool useMask);
+  [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
   void redoOn(Target target) override;
