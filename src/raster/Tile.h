@@ -50,7 +50,13 @@ class TileBuffer {
   /// Takes a reference unless the last one has already gone.
   [[nodiscard]] bool tryRetain() noexcept;
   [[nodiscard]] bool isShared() const noexcept { return references_.load(std::memory_order_acquire) != 1; }
+  [[nodiscard]] std::uint32_t references() const noexcept {
+    return references_.load(std::memory_order_relaxed);
+  }
 
+  /// How many of the references belong to snapshots. They account for the bytes only once no surface holds
+  /// them any more.
+  std::atomic<std::uint32_t> snapshotReferences{0};
   /// Made at most once while the bytes stand unchanged. Whoever sets it holds a reference and keeps others
   /// out; whoever edits the bytes holds the only reference and forgets it.
   std::weak_ptr<TileCompanion> companion;

@@ -78,18 +78,13 @@ Tile CompressedTile::restored() {
   return Tile::adopt(buffer, version_);
 }
 
-std::int64_t CompressedTile::share() const noexcept {
-  const std::int32_t holders = std::max(1, holders_.load(std::memory_order_relaxed));
-  return static_cast<std::int64_t>(compressed_.size()) / holders;
-}
-
-void CompressedTile::addHolder() noexcept {
-  holders_.fetch_add(1, std::memory_order_relaxed);
-  generation().fetch_add(1, std::memory_order_release);
-}
-
-void CompressedTile::removeHolder() noexcept {
-  holders_.fetch_sub(1, std::memory_order_relaxed);
+void CompressedTile::changeHolders(int change) noexcept {
+  {
+    const std::lock_guard guard(holdersMutex_);
+    holders_ += change;
+    share_.store(static_cast<std::int64_t>(compressed_.size()) / std::max(1, holders_),
+                 std::memory_order_relaxed);
+  }
   generation().fetch_add(1, std::memory_order_release);
 }
 

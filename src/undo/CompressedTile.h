@@ -22,10 +22,10 @@ class CompressedTile : public TileCompanion, public std::enable_shared_from_this
   /// The tile again: the living bytes where somebody still holds them, otherwise decompressed ones.
   [[nodiscard]] Tile restored();
 
-  void addHolder() noexcept;
-  void removeHolder() noexcept;
+  void addHolder() noexcept { changeHolders(1); }
+  void removeHolder() noexcept { changeHolders(-1); }
   /// This twin's bytes divided among its holders.
-  [[nodiscard]] std::int64_t share() const noexcept;
+  [[nodiscard]] std::int64_t share() const noexcept { return share_.load(std::memory_order_relaxed); }
   /// Changes whenever the share of any twin of this process may have changed.
   [[nodiscard]] static std::uint64_t shareGeneration() noexcept;
 
@@ -33,13 +33,16 @@ class CompressedTile : public TileCompanion, public std::enable_shared_from_this
 
  private:
   CompressedTile(const Tile& tile, int pixelBytes);
+  void changeHolders(int change) noexcept;
 
   const std::uint64_t version_;
   const int pixelBytes_;
   const std::size_t rawBytes_;
   const TileTrait trait_;
   std::vector<std::byte> compressed_;
-  std::atomic<std::int32_t> holders_{0};
+  std::mutex holdersMutex_;
+  int holders_ = 0;
+  std::atomic<std::int64_t> share_{0};
   std::mutex livingMutex_;
   TileBuffer* living_;  ///< holds the same bytes; not owned, null once they have changed or gone
 };

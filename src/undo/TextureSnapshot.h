@@ -3,6 +3,7 @@
 // raw tiles. Made, restored and dropped on the main thread.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,6 +13,8 @@
 #include "raster/Surface.h"
 
 namespace orvanel {
+
+class SnapshotContents;
 
 class TextureSnapshot {
  public:
@@ -36,17 +39,16 @@ class TextureSnapshot {
   [[nodiscard]] std::int64_t uncompressedSize() const;
   /// True once background compression is through, whether or not it helped.
   [[nodiscard]] bool isCompressed() const;
-  /// Bytes this snapshot adds now: its full size until compression is through; afterwards its share of
-  /// the compressed tiles (a tile held by n snapshots counts 1/n). Tiles are kept whole, so the share of a
-  /// region smaller than a tile can be larger than its rows.
+  /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the
+  /// compressed form replaces it, and nothing while a surface holds it too. What n snapshots share counts
+  /// 1/n for each. Raw tiles kept ready count as well.
   [[nodiscard]] std::int64_t compressedSize() const;
 
   /// Puts the pixels back where they were taken. Tiles that still stand unchanged cost nothing.
   /// The format is the captured one; a region beyond the destination is clipped.
   void restore(Surface& destination, const MetalContext& context) const;
   /// Whether raw tiles are kept beside the compressed ones from now on, so that restoring puts tiles back
-  /// without decompressing. Not so at first, and never for more than `mostReadyBytes`. The raw tiles are a
-  /// cache and don't count in `compressedSize`.
+  /// without decompressing. Off by default, and never on for more than `mostReadyBytes`.
   void setReady(bool isReady);
   static constexpr std::int64_t mostReadyBytes = std::int64_t{256} << 20;
 
@@ -55,16 +57,18 @@ class TextureSnapshot {
 
   /// Blocks until all compression, and any other background work, has ended. For exact memory figures.
   static void waitForCompression();
+  /// Compresses on this thread and all cores what is waiting; returns when done, or soon after `limit`.
+  static void helpCompression(std::chrono::milliseconds limit);
 
  private:
-  struct Contents;
-  TextureSnapshot(const Surface& texture, const PixelRect& region);
+  TextureSnapshot(const Surface& texture, const PixelRect& region, bool isReady);
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> captured(const Surface& texture,
                                                                  const PixelRect& region, bool isReady);
+  [[nodiscard]] bool mayBeReady() const { return uncompressedSize() <= mostReadyBytes; }
 
   PixelRect region_;
   PixelFormat pixelFormat_;
-  std::shared_ptr<Contents> contents_;
+  std::shared_ptr<SnapshotContents> contents_;
 };
 
 }  // namespace orvanel

@@ -1,15 +1,24 @@
 #include "undo/UndoStack.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
+#include "undo/TextureSnapshot.h"
+
 namespace orvanel {
+namespace {
+
+// Compression that is under way mostly ends sooner; a pause of this length is barely felt.
+constexpr std::chrono::milliseconds longestWait{40};
+
+}  // namespace
 
 void UndoStack::push(Record operation) {
   dropRedoTail();
   append(std::move(operation));
-  enforceLimits();
   positionChanged();
+  enforceLimits();
 }
 
 void UndoStack::pushAndRedo(Record operation) {
@@ -17,8 +26,8 @@ void UndoStack::pushAndRedo(Record operation) {
   const Record applied = operation;
   append(std::move(operation));
   applied->redo();
-  enforceLimits();
   positionChanged();
+  enforceLimits();
 }
 
 void UndoStack::pushOpacityChange(Record operation) {
@@ -32,16 +41,18 @@ void UndoStack::pushOpacityChange(Record operation) {
     append(std::move(operation));
   }
   applied->redo();
-  enforceLimits();
   positionChanged();
+  enforceLimits();
 }
 
 void UndoStack::undo() {
   if (currentIndex.value() < 0) return;
   const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
   record->undo();
+  record->setApplied(false);
   currentIndex = currentIndex.value() - 1;
   positionChanged();
+  dropReadiness();
 }
 
 void UndoStack::redo() {
@@ -49,7 +60,9 @@ void UndoStack::redo() {
   currentIndex = currentIndex.value() + 1;
   const Record record = operations_[static_cast<std::size_t>(currentIndex.value())];
   record->redo();
+  record->setApplied(true);
   positionChanged();
+  dropReadiness();
 }
 
 std::optional<QString> UndoStack::undoActionName() const {
@@ -66,6 +79,10 @@ std::optional<QString> UndoStack::redoActionName() const {
 
 void UndoStack::enforceLimits() {
   evictOldest(std::ssize(operations_) - maxOperations.value());
+  if (!isOverBudget()) return;
+  // Nothing is evicted for bytes that are about to shrink.
+  if (operations_.size() >= 2) TextureSnapshot::helpCompression(longestWait);
+  dropReadiness();
   // Snapshots share bytes: what one record gives up, another may have to count from then on. So the rest is
   // counted anew until the limit really holds.
   for (std::int64_t cost = totalMemoryCost(); cost > memoryBudget.value() && operations_.size() >= 2;
@@ -76,6 +93,19 @@ void UndoStack::enforceLimits() {
       ++evicted;
     }
     evictOldest(evicted);
+  }
+}
+
+bool UndoStack::isOverBudget() const {
+  return totalMemoryCost() > memoryBudget.value();
+}
+
+void UndoStack::dropReadiness() {
+  for (Record& record : ready_) {
+    if (record == nullptr) continue;
+    if (!isOverBudget()) return;
+    record->setReady(false);
+    record = nullptr;
   }
 }
 

@@ -42,7 +42,8 @@ class UndoStack {
   [[nodiscard]] std::optional<QString> undoActionName() const;
   [[nodiscard]] std::optional<QString> redoActionName() const;
 
-  /// Evicts the oldest records until both limits hold; the newest is never evicted for its bytes.
+  /// Evicts the oldest records until both limits hold; the newest is never evicted for its bytes. Before it
+  /// evicts for bytes, compression gets a moment to end, and raw tiles kept for quick steps are let go.
   void enforceLimits();
   /// Bytes over all records, the redo tail included.
   [[nodiscard]] std::int64_t totalMemoryCost() const;
@@ -54,6 +55,9 @@ class UndoStack {
   /// Tells records of the position's coming and going.
   void positionChanged();
   void operationsChanged();
+  [[nodiscard]] bool isOverBudget() const;
+  /// While the history is over its budget, takes readiness from its records, the oldest first.
+  void dropReadiness();
 
   std::vector<Record> operations_;
   std::array<Record, 2> ready_;  ///< the records before and behind the position

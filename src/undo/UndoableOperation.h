@@ -17,12 +17,17 @@ class UndoableOperation {
   [[nodiscard]] virtual QString actionName() const = 0;
   virtual void redo() = 0;
   virtual void undo() = 0;
-  /// Bytes the record holds now; falls as its snapshots finish compressing.
+  /// Bytes that exist because of the record now; falls as its snapshots are compressed.
   [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
 
   /// Told when the history's position comes beside the record, and when it goes: the next step may be over
   /// it, so it should be quick, at the price of some memory.
   virtual void setReady(bool isReady) { (void)isReady; }
+
+  /// Whether the change stands in the document or has been undone; kept up to date by the history. What a
+  /// record adds to the document belongs to the document while the record is applied.
+  [[nodiscard]] bool isApplied() const { return isApplied_; }
+  void setApplied(bool isApplied) { isApplied_ = isApplied; }
 
   /// The one record that stands for this one followed by `next`, or null when the two stay apart.
   [[nodiscard]] virtual std::shared_ptr<UndoableOperation> coalescedWith(
@@ -30,6 +35,9 @@ class UndoableOperation {
     (void)next;
     return nullptr;
   }
+
+ private:
+  bool isApplied_ = true;
 };
 
 }  // namespace orvanel

@@ -2,14 +2,16 @@
 
 #include <utility>
 
+#include "undo/HeldBytes.h"
+
 namespace orvanel {
 
 LayerMaskOperation::LayerMaskOperation(QString actionName, const DocumentPtr& document,
                                        std::shared_ptr<Layer> layer, std::shared_ptr<LayerMask> mask)
     : DocumentOperation(std::move(actionName), document), layer_(std::move(layer)), mask_(std::move(mask)) {}
 
-std::int64_t LayerMaskOperation::memoryCost() const {
-  return MetalContext::byteSize(*mask_->maskTexture->texture);
+std::int64_t LayerMaskOperation::heldMaskBytes() const {
+  return heldBytes(*mask_->maskTexture->texture);
 }
 
 void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
@@ -91,7 +93,7 @@ void ApplyLayerMaskOperation::undo() {
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {
-  return beforeSnapshot_->compressedSize() + LayerMaskOperation::memoryCost();
+  return beforeSnapshot_->compressedSize() + (isApplied() ? heldMaskBytes() : 0);
 }
 
 }  // namespace orvanel

@@ -12,10 +12,6 @@
 namespace orvanel {
 
 class LayerMaskOperation : public DocumentOperation {
- public:
-  /// The mask's surface as packed rows.
-  [[nodiscard]] std::int64_t memoryCost() const override;
-
  protected:
   LayerMaskOperation(QString actionName, const DocumentPtr& document, std::shared_ptr<Layer> layer,
                      std::shared_ptr<LayerMask> mask);
@@ -28,6 +24,8 @@ class LayerMaskOperation : public DocumentOperation {
   void detachMask(DocumentEdit& edit);
 
   [[nodiscard]] Layer& layer() const { return *layer_; }
+  /// The record's share of the mask's tiles, for the time that the mask is off its layer.
+  [[nodiscard]] std::int64_t heldMaskBytes() const;
 
  private:
   std::shared_ptr<Layer> layer_;
@@ -40,6 +38,7 @@ class AddLayerMaskOperation final : public LayerMaskOperation {
                         std::shared_ptr<LayerMask> mask);
   void redo() override;
   void undo() override;
+  [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? 0 : heldMaskBytes(); }
 };
 
 class RemoveLayerMaskOperation final : public LayerMaskOperation {
@@ -48,6 +47,7 @@ class RemoveLayerMaskOperation final : public LayerMaskOperation {
                            std::shared_ptr<LayerMask> mask);
   void redo() override;
   void undo() override;
+  [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? heldMaskBytes() : 0; }
 };
 
 /// A mask that has been multiplied into the layer's alpha and taken off.

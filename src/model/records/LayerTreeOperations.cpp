@@ -3,24 +3,26 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/NodeWalk.h"
 #include "model/edit/DocumentEdit.h"
+#include "undo/HeldBytes.h"
 
 namespace orvanel {
 namespace {
 
-constexpr std::int64_t assumedBytesPerPixel = 8;
-
-std::int64_t surfaceCost(const Layer& layer) {
+std::int64_t heldBytesOf(const Layer& layer) {
   const ConstTexture& texture = layer.texture.value();
-  if (texture == nullptr) return 0;
-  return static_cast<std::int64_t>(texture->width()) * texture->height() * assumedBytesPerPixel;
+  const std::shared_ptr<LayerMask>& mask = layer.mask.value();
+  return (texture != nullptr ? heldBytes(*texture) : 0) +
+         (mask != nullptr ? heldBytes(*mask->maskTexture->texture) : 0);
 }
 
-std::int64_t surfaceCost(const LayerNode& node) {
-  if (const std::shared_ptr<Layer> layer = node.layer()) return surfaceCost(*layer);
-  std::int64_t cost = 0;
-  for (const LayerNode& child : node.folder()->children.value()) cost += surfaceCost(child);
-  return cost;
+std::int64_t heldBytesOf(const LayerNode& node) {
+  std::int64_t bytes = 0;
+  forEachNode({node}, [&](const LayerNode& held) {
+    if (const std::shared_ptr<Layer> layer = held.layer()) bytes += heldBytesOf(*layer);
+  });
+  return bytes;
 }
 
 /// "Delete Layer", "Delete Folder", or the bare verb when there is no node.
@@ -59,7 +61,7 @@ void AddLayerOperation::undo() {
 }
 
 std::int64_t AddLayerOperation::memoryCost() const {
-  return surfaceCost(*layer_);
+  return isApplied() ? 0 : heldBytesOf(*layer_);
 }
 
 AddFolderOperation::AddFolderOperation(const DocumentPtr& document, std::shared_ptr<LayerFolder> folder,
@@ -111,7 +113,7 @@ void RemoveNodeOperation::undo() {
 }
 
 std::int64_t RemoveNodeOperation::memoryCost() const {
-  return removedNode_ ? surfaceCost(*removedNode_) : 0;
+  return removedNode_ && isApplied() ? heldBytesOf(*removedNode_) : 0;
 }
 
 MoveNodeOperation::MoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID,
@@ -155,7 +157,7 @@ void DuplicateNodeOperation::undo() {
 }
 
 std::int64_t DuplicateNodeOperation::memoryCost() const {
-  return duplicatedNode_ ? surfaceCost(*duplicatedNode_) : 0;
+  return duplicatedNode_ && !isApplied() ? heldBytesOf(*duplicatedNode_) : 0;
 }
 
 }  // namespace orvanel

@@ -20,7 +20,7 @@ class AddLayerOperation final : public DocumentOperation {
 
   void redo() override;
   void undo() override;
-  /// Eight bytes a pixel whatever the format: an upper bound, kept simple.
+  /// The layer's share of its tiles while the layer is undone; until then they are the document's.
   [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
@@ -52,7 +52,7 @@ class RemoveNodeOperation final : public DocumentOperation {
 
   void redo() override;
   void undo() override;
-  /// As for an added layer, summed over everything the node holds.
+  /// The node's share of all tiles in it while it is removed.
   [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
+#include "undo/HeldBytes.h"
 
 namespace orvanel {
 PixelOperation::PixelOperation(PixelEdit edit, SurfaceKind kind)
@@ -64,6 +65,10 @@ InvertLayerOperation::InvertLayerOperation(PixelEdit edit, ColorMode colorMode, 
     : PixelOperation(std::move(edit), kind),
       colorMode_(colorMode),
       selectionTexture_(std::move(selectionTexture)) {}
+
+std::int64_t InvertLayerOperation::memoryCost() const {
+  return PixelOperation::memoryCost() + (selectionTexture_ != nullptr ? heldBytes(*selectionTexture_) : 0);
+}
 
 void InvertLayerOperation::redoOn(Target target) {
   // Inverting twice is no change: begin from the pixels of the time, whatever stands there now.

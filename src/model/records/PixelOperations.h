@@ -84,6 +84,7 @@ class InvertLayerOperation final : public PixelOperation {
   /// `selectionTexture` may be none.
   InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture,
                        SurfaceKind kind);
+  [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
   void redoOn(Target target) override;

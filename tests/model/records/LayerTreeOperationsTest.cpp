@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-constexpr std::int64_t layerCost = 40 * 30 * 8;
+constexpr std::int64_t layerBytes = 128 * 128 * 4;
 
 class LayerTreeOperationsTest : public testing::Test {
  protected:
@@ -24,6 +24,10 @@ class LayerTreeOperationsTest : public testing::Test {
     ASSERT_EQ(treeText(*document), "Background, F[a, b], c");
   }
   [[nodiscard]] QUuid id(const QString& name) const { return idOf(*document, name); }
+
+  void paint(const QString& name) const {
+    (void)nodeNamed(*document, name).layer()->texture.value()->editTile(0);
+  }
 
   DocumentPtr document = makeDocument();
 };
@@ -185,17 +189,48 @@ TEST_F(LayerTreeOperationsTest, NodesThatAreNotThereAtCreationGiveTheBareVerb) {
   EXPECT_EQ(documentState(*document), before);
 }
 
-TEST_F(LayerTreeOperationsTest, CostsCountEightBytesAPixelWhateverTheFormat) {
+TEST_F(LayerTreeOperationsTest, UniformLayersCostNothing) {
   document->addLayer("new");
-  EXPECT_EQ(newestCost(*document), layerCost);
+  EXPECT_EQ(newestCost(*document), 0);
   document->duplicateNode(id("F"));
-  EXPECT_EQ(newestCost(*document), 2 * layerCost);
-  document->removeNode(id("c"));
-  EXPECT_EQ(newestCost(*document), layerCost);
+  EXPECT_EQ(newestCost(*document), 0);
   document->removeNode(id("F"));
-  EXPECT_EQ(newestCost(*document), 2 * layerCost);
-  nodeNamed(*document, "new").layer()->texture = nullptr;
+  EXPECT_EQ(newestCost(*document), 0);
+}
+
+TEST_F(LayerTreeOperationsTest, ALayerCostsItsTilesWhileItIsOutOfTheTree) {
+  document->addLayer("new");
+  paint("new");
+  EXPECT_EQ(newestCost(*document), 0);
+  document->undo();
+  EXPECT_EQ(newestCost(*document), layerBytes);
+  document->redo();
+  EXPECT_EQ(newestCost(*document), 0);
   document->removeNode(id("new"));
+  EXPECT_EQ(document->undoStack.totalMemoryCost(), layerBytes);
+  document->undo();
+  EXPECT_EQ(newestCost(*document), 0);
+}
+
+TEST_F(LayerTreeOperationsTest, CopiesShareTheCostOfTheirTiles) {
+  paint("a");
+  paint("b");
+  document->duplicateNode(id("F"));
+  EXPECT_EQ(newestCost(*document), 0);
+  document->undo();
+  EXPECT_EQ(newestCost(*document), 2 * layerBytes / 2);
+  document->removeNode(id("F"));
+  EXPECT_EQ(newestCost(*document), 2 * layerBytes);
+}
+
+TEST_F(LayerTreeOperationsTest, ARemovedLayerCostsItsMaskToo) {
+  paint("c");
+  const auto mask = addMask(*nodeNamed(*document, "c").layer());
+  (void)mask->maskTexture->texture->editTile(0);
+  document->removeNode(id("c"));
+  EXPECT_EQ(newestCost(*document), layerBytes + layerBytes / 2);
+  nodeNamed(*document, "a").layer()->texture = nullptr;
+  document->removeNode(id("a"));
   EXPECT_EQ(newestCost(*document), 0);
 }
 

@@ -270,6 +270,9 @@ TEST_P(PixelOperationsTest, AReplayedEditCostsItsSnapshotBeforeOnly) {
         static_cast<const UndoableOperation*>(&invert)}) {
     EXPECT_EQ(record->memoryCost(), alike->compressedSize());
   }
+  // A selection of one value takes no memory; one of data counts for the record that keeps it.
+  (void)selection->editTile(0);
+  EXPECT_EQ(invert.memoryCost(), alike->compressedSize() + static_cast<std::int64_t>(selection->tileBytes()));
 }
 
 TEST_P(PixelOperationsTest, AStoredResultCostsBothSnapshots) {

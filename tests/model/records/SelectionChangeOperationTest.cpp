@@ -133,6 +133,7 @@ TEST_F(SelectionChangeOperationTest, CostsItsSnapshots) {
   EXPECT_GT(record->memoryCost(), 0);
   selectRandomly(*document, random);
   record->captureAfter();
+  record->setReady(false);
   const auto after = TextureSnapshot::capture(selectionMask(*document), document->context());
   TextureSnapshot::waitForCompression();
   EXPECT_EQ(record->memoryCost(), before->compressedSize() + after->compressedSize());
