@@ -15,9 +15,9 @@
 #include "app/AppState.h"
 #include "app/Dialogs.h"
 #include "app/FileActivity.h"
-#include "io/DocumentIO.h"
-#include "io/FileError.h"
-#include "io/Progress.h"
+#include "io/document/DocumentIO.h"
+#include "io/files/FileError.h"
+#include "io/files/Progress.h"
 
 namespace orvanel {
 
