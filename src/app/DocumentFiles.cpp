@@ -1,12 +1,9 @@
 #include "app/DocumentFiles.h"
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QPointer>
 #include <QStandardPaths>
-#include <algorithm>
 #include <utility>
 
 #include "app/ExportFormats.h"
@@ -32,6 +29,10 @@ std::optional<int> parsedSide(const QString& text) {
   const int side = text.toInt(&isNumber);
   if (!isNumber || side < 1 || side > maximumCanvasSide) return std::nullopt;
   return side;
+}
+
+QString withFileName(const QString& path, const QString& message) {
+  return QFileInfo(path).fileName() + QStringLiteral(": ") + message;
 }
 
 /// What can't be flattened has nothing to write. Any thread.
@@ -125,7 +126,7 @@ void DocumentFiles::openNext(const std::shared_ptr<OpenBatch>& batch) {
     if (result) {
       documentOpened(*result);
     } else {
-      batch->errors << QFileInfo(path).fileName() + QStringLiteral(": ") + result.error().message;
+      batch->errors << withFileName(path, result.error().message);
     }
     openNext(batch);
   };
@@ -197,72 +198,70 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
   return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
 
-void DocumentFiles::save(const DocumentPtr& document) {
-  // A request that comes while another save runs is dropped, and the document keeps its mark.
-  if (savingDocument_) return;
+std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
-  if (path && isNativeDocument(*path)) {
-    saveNativeInBackground(document, *path);
-  } else if (path && document->sourceFileFormat.value() && document->canSaveAsFlatImage()) {
-    saveFlatInBackground(document, *path, *document->sourceFileFormat.value());
+  if (!path) return std::nullopt;
+  if (isNativeDocument(*path)) return SaveRequest{document, *path, std::nullopt};
+  const auto& format = document->sourceFileFormat.value();
+  if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
+  return SaveRequest{document, *path, *format};
+}
+
+void DocumentFiles::save(const DocumentPtr& document) {
+  if (std::optional<SaveRequest> request = saveInPlace(document)) {
+    saves_.add(*std::move(request));
   } else {
     NotificationCenter::standard().post(notification::saveAsDocument);
   }
 }
 
+std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
+  std::optional<QString> path =
+      dialogs_.askWhereToSave(proposedPath(document, QLatin1String(documentExtension)));
+  if (path) rememberFolder(*path);
+  return path;
+}
+
 void DocumentFiles::saveAs(const DocumentPtr& document) {
-  const std::optional<QString> path =
-      dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
+  const std::optional<QString> path = askWhereToSave(*document);
   if (!path) return;
-  rememberFolder(*path);
-  document->sourceFileURL = *path;
-  document->sourceFileFormat = std::nullopt;
-  document->isDirty = false;
-  document->name = documentName(*path);
-  waitingSaves_.emplace_back(document, *path);
-  beginWaitingSave();
+  adoptSavedFile(*document, *path);
+  markSaving(*document);
+  saves_.add({document, *path, std::nullopt});
 }
 
-void DocumentFiles::beginWaitingSave() {
-  if (savingDocument_ || waitingSaves_.empty()) return;
-  const auto [document, path] = waitingSaves_.front();
-  waitingSaves_.pop_front();
-  saveNativeInBackground(document, path);
-}
-
-void DocumentFiles::saveEnded(const DocumentPtr& document, const FileResult<void>& result) {
-  savingDocument_.reset();
-  // Marked before the next save begins, which may be this document's own, and told of after: an alert waits.
-  if (!result) document->isDirty = true;
-  beginWaitingSave();
-  if (!result) dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
-}
-
-void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QString& path) {
-  refreshComposite(*document);
+void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   // The mark goes first, so that an edit made while the save runs sets it again.
-  document->isDirty = false;
-  savingDocument_ = document->id;
+  markSaving(*request.document);
+  if (request.flatFormat) {
+    writeFlatInBackground(request.document, request.path, *request.flatFormat, std::move(done));
+  } else {
+    writeNativeInBackground(request.document, request.path, std::move(done));
+  }
+}
+
+void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
+  if (!result) markSaveFailed(*request.document);
+}
+
+void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
+  dialogs_.showWarning(QStringLiteral("Failed to Save"), withFileName(request.path, error.message));
+}
+
+void DocumentFiles::writeNativeInBackground(const DocumentPtr& document, const QString& path, Done done) {
+  refreshComposite(*document);
   const FileActivity::Work work = activity.begin();
   DocumentIO::save(
       document, path, appState_.metalContext, this,
-      [this, document, work](const FileResult<void>& result) {
+      [this, work, done = std::move(done)](const FileResult<void>& result) {
         activity.end(work);
-        saveEnded(document, result);
+        done(result);
       },
       [this, work](double fraction) { activity.advance(work, fraction); });
 }
 
-void DocumentFiles::saveFlatInBackground(const DocumentPtr& document, const QString& path,
-                                         Document::ImageFileFormat format) {
-  document->isDirty = false;
-  savingDocument_ = document->id;
-  writeFlatInBackground(document, path, format,
-                        [this, document](const FileResult<void>& result) { saveEnded(document, result); });
-}
-
 void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QString& path,
-                                          Document::ImageFileFormat format, DocumentIO::SaveDone done) {
+                                          Document::ImageFileFormat format, Done done) {
   refreshComposite(*document);
   const FileActivity::Work work = activity.begin();
   // The copy shares its tiles with the composite of this moment.
@@ -288,27 +287,19 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   rememberFolder(target->path);
   ++runningExports_;
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  writeFlatInBackground(document, target->path, format, [this](const FileResult<void>& result) {
+  writeFlatInBackground(document, target->path, format, [this, path = target->path](const auto& result) {
     --runningExports_;
-    if (!result) dialogs_.showWarning(QStringLiteral("Failed to Export"), result.error().message);
+    if (result) return;
+    dialogs_.showWarning(QStringLiteral("Failed to Export"), withFileName(path, result.error().message));
   });
-}
-
-void DocumentFiles::waitWhile(const std::function<bool()>& isWriting) {
-  while (isWriting()) {
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
-  }
 }
 
 void DocumentFiles::settleSave(const Document& document) {
-  waitWhile([this, id = document.id] {
-    return savingDocument_ == id ||
-           std::ranges::any_of(waitingSaves_, [&](const auto& save) { return save.first->id == id; });
-  });
+  saves_.settle(document.id);
 }
 
 void DocumentFiles::settleWrites() {
-  waitWhile([this] { return savingDocument_ || !waitingSaves_.empty() || runningExports_ > 0; });
+  processEventsWhile([this] { return !saves_.isEmpty() || runningExports_ > 0; });
 }
 
 // Closing.
@@ -323,41 +314,35 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
 }
 
 bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
-  const auto& source = document->sourceFileURL.value();
-  if (source && isNativeDocument(*source)) {
-    refreshComposite(*document);
-    return reportSavedForClosing(document,
-                                 DocumentIO::saveSynchronously(document, *source, appState_.metalContext));
-  }
-  const auto& format = document->sourceFileFormat.value();
-  if (source && format && document->canSaveAsFlatImage()) {
-    refreshComposite(*document);
-    return reportSavedForClosing(
-        document, writeComposite(document->compositedTexture.value().get(), document->colorMode.value(),
-                                 *format, *source, appState_.metalContext));
-  }
-  const std::optional<QString> path =
-      dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
-  if (!path) return false;
-  rememberFolder(*path);
-  refreshComposite(*document);
-  const bool isSaved =
-      reportSavedForClosing(document, DocumentIO::saveSynchronously(document, *path, appState_.metalContext));
-  if (isSaved) {
-    document->sourceFileURL = *path;
-    document->sourceFileFormat = std::nullopt;
-    document->name = documentName(*path);
-  }
-  return isSaved;
+  if (std::optional<SaveRequest> request = saveInPlace(document)) return saveNow(*std::move(request));
+  const std::optional<QString> path = askWhereToSave(*document);
+  if (!path || !saveNow({document, *path, std::nullopt})) return false;
+  adoptSavedFile(*document, *path);
+  return true;
 }
 
-bool DocumentFiles::reportSavedForClosing(const DocumentPtr& document, const FileResult<void>& result) {
-  if (result) {
-    document->isDirty = false;
-  } else {
-    dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
-  }
-  return result.has_value();
+bool DocumentFiles::saveNow(SaveRequest request) {
+  const DocumentPtr document = request.document;
+  saves_.add(std::move(request));
+  saves_.settle(document->id);
+  // Nobody could edit it meanwhile, so only a failure leaves it marked.
+  return !document->isDirty.value();
+}
+
+// What a save changes in its document.
+
+void DocumentFiles::markSaving(Document& document) {
+  document.isDirty = false;
+}
+
+void DocumentFiles::markSaveFailed(Document& document) {
+  document.isDirty = true;
+}
+
+void DocumentFiles::adoptSavedFile(Document& document, const QString& path) {
+  document.sourceFileURL = path;
+  document.sourceFileFormat = std::nullopt;
+  document.name = documentName(path);
 }
 
 }  // namespace orvanel

@@ -169,7 +169,7 @@ TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
   EXPECT_EQ(document->sourceFileURL.value(), path("no such folder/Sky.tessel"));
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
-  EXPECT_FALSE(dialogs.warnings[0].second.empty());
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("Sky.tessel: "));
 }
 
 TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
@@ -200,7 +200,7 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
+TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
@@ -211,8 +211,54 @@ TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
   files.save(second);
   EXPECT_FALSE(first->isDirty.value());
   EXPECT_TRUE(second->isDirty.value());
-  ASSERT_TRUE(waitForFiles());
-  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel")}));
+  files.settleSave(*second);
+  EXPECT_FALSE(second->isDirty.value());
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel"), QStringLiteral("second.tessel")}));
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->sourceFileURL = path("Sky.tessel");
+  document->isDirty = true;
+  files.save(document);
+  document->addLayer(QStringLiteral("Asked for"));
+  files.save(document);
+  document->addLayer(QStringLiteral("Later"));
+  files.settleSave(*document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 3);
+}
+
+TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->sourceFileURL = path("Sky.tessel");
+  document->isDirty = true;
+  files.save(document);
+  document->addLayer(QStringLiteral("Clouds"));
+  dialogs.savePaths.push(path("Copy.tessel"));
+  files.saveAs(document);
+  files.settleSave(*document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(document->name.value(), "Copy");
+  EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 1);
+  EXPECT_EQ(openOne(path("Copy.tessel"))->layerCount(), 2);
+}
+
+TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
+  for (const char* name : {"one.tessel", "two.tessel"}) {
+    const DocumentPtr document = addDocument(QString::fromLatin1(name));
+    document->sourceFileURL = path("no such folder/") + QLatin1String(name);
+    document->isDirty = true;
+    files.save(document);
+  }
+  files.settleWrites();
+  ASSERT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("one.tessel: "));
+  EXPECT_THAT(dialogs.warnings[1].second, StartsWith("two.tessel: "));
+  for (const DocumentPtr& document : state.windowState.documents.value()) {
+    EXPECT_TRUE(document->isDirty.value());
+  }
 }
 
 TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
