@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "io/DocumentReader.h"
+#include "io/document/DocumentReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto opened = orvanel::openDocument(std::as_bytes(std::span(data, size)));

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "io/LayerData.h"
+#include "io/document/LayerData.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto bytes = std::as_bytes(std::span(data, size));

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "io/Manifest.h"
+#include "io/document/Manifest.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto manifest = orvanel::decodeManifest({reinterpret_cast<const char*>(data), size});

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "app/ExportFormats.h"
-#include "io/BackgroundJob.h"
-#include "io/DocumentIO.h"
-#include "io/FlatImage.h"
+#include "io/document/DocumentIO.h"
+#include "io/files/BackgroundJob.h"
+#include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 #include "model/NotificationCenter.h"
 

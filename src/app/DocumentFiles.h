@@ -13,9 +13,9 @@
 #include "app/Dialogs.h"
 #include "app/FileActivity.h"
 #include "app/SaveQueue.h"
-#include "io/DocumentIO.h"
-#include "io/FileError.h"
-#include "io/Progress.h"
+#include "io/document/DocumentIO.h"
+#include "io/files/FileError.h"
+#include "io/files/Progress.h"
 
 namespace orvanel {
 

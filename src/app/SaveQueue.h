@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-#include "io/FileError.h"
+#include "io/files/FileError.h"
 #include "model/Document.h"
 
 namespace orvanel {

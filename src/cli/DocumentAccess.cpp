@@ -2,8 +2,8 @@
 
 #include <QFileInfo>
 
-#include "io/DocumentIO.h"
-#include "io/FlatImage.h"
+#include "io/document/DocumentIO.h"
+#include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 
 namespace orvanel {

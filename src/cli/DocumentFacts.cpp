@@ -2,7 +2,7 @@
 
 #include <QHash>
 
-#include "io/Manifest.h"
+#include "io/document/Manifest.h"
 
 namespace orvanel {
 namespace {

@@ -4,7 +4,7 @@
 #include <QUuid>
 #include <optional>
 
-#include "io/Json.h"
+#include "io/document/Json.h"
 #include "model/Document.h"
 
 namespace orvanel {

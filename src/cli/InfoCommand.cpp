@@ -3,7 +3,7 @@
 #include "cli/DocumentAccess.h"
 #include "cli/DocumentFacts.h"
 #include "cli/Output.h"
-#include "io/Json.h"
+#include "io/document/Json.h"
 
 namespace orvanel {
 

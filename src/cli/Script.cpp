@@ -7,7 +7,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "io/Json.h"
+#include "io/document/Json.h"
 
 namespace orvanel {
 namespace {

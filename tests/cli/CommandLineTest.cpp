@@ -12,7 +12,7 @@
 #include <QTemporaryDir>
 
 #include "cli/ProgramRun.h"
-#include "io/DocumentIO.h"
+#include "io/document/DocumentIO.h"
 #include "model/Document.h"
 
 namespace orvanel {

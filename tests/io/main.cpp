@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <cstring>
 
-#include "io/EndlessSaver.h"
+#include "io/document/EndlessSaver.h"
 
 // Image plugins and queued calls want an application object; none of this needs a display.
 int main(int argc, char** argv) {

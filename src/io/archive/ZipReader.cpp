@@ -1,0 +1,280 @@
+#include "io/archive/ZipReader.h"
+
+#include <QStringDecoder>
+#include <algorithm>
+#include <mutex>
+
+#include "io/archive/ArchiveInput.h"
+#include "io/archive/ZipWriter.h"
+#include "io/files/Parallel.h"
+
+namespace orvanel {
+namespace {
+
+/// Long enough for the disk to work at its full speed, short enough to stay in a core's cache.
+constexpr std::size_t readBytes = std::size_t{1} << 20U;
+/// The least that an entry takes in an archive beside its name and data: its local header, and its place in
+/// the directory.
+constexpr std::uint64_t entryOverhead = 30 + 46;
+
+QString notAnArchive(zip_error_t& error) {
+  return QStringLiteral("The file is not a readable archive: %1.")
+      .arg(QString::fromUtf8(zip_error_strerror(&error)));
+}
+
+QString damaged(const ArchiveEntryInfo& info, const QString& reason) {
+  return QStringLiteral("The entry \"%1\" can't be read. %2").arg(QString::fromStdString(info.path), reason);
+}
+
+bool isUtf8(const std::string& text) {
+  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+  const QString decoded = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+  return !decoder.hasError() && !decoded.contains(QChar::Null);
+}
+
+/// One entry of the directory, within the limits of what can be honest.
+Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
+  zip_stat_t stat;
+  zip_stat_init(&stat);
+  constexpr zip_uint64_t needed = ZIP_STAT_SIZE | ZIP_STAT_COMP_SIZE | ZIP_STAT_CRC | ZIP_STAT_COMP_METHOD;
+  const char* name = zip_get_name(archive, index, ZIP_FL_ENC_RAW);
+  if (name == nullptr || zip_stat_index(archive, index, 0, &stat) != 0 || (stat.valid & needed) != needed) {
+    return because(QStringLiteral("The archive's directory is damaged."));
+  }
+  ArchiveEntryInfo info{name, stat.size, stat.comp_size, stat.crc, stat.comp_method == ZIP_CM_DEFLATE};
+  if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path)) {
+    return because(QStringLiteral("An entry of the archive has a name that can't be one."));
+  }
+  if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {
+    return because(damaged(info, QStringLiteral("It is encrypted.")));
+  }
+  if (!info.isDeflated && stat.comp_method != ZIP_CM_STORE) {
+    return because(damaged(info, QStringLiteral("It is compressed in a way that is not supported.")));
+  }
+  const bool isPossible =
+      info.isDeflated ? info.size / largestInflation <= info.storedSize : info.size == info.storedSize;
+  if (!isPossible) return because(damaged(info, QStringLiteral("Its size can't be true.")));
+  return info;
+}
+
+}  // namespace
+
+/// The library's handles on one archive that no stream is using at the moment.
+struct ZipReader::Handles {
+  explicit Handles(std::shared_ptr<const ArchiveInput> archiveInput) : input(std::move(archiveInput)) {}
+  ~Handles() {
+    for (zip_t* archive : idle) zip_discard(archive);
+  }
+  Handles(const Handles&) = delete;
+  Handles& operator=(const Handles&) = delete;
+
+  Described<zip_t*> acquire() {
+    {
+      const std::lock_guard lock(mutex);
+      if (!idle.empty()) {
+        zip_t* archive = idle.back();
+        idle.pop_back();
+        return archive;
+      }
+    }
+    zip_error_t error;
+    zip_error_init(&error);
+    zip_t* archive = openArchive(input, error);
+    if (archive == nullptr) return because(notAnArchive(error));
+    return archive;
+  }
+  void release(zip_t* archive) {
+    const std::lock_guard lock(mutex);
+    idle.push_back(archive);
+  }
+
+  std::shared_ptr<const ArchiveInput> input;
+  std::mutex mutex;
+  std::vector<zip_t*> idle;
+};
+
+/// An entry opened for its stored bytes.
+struct ZipReader::Stream::Handle {
+  Handle(std::shared_ptr<Handles> owner, zip_t* archiveHandle, zip_file_t* entryHandle,
+         std::uint64_t storedSize)
+      : handles(std::move(owner)),
+        archive(archiveHandle),
+        entry(entryHandle),
+        buffer(std::clamp<std::uint64_t>(storedSize, 1, readBytes)) {}
+  ~Handle() {
+    zip_fclose(entry);
+    handles->release(archive);
+  }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  /// The next stored bytes, none at the end.
+  Described<std::span<const std::byte>> next() { return next(buffer.span()); }
+  Described<std::span<const std::byte>> next(std::span<std::byte> out) {
+    const zip_int64_t count = zip_fread(entry, out.data(), out.size());
+    if (count < 0) return because(QStringLiteral("The archive is damaged or can't be read."));
+    return std::span<const std::byte>(out.first(static_cast<std::size_t>(count)));
+  }
+
+  std::shared_ptr<Handles> handles;
+  zip_t* archive;
+  zip_file_t* entry;
+  ByteBuffer buffer;
+};
+
+ZipReader::ZipReader(std::shared_ptr<Handles> handles) : handles_(std::move(handles)) {}
+ZipReader::~ZipReader() = default;
+ZipReader::ZipReader(ZipReader&&) noexcept = default;
+ZipReader& ZipReader::operator=(ZipReader&&) noexcept = default;
+
+Described<ZipReader> ZipReader::open(const std::string& path) {
+  auto input = ArchiveInput::file(path);
+  if (!input) return because(input.error());
+  return openInput(std::move(*input));
+}
+
+Described<ZipReader> ZipReader::openBytes(std::span<const std::byte> bytes) {
+  return openInput(ArchiveInput::bytes(bytes));
+}
+
+Described<ZipReader> ZipReader::openInput(std::shared_ptr<const ArchiveInput> input) {
+  ZipReader reader(std::make_shared<Handles>(std::move(input)));
+  if (auto result = reader.readDirectory(); !result) return because(result.error());
+  return reader;
+}
+
+Described<void> ZipReader::readDirectory() {
+  // The library takes an empty file for an archive of nothing.
+  if (handles_->input->size() == 0) return because(QStringLiteral("The file is empty."));
+  const auto archive = handles_->acquire();
+  if (!archive) return because(archive.error());
+  handles_->release(*archive);
+  const zip_int64_t count = zip_get_num_entries(*archive, 0);
+  if (count < 0 || static_cast<std::uint64_t>(count) > maximumArchiveEntries) {
+    return because(QStringLiteral("The archive has too many entries."));
+  }
+  entries_.reserve(static_cast<std::size_t>(count));
+  std::uint64_t claimed = 0;
+  for (zip_uint64_t index = 0; index < static_cast<zip_uint64_t>(count); ++index) {
+    auto info = describeEntry(*archive, index);
+    if (!info) return because(info.error());
+    // Entries that share their bytes would let a small file grow without end.
+    const std::uint64_t taken = info->storedSize + 2 * info->path.size() + entryOverhead;
+    claimed = taken < info->storedSize || claimed + taken < claimed ? UINT64_MAX : claimed + taken;
+    if (claimed > handles_->input->size()) {
+      return because(QStringLiteral("The archive's entries are larger than the archive."));
+    }
+    if (!indexOfPath_.emplace(info->path, entries_.size()).second) {
+      return because(damaged(*info, QStringLiteral("The archive has two of that name.")));
+    }
+    entries_.push_back(std::move(*info));
+  }
+  return {};
+}
+
+std::optional<std::size_t> ZipReader::find(const std::string& path) const {
+  const auto found = indexOfPath_.find(path);
+  if (found == indexOfPath_.end()) return std::nullopt;
+  return found->second;
+}
+
+Described<std::unique_ptr<ZipReader::Stream::Handle>> ZipReader::openStored(std::size_t index) const {
+  const auto archive = handles_->acquire();
+  if (!archive) return because(archive.error());
+  zip_file_t* entry = zip_fopen_index(*archive, index, ZIP_FL_COMPRESSED);
+  if (entry == nullptr) {
+    handles_->release(*archive);
+    return because(damaged(entries_[index], QStringLiteral("It is not where the directory says.")));
+  }
+  return std::make_unique<Stream::Handle>(handles_, *archive, entry, entries_[index].storedSize);
+}
+
+Described<ZipReader::Stream> ZipReader::stream(std::size_t index) const {
+  auto handle = openStored(index);
+  if (!handle) return because(handle.error());
+  return Stream(entries_[index], std::move(*handle));
+}
+
+Described<ByteBuffer> ZipReader::readAll(std::size_t index, std::uint64_t limit) const {
+  const ArchiveEntryInfo& info = entries_[index];
+  if (info.size > limit) return because(damaged(info, QStringLiteral("It is too large.")));
+  auto opened = stream(index);
+  if (!opened) return because(opened.error());
+  ByteBuffer bytes(info.size);
+  if (auto result = opened->read(bytes.span()); !result) return because(result.error());
+  if (auto result = opened->finish(); !result) return because(result.error());
+  return bytes;
+}
+
+Described<std::uint32_t> ZipReader::storedCrc(std::size_t index) const {
+  const auto handle = openStored(index);
+  if (!handle) return because(handle.error());
+  std::uint32_t crc = 0;
+  while (true) {
+    const auto bytes = (*handle)->next();
+    if (!bytes) return because(damaged(entries_[index], bytes.error()));
+    if (bytes->empty()) return crc;
+    crc = crc32(*bytes, crc);
+  }
+}
+
+ZipReader::Stream::Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle)
+    : info_(std::move(info)), handle_(std::move(handle)) {
+  if (info_.isDeflated) inflate_.emplace([source = handle_.get()] { return source->next(); });
+}
+
+ZipReader::Stream::~Stream() = default;
+ZipReader::Stream::Stream(Stream&&) noexcept = default;
+
+Described<void> ZipReader::Stream::read(std::span<std::byte> out) {
+  if (out.size() > info_.size - done_) {
+    return because(damaged(info_, QStringLiteral("It is shorter than it has to be.")));
+  }
+  if (inflate_.has_value()) {
+    if (auto result = inflate_->read(out); !result) return because(damaged(info_, result.error()));
+  } else {
+    for (std::span<std::byte> rest = out; !rest.empty();) {
+      const auto bytes = handle_->next(rest);
+      if (!bytes) return because(damaged(info_, bytes.error()));
+      if (bytes->empty()) return because(damaged(info_, QStringLiteral("It ends too early.")));
+      rest = rest.subspan(bytes->size());
+    }
+  }
+  done_ += out.size();
+  crc_ = crc32(out, crc_);
+  return {};
+}
+
+Described<void> ZipReader::Stream::finish() {
+  ByteBuffer rest(std::min<std::uint64_t>(readBytes, info_.size - done_));
+  while (done_ < info_.size) {
+    rest.truncate(info_.size - done_);
+    if (auto result = read(rest.span()); !result) return result;
+  }
+  if (inflate_.has_value()) {
+    const auto atEnd = inflate_->isAtEnd();
+    if (!atEnd) return because(damaged(info_, atEnd.error()));
+    if (!*atEnd) return because(damaged(info_, QStringLiteral("It is longer than it has to be.")));
+  }
+  if (crc_ != info_.crc) return because(damaged(info_, QStringLiteral("Its check sum is wrong.")));
+  return {};
+}
+
+Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& written) {
+  const QString different = QStringLiteral("The file on the disk is not the one that was written.");
+  const auto reader = ZipReader::open(path);
+  if (!reader) return because(reader.error());
+  const auto& entries = reader->entries();
+  if (entries.size() != written.size()) return because(different);
+  return forEachInBackground(written.size(), [&](std::size_t i) -> Described<void> {
+    const bool agrees = entries[i].path == written[i].path && entries[i].size == written[i].size &&
+                        entries[i].storedSize == written[i].storedSize && entries[i].crc == written[i].crc;
+    if (!agrees) return because(different);
+    const auto crc = reader->storedCrc(i);
+    if (!crc) return because(crc.error());
+    if (*crc != written[i].storedCrc) return because(different);
+    return {};
+  });
+}
+
+}  // namespace orvanel

@@ -1,0 +1,99 @@
+// Reads ZIP archives that may come from anybody. Opening checks the directory against limits; entries are
+// read as streams, several at a time by several threads, each stream by one.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "io/archive/Deflate.h"
+#include "io/files/ByteBuffer.h"
+#include "io/files/FileError.h"
+
+struct zip;
+struct zip_file;
+
+namespace orvanel {
+
+struct WrittenEntry;
+
+/// The most entries an archive may have.
+inline constexpr std::uint64_t maximumArchiveEntries = 65535;
+
+struct ArchiveEntryInfo {
+  std::string path;  ///< UTF-8
+  std::uint64_t size = 0;
+  std::uint64_t storedSize = 0;
+  std::uint32_t crc = 0;
+  bool isDeflated = false;
+};
+
+class ArchiveInput;
+
+class ZipReader {
+ public:
+  /// The longest path of an entry, in bytes.
+  static constexpr std::size_t maximumPathBytes = 1024;
+
+  [[nodiscard]] static Described<ZipReader> open(const std::string& path);
+  /// Over bytes that outlive the reader and its streams.
+  [[nodiscard]] static Described<ZipReader> openBytes(std::span<const std::byte> bytes);
+  ~ZipReader();
+  ZipReader(ZipReader&&) noexcept;
+  ZipReader& operator=(ZipReader&&) noexcept;
+
+  [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
+  [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
+
+  /// An entry's bytes, from the first to the last.
+  class Stream {
+   public:
+    ~Stream();
+    Stream(Stream&&) noexcept;
+    Stream& operator=(Stream&&) = delete;
+
+    /// Fills `out` wholly. Reading beyond the size that the directory tells is a failure.
+    [[nodiscard]] Described<void> read(std::span<std::byte> out);
+    /// Reads what is left, and compares the end and the CRC-32 with the directory.
+    [[nodiscard]] Described<void> finish();
+
+   private:
+    friend class ZipReader;
+    struct Handle;
+    Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle);
+
+    ArchiveEntryInfo info_;
+    std::unique_ptr<Handle> handle_;
+    std::optional<InflateStream> inflate_;
+    std::uint64_t done_ = 0;
+    std::uint32_t crc_ = 0;
+  };
+
+  /// Any thread.
+  [[nodiscard]] Described<Stream> stream(std::size_t index) const;
+  /// All bytes of an entry of at most `limit` bytes, checked.
+  [[nodiscard]] Described<ByteBuffer> readAll(std::size_t index, std::uint64_t limit) const;
+  /// The CRC-32 of the entry's bytes as they stand in the archive.
+  [[nodiscard]] Described<std::uint32_t> storedCrc(std::size_t index) const;
+
+ private:
+  struct Handles;
+  explicit ZipReader(std::shared_ptr<Handles> handles);
+  [[nodiscard]] static Described<ZipReader> openInput(std::shared_ptr<const ArchiveInput> input);
+  [[nodiscard]] Described<void> readDirectory();
+  [[nodiscard]] Described<std::unique_ptr<Stream::Handle>> openStored(std::size_t index) const;
+
+  std::shared_ptr<Handles> handles_;
+  std::vector<ArchiveEntryInfo> entries_;
+  std::unordered_map<std::string, std::size_t> indexOfPath_;
+};
+
+/// Compares an archive with what was written there, by the directory and the stored bytes of all entries.
+[[nodiscard]] Described<void> compareArchive(const std::string& path,
+                                             const std::vector<WrittenEntry>& written);
+
+}  // namespace orvanel

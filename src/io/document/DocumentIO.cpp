@@ -1,0 +1,160 @@
+#include "io/document/DocumentIO.h"
+
+#include <QFileInfo>
+#include <QPointer>
+#include <memory>
+
+#include "io/document/DocumentReader.h"
+#include "io/document/SaveSnapshot.h"
+#include "io/files/BackgroundJob.h"
+
+namespace orvanel {
+namespace {
+
+/// Main thread only.
+bool backgroundSaveRuns = false;
+
+template <typename Value>
+tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& result) {
+  return tl::unexpected(FileError{code, result.error()});
+}
+
+FileResult<void> saveResult(const Described<void>& result) {
+  if (!result) return failed(DocumentIOError::saveFailed, result);
+  return {};
+}
+
+/// The document is what the file says and nothing more: not dirty, with its file for a source.
+void attachSource(Document& document, const QString& path) {
+  document.sourceFileURL = QFileInfo(path).absoluteFilePath();
+  document.isDirty = false;
+}
+
+/// What the steps of a background load hand on.
+struct LoadJob {
+  QString path;
+  MetalContext& context;
+  QPointer<QObject> receiver;
+  DocumentIO::LoadDone done;
+  Progress progress;
+  std::optional<OpenedDocument> opened;
+  BuiltDocument built;
+
+  void finish(const FileResult<DocumentPtr>& result) const {
+    if (!receiver.isNull()) done(result);
+  }
+};
+
+using LoadJobPtr = std::shared_ptr<LoadJob>;
+
+void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
+  if (!filled) {
+    job->finish(failed(DocumentIOError::loadFailed, filled));
+    return;
+  }
+  if (const auto judged = judgeShownMemory(*job->built.document); !judged) {
+    job->finish(failed(DocumentIOError::loadFailed, judged));
+    return;
+  }
+  attachSource(*job->built.document, job->path);
+  job->finish(job->built.document);
+}
+
+/// On the main thread, between the two slow steps.
+void buildAndFill(const LoadJobPtr& job) {
+  auto built = buildDocument(*job->opened, job->context);
+  if (!built) {
+    job->finish(failed(DocumentIOError::loadFailed, built));
+    return;
+  }
+  job->built = std::move(*built);
+  // The job holds the document, so the last reference to it must not be left to the other thread.
+  runInBackground([job = job]() mutable {
+    Described<void> filled = fillTextures(*job->opened, job->built.requests, job->progress);
+    runOnMainThread([job = std::move(job), filled = std::move(filled)] { finishLoad(job, filled); });
+  });
+}
+
+}  // namespace
+
+bool DocumentIO::isSaving() {
+  return backgroundSaveRuns;
+}
+
+bool DocumentIO::isDocumentPath(const QString& path) {
+  const QFileInfo info(path);
+  return info.suffix().compare(u"tessel", Qt::CaseInsensitive) == 0 || info.isDir();
+}
+
+void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalContext& /*context*/,
+                      QObject* receiver, SaveDone done, ProgressChanged progressChanged) {
+  const QPointer<QObject> guard(receiver);
+  const auto finish = [guard, done = std::move(done)](const FileResult<void>& result) {
+    if (!guard.isNull()) done(result);
+  };
+  if (backgroundSaveRuns) {
+    runOnMainThread([finish] { finish({}); });
+    return;
+  }
+  auto snapshot = SaveSnapshot::take(*document);
+  if (!snapshot) {
+    runOnMainThread([finish, error = snapshot.error()] { finish(saveResult(because(error))); });
+    return;
+  }
+  backgroundSaveRuns = true;
+  auto picture = std::make_shared<SaveSnapshot>(std::move(*snapshot));
+  Progress progress = progressOnMainThread(receiver, std::move(progressChanged));
+  runInBackground([picture, path, progress = std::move(progress), finish]() mutable {
+    Described<void> written = writeSnapshot(*picture, path, progress);
+    picture.reset();
+    runOnMainThread([finish, written = std::move(written)] {
+      backgroundSaveRuns = false;
+      finish(saveResult(written));
+    });
+  });
+}
+
+FileResult<void> DocumentIO::saveSynchronously(const DocumentPtr& document, const QString& path,
+                                               MetalContext& /*context*/) {
+  const auto snapshot = SaveSnapshot::take(*document);
+  if (!snapshot) return failed(DocumentIOError::saveFailed, snapshot);
+  return saveResult(writeSnapshot(*snapshot, path, {}));
+}
+
+void DocumentIO::load(const QString& path, MetalContext& context, QObject* receiver, LoadDone done,
+                      ProgressChanged progressChanged) {
+  auto job = std::make_shared<LoadJob>(LoadJob{path,
+                                               context,
+                                               receiver,
+                                               std::move(done),
+                                               progressOnMainThread(receiver, std::move(progressChanged)),
+                                               std::nullopt,
+                                               {}});
+  runInBackground([job = std::move(job)]() mutable {
+    auto opened = openDocument(job->path);
+    if (!opened) {
+      runOnMainThread([job = std::move(job), error = opened.error()] {
+        job->finish(tl::unexpected(FileError{DocumentIOError::loadFailed, error}));
+      });
+      return;
+    }
+    job->opened = std::move(*opened);
+    runOnMainThread([job = std::move(job)] { buildAndFill(job); });
+  });
+}
+
+FileResult<DocumentPtr> DocumentIO::loadSynchronously(const QString& path, MetalContext& context) {
+  const auto opened = openDocument(path);
+  if (!opened) return failed(DocumentIOError::loadFailed, opened);
+  const auto built = buildDocument(*opened, context);
+  if (!built) return failed(DocumentIOError::loadFailed, built);
+  const auto filled = fillTextures(*opened, built->requests, {});
+  if (!filled) return failed(DocumentIOError::loadFailed, filled);
+  if (const auto judged = judgeShownMemory(*built->document); !judged) {
+    return failed(DocumentIOError::loadFailed, judged);
+  }
+  attachSource(*built->document, path);
+  return built->document;
+}
+
+}  // namespace orvanel

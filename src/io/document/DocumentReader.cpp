@@ -1,0 +1,357 @@
+#include "io/document/DocumentReader.h"
+
+#include <QFile>
+#include <QSet>
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <mutex>
+
+#include "io/document/LayerData.h"
+#include "io/document/SaveSnapshot.h"
+#include "io/files/MemoryLimit.h"
+#include "io/files/Parallel.h"
+#include "raster/Regularity.h"
+
+namespace orvanel {
+namespace {
+
+QString tooMuchMemory() {
+  return QStringLiteral("The document needs more memory than there is.");
+}
+
+/// The id that a text in the canonical form stands for; that of nothing but zeros is one as well.
+std::optional<QUuid> idOf(const QString& text) {
+  const QUuid id = uuidFromText(text);
+  if (id.isNull() && text != uuidText(id)) return std::nullopt;
+  return id;
+}
+
+BlendMode blendModeOf(const NodeManifest& node) {
+  return blendModeFromRaw(node.blendMode).value_or(BlendMode::normal);
+}
+
+/// Folders that don't let their children through get a surface of their own when they are shown.
+bool isolates(const NodeManifest& node) {
+  return node.children.has_value() && !node.children->empty() &&
+         (node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal);
+}
+
+std::uint64_t surfacesOf(const std::vector<NodeManifest>& nodes) {
+  std::uint64_t count = 0;
+  for (const NodeManifest& node : nodes) {
+    count += (node.hasPixelData.value_or(true) ? 1U : 0U) + (node.mask.has_value() ? 1U : 0U) +
+             (isolates(node) ? 1U : 0U);
+    if (node.children.has_value()) count += surfacesOf(*node.children);
+  }
+  return count;
+}
+
+/// Even a surface without pixels has its grid of tiles and their recipes, and a short manifest can ask for
+/// many.
+bool gridsFitInMemory(const Manifest& manifest) {
+  const auto tiles = [](std::int64_t side) { return static_cast<std::uint64_t>(side / tileSide + 1); };
+  const std::uint64_t gridBytes = tiles(manifest.document.canvasWidth) *
+                                  tiles(manifest.document.canvasHeight) *
+                                  (sizeof(Tile) + sizeof(std::uint64_t));
+  return pixelsFitInMemory(surfacesOf(manifest.nodes) * gridBytes * 4);
+}
+
+Described<OpenedDocument> readManifest(Described<ZipReader> archive) {
+  if (!archive) return because(archive.error());
+  const auto entry = archive->find("manifest.json");
+  if (!entry.has_value()) return because(QStringLiteral("The archive holds no document."));
+  const auto text = archive->readAll(*entry, maximumManifestBytes);
+  if (!text) return because(text.error());
+  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()});
+  if (!manifest) return because(manifest.error());
+  const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
+  if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
+    return because(QStringLiteral("The document's canvas has a size that can't be."));
+  }
+  if (!gridsFitInMemory(*manifest)) return because(tooMuchMemory());
+  return OpenedDocument{std::move(*archive), std::move(*manifest)};
+}
+
+/// Builds nodes from their manifests.
+class TreeBuilder {
+ public:
+  TreeBuilder(const ZipReader& archive, Document& document) : archive_(archive), document_(document) {}
+
+  Described<LayerNodeList> build(const std::vector<NodeManifest>& manifests) {
+    LayerNodeList nodes;
+    for (const NodeManifest& manifest : manifests) {
+      const std::optional<QUuid> id = idOf(manifest.id);
+      if (!id) continue;
+      const bool isLayer = manifest.type == u"layer";
+      if (!isLayer && manifest.type != u"folder") continue;
+      if (seen_.contains(*id)) return because(QStringLiteral("The document has two nodes of the same id."));
+      seen_.insert(*id);
+      if (isLayer) {
+        nodes.emplace_back(buildLayer(manifest, *id));
+      } else {
+        auto folder = buildFolder(manifest, *id);
+        if (!folder) return because(folder.error());
+        nodes.emplace_back(std::move(*folder));
+      }
+    }
+    return nodes;
+  }
+
+  std::vector<TextureLoadRequest> requests;
+
+ private:
+  template <typename Node>
+  static void setCommon(Node& node, const NodeManifest& manifest) {
+    node.opacity = std::clamp(manifest.opacity, 0.0F, 1.0F);
+    node.blendMode = blendModeOf(manifest);
+    node.isVisible = manifest.isVisible;
+    node.isLocked = manifest.isLocked;
+  }
+
+  Described<std::shared_ptr<LayerFolder>> buildFolder(const NodeManifest& manifest, const QUuid& id) {
+    auto folder = std::make_shared<LayerFolder>(manifest.name, id);
+    setCommon(*folder, manifest);
+    folder->isExpanded = manifest.isExpanded.value_or(true);
+    if (manifest.children.has_value()) {
+      auto children = build(*manifest.children);
+      if (!children) return because(children.error());
+      folder->children = std::move(*children);
+    }
+    return folder;
+  }
+
+  std::shared_ptr<Layer> buildLayer(const NodeManifest& manifest, const QUuid& id) {
+    auto layer = std::make_shared<Layer>(manifest.name, id);
+    setCommon(*layer, manifest);
+    if (manifest.hasPixelData.value_or(true)) {
+      const Texture pixels = document_.makeLayerTexture();
+      layer->texture = pixels;
+      request(layerEntryPath(manifest.id), pixels);
+    }
+    if (manifest.mask.has_value()) buildMask(*layer, manifest);
+    return layer;
+  }
+
+  void buildMask(Layer& layer, const NodeManifest& manifest) {
+    const std::optional<QUuid> id = idOf(manifest.mask->id);
+    const QString path = maskEntryPath(manifest.id);
+    if (!id || !archive_.find(path.toStdString()).has_value()) return;
+    const Texture surface = document_.context().makeTexture(maskPixelFormat, document_.canvasWidth.value(),
+                                                            document_.canvasHeight.value());
+    if (surface == nullptr) return;
+    request(path, surface);
+    auto mask = std::make_shared<LayerMask>(*id, std::make_shared<MaskTexture>(surface));
+    mask->isEnabled = manifest.mask->isEnabled;
+    layer.mask = mask;
+  }
+
+  void request(const QString& path, const Texture& destination) {
+    if (const auto entry = archive_.find(path.toStdString())) requests.push_back({*entry, destination});
+  }
+
+  const ZipReader& archive_;
+  Document& document_;
+  QSet<QUuid> seen_;
+};
+
+/// The header must agree with the surface that the tree asks for, and the entry's length with both.
+Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
+                            const Surface& surface) {
+  const bool agrees = header.surfaceFormat() == surface.format() &&
+                      header.width == static_cast<std::uint32_t>(surface.width()) &&
+                      header.height == static_cast<std::uint32_t>(surface.height()) &&
+                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
+  if (agrees) return {};
+  return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+                     .arg(QString::fromStdString(entry.path)));
+}
+
+/// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
+/// for values that kernels must not read.
+bool staysFromZeroToOne(std::span<const std::byte> rows) {
+  // Four at a time: a sign is the top bit, and whatever is beyond 0x3C00 reaches that bit by this sum.
+  constexpr std::uint64_t topBits = 0x8000'8000'8000'8000U;
+  constexpr std::uint64_t fromOneToTop = 0x43FF'43FF'43FF'43FFU;
+  std::uint64_t seen = 0;
+  std::size_t at = 0;
+  std::uint64_t four = 0;
+  for (; at + sizeof four <= rows.size(); at += sizeof four) {
+    std::memcpy(&four, rows.data() + at, sizeof four);
+    seen |= four | (four + fromOneToTop);
+  }
+  four = 0;
+  std::memcpy(&four, rows.data() + at, rows.size() - at);
+  seen |= four | (four + fromOneToTop);
+  return (seen & topBits) == 0;
+}
+
+/// Fills a band of rows, and says whether all of it stays from zero to one. It goes in pieces that are
+/// summed and looked at while they are in the core's cache.
+Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
+  constexpr std::size_t pieceBytes = std::size_t{512} << 10U;
+  bool isCalm = true;
+  while (!band.empty()) {
+    const auto piece = band.first(std::min(pieceBytes, band.size()));
+    if (auto result = stream.read(piece); !result) return because(result.error());
+    isCalm = isCalm && staysFromZeroToOne(piece);
+    band = band.subspan(piece.size());
+  }
+  return isCalm;
+}
+
+/// Reads one entry into its surface, a row of tiles at a time.
+Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, Surface& surface,
+                            const std::function<void(std::size_t)>& bytesDone) {
+  std::array<std::byte, LayerdataHeader::byteSize> start{};
+  if (auto result = stream.read(start); !result) return result;
+  const auto header = LayerdataHeader::decode(start);
+  if (!header) return because(header.error());
+  if (auto result = judgeHeader(*header, entry, surface); !result) return result;
+
+  const std::size_t rowBytes =
+      static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
+  const int bandRows = std::min(tileSide, surface.height());
+  ByteBuffer band(rowBytes * static_cast<std::size_t>(bandRows));
+  for (int y = 0; y < surface.height(); y += tileSide) {
+    const int rows = std::min(tileSide, surface.height() - y);
+    const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
+    const auto isCalm = readBand(stream, band.span().first(bytes));
+    if (!isCalm) return because(isCalm.error());
+    if (!pixelsFitInMemory(2 * bytes)) return because(tooMuchMemory());
+    surface.writeRect({0, y, surface.width(), rows}, band.data(), rowBytes);
+    for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x) {
+      markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
+    }
+    bytesDone(bytes);
+  }
+  return {};
+}
+
+/// What is asked for must have its surface's size, and the rest may hold no more than a preview could.
+Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
+                           const std::vector<Surface*>& destinations, std::uint64_t canvasPixels) {
+  constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
+  std::uint64_t others = 0;
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    const Surface* surface = destinations[index];
+    if (surface == nullptr) {
+      others += entries[index].size;
+      continue;
+    }
+    if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
+      continue;
+    return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+                       .arg(QString::fromStdString(entries[index].path)));
+  }
+  if (others <= 8 * canvasPixels + roomForOthers) return {};
+  return because(QStringLiteral("The archive holds more than its document can need."));
+}
+
+/// Tiles with pixels under these nodes, and the most that the surfaces of isolating folders can have of them.
+struct TilesOfTree {
+  std::uint64_t held = 0;
+  std::uint64_t inFolders = 0;
+
+  void add(const Texture& texture) {
+    if (texture == nullptr) return;
+    for (int index = 0; index < texture->tileCount(); ++index)
+      held += texture->tile(index).isUniform() ? 0 : 1;
+  }
+};
+
+TilesOfTree tilesOf(const LayerNodeList& nodes, std::uint64_t tilesOfCanvas) {
+  TilesOfTree sum;
+  for (const LayerNode& node : nodes) {
+    if (const std::shared_ptr<Layer> layer = node.layer()) {
+      sum.add(layer->texture.value());
+      if (const auto& mask = layer->mask.value()) sum.add(mask->maskTexture->texture);
+      continue;
+    }
+    const std::shared_ptr<LayerFolder> folder = node.folder();
+    const TilesOfTree inside = tilesOf(folder->children.value(), tilesOfCanvas);
+    sum.held += inside.held;
+    sum.inFolders += inside.inFolders;
+    const bool passesThrough =
+        folder->opacity.value() >= 1.0F && folder->blendMode.value() == BlendMode::normal;
+    if (!passesThrough) sum.inFolders += std::min(inside.held, tilesOfCanvas);
+  }
+  return sum;
+}
+
+}  // namespace
+
+Described<OpenedDocument> openDocument(const QString& path) {
+  return readManifest(ZipReader::open(QFile::encodeName(path).toStdString()));
+}
+
+Described<OpenedDocument> openDocument(std::span<const std::byte> bytes) {
+  return readManifest(ZipReader::openBytes(bytes));
+}
+
+Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContext& context) {
+  const DocumentManifest& manifest = opened.manifest.document;
+  const ColorMode mode = colorModeFromRaw(manifest.colorMode).value_or(ColorMode::rgb16);
+  BuiltDocument built;
+  built.document = Document::createEmpty(manifest.name, static_cast<int>(manifest.canvasWidth),
+                                         static_cast<int>(manifest.canvasHeight), mode, context);
+  Document& document = *built.document;
+  const auto color = [](const std::optional<QString>& text) {
+    return text.has_value() ? DisplayColor::fromHexText(*text) : std::nullopt;
+  };
+  if (const auto foreground = color(manifest.foregroundColor)) document.foregroundColor = *foreground;
+  if (const auto background = color(manifest.backgroundColor)) document.backgroundColor = *background;
+
+  TreeBuilder builder(opened.archive, document);
+  auto nodes = builder.build(opened.manifest.nodes);
+  if (!nodes) return because(nodes.error());
+  document.rootNodes = std::move(*nodes);
+  built.requests = std::move(builder.requests);
+  if (manifest.selectedNodeID.has_value()) {
+    document.selectedNodeID = idOf(*manifest.selectedNodeID);
+  } else if (!document.rootNodes.value().empty()) {
+    document.selectedNodeID = document.rootNodes.value().front().id();
+  }
+  return built;
+}
+
+Described<void> fillTextures(const OpenedDocument& opened, const std::vector<TextureLoadRequest>& requests,
+                             const Progress& progress) {
+  const auto& entries = opened.archive.entries();
+  std::vector<Surface*> destinations(entries.size(), nullptr);
+  for (const TextureLoadRequest& request : requests) destinations[request.entry] = request.destination.get();
+  const DocumentManifest& canvas = opened.manifest.document;
+  const auto canvasPixels =
+      static_cast<std::uint64_t>(canvas.canvasWidth) * static_cast<std::uint64_t>(canvas.canvasHeight);
+  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return result;
+  std::uint64_t total = 1;
+  for (const ArchiveEntryInfo& entry : entries) total += entry.size;
+
+  std::mutex mutex;
+  std::uint64_t done = 0;
+  const auto bytesDone = [&](std::size_t bytes) {
+    if (!progress) return;
+    const std::lock_guard lock(mutex);
+    done += bytes;
+    progress(static_cast<double>(done) / static_cast<double>(total));
+  };
+  return forEachInBackground(entries.size(), [&](std::size_t index) -> Described<void> {
+    auto stream = opened.archive.stream(index);
+    if (!stream) return because(stream.error());
+    if (Surface* destination = destinations[index]) {
+      if (auto result = fillTexture(*stream, entries[index], *destination, bytesDone); !result) return result;
+    }
+    return stream->finish();
+  });
+}
+
+Described<void> judgeShownMemory(const Document& document) {
+  const Surface& composite = *document.compositedTexture.value();
+  const auto tilesOfCanvas = static_cast<std::uint64_t>(composite.tileCount());
+  const TilesOfTree tiles = tilesOf(document.rootNodes.value(), tilesOfCanvas);
+  const std::uint64_t shown = tiles.inFolders + std::min(tiles.held, tilesOfCanvas);
+  if (pixelsFitInMemory(shown * composite.tileBytes())) return {};
+  return because(tooMuchMemory());
+}
+
+}  // namespace orvanel

@@ -1,0 +1,87 @@
+// The manifest of a document file: the tree and all settings that are not pixels, as JSON. Plain values,
+// any thread; only the functions that read a document or a node belong to the main thread.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "io/files/FileError.h"
+
+namespace orvanel {
+
+class Document;
+class LayerNode;
+
+/// The one version of the format there is.
+inline constexpr std::int64_t documentFormatVersion = 3;
+/// Deeper trees are neither written nor read.
+inline constexpr int maximumFolderDepth = 500;
+/// The longest manifest, in bytes; nothing longer is written or read.
+inline constexpr std::uint64_t maximumManifestBytes = std::uint64_t{64} << 20U;
+
+struct MaskManifest {
+  QString id;
+  bool isEnabled = true;
+};
+
+/// A layer or a folder; what only one of them has is absent in the other.
+struct NodeManifest {
+  QString type;
+  QString id;
+  QString name;
+  float opacity = 1.0F;
+  std::int64_t blendMode = 0;
+  bool isVisible = true;
+  bool isLocked = false;
+  std::optional<bool> hasPixelData;
+  std::optional<MaskManifest> mask;
+  std::optional<bool> isExpanded;
+  std::optional<std::vector<NodeManifest>> children;
+};
+
+struct MetadataManifest {
+  QString createdAt;
+  QString modifiedAt;
+};
+
+struct DocumentManifest {
+  QString name;
+  std::int64_t canvasWidth = 0;
+  std::int64_t canvasHeight = 0;
+  std::int64_t colorMode = 0;
+  std::optional<QString> selectedNodeID;
+  std::optional<QString> foregroundColor;
+  std::optional<QString> backgroundColor;
+};
+
+struct Manifest {
+  std::int64_t formatVersion = documentFormatVersion;
+  QString generator;
+  MetadataManifest metadata;
+  DocumentManifest document;
+  std::vector<NodeManifest> nodes;
+};
+
+class JsonWriter;
+/// Adds members of its own behind those of a node.
+using NodeExtras = std::function<void(JsonWriter& json, const NodeManifest& node)>;
+/// Writes one node with all below it, keys sorted.
+void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras = {});
+
+/// Pretty-printed UTF-8 with sorted keys.
+[[nodiscard]] QByteArray encodeManifest(const Manifest& manifest);
+/// Refuses another version before it looks at anything else, then missing keys and values of another type.
+[[nodiscard]] Described<Manifest> decodeManifest(std::string_view text);
+
+/// A node and all below it. Main thread.
+[[nodiscard]] NodeManifest describeNode(const LayerNode& node);
+/// The whole document, saved at this moment. Fails for what can't be written: a tree too deep, a number
+/// that is none. Main thread.
+[[nodiscard]] Described<Manifest> describeDocument(const Document& document);
+
+}  // namespace orvanel

@@ -1,0 +1,131 @@
+#include "io/document/SaveSnapshot.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "io/archive/ZipReader.h"
+#include "io/document/LayerData.h"
+#include "io/document/Manifest.h"
+#include "io/document/Preview.h"
+#include "model/Document.h"
+
+namespace orvanel {
+namespace {
+
+/// Raw bytes of a chunk: long enough to deflate well, short enough that all cores end together.
+constexpr std::int64_t chunkBytes = std::int64_t{1} << 20U;
+
+SaveSnapshot::LayerEntry entryOf(const QString& path, const Surface& surface) {
+  const std::uint16_t code = layerdataCode(surface.format());
+  return {path,
+          std::make_shared<const Surface>(surface),
+          code,
+          surface.format(),
+          surface.width(),
+          surface.height(),
+          bytesPerPixel(layerdataFormat(code))};
+}
+
+ArchiveEntry manifestEntry(const QByteArray& manifest) {
+  ArchiveEntry entry;
+  entry.path = "manifest.json";
+  entry.size = static_cast<std::uint64_t>(manifest.size());
+  entry.makeChunk = [&manifest](int, ByteBuffer& bytes) {
+    bytes.resizeDiscarding(static_cast<std::size_t>(manifest.size()));
+    std::memcpy(bytes.data(), manifest.constData(), static_cast<std::size_t>(manifest.size()));
+  };
+  return entry;
+}
+
+ArchiveEntry previewEntry(const Surface& composite) {
+  ArchiveEntry entry;
+  entry.path = "preview.png";
+  entry.method = ArchiveEntry::Method::stored;
+  entry.makeChunk = [&composite](int, ByteBuffer& bytes) {
+    const QByteArray png = previewPng(composite);
+    bytes.resizeDiscarding(static_cast<std::size_t>(png.size()));
+    std::memcpy(bytes.data(), png.constData(), static_cast<std::size_t>(png.size()));
+  };
+  return entry;
+}
+
+ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer) {
+  const std::int64_t bytesPerRow = layer.width * layer.bpp;
+  const std::int64_t rowsPerChunk = std::clamp<std::int64_t>(chunkBytes / bytesPerRow, 1, layer.height);
+  ArchiveEntry entry;
+  entry.path = layer.entryPath.toStdString();
+  entry.size = LayerdataHeader::byteSize + static_cast<std::uint64_t>(bytesPerRow * layer.height);
+  entry.chunkCount = static_cast<int>((layer.height + rowsPerChunk - 1) / rowsPerChunk);
+  entry.makeChunk = [&layer, bytesPerRow, rowsPerChunk](int chunk, ByteBuffer& bytes) {
+    const std::int64_t firstRow = chunk * rowsPerChunk;
+    const std::int64_t rows = std::min(rowsPerChunk, layer.height - firstRow);
+    const std::size_t headerBytes = chunk == 0 ? LayerdataHeader::byteSize : 0;
+    bytes.resizeDiscarding(headerBytes + static_cast<std::size_t>(rows * bytesPerRow));
+    if (chunk == 0) {
+      LayerdataHeader header = LayerdataHeader::of(layer.metalPixelFormat, static_cast<int>(layer.width),
+                                                   static_cast<int>(layer.height));
+      header.pixelFormat = layer.layerdataFormat;
+      const auto encoded = header.encoded();
+      std::memcpy(bytes.data(), encoded.data(), encoded.size());
+    }
+    layer.texture->readRect(
+        {0, static_cast<int>(firstRow), static_cast<int>(layer.width), static_cast<int>(rows)},
+        bytes.data() + headerBytes, static_cast<std::size_t>(bytesPerRow));
+  };
+  return entry;
+}
+
+}  // namespace
+
+QString layerEntryPath(const QString& layerID) {
+  return QStringLiteral("layers/%1.layerdata").arg(layerID);
+}
+
+QString maskEntryPath(const QString& layerID) {
+  return QStringLiteral("layers/%1.mask.layerdata").arg(layerID);
+}
+
+Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
+  const auto manifest = describeDocument(document);
+  if (!manifest) return because(manifest.error());
+  SaveSnapshot snapshot;
+  snapshot.manifestData = encodeManifest(*manifest);
+  if (static_cast<std::uint64_t>(snapshot.manifestData.size()) > maximumManifestBytes) {
+    return because(QStringLiteral("The document has more nodes than a file can hold."));
+  }
+  std::vector<std::shared_ptr<Layer>> layers;
+  collectLayers(document.rootNodes.value(), layers);
+  for (const std::shared_ptr<Layer>& layer : layers) {
+    const QString id = uuidText(layer->id);
+    if (const Texture& pixels = layer->texture.value()) {
+      snapshot.layerEntries.push_back(entryOf(layerEntryPath(id), *pixels));
+    }
+    if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
+      snapshot.layerEntries.push_back(entryOf(maskEntryPath(id), *mask->maskTexture->texture));
+    }
+  }
+  constexpr std::size_t otherEntries = 2;
+  if (snapshot.layerEntries.size() + otherEntries > maximumArchiveEntries) {
+    return because(QStringLiteral("The document has more layers than a file can hold."));
+  }
+  const ColorMode mode = document.colorMode.value();
+  if (const Texture& composite = document.compositedTexture.value()) {
+    snapshot.compositedTexture = std::make_shared<const Surface>(*composite);
+  }
+  snapshot.previewPixelFormat = compositePixelFormat(mode);
+  snapshot.previewBytesPerPixel = bytesPerPixel(snapshot.previewPixelFormat);
+  snapshot.compositingBitsPerChannel = bitsPerChannel(mode);
+  return snapshot;
+}
+
+Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
+                              const Progress& progress) {
+  auto file = AtomicFile::create(destination);
+  if (!file) return because(file.error());
+  std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
+  if (snapshot.compositedTexture != nullptr) entries.push_back(previewEntry(*snapshot.compositedTexture));
+  for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) entries.push_back(surfaceEntry(layer));
+  return writeArchive(**file, entries, progress);
+}
+
+}  // namespace orvanel

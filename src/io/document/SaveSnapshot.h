@@ -1,0 +1,51 @@
+// The picture of a document that crosses from the main thread to the one that saves: a finished manifest
+// and surfaces whose tiles are shared with the live ones and immutable. Built on the main thread in time
+// proportional to nodes and tiles; no pixel is copied.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "io/archive/ZipWriter.h"
+#include "io/files/FileError.h"
+#include "raster/Surface.h"
+
+namespace orvanel {
+
+class Document;
+
+struct SaveSnapshot {
+  struct LayerEntry {
+    QString entryPath;
+    std::shared_ptr<const Surface> texture;
+    std::uint16_t layerdataFormat = 3;
+    PixelFormat metalPixelFormat = PixelFormat::rgba16Float;
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+    std::int64_t bpp = 0;
+  };
+
+  QByteArray manifestData;
+  /// One for each surface, in tree order.
+  std::vector<LayerEntry> layerEntries;
+  std::shared_ptr<const Surface> compositedTexture;
+  PixelFormat previewPixelFormat = PixelFormat::rgba8Unorm;
+  std::int64_t previewBytesPerPixel = 4;
+  std::int64_t compositingBitsPerChannel = 8;
+
+  [[nodiscard]] static Described<SaveSnapshot> take(const Document& document);
+};
+
+/// The archive's entry of a layer's surface, and of its mask's.
+[[nodiscard]] QString layerEntryPath(const QString& layerID);
+[[nodiscard]] QString maskEntryPath(const QString& layerID);
+
+/// Writes the document's archive to the destination. Any thread; the work spreads over all cores.
+[[nodiscard]] Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
+                                            const Progress& progress);
+
+}  // namespace orvanel

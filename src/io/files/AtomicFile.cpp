@@ -1,0 +1,187 @@
+#include "io/files/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QUuid>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "io/files/FileOperations.h"
+#include "raster/Background.h"
+
+namespace orvanel {
+namespace {
+
+constexpr std::size_t bufferBytes = std::size_t{4} << 20U;
+/// How much may wait in memory before the system is asked to begin writing it to the disk.
+constexpr std::int64_t pushBytes = std::int64_t{16} << 20U;
+
+QString systemReason(int error) {
+  return QString::fromLocal8Bit(std::strerror(error));
+}
+
+/// The file that will be replaced: a link leads to the file it stands for.
+std::filesystem::path resolved(const QString& destination) {
+  const std::filesystem::path path(QFile::encodeName(destination).toStdString());
+  std::error_code failure;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, failure);
+  std::filesystem::path target = std::filesystem::weakly_canonical(absolute, failure);
+  return failure ? absolute : target;
+}
+
+std::string temporaryName() {
+  const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+  return "dunmarrow_save_" + unique.toStdString() + ".tmp";
+}
+
+bool takesNoNewFile(int error) {
+  return error == EACCES || error == EPERM || error == EROFS;
+}
+
+/// The rename itself must outlive a power cut. Not every file system can do that for a directory.
+void syncDirectory(const std::filesystem::path& directory) {
+  const int handle = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (handle < 0) return;
+  ::fsync(handle);
+  ::close(handle);
+}
+
+/// Puts the new file in the old one's place. A file system may take long to free a large file's blocks: the
+/// old file is held open meanwhile, so that this happens in the background when it is closed.
+int replace(const std::string& temporary, const std::string& destination) {
+  const int replaced = ::open(destination.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  const int result = FileOperations::current().renameFile(temporary, destination);
+  const int reason = errno;
+  if (replaced >= 0) enqueueBackgroundTask([replaced] { ::close(replaced); });
+  errno = reason;
+  return result;
+}
+
+}  // namespace
+
+AtomicFile::AtomicFile(std::string destination, std::string temporaryPath, int file)
+    : destination_(std::move(destination)), temporaryPath_(std::move(temporaryPath)), file_(file) {}
+
+Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination) {
+  const std::filesystem::path target = resolved(destination);
+  struct stat existing {};
+  const bool exists = ::stat(target.c_str(), &existing) == 0;
+  if (exists && !S_ISREG(existing.st_mode)) return because(QStringLiteral("The destination is not a file."));
+
+  FileOperations& operations = FileOperations::current();
+  constexpr mode_t ordinary = 0666;
+  const mode_t mode = exists ? existing.st_mode & 07777 : ordinary;
+  std::string path = target.parent_path() / temporaryName();
+  int file = operations.createFile(path, mode & 0777);
+  if (file < 0 && takesNoNewFile(errno)) {
+    path = std::filesystem::path(QFile::encodeName(QDir::tempPath()).toStdString()) / temporaryName();
+    file = operations.createFile(path, mode & 0777);
+  }
+  if (file < 0) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
+  if (exists) {
+    // Only a privileged process can give files away; for anybody else the file becomes the writer's own.
+    if (::fchown(file, existing.st_uid, existing.st_gid) != 0) errno = 0;
+    ::fchmod(file, mode);
+  }
+  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), std::move(path), file));
+}
+
+AtomicFile::~AtomicFile() {
+  if (file_ >= 0) ::close(file_);
+  if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
+}
+
+Described<void> AtomicFile::writeThrough(std::span<const std::byte> bytes, std::int64_t offset) {
+  while (!bytes.empty()) {
+    const ssize_t written = FileOperations::current().writeAt(file_, bytes.data(), bytes.size(), offset);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) {
+      const int error = written == 0 ? ENOSPC : errno;
+      return because(QStringLiteral("The file can't be written: %1.").arg(systemReason(error)));
+    }
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+    offset += written;
+  }
+  // Begins the disk's work early, so that the wait at the end is short.
+  if (offset - pushedTo_ >= pushBytes) {
+    ::sync_file_range(file_, pushedTo_, offset - pushedTo_, SYNC_FILE_RANGE_WRITE);
+    pushedTo_ = offset;
+  }
+  return {};
+}
+
+Described<void> AtomicFile::flush() {
+  auto result = writeThrough(buffer_.span().first(buffered_), bufferStart_);
+  bufferStart_ += static_cast<std::int64_t>(buffered_);
+  buffered_ = 0;
+  return result;
+}
+
+Described<void> AtomicFile::write(std::span<const std::byte> bytes) {
+  if (buffer_.isEmpty()) buffer_.resizeDiscarding(bufferBytes);
+  while (!bytes.empty()) {
+    const std::int64_t bufferEnd = bufferStart_ + static_cast<std::int64_t>(buffered_);
+    std::size_t count = bytes.size();
+    if (position_ < bufferStart_) {
+      // An earlier place, already written: headers that learn their sizes late.
+      count = static_cast<std::size_t>(
+          std::min<std::int64_t>(static_cast<std::int64_t>(count), bufferStart_ - position_));
+      if (auto result = writeThrough(bytes.first(count), position_); !result) return result;
+    } else {
+      if (position_ > bufferEnd) return because(QStringLiteral("The file can't be written with a gap."));
+      const auto at = static_cast<std::size_t>(position_ - bufferStart_);
+      if (at == bufferBytes) {
+        if (auto result = flush(); !result) return result;
+        continue;
+      }
+      count = std::min(count, bufferBytes - at);
+      std::memcpy(buffer_.data() + at, bytes.data(), count);
+      buffered_ = std::max(buffered_, at + count);
+    }
+    bytes = bytes.subspan(count);
+    position_ += static_cast<std::int64_t>(count);
+    size_ = std::max(size_, position_);
+  }
+  return {};
+}
+
+Described<void> AtomicFile::closeAndCheck() {
+  if (FileOperations::current().sync(file_) != 0) {
+    return because(QStringLiteral("The file can't be brought to the disk: %1.").arg(systemReason(errno)));
+  }
+  const int closing = ::close(file_);
+  file_ = -1;
+  if (closing != 0) return because(QStringLiteral("The file can't be closed: %1.").arg(systemReason(errno)));
+  struct stat written {};
+  if (::stat(temporaryPath_.c_str(), &written) != 0 || written.st_size != size_) {
+    return because(QStringLiteral("The file on the disk is not the one that was written."));
+  }
+  return {};
+}
+
+Described<void> AtomicFile::commit(const std::function<Described<void>(const std::string& path)>& verify) {
+  if (auto result = flush(); !result) return result;
+  if (auto result = closeAndCheck(); !result) return result;
+  if (auto result = verify(temporaryPath_); !result) return result;
+  if (replace(temporaryPath_, destination_) != 0) {
+    return because(QStringLiteral("The file can't be put in its place: %1.").arg(systemReason(errno)));
+  }
+  temporaryPath_.clear();
+  syncDirectory(std::filesystem::path(destination_).parent_path());
+  return {};
+}
+
+Described<void> replaceFile(const QString& destination, std::span<const std::byte> bytes) {
+  auto file = AtomicFile::create(destination);
+  if (!file) return because(file.error());
+  if (auto result = (*file)->write(bytes); !result) return result;
+  return (*file)->commit([](const std::string&) { return Described<void>(); });
+}
+
+}  // namespace orvanel

@@ -1,0 +1,55 @@
+#include "io/files/FileOperations.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+
+#include "io/files/PassingFile.h"
+
+namespace orvanel {
+namespace {
+
+FileOperations& systemOperations() {
+  static FileOperations operations;
+  return operations;
+}
+
+std::atomic<FileOperations*>& replacement() {
+  static std::atomic<FileOperations*> operations{nullptr};
+  return operations;
+}
+
+}  // namespace
+
+int FileOperations::createFile(const std::string& path, mode_t mode) {
+  return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+}
+
+ssize_t FileOperations::writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) {
+  return writePassing(file, {static_cast<const std::byte*>(bytes), count}, offset);
+}
+
+int FileOperations::sync(int file) {
+  return ::fsync(file);
+}
+
+int FileOperations::renameFile(const std::string& from, const std::string& to) {
+  return std::rename(from.c_str(), to.c_str());
+}
+
+FileOperations& FileOperations::current() {
+  FileOperations* operations = replacement().load(std::memory_order_acquire);
+  return operations != nullptr ? *operations : systemOperations();
+}
+
+ScopedFileOperations::ScopedFileOperations(FileOperations& operations) {
+  replacement().store(&operations, std::memory_order_release);
+}
+
+ScopedFileOperations::~ScopedFileOperations() {
+  replacement().store(nullptr, std::memory_order_release);
+}
+
+}  // namespace orvanel

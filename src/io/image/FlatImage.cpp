@@ -1,0 +1,249 @@
+#include "io/image/FlatImage.h"
+
+#include <tbb/parallel_for.h>
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QPainter>
+#include <algorithm>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "io/files/AtomicFile.h"
+#include "io/image/GifEncoder.h"
+#include "io/image/ImageDecoder.h"
+#include "io/image/PngWriter.h"
+
+namespace orvanel {
+namespace {
+
+using Format = Document::ImageFileFormat;
+
+FileError loadFailed(QString reason) {
+  return {DocumentIOError::loadFailed, std::move(reason)};
+}
+
+/// QRgb holds blue in its lowest byte, a surface red.
+std::uint32_t surfacePixel(QRgb pixel) {
+  return (pixel & 0xFF00FF00U) | (pixel >> 16U & 0xFFU) | (pixel & 0xFFU) << 16U;
+}
+
+/// Copies the image into an `rgba8Unorm` surface; tiles of an image without alpha are known as opaque.
+/// A row of tiles at a time and each row of pixels from end to end, so that the image is read as it lies in
+/// memory.
+void fillSurface(const QImage& image, Surface& surface) {
+  const bool hasAlpha = image.hasAlphaChannel();
+  const std::uint32_t opaque = hasAlpha ? 0U : 0xFF000000U;
+  tbb::parallel_for(0, surface.tilesDown(), [&](int tileY) {
+    std::vector<std::uint32_t*> tiles;
+    for (int tileX = 0; tileX < surface.tilesAcross(); ++tileX) {
+      tiles.push_back(
+          reinterpret_cast<std::uint32_t*>(surface.overwriteTile(surface.tileIndex(tileX, tileY))));
+    }
+    const int firstRow = tileY * tileSide;
+    const int rows = std::min(tileSide, surface.height() - firstRow);
+    for (int y = 0; y < rows; ++y) {
+      const auto* in = reinterpret_cast<const QRgb*>(image.constScanLine(firstRow + y));
+      int left = surface.width();
+      for (std::uint32_t* tile : tiles) {
+        const int columns = std::min(tileSide, left);
+        std::uint32_t* out = tile + static_cast<std::ptrdiff_t>(y) * tileSide;
+        for (int x = 0; x < columns; ++x) out[x] = surfacePixel(in[x] | opaque);
+        in += columns;
+        left -= columns;
+      }
+    }
+    for (int tileX = 0; tileX < surface.tilesAcross(); ++tileX) {
+      const int index = surface.tileIndex(tileX, tileY);
+      if (!hasAlpha) surface.setTrait(index, TileTrait::opaque);
+      surface.collapseIfUniform(index);
+    }
+  });
+}
+
+/// The composite as straight RGBA8888.
+QImage imageOf(const Surface& composite, ColorMode mode, const MetalContext& context) {
+  const Surface* bytes = &composite;
+  Texture converted;
+  if (composite.format() != PixelFormat::rgba8Unorm) {
+    converted = context.makeTexture(PixelFormat::rgba8Unorm, composite.width(), composite.height());
+    if (converted == nullptr) return {};
+    context.convertTexture(composite, *converted, folderColorMode(mode), ColorMode::rgb8);
+    bytes = converted.get();
+  }
+  QImage image(composite.width(), composite.height(), QImage::Format_RGBA8888);
+  if (image.isNull()) return image;
+  std::byte* const pixels = reinterpret_cast<std::byte*>(image.bits());
+  const auto stride = static_cast<std::size_t>(image.bytesPerLine());
+  tbb::parallel_for(0, bytes->tilesDown(), [&](int tileY) {
+    const PixelRect band =
+        PixelRect{0, tileY * tileSide, bytes->width(), tileSide}.intersected(bytes->bounds());
+    bytes->readRect(band, pixels + static_cast<std::size_t>(band.y) * stride, stride);
+  });
+  return image;
+}
+
+bool isOpaque(const QImage& image) {
+  for (int y = 0; y < image.height(); ++y) {
+    const auto* row = reinterpret_cast<const std::uint32_t*>(image.constScanLine(y));
+    std::uint32_t together = 0xFF000000U;
+    for (int x = 0; x < image.width(); ++x) together &= row[x];
+    if (together != 0xFF000000U) return false;
+  }
+  return true;
+}
+
+QImage overWhite(const QImage& image) {
+  QImage flat(image.size(), QImage::Format_RGB32);
+  flat.fill(Qt::white);
+  QPainter(&flat).drawImage(0, 0, image);
+  return flat;
+}
+
+std::optional<QByteArray> encode(const QImage& image, const char* format, int quality) {
+  QBuffer buffer;
+  buffer.open(QIODevice::WriteOnly);
+  QImageWriter writer(&buffer, format);
+  writer.setQuality(quality);
+  if (!writer.write(image)) return std::nullopt;
+  return buffer.data();
+}
+
+constexpr int encodersDefault = -1;
+
+QByteArray pngOf(const QImage& image, const Progress& progress) {
+  const bool hasAlpha = image.hasAlphaChannel();
+  return encodePng({.width = image.width(),
+                    .height = image.height(),
+                    .channels = hasAlpha ? PngChannels::rgba : PngChannels::rgb,
+                    .readRow =
+                        [&](int y, std::uint8_t* row) {
+                          const std::uint8_t* pixels = image.constScanLine(y);
+                          if (hasAlpha) {
+                            std::copy_n(pixels, static_cast<std::ptrdiff_t>(image.width()) * 4, row);
+                            return;
+                          }
+                          for (int x = 0; x < image.width(); ++x, pixels += 4, row += 3)
+                            std::copy_n(pixels, 3, row);
+                        }},
+                   progress);
+}
+
+/// Straight RGBA8888, or RGBX8888 if no pixel lets anything through.
+std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress) {
+  switch (fileType) {
+    case Format::png:
+      return pngOf(image, progress);
+    case Format::jpeg:
+      return encode(overWhite(image), "jpeg", encodersDefault);
+    case Format::tiff:
+      return encode(image, "tiff", encodersDefault);
+    case Format::gif:
+      return encodeGif(image, progress);
+    case Format::bmp:
+      return encode(overWhite(image), "bmp", encodersDefault);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Format> imageFileFormat(const QString& path) {
+  const QString extension = QFileInfo(path).suffix().toLower();
+  if (extension == QLatin1String("png")) return Format::png;
+  if (extension == QLatin1String("jpg") || extension == QLatin1String("jpeg")) return Format::jpeg;
+  if (extension == QLatin1String("tiff") || extension == QLatin1String("tif")) return Format::tiff;
+  if (extension == QLatin1String("gif")) return Format::gif;
+  if (extension == QLatin1String("bmp")) return Format::bmp;
+  return std::nullopt;
+}
+
+QString documentName(const QString& path) {
+  const QFileInfo file(path);
+  return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
+}
+
+ColorMode colorMode(const ImageTraits& image) {
+  const bool isGrey = image.isMonochrome || image.bitsPerPixel == 8 || image.bitsPerPixel == 16;
+  const bool isDeep = image.bitsPerComponent > 8;
+  if (isGrey) return isDeep ? ColorMode::grayscale16 : ColorMode::grayscale8;
+  return isDeep ? ColorMode::rgb16 : ColorMode::rgb8;
+}
+
+FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
+                                    const Progress& progress) {
+  constexpr double decodedShare = 0.8;
+  Described<DecodedImage> decoded = decodeImageFile(path, partOf(progress, 0.0, decodedShare));
+  if (!decoded) return tl::unexpected(loadFailed(decoded.error()));
+  tell(progress, decodedShare);
+  const QImage& image = decoded->image;
+  FlatImage result;
+  result.mode = colorMode(decoded->traits);
+  const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
+  if (staging == nullptr)
+    return tl::unexpected(loadFailed(QStringLiteral("The image can't be held in memory.")));
+  fillSurface(image, *staging);
+  decoded->image = QImage();
+  if (result.mode == ColorMode::rgb8) {
+    result.pixels = staging;
+    tell(progress, 1.0);
+    return result;
+  }
+  result.pixels = context.makeTexture(layerPixelFormat(result.mode), staging->width(), staging->height());
+  if (result.pixels == nullptr) fatalFault("Failed to create layer texture");
+  context.convertTexture(*staging, *result.pixels, ColorMode::rgb8, result.mode);
+  tell(progress, 1.0);
+  return result;
+}
+
+DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, MetalContext& context) {
+  const QFileInfo file(path);
+  const QString name = documentName(path);
+  DocumentPtr document =
+      Document::createEmpty(name, image.pixels->width(), image.pixels->height(), image.mode, context);
+  document->sourceFileURL = file.absoluteFilePath();
+  document->sourceFileFormat = imageFileFormat(path);
+  auto layer = std::make_shared<Layer>(name);
+  layer->texture = image.pixels;
+  const QUuid layerID = layer->id;
+  document->rootNodes = LayerNodeList{std::move(layer)};
+  document->selectedNodeID = layerID;
+  return document;
+}
+
+FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context, const Progress& progress) {
+  return readFlatImage(path, context, progress).map([&](const FlatImage& image) {
+    return documentOfFlatImage(image, path, context);
+  });
+}
+
+std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, Format fileType,
+                                      const MetalContext& context, const Progress& progress) {
+  QImage image = imageOf(composite, mode, context);
+  if (image.isNull()) return std::nullopt;
+  if (isOpaque(image)) image.reinterpretAsFormat(QImage::Format_RGBX8888);
+  constexpr double convertedShare = 0.2;
+  tell(progress, convertedShare);
+  auto bytes = encode(image, fileType, partOf(progress, convertedShare, 1.0));
+  if (bytes) tell(progress, 1.0);
+  return bytes;
+}
+
+FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
+                                const QString& path, const MetalContext& context, const Progress& progress) {
+  const auto failed = [](QString reason) {
+    return tl::unexpected(FileError{DocumentIOError::exportFailed, std::move(reason)});
+  };
+  constexpr double encodedShare = 0.9;
+  const auto bytes = exportImage(composite, mode, fileType, context, partOf(progress, 0.0, encodedShare));
+  if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
+  const auto written = replaceFile(
+      path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))));
+  if (!written) return failed(written.error());
+  tell(progress, 1.0);
+  return {};
+}
+
+}  // namespace orvanel

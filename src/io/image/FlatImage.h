@@ -1,0 +1,66 @@
+// Opens and writes common flat image files: one layer in, the composite out, 8 bits a channel both ways.
+// Decoding and encoding run on any thread; documents are made on the main thread.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <optional>
+
+#include "io/files/FileError.h"
+#include "io/files/Progress.h"
+#include "model/Document.h"
+#include "raster/Surface.h"
+
+namespace orvanel {
+
+/// The format that a file name's extension selects, in either case; nothing for any other extension.
+[[nodiscard]] std::optional<Document::ImageFileFormat> imageFileFormat(const QString& path);
+
+/// What a document is called that comes from this file or is saved to it: the file's name without its
+/// extension, or all of a name that is nothing but an extension.
+[[nodiscard]] QString documentName(const QString& path);
+
+/// What a decoded file says of its pixels.
+struct ImageTraits {
+  bool isMonochrome = false;  ///< by its colour space
+  int bitsPerComponent = 8;
+  int bitsPerPixel = 32;
+};
+
+/// Grey counts by colour space, or by 8 or 16 bits a pixel; deep from 9 bits a component.
+[[nodiscard]] ColorMode colorMode(const ImageTraits& image);
+
+/// A decoded file: upright, in sRGB, as a layer's surface of its mode.
+struct FlatImage {
+  ColorMode mode = ColorMode::rgb8;
+  Texture pixels;
+};
+
+/// Decodes a file; what is no image, or larger than a canvas can be, is `loadFailed`.
+/// Progress comes in steps: header, decoded, in sRGB, in tiles.
+[[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
+                                                  const Progress& progress = {});
+
+/// A document of one layer, both named after the file. Main thread.
+[[nodiscard]] DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path,
+                                              MetalContext& context);
+
+/// Both in one step. Main thread.
+[[nodiscard]] FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context,
+                                                const Progress& progress = {});
+
+/// A composite encoded as a file's bytes; half floats are clamped to 0 to 1, and formats without alpha
+/// get the image over white. Nothing when the encoder fails. A PNG tells of progress band by band, the others
+/// when the picture is converted and when it is encoded.
+[[nodiscard]] std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode,
+                                                    Document::ImageFileFormat fileType,
+                                                    const MetalContext& context,
+                                                    const Progress& progress = {});
+
+/// The same, put at `path` in one step for whoever looks; what goes wrong is `exportFailed`. Any thread, on
+/// which progress is told.
+[[nodiscard]] FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode,
+                                              Document::ImageFileFormat fileType, const QString& path,
+                                              const MetalContext& context, const Progress& progress = {});
+
+}  // namespace orvanel

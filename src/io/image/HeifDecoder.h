@@ -1,0 +1,21 @@
+// Reads HEIC files through libheif, which is opened when a file first asks for it. Any thread.
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include "io/files/FileError.h"
+
+namespace orvanel {
+
+struct HeifImage {
+  /// Upright, straight RGBA8888 with its colour profile.
+  QImage image;
+  /// Of the file; the image holds the upper eight.
+  int bitsPerComponent = 8;
+};
+
+/// The file's primary image.
+[[nodiscard]] Described<HeifImage> decodeHeif(const QString& path);
+
+}  // namespace orvanel

@@ -1,0 +1,137 @@
+#include "io/image/ImageDecoder.h"
+
+#include <QColorSpace>
+#include <QColorTransform>
+#include <QImageReader>
+#include <QRgba64>
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <mutex>
+#include <vector>
+
+#include "io/image/HeifDecoder.h"
+#include "io/image/ImageHeader.h"
+#include "io/image/ImageLimits.h"
+#include "raster/ColorMode.h"
+
+namespace orvanel {
+namespace {
+
+constexpr int largestImageMebibytes = maximumCanvasSide / 1024 * (maximumCanvasSide / 1024) * 8;
+
+/// The reader's own limit is far below the largest canvas.
+void raiseReaderLimit() {
+  static std::once_flag once;
+  std::call_once(once, [] { QImageReader::setAllocationLimit(largestImageMebibytes); });
+}
+
+/// One bit a pixel is black and white to most formats, but its two places may hold any colours.
+bool holdsOnlyGreys(const QList<QRgb>& palette) {
+  return std::ranges::all_of(palette, qIsGray);
+}
+
+ImageTraits traitsOf(const QImage& image) {
+  constexpr ImageTraits grey{.isMonochrome = true, .bitsPerComponent = 8, .bitsPerPixel = 8};
+  switch (image.format()) {
+    case QImage::Format_Mono:
+    case QImage::Format_MonoLSB:
+      if (holdsOnlyGreys(image.colorTable())) return grey;
+      break;
+    case QImage::Format_Grayscale8:
+      return grey;
+    case QImage::Format_Grayscale16:
+      return {.isMonochrome = true, .bitsPerComponent = 16, .bitsPerPixel = 16};
+    default:
+      break;
+  }
+  const QPixelFormat format = image.pixelFormat();
+  // Palettes hold colours of 8 bits a component, whatever their indexes take. A longer one is colour even
+  // if all of it happens to be grey: grey images have a form of their own.
+  const bool deep = format.colorModel() != QPixelFormat::Indexed && format.redSize() > 8;
+  return {.isMonochrome = false, .bitsPerComponent = deep ? 16 : 8, .bitsPerPixel = deep ? 64 : 32};
+}
+
+/// What `toDisplay` makes of each of `count` greys from black to white, in 8 bits.
+std::vector<uchar> greysOnDisplay(const QColorTransform& toDisplay, int count) {
+  constexpr int white = 0xFFFF;
+  std::vector<uchar> greys(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const auto value = static_cast<quint16>(std::int64_t{i} * white / (count - 1));
+    greys[static_cast<std::size_t>(i)] =
+        toDisplay.map(QRgba64::fromRgba64(value, value, value, white)).green8();
+  }
+  return greys;
+}
+
+template <typename Value>
+QImage greyOnDisplay(const QImage& image, const QColorTransform& toDisplay) {
+  const std::vector<uchar> greys = greysOnDisplay(toDisplay, std::numeric_limits<Value>::max() + 1);
+  QImage result(image.size(), QImage::Format_Grayscale8);
+  if (result.isNull()) return result;
+  for (int y = 0; y < image.height(); ++y) {
+    const auto* in = reinterpret_cast<const Value*>(image.constScanLine(y));
+    uchar* out = result.scanLine(y);
+    for (int x = 0; x < image.width(); ++x) out[x] = greys[in[x]];
+  }
+  return result;
+}
+
+/// The platform's own conversion takes deep grey through 8 bits and looks colours up in coarse tables; for
+/// greys a table of all of them is exact.
+void convertToDisplay(QImage& image) {
+  const QColorSpace profile = image.colorSpace();
+  const QColorSpace display(QColorSpace::SRgb);
+  if (!profile.isValid() || profile == display) return;
+  if (image.format() == QImage::Format_Grayscale8) {
+    image = greyOnDisplay<std::uint8_t>(image, profile.transformationToColorSpace(display));
+  } else if (image.format() == QImage::Format_Grayscale16) {
+    image = greyOnDisplay<std::uint16_t>(image, profile.transformationToColorSpace(display));
+  } else {
+    image.convertToColorSpace(display);
+  }
+}
+
+/// As straight 8-bit colour in sRGB.
+Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
+  const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+  convertToDisplay(image);
+  image.convertTo(wanted);
+  if (image.isNull()) return because(QStringLiteral("The image can't be held in memory."));
+  return DecodedImage{std::move(image), traits};
+}
+
+bool isHeif(const QString& path) {
+  const QString name = path.toLower();
+  return name.endsWith(QLatin1String(".heic")) || name.endsWith(QLatin1String(".heif"));
+}
+
+}  // namespace
+
+Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress) {
+  constexpr double headerShare = 0.05;
+  constexpr double decodedShare = 0.9;
+  raiseReaderLimit();
+  QImageReader reader(path);
+  reader.setDecideFormatFromContent(true);
+  reader.setAutoTransform(true);
+  if (!reader.canRead() && isHeif(path)) {
+    auto heif = decodeHeif(path);
+    if (!heif) return because(heif.error());
+    tell(progress, decodedShare);
+    ImageTraits traits = traitsOf(heif->image);
+    traits.bitsPerComponent = heif->bitsPerComponent;
+    return onDisplay(std::move(heif->image), traits);
+  }
+  if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
+  tell(progress, headerShare);
+  QImage image = reader.read();
+  if (image.isNull()) return because(QStringLiteral("%1.").arg(reader.errorString()));
+  // Not every file announces its size, and not every one keeps to it.
+  if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
+  tell(progress, decodedShare);
+  const ImageTraits traits = traitsOfHeader(path).value_or(traitsOf(image));
+  return onDisplay(std::move(image), traits);
+}
+
+}  // namespace orvanel

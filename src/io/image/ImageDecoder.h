@@ -1,0 +1,22 @@
+// Decodes an image file into memory with the platform's readers: upright, in sRGB, 8 bits a channel, and
+// with what the file says of its pixels. Any thread.
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include "io/files/FileError.h"
+#include "io/files/Progress.h"
+#include "io/image/FlatImage.h"
+
+namespace orvanel {
+
+struct DecodedImage {
+  /// RGB32, ARGB32 or RGBA8888; straight alpha.
+  QImage image;
+  ImageTraits traits;
+};
+
+[[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});
+
+}  // namespace orvanel

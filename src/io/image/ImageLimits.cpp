@@ -1,0 +1,22 @@
+#include "io/image/ImageLimits.h"
+
+#include <cstdint>
+
+#include "io/files/MemoryLimit.h"
+#include "raster/ColorMode.h"
+
+namespace orvanel {
+
+Described<void> judgeImageSize(const QSize& size) {
+  if (!size.isValid()) return {};
+  if (size.width() > maximumCanvasSide || size.height() > maximumCanvasSide) {
+    return because(QStringLiteral("The image is larger than %1 pixels on a side.").arg(maximumCanvasSide));
+  }
+  // The decoded image, the bytes it is copied to, the layer and the composite.
+  constexpr std::uint64_t bytesPerImagePixel = 8 + 4 + 8 + 8;
+  const auto pixels = static_cast<std::uint64_t>(size.width()) * static_cast<std::uint64_t>(size.height());
+  if (pixelsFitInMemory(pixels * bytesPerImagePixel)) return {};
+  return because(QStringLiteral("The image needs more memory than there is."));
+}
+
+}  // namespace orvanel

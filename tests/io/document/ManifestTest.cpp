@@ -1,0 +1,237 @@
+#include "io/document/Manifest.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <string>
+
+#include "model/Document.h"
+
+namespace orvanel {
+namespace {
+
+/// A manifest with one layer, in which a test changes a word.
+std::string manifestText(std::string_view from = "", std::string_view to = "") {
+  std::string text = R"({
+  "document" : {"backgroundColor" : "FFFFFF", "canvasHeight" : 20, "canvasWidth" : 30, "colorMode" : 2,
+    "foregroundColor" : "0A0B0C", "name" : "Sea", "selectedNodeID" : "11111111-2222-3333-4444-555555555555"},
+  "formatVersion" : 3, "generator" : "Test", "metadata" : {"createdAt" : "then", "modifiedAt" : "now"},
+  "nodes" : [{"blendMode" : 1, "hasPixelData" : true, "id" : "11111111-2222-3333-4444-555555555555",
+    "isLocked" : true, "isVisible" : false, "mask" : {"id" : "M", "isEnabled" : false}, "name" : "Waves",
+    "opacity" : 0.25, "type" : "layer"}]
+})";
+  if (!from.empty()) {
+    const std::size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+std::string failureOf(const std::string& text) {
+  const auto manifest = decodeManifest(text);
+  return manifest.has_value() ? std::string() : manifest.error().toStdString();
+}
+
+TEST(Manifest, readsEveryKey) {
+  const auto manifest = decodeManifest(manifestText());
+  ASSERT_TRUE(manifest.has_value()) << manifest.error().toStdString();
+  EXPECT_EQ(manifest->formatVersion, 3);
+  EXPECT_EQ(manifest->generator, QStringLiteral("Test"));
+  EXPECT_EQ(manifest->metadata.createdAt, QStringLiteral("then"));
+  EXPECT_EQ(manifest->metadata.modifiedAt, QStringLiteral("now"));
+  EXPECT_EQ(manifest->document.name, QStringLiteral("Sea"));
+  EXPECT_EQ(manifest->document.canvasWidth, 30);
+  EXPECT_EQ(manifest->document.canvasHeight, 20);
+  EXPECT_EQ(manifest->document.colorMode, 2);
+  EXPECT_EQ(manifest->document.foregroundColor, QStringLiteral("0A0B0C"));
+  EXPECT_EQ(manifest->document.backgroundColor, QStringLiteral("FFFFFF"));
+  EXPECT_EQ(manifest->document.selectedNodeID, QStringLiteral("11111111-2222-3333-4444-555555555555"));
+  ASSERT_EQ(manifest->nodes.size(), 1U);
+  const NodeManifest& node = manifest->nodes.front();
+  EXPECT_EQ(node.type, QStringLiteral("layer"));
+  EXPECT_EQ(node.name, QStringLiteral("Waves"));
+  EXPECT_EQ(node.opacity, 0.25F);
+  EXPECT_EQ(node.blendMode, 1);
+  EXPECT_FALSE(node.isVisible);
+  EXPECT_TRUE(node.isLocked);
+  EXPECT_EQ(node.hasPixelData, true);
+  ASSERT_TRUE(node.mask.has_value());
+  EXPECT_FALSE(node.mask->isEnabled);
+  EXPECT_FALSE(node.isExpanded.has_value());
+  EXPECT_FALSE(node.children.has_value());
+}
+
+TEST(Manifest, unknownKeysAreIgnored) {
+  EXPECT_EQ(
+      failureOf(manifestText("\"name\" : \"Sea\"", R"("name" : "Sea", "later" : [{"a" : [1, {}]}, null])")),
+      "");
+  EXPECT_EQ(failureOf(manifestText("\"type\" : \"layer\"", R"("type" : "layer", "later" : {"id" : 7})")), "");
+}
+
+TEST(Manifest, everyRequiredKeyIsMissed) {
+  for (const char* key : {"canvasHeight", "canvasWidth", "colorMode", "name", "formatVersion", "generator",
+                          "metadata", "createdAt", "modifiedAt", "nodes", "document", "blendMode", "isLocked",
+                          "isVisible", "opacity", "type", "isEnabled"}) {
+    const std::string name = std::string("\"") + key + "\"";
+    EXPECT_NE(failureOf(manifestText(name, "\"other\"")), "") << key;
+  }
+}
+
+TEST(Manifest, optionalKeysMayBeMissingOrNull) {
+  for (const char* key : {"backgroundColor", "foregroundColor", "selectedNodeID", "hasPixelData", "mask"}) {
+    const std::string name = std::string("\"") + key + "\"";
+    EXPECT_EQ(failureOf(manifestText(name, "\"other\"")), "") << key;
+  }
+  const auto manifest = decodeManifest(manifestText("\"0A0B0C\"", "null"));
+  ASSERT_TRUE(manifest.has_value());
+  EXPECT_FALSE(manifest->document.foregroundColor.has_value());
+}
+
+TEST(Manifest, valuesOfAnotherTypeAreRefused) {
+  EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : \"30\"")), "");
+  EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : 30.5")), "");
+  EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : 1e300")), "");
+  EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : 99999999999999999999")), "");
+  EXPECT_NE(failureOf(manifestText("\"isLocked\" : true", "\"isLocked\" : 1")), "");
+  EXPECT_NE(failureOf(manifestText("\"name\" : \"Sea\"", "\"name\" : null")), "");
+  EXPECT_NE(failureOf(manifestText("\"opacity\" : 0.25", "\"opacity\" : NaN")), "");
+  EXPECT_NE(failureOf(manifestText("\"opacity\" : 0.25", "\"opacity\" : 1e39")), "");
+  EXPECT_NE(failureOf(manifestText("\"opacity\" : 0.25", "\"opacity\" : \"0.25\"")), "");
+  EXPECT_NE(failureOf(manifestText("\"mask\" : {", "\"mask\" : [{")), "");
+}
+
+TEST(Manifest, anotherVersionIsRefusedBeforeAnythingElseIsLookedAt) {
+  for (const char* version : {"2", "4", "0", "-3"}) {
+    const std::string text = std::string(R"({"formatVersion" : )") + version + R"(, "nodes" : "not nodes"})";
+    EXPECT_TRUE(QString::fromStdString(failureOf(text)).contains(QStringLiteral("format version")))
+        << version;
+  }
+  EXPECT_FALSE(
+      QString::fromStdString(failureOf(R"({"formatVersion" : 3})")).contains(QStringLiteral("version")));
+}
+
+TEST(Manifest, textThatIsNoJsonIsRefused) {
+  const std::string whole = manifestText();
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    EXPECT_NE(failureOf(whole.substr(0, length)), "") << length;
+  }
+  EXPECT_NE(failureOf(whole + "x"), "");
+  EXPECT_NE(failureOf(manifestText("Sea", "S\xC3\x28")), "");
+}
+
+std::string nestedFolders(int depth) {
+  const std::string open =
+      R"({"blendMode":0,"id":"x","isLocked":false,"isVisible":true,"name":"f","opacity":1,"type":"folder","children":[)";
+  std::string nodes;
+  for (int i = 0; i < depth; ++i) nodes += open;
+  for (int i = 0; i < depth; ++i) nodes += "]}";
+  const std::string whole = manifestText();
+  const std::string start = "\"nodes\" : [";
+  return whole.substr(0, whole.find(start) + start.size()) + nodes + "]}";
+}
+
+TEST(Manifest, depthIsBounded) {
+  EXPECT_EQ(failureOf(nestedFolders(maximumFolderDepth)), "");
+  EXPECT_NE(failureOf(nestedFolders(maximumFolderDepth + 1)), "");
+  EXPECT_NE(failureOf(nestedFolders(100'000)), "");
+}
+
+DocumentPtr smallDocument() {
+  DocumentPtr document = Document::createEmpty(QString::fromUtf8("Ça \"va\""), 30, 20, ColorMode::grayscale16,
+                                               MetalContext::shared());
+  auto layer = std::make_shared<Layer>(QStringLiteral("Waves"));
+  layer->texture = document->makeLayerTexture();
+  layer->opacity = 0.3F;
+  layer->blendMode = BlendMode::screen;
+  layer->mask =
+      std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(30, 20, MetalContext::shared()));
+  layer->mask.value()->isEnabled = false;
+  auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
+  auto folder = std::make_shared<LayerFolder>(QStringLiteral("Group"));
+  folder->isExpanded = false;
+  folder->isLocked = true;
+  folder->children = LayerNodeList{bare};
+  auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
+  empty->isVisible = false;
+  document->rootNodes = LayerNodeList{layer, folder, empty};
+  document->selectedNodeID = folder->id;
+  document->foregroundColor = DisplayColor{1.0F, 0.5F, 0.0F, 1.0F};
+  return document;
+}
+
+TEST(Manifest, describesADocument) {
+  const DocumentPtr document = smallDocument();
+  const auto manifest = describeDocument(*document);
+  ASSERT_TRUE(manifest.has_value());
+  EXPECT_EQ(manifest->generator, QStringLiteral("Orvanel 0.1"));
+  EXPECT_EQ(manifest->metadata.createdAt, manifest->metadata.modifiedAt);
+  EXPECT_TRUE(QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ$"))
+                  .match(manifest->metadata.createdAt)
+                  .hasMatch());
+  EXPECT_EQ(manifest->document.colorMode, 1);
+  EXPECT_EQ(manifest->document.foregroundColor, QStringLiteral("FF8000"));
+  EXPECT_EQ(manifest->document.backgroundColor, QStringLiteral("FFFFFF"));
+  ASSERT_EQ(manifest->nodes.size(), 3U);
+  EXPECT_EQ(manifest->nodes[0].hasPixelData, true);
+  EXPECT_TRUE(manifest->nodes[0].mask.has_value());
+  EXPECT_FALSE(manifest->nodes[0].isExpanded.has_value());
+  EXPECT_FALSE(manifest->nodes[0].children.has_value());
+  EXPECT_EQ(manifest->nodes[1].hasPixelData, false);
+  EXPECT_EQ(manifest->nodes[1].isExpanded, false);
+  ASSERT_EQ(manifest->nodes[1].children->size(), 1U);
+  EXPECT_EQ(manifest->nodes[1].children->front().hasPixelData, false);
+  EXPECT_TRUE(manifest->nodes[2].children->empty());
+  EXPECT_EQ(manifest->document.selectedNodeID, manifest->nodes[1].id);
+  EXPECT_EQ(manifest->nodes[1].id, manifest->nodes[1].id.toUpper());
+  EXPECT_EQ(manifest->nodes[1].id.size(), 36);
+}
+
+TEST(Manifest, writesSortedKeysAndNoNulls) {
+  const DocumentPtr document = smallDocument();
+  document->selectedNodeID = std::nullopt;
+  const QByteArray text = encodeManifest(*describeDocument(*document));
+  EXPECT_FALSE(text.contains("null"));
+  EXPECT_FALSE(text.contains("selectedNodeID"));
+  EXPECT_TRUE(text.contains("\"children\" : []"));
+  EXPECT_TRUE(text.contains("\"opacity\" : 0.3,"));
+  // Another JSON reader agrees, and another writer that sorts its keys has them in the same order.
+  QJsonParseError error;
+  const QJsonDocument parsed = QJsonDocument::fromJson(text, &error);
+  ASSERT_EQ(error.error, QJsonParseError::NoError);
+  const auto keys = [](const QByteArray& json) {
+    QStringList found;
+    const QRegularExpression key(QStringLiteral("\"(\\w+)\" ?:"));
+    for (auto match = key.globalMatch(QString::fromUtf8(json)); match.hasNext();)
+      found << match.next().captured(1);
+    return found;
+  };
+  EXPECT_EQ(keys(text), keys(parsed.toJson()));
+  EXPECT_EQ(parsed.object()["document"].toObject()["name"].toString(), QString::fromUtf8("Ça \"va\""));
+}
+
+TEST(Manifest, readsWhatItWrote) {
+  const DocumentPtr document = smallDocument();
+  const auto manifest = describeDocument(*document);
+  const QByteArray text = encodeManifest(*manifest);
+  const auto decoded = decodeManifest({text.constData(), static_cast<std::size_t>(text.size())});
+  ASSERT_TRUE(decoded.has_value()) << decoded.error().toStdString();
+  EXPECT_EQ(encodeManifest(*decoded), text);
+}
+
+TEST(Manifest, emptyTreeGivesAnEmptyArray) {
+  const DocumentPtr document =
+      Document::createEmpty(QStringLiteral("Empty"), 1, 1, ColorMode::rgb8, MetalContext::shared());
+  EXPECT_TRUE(encodeManifest(*describeDocument(*document)).contains("\"nodes\" : []"));
+}
+
+TEST(Manifest, whatCannotBeReadIsNotWritten) {
+  const DocumentPtr document = smallDocument();
+  document->rootNodes.value().front().opacity() = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_FALSE(describeDocument(*document).has_value());
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,202 @@
+#include "io/files/AtomicFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include "io/TestBytes.h"
+#include "io/files/FaultyDisk.h"
+#include "raster/Background.h"
+
+namespace orvanel {
+namespace {
+
+using testing::Bytes;
+using testing::bytesOf;
+
+class AtomicFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(directory_.isValid()); }
+
+  QString path(const QString& name = QStringLiteral("picture.png")) const {
+    return directory_.filePath(name);
+  }
+  QStringList files() const { return QDir(directory_.path()).entryList(QDir::Files | QDir::Hidden); }
+
+  static void put(const QString& file, const QByteArray& bytes) {
+    QFile out(file);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    ASSERT_EQ(out.write(bytes), bytes.size());
+  }
+  static QByteArray contents(const QString& file) {
+    QFile in(file);
+    return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+  }
+  static mode_t permissions(const QString& file) {
+    struct stat status {};
+    ::stat(QFile::encodeName(file).constData(), &status);
+    return status.st_mode & 07777;
+  }
+
+  QTemporaryDir directory_;
+};
+
+TEST_F(AtomicFileTest, makesAFile) {
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  EXPECT_EQ(contents(path()), "new");
+  EXPECT_EQ(files(), QStringList{QStringLiteral("picture.png")});
+}
+
+TEST_F(AtomicFileTest, replacesAFileAndKeepsItsPermissions) {
+  put(path(), "old");
+  ASSERT_EQ(::chmod(QFile::encodeName(path()).constData(), 0640), 0);
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  EXPECT_EQ(contents(path()), "new");
+  EXPECT_EQ(permissions(path()), 0640U);
+}
+
+TEST_F(AtomicFileTest, letsGoOfTheReplacedFileInTheBackground) {
+  put(path(), "old");
+  waitForBackgroundWork();
+  const auto openFiles = [] {
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
+  };
+  const auto before = openFiles();
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  waitForBackgroundWork();
+  EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(AtomicFileTest, newFileHasTheOrdinaryPermissions) {
+  const mode_t mask = ::umask(0027);
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  ::umask(mask);
+  EXPECT_EQ(permissions(path()), 0640U);
+}
+
+TEST_F(AtomicFileTest, followsALinkToAFile) {
+  put(path(), "old");
+  const QString link = path(QStringLiteral("link.png"));
+  ASSERT_TRUE(QFile::link(path(), link));
+  ASSERT_TRUE(replaceFile(link, bytesOf("new")).has_value());
+  EXPECT_EQ(contents(path()), "new");
+  EXPECT_EQ(QFile::symLinkTarget(link), path());
+}
+
+TEST_F(AtomicFileTest, writesUnderATemporaryNameBesideTheDestination) {
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE(file.has_value());
+  ASSERT_TRUE((*file)->write(bytesOf("abc")).has_value());
+  const QStringList names = files();
+  ASSERT_EQ(names.size(), 1);
+  EXPECT_TRUE(
+      QRegularExpression(QStringLiteral("^dunmarrow_save_[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}\\.tmp$"))
+          .match(names.front())
+          .hasMatch())
+      << names.front().toStdString();
+}
+
+TEST_F(AtomicFileTest, isGoneWhenItIsNotCommitted) {
+  put(path(), "old");
+  {
+    const auto file = AtomicFile::create(path());
+    ASSERT_TRUE((*file)->write(bytesOf("half")).has_value());
+  }
+  EXPECT_EQ(contents(path()), "old");
+  EXPECT_EQ(files().size(), 1);
+}
+
+TEST_F(AtomicFileTest, takesLateWritesAtEarlierPlaces) {
+  const Bytes body = testing::noise(9'000'000, 1);
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("head????")).has_value());
+  ASSERT_TRUE((*file)->write(body).has_value());
+  // Part of this lies on the disk already, part of it in the buffer.
+  for (const std::int64_t place : {4, 4'194'300, 8'999'000}) {
+    (*file)->seek(place);
+    ASSERT_TRUE((*file)->write(bytesOf("sizesize")).has_value());
+  }
+  (*file)->seek((*file)->size());
+  ASSERT_TRUE((*file)->write(bytesOf("tail")).has_value());
+  ASSERT_TRUE((*file)->commit([](const std::string&) { return Described<void>(); }).has_value());
+
+  QByteArray expected = "head????";
+  expected.append(reinterpret_cast<const char*>(body.data()), static_cast<qsizetype>(body.size()));
+  for (const int place : {4, 4'194'300, 8'999'000}) expected.replace(place, 8, "sizesize");
+  expected.append("tail");
+  EXPECT_TRUE(contents(path()) == expected);
+}
+
+TEST_F(AtomicFileTest, leavesTheOldFileWhenTheDiskIsFull) {
+  put(path(), "old");
+  const Bytes bytes = testing::noise(10'000, 2);
+  for (std::int64_t capacity = 0; capacity < 10'000; capacity += 499) {
+    testing::FullDisk disk(capacity);
+    const ScopedFileOperations scope(disk);
+    const auto result = replaceFile(path(), bytes);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_TRUE(result.error().contains(QStringLiteral("No space left on device")));
+    EXPECT_EQ(contents(path()), "old");
+    EXPECT_EQ(files().size(), 1);
+  }
+}
+
+TEST_F(AtomicFileTest, leavesTheOldFileWhenALaterStepFails) {
+  put(path(), "old");
+  for (const auto step : {testing::FailingStep::Step::sync, testing::FailingStep::Step::rename}) {
+    testing::FailingStep disk(step);
+    const ScopedFileOperations scope(disk);
+    EXPECT_FALSE(replaceFile(path(), bytesOf("new")).has_value());
+    EXPECT_EQ(contents(path()), "old");
+    EXPECT_EQ(files().size(), 1);
+  }
+}
+
+TEST_F(AtomicFileTest, leavesTheOldFileWhenTheCheckFails) {
+  put(path(), "old");
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  EXPECT_FALSE(
+      (*file)->commit([](const std::string&) { return because(QStringLiteral("No.")); }).has_value());
+  EXPECT_EQ(contents(path()), "old");
+}
+
+TEST_F(AtomicFileTest, noticesAFileThatWasCutShortOnTheDisk) {
+  put(path(), "old");
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(testing::noise(5'000'000, 3)).has_value());
+  (*file)->seek(0);
+  // What another program does to the file while it is being written.
+  class Truncating final : public FileOperations {
+    int sync(int handle) override { return ::ftruncate(handle, 100); }
+  } disk;
+  const ScopedFileOperations scope(disk);
+  EXPECT_FALSE((*file)->commit([](const std::string&) { return Described<void>(); }).has_value());
+  EXPECT_EQ(contents(path()), "old");
+}
+
+TEST_F(AtomicFileTest, goesElsewhereOnlyWhereTheDirectoryTakesNoFile) {
+  put(path(), "old");
+  testing::ReadOnlyDirectory disk(QFileInfo(directory_.path()).canonicalFilePath().toStdString());
+  const ScopedFileOperations scope(disk);
+  const auto result = replaceFile(path(), bytesOf("new"));
+  ASSERT_FALSE(result.has_value());
+  EXPECT_TRUE(result.error().contains(QStringLiteral("Permission denied")));
+  EXPECT_TRUE(disk.created.starts_with(QDir::tempPath().toStdString() + "/dunmarrow_save_"));
+  EXPECT_NE(::access(disk.created.c_str(), F_OK), 0);
+  EXPECT_EQ(contents(path()), "old");
+}
+
+TEST_F(AtomicFileTest, refusesADirectoryAndAMissingOne) {
+  EXPECT_FALSE(replaceFile(directory_.path(), bytesOf("new")).has_value());
+  EXPECT_FALSE(replaceFile(path(QStringLiteral("missing/picture.png")), bytesOf("new")).has_value());
+  EXPECT_TRUE(files().isEmpty());
+}
+
+}  // namespace
+}  // namespace orvanel
