@@ -207,7 +207,12 @@ std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& documen
   return SaveRequest{document, *path, *format};
 }
 
+bool DocumentFiles::canSave(const Document& document) {
+  return document.isDirty.value() || !document.sourceFileURL.value();
+}
+
 void DocumentFiles::save(const DocumentPtr& document) {
+  if (!canSave(*document)) return;
   if (std::optional<SaveRequest> request = saveInPlace(document)) {
     saves_.add(*std::move(request));
   } else {

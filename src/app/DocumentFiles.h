@@ -42,7 +42,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void noteRecentDocument(const QString& path);
 
   // Saves run one after the other, in the order in which they were asked for.
-  /// Saves in place, or asks where if the document has no file that can hold it.
+  /// False for a document that is in its file as it stands, which saving would rewrite for nothing.
+  [[nodiscard]] static bool canSave(const Document& document);
+  /// Saves in place, or asks where if the document has no file that can hold it. Nothing without need.
   void save(const DocumentPtr& document);
   /// Asks where, and saves there.
   void saveAs(const DocumentPtr& document);

@@ -265,6 +265,7 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
+  first->isDirty = true;
   second->isDirty = true;
   files.save(first);
   dialogs.savePaths.push(path("chosen.tessel"));
@@ -304,6 +305,21 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
+TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
+  const QString photo = writeImage("photo.jpg");
+  const DocumentPtr document = openOne(photo);
+  ASSERT_TRUE(QFile::remove(photo));
+  EXPECT_FALSE(DocumentFiles::canSave(*document));
+  files.save(document);
+  EXPECT_FALSE(files.activity.fraction.value().has_value());
+  files.settleWrites();
+  EXPECT_THAT(filesIn(), IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
+  EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
+}
+
 TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   document->sourceFileURL = path("no such folder/photo.png");
@@ -329,6 +345,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
   const DocumentPtr otherFormat = openOne(writeImage("photo.ppm"));
   EXPECT_EQ(otherFormat->sourceFileFormat.value(), std::nullopt);
+  otherFormat->isDirty = true;
   files.save(otherFormat);
   EXPECT_EQ(asked, 3);
   EXPECT_TRUE(layered->isDirty.value());
