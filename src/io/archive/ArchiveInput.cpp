@@ -1,14 +1,11 @@
 #include "io/archive/ArchiveInput.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 
+#include "io/files/InputFile.h"
 #include "io/files/PassingFile.h"
 
 namespace orvanel {
@@ -16,23 +13,19 @@ namespace {
 
 class FileInput final : public ArchiveInput {
  public:
-  FileInput(int file, std::uint64_t size) : file_(file), size_(size) {}
-  ~FileInput() override { ::close(file_); }
-  FileInput(const FileInput&) = delete;
-  FileInput& operator=(const FileInput&) = delete;
+  explicit FileInput(FileHandle file) : file_(std::move(file)) {}
 
   std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const override {
     ssize_t count = 0;
     do {
-      count = readPassing(file_, out, static_cast<std::int64_t>(offset));
+      count = readPassing(file_.descriptor(), out, static_cast<std::int64_t>(offset));
     } while (count < 0 && errno == EINTR);
     return count;
   }
-  std::uint64_t size() const override { return size_; }
+  std::uint64_t size() const override { return static_cast<std::uint64_t>(file_.size()); }
 
  private:
-  int file_;
-  std::uint64_t size_;
+  FileHandle file_;
 };
 
 class MemoryInput final : public ArchiveInput {
@@ -124,17 +117,9 @@ struct Cursor {
 }  // namespace
 
 Described<std::shared_ptr<const ArchiveInput>> ArchiveInput::file(const std::string& path) {
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) {
-    return because(
-        QStringLiteral("The file can't be opened: %1.").arg(QString::fromLocal8Bit(strerror(errno))));
-  }
-  struct stat status {};
-  if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
-    ::close(file);
-    return because(QStringLiteral("This is not a file."));
-  }
-  return std::make_shared<const FileInput>(file, static_cast<std::uint64_t>(status.st_size));
+  auto file = FileHandle::openForReading(path);
+  if (!file) return because(file.error());
+  return std::make_shared<const FileInput>(std::move(*file));
 }
 
 std::shared_ptr<const ArchiveInput> ArchiveInput::bytes(std::span<const std::byte> bytes) {

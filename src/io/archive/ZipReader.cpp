@@ -206,11 +206,12 @@ Described<ByteBuffer> ZipReader::readAll(std::size_t index, std::uint64_t limit)
   return bytes;
 }
 
-Described<std::uint32_t> ZipReader::storedCrc(std::size_t index) const {
+Described<std::uint32_t> ZipReader::storedCrc(std::size_t index, const Progress& progress) const {
   const auto handle = openStored(index);
   if (!handle) return because(handle.error());
   std::uint32_t crc = 0;
   while (true) {
+    if (progress.isCancelled()) return cancelled();
     const auto bytes = (*handle)->next();
     if (!bytes) return because(damaged(entries_[index], bytes.error()));
     if (bytes->empty()) return crc;
@@ -245,9 +246,10 @@ Described<void> ZipReader::Stream::read(std::span<std::byte> out) {
   return {};
 }
 
-Described<void> ZipReader::Stream::finish() {
+Described<void> ZipReader::Stream::finish(const Progress& progress) {
   ByteBuffer rest(std::min<std::uint64_t>(readBytes, info_.size - done_));
   while (done_ < info_.size) {
+    if (progress.isCancelled()) return cancelled();
     rest.truncate(info_.size - done_);
     if (auto result = read(rest.span()); !result) return result;
   }
@@ -260,7 +262,8 @@ Described<void> ZipReader::Stream::finish() {
   return {};
 }
 
-Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& written) {
+Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& written,
+                               const Progress& progress) {
   const QString different = QStringLiteral("The file on the disk is not the one that was written.");
   const auto reader = ZipReader::open(path);
   if (!reader) return because(reader.error());
@@ -270,7 +273,7 @@ Described<void> compareArchive(const std::string& path, const std::vector<Writte
     const bool agrees = entries[i].path == written[i].path && entries[i].size == written[i].size &&
                         entries[i].storedSize == written[i].storedSize && entries[i].crc == written[i].crc;
     if (!agrees) return because(different);
-    const auto crc = reader->storedCrc(i);
+    const auto crc = reader->storedCrc(i, progress);
     if (!crc) return because(crc.error());
     if (*crc != written[i].storedCrc) return because(different);
     return {};

@@ -13,6 +13,7 @@
 #include "io/archive/Deflate.h"
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
+#include "io/files/Progress.h"
 
 struct zip;
 struct zip_file;
@@ -59,7 +60,7 @@ class ZipReader {
     /// Fills `out` wholly. Reading beyond the size that the directory tells is a failure.
     [[nodiscard]] Described<void> read(std::span<std::byte> out);
     /// Reads what is left, and compares the end and the CRC-32 with the directory.
-    [[nodiscard]] Described<void> finish();
+    [[nodiscard]] Described<void> finish(const Progress& progress = {});
 
    private:
     friend class ZipReader;
@@ -78,7 +79,7 @@ class ZipReader {
   /// All bytes of an entry of at most `limit` bytes, checked.
   [[nodiscard]] Described<ByteBuffer> readAll(std::size_t index, std::uint64_t limit) const;
   /// The CRC-32 of the entry's bytes as they stand in the archive.
-  [[nodiscard]] Described<std::uint32_t> storedCrc(std::size_t index) const;
+  [[nodiscard]] Described<std::uint32_t> storedCrc(std::size_t index, const Progress& progress) const;
 
  private:
   struct Handles;
@@ -94,6 +95,7 @@ class ZipReader {
 
 /// Compares an archive with what was written there, by the directory and the stored bytes of all entries.
 [[nodiscard]] Described<void> compareArchive(const std::string& path,
-                                             const std::vector<WrittenEntry>& written);
+                                             const std::vector<WrittenEntry>& written,
+                                             const Progress& progress);
 
 }  // namespace orvanel

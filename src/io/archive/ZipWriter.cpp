@@ -69,8 +69,9 @@ class ChunkSupply {
 /// One entry on its way into the archive: a source whose data is compressed already.
 class EntrySource {
  public:
-  EntrySource(const ArchiveEntry& entry, ChunkSupply& supply, std::function<void()> chunkDone)
-      : entry_(entry), supply_(supply), chunkDone_(std::move(chunkDone)) {
+  EntrySource(const ArchiveEntry& entry, ChunkSupply& supply, std::function<void()> chunkDone,
+              const Progress& progress)
+      : entry_(entry), supply_(supply), chunkDone_(std::move(chunkDone)), progress_(progress) {
     written.path = entry.path;
   }
 
@@ -88,7 +89,7 @@ class EntrySource {
       case ZIP_SOURCE_FREE:
         return 0;
       case ZIP_SOURCE_READ:
-        return read({static_cast<std::byte*>(data), length});
+        return progress_.isCancelled() ? -1 : read({static_cast<std::byte*>(data), length});
       case ZIP_SOURCE_STAT:
         describe(*static_cast<zip_stat_t*>(data));
         return sizeof(zip_stat_t);
@@ -157,6 +158,7 @@ class EntrySource {
   const ArchiveEntry& entry_;
   ChunkSupply& supply_;
   std::function<void()> chunkDone_;
+  const Progress& progress_;
   Chunk current_;
   std::span<const std::byte> rest_;
   int chunksTaken_ = 0;
@@ -283,21 +285,22 @@ Described<void> writeArchive(AtomicFile& file, const std::vector<ArchiveEntry>& 
     std::size_t chunksDone = 0;
     const auto chunkDone = [&] {
       ++chunksDone;
-      if (progress) {
-        progress(writingShare * static_cast<double>(chunksDone) / static_cast<double>(supply.chunkCount()));
-      }
+      progress.tell(writingShare * static_cast<double>(chunksDone) /
+                    static_cast<double>(supply.chunkCount()));
     };
     std::vector<std::unique_ptr<EntrySource>> sources;
     sources.reserve(entries.size());
     for (const ArchiveEntry& entry : entries) {
-      sources.push_back(std::make_unique<EntrySource>(entry, supply, chunkDone));
+      sources.push_back(std::make_unique<EntrySource>(entry, supply, chunkDone, progress));
     }
     FileSink sink(file);
-    if (auto result = writeEntries(sink, sources, entries); !result) return result;
+    if (auto result = writeEntries(sink, sources, entries); !result) {
+      return progress.isCancelled() ? cancelled() : std::move(result);
+    }
     written.reserve(sources.size());
     for (auto& source : sources) written.push_back(std::move(source->written));
   }
-  return file.commit([&](const std::string& path) { return compareArchive(path, written); });
+  return file.commit([&](const std::string& path) { return compareArchive(path, written, progress); });
 }
 
 }  // namespace orvanel

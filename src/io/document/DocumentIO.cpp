@@ -15,12 +15,13 @@ namespace {
 bool backgroundSaveRuns = false;
 
 template <typename Value>
-tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& result) {
-  return tl::unexpected(FileError{code, result.error()});
+tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& result,
+                                 const Progress& progress = {}) {
+  return tl::unexpected(FileError{code, result.error(), progress.isCancelled()});
 }
 
-FileResult<void> saveResult(const Described<void>& result) {
-  if (!result) return failed(DocumentIOError::saveFailed, result);
+FileResult<void> saveResult(const Described<void>& result, const Progress& progress = {}) {
+  if (!result) return failed(DocumentIOError::saveFailed, result, progress);
   return {};
 }
 
@@ -43,17 +44,21 @@ struct LoadJob {
   void finish(const FileResult<DocumentPtr>& result) const {
     if (!receiver.isNull()) done(result);
   }
+  template <typename Value>
+  void fail(const Described<Value>& result) const {
+    finish(failed(DocumentIOError::loadFailed, result, progress));
+  }
 };
 
 using LoadJobPtr = std::shared_ptr<LoadJob>;
 
 void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
   if (!filled) {
-    job->finish(failed(DocumentIOError::loadFailed, filled));
+    job->fail(filled);
     return;
   }
   if (const auto judged = judgeShownMemory(*job->built.document); !judged) {
-    job->finish(failed(DocumentIOError::loadFailed, judged));
+    job->fail(judged);
     return;
   }
   attachSource(*job->built.document, job->path);
@@ -64,7 +69,7 @@ void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
 void buildAndFill(const LoadJobPtr& job) {
   auto built = buildDocument(*job->opened, job->context);
   if (!built) {
-    job->finish(failed(DocumentIOError::loadFailed, built));
+    job->fail(built);
     return;
   }
   job->built = std::move(*built);
@@ -87,7 +92,8 @@ bool DocumentIO::isDocumentPath(const QString& path) {
 }
 
 void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalContext& /*context*/,
-                      QObject* receiver, SaveDone done, ProgressChanged progressChanged) {
+                      QObject* receiver, SaveDone done, ProgressChanged progressChanged,
+                      CancellationPtr cancellation) {
   const QPointer<QObject> guard(receiver);
   const auto finish = [guard, done = std::move(done)](const FileResult<void>& result) {
     if (!guard.isNull()) done(result);
@@ -103,13 +109,13 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
   }
   backgroundSaveRuns = true;
   auto picture = std::make_shared<SaveSnapshot>(std::move(*snapshot));
-  Progress progress = progressOnMainThread(receiver, std::move(progressChanged));
+  Progress progress = progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation));
   runInBackground([picture, path, progress = std::move(progress), finish]() mutable {
     Described<void> written = writeSnapshot(*picture, path, progress);
     picture.reset();
-    runOnMainThread([finish, written = std::move(written)] {
+    runOnMainThread([finish, written = std::move(written), progress = std::move(progress)] {
       backgroundSaveRuns = false;
-      finish(saveResult(written));
+      finish(saveResult(written, progress));
     });
   });
 }
@@ -122,20 +128,15 @@ FileResult<void> DocumentIO::saveSynchronously(const DocumentPtr& document, cons
 }
 
 void DocumentIO::load(const QString& path, MetalContext& context, QObject* receiver, LoadDone done,
-                      ProgressChanged progressChanged) {
-  auto job = std::make_shared<LoadJob>(LoadJob{path,
-                                               context,
-                                               receiver,
-                                               std::move(done),
-                                               progressOnMainThread(receiver, std::move(progressChanged)),
-                                               std::nullopt,
-                                               {}});
+                      ProgressChanged progressChanged, CancellationPtr cancellation) {
+  Progress progress = progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation));
+  auto job = std::make_shared<LoadJob>(
+      LoadJob{path, context, receiver, std::move(done), std::move(progress), std::nullopt, {}});
   runInBackground([job = std::move(job)]() mutable {
-    auto opened = openDocument(job->path);
+    auto opened = openDocument(job->path, job->progress);
     if (!opened) {
-      runOnMainThread([job = std::move(job), error = opened.error()] {
-        job->finish(tl::unexpected(FileError{DocumentIOError::loadFailed, error}));
-      });
+      runOnMainThread(
+          [job = std::move(job), opened = Described<void>(because(opened.error()))] { job->fail(opened); });
       return;
     }
     job->opened = std::move(*opened);

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "io/files/FileError.h"
+#include "io/files/Progress.h"
 #include "model/Document.h"
 
 namespace orvanel {
@@ -23,10 +24,14 @@ class DocumentIO {
   /// From 0 to 1, on the main thread, at most a hundred times.
   using ProgressChanged = std::function<void(double)>;
 
+  // Cancelled work ends soon with an error that says so and leaves nothing behind: a file is as it was, a
+  // document is not handed out. What has been completed by then stays so.
+
   /// Saves in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
   /// While another save runs, this one writes nothing and succeeds. Flags of the document are the caller's.
   static void save(const DocumentPtr& document, const QString& path, MetalContext& context, QObject* receiver,
-                   SaveDone done, ProgressChanged progressChanged = {});
+                   SaveDone done, ProgressChanged progressChanged = {},
+                   CancellationPtr cancellation = nullptr);
   /// The same file, complete when this returns; doesn't mind a background save. Main thread.
   [[nodiscard]] static FileResult<void> saveSynchronously(const DocumentPtr& document, const QString& path,
                                                           MetalContext& context);
@@ -35,7 +40,7 @@ class DocumentIO {
 
   /// Loads in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
   static void load(const QString& path, MetalContext& context, QObject* receiver, LoadDone done,
-                   ProgressChanged progressChanged = {});
+                   ProgressChanged progressChanged = {}, CancellationPtr cancellation = nullptr);
   /// The same, complete when this returns. Main thread.
   [[nodiscard]] static FileResult<DocumentPtr> loadSynchronously(const QString& path, MetalContext& context);
 

@@ -57,13 +57,14 @@ bool gridsFitInMemory(const Manifest& manifest) {
   return pixelsFitInMemory(surfacesOf(manifest.nodes) * gridBytes * 4);
 }
 
-Described<OpenedDocument> readManifest(Described<ZipReader> archive) {
+Described<OpenedDocument> readManifest(Described<ZipReader> archive, const Progress& progress) {
   if (!archive) return because(archive.error());
+  if (progress.isCancelled()) return cancelled();
   const auto entry = archive->find("manifest.json");
   if (!entry.has_value()) return because(QStringLiteral("The archive holds no document."));
   const auto text = archive->readAll(*entry, maximumManifestBytes);
   if (!text) return because(text.error());
-  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()});
+  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
   if (!manifest) return because(manifest.error());
   const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
   if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
@@ -200,9 +201,29 @@ Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
   return isCalm;
 }
 
+/// How far the threads that fill surfaces have come together.
+class LoadProgress {
+ public:
+  LoadProgress(const Progress& progress, std::uint64_t totalBytes)
+      : progress_(progress), totalBytes_(totalBytes) {}
+
+  void add(std::size_t bytes) {
+    const std::lock_guard lock(mutex_);
+    doneBytes_ += bytes;
+    progress_.tell(static_cast<double>(doneBytes_) / static_cast<double>(totalBytes_));
+  }
+  [[nodiscard]] bool isCancelled() const { return progress_.isCancelled(); }
+
+ private:
+  const Progress& progress_;
+  std::uint64_t totalBytes_;
+  std::mutex mutex_;
+  std::uint64_t doneBytes_ = 0;
+};
+
 /// Reads one entry into its surface, a row of tiles at a time.
 Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, Surface& surface,
-                            const std::function<void(std::size_t)>& bytesDone) {
+                            LoadProgress& progress) {
   std::array<std::byte, LayerdataHeader::byteSize> start{};
   if (auto result = stream.read(start); !result) return result;
   const auto header = LayerdataHeader::decode(start);
@@ -214,6 +235,7 @@ Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& e
   const int bandRows = std::min(tileSide, surface.height());
   ByteBuffer band(rowBytes * static_cast<std::size_t>(bandRows));
   for (int y = 0; y < surface.height(); y += tileSide) {
+    if (progress.isCancelled()) return cancelled();
     const int rows = std::min(tileSide, surface.height() - y);
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
     const auto isCalm = readBand(stream, band.span().first(bytes));
@@ -223,7 +245,7 @@ Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& e
     for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x) {
       markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
     }
-    bytesDone(bytes);
+    progress.add(bytes);
   }
   return {};
 }
@@ -281,12 +303,12 @@ TilesOfTree tilesOf(const LayerNodeList& nodes, std::uint64_t tilesOfCanvas) {
 
 }  // namespace
 
-Described<OpenedDocument> openDocument(const QString& path) {
-  return readManifest(ZipReader::open(QFile::encodeName(path).toStdString()));
+Described<OpenedDocument> openDocument(const QString& path, const Progress& progress) {
+  return readManifest(ZipReader::open(QFile::encodeName(path).toStdString()), progress);
 }
 
-Described<OpenedDocument> openDocument(std::span<const std::byte> bytes) {
-  return readManifest(ZipReader::openBytes(bytes));
+Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const Progress& progress) {
+  return readManifest(ZipReader::openBytes(bytes), progress);
 }
 
 Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContext& context) {
@@ -327,21 +349,14 @@ Described<void> fillTextures(const OpenedDocument& opened, const std::vector<Tex
   std::uint64_t total = 1;
   for (const ArchiveEntryInfo& entry : entries) total += entry.size;
 
-  std::mutex mutex;
-  std::uint64_t done = 0;
-  const auto bytesDone = [&](std::size_t bytes) {
-    if (!progress) return;
-    const std::lock_guard lock(mutex);
-    done += bytes;
-    progress(static_cast<double>(done) / static_cast<double>(total));
-  };
+  LoadProgress loaded(progress, total);
   return forEachInBackground(entries.size(), [&](std::size_t index) -> Described<void> {
     auto stream = opened.archive.stream(index);
     if (!stream) return because(stream.error());
     if (Surface* destination = destinations[index]) {
-      if (auto result = fillTexture(*stream, entries[index], *destination, bytesDone); !result) return result;
+      if (auto result = fillTexture(*stream, entries[index], *destination, loaded); !result) return result;
     }
-    return stream->finish();
+    return stream->finish(progress);
   });
 }
 

@@ -33,9 +33,10 @@ struct BuiltDocument {
   std::vector<TextureLoadRequest> requests;
 };
 
-[[nodiscard]] Described<OpenedDocument> openDocument(const QString& path);
+[[nodiscard]] Described<OpenedDocument> openDocument(const QString& path, const Progress& progress = {});
 /// Over bytes that outlive the result.
-[[nodiscard]] Described<OpenedDocument> openDocument(std::span<const std::byte> bytes);
+[[nodiscard]] Described<OpenedDocument> openDocument(std::span<const std::byte> bytes,
+                                                     const Progress& progress = {});
 
 /// Main thread.
 [[nodiscard]] Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContext& context);

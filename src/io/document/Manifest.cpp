@@ -309,7 +309,7 @@ QByteArray encodeManifest(const Manifest& manifest) {
   return json.text();
 }
 
-Described<Manifest> decodeManifest(std::string_view text) {
+Described<Manifest> decodeManifest(std::string_view text, const Progress& progress) {
   JsonReader first(text);
   const FormatVersionCheck check = FormatVersionCheck::read(first);
   if (first.hasFailed()) return because(damagedManifest(first));
@@ -317,6 +317,7 @@ Described<Manifest> decodeManifest(std::string_view text) {
     return because(
         QStringLiteral("The document has format version %1, which can't be read.").arg(check.formatVersion));
   }
+  if (progress.isCancelled()) return cancelled();
   JsonReader json(text);
   Manifest manifest = readManifest(json);
   if (json.hasFailed()) return because(damagedManifest(json));

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "io/files/FileError.h"
+#include "io/files/Progress.h"
 
 namespace orvanel {
 
@@ -76,7 +77,7 @@ void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& ext
 /// Pretty-printed UTF-8 with sorted keys.
 [[nodiscard]] QByteArray encodeManifest(const Manifest& manifest);
 /// Refuses another version before it looks at anything else, then missing keys and values of another type.
-[[nodiscard]] Described<Manifest> decodeManifest(std::string_view text);
+[[nodiscard]] Described<Manifest> decodeManifest(std::string_view text, const Progress& progress = {});
 
 /// A node and all below it. Main thread.
 [[nodiscard]] NodeManifest describeNode(const LayerNode& node);

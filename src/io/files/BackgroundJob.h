@@ -15,7 +15,8 @@ void runInBackground(std::function<void()> work);
 void runOnMainThread(std::function<void()> call);
 
 /// Passes progress on to the main thread, a hundred steps at most; silent when `receiver` has gone. The
-/// result may be called by any thread, one at a time. Main thread.
-[[nodiscard]] Progress progressOnMainThread(QObject* receiver, std::function<void(double)> progressChanged);
+/// result may be told by any thread, one at a time. Main thread.
+[[nodiscard]] Progress progressOnMainThread(QObject* receiver, std::function<void(double)> progressChanged,
+                                            CancellationPtr cancellation = nullptr);
 
 }  // namespace orvanel

@@ -13,6 +13,8 @@ struct FileError {
   DocumentIOError code = DocumentIOError::loadFailed;
   /// A whole sentence without the file's name, which the alert adds.
   QString message;
+  /// The user has called the work off, and need not be told that it failed.
+  bool isCancelled = false;
 };
 
 template <typename Value>

@@ -21,8 +21,8 @@ namespace {
 
 using Format = Document::ImageFileFormat;
 
-FileError loadFailed(QString reason) {
-  return {DocumentIOError::loadFailed, std::move(reason)};
+FileError loadFailed(QString reason, const Progress& progress = {}) {
+  return {DocumentIOError::loadFailed, std::move(reason), progress.isCancelled()};
 }
 
 /// QRgb holds blue in its lowest byte, a surface red.
@@ -33,10 +33,11 @@ std::uint32_t surfacePixel(QRgb pixel) {
 /// Copies the image into an `rgba8Unorm` surface; tiles of an image without alpha are known as opaque.
 /// A row of tiles at a time and each row of pixels from end to end, so that the image is read as it lies in
 /// memory.
-void fillSurface(const QImage& image, Surface& surface) {
+void fillSurface(const QImage& image, Surface& surface, const Progress& progress) {
   const bool hasAlpha = image.hasAlphaChannel();
   const std::uint32_t opaque = hasAlpha ? 0U : 0xFF000000U;
   tbb::parallel_for(0, surface.tilesDown(), [&](int tileY) {
+    if (progress.isCancelled()) return;
     std::vector<std::uint32_t*> tiles;
     for (int tileX = 0; tileX < surface.tilesAcross(); ++tileX) {
       tiles.push_back(
@@ -102,16 +103,27 @@ QImage overWhite(const QImage& image) {
   return flat;
 }
 
-std::optional<QByteArray> encode(const QImage& image, const char* format, int quality) {
-  QBuffer buffer;
+/// Memory that encoders write to until the work is cancelled.
+class OutputBuffer final : public QBuffer {
+ public:
+  explicit OutputBuffer(const Progress& progress) : progress_(progress) {}
+
+ protected:
+  qint64 writeData(const char* bytes, qint64 count) override {
+    return progress_.isCancelled() ? -1 : QBuffer::writeData(bytes, count);
+  }
+
+ private:
+  const Progress& progress_;
+};
+
+std::optional<QByteArray> encode(const QImage& image, const char* format, const Progress& progress) {
+  OutputBuffer buffer(progress);
   buffer.open(QIODevice::WriteOnly);
   QImageWriter writer(&buffer, format);
-  writer.setQuality(quality);
   if (!writer.write(image)) return std::nullopt;
   return buffer.data();
 }
-
-constexpr int encodersDefault = -1;
 
 QByteArray pngOf(const QImage& image, const Progress& progress) {
   const bool hasAlpha = image.hasAlphaChannel();
@@ -137,13 +149,13 @@ std::optional<QByteArray> encode(const QImage& image, Format fileType, const Pro
     case Format::png:
       return pngOf(image, progress);
     case Format::jpeg:
-      return encode(overWhite(image), "jpeg", encodersDefault);
+      return encode(overWhite(image), "jpeg", progress);
     case Format::tiff:
-      return encode(image, "tiff", encodersDefault);
+      return encode(image, "tiff", progress);
     case Format::gif:
       return encodeGif(image, progress);
     case Format::bmp:
-      return encode(overWhite(image), "bmp", encodersDefault);
+      return encode(overWhite(image), "bmp", progress);
   }
   return std::nullopt;
 }
@@ -175,26 +187,27 @@ ColorMode colorMode(const ImageTraits& image) {
 FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
                                     const Progress& progress) {
   constexpr double decodedShare = 0.8;
-  Described<DecodedImage> decoded = decodeImageFile(path, partOf(progress, 0.0, decodedShare));
-  if (!decoded) return tl::unexpected(loadFailed(decoded.error()));
-  tell(progress, decodedShare);
+  Described<DecodedImage> decoded = decodeImageFile(path, progress.part(0.0, decodedShare));
+  if (!decoded) return tl::unexpected(loadFailed(decoded.error(), progress));
+  progress.tell(decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
   result.mode = colorMode(decoded->traits);
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
   if (staging == nullptr)
     return tl::unexpected(loadFailed(QStringLiteral("The image can't be held in memory.")));
-  fillSurface(image, *staging);
+  fillSurface(image, *staging, progress);
+  if (progress.isCancelled()) return tl::unexpected(loadFailed(cancelled().value(), progress));
   decoded->image = QImage();
   if (result.mode == ColorMode::rgb8) {
     result.pixels = staging;
-    tell(progress, 1.0);
+    progress.tell(1.0);
     return result;
   }
   result.pixels = context.makeTexture(layerPixelFormat(result.mode), staging->width(), staging->height());
   if (result.pixels == nullptr) fatalFault("Failed to create layer texture");
   context.convertTexture(*staging, *result.pixels, ColorMode::rgb8, result.mode);
-  tell(progress, 1.0);
+  progress.tell(1.0);
   return result;
 }
 
@@ -222,27 +235,30 @@ FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context, co
 std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, Format fileType,
                                       const MetalContext& context, const Progress& progress) {
   QImage image = imageOf(composite, mode, context);
-  if (image.isNull()) return std::nullopt;
+  if (image.isNull() || progress.isCancelled()) return std::nullopt;
   if (isOpaque(image)) image.reinterpretAsFormat(QImage::Format_RGBX8888);
   constexpr double convertedShare = 0.2;
-  tell(progress, convertedShare);
-  auto bytes = encode(image, fileType, partOf(progress, convertedShare, 1.0));
-  if (bytes) tell(progress, 1.0);
+  progress.tell(convertedShare);
+  auto bytes = encode(image, fileType, progress.part(convertedShare, 1.0));
+  if (progress.isCancelled()) return std::nullopt;
+  if (bytes) progress.tell(1.0);
   return bytes;
 }
 
 FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
                                 const QString& path, const MetalContext& context, const Progress& progress) {
-  const auto failed = [](QString reason) {
-    return tl::unexpected(FileError{DocumentIOError::exportFailed, std::move(reason)});
+  const auto failed = [&](QString reason) {
+    return tl::unexpected(
+        FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
   constexpr double encodedShare = 0.9;
-  const auto bytes = exportImage(composite, mode, fileType, context, partOf(progress, 0.0, encodedShare));
+  const auto bytes = exportImage(composite, mode, fileType, context, progress.part(0.0, encodedShare));
+  if (progress.isCancelled()) return failed(cancelled().value());
   if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
   const auto written = replaceFile(
       path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))));
   if (!written) return failed(written.error());
-  tell(progress, 1.0);
+  progress.tell(1.0);
   return {};
 }
 

@@ -37,7 +37,8 @@ struct FlatImage {
 };
 
 /// Decodes a file; what is no image, or larger than a canvas can be, is `loadFailed`.
-/// Progress comes in steps: header, decoded, in sRGB, in tiles.
+/// Progress comes in steps: header, decoded, in sRGB, in tiles. Cancelled work ends between them, or as soon
+/// as the decoder asks for more of the file.
 [[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
                                                   const Progress& progress = {});
 
@@ -50,8 +51,8 @@ struct FlatImage {
                                                 const Progress& progress = {});
 
 /// A composite encoded as a file's bytes; half floats are clamped to 0 to 1, and formats without alpha
-/// get the image over white. Nothing when the encoder fails. A PNG tells of progress band by band, the others
-/// when the picture is converted and when it is encoded.
+/// get the image over white. Nothing when the encoder fails or the work is cancelled. A PNG tells of progress
+/// band by band, the others when the picture is converted and when it is encoded.
 [[nodiscard]] std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode,
                                                     Document::ImageFileFormat fileType,
                                                     const MetalContext& context,

@@ -97,7 +97,8 @@ IndexedPixels indexed(const QImage& source) {
   return result;
 }
 
-bool writeFrame(const GifLibrary& api, GifFileType* file, const IndexedPixels& pixels, ColorMapObject* map) {
+bool writeFrame(const GifLibrary& api, GifFileType* file, const IndexedPixels& pixels, ColorMapObject* map,
+                const Progress& progress) {
   const int width = pixels.image.width();
   const int height = pixels.image.height();
   constexpr int bitsOfResolution = 8;
@@ -111,6 +112,7 @@ bool writeFrame(const GifLibrary& api, GifFileType* file, const IndexedPixels& p
   if (api.EGifPutImageDesc(file, 0, 0, width, height, false, nullptr) == GIF_ERROR) return false;
   std::vector<GifPixelType> row(static_cast<std::size_t>(width));
   for (int y = 0; y < height; ++y) {
+    if (progress.isCancelled()) return false;
     std::copy_n(pixels.image.constScanLine(y), width, row.begin());
     if (api.EGifPutLine(file, row.data(), width) == GIF_ERROR) return false;
   }
@@ -125,13 +127,13 @@ std::optional<QByteArray> encodeGif(const QImage& image, const Progress& progres
   const IndexedPixels pixels =
       indexed(image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32));
   constexpr double indexedShare = 0.7;
-  tell(progress, indexedShare);
+  progress.tell(indexedShare);
   QByteArray bytes;
   int error = 0;
   GifFileType* file = api.EGifOpen(&bytes, appendBytes, &error);
   if (file == nullptr) return std::nullopt;
   ColorMapObject* map = api.GifMakeMapObject(paletteSize, pixels.colors.data());
-  const bool written = map != nullptr && writeFrame(api, file, pixels, map);
+  const bool written = map != nullptr && writeFrame(api, file, pixels, map, progress);
   if (map != nullptr) api.GifFreeMapObject(map);
   const bool closed = api.EGifCloseFile(file, &error) != GIF_ERROR;
   if (!written || !closed) return std::nullopt;

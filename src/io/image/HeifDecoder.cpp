@@ -3,7 +3,6 @@
 #include <libheif/heif.h>
 
 #include <QColorSpace>
-#include <QFile>
 #include <QLibrary>
 #include <algorithm>
 #include <cstring>
@@ -29,7 +28,7 @@ struct HeifLibrary {
 #define ORVANEL_HEIF(name) decltype(::heif_##name)* name = find<decltype(::heif_##name)>("heif_" #name)
   ORVANEL_HEIF(context_alloc);
   ORVANEL_HEIF(context_free);
-  ORVANEL_HEIF(context_read_from_file);
+  ORVANEL_HEIF(context_read_from_memory_without_copy);
   ORVANEL_HEIF(context_get_primary_image_handle);
   ORVANEL_HEIF(image_handle_release);
   ORVANEL_HEIF(image_handle_get_width);
@@ -74,14 +73,14 @@ Described<QImage> copyOfPixels(const HeifLibrary& api, const heif_image* decoded
 
 }  // namespace
 
-Described<HeifImage> decodeHeif(const QString& path) {
+Described<HeifImage> decodeHeif(const QByteArray& file) {
   const HeifLibrary& api = heif();
   if (!api.isComplete) return because(QStringLiteral("Reading this format needs libheif."));
 
   const std::unique_ptr<heif_context, decltype(api.context_free)> context(api.context_alloc(),
                                                                           api.context_free);
-  const heif_error opened =
-      api.context_read_from_file(context.get(), QFile::encodeName(path).constData(), nullptr);
+  const heif_error opened = api.context_read_from_memory_without_copy(
+      context.get(), file.constData(), static_cast<std::size_t>(file.size()), nullptr);
   if (opened.code != heif_error_Ok) return failed(opened);
 
   heif_image_handle* rawHandle = nullptr;

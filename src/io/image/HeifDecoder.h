@@ -1,8 +1,8 @@
 // Reads HEIC files through libheif, which is opened when a file first asks for it. Any thread.
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
-#include <QString>
 
 #include "io/files/FileError.h"
 
@@ -16,6 +16,6 @@ struct HeifImage {
 };
 
 /// The file's primary image.
-[[nodiscard]] Described<HeifImage> decodeHeif(const QString& path);
+[[nodiscard]] Described<HeifImage> decodeHeif(const QByteArray& file);
 
 }  // namespace orvanel

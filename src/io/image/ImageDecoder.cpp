@@ -10,6 +10,7 @@
 #include <mutex>
 #include <vector>
 
+#include "io/files/InputFile.h"
 #include "io/image/HeifDecoder.h"
 #include "io/image/ImageHeader.h"
 #include "io/image/ImageLimits.h"
@@ -112,25 +113,30 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   constexpr double headerShare = 0.05;
   constexpr double decodedShare = 0.9;
   raiseReaderLimit();
-  QImageReader reader(path);
+  const auto file = InputFile::open(path, progress);
+  if (!file) return because(file.error());
+  QImageReader reader(file->get());
   reader.setDecideFormatFromContent(true);
   reader.setAutoTransform(true);
   if (!reader.canRead() && isHeif(path)) {
-    auto heif = decodeHeif(path);
+    (*file)->seek(0);
+    auto heif = decodeHeif((*file)->readAll());
+    if (progress.isCancelled()) return cancelled();
     if (!heif) return because(heif.error());
-    tell(progress, decodedShare);
+    progress.tell(decodedShare);
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
     return onDisplay(std::move(heif->image), traits);
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
-  tell(progress, headerShare);
+  progress.tell(headerShare);
   QImage image = reader.read();
+  if (progress.isCancelled()) return cancelled();
   if (image.isNull()) return because(QStringLiteral("%1.").arg(reader.errorString()));
   // Not every file announces its size, and not every one keeps to it.
   if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
-  tell(progress, decodedShare);
-  const ImageTraits traits = traitsOfHeader(path).value_or(traitsOf(image));
+  progress.tell(decodedShare);
+  const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
   return onDisplay(std::move(image), traits);
 }
 

@@ -1,6 +1,5 @@
 #include "io/image/ImageHeader.h"
 
-#include <QFile>
 #include <QtEndian>
 #include <algorithm>
 #include <array>
@@ -41,6 +40,10 @@ constexpr std::uint16_t tagPhotometric = 262;
 constexpr std::uint16_t tagSamplesPerPixel = 277;
 constexpr std::uint64_t directoryEntryBytes = 12;
 
+QByteArray startOf(QIODevice& file, qint64 count) {
+  return file.seek(0) ? file.read(count) : QByteArray();
+}
+
 }  // namespace
 
 std::optional<ImageTraits> traitsOfPng(const QByteArray& start) {
@@ -63,7 +66,7 @@ std::optional<ImageTraits> traitsOfPng(const QByteArray& start) {
 }
 
 std::optional<ImageTraits> traitsOfTiff(QIODevice& file) {
-  const QByteArray start = file.peek(4);
+  const QByteArray start = startOf(file, 4);
   const bool isLittle = start == QByteArrayView("II*\0", 4);
   if (!isLittle && start != QByteArrayView("MM\0*", 4)) return std::nullopt;
   const TiffNumbers tiff(file, isLittle);
@@ -96,11 +99,9 @@ std::optional<ImageTraits> traitsOfTiff(QIODevice& file) {
                      .bitsPerPixel = depth * (isGrey ? std::min(samples, 2) : 4)};
 }
 
-std::optional<ImageTraits> traitsOfHeader(const QString& path) {
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+std::optional<ImageTraits> traitsOfHeader(QIODevice& file) {
   constexpr qint64 pngHeaderBytes = 26;
-  if (auto traits = traitsOfPng(file.peek(pngHeaderBytes))) return traits;
+  if (auto traits = traitsOfPng(startOf(file, pngHeaderBytes))) return traits;
   return traitsOfTiff(file);
 }
 

@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QIODevice>
-#include <QString>
 #include <optional>
 
 #include "io/image/FlatImage.h"
@@ -12,10 +11,9 @@
 namespace orvanel {
 
 /// Of a PNG or TIFF file; nothing for any other, or for a header that tells nothing more.
-[[nodiscard]] std::optional<ImageTraits> traitsOfHeader(const QString& path);
+[[nodiscard]] std::optional<ImageTraits> traitsOfHeader(QIODevice& file);
 
 [[nodiscard]] std::optional<ImageTraits> traitsOfPng(const QByteArray& start);
-/// `file` stands at its start and can be read anywhere.
 [[nodiscard]] std::optional<ImageTraits> traitsOfTiff(QIODevice& file);
 
 }  // namespace orvanel

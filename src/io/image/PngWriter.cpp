@@ -124,26 +124,28 @@ class Encoder {
     header.append(3, '\0');
     appendChunk(out, "IHDR", header);
     appendChunk(out, "sRGB", QByteArray(1, '\0'));
-    appendImage(out);
+    if (!appendImage(out)) return {};
     appendChunk(out, "IEND", QByteArray());
     return out;
   }
 
  private:
-  void appendImage(QByteArray& out) {
+  bool appendImage(QByteArray& out) {
     appendChunk(out, "IDAT", QByteArray("\x78\x01", 2));
     const int bands = (source_.height + rowsPerBand_ - 1) / rowsPerBand_;
     ChunkPipeline pipeline(bands, bandsAhead, [this](int band) { return makeBand(band); });
     uLong checkSum = 1;
     for (int band = 0; band < bands; ++band) {
+      if (progress_.isCancelled()) return false;
       const Chunk chunk = pipeline.take();
       appendChunk(out, "IDAT", chunk.bytes.span());
       checkSum = adler32_combine(checkSum, chunk.rawCheckSum, static_cast<z_off_t>(chunk.rawSize));
-      tell(progress_, static_cast<double>(band + 1) / bands);
+      progress_.tell(static_cast<double>(band + 1) / bands);
     }
     QByteArray end(reinterpret_cast<const char*>(deflateStreamEnd.data()), deflateStreamEnd.size());
     appendNumber(end, static_cast<std::uint32_t>(checkSum));
     appendChunk(out, "IDAT", end);
+    return true;
   }
 
   /// A band of filtered rows, deflated; the check sum it carries is the zlib format's Adler-32.

@@ -20,6 +20,7 @@ struct PngSource {
   std::function<void(int y, std::uint8_t* row)> readRow;
 };
 
+/// Nothing when the work is cancelled.
 [[nodiscard]] QByteArray encodePng(const PngSource& source, const Progress& progress = {});
 
 }  // namespace orvanel

@@ -102,12 +102,24 @@ TEST_F(ZipArchiveTest, sizeOfASingleChunkNeedNotBeTold) {
 TEST_F(ZipArchiveTest, progressGrowsTowardsTheEnd) {
   auto file = AtomicFile::create(path());
   double last = 0.0;
-  ASSERT_TRUE(writeArchive(**file, entries_, [&](double done) {
+  ASSERT_TRUE(writeArchive(**file, entries_, Progress([&](double done) {
                 EXPECT_GE(done, last);
                 EXPECT_LE(done, 1.0);
                 last = done;
-              }).has_value());
+              })).has_value());
   EXPECT_GE(last, 0.9);
+}
+
+TEST_F(ZipArchiveTest, cancelledWritingLeavesNoFile) {
+  const auto cancellation = std::make_shared<Cancellation>();
+  const Progress progress([&](double) { cancellation->cancel(); }, cancellation);
+  {
+    auto file = AtomicFile::create(path());
+    const auto written = writeArchive(**file, entries_, progress);
+    ASSERT_FALSE(written.has_value());
+    EXPECT_EQ(written.error(), cancelled().value());
+  }
+  EXPECT_FALSE(QFile::exists(path()));
 }
 
 TEST_F(ZipArchiveTest, streamsGiveTheBytesBack) {

@@ -10,11 +10,14 @@
 
 #include "io/archive/ZipReader.h"
 #include "io/document/DocumentFixture.h"
+#include "io/document/DocumentReader.h"
 #include "io/files/FaultyDisk.h"
 
 namespace orvanel {
 namespace {
 
+using testing::contentsOf;
+using testing::filesIn;
 using testing::firstDifference;
 using testing::richDocument;
 
@@ -238,6 +241,61 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_EQ(firstDifference(*before, **load()), QString());
   EXPECT_FALSE(progress.empty());
   EXPECT_TRUE(std::ranges::is_sorted(progress));
+}
+
+TEST_F(DocumentIOTest, cancelledSaveLeavesTheOldFileAndNothingElse) {
+  const DocumentPtr document = richDocument(ColorMode::rgb16, 600, 600);
+  ASSERT_TRUE(save(document).has_value());
+  const QByteArray before = contentsOf(path());
+  const QStringList files = filesIn(QFileInfo(path()).path());
+  const auto cancellation = std::make_shared<Cancellation>();
+  cancellation->cancel();
+  QObject receiver;
+  std::optional<FileResult<void>> outcome;
+  DocumentIO::save(
+      document, path(), MetalContext::shared(), &receiver,
+      [&](const FileResult<void>& result) { outcome = result; }, {}, cancellation);
+  ASSERT_TRUE(waitFor([&] { return outcome.has_value(); }));
+  ASSERT_FALSE(outcome->has_value());
+  EXPECT_TRUE(outcome->error().isCancelled);
+  EXPECT_EQ(outcome->error().code, DocumentIOError::saveFailed);
+  EXPECT_EQ(contentsOf(path()), before);
+  EXPECT_EQ(filesIn(QFileInfo(path()).path()), files);
+  EXPECT_FALSE(DocumentIO::isSaving());
+}
+
+TEST_F(DocumentIOTest, cancelledLoadHandsOutNoDocument) {
+  ASSERT_TRUE(save(richDocument(ColorMode::rgb8)).has_value());
+  const auto cancellation = std::make_shared<Cancellation>();
+  QObject receiver;
+  std::optional<FileResult<DocumentPtr>> outcome;
+  DocumentIO::load(
+      path(), MetalContext::shared(), &receiver,
+      [&](const FileResult<DocumentPtr>& result) { outcome = result; }, {}, cancellation);
+  cancellation->cancel();
+  ASSERT_TRUE(waitFor([&] { return outcome.has_value(); }));
+  ASSERT_FALSE(outcome->has_value());
+  EXPECT_TRUE(outcome->error().isCancelled);
+  EXPECT_EQ(outcome->error().code, DocumentIOError::loadFailed);
+}
+
+TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
+  ASSERT_TRUE(save(richDocument(ColorMode::rgb16, 300, 2000)).has_value());
+  const auto opened = openDocument(path());
+  const auto built = buildDocument(*opened, MetalContext::shared());
+  ASSERT_TRUE(built.has_value());
+  const auto cancellation = std::make_shared<Cancellation>();
+  int told = 0;
+  const Progress progress(
+      [&](double) {
+        ++told;
+        cancellation->cancel();
+      },
+      cancellation);
+  const auto filled = fillTextures(*opened, built->requests, progress);
+  ASSERT_FALSE(filled.has_value());
+  EXPECT_EQ(filled.error(), cancelled().value());
+  EXPECT_LE(told, static_cast<int>(built->requests.size()));
 }
 
 TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {

@@ -275,10 +275,10 @@ struct ToldProgress {
   std::vector<double> steps;
 
   Progress listener() {
-    return [this, worker = std::this_thread::get_id()](double done) {
+    return Progress([this, worker = std::this_thread::get_id()](double done) {
       EXPECT_EQ(std::this_thread::get_id(), worker);
       steps.push_back(done);
-    };
+    });
   }
   void expectWhole(std::size_t atLeast) const {
     ASSERT_GE(steps.size(), atLeast);
@@ -321,6 +321,33 @@ TEST_F(FlatImages, ALargePngTellsOfItsBands) {
   ToldProgress told;
   ASSERT_TRUE(exportImage(composite, ColorMode::rgb8, Format::png, context, told.listener()));
   told.expectWhole(8);
+}
+
+TEST_F(FlatImages, CancelledWorkEndsWithoutAnImageOrAFile) {
+  QImage picture(300, 200, QImage::Format_RGB32);
+  picture.fill(qRgb(200, 40, 90));
+  Surface composite(PixelFormat::rgba8Unorm, 300, 200);
+  composite.fill(0xFF5A28C8U);
+  for (const double cancelledAt : {0.0, 0.3, 0.75}) {
+    const auto cancellation = std::make_shared<Cancellation>();
+    const Progress progress(
+        [&](double done) {
+          if (done >= cancelledAt) cancellation->cancel();
+        },
+        cancellation);
+    const auto opened = readFlatImage(saved(picture, QStringLiteral("a.png"), "png"), context, progress);
+    ASSERT_FALSE(opened.has_value()) << cancelledAt;
+    EXPECT_TRUE(opened.error().isCancelled);
+  }
+  for (const Format format : {Format::png, Format::jpeg, Format::tiff, Format::gif, Format::bmp}) {
+    const auto cancellation = std::make_shared<Cancellation>();
+    const Progress progress([&](double) { cancellation->cancel(); }, cancellation);
+    const QString path = folder.filePath(QStringLiteral("cancelled"));
+    const auto written = writeFlatImage(composite, ColorMode::rgb8, format, path, context, progress);
+    ASSERT_FALSE(written.has_value());
+    EXPECT_TRUE(written.error().isCancelled);
+    EXPECT_FALSE(QFile::exists(path));
+  }
 }
 
 TEST_F(FlatImages, AFileThatCanNotBeWrittenIsAFailedExport) {
