@@ -2,13 +2,11 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QPointer>
 #include <QStandardPaths>
 #include <utility>
 
 #include "app/ExportFormats.h"
-#include "io/document/DocumentIO.h"
-#include "io/files/BackgroundJob.h"
+#include "app/FileMessage.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 #include "model/NotificationCenter.h"
@@ -31,25 +29,15 @@ std::optional<int> parsedSide(const QString& text) {
   return side;
 }
 
-QString withFileName(const QString& path, const QString& message) {
-  return QFileInfo(path).fileName() + QStringLiteral(": ") + message;
-}
-
-/// What can't be flattened has nothing to write. Any thread.
-FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
-                                const QString& path, const MetalContext& context,
-                                const Progress& progress = {}) {
-  if (composite == nullptr) {
-    return tl::make_unexpected(
-        FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
-  }
-  return writeFlatImage(*composite, mode, format, path, context, progress);
-}
-
 }  // namespace
 
 DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* parent)
-    : QObject(parent), appState_(appState), dialogs_(dialogs) {
+    : QObject(parent),
+      appState_(appState),
+      dialogs_(dialogs),
+      opener_(appState.metalContext, activity, dialogs),
+      writer_(appState.metalContext, activity) {
+  opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -79,94 +67,28 @@ void DocumentFiles::newDocument() {
 
 // Opening.
 
-struct DocumentFiles::OpenBatch {
-  /// Those still to open.
-  QStringList paths;
-  qsizetype count = 0;
-  OpenOrigin origin = OpenOrigin::command;
-  FileActivity::Work work = 0;
-  QStringList errors;
-};
-
 void DocumentFiles::askAndOpen() {
   open(dialogs_.askForFilesToOpen());
 }
 
 void DocumentFiles::open(const QStringList& paths) {
-  openBatch(paths, OpenOrigin::command);
+  opener_.open(openablePaths(paths), DocumentOpener::Origin::command);
 }
 
 void DocumentFiles::openDropped(const QStringList& paths) {
-  openBatch(paths, OpenOrigin::drop);
+  opener_.open(openablePaths(paths), DocumentOpener::Origin::drop);
 }
 
-void DocumentFiles::openBatch(const QStringList& paths, OpenOrigin origin) {
-  if (paths.isEmpty()) return;
-  auto batch = std::make_shared<OpenBatch>();
-  batch->origin = origin;
-  for (const QString& path : paths) batch->paths << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-  batch->count = batch->paths.size();
-  batch->work = activity.begin();
-  rememberFolder(batch->paths.constLast());
-  openNext(batch);
-}
-
-void DocumentFiles::openNext(const std::shared_ptr<OpenBatch>& batch) {
-  if (batch->paths.isEmpty()) {
-    finishBatch(*batch);
-    return;
-  }
-  const QString path = batch->paths.takeFirst();
-  const auto opened = static_cast<double>(batch->count - batch->paths.size() - 1);
-  const auto advance = [this, batch, opened](double fraction) {
-    activity.advance(batch->work, (opened + fraction) / static_cast<double>(batch->count));
-  };
-  advance(0.0);
-  const auto done = [this, batch, path](const FileResult<DocumentPtr>& result) {
-    if (result) {
-      documentOpened(*result);
-    } else {
-      batch->errors << withFileName(path, result.error().message);
-    }
-    openNext(batch);
-  };
-  if (DocumentIO::isDocumentPath(path)) {
-    DocumentIO::load(path, appState_.metalContext, this, done, advance);
-  } else {
-    openFlatImage(path, done, progressOnMainThread(this, advance));
-  }
-}
-
-void DocumentFiles::openFlatImage(const QString& path, const DocumentIO::LoadDone& done,
-                                  const Progress& progress) {
-  runInBackground([guard = QPointer(this), &context = appState_.metalContext, path, done, progress] {
-    FileResult<FlatImage> image = readFlatImage(path, context, progress);
-    runOnMainThread([guard, &context, path, done, image = std::move(image)] {
-      if (guard.isNull()) return;
-      if (image) {
-        done(documentOfFlatImage(*image, path, context));
-      } else {
-        done(tl::make_unexpected(image.error()));
-      }
-    });
-  });
+QStringList DocumentFiles::openablePaths(const QStringList& paths) {
+  QStringList absolute;
+  for (const QString& path : paths) absolute << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+  if (!absolute.isEmpty()) rememberFolder(absolute.constLast());
+  return absolute;
 }
 
 void DocumentFiles::documentOpened(const DocumentPtr& document) {
   if (const auto& path = document->sourceFileURL.value()) noteRecentDocument(*path);
   NotificationCenter::standard().post(notification::openedImageDocument, document);
-}
-
-void DocumentFiles::finishBatch(const OpenBatch& batch) {
-  activity.end(batch.work);
-  if (batch.errors.isEmpty()) return;
-  QString message = QStringLiteral("Failed to Open");
-  if (batch.origin == OpenOrigin::drop) {
-    message = QStringLiteral("Failed to Open Image");
-  } else if (batch.errors.size() > 1) {
-    message = QStringLiteral("Failed to Open %1 Files").arg(batch.errors.size());
-  }
-  dialogs_.showWarning(message, batch.errors.join(u'\n'));
 }
 
 void DocumentFiles::noteRecentDocument(const QString& path) {
@@ -238,10 +160,11 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   // The mark goes first, so that an edit made while the save runs sets it again.
   markSaving(*request.document);
+  refreshComposite(*request.document);
   if (request.flatFormat) {
-    writeFlatInBackground(request.document, request.path, *request.flatFormat, std::move(done));
+    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
   } else {
-    writeNativeInBackground(request.document, request.path, std::move(done));
+    writer_.writeDocument(request.document, request.path, std::move(done));
   }
 }
 
@@ -250,53 +173,29 @@ void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>
 }
 
 void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
-  dialogs_.showWarning(QStringLiteral("Failed to Save"), withFileName(request.path, error.message));
-}
-
-void DocumentFiles::writeNativeInBackground(const DocumentPtr& document, const QString& path, Done done) {
-  refreshComposite(*document);
-  const FileActivity::Work work = activity.begin();
-  DocumentIO::save(
-      document, path, appState_.metalContext, this,
-      [this, work, done = std::move(done)](const FileResult<void>& result) {
-        activity.end(work);
-        done(result);
-      },
-      [this, work](double fraction) { activity.advance(work, fraction); });
-}
-
-void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QString& path,
-                                          Document::ImageFileFormat format, Done done) {
-  refreshComposite(*document);
-  const FileActivity::Work work = activity.begin();
-  // The copy shares its tiles with the composite of this moment.
-  const Texture& composite = document->compositedTexture.value();
-  const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
-  const ColorMode mode = document->colorMode.value();
-  const Progress progress =
-      progressOnMainThread(this, [this, work](double fraction) { activity.advance(work, fraction); });
-  runInBackground([guard = QPointer(this), &context = appState_.metalContext, picture, mode, path, format,
-                   work, progress, done = std::move(done)] {
-    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
-    runOnMainThread([guard, work, done, result = std::move(result)] {
-      if (guard.isNull()) return;
-      guard->activity.end(work);
-      done(result);
-    });
-  });
+  dialogs_.showWarning(QStringLiteral("Failed to Save"), fileMessage(request.path, error.message));
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   rememberFolder(target->path);
-  ++runningExports_;
+  refreshComposite(*document);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  writeFlatInBackground(document, target->path, format, [this, path = target->path](const auto& result) {
-    --runningExports_;
-    if (result) return;
-    dialogs_.showWarning(QStringLiteral("Failed to Export"), withFileName(path, result.error().message));
+  writer_.writeImage(*document, target->path, format, [this, path = target->path](const auto& result) {
+    if (result || result.error().isCancelled) return;
+    dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
   });
+}
+
+void DocumentFiles::cancelAll() {
+  saves_.cancelWaiting();
+  writer_.cancelAll();
+  opener_.cancelAll();
+}
+
+void DocumentFiles::abandonReading() {
+  opener_.abandonAll();
 }
 
 void DocumentFiles::settleSave(const Document& document) {
@@ -304,7 +203,7 @@ void DocumentFiles::settleSave(const Document& document) {
 }
 
 void DocumentFiles::settleWrites() {
-  processEventsWhile([this] { return !saves_.isEmpty() || runningExports_ > 0; });
+  processEventsWhile([this] { return !saves_.isEmpty() || writer_.isWriting(); });
 }
 
 // Closing.

@@ -6,16 +6,15 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include <memory>
 #include <optional>
 
 #include "app/AppState.h"
 #include "app/Dialogs.h"
+#include "app/DocumentOpener.h"
+#include "app/DocumentWriter.h"
 #include "app/FileActivity.h"
 #include "app/SaveQueue.h"
-#include "io/document/DocumentIO.h"
 #include "io/files/FileError.h"
-#include "io/files/Progress.h"
 
 namespace orvanel {
 
@@ -58,15 +57,14 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   /// Waits for all saves and exports.
   void settleWrites();
 
- private:
-  enum class OpenOrigin { command, drop };
-  struct OpenBatch;
+  /// Cancels what is being read and written, and what waits. Documents whose save is cancelled stay unsaved.
+  void cancelAll();
+  /// Stops reading files, without telling anybody, because the program ends.
+  void abandonReading();
 
-  void openBatch(const QStringList& paths, OpenOrigin origin);
-  void openNext(const std::shared_ptr<OpenBatch>& batch);
-  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
+ private:
+  [[nodiscard]] QStringList openablePaths(const QStringList& paths);
   void documentOpened(const DocumentPtr& document);
-  void finishBatch(const OpenBatch& batch);
 
   void beginSave(const SaveRequest& request, Done done) override;
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
@@ -74,9 +72,6 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   /// The save to the document's own file; nothing if there is none that can hold the document.
   [[nodiscard]] static std::optional<SaveRequest> saveInPlace(const DocumentPtr& document);
   std::optional<QString> askWhereToSave(const Document& document);
-  void writeNativeInBackground(const DocumentPtr& document, const QString& path, Done done);
-  void writeFlatInBackground(const DocumentPtr& document, const QString& path,
-                             Document::ImageFileFormat format, Done done);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
   /// Queues the save and waits for it; whether the document is saved.
   [[nodiscard]] bool saveNow(SaveRequest request);
@@ -91,8 +86,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   AppState& appState_;
   Dialogs& dialogs_;
+  DocumentOpener opener_;
+  DocumentWriter writer_;
   SaveQueue saves_{*this};
-  int runningExports_ = 0;
   /// Where a panel begins when the document has no folder of its own.
   QString lastFolder_;
 };

@@ -28,9 +28,16 @@ void SaveQueue::end(const FileResult<void>& result) {
   const SaveRequest request = *std::exchange(running_, std::nullopt);
   client_.saveEnded(request, result);
   beginNext();
-  if (result) return;
+  if (result || result.error().isCancelled) return;
   failures_.emplace_back(request, result.error());
   reportFailures();
+}
+
+void SaveQueue::cancelWaiting() {
+  const FileError error{DocumentIOError::saveFailed, QStringLiteral("The save was cancelled."), true};
+  for (const SaveRequest& request : std::exchange(waiting_, {})) {
+    client_.saveEnded(request, tl::make_unexpected(error));
+  }
 }
 
 void SaveQueue::reportFailures() {

@@ -38,7 +38,8 @@ class SaveQueueClient {
   virtual void beginSave(const SaveRequest& request, Done done) = 0;
   /// Called before the next save begins, which may be one of the same document.
   virtual void saveEnded(const SaveRequest& request, const FileResult<void>& result) = 0;
-  /// Called after the next save has begun, because an alert keeps the caller waiting. One at a time.
+  /// Called after the next save has begun, because an alert keeps the caller waiting. One at a time. Not
+  /// called for a save that the user has cancelled.
   virtual void reportFailedSave(const SaveRequest& request, const FileError& error) = 0;
 };
 
@@ -50,6 +51,9 @@ class SaveQueue {
   /// Begins the save, or lets it wait for those asked for before. A request equal to one that still waits
   /// adds nothing; one equal to the running save waits, because the document may have changed since.
   void add(SaveRequest request);
+
+  /// Ends the saves that have not begun as cancelled ones.
+  void cancelWaiting();
 
   [[nodiscard]] bool isEmpty() const { return !running_ && waiting_.empty(); }
   /// Whether a save of this document runs or waits.
