@@ -18,10 +18,8 @@ SANITIZE := build/sanitize
 FUZZ := build/fuzz
 LINT := build/lint
 
-# The rooms that need no window.
-CORE := -DORVANEL_ROOMS="raster;undo;model;io;tools;cli"
-
-configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake -S . -B $(1) -G Ninja
+# What each build is made with stands in CMakePresets.json.
+configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake --preset $(notdir $(1))
 compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)
 
 .PHONY: help setup run test bench fuzz lint sample pictures
@@ -40,21 +38,9 @@ help:
 setup:
 	@scripts/setup.sh
 
-$(RELEASE)/build.ninja: Makefile | setup
-	@$(call configure,$(RELEASE)) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVANEL_BENCH=ON
-
-$(SANITIZE)/build.ninja: Makefile | setup
-	@$(call configure,$(SANITIZE)) -DCMAKE_BUILD_TYPE=Debug -DORVANEL_SANITIZE=ON $(CORE)
-
-$(FUZZ)/build.ninja: Makefile | setup
-	@$(call configure,$(FUZZ)) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
-	  -DORVANEL_FUZZ=ON $(CORE) -DBUILD_TESTING=OFF
-
-# What clang-tidy reads: clang's own compile commands for everything, without precompiled headers. Nothing is
-# built here: no source of ours includes a generated file.
-$(LINT)/build.ninja: Makefile | setup
-	@$(call configure,$(LINT)) -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ \
-	  -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DORVANEL_BENCH=ON -DORVANEL_FUZZ=ON
+$(RELEASE)/build.ninja $(SANITIZE)/build.ninja $(FUZZ)/build.ninja $(LINT)/build.ninja: \
+  %/build.ninja: Makefile CMakePresets.json | setup
+	@$(call configure,$*)
 
 sample: setup
 	@python3 scripts/make_sample.py build/sample.tessel

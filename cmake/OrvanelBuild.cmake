@@ -19,7 +19,8 @@ add_compile_options(-fno-strict-aliasing)
 add_compile_definitions(QT_NO_KEYWORDS)
 add_library(orvanel_warnings INTERFACE)
 target_compile_options(orvanel_warnings INTERFACE
-  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Werror
+  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
+  $<$<BOOL:${ORVANEL_WERROR}>:-Werror>
   # clang's idea of it goes further than ours.
   $<$<CXX_COMPILER_ID:GNU>:-Wdouble-promotion>
   # Hints meant for g++ alone.

@@ -1,17 +1,12 @@
 #include "app/DocumentFiles.h"
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QEventLoop>
 #include <QFileInfo>
-#include <QPointer>
 #include <QStandardPaths>
-#include <algorithm>
 #include <utility>
 
 #include "app/ExportFormats.h"
-#include "io/document/DocumentIO.h"
-#include "io/files/BackgroundJob.h"
+#include "app/FileMessage.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 #include "tools/NotificationCenter.h"
@@ -34,21 +29,15 @@ std::optional<int> parsedSide(const QString& text) {
   return side;
 }
 
-/// What can't be flattened has nothing to write. Any thread.
-FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
-                                const QString& path, const MetalContext& context,
-                                const Progress& progress = {}) {
-  if (composite == nullptr) {
-    return tl::make_unexpected(
-        FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
-  }
-  return writeFlatImage(*composite, mode, format, path, context, progress);
-}
-
 }  // namespace
 
 DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* parent)
-    : QObject(parent), appState_(appState), dialogs_(dialogs) {
+    : QObject(parent),
+      appState_(appState),
+      dialogs_(dialogs),
+      opener_(appState.metalContext, activity, dialogs),
+      writer_(appState.metalContext, activity) {
+  opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -78,94 +67,28 @@ void DocumentFiles::newDocument() {
 
 // Opening.
 
-struct DocumentFiles::OpenBatch {
-  /// Those still to open.
-  QStringList paths;
-  qsizetype count = 0;
-  OpenOrigin origin = OpenOrigin::command;
-  FileActivity::Work work = 0;
-  QStringList errors;
-};
-
 void DocumentFiles::askAndOpen() {
   open(dialogs_.askForFilesToOpen());
 }
 
 void DocumentFiles::open(const QStringList& paths) {
-  openBatch(paths, OpenOrigin::command);
+  opener_.open(openablePaths(paths), DocumentOpener::Origin::command);
 }
 
 void DocumentFiles::openDropped(const QStringList& paths) {
-  openBatch(paths, OpenOrigin::drop);
+  opener_.open(openablePaths(paths), DocumentOpener::Origin::drop);
 }
 
-void DocumentFiles::openBatch(const QStringList& paths, OpenOrigin origin) {
-  if (paths.isEmpty()) return;
-  auto batch = std::make_shared<OpenBatch>();
-  batch->origin = origin;
-  for (const QString& path : paths) batch->paths << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-  batch->count = batch->paths.size();
-  batch->work = activity.begin();
-  rememberFolder(batch->paths.constLast());
-  openNext(batch);
-}
-
-void DocumentFiles::openNext(const std::shared_ptr<OpenBatch>& batch) {
-  if (batch->paths.isEmpty()) {
-    finishBatch(*batch);
-    return;
-  }
-  const QString path = batch->paths.takeFirst();
-  const auto opened = static_cast<double>(batch->count - batch->paths.size() - 1);
-  const auto advance = [this, batch, opened](double fraction) {
-    activity.advance(batch->work, (opened + fraction) / static_cast<double>(batch->count));
-  };
-  advance(0.0);
-  const auto done = [this, batch, path](const FileResult<DocumentPtr>& result) {
-    if (result) {
-      documentOpened(*result);
-    } else {
-      batch->errors << QFileInfo(path).fileName() + QStringLiteral(": ") + result.error().message;
-    }
-    openNext(batch);
-  };
-  if (DocumentIO::isDocumentPath(path)) {
-    DocumentIO::load(path, appState_.metalContext, this, done, advance);
-  } else {
-    openFlatImage(path, done, progressOnMainThread(this, advance));
-  }
-}
-
-void DocumentFiles::openFlatImage(const QString& path, const DocumentIO::LoadDone& done,
-                                  const Progress& progress) {
-  runInBackground([guard = QPointer(this), &context = appState_.metalContext, path, done, progress] {
-    FileResult<FlatImage> image = readFlatImage(path, context, progress);
-    runOnMainThread([guard, &context, path, done, image = std::move(image)] {
-      if (guard.isNull()) return;
-      if (image) {
-        done(documentOfFlatImage(*image, path, context));
-      } else {
-        done(tl::make_unexpected(image.error()));
-      }
-    });
-  });
+QStringList DocumentFiles::openablePaths(const QStringList& paths) {
+  QStringList absolute;
+  for (const QString& path : paths) absolute << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+  if (!absolute.isEmpty()) rememberFolder(absolute.constLast());
+  return absolute;
 }
 
 void DocumentFiles::documentOpened(const DocumentPtr& document) {
   if (const auto& path = document->sourceFileURL.value()) noteRecentDocument(*path);
   NotificationCenter::standard().post(notification::openedImageDocument, document);
-}
-
-void DocumentFiles::finishBatch(const OpenBatch& batch) {
-  activity.end(batch.work);
-  if (batch.errors.isEmpty()) return;
-  QString message = QStringLiteral("Failed to Open");
-  if (batch.origin == OpenOrigin::drop) {
-    message = QStringLiteral("Failed to Open Image");
-  } else if (batch.errors.size() > 1) {
-    message = QStringLiteral("Failed to Open %1 Files").arg(batch.errors.size());
-  }
-  dialogs_.showWarning(message, batch.errors.join(u'\n'));
 }
 
 void DocumentFiles::noteRecentDocument(const QString& path) {
@@ -197,118 +120,90 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
   return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
 
-void DocumentFiles::save(const DocumentPtr& document) {
-  // A request that comes while another save runs is dropped, and the document keeps its mark.
-  if (savingDocument_) return;
+std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
-  if (path && isNativeDocument(*path)) {
-    saveNativeInBackground(document, *path);
-  } else if (path && document->sourceFileFormat.value() && document->canSaveAsFlatImage()) {
-    saveFlatInBackground(document, *path, *document->sourceFileFormat.value());
+  if (!path) return std::nullopt;
+  if (isNativeDocument(*path)) return SaveRequest{document, *path, std::nullopt};
+  const auto& format = document->sourceFileFormat.value();
+  if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
+  return SaveRequest{document, *path, *format};
+}
+
+bool DocumentFiles::canSave(const Document& document) {
+  return document.isDirty.value() || !document.sourceFileURL.value();
+}
+
+void DocumentFiles::save(const DocumentPtr& document) {
+  if (!canSave(*document)) return;
+  if (std::optional<SaveRequest> request = saveInPlace(document)) {
+    saves_.add(*std::move(request));
   } else {
     NotificationCenter::standard().post(notification::saveAsDocument);
   }
 }
 
+std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
+  std::optional<QString> path =
+      dialogs_.askWhereToSave(proposedPath(document, QLatin1String(documentExtension)));
+  if (path) rememberFolder(*path);
+  return path;
+}
+
 void DocumentFiles::saveAs(const DocumentPtr& document) {
-  const std::optional<QString> path =
-      dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
+  const std::optional<QString> path = askWhereToSave(*document);
   if (!path) return;
-  rememberFolder(*path);
-  document->sourceFileURL = *path;
-  document->sourceFileFormat = std::nullopt;
-  document->isDirty = false;
-  document->name = documentName(*path);
-  waitingSaves_.emplace_back(document, *path);
-  beginWaitingSave();
+  adoptSavedFile(*document, *path);
+  markSaving(*document);
+  saves_.add({document, *path, std::nullopt});
 }
 
-void DocumentFiles::beginWaitingSave() {
-  if (savingDocument_ || waitingSaves_.empty()) return;
-  const auto [document, path] = waitingSaves_.front();
-  waitingSaves_.pop_front();
-  saveNativeInBackground(document, path);
-}
-
-void DocumentFiles::saveEnded(const DocumentPtr& document, const FileResult<void>& result) {
-  savingDocument_.reset();
-  // Marked before the next save begins, which may be this document's own, and told of after: an alert waits.
-  if (!result) document->isDirty = true;
-  beginWaitingSave();
-  if (!result) dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
-}
-
-void DocumentFiles::saveNativeInBackground(const DocumentPtr& document, const QString& path) {
-  refreshComposite(*document);
+void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   // The mark goes first, so that an edit made while the save runs sets it again.
-  document->isDirty = false;
-  savingDocument_ = document->id;
-  const FileActivity::Work work = activity.begin();
-  DocumentIO::save(
-      document, path, appState_.metalContext, this,
-      [this, document, work](const FileResult<void>& result) {
-        activity.end(work);
-        saveEnded(document, result);
-      },
-      [this, work](double fraction) { activity.advance(work, fraction); });
+  markSaving(*request.document);
+  refreshComposite(*request.document);
+  if (request.flatFormat) {
+    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
+  } else {
+    writer_.writeDocument(request.document, request.path, std::move(done));
+  }
 }
 
-void DocumentFiles::saveFlatInBackground(const DocumentPtr& document, const QString& path,
-                                         Document::ImageFileFormat format) {
-  document->isDirty = false;
-  savingDocument_ = document->id;
-  writeFlatInBackground(document, path, format,
-                        [this, document](const FileResult<void>& result) { saveEnded(document, result); });
+void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
+  if (!result) markSaveFailed(*request.document);
 }
 
-void DocumentFiles::writeFlatInBackground(const DocumentPtr& document, const QString& path,
-                                          Document::ImageFileFormat format, DocumentIO::SaveDone done) {
-  refreshComposite(*document);
-  const FileActivity::Work work = activity.begin();
-  // The copy shares its tiles with the composite of this moment.
-  const Texture& composite = document->compositedTexture.value();
-  const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
-  const ColorMode mode = document->colorMode.value();
-  const Progress progress =
-      progressOnMainThread(this, [this, work](double fraction) { activity.advance(work, fraction); });
-  runInBackground([guard = QPointer(this), &context = appState_.metalContext, picture, mode, path, format,
-                   work, progress, done = std::move(done)] {
-    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
-    runOnMainThread([guard, work, done, result = std::move(result)] {
-      if (guard.isNull()) return;
-      guard->activity.end(work);
-      done(result);
-    });
-  });
+void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
+  dialogs_.showWarning(QStringLiteral("Failed to Save"), fileMessage(request.path, error.message));
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   rememberFolder(target->path);
-  ++runningExports_;
+  refreshComposite(*document);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  writeFlatInBackground(document, target->path, format, [this](const FileResult<void>& result) {
-    --runningExports_;
-    if (!result) dialogs_.showWarning(QStringLiteral("Failed to Export"), result.error().message);
+  writer_.writeImage(*document, target->path, format, [this, path = target->path](const auto& result) {
+    if (result || result.error().isCancelled) return;
+    dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
   });
 }
 
-void DocumentFiles::waitWhile(const std::function<bool()>& isWriting) {
-  while (isWriting()) {
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
-  }
+void DocumentFiles::cancelAll() {
+  saves_.cancelWaiting();
+  writer_.cancelAll();
+  opener_.cancelAll();
+}
+
+void DocumentFiles::abandonReading() {
+  opener_.abandonAll();
 }
 
 void DocumentFiles::settleSave(const Document& document) {
-  waitWhile([this, id = document.id] {
-    return savingDocument_ == id ||
-           std::ranges::any_of(waitingSaves_, [&](const auto& save) { return save.first->id == id; });
-  });
+  saves_.settle(document.id);
 }
 
 void DocumentFiles::settleWrites() {
-  waitWhile([this] { return savingDocument_ || !waitingSaves_.empty() || runningExports_ > 0; });
+  processEventsWhile([this] { return !saves_.isEmpty() || writer_.isWriting(); });
 }
 
 // Closing.
@@ -323,41 +218,35 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
 }
 
 bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
-  const auto& source = document->sourceFileURL.value();
-  if (source && isNativeDocument(*source)) {
-    refreshComposite(*document);
-    return reportSavedForClosing(document,
-                                 DocumentIO::saveSynchronously(document, *source, appState_.metalContext));
-  }
-  const auto& format = document->sourceFileFormat.value();
-  if (source && format && document->canSaveAsFlatImage()) {
-    refreshComposite(*document);
-    return reportSavedForClosing(
-        document, writeComposite(document->compositedTexture.value().get(), document->colorMode.value(),
-                                 *format, *source, appState_.metalContext));
-  }
-  const std::optional<QString> path =
-      dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
-  if (!path) return false;
-  rememberFolder(*path);
-  refreshComposite(*document);
-  const bool isSaved =
-      reportSavedForClosing(document, DocumentIO::saveSynchronously(document, *path, appState_.metalContext));
-  if (isSaved) {
-    document->sourceFileURL = *path;
-    document->sourceFileFormat = std::nullopt;
-    document->name = documentName(*path);
-  }
-  return isSaved;
+  if (std::optional<SaveRequest> request = saveInPlace(document)) return saveNow(*std::move(request));
+  const std::optional<QString> path = askWhereToSave(*document);
+  if (!path || !saveNow({document, *path, std::nullopt})) return false;
+  adoptSavedFile(*document, *path);
+  return true;
 }
 
-bool DocumentFiles::reportSavedForClosing(const DocumentPtr& document, const FileResult<void>& result) {
-  if (result) {
-    document->isDirty = false;
-  } else {
-    dialogs_.showWarning(QStringLiteral("Failed to Save"), result.error().message);
-  }
-  return result.has_value();
+bool DocumentFiles::saveNow(SaveRequest request) {
+  const DocumentPtr document = request.document;
+  saves_.add(std::move(request));
+  saves_.settle(document->id);
+  // Nobody could edit it meanwhile, so only a failure leaves it marked.
+  return !document->isDirty.value();
+}
+
+// What a save changes in its document.
+
+void DocumentFiles::markSaving(Document& document) {
+  document.isDirty = false;
+}
+
+void DocumentFiles::markSaveFailed(Document& document) {
+  document.isDirty = true;
+}
+
+void DocumentFiles::adoptSavedFile(Document& document, const QString& path) {
+  document.sourceFileURL = path;
+  document.sourceFileFormat = std::nullopt;
+  document.name = documentName(path);
 }
 
 }  // namespace orvanel

@@ -5,23 +5,20 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QUuid>
-#include <deque>
 #include <functional>
-#include <memory>
 #include <optional>
-#include <utility>
 
 #include "app/AppState.h"
 #include "app/Dialogs.h"
+#include "app/DocumentOpener.h"
+#include "app/DocumentWriter.h"
 #include "app/FileActivity.h"
-#include "io/document/DocumentIO.h"
+#include "app/SaveQueue.h"
 #include "io/files/FileError.h"
-#include "io/files/Progress.h"
 
 namespace orvanel {
 
-class DocumentFiles : public QObject {
+class DocumentFiles : public QObject, private SaveQueueClient {
   Q_OBJECT
 
  public:
@@ -43,40 +40,44 @@ class DocumentFiles : public QObject {
   /// Puts a file at the front of the recent ones and says so.
   void noteRecentDocument(const QString& path);
 
-  /// Saves in place, or asks where when that can't be. Dropped while another save runs.
+  // Saves run one after the other, in the order in which they were asked for.
+  /// False for a document that is in its file as it stands, which saving would rewrite for nothing.
+  [[nodiscard]] static bool canSave(const Document& document);
+  /// Saves in place, or asks where if the document has no file that can hold it. Nothing without need.
   void save(const DocumentPtr& document);
-  /// Asks where, and saves there; while another save runs, as soon as that one has ended.
+  /// Asks where, and saves there.
   void saveAs(const DocumentPtr& document);
   void exportImage(const DocumentPtr& document);
 
   /// Whether a document with unsaved changes may go: the user is asked, and may have it saved first.
   [[nodiscard]] bool confirmClosing(const DocumentPtr& document);
-  // The window stays alive while these wait, but takes no input.
-  /// Waits until this document isn't being saved any more. Exports go on from a copy of their own.
+  // The window repaints while these wait, but takes no input.
+  /// Waits for all saves of this document, also those that have not begun. Exports work on a copy.
   void settleSave(const Document& document);
-  /// Waits until nothing is being written any more.
+  /// Waits for all saves and exports.
   void settleWrites();
 
+  /// Cancels what is being read and written, and what waits. Documents whose save is cancelled stay unsaved.
+  void cancelAll();
+  /// Stops reading files, without telling anybody, because the program ends.
+  void abandonReading();
+
  private:
-  enum class OpenOrigin { command, drop };
-  struct OpenBatch;
-
-  void openBatch(const QStringList& paths, OpenOrigin origin);
-  void openNext(const std::shared_ptr<OpenBatch>& batch);
-  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
+  [[nodiscard]] QStringList openablePaths(const QStringList& paths);
   void documentOpened(const DocumentPtr& document);
-  void finishBatch(const OpenBatch& batch);
 
-  void beginWaitingSave();
-  void saveEnded(const DocumentPtr& document, const FileResult<void>& result);
-  void saveNativeInBackground(const DocumentPtr& document, const QString& path);
-  void saveFlatInBackground(const DocumentPtr& document, const QString& path,
-                            Document::ImageFileFormat format);
-  void writeFlatInBackground(const DocumentPtr& document, const QString& path,
-                             Document::ImageFileFormat format, DocumentIO::SaveDone done);
-  static void waitWhile(const std::function<bool()>& isWriting);
+  void beginSave(const SaveRequest& request, Done done) override;
+  void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
+  void reportFailedSave(const SaveRequest& request, const FileError& error) override;
+  /// The save to the document's own file; nothing if there is none that can hold the document.
+  [[nodiscard]] static std::optional<SaveRequest> saveInPlace(const DocumentPtr& document);
+  std::optional<QString> askWhereToSave(const Document& document);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
-  [[nodiscard]] bool reportSavedForClosing(const DocumentPtr& document, const FileResult<void>& result);
+  /// Queues the save and waits for it; whether the document is saved.
+  [[nodiscard]] bool saveNow(SaveRequest request);
+  static void markSaving(Document& document);
+  static void markSaveFailed(Document& document);
+  static void adoptSavedFile(Document& document, const QString& path);
   /// What is written must be what the document is now, whether it has been on screen or not.
   void refreshComposite(const Document& document) const;
   /// The folder to begin a panel in, and a name for the document in it.
@@ -85,11 +86,9 @@ class DocumentFiles : public QObject {
 
   AppState& appState_;
   Dialogs& dialogs_;
-  /// One save runs at a time.
-  std::optional<QUuid> savingDocument_;
-  /// Documents and the files that were chosen for them while another save ran.
-  std::deque<std::pair<DocumentPtr, QString>> waitingSaves_;
-  int runningExports_ = 0;
+  DocumentOpener opener_;
+  DocumentWriter writer_;
+  SaveQueue saves_{*this};
   /// Where a panel begins when the document has no folder of its own.
   QString lastFolder_;
 };

@@ -38,7 +38,7 @@ void MainWindow::buildMenus(const CommandContext& context) {
   NewDocumentCommand::addTo(file, context);
   OpenDocumentCommand::addTo(file, context);
   openRecent_ = std::make_unique<OpenRecentCommand>(file, appState_.recentDocuments, context.files);
-  documentItems_.push_back(SaveDocumentCommand::addTo(file, context));
+  saveItem_ = SaveDocumentCommand::addTo(file, context);
   documentItems_.push_back(SaveAsDocumentCommand::addTo(file, context));
   documentItems_.push_back(ExportImageCommand::addTo(file, context));
   file.addSeparator();
@@ -68,6 +68,7 @@ void MainWindow::activeDocumentChanged() {
   setWindowTitle(active ? QStringLiteral("%1[*] — Orvanel").arg(name) : QStringLiteral("Orvanel"));
   setWindowModified(active && active->isDirty.value());
   setWindowFilePath(active ? active->sourceFileURL.value().value_or(QString()) : QString());
+  saveItem_->setEnabled(active && DocumentFiles::canSave(*active));
   for (QAction* item : documentItems_) item->setEnabled(active != nullptr);
   for (QAction* item : tabItems_) item->setEnabled(appState_.windowState.documents.value().size() > 1);
 }

@@ -39,7 +39,8 @@ class MainWindow : public QMainWindow {
   ContentView* contentView_;
   std::unique_ptr<OpenRecentCommand> openRecent_;
   bool hasBeenPainted_ = false;
-  /// Items that are of no use without an active document.
+  QAction* saveItem_ = nullptr;
+  /// Items that are of no use without an active document, besides Save.
   std::vector<QAction*> documentItems_;
   /// Items that are of no use with fewer than two documents.
   std::vector<QAction*> tabItems_;

@@ -31,7 +31,6 @@ class DocumentTab : public QAbstractButton {
 
   [[nodiscard]] bool isSelected() const { return isSelected_; }
   void setSelected(bool selected);
-  [[nodiscard]] bool hasOtherDocuments() const { return hasOtherDocuments_; }
   void setHasOtherDocuments(bool hasOthers) { hasOtherDocuments_ = hasOthers; }
   [[nodiscard]] bool isHovering() const { return isHovering_; }
   [[nodiscard]] bool showsDirtyDot() const { return document->isDirty.value(); }

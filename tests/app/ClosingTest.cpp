@@ -170,6 +170,41 @@ TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
   EXPECT_TRUE(QFile::exists(path("A.tessel")));
 }
 
+TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
+  for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) {
+    const DocumentPtr document = addUnsaved(QString::fromLatin1(name));
+    document->sourceFileURL = path(name);
+    files.save(document);
+  }
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) EXPECT_TRUE(QFile::exists(path(name)));
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+}
+
+TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
+  const DocumentPtr first = addUnsaved(QStringLiteral("A"));
+  const DocumentPtr second = addUnsaved(QStringLiteral("B"));
+  first->sourceFileURL = path("A.tessel");
+  second->sourceFileURL = path("B.tessel");
+  files.save(first);
+  files.save(second);
+  windowState.closeDocument(second->id);
+  EXPECT_THAT(openNames(), ElementsAre("A"));
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+  EXPECT_TRUE(QFile::exists(path("B.tessel")));
+}
+
+TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("A"));
+  document->sourceFileURL = path("A.tessel");
+  files.save(document);
+  document->addLayer(QStringLiteral("Later"));
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(dialogs.questions, SizeIs(1));
+  EXPECT_THAT(openNames(), ElementsAre("A"));
+}
+
 TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
   document->sourceFileURL = path("no such folder/A.tessel");

@@ -169,7 +169,7 @@ TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
   EXPECT_EQ(document->sourceFileURL.value(), path("no such folder/Sky.tessel"));
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
-  EXPECT_FALSE(dialogs.warnings[0].second.empty());
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("Sky.tessel: "));
 }
 
 TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
@@ -200,7 +200,7 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
+TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
@@ -211,14 +211,61 @@ TEST_F(DocumentFilesTest, ASecondSaveWhileOneRunsIsDroppedAndKeepsTheMark) {
   files.save(second);
   EXPECT_FALSE(first->isDirty.value());
   EXPECT_TRUE(second->isDirty.value());
-  ASSERT_TRUE(waitForFiles());
-  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel")}));
+  files.settleSave(*second);
+  EXPECT_FALSE(second->isDirty.value());
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("first.tessel"), QStringLiteral("second.tessel")}));
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->sourceFileURL = path("Sky.tessel");
+  document->isDirty = true;
+  files.save(document);
+  document->addLayer(QStringLiteral("Asked for"));
+  files.save(document);
+  document->addLayer(QStringLiteral("Later"));
+  files.settleSave(*document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 3);
+}
+
+TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->sourceFileURL = path("Sky.tessel");
+  document->isDirty = true;
+  files.save(document);
+  document->addLayer(QStringLiteral("Clouds"));
+  dialogs.savePaths.push(path("Copy.tessel"));
+  files.saveAs(document);
+  files.settleSave(*document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(document->name.value(), "Copy");
+  EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 1);
+  EXPECT_EQ(openOne(path("Copy.tessel"))->layerCount(), 2);
+}
+
+TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
+  for (const char* name : {"one.tessel", "two.tessel"}) {
+    const DocumentPtr document = addDocument(QString::fromLatin1(name));
+    document->sourceFileURL = path("no such folder/") + QLatin1String(name);
+    document->isDirty = true;
+    files.save(document);
+  }
+  files.settleWrites();
+  ASSERT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("one.tessel: "));
+  EXPECT_THAT(dialogs.warnings[1].second, StartsWith("two.tessel: "));
+  for (const DocumentPtr& document : state.windowState.documents.value()) {
+    EXPECT_TRUE(document->isDirty.value());
+  }
 }
 
 TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
+  first->isDirty = true;
   second->isDirty = true;
   files.save(first);
   dialogs.savePaths.push(path("chosen.tessel"));
@@ -258,6 +305,21 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
+TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
+  const QString photo = writeImage("photo.jpg");
+  const DocumentPtr document = openOne(photo);
+  ASSERT_TRUE(QFile::remove(photo));
+  EXPECT_FALSE(DocumentFiles::canSave(*document));
+  files.save(document);
+  EXPECT_FALSE(files.activity.fraction.value().has_value());
+  files.settleWrites();
+  EXPECT_THAT(filesIn(), IsEmpty());
+}
+
+TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
+  EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
+}
+
 TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   document->sourceFileURL = path("no such folder/photo.png");
@@ -283,6 +345,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
   const DocumentPtr otherFormat = openOne(writeImage("photo.ppm"));
   EXPECT_EQ(otherFormat->sourceFileFormat.value(), std::nullopt);
+  otherFormat->isDirty = true;
   files.save(otherFormat);
   EXPECT_EQ(asked, 3);
   EXPECT_TRUE(layered->isDirty.value());

@@ -122,7 +122,26 @@ TEST_F(MainWindowTest, OpenedFilesBecomeTabsAndTheLastOneIsShown) {
   EXPECT_EQ(canvas().document(), state.windowState.activeDocument());
   EXPECT_EQ(window->contentView().statusBar().canvasText(), QStringLiteral("30 × 40"));
   EXPECT_EQ(window->windowTitle(), QStringLiteral("two[*] — Orvanel"));
-  EXPECT_TRUE(item("File", "Save")->isEnabled());
+}
+
+TEST_F(MainWindowTest, SaveIsEnabledWhileThereIsSomethingToSave) {
+  open({writeImage("one.png")});
+  const QAction* save = item("File", "Save");
+  EXPECT_FALSE(save->isEnabled());
+  EXPECT_TRUE(item("File", "Save As...")->isEnabled());
+  EXPECT_TRUE(item("File", "Export Image...")->isEnabled());
+  const DocumentPtr photo = state.windowState.activeDocument();
+  photo->addLayer(QStringLiteral("Second"));
+  EXPECT_TRUE(save->isEnabled());
+  photo->isDirty = false;
+  EXPECT_FALSE(save->isEnabled());
+
+  addDocument(QStringLiteral("Untitled"));
+  QApplication::processEvents();
+  EXPECT_TRUE(save->isEnabled());
+  state.windowState.switchToDocument(photo->id);
+  QApplication::processEvents();
+  EXPECT_FALSE(save->isEnabled());
 }
 
 TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {

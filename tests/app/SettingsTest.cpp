@@ -63,6 +63,10 @@ TEST_F(SettingsTest, PreferencesLiveInMemoryOnly) {
   EXPECT_EQ(AppState(MetalContext::shared()).preferences.value(), AppPreferences());
 }
 
+TEST_F(SettingsTest, AnApplicationBeginsWithAnEmptyClipboard) {
+  EXPECT_FALSE(AppState(MetalContext::shared()).pixelClipboard.value().has_value());
+}
+
 TEST_F(SettingsTest, RecentDocumentsKeepTheTenNewest) {
   UserDefaults defaults;
   RecentDocuments recent(defaults);

@@ -1,0 +1,55 @@
+// Opens documents and images in the background, the files of one request in their order. Owned by the file
+// commands; main thread only.
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "app/Dialogs.h"
+#include "app/FileActivity.h"
+#include "io/document/DocumentIO.h"
+#include "io/files/FileError.h"
+
+namespace orvanel {
+
+class MetalContext;
+
+class DocumentOpener : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Where a request came from; failed drops have a title of their own.
+  enum class Origin { command, drop };
+
+  /// All must outlive it.
+  DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs);
+
+  /// Called with every document that has been read.
+  std::function<void(const DocumentPtr&)> onOpened;
+
+  /// Absolute paths. When the last file has been read, one alert names those that failed.
+  void open(const QStringList& paths, Origin origin);
+  /// Gives up everything that has not been read yet. Failures until now are still reported.
+  void cancelAll();
+  /// Gives up everything without another word, because the program ends.
+  void abandonAll();
+
+ private:
+  struct Batch;
+  using BatchPtr = std::shared_ptr<Batch>;
+
+  void openNext(const BatchPtr& batch);
+  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
+  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result);
+  void finish(const BatchPtr& batch);
+
+  MetalContext& context_;
+  FileActivity& activity_;
+  Dialogs& dialogs_;
+  std::vector<BatchPtr> batches_;
+};
+
+}  // namespace orvanel

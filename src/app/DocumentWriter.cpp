@@ -1,0 +1,77 @@
+#include "app/DocumentWriter.h"
+
+#include <QPointer>
+#include <utility>
+
+#include "io/document/DocumentIO.h"
+#include "io/files/BackgroundJob.h"
+#include "io/image/FlatImage.h"
+
+namespace orvanel {
+
+namespace {
+
+/// What can't be flattened has nothing to write. Any thread.
+FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
+                                const QString& path, const MetalContext& context, const Progress& progress) {
+  if (composite == nullptr) {
+    return tl::make_unexpected(
+        FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
+  }
+  return writeFlatImage(*composite, mode, format, path, context, progress);
+}
+
+}  // namespace
+
+struct DocumentWriter::Job {
+  FileActivity::Work work = 0;
+  std::shared_ptr<Cancellation> cancellation = std::make_shared<Cancellation>();
+  Done done;
+};
+
+DocumentWriter::DocumentWriter(MetalContext& context, FileActivity& activity)
+    : context_(context), activity_(activity) {}
+
+DocumentWriter::JobPtr DocumentWriter::begin(Done done) {
+  const auto job = std::make_shared<Job>();
+  job->work = activity_.begin();
+  job->done = std::move(done);
+  running_.push_back(job);
+  return job;
+}
+
+void DocumentWriter::end(const JobPtr& job, const FileResult<void>& result) {
+  activity_.end(job->work);
+  std::erase(running_, job);
+  job->done(result);
+}
+
+void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& path, Done done) {
+  const JobPtr job = begin(std::move(done));
+  DocumentIO::save(
+      document, path, context_, this, [this, job](const FileResult<void>& result) { end(job, result); },
+      [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
+}
+
+void DocumentWriter::writeImage(const Document& document, const QString& path,
+                                Document::ImageFileFormat format, Done done) {
+  const JobPtr job = begin(std::move(done));
+  // The copy shares its tiles with the composite of this moment.
+  const Texture& composite = document.compositedTexture.value();
+  const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
+  const Progress progress = progressOnMainThread(
+      this, [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
+  runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
+                   path, format, job, progress] {
+    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
+    runOnMainThread([guard, job, result = std::move(result)] {
+      if (!guard.isNull()) guard->end(job, result);
+    });
+  });
+}
+
+void DocumentWriter::cancelAll() {
+  for (const JobPtr& job : running_) job->cancellation->cancel();
+}
+
+}  // namespace orvanel

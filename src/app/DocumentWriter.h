@@ -1,0 +1,51 @@
+// Writes documents and images in the background, from the pixels of the moment of the request. Owned by the
+// file commands; main thread only.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "app/FileActivity.h"
+#include "io/files/FileError.h"
+#include "io/files/Progress.h"
+#include "model/Document.h"
+
+namespace orvanel {
+
+class MetalContext;
+
+class DocumentWriter : public QObject {
+  Q_OBJECT
+
+ public:
+  using Done = std::function<void(const FileResult<void>&)>;
+
+  /// Both must outlive it.
+  DocumentWriter(MetalContext& context, FileActivity& activity);
+
+  // `done` is called once, later. The document's composite must be current.
+  /// Writes the document with all its layers. One at a time.
+  void writeDocument(const DocumentPtr& document, const QString& path, Done done);
+  /// Writes the composite as a flat image.
+  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
+
+  [[nodiscard]] bool isWriting() const { return !running_.empty(); }
+  /// Stops everything that has not begun to replace its file. The others end soon with an error that says so.
+  void cancelAll();
+
+ private:
+  struct Job;
+  using JobPtr = std::shared_ptr<Job>;
+
+  [[nodiscard]] JobPtr begin(Done done);
+  void end(const JobPtr& job, const FileResult<void>& result);
+
+  MetalContext& context_;
+  FileActivity& activity_;
+  std::vector<JobPtr> running_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,69 @@
+#include "app/SaveQueue.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <algorithm>
+
+namespace orvanel {
+
+void SaveQueue::add(SaveRequest request) {
+  if (std::ranges::find(waiting_, request) != waiting_.end()) return;
+  waiting_.push_back(std::move(request));
+  beginNext();
+}
+
+bool SaveQueue::contains(const QUuid& documentID) const {
+  const auto concerns = [&](const SaveRequest& request) { return request.document->id == documentID; };
+  return (running_ && concerns(*running_)) || std::ranges::any_of(waiting_, concerns);
+}
+
+void SaveQueue::beginNext() {
+  if (running_ || waiting_.empty()) return;
+  running_ = std::move(waiting_.front());
+  waiting_.pop_front();
+  client_.beginSave(*running_, [this](const FileResult<void>& result) { end(result); });
+}
+
+void SaveQueue::end(const FileResult<void>& result) {
+  const SaveRequest request = *std::exchange(running_, std::nullopt);
+  client_.saveEnded(request, result);
+  beginNext();
+  if (result || result.error().isCancelled) return;
+  failures_.emplace_back(request, result.error());
+  reportFailures();
+}
+
+void SaveQueue::cancelWaiting() {
+  const FileError error{DocumentIOError::saveFailed, QStringLiteral("The save was cancelled."), true};
+  for (const SaveRequest& request : std::exchange(waiting_, {})) {
+    client_.saveEnded(request, tl::make_unexpected(error));
+  }
+}
+
+void SaveQueue::reportFailures() {
+  // Another save may fail while an alert is up; its own follows when this one has been dismissed.
+  if (isReporting_) return;
+  isReporting_ = true;
+  while (!failures_.empty()) {
+    const auto [request, error] = std::move(failures_.front());
+    failures_.pop_front();
+    client_.reportFailedSave(request, error);
+  }
+  isReporting_ = false;
+}
+
+void SaveQueue::settle(const QUuid& documentID) const {
+  processEventsWhile([&] { return contains(documentID); });
+}
+
+void SaveQueue::settleAll() const {
+  processEventsWhile([this] { return !isEmpty(); });
+}
+
+void processEventsWhile(const std::function<bool()>& condition) {
+  while (condition()) {
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+  }
+}
+
+}  // namespace orvanel
