@@ -40,7 +40,7 @@ DocumentPtr makeFullDocument(int side, ColorMode mode) {
 
 void canvasDraw(benchmark::State& state, ColorMode mode, double zoom) {
   const DocumentPtr document = makeFullDocument(4096, mode);
-  document->customZoomLevel = zoom;
+  put(document->customZoomLevel, zoom);
   CanvasRenderer renderer(MetalContext::shared());
   renderer.document = document;
   BenchView view;
@@ -49,7 +49,7 @@ void canvasDraw(benchmark::State& state, ColorMode mode, double zoom) {
   for (auto _ : state) {
     // Each frame pans by one device pixel, so that everything has to be drawn.
     step = step < 100.0 ? step + 1.0 : 0.0;
-    document->viewportOffset = QPointF(100.0 + step / zoom, 100.0 + step / zoom) * (zoom > 0.25 ? 1.0 : 0.01);
+    document->setViewportOffset(QPointF(100.0 + step / zoom, 100.0 + step / zoom) * (zoom > 0.25 ? 1.0 : 0.01));
     if (renderer.drawInMTKView(view) != FrameResult::drawn) state.SkipWithError("the frame wasn't drawn");
   }
   state.SetBytesProcessed(state.iterations() * viewWidth * viewHeight * 4);

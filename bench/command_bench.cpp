@@ -48,11 +48,11 @@ DocumentPtr photoDocument(int layers) {
   LayerNodeList nodes;
   for (int i = 0; i < layers; ++i) {
     auto layer = std::make_shared<Layer>(QString::number(i));
-    layer->texture = std::make_shared<Surface>(pixels);
+    put(layer->texture, std::make_shared<Surface>(pixels));
     nodes.emplace_back(std::move(layer));
   }
-  document->selectedNodeID = nodes.front().id();
-  document->rootNodes = std::move(nodes);
+  document->selectNode(nodes.front().id());
+  put(document->rootNodes, std::move(nodes));
   return document;
 }
 
@@ -94,7 +94,7 @@ double limitSeconds(const Workload& workload) {
         const Tile& tile = from->tile(index % from->tileCount());
         std::memcpy(to->overwriteTile(index), tile.data(), to->tileBytes());
       });
-      layer->texture = to;
+      put(layer->texture, to);
     }
   });
 }
@@ -200,10 +200,10 @@ void changeColorModeMemory(benchmark::State& state) {
     LayerNodeList nodes;
     for (std::uint32_t seed = 0; seed < 20; ++seed) {
       auto layer = std::make_shared<Layer>(QString::number(seed));
-      layer->texture = bench::photoLayer(side, side, bench::Depth::full, 100 + seed);
+      put(layer->texture, bench::photoLayer(side, side, bench::Depth::full, 100 + seed));
       nodes.emplace_back(std::move(layer));
     }
-    document->rootNodes = std::move(nodes);
+    put(document->rootNodes, std::move(nodes));
     state.counters["documentMiB"] = (residentBytes() - without) / mebibyte;
     forgetPeak();
     state.SetIterationTime(secondsOf([&] { document->changeColorMode(ColorMode::rgb8); }));

@@ -25,11 +25,11 @@ DocumentPtr documentOf(int side) {
 
 void addLayerWith(const DocumentPtr& document, const Texture& pixels) {
   auto layer = std::make_shared<Layer>(QStringLiteral("Layer"));
-  layer->texture = pixels;
-  document->selectedNodeID = layer->id;
+  put(layer->texture, pixels);
+  document->selectNode(layer->id);
   LayerNodeList nodes = document->rootNodes.value();
   nodes.emplace_back(std::move(layer));
-  document->rootNodes = std::move(nodes);
+  put(document->rootNodes, std::move(nodes));
 }
 
 void select(const DocumentPtr& document, const std::function<void(Selection&)>& shape) {

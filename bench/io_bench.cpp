@@ -48,11 +48,11 @@ class PhotoDocument {
     LayerNodeList layers;
     for (int i = 0; i < layerCount; ++i) {
       auto layer = std::make_shared<Layer>(QStringLiteral("Photo %1").arg(i));
-      layer->texture = bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i));
+      put(layer->texture, bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i)));
       layers.emplace_back(std::move(layer));
     }
-    document_->rootNodes = layers;
-    document_->compositedTexture = layers.front().layer()->texture.value();
+    put(document_->rootNodes, layers);
+    put(document_->compositedTexture, layers.front().layer()->texture.value());
   }
 
   static PhotoDocument& of(bench::Depth depth) {

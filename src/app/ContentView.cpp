@@ -34,11 +34,6 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   column->addWidget(canvasPane_, 1);
   column->addWidget(statusBar_);
 
-  files_.isCompositeCurrent = [this](const Document& document) {
-    return &document == shownDocument_.get() && !document.needsCompositing.value() &&
-           canvasPane_->canvasView().renderer().lastCompositingHash() ==
-               DocumentCompositor::compositingHash(document);
-  };
   canvasPane_->openFiles = [this](const QStringList& paths) { files_.openDropped(paths); };
   connectTabBar();
   observeNotifications();
@@ -46,9 +41,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   refresh();
 }
 
-ContentView::~ContentView() {
-  files_.isCompositeCurrent = nullptr;
-}
+ContentView::~ContentView() = default;
 
 void ContentView::connectTabBar() {
   WindowState& window = appState_.windowState;
@@ -122,14 +115,11 @@ void ContentView::refresh() {
   canvasPane_->setDocument(shownDocument_);
   statusBar_->setDocument(shownDocument_);
 
-  documentNotifiers_.clear();
+  documentChanges_ = {};
   if (shownDocument_) {
-    const auto changed = [this] {
-      if (onActiveDocumentChanged) onActiveDocumentChanged();
-    };
-    documentNotifiers_.push_back(shownDocument_->name.addNotifier(changed));
-    documentNotifiers_.push_back(shownDocument_->isDirty.addNotifier(changed));
-    documentNotifiers_.push_back(shownDocument_->sourceFileURL.addNotifier(changed));
+    documentChanges_ = shownDocument_->changes().observe([this](const DocumentChanges& changes) {
+      if (contains<change::FileStateChanged>(changes) && onActiveDocumentChanged) onActiveDocumentChanged();
+    });
   }
   if (onActiveDocumentChanged) onActiveDocumentChanged();
 }

@@ -56,7 +56,7 @@ class ContentView : public QWidget {
   bool isRefreshScheduled_ = false;
   DocumentPtr shownDocument_;
   std::vector<QPropertyNotifier> windowNotifiers_;
-  std::vector<QPropertyNotifier> documentNotifiers_;
+  ChangeStream::Subscription documentChanges_;
   std::vector<NotificationCenter::Subscription> subscriptions_;
 };
 

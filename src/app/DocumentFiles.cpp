@@ -8,7 +8,6 @@
 #include "app/ExportFormats.h"
 #include "app/FileMessage.h"
 #include "io/image/FlatImage.h"
-#include "model/DocumentCompositor.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -98,11 +97,6 @@ void DocumentFiles::noteRecentDocument(const QString& path) {
 
 // Saving.
 
-void DocumentFiles::refreshComposite(const Document& document) const {
-  if (isCompositeCurrent && isCompositeCurrent(document)) return;
-  DocumentCompositor(appState_.metalContext).compositeDocument(document);
-}
-
 void DocumentFiles::rememberFolder(const QString& path) {
   lastFolder_ = QFileInfo(path).absolutePath();
 }
@@ -160,7 +154,6 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   // The mark goes first, so that an edit made while the save runs sets it again.
   markSaving(*request.document);
-  refreshComposite(*request.document);
   if (request.flatFormat) {
     writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
   } else {
@@ -180,7 +173,6 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   rememberFolder(target->path);
-  refreshComposite(*document);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
   writer_.writeImage(*document, target->path, format, [this, path = target->path](const auto& result) {
     if (result || result.error().isCancelled) return;
@@ -236,17 +228,16 @@ bool DocumentFiles::saveNow(SaveRequest request) {
 // What a save changes in its document.
 
 void DocumentFiles::markSaving(Document& document) {
-  document.isDirty = false;
+  document.setDirty(false);
 }
 
 void DocumentFiles::markSaveFailed(Document& document) {
-  document.isDirty = true;
+  document.setDirty(true);
 }
 
 void DocumentFiles::adoptSavedFile(Document& document, const QString& path) {
-  document.sourceFileURL = path;
-  document.sourceFileFormat = std::nullopt;
-  document.name = documentName(path);
+  document.setSource(path, std::nullopt);
+  document.setName(documentName(path));
 }
 
 }  // namespace orvanel

@@ -27,8 +27,6 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   ~DocumentFiles() override;
 
   FileActivity activity;
-  /// Whether the screen has flattened a document as it is now, so that a save needn't.
-  std::function<bool(const Document&)> isCompositeCurrent;
 
   /// Asks for size and mode, and makes the document if both sides are within the limits.
   void newDocument();
@@ -78,8 +76,6 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   static void markSaving(Document& document);
   static void markSaveFailed(Document& document);
   static void adoptSavedFile(Document& document, const QString& path);
-  /// What is written must be what the document is now, whether it has been on screen or not.
-  void refreshComposite(const Document& document) const;
   /// The folder to begin a panel in, and a name for the document in it.
   [[nodiscard]] QString proposedPath(const Document& document, const QString& extension) const;
   void rememberFolder(const QString& path);

@@ -9,20 +9,6 @@
 
 namespace orvanel {
 
-namespace {
-
-/// What can't be flattened has nothing to write. Any thread.
-FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
-                                const QString& path, const MetalContext& context, const Progress& progress) {
-  if (composite == nullptr) {
-    return tl::make_unexpected(
-        FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
-  }
-  return writeFlatImage(*composite, mode, format, path, context, progress);
-}
-
-}  // namespace
-
 struct DocumentWriter::Job {
   FileActivity::Work work = 0;
   std::shared_ptr<Cancellation> cancellation = std::make_shared<Cancellation>();
@@ -56,14 +42,12 @@ void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& p
 void DocumentWriter::writeImage(const Document& document, const QString& path,
                                 Document::ImageFileFormat format, Done done) {
   const JobPtr job = begin(std::move(done));
-  // The copy shares its tiles with the composite of this moment.
-  const Texture& composite = document.compositedTexture.value();
-  const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
+  const std::shared_ptr<FrozenComposite> picture = document.freezeComposite();
   const Progress progress = progressOnMainThread(
       this, [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
   runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
                    path, format, job, progress] {
-    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
+    FileResult<void> result = writeFlatImage(picture.get(), mode, format, path, context, progress);
     runOnMainThread([guard, job, result = std::move(result)] {
       if (!guard.isNull()) guard->end(job, result);
     });

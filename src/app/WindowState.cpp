@@ -44,6 +44,7 @@ void WindowState::createUntitledDocument() {
 void WindowState::addDocument(const DocumentPtr& document) {
   auto open = documents.value();
   open.push_back(document);
+  notifications_.try_emplace(document->id, *document);
   documents = std::move(open);
   activeDocumentID = document->id;
   promoteToMRUFront(document->id);
@@ -112,6 +113,7 @@ void WindowState::removeDocument(const QUuid& documentID) {
   std::erase_if(open, [&](const DocumentPtr& document) { return document->id == documentID; });
   auto order = mruOrder.value();
   std::erase(order, documentID);
+  notifications_.erase(documentID);
   documents = std::move(open);
   mruOrder = std::move(order);
 }

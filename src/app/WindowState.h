@@ -7,11 +7,13 @@
 #include <QString>
 #include <QUuid>
 #include <functional>
+#include <map>
 #include <optional>
 #include <vector>
 
 #include "model/Document.h"
 #include "raster/MetalContext.h"
+#include "tools/DocumentNotifications.h"
 #include "tools/ToolState.h"
 
 namespace orvanel {
@@ -74,6 +76,7 @@ class WindowState {
 
   ToolState& toolState_;
   MetalContext& context_;
+  std::map<QUuid, DocumentNotifications> notifications_;
 };
 
 }  // namespace orvanel

@@ -38,18 +38,16 @@ CanvasContainerView::CanvasContainerView(CanvasRenderer& renderer, ToolState& to
 }
 
 void CanvasContainerView::setDocument(const std::shared_ptr<Document>& document) {
-  documentNotifiers_.clear();
+  changes_ = {};
   document_ = document;
-  if (document != nullptr) observeDocument(*document);
+  if (document != nullptr) {
+    changes_ = document->changes().observe([this](const DocumentChanges& changes) {
+      const bool isMoved = containsAny<change::ViewChanged>(changes, ViewProperty::zoom,
+                                                            ViewProperty::viewportOffset);
+      if (isMoved || contains<change::CanvasChanged>(changes)) refreshIndicators();
+    });
+  }
   refreshIndicators();
-}
-
-void CanvasContainerView::observeDocument(Document& document) {
-  const auto refreshOnChange = [this](auto&... properties) {
-    (documentNotifiers_.push_back(properties.addNotifier([this] { refreshIndicators(); })), ...);
-  };
-  refreshOnChange(document.canvasWidth, document.canvasHeight, document.zoomLevelIndex,
-                  document.customZoomLevel, document.viewportOffset);
 }
 
 void CanvasContainerView::refreshIndicators() {

@@ -3,7 +3,6 @@
 
 #include <QWidget>
 #include <memory>
-#include <vector>
 
 #include "canvas/OverlayScrollIndicator.h"
 #include "canvas/ScrollableMTKView.h"
@@ -28,14 +27,13 @@ class CanvasContainerView : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void observeDocument(Document& document);
   void scrollFromIndicators();
 
   std::weak_ptr<Document> document_;
   ScrollableMTKView* mtkView_;
   OverlayScrollIndicator* horizontalIndicator_;
   OverlayScrollIndicator* verticalIndicator_;
-  std::vector<QPropertyNotifier> documentNotifiers_;
+  ChangeStream::Subscription changes_;
 };
 
 }  // namespace orvanel

@@ -14,6 +14,8 @@ constexpr float selectionAnimationSpeed = 20.0F;
 /// The outline's pattern repeats every so many phase units; far out the phase is taken back by whole repeats.
 constexpr float selectionPatternLength = 8.0F;
 constexpr float largestAnimationOffset = 8000.0F;
+/// How long a frame works at the flattened image. What takes longer shows as far as it has come.
+constexpr std::chrono::milliseconds flatteningPerFrame{100};
 
 }  // namespace
 
@@ -23,7 +25,6 @@ double steadySeconds() {
 
 CanvasRenderer::CanvasRenderer(MetalContext& context, MediaClock mediaClock)
     : mediaClock_(std::move(mediaClock)),
-      compositor_(context),
       layers_{std::make_shared<BackgroundLayer>(context), std::make_shared<CheckerboardLayer>(context),
               std::make_shared<DocumentLayer>(context), std::make_shared<PixelGridLayer>(context)} {}
 
@@ -36,7 +37,7 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   viewportSize_ = view.drawableSize();
   scaleFactor_ = view.backingScaleFactor().value_or(1.0);
   advanceSelectionAnimation();
-  compositeIfStale(*shown);
+  const bool isCurrent = shown->advanceComposite(flatteningPerFrame);
 
   const CanvasViewContext context = makeViewContext(*shown);
   RenderEncoder encoder(*drawable);
@@ -46,11 +47,14 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
     }
   }
   const std::uint64_t fingerprint = encoder.fingerprint();
-  if (lastFrameFingerprint_ == fingerprint) return FrameResult::unchanged;
-  lastFrameFingerprint_ = fingerprint;
-  encoder.endEncoding();
-  view.present();
-  return FrameResult::drawn;
+  const bool isNew = lastFrameFingerprint_ != fingerprint;
+  if (isNew) {
+    lastFrameFingerprint_ = fingerprint;
+    encoder.endEncoding();
+    view.present();
+  }
+  if (!isCurrent) return FrameResult::unfinished;
+  return isNew ? FrameResult::drawn : FrameResult::unchanged;
 }
 
 void CanvasRenderer::advanceSelectionAnimation() {
@@ -62,18 +66,6 @@ void CanvasRenderer::advanceSelectionAnimation() {
     }
   }
   lastFrameTime_ = now;
-}
-
-void CanvasRenderer::compositeIfStale(Document& shown) {
-  const std::int64_t hash = DocumentCompositor::compositingHash(shown);
-  if (shown.needsCompositing.value()) {
-    shown.needsCompositing = false;
-  } else if (hash == lastCompositingHash_) {
-    return;
-  }
-  lastCompositingHash_ = hash;
-  compositor_.compositeDocument(shown);
-  if (onComposited) onComposited(shown);
 }
 
 CanvasViewContext CanvasRenderer::makeViewContext(const Document& shown) const {

@@ -1,4 +1,4 @@
-// The frame of a canvas: flattens the document when it is stale, then draws the passes. Lives as long as its
+// The frame of a canvas: has the document flattened where it is stale, then draws the passes. Lives as long as its
 // view's binding; main thread only. Panning and zooming never flatten anything.
 #pragma once
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "canvas/MTKView.h"
-#include "model/DocumentCompositor.h"
+#include "model/Document.h"
 #include "tools/CanvasViewLayer.h"
 
 namespace orvanel {
@@ -23,6 +23,7 @@ enum class FrameResult {
   stopped,    ///< there was nothing to draw, or nothing to draw it into
   unchanged,  ///< the last frame still stands; no pixel was touched
   drawn,
+  unfinished,  ///< the document is flattened in part: the next frame goes on
 };
 
 class CanvasRenderer {
@@ -36,8 +37,6 @@ class CanvasRenderer {
   std::weak_ptr<Document> document;
   /// Drawn above `layers`, in order.
   std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
-  /// Called after every flattening.
-  std::function<void(Document&)> onComposited;
 
   FrameResult drawInMTKView(MTKView& view);
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
@@ -51,22 +50,17 @@ class CanvasRenderer {
   [[nodiscard]] float selectionAnimationOffset() const { return selectionAnimationOffset_; }
   /// Media clock at the last frame; 0 before the first.
   [[nodiscard]] double lastFrameTime() const { return lastFrameTime_; }
-  [[nodiscard]] std::int64_t lastCompositingHash() const { return lastCompositingHash_; }
-  [[nodiscard]] const DocumentCompositor& compositor() const { return compositor_; }
 
  private:
   void advanceSelectionAnimation();
-  void compositeIfStale(Document& shown);
   [[nodiscard]] CanvasViewContext makeViewContext(const Document& shown) const;
 
   MediaClock mediaClock_;
-  DocumentCompositor compositor_;
   std::vector<std::shared_ptr<CanvasViewLayer>> layers_;
   QSizeF viewportSize_{0.0, 0.0};
   double scaleFactor_ = 1.0;
   float selectionAnimationOffset_ = 0.0F;
   double lastFrameTime_ = 0.0;
-  std::int64_t lastCompositingHash_ = 0;
   /// Of the picture that stands in the drawable.
   std::optional<std::uint64_t> lastFrameFingerprint_;
 };

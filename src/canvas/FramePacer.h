@@ -9,9 +9,8 @@
 
 namespace orvanel {
 
-/// Whoever knows of a change calls `request`. Beside that a frame is looked at after every input event and
-/// repaint of the application, and by a slow heartbeat, because a property deep in the tree tells nobody
-/// that it changed. Looking at an unchanged frame costs microseconds, so an idle editor sleeps.
+/// Frames are asked for by the document's changes and by input on the canvas. While nobody asks, nothing wakes
+/// the program.
 class FramePacer : public QObject {
  public:
   explicit FramePacer(std::function<void()> frame);
@@ -26,15 +25,11 @@ class FramePacer : public QObject {
   /// Asks for one frame as soon as the refresh rate allows; nothing while stopped.
   void request();
 
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
-
  private:
   void runFrame();
 
   std::function<void()> frame_;
   QTimer frameTimer_;
-  QTimer heartbeat_;
   QElapsedTimer sinceLastFrame_;
   qint64 refreshInterval_ = 16;  ///< milliseconds
   bool isRunning_ = false;

@@ -36,23 +36,16 @@ ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolSt
 ScrollableMTKView::~ScrollableMTKView() = default;
 
 void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
-  documentNotifiers_.clear();
+  changes_ = {};
   const auto previous = document_.lock();
-  if (previous != nullptr && previous != document) previous->cursorDocumentPosition = std::nullopt;
+  if (previous != nullptr && previous != document) previous->setCursorDocumentPosition(std::nullopt);
   document_ = document;
-  if (document != nullptr) observeDocument(*document);
+  if (document != nullptr) {
+    // Any change may show, and a frame that finds nothing new touches no pixel.
+    changes_ = document->changes().observe([this](const DocumentChanges&) { requestRedraw(); });
+  }
   tryInitialZoom();
   requestRedraw();
-}
-
-void ScrollableMTKView::observeDocument(Document& document) {
-  const auto redrawOnChange = [this](auto&... properties) {
-    (documentNotifiers_.push_back(properties.addNotifier([this] { requestRedraw(); })), ...);
-  };
-  redrawOnChange(document.rootNodes, document.needsCompositing, document.compositedTexture,
-                 document.canvasWidth, document.canvasHeight, document.zoomLevelIndex,
-                 document.customZoomLevel, document.viewportOffset, document.selection,
-                 document.channelVisibility);
 }
 
 void ScrollableMTKView::tryInitialZoom() {
@@ -93,7 +86,8 @@ void ScrollableMTKView::present() {
 
 void ScrollableMTKView::drawFrame() {
   pacer_.setRefreshRate(screen()->refreshRate());
-  renderer_.drawInMTKView(*this);
+  // A flattening that takes long goes on in the next frame, and the window stays alive in between.
+  if (renderer_.drawInMTKView(*this) == FrameResult::unfinished) requestRedraw();
 }
 
 void ScrollableMTKView::paintEvent(QPaintEvent* event) {
@@ -120,7 +114,8 @@ void ScrollableMTKView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   tryInitialZoom();
   if (const auto shown = document(); shown != nullptr && isVisible()) {
-    shown->viewportOffset = viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value());
+    shown->setViewportOffset(
+        viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
   }
   requestRedraw();
 }
@@ -168,7 +163,7 @@ void ScrollableMTKView::scrollTo(QPointF documentOffset) {
   const QPointF bounded = viewGeometry::boundedOffset(placementOf(*shown), documentOffset);
   const QPointF current = shown->viewportOffset.value();
   if (bounded.x() == current.x() && bounded.y() == current.y()) return;
-  shown->viewportOffset = bounded;
+  shown->setViewportOffset(bounded);
   viewportMoved();
 }
 
@@ -182,7 +177,7 @@ void ScrollableMTKView::zoomAbout(QPointF viewPoint, ZoomStep step) {
   if (shown == nullptr) return;
   const QPointF fixedPoint = viewGeometry::viewToDocument(placementOf(*shown), viewPoint);
   (shown.get()->*step)();
-  shown->viewportOffset = viewGeometry::offsetKeeping(placementOf(*shown), fixedPoint, viewPoint);
+  shown->setViewportOffset(viewGeometry::offsetKeeping(placementOf(*shown), fixedPoint, viewPoint));
   viewportMoved();
 }
 
@@ -198,7 +193,8 @@ void ScrollableMTKView::zoomActualSize() {
   const auto shown = document();
   if (shown == nullptr) return;
   shown->zoomActualSize();
-  shown->viewportOffset = viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value());
+  shown->setViewportOffset(
+      viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
   viewportMoved();
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QImage>
-#include <QPropertyNotifier>
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -92,7 +91,6 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] QPointF viewCentre() const { return QRectF(rect()).center(); }
   void drawFrame();
 
-  void observeDocument(Document& document);
   void observeNotifications();
   void whenPosted(std::string_view name, void (ScrollableMTKView::*action)());
 
@@ -131,7 +129,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   QImage frame_;
   bool isPainting_ = false;
   FramePacer pacer_;
-  std::vector<QPropertyNotifier> documentNotifiers_;
+  ChangeStream::Subscription changes_;
   std::vector<NotificationCenter::Subscription> notificationObservers_;
   bool spaceHoldsHand_ = false;
 };

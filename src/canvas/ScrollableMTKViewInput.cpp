@@ -29,6 +29,8 @@ bool isTextInput(const QWidget* widget) {
 }  // namespace
 
 bool ScrollableMTKView::event(QEvent* event) {
+  // Overlays may follow any input, whether it changes the document or not.
+  if (event->isInputEvent()) requestRedraw();
   if (event->type() == QEvent::NativeGesture) {
     handleNativeGesture(*static_cast<QNativeGestureEvent*>(event));
     return true;
@@ -133,11 +135,11 @@ void ScrollableMTKView::updateCursorPosition(QPointF viewPoint) {
   const QPoint pixel = viewGeometry::viewToPixel(placementOf(*shown), viewPoint);
   const bool isInside = pixel.x() >= 0 && pixel.y() >= 0 && pixel.x() < shown->canvasWidth.value() &&
                         pixel.y() < shown->canvasHeight.value();
-  shown->cursorDocumentPosition = isInside ? std::optional<QPointF>(pixel) : std::nullopt;
+  shown->setCursorDocumentPosition(isInside ? std::optional<QPointF>(pixel) : std::nullopt);
 }
 
 void ScrollableMTKView::leaveEvent(QEvent* event) {
-  if (const auto shown = document()) shown->cursorDocumentPosition = std::nullopt;
+  if (const auto shown = document()) shown->setCursorDocumentPosition(std::nullopt);
   QWidget::leaveEvent(event);
 }
 

@@ -14,16 +14,6 @@ tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason
   return tl::make_unexpected(CommandFailure{path, reason});
 }
 
-CommandResult writeComposite(const Document& document, const QString& path,
-                             Document::ImageFileFormat format) {
-  const Texture& composite = document.compositedTexture.value();
-  if (composite == nullptr) return failed(path, QStringLiteral("The image has no pixels to write."));
-  const auto written =
-      writeFlatImage(*composite, document.colorMode.value(), format, path, document.context());
-  if (!written) return failed(path, written.error().message);
-  return {};
-}
-
 }  // namespace
 
 tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
@@ -45,10 +35,12 @@ CommandResult checkWritableName(const QString& path) {
 }
 
 CommandResult writeDocument(Document& document, const QString& path) {
-  DocumentCompositor(document.context()).compositeDocument(document);
-  if (const auto format = imageFileFormat(path)) return writeComposite(document, path, *format);
-  const auto saved = DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
-  if (!saved) return failed(path, saved.error().message);
+  const std::optional<Document::ImageFileFormat> format = imageFileFormat(path);
+  const FileResult<void> written =
+      format ? writeFlatImage(document.freezeComposite().get(), document.colorMode.value(), *format, path,
+                              document.context())
+             : DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
+  if (!written) return failed(path, written.error().message);
   return {};
 }
 

@@ -12,7 +12,7 @@ using BoundsOfLayers = QHash<QString, std::optional<PixelRect>>;
 BoundsOfLayers contentBoundsOfLayers(const Document& document) {
   BoundsOfLayers bounds;
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
-    const Texture& pixels = layer->texture.value();
+    const ConstTexture& pixels = layer->texture.value();
     if (pixels == nullptr) continue;
     bounds.insert(uuidText(layer->id),
                   document.context().layerContentBounds(*pixels, document.colorMode.value(), false));

@@ -11,20 +11,13 @@
 
 #include "cli/Script.h"
 #include "model/Document.h"
-#include "model/DocumentCompositor.h"
 
 namespace orvanel {
 
 /// What a script works on.
 struct ScriptRun {
-  explicit ScriptRun(DocumentPtr edited) : document(std::move(edited)), compositor(document->context()) {}
-
-  /// Brings the composite up to date, for the commands that read it.
-  void composite() { compositor.compositeDocument(*document); }
-
   DocumentPtr document;
-  DocumentCompositor compositor;
-  std::optional<PixelClipboard> pixelClipboard;
+  std::optional<PixelClipboard> pixelClipboard = std::nullopt;
 };
 
 /// Carries out one step. Fails for an unknown command, wrong arguments or a file that can't be written; what

@@ -36,7 +36,6 @@ ScriptAction canvasSize(ScriptRun& run, StepArguments& arguments) {
 
 ScriptAction trim(ScriptRun& run, StepArguments& /*arguments*/) {
   return action([&run] {
-    run.composite();
     // Where the editor would beep there is nothing to hear.
     static_cast<void>(run.document->trim());
   });
@@ -74,7 +73,7 @@ ScriptAction save(ScriptRun& run, StepArguments& arguments) {
     if (written) written = writeDocument(*run.document, path);
     if (!written) return failed(path + QStringLiteral(": ") + written.error().reason);
     // A flat copy is an export and leaves the document as unsaved as it was.
-    if (isDocumentName(path)) run.document->isDirty = false;
+    if (isDocumentName(path)) run.document->setDirty(false);
     return {};
   };
 }
@@ -89,7 +88,7 @@ void writeOptionalText(JsonWriter& json, const std::optional<QString>& text) {
 
 QByteArray describeState(const Document& document) {
   TextureSnapshot::waitForCompression();
-  const std::shared_ptr<Selection>& selection = document.selection.value();
+  const std::shared_ptr<const Selection>& selection = document.selection.value();
   const Selection::Flags flags = selection != nullptr ? selection->flags() : Selection::Flags{};
   const UndoStack& history = document.undoStack;
   JsonWriter json(JsonWriter::Layout::oneLine);

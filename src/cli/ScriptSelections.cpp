@@ -94,7 +94,6 @@ ScriptAction wand(ScriptRun& run, StepArguments& arguments) {
   settings.sampleAllLayers = flagOf(arguments, QStringLiteral("sampleAllLayers"), settings.sampleAllLayers);
   const SelectionMode mode = modeOf(arguments);
   return action([=, &run] {
-    if (settings.sampleAllLayers) run.composite();
     if (const std::unique_ptr<MagicWand> pressed = MagicWand::press(run.document, x, y, mode, settings)) {
       pressed->release();
     }
@@ -118,10 +117,7 @@ ScriptAction selectMask(ScriptRun& run, StepArguments& /*arguments*/) {
 
 ScriptAction selectChannel(ScriptRun& run, StepArguments& arguments) {
   const int index = arguments.integer(QStringLiteral("index"), 0, 3);
-  return action([=, &run] {
-    run.composite();
-    run.document->selectChannel(index);
-  });
+  return action([=, &run] { run.document->selectChannel(index); });
 }
 
 constexpr std::array table{

@@ -4,26 +4,20 @@
 #include <utility>
 
 #include "cli/ScriptCommands.h"
+#include "model/NodeWalk.h"
 
 namespace orvanel {
 namespace {
-
-std::optional<LayerNode> nodeNamed(const QString& name, const LayerNodeList& list) {
-  for (const LayerNode& node : list) {
-    if (node.name().value() == name) return node;
-    if (const std::shared_ptr<LayerFolder> folder = node.folder()) {
-      if (auto found = nodeNamed(name, folder->children.value())) return found;
-    }
-  }
-  return std::nullopt;
-}
 
 /// The node of an id, or the first one of a name, depth first; without one the step fails.
 std::optional<LayerNode> nodeOf(const ScriptRun& run, StepArguments& arguments, const QString& argument) {
   const QString text = arguments.text(argument);
   const QUuid id = uuidFromText(text);
   std::optional<LayerNode> node = id.isNull() ? std::nullopt : run.document->findNode(id);
-  if (!node) node = nodeNamed(text, run.document->rootNodes.value());
+  if (!node) {
+    node = findNodeIf(run.document->rootNodes.value(),
+                      [&](const LayerNode& candidate) { return candidate.name().value() == text; });
+  }
   if (!node) arguments.fail(QStringLiteral("unknown node \"%1\"").arg(text));
   return node;
 }
@@ -45,13 +39,15 @@ bool holds(const LayerNode& node, const QUuid& id) {
 
 ScriptAction select(ScriptRun& run, StepArguments& arguments) {
   const std::optional<LayerNode> node = nodeOf(run, arguments, QStringLiteral("node"));
-  return action([=, &run] { run.document->selectedNodeID = node->id(); });
+  return action([=, &run] { run.document->selectNode(node->id()); });
 }
 
 ScriptAction editMask(ScriptRun& run, StepArguments& arguments) {
   const bool on = arguments.boolean(QStringLiteral("on"));
   return action([=, &run] {
-    if (const std::shared_ptr<Layer> layer = run.document->activeLayer()) layer->isMaskSelected = on;
+    if (const std::shared_ptr<Layer> layer = run.document->activeLayer()) {
+      run.document->setMaskSelected(layer->id, on);
+    }
   });
 }
 
@@ -134,10 +130,7 @@ ScriptAction set(ScriptRun& run, StepArguments& arguments) {
   }
   if (arguments.has(QStringLiteral("maskEnabled"))) {
     const bool value = arguments.boolean(QStringLiteral("maskEnabled"));
-    changes.emplace_back([value](const LayerNode& target) {
-      const std::shared_ptr<Layer> layer = target.layer();
-      if (layer != nullptr && layer->mask.value() != nullptr) layer->mask.value()->isEnabled = value;
-    });
+    changes.emplace_back([&, value](const LayerNode& target) { document.setMaskEnabled(target.id(), value); });
   }
   return action([=] {
     if (node) {

@@ -52,13 +52,13 @@ class OpenEdit;
 
 /// What a document begins with when it isn't a new one: the contents of a file.
 struct DocumentContents {
-  QString name;
+  QString name = {};
   int width = 1;
   int height = 1;
   ColorMode colorMode = ColorMode::rgb8;
   /// Surfaces of this size, in the layer format of the mode.
-  LayerNodeList rootNodes;
-  std::optional<QUuid> selectedNodeID;
+  LayerNodeList rootNodes = {};
+  std::optional<QUuid> selectedNodeID = std::nullopt;
   DisplayColor foregroundColor = DisplayColor::black();
   DisplayColor backgroundColor = DisplayColor::white();
 };

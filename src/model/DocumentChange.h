@@ -119,8 +119,8 @@ template <typename Kind>
   return false;
 }
 
-/// Whether a batch has a change of this kind with one of these properties, as `ViewChanged` and
-/// `FileStateChanged` carry.
+/// Whether a batch has a change of this kind with one of these properties, as changes of nodes, view and file
+/// carry.
 template <typename Kind, typename... Properties>
 [[nodiscard]] bool containsAny(const DocumentChanges& changes, Properties... properties) {
   for (const DocumentChange& change : changes) {

@@ -117,16 +117,7 @@ QUuid uuidFromText(const QString& text) {
 }
 
 std::optional<LayerNode> findNode(const QUuid& id, const LayerNodeList& list) {
-  std::optional<LayerNode> found;
-  walkNodes(
-      list,
-      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
-        if (node.id() != id) return WalkStep::descend;
-        found = node;
-        return WalkStep::stop;
-      },
-      [](const LayerFolder&) {});
-  return found;
+  return findNodeIf(list, [&](const LayerNode& node) { return node.id() == id; });
 }
 
 void collectLayers(const LayerNodeList& list, std::vector<std::shared_ptr<Layer>>& layers) {

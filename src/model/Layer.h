@@ -61,7 +61,7 @@ class LayerMask {
 /// What a new layer or folder begins with.
 struct NodeValues {
   QUuid id = QUuid::createUuid();
-  QString name;
+  QString name = {};
   float opacity = 1.0F;
   BlendMode blendMode = BlendMode::normal;
   bool isVisible = true;

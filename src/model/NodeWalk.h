@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "model/Layer.h"
@@ -57,6 +58,21 @@ void forEachNode(const LayerNodeList& roots, const Visit& visit) {
         return WalkStep::descend;
       },
       [](const LayerFolder&) {});
+}
+
+/// The first node for which `matches(node)` holds.
+template <typename Matches>
+[[nodiscard]] std::optional<LayerNode> findNodeIf(const LayerNodeList& roots, const Matches& matches) {
+  std::optional<LayerNode> found;
+  walkNodes(
+      roots,
+      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
+        if (!matches(node)) return WalkStep::descend;
+        found = node;
+        return WalkStep::stop;
+      },
+      [](const LayerFolder&) {});
+  return found;
 }
 
 }  // namespace orvanel

@@ -19,14 +19,15 @@ OpenSelectionEdit::OpenSelectionEdit(const DocumentPtr& document, const QString&
 
 OpenSelectionEdit::~OpenSelectionEdit() = default;
 
-void OpenSelectionEdit::show(const std::function<void(Selection& selection)>& write) {
+void OpenSelectionEdit::show(
+    const std::function<void(const Document& document, Selection& selection)>& write) {
   const DocumentPtr target = document();
   if (target == nullptr || !originalMask_) return;
   DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<Selection> selection = edit.selection();
   selection->pixels() = *originalMask_;
   selection->restoreFlags(originalFlags_);
-  write(*selection);
+  write(*target, *selection);
   hasShown_ = true;
 }
 

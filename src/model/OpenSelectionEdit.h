@@ -20,7 +20,7 @@ class OpenSelectionEdit final : public OpenEdit {
   ~OpenSelectionEdit() override;
 
   /// Puts back the selection of the beginning, then has `write` change it, mask and flags.
-  void show(const std::function<void(Selection& selection)>& write);
+  void show(const std::function<void(const Document& document, Selection& selection)>& write);
   /// Keeps what is shown. It leaves a record unless nothing was selected before and nothing is now.
   void keep();
   /// An edit that never showed anything leaves no record.

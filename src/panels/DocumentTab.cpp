@@ -38,8 +38,9 @@ DocumentTab::DocumentTab(DocumentPtr shownDocument, QWidget* parent)
   connect(closeButton_, &QAbstractButton::clicked, this, [this] {
     if (onClose) onClose();
   });
-  nameNotifier_ = document->name.addNotifier([this] { documentChanged(); });
-  dirtyNotifier_ = document->isDirty.addNotifier([this] { documentChanged(); });
+  changes_ = document->changes().observe([this](const DocumentChanges& changes) {
+    if (contains<change::FileStateChanged>(changes)) documentChanged();
+  });
   documentChanged();
 }
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QAbstractButton>
-#include <QPropertyNotifier>
 #include <functional>
 
 #include "model/Document.h"
@@ -57,8 +56,7 @@ class DocumentTab : public QAbstractButton {
   bool hasOtherDocuments_ = false;
   bool isHovering_ = false;
   QAbstractButton* closeButton_;
-  QPropertyNotifier nameNotifier_;
-  QPropertyNotifier dirtyNotifier_;
+  ChangeStream::Subscription changes_;
 };
 
 }  // namespace orvanel

@@ -72,30 +72,26 @@ QLabel* StatusBarPane::addLabel(const QString& accessibleName, const QString& wi
 
 void StatusBarPane::setDocument(const DocumentPtr& document) {
   if (document == document_.lock()) return;
-  notifiers_.clear();
+  changes_ = {};
   document_ = document;
-  if (document) observeDocument(*document);
+  if (document) {
+    changes_ = document->changes().observe([this](const DocumentChanges& changes) { follow(changes); });
+  }
   updateZoom();
   updatePosition();
   updateCanvasSize();
   updateMemory();
 }
 
-void StatusBarPane::observeDocument(Document& document) {
-  const auto zoomChanged = [this] { updateZoom(); };
-  notifiers_.push_back(document.zoomLevelIndex.addNotifier(zoomChanged));
-  notifiers_.push_back(document.customZoomLevel.addNotifier(zoomChanged));
-  const auto positionChanged = [this] { updatePosition(); };
-  notifiers_.push_back(document.cursorDocumentPosition.addNotifier(positionChanged));
-  notifiers_.push_back(document.dragSize.addNotifier(positionChanged));
-  const auto sizeChanged = [this] { updateCanvasSize(); };
-  notifiers_.push_back(document.canvasWidth.addNotifier(sizeChanged));
-  notifiers_.push_back(document.canvasHeight.addNotifier(sizeChanged));
-  // Every change of a tree, at any depth, is a step of its history.
-  const auto memoryChanged = [this] { scheduleMemory(); };
-  notifiers_.push_back(document.rootNodes.addNotifier(memoryChanged));
-  notifiers_.push_back(document.undoStack.revision.addNotifier(memoryChanged));
-  notifiers_.push_back(document.undoStack.currentIndex.addNotifier(memoryChanged));
+void StatusBarPane::follow(const DocumentChanges& changes) {
+  using change::ViewChanged;
+  if (containsAny<ViewChanged>(changes, ViewProperty::zoom)) updateZoom();
+  if (containsAny<ViewChanged>(changes, ViewProperty::cursorDocumentPosition, ViewProperty::dragSize)) {
+    updatePosition();
+  }
+  if (contains<change::CanvasChanged>(changes)) updateCanvasSize();
+  // Whatever takes or gives back memory is a step of the history.
+  if (contains<change::HistoryChanged>(changes)) scheduleMemory();
 }
 
 void StatusBarPane::updateZoom() {

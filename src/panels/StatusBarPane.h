@@ -4,7 +4,6 @@
 
 #include <QLabel>
 #include <QPointF>
-#include <QPropertyNotifier>
 #include <QTimer>
 #include <QWidget>
 #include <cstdint>
@@ -41,7 +40,7 @@ class StatusBarPane : public QWidget {
 
  private:
   QLabel* addLabel(const QString& accessibleName, const QString& widestText);
-  void observeDocument(Document& document);
+  void follow(const DocumentChanges& changes);
   void updateZoom();
   void updatePosition();
   void updateCanvasSize();
@@ -50,7 +49,7 @@ class StatusBarPane : public QWidget {
   void followMemory();
 
   std::weak_ptr<Document> document_;
-  std::vector<QPropertyNotifier> notifiers_;
+  ChangeStream::Subscription changes_;
   QLabel* zoomLabel_;
   QLabel* positionLabel_;
   QLabel* canvasLabel_;

@@ -4,9 +4,6 @@
 #include <array>
 #include <cassert>
 #include <cmath>
-#include <utility>
-
-#include "model/records/PixelOperations.h"
 
 namespace orvanel {
 namespace {
@@ -28,34 +25,26 @@ std::array<float, 6> inverseOf(const QTransform& m) {
 
 std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& document,
                                                       const QString& actionName) {
-  std::shared_ptr<Layer> layer = document->activeLayer();
+  const std::shared_ptr<Layer> layer = document->activeLayer();
   if (layer == nullptr || layer->isLocked.value()) return nullptr;
-  const Texture target = layer->activeEditTexture();
+  const ConstTexture target = layer->activeEditTexture();
   if (target == nullptr) return nullptr;
-  const bool useMask = target != layer->texture.value();
-  const std::optional<PixelRect> content =
-      document->context().layerContentBounds(*target, document->colorMode.value(), useMask);
+  const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
+  const std::optional<PixelRect> content = document->context().layerContentBounds(
+      *target, document->colorMode.value(), kind == SurfaceKind::mask);
   if (!content) return nullptr;
-  std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, useMask);
-  if (record != nullptr) record->setActionName(actionName);
-  return std::unique_ptr<LayerTransform>(
-      new LayerTransform(document, std::move(layer), *content, std::move(record)));
+  return std::unique_ptr<LayerTransform>(new LayerTransform(document, layer, kind, *content, actionName));
 }
 
-LayerTransform::LayerTransform(const DocumentPtr& document, std::shared_ptr<Layer> layer,
-                               PixelRect contentRect, std::shared_ptr<MoveLayerOperation> record)
-    : document_(document),
-      layer_(std::move(layer)),
-      target_(layer_->activeEditTexture()),
-      originalTexture_(*target_),
-      contentRect_(contentRect),
-      undoOp_(std::move(record)) {}
-
-LayerTransform::~LayerTransform() = default;
+LayerTransform::LayerTransform(const DocumentPtr& document, const std::shared_ptr<Layer>& layer,
+                               SurfaceKind kind, const PixelRect& contentRect, const QString& actionName)
+    : edit_(document, layer, kind, OpenSurfaceEdit::Purpose::transform, actionName),
+      contentRect_(contentRect) {}
 
 void LayerTransform::translate(int dx, int dy) {
-  document_->context().translateLayerPixels(originalTexture_, live(), dx, dy, document_->colorMode.value());
-  document_->needsCompositing = true;
+  edit_.show([&](const Document& document, Surface& live) {
+    document.context().translateLayerPixels(edit_.original(), live, dx, dy, document.colorMode.value());
+  });
 }
 
 void LayerTransform::scaleTo(const QRectF& box) {
@@ -63,16 +52,18 @@ void LayerTransform::scaleTo(const QRectF& box) {
                         static_cast<float>(contentRect_.width), static_cast<float>(contentRect_.height)};
   const std::array to{static_cast<float>(box.x()), static_cast<float>(box.y()),
                       static_cast<float>(box.width()), static_cast<float>(box.height())};
-  document_->context().scaleLayerRegion(originalTexture_, live(), from, to, document_->colorMode.value());
-  document_->needsCompositing = true;
+  edit_.show([&](const Document& document, Surface& live) {
+    document.context().scaleLayerRegion(edit_.original(), live, from, to, document.colorMode.value());
+  });
 }
 
 void LayerTransform::rotate(float angle) {
   const float centerX = static_cast<float>(contentRect_.x) + static_cast<float>(contentRect_.width) * 0.5F;
   const float centerY = static_cast<float>(contentRect_.y) + static_cast<float>(contentRect_.height) * 0.5F;
-  document_->context().rotateLayerPixels(originalTexture_, live(), centerX, centerY, angle,
-                                         document_->colorMode.value());
-  document_->needsCompositing = true;
+  edit_.show([&](const Document& document, Surface& live) {
+    document.context().rotateLayerPixels(edit_.original(), live, centerX, centerY, angle,
+                                         document.colorMode.value());
+  });
 }
 
 bool LayerTransform::canInvert(const QTransform& matrix) {
@@ -81,25 +72,10 @@ bool LayerTransform::canInvert(const QTransform& matrix) {
 
 void LayerTransform::transform(const QTransform& matrix) {
   assert(canInvert(matrix));
-  document_->context().affineTransformLayerPixels(originalTexture_, live(), inverseOf(matrix),
-                                                  document_->colorMode.value());
-  document_->needsCompositing = true;
-}
-
-void LayerTransform::commit() {
-  if (undoOp_ != nullptr) {
-    undoOp_->setSnapshotAfter(TextureSnapshot::captureReady(live(), document_->context()));
-    document_->undoStack.push(std::exchange(undoOp_, nullptr));
-  }
-  layer_->markThumbnailsDirty();
-  document_->isDirty = true;
-  document_->needsCompositing = true;
-}
-
-void LayerTransform::cancel() {
-  live() = originalTexture_;
-  undoOp_ = nullptr;
-  document_->needsCompositing = true;
+  edit_.show([&](const Document& document, Surface& live) {
+    document.context().affineTransformLayerPixels(edit_.original(), live, inverseOf(matrix),
+                                                  document.colorMode.value());
+  });
 }
 
 }  // namespace orvanel

@@ -7,23 +7,22 @@
 #include <QString>
 #include <QTransform>
 #include <memory>
-#include <optional>
 
-#include "model/Document.h"
+#include "model/OpenSurfaceEdit.h"
 
 namespace orvanel {
-
-class MoveLayerOperation;
 
 class LayerTransform {
  public:
   /// Begins on the active layer; null when it is locked, a folder or without content.
   [[nodiscard]] static std::unique_ptr<LayerTransform> begin(const DocumentPtr& document,
                                                              const QString& actionName);
-  /// An open transform stays as it is shown, without a record.
-  ~LayerTransform();
   LayerTransform(const LayerTransform&) = delete;
   LayerTransform& operator=(const LayerTransform&) = delete;
+
+  /// False once it was kept, taken back or ended by the document. Then showing, keeping and taking back do
+  /// nothing.
+  [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 
   /// The bounds of the content at the beginning.
   [[nodiscard]] const PixelRect& contentRect() const { return contentRect_; }
@@ -40,21 +39,16 @@ class LayerTransform {
   void transform(const QTransform& matrix);
 
   /// Keeps what is shown, under one record.
-  void commit();
+  void commit() { edit_.keep(); }
   /// Puts back the pixels of the beginning; no record.
-  void cancel();
+  void cancel() { edit_.takeBack(); }
 
  private:
-  LayerTransform(const DocumentPtr& document, std::shared_ptr<Layer> layer, PixelRect contentRect,
-                 std::shared_ptr<MoveLayerOperation> record);
-  [[nodiscard]] Surface& live() const { return *target_; }
+  LayerTransform(const DocumentPtr& document, const std::shared_ptr<Layer>& layer, SurfaceKind kind,
+                 const PixelRect& contentRect, const QString& actionName);
 
-  DocumentPtr document_;
-  std::shared_ptr<Layer> layer_;
-  Texture target_;
-  Surface originalTexture_;
+  OpenSurfaceEdit edit_;
   PixelRect contentRect_;
-  std::shared_ptr<MoveLayerOperation> undoOp_;
 };
 
 }  // namespace orvanel

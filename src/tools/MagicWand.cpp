@@ -12,14 +12,14 @@ namespace {
 constexpr float toleranceScale = 255.0F;
 
 /// Grey layers as colours: the seed is read, and compared, in four channels.
-Texture colorsOfGrey(const Texture& grey, ColorMode mode, const MetalContext& context) {
+ConstTexture colorsOfGrey(const ConstTexture& grey, ColorMode mode, const MetalContext& context) {
   Texture colors = context.makeTexture(compositePixelFormat(mode), grey->width(), grey->height());
   if (colors != nullptr) context.convertTexture(*grey, *colors, mode, folderColorMode(mode));
   return colors;
 }
 
 /// A mask as an opaque grey image of its values.
-Texture colorsOfMask(const Surface& mask, const MetalContext& context) {
+ConstTexture colorsOfMask(const Surface& mask, const MetalContext& context) {
   Texture colors = context.makeTexture(PixelFormat::rgba16Float, mask.width(), mask.height());
   if (colors == nullptr) return nullptr;
   context.clearTexture(*colors, ColorMode::rgb16, {0.0F, 0.0F, 0.0F, 1.0F});
@@ -27,14 +27,12 @@ Texture colorsOfMask(const Surface& mask, const MetalContext& context) {
   return colors;
 }
 
-Texture sampleOf(const Document& document, bool sampleAllLayers) {
-  if (sampleAllLayers) return document.compositedTexture.value();
+ConstTexture sampleOf(Document& document, bool sampleAllLayers) {
+  if (sampleAllLayers) return document.composite();
   const std::shared_ptr<Layer> layer = document.activeLayer();
   if (layer == nullptr) return nullptr;
-  if (layer->isMaskSelected.value() && layer->mask.value() != nullptr) {
-    return colorsOfMask(*layer->mask.value()->maskTexture->texture, document.context());
-  }
-  const Texture& pixels = layer->texture.value();
+  if (layer->editsMask()) return colorsOfMask(*layer->activeEditTexture(), document.context());
+  const ConstTexture& pixels = layer->texture.value();
   const ColorMode mode = document.colorMode.value();
   if (pixels == nullptr || !isGrayscale(mode)) return pixels;
   return colorsOfGrey(pixels, mode, document.context());
@@ -61,52 +59,35 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
   if (x < 0 || y < 0 || x >= document->canvasWidth.value() || y >= document->canvasHeight.value()) {
     return nullptr;
   }
-  Texture sample = sampleOf(*document, settings.sampleAllLayers);
+  ConstTexture sample = sampleOf(*document, settings.sampleAllLayers);
   if (sample == nullptr) return nullptr;
   std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(sample), x, y, mode));
   wand->select(settings);
   return wand;
 }
 
-MagicWand::MagicWand(const DocumentPtr& document, Texture sample, int x, int y, SelectionMode mode)
-    : document_(document),
-      gesture_(document, QStringLiteral("Magic Wand")),
+MagicWand::MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode)
+    : gesture_(document, QStringLiteral("Magic Wand")),
+      context_(document->context()),
       mode_(mode),
       sample_(std::move(sample)),
       seedX_(x),
-      seedY_(y) {
-  if (const std::shared_ptr<Selection>& selection = document->selection.value()) {
-    originalMask_ = *selection->maskTexture->texture;
-    originalFlags_ = selection->flags();
-  }
-}
-
-MagicWand::~MagicWand() = default;
+      seedY_(y) {}
 
 void MagicWand::select(const MagicWandSettings& settings) {
-  const std::shared_ptr<Selection>& selection = document_->selection.value();
-  if (selection == nullptr || !originalMask_) return;
-  const auto restore = [&] {
-    *selection->maskTexture->texture = *originalMask_;
-    selection->restoreFlags(originalFlags_);
-  };
-  restore();
-
-  const MetalContext& context = document_->context();
   const Color4 seed = colorAt(*sample_, seedX_, seedY_);
   const float tolerance = settings.tolerance / toleranceScale;
-  bool isSelected = true;
   gesture_.selectShape(mode_, [&](Selection& shape) {
-    Surface& mask = *shape.maskTexture->texture;
-    if (settings.contiguous) {
-      isSelected = context.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance);
-    } else {
-      context.magicWandNonContiguous(*sample_, mask, seed, tolerance);
+    Surface& mask = shape.pixels();
+    if (!settings.contiguous) {
+      context_.magicWandNonContiguous(*sample_, mask, seed, tolerance);
+    } else if (!context_.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance)) {
+      return false;
     }
-    if (settings.antialiased) context.magicWandAntialias(mask);
-    shape.refreshFlags(context);
+    if (settings.antialiased) context_.magicWandAntialias(mask);
+    shape.refreshFlags(context_);
+    return true;
   });
-  if (!isSelected) restore();
 }
 
 }  // namespace orvanel

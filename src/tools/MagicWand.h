@@ -14,11 +14,10 @@ namespace orvanel {
 class MagicWand {
  public:
   /// Presses at a pixel. Null outside the canvas, and when there is nothing to sample: the active node is
-  /// no layer, or, for all layers, nothing has been composited.
+  /// no layer.
   [[nodiscard]] static std::unique_ptr<MagicWand> press(const DocumentPtr& document, int x, int y,
                                                         SelectionMode mode,
                                                         const MagicWandSettings& settings);
-  ~MagicWand();
   MagicWand(const MagicWand&) = delete;
   MagicWand& operator=(const MagicWand&) = delete;
 
@@ -29,17 +28,14 @@ class MagicWand {
   void release() { gesture_.close(); }
 
  private:
-  MagicWand(const DocumentPtr& document, Texture sample, int x, int y, SelectionMode mode);
+  MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode);
 
-  DocumentPtr document_;
   SelectionGesture gesture_;
+  const MetalContext& context_;
   SelectionMode mode_;
-  Texture sample_;
+  ConstTexture sample_;
   int seedX_;
   int seedY_;
-  /// The selection at the press; none when there was no memory for one.
-  std::optional<Surface> originalMask_;
-  Selection::Flags originalFlags_;
 };
 
 }  // namespace orvanel

@@ -3,51 +3,34 @@
 #include <algorithm>
 #include <cmath>
 
-#include "model/records/SelectionChangeOperation.h"
-
 namespace orvanel {
 
-SelectionGesture::SelectionGesture(const DocumentPtr& document, const QString& actionName)
-    : document_(document), hadSelection_(document->activeSelection() != nullptr) {
-  document->ensureSelection();
-  activeOp_ = SelectionChangeOperation::create(actionName, document);
-}
-
-SelectionGesture::~SelectionGesture() = default;
-
-void SelectionGesture::selectShape(SelectionMode mode, const std::function<void(Selection&)>& fill) {
-  const MetalContext& context = document_->context();
-  const std::shared_ptr<Selection> selected = document_->activeSelection();
-  if (mode != SelectionMode::replace && selected != nullptr) {
-    const std::shared_ptr<Selection> shape =
-        Selection::create(selected->maskTexture->width, selected->maskTexture->height, context);
-    if (shape == nullptr) return;
-    fill(*shape);
-    combineMask(*selected, *shape->maskTexture->texture, mode, context);
-    return;
-  }
-  if (const std::shared_ptr<Selection>& selection = document_->selection.value()) {
-    selection->clear(context);
-    fill(*selection);
-  }
+void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill) {
+  edit_.show([&](const Document& document, Selection& selection) {
+    const MetalContext& context = document.context();
+    if (mode != SelectionMode::replace && selection.hasSelection.value()) {
+      const MaskTexture& mask = *selection.maskTexture;
+      const std::shared_ptr<Selection> shape = Selection::create(mask.width, mask.height, context);
+      if (shape == nullptr || !fill(*shape)) return;
+      combineMask(selection, *shape->maskTexture->texture, mode, context);
+      return;
+    }
+    const Surface before = *selection.maskTexture->texture;
+    const Selection::Flags flags = selection.flags();
+    selection.clear(context);
+    if (fill(selection)) return;
+    selection.pixels() = before;
+    selection.restoreFlags(flags);
+  });
 }
 
 void SelectionGesture::clear() {
-  if (const std::shared_ptr<Selection>& selection = document_->selection.value()) {
-    selection->clear(document_->context());
-  }
-}
-
-void SelectionGesture::close() {
-  if (activeOp_ == nullptr) return;
-  activeOp_->captureAfter();
-  if (hadSelection_ || document_->activeSelection() != nullptr) document_->undoStack.push(activeOp_);
-  activeOp_ = nullptr;
+  edit_.show([](const Document& document, Selection& selection) { selection.clear(document.context()); });
 }
 
 void combineMask(Selection& selection, const Surface& shapeMask, SelectionMode mode,
                  const MetalContext& context) {
-  Surface& mask = *selection.maskTexture->texture;
+  Surface& mask = selection.pixels();
   switch (mode) {
     case SelectionMode::replace:
       mask = shapeMask;

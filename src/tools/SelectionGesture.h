@@ -4,38 +4,45 @@
 
 #include <QString>
 #include <functional>
-#include <memory>
+#include <type_traits>
 
-#include "model/Document.h"
+#include "model/OpenSelectionEdit.h"
 
 namespace orvanel {
-
-class SelectionChangeOperation;
 
 enum class SelectionMode { replace, add, subtract, intersect };
 
 class SelectionGesture {
  public:
   /// Opens the record; makes the selection if there is none.
-  SelectionGesture(const DocumentPtr& document, const QString& actionName);
-  /// An open gesture is dropped without a record.
-  ~SelectionGesture();
-  SelectionGesture(const SelectionGesture&) = delete;
-  SelectionGesture& operator=(const SelectionGesture&) = delete;
+  SelectionGesture(const DocumentPtr& document, const QString& actionName) : edit_(document, actionName) {}
 
-  /// `fill` writes the shape, and its flags, into the selection it is given. With nothing selected every mode
-  /// is a replacement. Without memory for a shape to combine, nothing changes.
-  void selectShape(SelectionMode mode, const std::function<void(Selection&)>& fill);
+  /// `fill` writes the shape, and its flags, into the selection it is given; one that answers false has failed,
+  /// and the selection of the beginning stands. With nothing selected every mode is a replacement. Each shape
+  /// starts from the selection of the beginning. Without memory for a shape to combine, nothing changes.
+  template <typename Fill>
+  void selectShape(SelectionMode mode, const Fill& fill) {
+    if constexpr (std::is_void_v<std::invoke_result_t<Fill, Selection&>>) {
+      showShape(mode, [&fill](Selection& shape) {
+        fill(shape);
+        return true;
+      });
+    } else {
+      showShape(mode, fill);
+    }
+  }
   /// Selects nothing.
   void clear();
 
   /// Ends the gesture. It leaves a record unless nothing was selected before and nothing is now.
-  void close();
+  void close() { edit_.keep(); }
+  /// False once it was closed, or its document ended it.
+  [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 
  private:
-  DocumentPtr document_;
-  bool hadSelection_;
-  std::shared_ptr<SelectionChangeOperation> activeOp_;
+  void showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill);
+
+  OpenSelectionEdit edit_;
 };
 
 /// Combines a shape with a selection that isn't empty, and brings the flags up to date.

@@ -28,10 +28,7 @@ Tool ToolState::currentTool() const {
 
 void ToolState::selectTool(Tool tool) {
   setToolStack({tool});
-  if (const std::shared_ptr<Document> document = activeDocument()) {
-    document->selectedTool = tool;
-    document->selectedVariants = selectedVariants.value();
-  }
+  if (const DocumentPtr document = activeDocument()) document->rememberTool(tool, selectedVariants.value());
   postToolChanged();
 }
 

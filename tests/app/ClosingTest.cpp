@@ -17,7 +17,7 @@ class ClosingTest : public AppFixture {
 
   DocumentPtr addUnsaved(const QString& name) {
     const DocumentPtr document = addDocument(name);
-    document->isDirty = true;
+    document->setDirty(true);
     return document;
   }
 
@@ -25,7 +25,7 @@ class ClosingTest : public AppFixture {
     files.open({file});
     EXPECT_TRUE(waitForFiles());
     const DocumentPtr document = state.windowState.activeDocument();
-    document->isDirty = true;
+    document->setDirty(true);
     return document;
   }
 
@@ -65,7 +65,7 @@ TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
 
 TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
-  document->sourceFileURL = path("Sky.Tessel");
+  put(document->sourceFileURL, path("Sky.Tessel"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   windowState.closeDocument(document->id);
   EXPECT_THAT(openNames(), IsEmpty());
@@ -135,7 +135,7 @@ TEST_F(ClosingTest, QuittingStopsAtTheFirstRefusalAndKeepsAllOpen) {
   addDocument(QStringLiteral("Saved"));
   addUnsaved(QStringLiteral("B"));
   addUnsaved(QStringLiteral("C"));
-  a->sourceFileURL = path("A.tessel");
+  put(a->sourceFileURL, path("A.tessel"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.saveAnswers.push(SaveAnswer::dontSave);
   dialogs.saveAnswers.push(SaveAnswer::cancel);
@@ -163,7 +163,7 @@ TEST_F(ClosingTest, UITestingQuitsAtOnce) {
 
 TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  document->sourceFileURL = path("A.tessel");
+  put(document->sourceFileURL, path("A.tessel"));
   files.save(document);
   AppDelegate delegate(state, files, {});
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
@@ -173,7 +173,7 @@ TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
 TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
   for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) {
     const DocumentPtr document = addUnsaved(QString::fromLatin1(name));
-    document->sourceFileURL = path(name);
+    put(document->sourceFileURL, path(name));
     files.save(document);
   }
   AppDelegate delegate(state, files, {});
@@ -185,8 +185,8 @@ TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
 TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
   const DocumentPtr first = addUnsaved(QStringLiteral("A"));
   const DocumentPtr second = addUnsaved(QStringLiteral("B"));
-  first->sourceFileURL = path("A.tessel");
-  second->sourceFileURL = path("B.tessel");
+  put(first->sourceFileURL, path("A.tessel"));
+  put(second->sourceFileURL, path("B.tessel"));
   files.save(first);
   files.save(second);
   windowState.closeDocument(second->id);
@@ -197,7 +197,7 @@ TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
 
 TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  document->sourceFileURL = path("A.tessel");
+  put(document->sourceFileURL, path("A.tessel"));
   files.save(document);
   document->addLayer(QStringLiteral("Later"));
   windowState.closeDocument(document->id);
@@ -207,7 +207,7 @@ TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
 
 TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  document->sourceFileURL = path("no such folder/A.tessel");
+  put(document->sourceFileURL, path("no such folder/A.tessel"));
   files.save(document);
   ASSERT_FALSE(document->isDirty.value());
   windowState.closeDocument(document->id);
@@ -218,9 +218,9 @@ TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
 
 TEST_F(ClosingTest, ClosingADocumentDoesNotWaitForAnothersSave) {
   const DocumentPtr saved = addUnsaved(QStringLiteral("A"));
-  saved->sourceFileURL = path("A.tessel");
+  put(saved->sourceFileURL, path("A.tessel"));
   const DocumentPtr closed = addUnsaved(QStringLiteral("B"));
-  closed->isDirty = false;
+  closed->setDirty(false);
   files.save(saved);
   windowState.closeDocument(closed->id);
   EXPECT_TRUE(files.activity.fraction.value().has_value());

@@ -132,8 +132,8 @@ TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
 
 TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
-  document->sourceFileFormat = Document::ImageFileFormat::png;
-  document->isDirty = true;
+  put(document->sourceFileFormat, Document::ImageFileFormat::png);
+  document->setDirty(true);
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
   // All of it holds at once; only the writing takes its time.
@@ -153,7 +153,7 @@ TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
 
 TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   const DocumentPtr document = addDocument(QStringLiteral("before/after"));
-  document->sourceFileURL = path("photo.png");
+  put(document->sourceFileURL, path("photo.png"));
   files.saveAs(document);
   EXPECT_THAT(dialogs.proposals, ElementsAre(path("before-after.tessel").toStdString()));
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
@@ -190,8 +190,8 @@ TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
 
 TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  document->sourceFileURL = path("no such folder/Sky.TESSEL");
-  document->isDirty = true;
+  put(document->sourceFileURL, path("no such folder/Sky.TESSEL"));
+  document->setDirty(true);
   files.save(document);
   EXPECT_FALSE(document->isDirty.value());
   ASSERT_TRUE(waitForFiles());
@@ -203,10 +203,10 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
 TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  first->sourceFileURL = path("first.tessel");
-  second->sourceFileURL = path("second.tessel");
-  first->isDirty = true;
-  second->isDirty = true;
+  put(first->sourceFileURL, path("first.tessel"));
+  put(second->sourceFileURL, path("second.tessel"));
+  first->setDirty(true);
+  second->setDirty(true);
   files.save(first);
   files.save(second);
   EXPECT_FALSE(first->isDirty.value());
@@ -219,8 +219,8 @@ TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn)
 
 TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  document->sourceFileURL = path("Sky.tessel");
-  document->isDirty = true;
+  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Asked for"));
   files.save(document);
@@ -232,8 +232,8 @@ TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstH
 
 TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  document->sourceFileURL = path("Sky.tessel");
-  document->isDirty = true;
+  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Clouds"));
   dialogs.savePaths.push(path("Copy.tessel"));
@@ -248,8 +248,8 @@ TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
 TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   for (const char* name : {"one.tessel", "two.tessel"}) {
     const DocumentPtr document = addDocument(QString::fromLatin1(name));
-    document->sourceFileURL = path("no such folder/") + QLatin1String(name);
-    document->isDirty = true;
+    put(document->sourceFileURL, path("no such folder/") + QLatin1String(name));
+    document->setDirty(true);
     files.save(document);
   }
   files.settleWrites();
@@ -264,9 +264,9 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
 TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  first->sourceFileURL = path("first.tessel");
-  first->isDirty = true;
-  second->isDirty = true;
+  put(first->sourceFileURL, path("first.tessel"));
+  first->setDirty(true);
+  second->setDirty(true);
   files.save(first);
   dialogs.savePaths.push(path("chosen.tessel"));
   files.saveAs(second);
@@ -279,8 +279,8 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
 
 TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
-  document->sourceFileURL = path("no such folder/photo.tessel");
-  document->isDirty = true;
+  put(document->sourceFileURL, path("no such folder/photo.tessel"));
+  document->setDirty(true);
   files.save(document);
   dialogs.savePaths.push(path("rescued.tessel"));
   files.saveAs(document);
@@ -297,7 +297,7 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   MetalContext& context = state.metalContext;
   context.clearTexture(*document->rootNodes.value().front().layer()->texture.value(), ColorMode::rgb8,
                        {0.0F, 0.0F, 1.0F, 1.0F});
-  document->isDirty = true;
+  document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
   EXPECT_FALSE(document->isDirty.value());
@@ -322,8 +322,8 @@ TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
 
 TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
-  document->sourceFileURL = path("no such folder/photo.png");
-  document->isDirty = true;
+  put(document->sourceFileURL, path("no such folder/photo.png"));
+  document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
   EXPECT_TRUE(document->isDirty.value());
@@ -345,7 +345,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
   const DocumentPtr otherFormat = openOne(writeImage("photo.ppm"));
   EXPECT_EQ(otherFormat->sourceFileFormat.value(), std::nullopt);
-  otherFormat->isDirty = true;
+  otherFormat->setDirty(true);
   files.save(otherFormat);
   EXPECT_EQ(asked, 3);
   EXPECT_TRUE(layered->isDirty.value());
@@ -355,8 +355,8 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
 TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
-  document->isDirty = true;
-  document->sourceFileURL = path("Picture.tessel");
+  document->setDirty(true);
+  put(document->sourceFileURL, path("Picture.tessel"));
   for (std::size_t row = 0; row < exportFormats.size(); ++row) {
     const QString target = path("out.") + QLatin1String(exportFormats[row].fileExtension);
     dialogs.exportTargets.push({target, static_cast<int>(row)});
@@ -410,7 +410,7 @@ TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Export");
 
-  document->compositedTexture = nullptr;
+  put(document->compositedTexture, nullptr);
   dialogs.exportTargets.push({path("out.png"), 0});
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());

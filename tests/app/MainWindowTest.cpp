@@ -133,7 +133,7 @@ TEST_F(MainWindowTest, SaveIsEnabledWhileThereIsSomethingToSave) {
   const DocumentPtr photo = state.windowState.activeDocument();
   photo->addLayer(QStringLiteral("Second"));
   EXPECT_TRUE(save->isEnabled());
-  photo->isDirty = false;
+  photo->setDirty(false);
   EXPECT_FALSE(save->isEnabled());
 
   addDocument(QStringLiteral("Untitled"));
@@ -159,7 +159,7 @@ TEST_F(MainWindowTest, TheMarkOfUnsavedChangesShowsInTitleAndTab) {
   state.windowState.activeDocument()->addLayer(QStringLiteral("Second"));
   EXPECT_TRUE(window->isWindowModified());
   EXPECT_TRUE(window->contentView().tabBar().tabs()[0]->showsDirtyDot());
-  state.windowState.activeDocument()->isDirty = false;
+  state.windowState.activeDocument()->setDirty(false);
   EXPECT_FALSE(window->isWindowModified());
 }
 
@@ -245,7 +245,7 @@ TEST_F(MainWindowTest, FilesDroppedOnTheCanvasOpen) {
 
 TEST_F(MainWindowTest, TheCloseButtonClosesTabsAndThenTheWindow) {
   open({writeImage("one.png"), writeImage("two.png")});
-  state.windowState.activeDocument()->isDirty = true;
+  state.windowState.activeDocument()->setDirty(true);
   EXPECT_FALSE(window->close());
   EXPECT_THAT(openNames(), ElementsAre("one", "two"));
   dialogs.saveAnswers.push(SaveAnswer::dontSave);

@@ -203,8 +203,8 @@ TEST_F(WindowStateTest, PromotingAnUnknownIDInsertsIt) {
 TEST_F(WindowStateTest, ClosingTheActiveDocumentActivatesTheOneUsedBefore) {
   addABC();
   window.switchToDocument(a->id);
-  b->selectedTool = Tool::zoom;
-  c->selectedTool = Tool::magicWand;
+  put(b->selectedTool, Tool::zoom);
+  put(c->selectedTool, Tool::magicWand);
   window.closeDocument(a->id);
   EXPECT_THAT(names(), ElementsAre("B", "C"));
   EXPECT_EQ(activeName(), "C");
@@ -248,7 +248,7 @@ TEST_F(WindowStateTest, OnlyUnsavedDocumentsAreAskedAbout) {
     asked.push_back(document->name.value().toStdString());
     return false;
   };
-  b->isDirty = true;
+  b->setDirty(true);
   window.closeDocument(a->id);
   window.closeDocument(b->id);
   EXPECT_THAT(asked, ElementsAre("B"));
@@ -260,7 +260,7 @@ TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
   // A save that fails gives the mark back.
   window.settleSaves = [this](const Document& closing) {
     EXPECT_EQ(closing.id, a->id);
-    a->isDirty = true;
+    a->setDirty(true);
   };
   window.confirmClosing = [](const DocumentPtr&) { return false; };
   window.closeDocument(a->id);
@@ -269,11 +269,11 @@ TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
 
 TEST_F(WindowStateTest, TheFirstRefusalKeepsAllOpen) {
   addABC();
-  for (const DocumentPtr& document : {a, b, c}) document->isDirty = true;
+  for (const DocumentPtr& document : {a, b, c}) document->setDirty(true);
   std::vector<std::string> asked;
   window.confirmClosing = [&](const DocumentPtr& document) {
     asked.push_back(document->name.value().toStdString());
-    document->isDirty = document == b;
+    document->setDirty(document == b);
     return document != b;
   };
   window.closeAllDocuments();
@@ -293,7 +293,7 @@ TEST_F(WindowStateTest, ClosingAllLeavesNothing) {
 
 TEST_F(WindowStateTest, ADocumentThatOpensWhileClosingAllAsksStaysOpen) {
   addABC();
-  a->isDirty = true;
+  a->setDirty(true);
   const DocumentPtr late =
       Document::create(QStringLiteral("Late"), 8, 8, ColorMode::rgb8, MetalContext::shared());
   window.confirmClosing = [&](const DocumentPtr&) {
@@ -307,7 +307,7 @@ TEST_F(WindowStateTest, ADocumentThatOpensWhileClosingAllAsksStaysOpen) {
 
 TEST_F(WindowStateTest, ClosingTheOthersActivatesTheKeptOne) {
   addABC();
-  a->selectedTool = Tool::eyedropper;
+  put(a->selectedTool, Tool::eyedropper);
   window.closeOtherDocuments(a->id);
   EXPECT_THAT(names(), ElementsAre("A"));
   EXPECT_THAT(mostRecentNames(), ElementsAre("A"));
@@ -326,8 +326,8 @@ TEST_F(WindowStateTest, ClosingTheOthersOfTheActiveOneKeepsItsTemporaryTool) {
 
 TEST_F(WindowStateTest, ARefusalKeepsTheOthersOpen) {
   addABC();
-  b->isDirty = true;
-  c->isDirty = true;
+  b->setDirty(true);
+  c->setDirty(true);
   std::vector<std::string> asked;
   window.confirmClosing = [&](const DocumentPtr& document) {
     asked.push_back(document->name.value().toStdString());

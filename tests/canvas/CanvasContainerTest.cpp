@@ -12,7 +12,7 @@ namespace {
 class CanvasContainerTest : public testing::Test {
  protected:
   CanvasContainerTest() {
-    document->needsInitialZoom = false;
+    put(document->needsInitialZoom, false);
     container().resize(400, 300);
     canvas.update(document);
     container().show();
@@ -48,10 +48,10 @@ TEST_F(CanvasContainerTest, IsTheGroupNamedCanvas) {
 TEST_F(CanvasContainerTest, HidesAnIndicatorWhereTheCanvasFits) {
   EXPECT_FALSE(horizontal().isHidden());
   EXPECT_FALSE(vertical().isHidden());
-  document->customZoomLevel = 0.4;
+  put(document->customZoomLevel, 0.4);
   EXPECT_TRUE(horizontal().isHidden());
   EXPECT_FALSE(vertical().isHidden());
-  document->customZoomLevel = 0.3;
+  put(document->customZoomLevel, 0.3);
   EXPECT_TRUE(vertical().isHidden());
   canvas.update(nullptr);
   EXPECT_TRUE(horizontal().isHidden());
@@ -60,10 +60,10 @@ TEST_F(CanvasContainerTest, HidesAnIndicatorWhereTheCanvasFits) {
 TEST_F(CanvasContainerTest, FollowsScrollingAndZooming) {
   EXPECT_DOUBLE_EQ(horizontal().doubleValue(), 0.2);
   EXPECT_DOUBLE_EQ(horizontal().knobProportion(), 400.0 / 1400.0);
-  document->viewportOffset = QPointF(300, 750);
+  document->setViewportOffset(QPointF(300, 750));
   EXPECT_DOUBLE_EQ(horizontal().doubleValue(), 0.5);
   EXPECT_DOUBLE_EQ(vertical().doubleValue(), 1.0);
-  document->zoomLevelIndex = 15;
+  put(document->zoomLevelIndex, 15);
   EXPECT_DOUBLE_EQ(horizontal().knobProportion(), 200.0 / 1200.0);
 }
 
@@ -95,7 +95,7 @@ TEST_F(CanvasContainerTest, TheVerticalKnobGoesDownWithTheView) {
 }
 
 TEST_F(CanvasContainerTest, TheWheelOverAnIndicatorScrollsTheCanvas) {
-  document->viewportOffset = QPointF(100, 100);
+  document->setViewportOffset(QPointF(100, 100));
   test::sendWheel(vertical(), {5, 50}, {}, {0, -120});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(100, 140));
 }

@@ -21,7 +21,7 @@ constexpr QPoint oneClickUp{0, 120};
 class CanvasInputTest : public testing::Test {
  protected:
   CanvasInputTest() {
-    document->needsInitialZoom = false;
+    put(document->needsInitialZoom, false);
     pane.resize(400, 300);
     pane.setDocument(document);
     pane.show();
@@ -40,30 +40,30 @@ class CanvasInputTest : public testing::Test {
 };
 
 TEST_F(CanvasInputTest, AWheelClickPansFortyViewPoints) {
-  document->viewportOffset = QPointF(500, 500);
+  document->setViewportOffset(QPointF(500, 500));
   sendWheel(view(), {10, 10}, noPixels, oneClickUp);
   EXPECT_EQ(offset(), QPointF(500, 460));
   sendWheel(view(), {10, 10}, noPixels, {-120, 0});
   EXPECT_EQ(offset(), QPointF(540, 460));
-  document->zoomLevelIndex = 17;
+  put(document->zoomLevelIndex, 17);
   sendWheel(view(), {10, 10}, noPixels, {0, -240});
   EXPECT_EQ(offset(), QPointF(540, 480));
 }
 
 TEST_F(CanvasInputTest, PreciseDeltasPanPointForPoint) {
-  document->viewportOffset = QPointF(500, 500);
+  document->setViewportOffset(QPointF(500, 500));
   sendWheel(view(), {10, 10}, {3, -7}, {4, -9});
   EXPECT_EQ(offset(), QPointF(497, 507));
 }
 
 TEST_F(CanvasInputTest, ShiftTurnsTheWheelSideways) {
-  document->viewportOffset = QPointF(500, 500);
+  document->setViewportOffset(QPointF(500, 500));
   sendWheel(view(), {10, 10}, noPixels, oneClickUp, Qt::ShiftModifier);
   EXPECT_EQ(offset(), QPointF(460, 500));
 }
 
 TEST_F(CanvasInputTest, ScrollingEndsAtTheBoundsAndIsSilentThere) {
-  document->viewportOffset = QPointF(-200, -140);
+  document->setViewportOffset(QPointF(-200, -140));
   int writes = 0;
   const auto notifier = document->viewportOffset.addNotifier([&] { ++writes; });
   scrollChanges = 0;
@@ -77,7 +77,7 @@ TEST_F(CanvasInputTest, ScrollingEndsAtTheBoundsAndIsSilentThere) {
 }
 
 TEST_F(CanvasInputTest, ACanvasThatFitsDoesNotScroll) {
-  document->zoomLevelIndex = 8;
+  put(document->zoomLevelIndex, 8);
   sendWheel(view(), {10, 10}, noPixels, oneClickUp);
   EXPECT_EQ(offset(), QPointF(0, 0));
   EXPECT_EQ(scrollChanges, 0);
@@ -129,7 +129,7 @@ TEST_F(CanvasInputTest, TheZoomSumStartsAndEndsWithTheGesture) {
 }
 
 TEST_F(CanvasInputTest, ZoomKeepsThePointUnderThePointer) {
-  document->viewportOffset = QPointF(600, 400);
+  document->setViewportOffset(QPointF(600, 400));
   const QPointF pointer(130, 90);
   const QPointF before = view().viewToDocument(pointer).value();
   sendWheel(view(), pointer, noPixels, oneClickUp, Qt::AltModifier);
@@ -139,8 +139,8 @@ TEST_F(CanvasInputTest, ZoomKeepsThePointUnderThePointer) {
 }
 
 TEST_F(CanvasInputTest, ZoomSlidesAtTheEdges) {
-  document->zoomLevelIndex = 15;
-  document->viewportOffset = QPointF(-100, -75);
+  put(document->zoomLevelIndex, 15);
+  document->setViewportOffset(QPointF(-100, -75));
   sendWheel(view(), {400, 300}, noPixels, -oneClickUp, Qt::AltModifier);
   EXPECT_EQ(offset(), QPointF(-200, -150));
 }
@@ -162,11 +162,11 @@ TEST_F(CanvasInputTest, APinchStepsPastAFifth) {
 }
 
 TEST_F(CanvasInputTest, APinchAtTheEndsOfTheTableOnlyStartsAgain) {
-  document->zoomLevelIndex = 28;
+  put(document->zoomLevelIndex, 28);
   sendGesture(view(), Qt::ZoomNativeGesture, 0.25, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
   EXPECT_EQ(view().magnifyAccumulator(), 0.0);
-  document->zoomLevelIndex = 0;
+  put(document->zoomLevelIndex, 0);
   sendGesture(view(), Qt::ZoomNativeGesture, -0.25, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
   EXPECT_EQ(view().magnifyAccumulator(), 0.0);
@@ -186,12 +186,12 @@ TEST_F(CanvasInputTest, WithoutADocumentScrollAndPinchDoNothing) {
 }
 
 TEST_F(CanvasInputTest, ConversionsComeWholeFractionalAndClamped) {
-  document->zoomLevelIndex = 15;
-  document->viewportOffset = QPointF(-10, 20);
+  put(document->zoomLevelIndex, 15);
+  document->setViewportOffset(QPointF(-10, 20));
   EXPECT_EQ(view().viewToDocument({5, 5}).value(), QPointF(-7.5, 22.5));
   EXPECT_EQ(view().viewToPixel({5, 5}).value(), QPoint(-8, 22));
   EXPECT_EQ(view().viewToClampedDocument({5, 5}).value(), QPointF(0, 22.5));
-  document->viewportOffset = QPointF(1900, 1400);
+  document->setViewportOffset(QPointF(1900, 1400));
   EXPECT_EQ(view().viewToClampedDocument({399, 299}).value(), QPointF(2000, 1500));
 }
 
@@ -212,7 +212,7 @@ TEST_F(CanvasInputTest, KeysZoomWithTheCommandModifierAlone) {
 }
 
 TEST_F(CanvasInputTest, ZoomNotificationsActAtTheViewsCentre) {
-  document->viewportOffset = QPointF(600, 400);
+  document->setViewportOffset(QPointF(600, 400));
   const QPointF centre = view().viewToDocument({200, 150}).value();
   NotificationCenter& posts = NotificationCenter::standard();
   posts.post(notification::zoomIn);
@@ -230,10 +230,10 @@ TEST_F(CanvasInputTest, ZoomNotificationsActAtTheViewsCentre) {
 
 TEST_F(CanvasInputTest, ActualSizeNeverLeavesASmallCanvasOutside) {
   const auto small = test::makeDocument(300, 200);
-  small->needsInitialZoom = false;
+  put(small->needsInitialZoom, false);
   pane.setDocument(small);
-  small->zoomLevelIndex = 20;
-  small->viewportOffset = QPointF(250, 150);
+  put(small->zoomLevelIndex, 20);
+  small->setViewportOffset(QPointF(250, 150));
   NotificationCenter::standard().post(notification::zoomActualSize);
   EXPECT_EQ(small->viewportOffset.value(), QPointF(0, 0));
 }
@@ -286,10 +286,10 @@ TEST_F(CanvasInputTest, EveryModifierChangeWithoutControlCommits) {
 }
 
 TEST_F(CanvasInputTest, TheCursorPositionIsTheWholePixelInsideTheCanvas) {
-  document->zoomLevelIndex = 15;
+  put(document->zoomLevelIndex, 15);
   test::moveMouse(view(), {5, 9});
   EXPECT_EQ(document->cursorDocumentPosition.value(), std::optional(QPointF(2, 4)));
-  document->viewportOffset = QPointF(-50, 0);
+  document->setViewportOffset(QPointF(-50, 0));
   test::moveMouse(view(), {99, 10});
   EXPECT_EQ(document->cursorDocumentPosition.value(), std::nullopt);
   test::moveMouse(view(), {100, 10});
@@ -301,7 +301,7 @@ TEST_F(CanvasInputTest, TheCursorPositionIsTheWholePixelInsideTheCanvas) {
 
 TEST_F(CanvasInputTest, TheLastPixelIsInsideAndTheNextIsNot) {
   const auto small = test::makeDocument(10, 10);
-  small->needsInitialZoom = false;
+  put(small->needsInitialZoom, false);
   pane.setDocument(small);
   test::moveMouse(view(), {204.9, 154.9});
   EXPECT_EQ(small->cursorDocumentPosition.value(), std::optional(QPointF(9, 9)));

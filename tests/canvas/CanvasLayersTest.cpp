@@ -59,12 +59,12 @@ TEST(DocumentPass, DrawsWithACompositeThroughItsChannelSwitches) {
   EXPECT_EQ(pass.name(), "Document");
   EXPECT_FALSE(pass.shouldRender(viewContext, nullptr));
   EXPECT_TRUE(pass.shouldRender(viewContext, document.get()));
-  document->channelVisibility = ChannelVisibility{1, 0, 1};
+  document->setChannelVisibility(ChannelVisibility{1, 0, 1});
   const auto draw = recordedDraw(pass, document.get());
   EXPECT_EQ(uniformsOf(draw),
             (std::vector<float>{1920, 1080, 640, 480, 12.5F, -3, 2, 1.25F, 1.0F, 0.0F, 1.0F, 0.0F}));
   EXPECT_EQ(draw.texture, document->compositedTexture.value().get());
-  document->compositedTexture = Texture();
+  put(document->compositedTexture, Texture());
   EXPECT_FALSE(pass.shouldRender(viewContext, document.get()));
 }
 

@@ -41,7 +41,7 @@ TEST_F(CanvasPaneTest, FitsADocumentOnceWhenItFirstHasAPlace) {
   pane.show();
   EXPECT_FALSE(document->needsInitialZoom.value());
   EXPECT_EQ(document->zoomLevelIndex.value(), 10);
-  document->zoomLevelIndex = 14;
+  put(document->zoomLevelIndex, 14);
   pane.resize(800, 600);
   pane.setDocument(nullptr);
   pane.setDocument(document);
@@ -73,7 +73,7 @@ TEST_F(CanvasPaneTest, ShowsAnEditWithinAFewFrames) {
   pane.setDocument(document);
   ASSERT_EQ(shownAt(200, 150), 0xFFFFFFFFU);
   document->rootNodes.value().front().layer()->texture.value()->fill(0xFF0000FFU);
-  document->needsCompositing = true;
+  put(document->needsCompositing, true);
   QElapsedTimer timer;
   timer.start();
   while (shownAt(200, 150) != 0xFFFF0000U && timer.elapsed() < 5000) QApplication::processEvents();
@@ -85,7 +85,7 @@ TEST_F(CanvasPaneTest, ShowsAPropertyOfANodeThatNobodyReported) {
   const auto document = test::makeDocument(200, 100);
   pane.setDocument(document);
   ASSERT_EQ(shownAt(200, 150), 0xFFFFFFFFU);
-  document->rootNodes.value().front().layer()->isVisible = false;
+  put(document->rootNodes.value().front().layer()->isVisible, false);
   QElapsedTimer timer;
   timer.start();
   while (shownAt(200, 150) == 0xFFFFFFFFU && timer.elapsed() < 5000) QApplication::processEvents();
@@ -95,9 +95,9 @@ TEST_F(CanvasPaneTest, ShowsAPropertyOfANodeThatNobodyReported) {
 TEST_F(CanvasPaneTest, HoldsACanvasThatComesToFitAtTheCentre) {
   pane.show();
   const auto document = test::makeDocument(500, 400);
-  document->needsInitialZoom = false;
+  put(document->needsInitialZoom, false);
   pane.setDocument(document);
-  document->viewportOffset = QPointF(80, 90);
+  document->setViewportOffset(QPointF(80, 90));
   pane.resize(600, 500);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }

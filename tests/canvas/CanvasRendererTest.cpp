@@ -27,7 +27,7 @@ class CanvasRendererTest : public testing::Test {
   /// Fills the background layer with one colour, as an edit does.
   void paint(std::uint64_t pixel) {
     background()->texture.value()->fill(pixel);
-    document->needsCompositing = true;
+    put(document->needsCompositing, true);
   }
 
   double now = 100.0;
@@ -49,7 +49,7 @@ TEST_F(CanvasRendererTest, DrawsTheDocumentCentredInTheSurround) {
 }
 
 TEST_F(CanvasRendererTest, ShowsTheCheckerboardThroughAnEmptyTree) {
-  document->rootNodes = LayerNodeList{};
+  put(document->rootNodes, LayerNodeList{});
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
   EXPECT_EQ(view.at(38, 25), 0xFFE3E3E3U);
@@ -75,7 +75,7 @@ TEST_F(CanvasRendererTest, TouchesNoPixelWhileNothingChanges) {
 
 TEST_F(CanvasRendererTest, CompositingThatChangesNoTileDrawsNothing) {
   renderer.drawInMTKView(view);
-  document->needsCompositing = true;
+  put(document->needsCompositing, true);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
   EXPECT_EQ(composited, 2);
 }
@@ -86,13 +86,13 @@ TEST_F(CanvasRendererTest, DrawsAfterEveryChangeOfTheView) {
     EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged) << what;
   };
   expectDrawn("first");
-  document->viewportOffset = QPointF(3, 4);
+  document->setViewportOffset(QPointF(3, 4));
   expectDrawn("offset");
-  document->zoomLevelIndex = 16;
+  put(document->zoomLevelIndex, 16);
   expectDrawn("table zoom");
-  document->customZoomLevel = 2.5;
+  put(document->customZoomLevel, 2.5);
   expectDrawn("custom zoom");
-  document->channelVisibility = ChannelVisibility{1, 1, 0};
+  document->setChannelVisibility(ChannelVisibility{1, 1, 0});
   expectDrawn("channels");
   view.scale = 2.0;
   expectDrawn("scale");
@@ -110,16 +110,16 @@ TEST_F(CanvasRendererTest, PaintsWhatWasEdited) {
 
 TEST_F(CanvasRendererTest, NoticesPropertiesWithoutBeingTold) {
   renderer.drawInMTKView(view);
-  background()->opacity = 0.5F;
+  put(background()->opacity, 0.5F);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
-  background()->isVisible = false;
+  put(background()->isVisible, false);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
-  background()->isVisible = true;
-  background()->opacity = 0.0F;
+  put(background()->isVisible, true);
+  put(background()->opacity, 0.0F);
   renderer.drawInMTKView(view);
   const int before = composited;
-  background()->opacity = -0.0F;
+  put(background()->opacity, -0.0F);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
   EXPECT_EQ(composited, before);
 }
@@ -130,7 +130,7 @@ TEST_F(CanvasRendererTest, NoticesAMaskThatIsSwitched) {
       std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(40, 30, MetalContext::shared()));
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
-  background()->mask.value()->isEnabled = false;
+  put(background()->mask.value()->isEnabled, false);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), white);
 }
@@ -138,7 +138,7 @@ TEST_F(CanvasRendererTest, NoticesAMaskThatIsSwitched) {
 TEST_F(CanvasRendererTest, TheHashIsStoredWheneverItComposites) {
   renderer.drawInMTKView(view);
   EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
-  background()->blendMode = BlendMode::multiply;
+  put(background()->blendMode, BlendMode::multiply);
   EXPECT_NE(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
   renderer.drawInMTKView(view);
   EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
@@ -151,10 +151,10 @@ TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
   EXPECT_EQ(renderer.lastFrameTime(), 0.0);
   view.isHidden = false;
   const Texture composite = document->compositedTexture.value();
-  document->compositedTexture = Texture();
+  put(document->compositedTexture, Texture());
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
   EXPECT_TRUE(document->needsCompositing.value());
-  document->compositedTexture = composite;
+  put(document->compositedTexture, composite);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   document.reset();
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
@@ -241,11 +241,11 @@ TEST_F(CanvasRendererTest, DrawsToolOverlaysOnTop) {
 }
 
 TEST_F(CanvasRendererTest, ShowsTheGridAtHighZoom) {
-  document->customZoomLevel = 40.0;
+  put(document->customZoomLevel, 40.0);
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(20, 20), white);
   EXPECT_NE(view.at(40, 20), white);
-  document->customZoomLevel = 39.9;
+  put(document->customZoomLevel, 39.9);
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(40, 20), white);
 }
@@ -254,7 +254,7 @@ using CanvasRendererDeathTest = CanvasRendererTest;
 
 TEST_F(CanvasRendererDeathTest, AZoomBeyondTheTableIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  document->zoomLevelIndex = 29;
+  put(document->zoomLevelIndex, 29);
   EXPECT_DEATH((void)renderer.drawInMTKView(view), "Zoom level index out of range");
 }
 

@@ -11,7 +11,7 @@ namespace {
 class HandToolTest : public testing::Test {
  protected:
   HandToolTest() {
-    document->needsInitialZoom = false;
+    put(document->needsInitialZoom, false);
     pane.resize(400, 300);
     pane.setDocument(document);
     pane.show();
@@ -24,10 +24,10 @@ class HandToolTest : public testing::Test {
 };
 
 TEST_F(HandToolTest, MovesTheDocumentWithThePointer) {
-  document->viewportOffset = QPointF(300, 200);
+  document->setViewportOffset(QPointF(300, 200));
   test::dragMouse(view(), {100, 100}, {130, 80});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(270, 220));
-  document->zoomLevelIndex = 15;
+  put(document->zoomLevelIndex, 15);
   test::dragMouse(view(), {100, 100}, {130, 80});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(255, 230));
 }

@@ -15,7 +15,7 @@ namespace {
 
 DocumentPtr makeNoise(int width, int height) {
   DocumentPtr document = test::makeDocument(width, height);
-  document->needsInitialZoom = false;
+  put(document->needsInitialZoom, false);
   std::mt19937 random(11);
   std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height));
   for (std::uint32_t& pixel : pixels) pixel = static_cast<std::uint32_t>(random()) | 0xFF000000U;
@@ -32,7 +32,7 @@ TEST(ScaledPaint, PutsTheFramePixelForPixelOnTheScreen) {
   for (const QPoint position : {QPoint(0, 0), QPoint(8, 4), QPoint(3, 5), QPoint(1, 2)}) {
     for (const int zoomLevelIndex : {12, 13, 14}) {
       SCOPED_TRACE(testing::Message() << position.x() << ", " << position.y() << " at " << zoomLevelIndex);
-      document->zoomLevelIndex = zoomLevelIndex;
+      put(document->zoomLevelIndex, zoomLevelIndex);
       QWidget window;
       window.resize(360, 240);
       CanvasPaneView pane(MetalContext::shared(), tools, &window);

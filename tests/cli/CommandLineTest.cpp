@@ -47,10 +47,10 @@ class CommandLineTest : public testing::Test {
     const Texture spot = document->activeNode()->layer()->texture.value();
     const std::vector<std::byte> ones(static_cast<std::size_t>(5 * 4 * 8), std::byte{0x3C});
     spot->writeRect({10, 20, 5, 4}, ones.data(), 5 * 8);
-    document->activeNode()->opacity() = 0.7F;
-    document->activeNode()->blendMode() = BlendMode::multiply;
+    put(document->activeNode()->opacity(), 0.7F);
+    put(document->activeNode()->blendMode(), BlendMode::multiply);
     document->addLayer(QStringLiteral("Empty"));
-    document->foregroundColor = DisplayColor{1.0F, 0.5F, 0.0F, 1.0F};
+    document->setForegroundColor(DisplayColor{1.0F, 0.5F, 0.0F, 1.0F});
     EXPECT_TRUE(DocumentIO::saveSynchronously(document, path(name), MetalContext::shared()).has_value());
     return path(name);
   }

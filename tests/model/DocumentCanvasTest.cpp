@@ -39,7 +39,7 @@ class DocumentCanvasTest : public testing::TestWithParam<ColorMode> {
     inner = document->activeLayer();
     *inner->texture.value() = randomPixels(GetParam(), random);
     addRandomMask(*inner, random);
-    inner->mask.value()->isEnabled = false;
+    put(inner->mask.value()->isEnabled, false);
     selectRandomly(*document, random);
   }
   /// Every layer and mask is the old one, shifted onto a canvas of the new size; what is new is empty, and
@@ -149,7 +149,7 @@ TEST_P(DocumentCanvasTest, NearestNeighbourTakesThePixelUnderEachCentre) {
 
 TEST_P(DocumentCanvasTest, EveryMethodKeepsAPlainColourAndAPlainMask) {
   document->selection.value()->clear(document->context());
-  document->selectedNodeID = masked->id;
+  document->selectNode(masked->id);
   document->fillSelection({0.25F, 0.25F, 0.25F, 1.0F});
   document->context().fillMask(*masked->mask.value()->maskTexture->texture, 0.25F);
   const std::uint64_t colour = pixelsOf(*masked).pixelAt(0, 0);
@@ -213,7 +213,7 @@ TEST_P(DocumentCanvasTest, WithoutSelectedPixelsNothingIsCropped) {
   expectNothing(*document, [&] { document->cropToSelection(); });
   document->selection.value()->clear(document->context());
   expectNothing(*document, [&] { document->cropToSelection(); });
-  document->selection = nullptr;
+  put(document->selection, nullptr);
   expectNothing(*document, [&] { document->cropToSelection(); });
 }
 
@@ -246,7 +246,7 @@ TEST_P(DocumentCanvasTest, WithoutAUniformEdgeThereIsNothingToTrim) {
 
 TEST_P(DocumentCanvasTest, WithoutACompositeThereIsNothingToTrim) {
   const Texture composite = document->compositedTexture.value();
-  document->compositedTexture = nullptr;
+  put(document->compositedTexture, nullptr);
   const std::int64_t records = recordCount(*document);
   EXPECT_FALSE(marksEdited(*document, [&] { EXPECT_FALSE(document->trim()); }));
   EXPECT_EQ(recordCount(*document), records);
@@ -275,8 +275,8 @@ TEST_P(DocumentCanvasTest, EachMarksTheDocumentAndAllThumbnails) {
 }
 
 TEST_P(DocumentCanvasTest, ThumbnailsAreToldOnceEverythingHasItsNewSize) {
-  masked->thumbnailDirty = false;
-  inner->thumbnailDirty = false;
+  put(masked->thumbnailDirty, false);
+  put(inner->thumbnailDirty, false);
   int told = 0;
   const auto look = [&] {
     ++told;
@@ -292,7 +292,7 @@ TEST_P(DocumentCanvasTest, ThumbnailsAreToldOnceEverythingHasItsNewSize) {
 }
 
 TEST_P(DocumentCanvasTest, ASelectionIsThereAfterwardsEvenIfNoneWasBefore) {
-  document->selection = nullptr;
+  put(document->selection, nullptr);
   document->resizeCanvas(70, 80, 0, 0);
   expectFreshCanvas(70, 80);
 }
@@ -309,7 +309,7 @@ TEST_P(DocumentCanvasTest, UndoAndRedoLeaveAnEmptySelectionOfTheSize) {
 }
 
 TEST_P(DocumentCanvasTest, ALayerWithoutPixelsIsPassedOver) {
-  inner->texture = nullptr;
+  put(inner->texture, nullptr);
   expectPixelCycle(*document, "Canvas Size", [&] { document->resizeCanvas(70, 80, 0, 0); });
   EXPECT_EQ(inner->texture.value(), nullptr);
 }

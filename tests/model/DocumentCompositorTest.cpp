@@ -37,9 +37,9 @@ class DocumentCompositorTest : public testing::Test {
     return document->compositedTexture.value()->pixelAt(39, 29);
   }
   [[nodiscard]] std::size_t poolSize() const { return compositor.texturePool().size(); }
-  void isolate(LayerFolder& isolated) { isolated.opacity = 0.5F; }
+  void isolate(LayerFolder& isolated) { put(isolated.opacity, 0.5F); }
   std::shared_ptr<LayerFolder> addIsolatedFolder(const QString& name, const QString& layerName) {
-    document->selectedNodeID = std::nullopt;
+    document->selectNode(std::nullopt);
     document->addFolder(name);
     document->addLayer(layerName);
     std::shared_ptr<LayerFolder> added = nodeNamed(*document, name).folder();
@@ -47,11 +47,11 @@ class DocumentCompositorTest : public testing::Test {
     return added;
   }
   void resizeCanvas(int width, int height) {
-    document->canvasWidth = width;
-    document->canvasHeight = height;
+    put(document->canvasWidth, width);
+    put(document->canvasHeight, height);
     document->rebuildDisplayTextures();
     for (const std::shared_ptr<Layer>& each : document->allLayers())
-      each->texture = document->makeLayerTexture();
+      put(each->texture, document->makeLayerTexture());
   }
 
   DocumentPtr document = makeDocument();
@@ -67,43 +67,43 @@ TEST_F(DocumentCompositorTest, HashChangesWithEveryPropertyThatShows) {
     EXPECT_EQ(std::count(hashes.begin(), hashes.end(), now), 0) << "change " << hashes.size();
     hashes.push_back(now);
   };
-  layer->opacity = 0.5F;
+  put(layer->opacity, 0.5F);
   expectNew();
-  layer->blendMode = BlendMode::screen;
+  put(layer->blendMode, BlendMode::screen);
   expectNew();
-  folder->opacity = 0.5F;
+  put(folder->opacity, 0.5F);
   expectNew();
-  folder->blendMode = BlendMode::multiply;
+  put(folder->blendMode, BlendMode::multiply);
   expectNew();
-  folder->isVisible = false;
+  put(folder->isVisible, false);
   expectNew();
-  layer->isVisible = false;
+  put(layer->isVisible, false);
   expectNew();
   addMask(*layer);
   expectNew();
-  layer->mask.value()->isEnabled = false;
+  put(layer->mask.value()->isEnabled, false);
   expectNew();
 }
 
 TEST_F(DocumentCompositorTest, HashIgnoresWhatDoesNotShow) {
   const std::uint64_t before = hash();
-  layer->name = QStringLiteral("other");
-  layer->isLocked = true;
+  put(layer->name, QStringLiteral("other"));
+  put(layer->isLocked, true);
   layer->texture.value()->fill(opaqueGreen);
-  layer->isMaskSelected = true;
-  folder->isExpanded = false;
-  document->channelVisibility = ChannelVisibility{0, 1, 1};
-  document->customZoomLevel = 3.0;
+  put(layer->isMaskSelected, true);
+  put(folder->isExpanded, false);
+  document->setChannelVisibility(ChannelVisibility{0, 1, 1});
+  put(document->customZoomLevel, 3.0);
   EXPECT_EQ(hash(), before);
 }
 
 TEST_F(DocumentCompositorTest, HashTakesNegativeZeroForZero) {
-  layer->opacity = 0.0F;
+  put(layer->opacity, 0.0F);
   const std::uint64_t before = hash();
   const auto twin = std::make_shared<Layer>("L", layer->id);
-  twin->opacity = -0.0F;
+  put(twin->opacity, -0.0F);
   ASSERT_TRUE(std::signbit(twin->opacity.value()));
-  folder->children = LayerNodeList{twin};
+  put(folder->children, LayerNodeList{twin});
   EXPECT_EQ(hash(), before);
 }
 
@@ -134,28 +134,28 @@ TEST_F(DocumentCompositorTest, TheTopNodeCovers) {
 TEST_F(DocumentCompositorTest, AnEmptyTreeGivesATransparentComposite) {
   composite();
   ASSERT_NE(compositePixel(), 0U);
-  document->rootNodes = LayerNodeList{};
+  put(document->rootNodes, LayerNodeList{});
   composite();
   EXPECT_TRUE(document->compositedTexture.value()->equals(Surface(PixelFormat::rgba8Unorm, 40, 30)));
 }
 
 TEST_F(DocumentCompositorTest, WithoutACompositeThereIsNothingToDo) {
-  document->compositedTexture = nullptr;
+  put(document->compositedTexture, nullptr);
   EXPECT_EQ(composite(CompositeScope::allTiles).tilesMade, 0);
 }
 
 TEST_F(DocumentCompositorTest, InvisibleNodesArePassedOverWithAllTheyContain) {
-  folder->isVisible = false;
+  put(folder->isVisible, false);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
-  folder->isVisible = true;
-  layer->isVisible = false;
+  put(folder->isVisible, true);
+  put(layer->isVisible, false);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
 }
 
 TEST_F(DocumentCompositorTest, ALayerWithoutPixelsIsPassedOver) {
-  layer->texture = nullptr;
+  put(layer->texture, nullptr);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
 }
@@ -164,7 +164,7 @@ TEST_F(DocumentCompositorTest, ADisabledMaskIsIgnored) {
   addMask(*layer);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU) << "a mask of zeros hides everything";
-  layer->mask.value()->isEnabled = false;
+  put(layer->mask.value()->isEnabled, false);
   composite();
   EXPECT_EQ(compositePixel(), opaqueRed);
 }
@@ -172,30 +172,30 @@ TEST_F(DocumentCompositorTest, ADisabledMaskIsIgnored) {
 TEST_F(DocumentCompositorTest, OnlyOpaqueNormalFoldersPassThrough) {
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 0);
-  folder->opacity = 0.999F;
+  put(folder->opacity, 0.999F);
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 1);
-  folder->opacity = 1.0F;
+  put(folder->opacity, 1.0F);
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 0);
-  folder->blendMode = BlendMode::multiply;
+  put(folder->blendMode, BlendMode::multiply);
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 1);
   EXPECT_EQ(poolSize(), 1U);
 }
 
 TEST_F(DocumentCompositorTest, ChildrenOfAnIsolatingFolderBlendOnlyWithEachOther) {
-  layer->blendMode = BlendMode::difference;
+  put(layer->blendMode, BlendMode::difference);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFF00U) << "passing through, red differs from the white beneath";
-  folder->blendMode = BlendMode::multiply;
+  put(folder->blendMode, BlendMode::multiply);
   composite();
   EXPECT_EQ(compositePixel(), opaqueRed) << "isolated, red lies alone and then multiplies white";
 }
 
 TEST_F(DocumentCompositorTest, AnEmptyFolderTakesNoTemporary) {
-  folder->children = LayerNodeList{};
-  folder->opacity = 0.5F;
+  put(folder->children, LayerNodeList{});
+  put(folder->opacity, 0.5F);
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 0);
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
@@ -208,7 +208,7 @@ TEST_F(DocumentCompositorTest, NeighbouringFoldersHaveTheirOwnTemporaries) {
   ASSERT_EQ(compositor.texturePoolIndex(), 2);
   const std::vector<Texture> first = compositor.texturePool();
   EXPECT_NE(first[0], first[1]);
-  document->needsCompositing = true;
+  put(document->needsCompositing, true);
   composite();
   EXPECT_EQ(compositor.texturePoolIndex(), 2);
   EXPECT_EQ(compositor.texturePool(), first);
@@ -228,7 +228,7 @@ TEST_F(DocumentCompositorTest, TemporariesHaveTheCompositesFormat) {
     const DocumentPtr other = makeDocument(20, 10, mode);
     other->addFolder("F");
     other->addLayer("L");
-    nodeNamed(*other, "F").opacity() = 0.5F;
+    put(nodeNamed(*other, "F").opacity(), 0.5F);
     DocumentCompositor own(other->context());
     own.compositeDocument(*other);
     ASSERT_EQ(own.texturePool().size(), 1U);
@@ -242,7 +242,7 @@ TEST_F(DocumentCompositorTest, AGreyFolderIsCompositedAsRgb) {
   grey->addFolder("F");
   grey->addLayer("L");
   nodeNamed(*grey, "L").layer()->texture.value()->fill(0xFF00U);
-  nodeNamed(*grey, "F").opacity() = 0.5F;
+  put(nodeNamed(*grey, "F").opacity(), 0.5F);
   DocumentCompositor(grey->context()).compositeDocument(*grey);
   EXPECT_EQ(grey->compositedTexture.value()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
 }
@@ -269,7 +269,7 @@ TEST_F(DocumentCompositorTest, AfterAResizeThePoolSettles) {
   const std::vector<Texture> settled = compositor.texturePool();
   EXPECT_EQ(settled.size(), 3U) << "the second slot was free to be replaced";
   EXPECT_EQ(compositor.texturePoolIndex(), 3);
-  layer->opacity = 0.25F;
+  put(layer->opacity, 0.25F);
   composite();
   EXPECT_EQ(compositor.texturePool(), settled);
   EXPECT_EQ(compositor.texturePoolIndex(), 3);
@@ -290,7 +290,7 @@ TEST_F(DocumentCompositorTest, AnEditRemakesOnlyItsTiles) {
   layer->texture.value()->writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel),
                                     sizeof(pixel));
   EXPECT_EQ(composite().tilesMade, 2);
-  nodeNamed(*document, "Background").opacity() = 0.5F;
+  put(nodeNamed(*document, "Background").opacity(), 0.5F);
   EXPECT_EQ(composite().tilesMade, 12) << "the folder above stays as it is";
 }
 
@@ -299,7 +299,7 @@ TEST(DocumentCompositorDeathTest, ATemporaryThatCannotBeMadeIsFatal) {
   const DocumentPtr document = makeDocument();
   document->addFolder("F");
   document->addLayer("L");
-  nodeNamed(*document, "F").opacity() = 0.5F;
+  put(nodeNamed(*document, "F").opacity(), 0.5F);
   const auto composite = [&] {
     const tileMemory::ScopedSurfaceFailure failure(0);
     DocumentCompositor(document->context()).compositeDocument(*document);

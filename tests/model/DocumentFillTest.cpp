@@ -14,7 +14,7 @@ class DocumentFillTest : public testing::TestWithParam<ColorMode> {
   [[nodiscard]] Surface pixels() const { return pixelsOf(*layer); }
   /// Runs an edit on fresh pixels, with the missing mask selected or not, and gives what it left.
   [[nodiscard]] Surface edited(bool isMaskSelected, const std::function<void()>& edit) const {
-    layer->isMaskSelected = isMaskSelected;
+    put(layer->isMaskSelected, isMaskSelected);
     edit();
     Surface result = pixels();
     document->undo();
@@ -79,13 +79,13 @@ TEST_P(DocumentFillTest, EveryEditGoesToThePixelsWhileTheSelectedMaskIsMissing) 
 }
 
 TEST_P(DocumentFillTest, ARecordOfThePixelsStaysOneWhenAMaskComesLater) {
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::black());
   const Surface filled = pixels();
   document->addLayerMask(layer);
   document->undoStack.undo();
-  layer->mask = addRandomMask(*layer, random);
-  layer->isMaskSelected = true;
+  put(layer->mask, addRandomMask(*layer, random));
+  put(layer->isMaskSelected, true);
   const Surface mask = maskPixelsOf(*layer);
   document->undo();
   document->redo();

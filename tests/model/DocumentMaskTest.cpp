@@ -13,7 +13,7 @@ class DocumentMaskTest : public testing::TestWithParam<ColorMode> {
  protected:
   [[nodiscard]] bool maskIs(const Surface& expected) const { return maskPixelsOf(*layer).equals(expected); }
   void giveThumbnail() const {
-    layer->maskThumbnailImage = std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888);
+    put(layer->maskThumbnailImage, std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888));
   }
 
   std::mt19937 random{29};
@@ -109,7 +109,7 @@ TEST_P(DocumentMaskTest, ApplyingIgnoresSelectionAndDisabling) {
   document->applyLayerMask(layer);
   const Surface applied = pixelsOf(*layer);
   document->undo();
-  layer->mask.value()->isEnabled = false;
+  put(layer->mask.value()->isEnabled, false);
   selectRect(*document, {1, 1, 5, 5});
   document->applyLayerMask(layer);
   EXPECT_TRUE(pixelsOf(*layer).equals(applied));
@@ -128,7 +128,7 @@ TEST_P(DocumentMaskTest, RemovingChangesNoPixelsAndUndoBringsTheSameMaskBack) {
 TEST_P(DocumentMaskTest, TakingTheSelectedMaskOffMovesEditsBackToThePixels) {
   for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
     addRandomMask(*layer, random);
-    layer->isMaskSelected = true;
+    put(layer->isMaskSelected, true);
     giveThumbnail();
     const PostCounter activePosts(notification::activeLayerChanged);
     const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
@@ -177,19 +177,19 @@ TEST_P(DocumentMaskTest, WithoutAMaskThereIsNothingToApplyOrRemove) {
 
 TEST_P(DocumentMaskTest, WithoutPixelsAMaskIsNotApplied) {
   addRandomMask(*layer, random);
-  layer->texture = nullptr;
+  put(layer->texture, nullptr);
   expectNothing(*document, [&] { document->applyLayerMask(layer); });
 }
 
 TEST_P(DocumentMaskTest, WithoutASnapshotAMaskIsNotApplied) {
   addRandomMask(*layer, random);
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   const tileMemory::ScopedSurfaceFailure failure(0);
   expectNothing(*document, [&] { document->applyLayerMask(layer); });
 }
 
 TEST_P(DocumentMaskTest, ALockDoesNotHoldThemBack) {
-  layer->isLocked = true;
+  put(layer->isLocked, true);
   document->addLayerMask(layer);
   document->removeLayerMask(layer);
   document->addLayerMask(layer);

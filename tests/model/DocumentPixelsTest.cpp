@@ -29,7 +29,7 @@ class DocumentPixelsTest : public testing::TestWithParam<ColorMode> {
   /// A selected mask of random contents.
   void editMask() {
     addRandomMask(*layer, random);
-    layer->isMaskSelected = true;
+    put(layer->isMaskSelected, true);
   }
   [[nodiscard]] PixelClipboard copied() const { return document->copyPixels().value(); }
 
@@ -116,7 +116,7 @@ TEST_P(DocumentPixelsTest, FillCarriesTheNameItIsGiven) {
 }
 
 TEST_P(DocumentPixelsTest, ASelectedButMissingMaskLeavesThePixelsTheTarget) {
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::black());
   expectImage(pixels(), plainImage({0.0, 0.0, 0.0, 1.0}));
 }
@@ -240,7 +240,7 @@ TEST_P(DocumentPixelsTest, NoneTouchesTheSelection) {
 }
 
 TEST_P(DocumentPixelsTest, ALockDoesNotHoldThemBack) {
-  layer->isLocked = true;
+  put(layer->isLocked, true);
   const Surface before = pixels();
   document->invertActive();
   EXPECT_FALSE(pixels().equals(before));
@@ -263,10 +263,10 @@ TEST_P(DocumentPixelsTest, NothingHappensWithoutAnActiveLayerThatHasPixels) {
   };
   document->addFolder("F");
   expectQuiet();
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
   expectQuiet();
-  document->selectedNodeID = layer->id;
-  layer->texture = nullptr;
+  document->selectNode(layer->id);
+  put(layer->texture, nullptr);
   expectQuiet();
 }
 
@@ -423,14 +423,14 @@ TEST_P(DocumentPixelsTest, PasteFollowsTheRuleForNewLayers) {
   document->selectAll();
   const PixelClipboard clipboard = copied();
   document->addLayer("Top");
-  document->selectedNodeID = layer->id;
+  document->selectNode(layer->id);
   EXPECT_TRUE(marksEdited(*document, [&] { document->pastePixels(clipboard); }));
   EXPECT_EQ(treeText(*document), "Background, Pasted Layer, Top") << "above the active one";
   document->addFolder("F");
   document->pastePixels(clipboard);
   document->pastePixels(clipboard);
   EXPECT_EQ(treeText(*document), "Background, Pasted Layer, F[Pasted Layer 2, Pasted Layer 3], Top");
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
   document->pastePixels(clipboard);
   EXPECT_EQ(activeName(*document), "Pasted Layer 4");
   EXPECT_EQ(document->rootNodes.value().back().id(), document->selectedNodeID.value());

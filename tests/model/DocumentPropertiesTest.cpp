@@ -13,8 +13,8 @@ class DocumentPropertiesTest : public testing::Test {
   void SetUp() override {
     document->addFolder("Folder");
     document->addLayer("Layer");
-    document->isDirty = false;
-    document->needsCompositing = false;
+    document->setDirty(false);
+    put(document->needsCompositing, false);
     records = document->undoStack.operations().size();
   }
   [[nodiscard]] std::size_t newRecords() const { return document->undoStack.operations().size() - records; }

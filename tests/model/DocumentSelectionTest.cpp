@@ -205,8 +205,8 @@ TEST_P(DocumentSelectionTest, AMaskOfAnotherSizeLeavesTheSelectedPixelsButIsSele
 }
 
 TEST_P(DocumentSelectionTest, WithoutPixelsThereIsNothingToSelectBy) {
-  layer->texture = nullptr;
-  document->compositedTexture = nullptr;
+  put(layer->texture, nullptr);
+  put(document->compositedTexture, nullptr);
   document->selectLayerTransparency(*layer);
   document->selectChannel(0);
   EXPECT_EQ(document->selection.value(), nullptr);

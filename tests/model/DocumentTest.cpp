@@ -94,17 +94,17 @@ TEST(DocumentDeathTest, SurfacesThatCannotBeMadeAreFatal) {
 TEST(DocumentTest, ChangingTheActiveNodeIsToldOnce) {
   const DocumentPtr document = makeDocument();
   const PostCounter posts(notification::activeLayerChanged);
-  document->selectedNodeID = document->selectedNodeID.value();
+  document->selectNode(document->selectedNodeID.value());
   EXPECT_EQ(posts.count, 0);
-  document->selectedNodeID = std::nullopt;
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
+  document->selectNode(std::nullopt);
   EXPECT_EQ(posts.count, 1);
   EXPECT_FALSE(posts.hadObject);
 }
 
 TEST(DocumentTest, AStaleActiveNodeIsNone) {
   const DocumentPtr document = makeDocument();
-  document->selectedNodeID = QUuid::createUuid();
+  document->selectNode(QUuid::createUuid());
   EXPECT_EQ(document->activeNode(), std::nullopt);
 }
 
@@ -149,9 +149,9 @@ TEST_F(DocumentTreeQueryTest, NamesAreUniqueAtAllDepths) {
   EXPECT_EQ(document->allNodeNames(), (std::set<QString>{"Background", "F", "G", "deep", "inner"}));
   EXPECT_EQ(document->uniqueNodeName("other"), "other");
   EXPECT_EQ(document->uniqueNodeName("deep"), "deep 2");
-  nodeNamed(*document, "inner").name() = QStringLiteral("deep 2");
+  put(nodeNamed(*document, "inner").name(), QStringLiteral("deep 2"));
   EXPECT_EQ(document->uniqueNodeName("deep"), "deep 3");
-  nodeNamed(*document, "Background").name() = QStringLiteral("deep 4");
+  put(nodeNamed(*document, "Background").name(), QStringLiteral("deep 4"));
   EXPECT_EQ(document->uniqueNodeName("deep"), "deep 3") << "the first free number";
 }
 
@@ -159,7 +159,7 @@ TEST_F(DocumentTreeQueryTest, MemoryCountsPixelsAndMasksAsPackedRows) {
   EXPECT_EQ(document->memoryUsage(), 3 * 40 * 30 * 4);
   addMask(*nodeNamed(*document, "deep").layer());
   EXPECT_EQ(document->memoryUsage(), 3 * 40 * 30 * 4 + 40 * 30 * 2);
-  nodeNamed(*document, "inner").layer()->texture = nullptr;
+  put(nodeNamed(*document, "inner").layer()->texture, nullptr);
   EXPECT_EQ(document->memoryUsage(), 2 * 40 * 30 * 4 + 40 * 30 * 2);
 }
 
@@ -169,12 +169,12 @@ TEST(DocumentTest, OnlyOneUnmaskedLayerIsAFlatImage) {
   const std::shared_ptr<Layer> background = document->allLayers().front();
   addMask(*background);
   EXPECT_FALSE(document->canSaveAsFlatImage());
-  background->mask = nullptr;
+  put(background->mask, nullptr);
   document->addFolder("F");
   EXPECT_FALSE(document->canSaveAsFlatImage());
   document->undo();
   EXPECT_TRUE(document->canSaveAsFlatImage());
-  background->texture = nullptr;
+  put(background->texture, nullptr);
   EXPECT_FALSE(document->canSaveAsFlatImage());
 }
 
@@ -189,7 +189,7 @@ TEST(DocumentTest, AFolderThatHoldsTheOnlyLayerIsNoFlatImage) {
 TEST(DocumentTest, UndoAndRedoOfAnEmptyHistoryStillLeaveItDirty) {
   for (void (Document::*step)() : {&Document::undo, &Document::redo}) {
     const DocumentPtr document = makeDocument();
-    document->needsCompositing = false;
+    put(document->needsCompositing, false);
     const PostCounter posts(notification::undoRedoPerformed);
     ((*document).*step)();
     EXPECT_TRUE(document->isDirty.value());
@@ -201,7 +201,7 @@ TEST(DocumentTest, UndoAndRedoOfAnEmptyHistoryStillLeaveItDirty) {
 
 TEST(DocumentTest, UndoingBackToTheSavedStateIsStillDirty) {
   const DocumentPtr document = makeDocument();
-  document->isDirty = false;
+  document->setDirty(false);
   document->addLayer("L");
   document->undo();
   EXPECT_EQ(treeText(*document), "Background");
@@ -214,20 +214,20 @@ TEST(DocumentTest, EqualWritesNotifyNobody) {
   const ChangeCounter visibility(document->channelVisibility);
   const ChangeCounter colour(document->foregroundColor);
   const ChangeCounter offset(document->viewportOffset);
-  document->rootNodes = LayerNodeList(document->rootNodes.value());
-  document->channelVisibility = ChannelVisibility{1, 1, 1};
-  document->foregroundColor = DisplayColor::black();
-  document->viewportOffset = QPointF(0.0, 0.0);
+  put(document->rootNodes, LayerNodeList(document->rootNodes.value()));
+  document->setChannelVisibility(ChannelVisibility{1, 1, 1});
+  document->setForegroundColor(DisplayColor::black());
+  document->setViewportOffset(QPointF(0.0, 0.0));
   EXPECT_EQ(nodes.count + visibility.count + colour.count + offset.count, 0);
-  document->channelVisibility = ChannelVisibility{1, 0, 1};
+  document->setChannelVisibility(ChannelVisibility{1, 0, 1});
   EXPECT_EQ(visibility.count, 1);
 }
 
 TEST(DocumentTest, DisplayTexturesFollowSizeAndMode) {
   const DocumentPtr document = makeDocument();
   const Texture before = document->compositedTexture.value();
-  document->canvasWidth = 50;
-  document->colorMode = ColorMode::rgb16;
+  put(document->canvasWidth, 50);
+  put(document->colorMode, ColorMode::rgb16);
   document->rebuildDisplayTextures();
   EXPECT_NE(document->compositedTexture.value(), before);
   for (const Texture& texture :

@@ -15,8 +15,8 @@ class DocumentTreeTest : public testing::Test {
 
   /// As after a save and a frame.
   void settle() {
-    document->isDirty = false;
-    document->needsCompositing = false;
+    document->setDirty(false);
+    put(document->needsCompositing, false);
   }
   [[nodiscard]] bool isEdited() const {
     return document->isDirty.value() && document->needsCompositing.value();
@@ -47,7 +47,7 @@ TEST_F(DocumentTreeTest, ANewLayerIsTransparentAndOfCanvasSize) {
 TEST_F(DocumentTreeTest, ANewLayerLandsOnTopInsideAnActiveFolder) {
   document->addFolder("Folder");
   const std::shared_ptr<LayerFolder> folder = nodeNamed(*document, "Folder").folder();
-  folder->isExpanded = false;
+  put(folder->isExpanded, false);
   document->addLayer("a");
   activate(*document, "Folder");
   document->addLayer("b");
@@ -68,9 +68,9 @@ TEST_F(DocumentTreeTest, ANewNodeGoesIntoTheFolderOfTheActiveNode) {
 
 TEST_F(DocumentTreeTest, WithoutAnActiveNodeANewOneLiesOnTop) {
   document->addLayer("a");
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
   document->addLayer("b");
-  document->selectedNodeID = QUuid::createUuid();
+  document->selectNode(QUuid::createUuid());
   document->addFolder("c");
   EXPECT_EQ(treeText(*document), "Background, a, b, c[]");
 }
@@ -204,17 +204,17 @@ TEST_F(DocumentTreeTest, ACopyLiesDirectlyAboveItsSource) {
 
 TEST_F(DocumentTreeTest, ACopiedLayerHasItsOwnPixelsAndMask) {
   const std::shared_ptr<Layer> source = document->allLayers().front();
-  source->opacity = 0.25F;
-  source->blendMode = BlendMode::overlay;
-  source->isVisible = false;
-  source->isLocked = true;
-  source->isMaskLinked = false;
-  source->isMaskSelected = true;
-  source->thumbnailDirty = false;
+  put(source->opacity, 0.25F);
+  put(source->blendMode, BlendMode::overlay);
+  put(source->isVisible, false);
+  put(source->isLocked, true);
+  put(source->isMaskLinked, false);
+  put(source->isMaskSelected, true);
+  put(source->thumbnailDirty, false);
   const std::shared_ptr<LayerMask> sourceMask = addMask(*source);
-  sourceMask->isEnabled = false;
+  put(sourceMask->isEnabled, false);
   MetalContext::shared().fillMask(*sourceMask->maskTexture->texture, 0.75F);
-  source->maskThumbnailImage = std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888);
+  put(source->maskThumbnailImage, std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888));
 
   document->duplicateNode(source->id);
   const std::shared_ptr<Layer> copy = nodeNamed(*document, "Background Copy").layer();
@@ -256,12 +256,12 @@ TEST_F(DocumentTreeTest, ACopiedFolderHoldsUnlockedCopies) {
   document->addLayer("L");
   const std::shared_ptr<LayerFolder> source = nodeNamed(*document, "F").folder();
   const std::shared_ptr<Layer> inner = nodeNamed(*document, "L").layer();
-  source->isLocked = true;
-  source->isExpanded = false;
-  source->isVisible = false;
-  source->opacity = 0.5F;
-  source->blendMode = BlendMode::darken;
-  inner->isLocked = true;
+  put(source->isLocked, true);
+  put(source->isExpanded, false);
+  put(source->isVisible, false);
+  put(source->opacity, 0.5F);
+  put(source->blendMode, BlendMode::darken);
+  put(inner->isLocked, true);
 
   document->duplicateNode(source->id);
   EXPECT_EQ(treeText(*document), "Background, F[L], F Copy[L Copy]");

@@ -13,7 +13,7 @@ using namespace test;
 class DocumentViewTest : public testing::Test {
  protected:
   QString zoomText(double zoom) {
-    document->customZoomLevel = zoom;
+    put(document->customZoomLevel, zoom);
     return document->zoomDisplayString();
   }
 
@@ -30,23 +30,23 @@ TEST(ZoomTableTest, RisesFromOneHundredthToFourHundred) {
 
 TEST_F(DocumentViewTest, CustomZoomOverridesTheTable) {
   EXPECT_EQ(document->zoom(), 1.0);
-  document->zoomLevelIndex = 20;
+  put(document->zoomLevelIndex, 20);
   EXPECT_EQ(document->zoom(), 7.0);
-  document->customZoomLevel = 0.3;
+  put(document->customZoomLevel, 0.3);
   EXPECT_EQ(document->zoom(), 0.3);
 }
 
 TEST_F(DocumentViewTest, SteppingEndsAtBothEndsOfTheTable) {
-  document->zoomLevelIndex = 28;
+  put(document->zoomLevelIndex, 28);
   document->zoomIn();
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
-  document->zoomLevelIndex = 0;
+  put(document->zoomLevelIndex, 0);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
 }
 
 TEST_F(DocumentViewTest, SteppingGoesThroughTheWholeTable) {
-  document->zoomLevelIndex = 0;
+  put(document->zoomLevelIndex, 0);
   for (int index = 1; index <= 28; ++index) {
     document->zoomIn();
     EXPECT_EQ(document->zoomLevelIndex.value(), index);
@@ -58,50 +58,50 @@ TEST_F(DocumentViewTest, SteppingGoesThroughTheWholeTable) {
 }
 
 TEST_F(DocumentViewTest, SteppingFromACustomZoomGoesToTheNextEntry) {
-  document->customZoomLevel = 0.9;
+  put(document->customZoomLevel, 0.9);
   document->zoomIn();
   EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 13);
-  document->customZoomLevel = 0.9;
+  put(document->customZoomLevel, 0.9);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 13);
 }
 
 TEST_F(DocumentViewTest, SteppingFromACustomZoomThatIsAnEntryLeavesIt) {
-  document->customZoomLevel = 2.0;
+  put(document->customZoomLevel, 2.0);
   document->zoomIn();
   EXPECT_EQ(document->zoomLevelIndex.value(), 16);
-  document->customZoomLevel = 2.0;
+  put(document->customZoomLevel, 2.0);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
 TEST_F(DocumentViewTest, SteppingFromBeyondTheTableEndsAtItsEnds) {
-  document->customZoomLevel = 500.0;
+  put(document->customZoomLevel, 500.0);
   document->zoomIn();
   EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
-  document->customZoomLevel = 0.001;
+  put(document->customZoomLevel, 0.001);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
-  document->customZoomLevel = 0.01;
+  put(document->customZoomLevel, 0.01);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
 }
 
 TEST_F(DocumentViewTest, ActualSizeKeepsTheOffset) {
-  document->customZoomLevel = 3.3;
-  document->viewportOffset = QPointF(5.0, 6.0);
+  put(document->customZoomLevel, 3.3);
+  document->setViewportOffset(QPointF(5.0, 6.0));
   document->zoomActualSize();
   EXPECT_EQ(document->zoom(), 1.0);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(5.0, 6.0));
 }
 
 TEST_F(DocumentViewTest, FittingLandsExactlyWithAMargin) {
-  document->zoomLevelIndex = 3;
-  document->viewportOffset = QPointF(5.0, 6.0);
+  put(document->zoomLevelIndex, 3);
+  document->setViewportOffset(QPointF(5.0, 6.0));
   document->zoomFitOnScreen(90.0, 240.0);
   EXPECT_EQ(document->customZoomLevel.value(), 0.5);
   EXPECT_EQ(document->zoomLevelIndex.value(), 3);
@@ -120,7 +120,7 @@ TEST_F(DocumentViewTest, FittingMayZoomInUpToTheLimit) {
 }
 
 TEST_F(DocumentViewTest, FittingNeedsRoomBesideTheMargin) {
-  document->viewportOffset = QPointF(5.0, 6.0);
+  document->setViewportOffset(QPointF(5.0, 6.0));
   document->zoomFitOnScreen(40.0, 500.0);
   document->zoomFitOnScreen(500.0, 12.0);
   EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
@@ -128,8 +128,8 @@ TEST_F(DocumentViewTest, FittingNeedsRoomBesideTheMargin) {
 }
 
 TEST_F(DocumentViewTest, TheInitialZoomNeverMagnifies) {
-  document->customZoomLevel = 3.0;
-  document->viewportOffset = QPointF(5.0, 6.0);
+  put(document->customZoomLevel, 3.0);
+  document->setViewportOffset(QPointF(5.0, 6.0));
   document->applyInitialZoom(2000.0, 2000.0);
   EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
@@ -166,7 +166,7 @@ TEST_F(DocumentViewTest, ShowsFactorsBeyondEightHundredPercent) {
 TEST(DocumentViewDeathTest, AZoomIndexOutsideTheTableIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const DocumentPtr document = makeDocument();
-  document->zoomLevelIndex = 29;
+  put(document->zoomLevelIndex, 29);
   EXPECT_DEATH((void)document->zoom(), "Zoom level");
 }
 

@@ -13,9 +13,9 @@ using namespace test;
 Surface flattenedAnew(Document& document) {
   const Texture kept = document.compositedTexture.value();
   const auto fresh = std::make_shared<Surface>(kept->format(), kept->width(), kept->height());
-  document.compositedTexture = fresh;
+  put(document.compositedTexture, fresh);
   DocumentCompositor(document.context()).compositeDocument(document, CompositeScope::allTiles);
-  document.compositedTexture = kept;
+  put(document.compositedTexture, kept);
   return *fresh;
 }
 

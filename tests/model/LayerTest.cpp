@@ -67,22 +67,22 @@ TEST(LayerTest, BeginsVisibleOpaqueAndUnlocked) {
 TEST(LayerTest, EditsGoToTheMaskOnlyWhenThereIsOne) {
   Layer layer("L");
   EXPECT_EQ(layer.activeEditTexture(), nullptr);
-  layer.texture = MetalContext::shared().makeTexture(PixelFormat::rgba8Unorm, 7, 5);
-  layer.isMaskSelected = true;
+  put(layer.texture, MetalContext::shared().makeTexture(PixelFormat::rgba8Unorm, 7, 5));
+  put(layer.isMaskSelected, true);
   EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
   const auto mask = addMask(layer);
   EXPECT_EQ(layer.activeEditTexture(), mask->maskTexture->texture);
-  layer.isMaskSelected = false;
+  put(layer.isMaskSelected, false);
   EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
 }
 
 TEST(LayerTest, ChoosingTheMaskTellsOfTheActiveLayerOnce) {
   Layer layer("L");
   const PostCounter posts(notification::activeLayerChanged);
-  layer.isMaskSelected = false;
+  put(layer.isMaskSelected, false);
   EXPECT_EQ(posts.count, 0);
-  layer.isMaskSelected = true;
-  layer.isMaskSelected = true;
+  put(layer.isMaskSelected, true);
+  put(layer.isMaskSelected, true);
   EXPECT_EQ(posts.count, 1);
   EXPECT_FALSE(posts.hadObject);
 }
@@ -90,22 +90,22 @@ TEST(LayerTest, ChoosingTheMaskTellsOfTheActiveLayerOnce) {
 TEST(LayerTest, EqualWritesNotifyNobody) {
   Layer layer("L");
   const auto image = std::make_shared<const QImage>(2, 2, QImage::Format_RGBA8888);
-  layer.thumbnailImage = image;
+  put(layer.thumbnailImage, image);
   const ChangeCounter name(layer.name);
   const ChangeCounter opacity(layer.opacity);
   const ChangeCounter blendMode(layer.blendMode);
   const ChangeCounter isVisible(layer.isVisible);
   const ChangeCounter isLocked(layer.isLocked);
   const ChangeCounter thumbnail(layer.thumbnailImage);
-  layer.name = QStringLiteral("L");
-  layer.opacity = 1.0F;
-  layer.blendMode = BlendMode::normal;
-  layer.isVisible = true;
-  layer.isLocked = false;
-  layer.thumbnailImage = image;
+  put(layer.name, QStringLiteral("L"));
+  put(layer.opacity, 1.0F);
+  put(layer.blendMode, BlendMode::normal);
+  put(layer.isVisible, true);
+  put(layer.isLocked, false);
+  put(layer.thumbnailImage, image);
   EXPECT_EQ(name.count + opacity.count + blendMode.count + isVisible.count + isLocked.count + thumbnail.count,
             0);
-  layer.thumbnailImage = std::make_shared<const QImage>(*image);
+  put(layer.thumbnailImage, std::make_shared<const QImage>(*image));
   EXPECT_EQ(thumbnail.count, 1) << "images compare by identity";
 }
 
@@ -120,11 +120,11 @@ TEST(LayerNodeTest, ReachesWhatBothKindsHave) {
   EXPECT_EQ(layerNode.folder(), nullptr);
   EXPECT_EQ(folderNode.folder(), folder);
   EXPECT_EQ(folderNode.layer(), nullptr);
-  folderNode.opacity() = 0.5F;
-  folderNode.name() = QStringLiteral("G");
-  folderNode.blendMode() = BlendMode::screen;
-  folderNode.isVisible() = false;
-  folderNode.isLocked() = true;
+  put(folderNode.opacity(), 0.5F);
+  put(folderNode.name(), QStringLiteral("G"));
+  put(folderNode.blendMode(), BlendMode::screen);
+  put(folderNode.isVisible(), false);
+  put(folderNode.isLocked(), true);
   EXPECT_EQ(folder->opacity.value(), 0.5F);
   EXPECT_EQ(folder->name.value(), "G");
   EXPECT_EQ(folder->blendMode.value(), BlendMode::screen);
@@ -139,7 +139,7 @@ TEST(TreeWalkTest, MeetsAFolderBeforeItsChildren) {
   const auto inner = std::make_shared<Layer>("inner");
   const auto folder = std::make_shared<LayerFolder>("folder");
   const auto top = std::make_shared<Layer>("top");
-  folder->children = LayerNodeList{inner};
+  put(folder->children, LayerNodeList{inner});
   const LayerNodeList list{folder, top};
   std::vector<std::shared_ptr<Layer>> layers;
   collectLayers(list, layers);

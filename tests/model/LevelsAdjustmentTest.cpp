@@ -121,7 +121,7 @@ TEST_P(LevelsAdjustmentTest, ThePreviewFollowsTheSelectionOfTheMoment) {
 
 TEST_P(LevelsAdjustmentTest, WorksOnThePixelsWhileTheMaskIsSelected) {
   addRandomMask(*layer, random);
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   const Surface before = pixels();
   const Surface mask = maskPixelsOf(*layer);
   LevelsAdjustment adjustment = begin();
@@ -162,8 +162,8 @@ TEST_P(LevelsAdjustmentTest, ACommitHoldsBothSides) {
 
 TEST_P(LevelsAdjustmentTest, APreviewAsksForCompositingOnly) {
   LevelsAdjustment adjustment = begin();
-  document->isDirty = false;
-  document->needsCompositing = false;
+  document->setDirty(false);
+  put(document->needsCompositing, false);
   adjustment.apply(strong);
   EXPECT_FALSE(document->isDirty.value());
   EXPECT_TRUE(document->needsCompositing.value());
@@ -178,8 +178,8 @@ TEST_P(LevelsAdjustmentTest, CancelReturnsTheExactPixelsOfTheBeginning) {
                       .whitePoint = 255.0F - static_cast<float>(i),
                       .gamma = 0.1F * static_cast<float>(i)});
   }
-  document->isDirty = false;
-  document->needsCompositing = false;
+  document->setDirty(false);
+  put(document->needsCompositing, false);
   EXPECT_TRUE(marksThumbnails(*layer, [&] { adjustment.cancel(); }));
   EXPECT_TRUE(pixels().equals(before));
   EXPECT_FALSE(document->isDirty.value());
@@ -203,10 +203,10 @@ TEST_P(LevelsAdjustmentTest, AnotherActiveLayerDoesNotMoveTheAdjustment) {
 TEST_P(LevelsAdjustmentTest, DoesNotBeginWithoutAnActiveLayerThatHasPixels) {
   document->addFolder("F");
   EXPECT_FALSE(LevelsAdjustment::begin(document));
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
   EXPECT_FALSE(LevelsAdjustment::begin(document));
-  document->selectedNodeID = layer->id;
-  layer->texture = nullptr;
+  document->selectNode(layer->id);
+  put(layer->texture, nullptr);
   EXPECT_FALSE(LevelsAdjustment::begin(document));
 }
 
@@ -233,7 +233,7 @@ TEST_P(LevelsAdjustmentTest, AResultThatCannotBeCapturedIsReadAtTheFirstUndo) {
 
 TEST_P(LevelsAdjustmentTest, ARemovedLayerEndsItQuietly) {
   document->addLayer("Other");
-  document->selectedNodeID = layer->id;
+  document->selectNode(layer->id);
   LevelsAdjustment adjustment = begin();
   const Surface before = pixels();
   document->removeNode(layer->id);

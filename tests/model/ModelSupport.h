@@ -1,14 +1,15 @@
-// What tests of the model share: small documents, a readable form of their trees, and counters of posts.
+// What tests of the model share: small documents, a readable form of their trees, and a recorder of changes.
 #pragma once
 
-#include <QProperty>
 #include <QStringList>
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <variant>
+#include <vector>
 
 #include "model/Document.h"
-#include "tools/NotificationCenter.h"
+#include "model/TestDoor.h"
 
 /// Lets failures show texts rather than bytes; found by this name in the argument's own namespace.
 // NOLINTNEXTLINE(readability-identifier-naming)
@@ -63,7 +64,7 @@ inline QString activeName(const Document& document) {
 }
 
 inline void activate(Document& document, const QString& name) {
-  document.selectedNodeID = idOf(document, name);
+  document.selectNode(idOf(document, name));
 }
 
 /// Gives a layer an enabled mask, all zero.
@@ -71,41 +72,50 @@ inline std::shared_ptr<LayerMask> addMask(Layer& layer) {
   const Surface& pixels = *layer.texture.value();
   auto mask = std::make_shared<LayerMask>(
       QUuid::createUuid(), MaskTexture::create(pixels.width(), pixels.height(), MetalContext::shared()));
-  layer.mask = mask;
+  put(layer.mask, mask);
   return mask;
 }
 
-/// Counts the posts of one name while it lives.
-class PostCounter {
+/// Follows a document's changes while it lives.
+class ChangeRecorder {
  public:
-  explicit PostCounter(std::string_view name)
-      : subscription_(NotificationCenter::standard().observe(name, [this](const std::any& object) {
-          ++count;
-          hadObject = object.has_value();
+  explicit ChangeRecorder(const Document& document)
+      : subscription_(document.changes().observe([this](const DocumentChanges& changes) {
+          ++batches;
+          all.insert(all.end(), changes.begin(), changes.end());
         })) {}
-  PostCounter(const PostCounter&) = delete;
-  PostCounter& operator=(const PostCounter&) = delete;
+  ChangeRecorder(const ChangeRecorder&) = delete;
+  ChangeRecorder& operator=(const ChangeRecorder&) = delete;
 
-  int count = 0;
-  bool hadObject = false;
+  int batches = 0;
+  DocumentChanges all;
+
+  template <typename Kind>
+  [[nodiscard]] std::vector<Kind> of() const {
+    std::vector<Kind> found;
+    for (const DocumentChange& change : all) {
+      if (const auto* kind = std::get_if<Kind>(&change)) found.push_back(*kind);
+    }
+    return found;
+  }
+  template <typename Kind>
+  [[nodiscard]] std::size_t count() const {
+    return of<Kind>().size();
+  }
+  /// How often a property of a node, the view or the file was told of.
+  template <typename Kind, typename Property>
+  [[nodiscard]] std::size_t count(Property property) const {
+    std::size_t count = 0;
+    for (const Kind& kind : of<Kind>()) count += kind.property == property ? 1 : 0;
+    return count;
+  }
+  void clear() {
+    batches = 0;
+    all.clear();
+  }
 
  private:
-  NotificationCenter::Subscription subscription_;
-};
-
-/// Counts the notifications of one property while it lives.
-template <typename Value>
-class ChangeCounter {
- public:
-  explicit ChangeCounter(QProperty<Value>& property)
-      : notifier_(property.addNotifier(std::function<void()>([this] { ++count; }))) {}
-  ChangeCounter(const ChangeCounter&) = delete;
-  ChangeCounter& operator=(const ChangeCounter&) = delete;
-
-  int count = 0;
-
- private:
-  QPropertyNotifier notifier_;
+  ChangeStream::Subscription subscription_;
 };
 
 }  // namespace orvanel::test

@@ -43,7 +43,7 @@ inline std::shared_ptr<LayerMask> addRandomMask(Layer& layer, std::mt19937& rand
 /// A partial selection with these contents.
 inline void select(Document& document, const Surface& mask) {
   document.ensureSelection();
-  *document.selection.value()->maskTexture->texture = mask;
+  put(*document.selection.value()->maskTexture->texture, mask);
   document.selection.value()->restoreFlags({.hasSelection = true, .isFullSelection = false});
 }
 
@@ -129,7 +129,7 @@ inline PixelState pixelState(const Document& document) {
                                   .isMaskSelected = layer->isMaskSelected.value()};
     if (const Texture& pixels = layer->texture.value()) entry.pixels = *pixels;
     if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
-      entry.mask = *mask->maskTexture->texture;
+      put(entry.mask, *mask->maskTexture->texture);
       entry.isMaskEnabled = mask->isEnabled.value();
     }
     state.layers.push_back(std::move(entry));
@@ -193,8 +193,8 @@ inline void expectPixelCycle(Document& document, const QString& actionName,
   EXPECT_EQ(document.undoStack.undoActionName(), actionName);
   const PixelState after = pixelState(document);
   const auto step = [&document](void (Document::*move)(), const PixelState& expected) {
-    document.isDirty = false;
-    document.needsCompositing = false;
+    document.setDirty(false);
+    put(document.needsCompositing, false);
     (document.*move)();
     EXPECT_EQ(difference(pixelState(document), expected), "");
     EXPECT_TRUE(document.isDirty.value());
@@ -208,8 +208,8 @@ inline void expectPixelCycle(Document& document, const QString& actionName,
 
 /// Clears both flags, runs the command, and tells whether it set both.
 inline bool marksEdited(Document& document, const std::function<void()>& command) {
-  document.isDirty = false;
-  document.needsCompositing = false;
+  document.setDirty(false);
+  put(document.needsCompositing, false);
   command();
   EXPECT_EQ(document.isDirty.value(), document.needsCompositing.value());
   return document.isDirty.value();
@@ -217,9 +217,9 @@ inline bool marksEdited(Document& document, const std::function<void()>& command
 
 /// Makes all thumbnails clean, runs the command, and tells whether they are all out of date.
 inline bool marksThumbnails(Layer& layer, const std::function<void()>& command) {
-  layer.thumbnailDirty = false;
-  layer.maskThumbnailDirty = false;
-  layer.channelThumbnailsDirty = false;
+  put(layer.thumbnailDirty, false);
+  put(layer.maskThumbnailDirty, false);
+  put(layer.channelThumbnailsDirty, false);
   command();
   return layer.thumbnailDirty.value() && layer.maskThumbnailDirty.value() &&
          layer.channelThumbnailsDirty.value();

@@ -28,7 +28,7 @@ std::shared_ptr<LayerMask> randomMask(std::mt19937& random) {
   auto contents = std::make_shared<MaskTexture>(
       std::make_shared<Surface>(randomSurface(maskPixelFormat, canvasWidth, canvasHeight, random)));
   auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents));
-  mask->isEnabled = random() % 4 != 0;
+  put(mask->isEnabled, random() % 4 != 0);
   return mask;
 }
 
@@ -36,10 +36,10 @@ std::shared_ptr<Layer> randomLayer(ColorMode mode, std::mt19937& random) {
   auto layer = std::make_shared<Layer>(QStringLiteral("Layer"));
   layer->texture =
       std::make_shared<Surface>(randomSurface(layerPixelFormat(mode), canvasWidth, canvasHeight, random));
-  layer->opacity = randomOpacity(random);
-  layer->blendMode = randomBlendMode(random);
-  layer->isVisible = random() % 6 != 0;
-  if (random() % 2 == 0) layer->mask = randomMask(random);
+  put(layer->opacity, randomOpacity(random));
+  put(layer->blendMode, randomBlendMode(random));
+  put(layer->isVisible, random() % 6 != 0);
+  if (random() % 2 == 0) put(layer->mask, randomMask(random));
   return layer;
 }
 
@@ -52,11 +52,11 @@ LayerNodeList randomNodes(ColorMode mode, FolderKinds folders, int depth, std::m
       continue;
     }
     auto folder = std::make_shared<LayerFolder>(QStringLiteral("Folder"));
-    folder->children = randomNodes(mode, folders, depth - 1, random);
-    folder->isVisible = random() % 6 != 0;
+    put(folder->children, randomNodes(mode, folders, depth - 1, random));
+    put(folder->isVisible, random() % 6 != 0);
     if (folders == FolderKinds::all && random() % 3 != 0) {
-      folder->opacity = randomOpacity(random);
-      if (random() % 2 == 0) folder->blendMode = randomBlendMode(random);
+      put(folder->opacity, randomOpacity(random));
+      if (random() % 2 == 0) put(folder->blendMode, randomBlendMode(random));
     }
     nodes.emplace_back(std::move(folder));
   }
@@ -93,10 +93,10 @@ void editLayer(Layer& layer, std::mt19937& random) {
   const std::shared_ptr<LayerMask>& mask = layer.mask.value();
   switch (random() % 4) {
     case 0:
-      layer.mask = mask == nullptr ? randomMask(random) : nullptr;
+      put(layer.mask, mask == nullptr ? randomMask(random) : nullptr);
       break;
     case 1:
-      if (mask != nullptr) mask->isEnabled = !mask->isEnabled.value();
+      if (mask != nullptr) put(mask->isEnabled, !mask->isEnabled.value());
       break;
     case 2:
       if (mask != nullptr) editPixels(*mask->maskTexture->texture, random);
@@ -128,7 +128,7 @@ void editTree(Document& document, const LayerNodeList& nodes, std::mt19937& rand
 DocumentPtr randomDocument(ColorMode mode, FolderKinds folders, std::mt19937& random) {
   DocumentPtr document = Document::createEmpty(QStringLiteral("Random"), canvasWidth, canvasHeight, mode,
                                                MetalContext::shared());
-  document->rootNodes = randomNodes(mode, folders, 2, random);
+  put(document->rootNodes, randomNodes(mode, folders, 2, random));
   return document;
 }
 
@@ -139,13 +139,13 @@ void editRandomly(Document& document, std::mt19937& random) {
   const LayerNode& node = nodes[random() % nodes.size()];
   switch (random() % 8) {
     case 0:
-      node.opacity() = randomOpacity(random);
+      put(node.opacity(), randomOpacity(random));
       break;
     case 1:
-      node.blendMode() = randomBlendMode(random);
+      put(node.blendMode(), randomBlendMode(random));
       break;
     case 2:
-      node.isVisible() = !node.isVisible().value();
+      put(node.isVisible(), !node.isVisible().value());
       break;
     case 3:
       editTree(document, nodes, random);

@@ -102,7 +102,7 @@ TEST_F(SelectionTest, InvertingAPartialSelectionLeavesItPartial) {
 }
 
 TEST_F(SelectionTest, SoftEdgesInvertToTheirComplement) {
-  *selection->maskTexture->texture = filledMask(width, height, 0.25F);
+  put(*selection->maskTexture->texture, filledMask(width, height, 0.25F));
   selection->restoreFlags(partial);
   selection->invert(context);
   EXPECT_TRUE(isFilledWith(0.75F));
@@ -256,8 +256,8 @@ TEST_F(SelectionTest, TwoPointsOrFewerChangeNothing) {
 }
 
 TEST_F(SelectionTest, APointIsSelectedWhereTheMaskIsAboveZero) {
-  *selection->maskTexture->texture = reference::maskOf(width, height, [](int x, int y) {
-    return x == 4 && y == 5 ? 1.0F / 1024.0F : x == 6 ? 1.0F : 0.0F;
+  put(*selection->maskTexture->texture, reference::maskOf(width, height, [](int x, int y) {
+    return x == 4 && y == 5 ? 1.0F / 1024.0F : x == 6 ? 1.0F : 0.0F);
   });
   EXPECT_TRUE(selection->isPointSelected(4, 5));
   EXPECT_TRUE(selection->isPointSelected(6, 0));

@@ -73,13 +73,13 @@ TEST(StatusBarPaneTest, FollowsTheDocument) {
 
   document->zoomIn();
   EXPECT_EQ(pane.zoomText(), "200%");
-  document->customZoomLevel = 1.0 / 3.0;
+  put(document->customZoomLevel, 1.0 / 3.0);
   EXPECT_EQ(pane.zoomText(), "33.33%");
 
-  document->cursorDocumentPosition = QPointF(5, 6);
-  document->dragSize = Document::DragSize{20, 10};
+  document->setCursorDocumentPosition(QPointF(5, 6));
+  document->setDragSize(Document::DragSize{20, 10});
   EXPECT_EQ(pane.positionText(), "X: 5  Y: 6  W: 20  H: 10");
-  document->cursorDocumentPosition = std::nullopt;
+  document->setCursorDocumentPosition(std::nullopt);
   EXPECT_EQ(pane.positionText(), "X: --  Y: --");
 
   document->addLayer(QStringLiteral("Second"));

@@ -200,7 +200,7 @@ bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& 
   auto now = std::make_shared<const DocumentState>(DocumentState::of(document));
   Step step;
   step.record = records.back();
-  step.name = records.back()->actionName();
+  put(step.name, records.back()->actionName());
   step.kind = kindOf(step.name);
   step.selectionBefore = selection_;
   step.selectionAfter = SelectionState::of(document);

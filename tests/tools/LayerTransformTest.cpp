@@ -121,7 +121,7 @@ TEST_P(LayerTransforms, CancelPutsTheStartBackAndLeavesNoRecord) {
 TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
   const std::shared_ptr<LayerMask> mask = addMask(*layer);
   document->context().fillRectMask(*mask->maskTexture->texture, {5, 5, 4, 4}, 0.0F);
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   const auto move = begin("Move");
   EXPECT_EQ(move->contentRect(), (PixelRect{5, 5, 4, 4}));
   move->translate(2, 1);
@@ -133,7 +133,7 @@ TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
 }
 
 TEST_P(LayerTransforms, ALockedLayerAFolderAndAnEmptyLayerStayAsTheyAre) {
-  layer->isLocked = true;
+  put(layer->isLocked, true);
   EXPECT_EQ(begin("Move"), nullptr);
   document->addFolder(QStringLiteral("Folder"));
   EXPECT_EQ(begin("Move"), nullptr);

@@ -114,7 +114,7 @@ TEST_P(MagicWands, SamplesTheCompositeOfAllLayers) {
 TEST_P(MagicWands, SamplesTheMaskThatIsBeingEdited) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
   document->context().fillRectMask(*addMask(*layer)->maskTexture->texture, {3, 4, 5, 6}, 0.0F);
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   press(4, 5, exact);
   EXPECT_EQ(bounds(), (PixelRect{3, 4, 5, 6}));
 }

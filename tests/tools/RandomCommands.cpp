@@ -76,23 +76,23 @@ void showOrHideMany(RandomCommands& c) {
   for (const LayerNode& node : nodes) {
     if (c.below(2) == 0) continue;
     changes.push_back({.nodeID = node.id(), .oldValue = node.isVisible().value()});
-    node.isVisible() = isVisible;
+    put(node.isVisible(), isVisible);
   }
   if (changes.empty()) return;
   c.document().undoStack.push(
       std::make_shared<BatchVisibilityChangeOperation>(c.shared(), std::move(changes), isVisible));
-  c.document().isDirty = true;
+  c.document().setDirty(true);
 }
 
 void enableMask(RandomCommands& c) {
   onActiveLayer(c, [&](const auto& layer) {
-    if (layer->mask.value() != nullptr) layer->mask.value()->isEnabled = c.below(2) == 0;
+    if (layer->mask.value() != nullptr) put(layer->mask.value()->isEnabled, c.below(2) == 0);
   });
 }
 
 void expandFolder(RandomCommands& c) {
   const auto node = c.anyNode();
-  if (node && node->folder() != nullptr) node->folder()->isExpanded = c.below(2) == 0;
+  if (node && node->folder() != nullptr) put(node->folder()->isExpanded, c.below(2) == 0);
 }
 
 void selectRectangle(RandomCommands& c) {
@@ -213,11 +213,11 @@ constexpr std::array table{
     Entry{"move to index", 2, moveToIndex},
     Entry{"activate node", 8,
           [](RandomCommands& c) {
-            if (const auto node = c.anyNode()) c.document().selectedNodeID = node->id();
+            if (const auto node = c.anyNode()) c.document().selectNode(node->id());
           }},
     Entry{"edit mask", 4,
           [](RandomCommands& c) {
-            onActiveLayer(c, [&](const auto& layer) { layer->isMaskSelected = c.below(2) == 0; });
+            onActiveLayer(c, [&](const auto& layer) { put(layer->isMaskSelected, c.below(2) == 0); });
           }},
     Entry{"opacity", 4,
           [](RandomCommands& c) {

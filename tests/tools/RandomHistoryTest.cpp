@@ -51,7 +51,7 @@ void stepForward(Document& document, HistoryOracle& oracle, Counts& counts) {
 
 void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts) {
   Document& document = commands.document();
-  document.isDirty = false;
+  document.setDirty(false);
   const std::string_view name = commands.runOne();
   SCOPED_TRACE(name);
   UndoStack& history = document.undoStack;

@@ -27,8 +27,8 @@ FileResult<void> saveResult(const Described<void>& result, const Progress& progr
 
 /// The document is what the file says and nothing more: not dirty, with its file for a source.
 void attachSource(Document& document, const QString& path) {
-  document.sourceFileURL = QFileInfo(path).absoluteFilePath();
-  document.isDirty = false;
+  document.setSource(QFileInfo(path).absoluteFilePath(), std::nullopt);
+  document.setDirty(false);
 }
 
 /// What the steps of a background load hand on.

@@ -77,7 +77,8 @@ Described<OpenedDocument> readManifest(Described<ZipReader> archive, const Progr
 /// Builds nodes from their manifests.
 class TreeBuilder {
  public:
-  TreeBuilder(const ZipReader& archive, Document& document) : archive_(archive), document_(document) {}
+  TreeBuilder(const ZipReader& archive, int width, int height, ColorMode mode, const MetalContext& context)
+      : archive_(archive), width_(width), height_(height), mode_(mode), context_(context) {}
 
   Described<LayerNodeList> build(const NodeManifestList& manifests) {
     // The folders that the next node may lie in, the last one innermost, each with the children it has so
@@ -97,7 +98,7 @@ class TreeBuilder {
       }
       ++index;
       if (id && isFolder) {
-        open.push_back({buildFolder(manifest, *id), {}});
+        open.push_back({&manifest, *id, {}});
         continue;
       }
       if (id && isLayer) open.back().children.emplace_back(buildLayer(manifest, *id));
@@ -111,7 +112,8 @@ class TreeBuilder {
 
  private:
   struct OpenFolder {
-    std::shared_ptr<LayerFolder> folder;
+    const NodeManifest* manifest = nullptr;
+    QUuid id;
     LayerNodeList children;
   };
 
@@ -120,49 +122,41 @@ class TreeBuilder {
     while (open.size() > count) {
       OpenFolder closed = std::move(open.back());
       open.pop_back();
-      closed.folder->children = std::move(closed.children);
-      open.back().children.emplace_back(std::move(closed.folder));
+      open.back().children.emplace_back(
+          std::make_shared<LayerFolder>(valuesOf(*closed.manifest, closed.id), std::move(closed.children),
+                                        closed.manifest->isExpanded.value_or(true)));
     }
   }
 
-  template <typename Node>
-  static void setCommon(Node& node, const NodeManifest& manifest) {
-    node.opacity = std::clamp(manifest.opacity, 0.0F, 1.0F);
-    node.blendMode = blendModeOf(manifest);
-    node.isVisible = manifest.isVisible;
-    node.isLocked = manifest.isLocked;
-  }
-
-  static std::shared_ptr<LayerFolder> buildFolder(const NodeManifest& manifest, const QUuid& id) {
-    auto folder = std::make_shared<LayerFolder>(manifest.name, id);
-    setCommon(*folder, manifest);
-    folder->isExpanded = manifest.isExpanded.value_or(true);
-    return folder;
+  static NodeValues valuesOf(const NodeManifest& manifest, const QUuid& id) {
+    return {.id = id,
+            .name = manifest.name,
+            .opacity = std::clamp(manifest.opacity, 0.0F, 1.0F),
+            .blendMode = blendModeOf(manifest),
+            .isVisible = manifest.isVisible,
+            .isLocked = manifest.isLocked};
   }
 
   std::shared_ptr<Layer> buildLayer(const NodeManifest& manifest, const QUuid& id) {
-    auto layer = std::make_shared<Layer>(manifest.name, id);
-    setCommon(*layer, manifest);
+    Texture pixels;
     if (manifest.hasPixelData.value_or(true)) {
-      const Texture pixels = document_.makeLayerTexture();
-      layer->texture = pixels;
+      pixels = context_.makeTexture(layerPixelFormat(mode_), width_, height_);
+      if (pixels == nullptr) fatalFault("Failed to create layer texture");
       request(layerEntryPath(manifest.id), pixels);
     }
-    if (manifest.mask.has_value()) buildMask(*layer, manifest);
-    return layer;
+    return std::make_shared<Layer>(valuesOf(manifest, id), pixels,
+                                   manifest.mask.has_value() ? buildMask(manifest) : nullptr);
   }
 
-  void buildMask(Layer& layer, const NodeManifest& manifest) {
+  std::shared_ptr<LayerMask> buildMask(const NodeManifest& manifest) {
     const std::optional<QUuid> id = idOf(manifest.mask->id);
     const QString path = maskEntryPath(manifest.id);
-    if (!id || !archive_.find(path.toStdString()).has_value()) return;
-    const Texture surface = document_.context().makeTexture(maskPixelFormat, document_.canvasWidth.value(),
-                                                            document_.canvasHeight.value());
-    if (surface == nullptr) return;
+    if (!id || !archive_.find(path.toStdString()).has_value()) return nullptr;
+    const Texture surface = context_.makeTexture(maskPixelFormat, width_, height_);
+    if (surface == nullptr) return nullptr;
     request(path, surface);
-    auto mask = std::make_shared<LayerMask>(*id, std::make_shared<MaskTexture>(surface));
-    mask->isEnabled = manifest.mask->isEnabled;
-    layer.mask = mask;
+    return std::make_shared<LayerMask>(*id, std::make_shared<MaskTexture>(surface),
+                                       manifest.mask->isEnabled);
   }
 
   void request(const QString& path, const Texture& destination) {
@@ -170,7 +164,10 @@ class TreeBuilder {
   }
 
   const ZipReader& archive_;
-  Document& document_;
+  int width_;
+  int height_;
+  ColorMode mode_;
+  const MetalContext& context_;
   QSet<QUuid> seen_;
 };
 
@@ -288,7 +285,7 @@ Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
   return because(QStringLiteral("The archive holds more than its document can need."));
 }
 
-std::uint64_t tilesHeldBy(const Texture& texture) {
+std::uint64_t tilesHeldBy(const ConstTexture& texture) {
   std::uint64_t count = 0;
   for (int index = 0; texture != nullptr && index < texture->tileCount(); ++index)
     count += texture->tile(index).isUniform() ? 0 : 1;
@@ -298,10 +295,6 @@ std::uint64_t tilesHeldBy(const Texture& texture) {
 std::uint64_t tilesHeldBy(const Layer& layer) {
   const auto& mask = layer.mask.value();
   return tilesHeldBy(layer.texture.value()) + (mask ? tilesHeldBy(mask->maskTexture->texture) : 0);
-}
-
-bool passesThrough(const LayerFolder& folder) {
-  return folder.opacity.value() >= 1.0F && folder.blendMode.value() == BlendMode::normal;
 }
 
 /// Tiles with pixels under these nodes, and the most that the surfaces of isolating folders can have of them.
@@ -338,7 +331,7 @@ TilesOfTree tilesOf(const LayerNodeList& nodes, std::uint64_t tilesOfCanvas) {
       return sum;
     }
     open.back().held += closed.held;
-    if (!passesThrough(*closed.owner)) sum.inFolders += std::min(closed.held, tilesOfCanvas);
+    if (closed.owner->isIsolating()) sum.inFolders += std::min(closed.held, tilesOfCanvas);
   }
 }
 
@@ -355,27 +348,26 @@ Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const P
 Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContext& context) {
   const DocumentManifest& manifest = opened.manifest.document;
   const ColorMode mode = colorModeFromRaw(manifest.colorMode).value_or(ColorMode::rgb16);
-  BuiltDocument built;
-  built.document = Document::createEmpty(manifest.name, static_cast<int>(manifest.canvasWidth),
-                                         static_cast<int>(manifest.canvasHeight), mode, context);
-  Document& document = *built.document;
+  DocumentContents contents{.name = manifest.name,
+                            .width = static_cast<int>(manifest.canvasWidth),
+                            .height = static_cast<int>(manifest.canvasHeight),
+                            .colorMode = mode};
   const auto color = [](const std::optional<QString>& text) {
     return text.has_value() ? DisplayColor::fromHexText(*text) : std::nullopt;
   };
-  if (const auto foreground = color(manifest.foregroundColor)) document.foregroundColor = *foreground;
-  if (const auto background = color(manifest.backgroundColor)) document.backgroundColor = *background;
+  contents.foregroundColor = color(manifest.foregroundColor).value_or(contents.foregroundColor);
+  contents.backgroundColor = color(manifest.backgroundColor).value_or(contents.backgroundColor);
 
-  TreeBuilder builder(opened.archive, document);
+  TreeBuilder builder(opened.archive, contents.width, contents.height, mode, context);
   auto nodes = builder.build(opened.manifest.nodes);
   if (!nodes) return because(nodes.error());
-  document.rootNodes = std::move(*nodes);
-  built.requests = std::move(builder.requests);
+  contents.rootNodes = std::move(*nodes);
   if (manifest.selectedNodeID.has_value()) {
-    document.selectedNodeID = idOf(*manifest.selectedNodeID);
-  } else if (!document.rootNodes.value().empty()) {
-    document.selectedNodeID = document.rootNodes.value().front().id();
+    contents.selectedNodeID = idOf(*manifest.selectedNodeID);
+  } else if (!contents.rootNodes.empty()) {
+    contents.selectedNodeID = contents.rootNodes.front().id();
   }
-  return built;
+  return BuiltDocument{Document::create(std::move(contents), context), std::move(builder.requests)};
 }
 
 Described<void> fillTextures(const OpenedDocument& opened, const std::vector<TextureLoadRequest>& requests,

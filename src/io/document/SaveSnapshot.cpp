@@ -8,6 +8,7 @@
 #include "io/document/Manifest.h"
 #include "io/document/Preview.h"
 #include "model/Document.h"
+#include "model/DocumentCompositor.h"
 
 namespace orvanel {
 namespace {
@@ -37,12 +38,14 @@ ArchiveEntry manifestEntry(const QByteArray& manifest) {
   return entry;
 }
 
-ArchiveEntry previewEntry(const Surface& composite) {
+ArchiveEntry previewEntry(FrozenComposite& composite, const Progress& progress) {
   ArchiveEntry entry;
   entry.path = "preview.png";
   entry.method = ArchiveEntry::Method::stored;
-  entry.makeChunk = [&composite](int, ByteBuffer& bytes) {
-    const QByteArray png = previewPng(composite);
+  entry.makeChunk = [&composite, &progress](int, ByteBuffer& bytes) {
+    const Surface* const picture = composite.surface([&progress] { return progress.isCancelled(); });
+    // A save that was cancelled meanwhile writes nothing more.
+    const QByteArray png = picture != nullptr ? previewPng(*picture) : QByteArray();
     bytes.resizeDiscarding(static_cast<std::size_t>(png.size()));
     std::memcpy(bytes.data(), png.constData(), static_cast<std::size_t>(png.size()));
   };
@@ -97,7 +100,7 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
   collectLayers(document.rootNodes.value(), layers);
   for (const std::shared_ptr<Layer>& layer : layers) {
     const QString id = uuidText(layer->id);
-    if (const Texture& pixels = layer->texture.value()) {
+    if (const ConstTexture& pixels = layer->texture.value()) {
       snapshot.layerEntries.push_back(entryOf(layerEntryPath(id), *pixels));
     }
     if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
@@ -109,9 +112,7 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
     return because(QStringLiteral("The document has more layers than a file can hold."));
   }
   const ColorMode mode = document.colorMode.value();
-  if (const Texture& composite = document.compositedTexture.value()) {
-    snapshot.compositedTexture = std::make_shared<const Surface>(*composite);
-  }
+  snapshot.compositedTexture = document.freezeComposite();
   snapshot.previewPixelFormat = compositePixelFormat(mode);
   snapshot.previewBytesPerPixel = bytesPerPixel(snapshot.previewPixelFormat);
   snapshot.compositingBitsPerChannel = bitsPerChannel(mode);
@@ -123,7 +124,9 @@ Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& desti
   auto file = AtomicFile::create(destination);
   if (!file) return because(file.error());
   std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
-  if (snapshot.compositedTexture != nullptr) entries.push_back(previewEntry(*snapshot.compositedTexture));
+  if (snapshot.compositedTexture != nullptr) {
+    entries.push_back(previewEntry(*snapshot.compositedTexture, progress));
+  }
   for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) entries.push_back(surfaceEntry(layer));
   return writeArchive(**file, entries, progress);
 }

@@ -17,6 +17,7 @@
 namespace orvanel {
 
 class Document;
+class FrozenComposite;
 
 struct SaveSnapshot {
   struct LayerEntry {
@@ -32,7 +33,8 @@ struct SaveSnapshot {
   QByteArray manifestData;
   /// One for each surface, in tree order.
   std::vector<LayerEntry> layerEntries;
-  std::shared_ptr<const Surface> compositedTexture;
+  /// For the preview; flattened in the background where it isn't current. Null without a composite.
+  std::shared_ptr<FrozenComposite> compositedTexture;
   PixelFormat previewPixelFormat = PixelFormat::rgba8Unorm;
   std::int64_t previewBytesPerPixel = 4;
   std::int64_t compositingBitsPerChannel = 8;

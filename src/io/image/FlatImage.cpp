@@ -15,6 +15,7 @@
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
 #include "io/image/PngWriter.h"
+#include "model/DocumentCompositor.h"
 
 namespace orvanel {
 namespace {
@@ -214,15 +215,15 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
 DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, MetalContext& context) {
   const QFileInfo file(path);
   const QString name = documentName(path);
-  DocumentPtr document =
-      Document::createEmpty(name, image.pixels->width(), image.pixels->height(), image.mode, context);
-  document->sourceFileURL = file.absoluteFilePath();
-  document->sourceFileFormat = imageFileFormat(path);
-  auto layer = std::make_shared<Layer>(name);
-  layer->texture = image.pixels;
-  const QUuid layerID = layer->id;
-  document->rootNodes = LayerNodeList{std::move(layer)};
-  document->selectedNodeID = layerID;
+  const auto layer = std::make_shared<Layer>(NodeValues{.name = name}, image.pixels);
+  DocumentPtr document = Document::create({.name = name,
+                                           .width = image.pixels->width(),
+                                           .height = image.pixels->height(),
+                                           .colorMode = image.mode,
+                                           .rootNodes = {layer},
+                                           .selectedNodeID = layer->id},
+                                          context);
+  document->setSource(file.absoluteFilePath(), imageFileFormat(path));
   return document;
 }
 
@@ -260,6 +261,18 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
   if (!written) return failed(written.error());
   progress.tell(1.0);
   return {};
+}
+
+FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Format fileType,
+                                const QString& path, const MetalContext& context, const Progress& progress) {
+  const auto failed = [&](QString reason) {
+    return tl::unexpected(
+        FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
+  };
+  if (composite == nullptr) return failed(QStringLiteral("The image has no pixels to write."));
+  const Surface* const picture = composite->surface([&] { return progress.isCancelled(); });
+  if (picture == nullptr) return failed(cancelled().value());
+  return writeFlatImage(*picture, mode, fileType, path, context, progress);
 }
 
 }  // namespace orvanel

@@ -63,5 +63,10 @@ struct FlatImage {
 [[nodiscard]] FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode,
                                               Document::ImageFileFormat fileType, const QString& path,
                                               const MetalContext& context, const Progress& progress = {});
+/// The same for a document's flattened image of one moment, which is finished first. A document without one
+/// has nothing to write.
+[[nodiscard]] FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode,
+                                              Document::ImageFileFormat fileType, const QString& path,
+                                              const MetalContext& context, const Progress& progress = {});
 
 }  // namespace orvanel

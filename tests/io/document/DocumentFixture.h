@@ -28,7 +28,7 @@ inline void scribble(Surface& surface, unsigned seed) {
 
 inline std::shared_ptr<Layer> scribbledLayer(const Document& document, const QString& name, unsigned seed) {
   auto layer = std::make_shared<Layer>(name);
-  layer->texture = document.makeLayerTexture();
+  put(layer->texture, document.makeLayerTexture());
   scribble(*layer->texture.value(), seed);
   return layer;
 }
@@ -46,26 +46,26 @@ inline DocumentPtr richDocument(ColorMode mode, int width = 300, int height = 27
       Document::createEmpty(QStringLiteral("Rich"), width, height, mode, MetalContext::shared());
   auto bottom = scribbledLayer(*document, QStringLiteral("Bottom"), 1);
   auto masked = scribbledLayer(*document, QString::fromUtf8("Masked é"), 2);
-  masked->mask = scribbledMask(*document, 3);
-  masked->opacity = 0.3F;
-  masked->blendMode = BlendMode::exclusion;
-  masked->isVisible = false;
+  put(masked->mask, scribbledMask(*document, 3));
+  put(masked->opacity, 0.3F);
+  put(masked->blendMode, BlendMode::exclusion);
+  put(masked->isVisible, false);
   auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
-  bare->mask = scribbledMask(*document, 4);
-  bare->mask.value()->isEnabled = false;
-  bare->isLocked = true;
+  put(bare->mask, scribbledMask(*document, 4));
+  put(bare->mask.value()->isEnabled, false);
+  put(bare->isLocked, true);
   auto inner = std::make_shared<LayerFolder>(QStringLiteral("Inner"));
-  inner->children = LayerNodeList{bare};
-  inner->blendMode = BlendMode::darken;
+  put(inner->children, LayerNodeList{bare});
+  put(inner->blendMode, BlendMode::darken);
   auto outer = std::make_shared<LayerFolder>(QStringLiteral("Outer"));
-  outer->children = LayerNodeList{masked, inner};
-  outer->isExpanded = false;
-  outer->opacity = 0.5F;
+  put(outer->children, LayerNodeList{masked, inner});
+  put(outer->isExpanded, false);
+  put(outer->opacity, 0.5F);
   auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
-  document->rootNodes = LayerNodeList{bottom, outer, empty};
-  document->selectedNodeID = masked->id;
-  document->foregroundColor = DisplayColor{0.2F, 0.4F, 0.6F, 1.0F};
-  document->backgroundColor = DisplayColor{1.0F, 0.0F, 0.0F, 1.0F};
+  put(document->rootNodes, LayerNodeList{bottom, outer, empty});
+  document->selectNode(masked->id);
+  document->setForegroundColor(DisplayColor{0.2F, 0.4F, 0.6F, 1.0F});
+  document->setBackgroundColor(DisplayColor{1.0F, 0.0F, 0.0F, 1.0F});
   return document;
 }
 

@@ -118,7 +118,7 @@ TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
 
 TEST_F(DocumentIOTest, withoutACompositeThereIsNoPreview) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
-  document->compositedTexture = Texture();
+  put(document->compositedTexture, Texture());
   ASSERT_TRUE(save(document).has_value());
   EXPECT_EQ(entryPaths()[1].substr(0, 7), "layers/");
   EXPECT_TRUE(load().has_value());
@@ -193,7 +193,7 @@ TEST_F(DocumentIOTest, fullDiskAtAnyPlaceLeavesTheOldFile) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8);
   ASSERT_TRUE(save(document).has_value());
   const QByteArray old = testing::contentsOf(path());
-  document->name = QStringLiteral("Changed");
+  put(document->name, QStringLiteral("Changed"));
   for (std::int64_t capacity = 0; capacity < old.size(); capacity += 1 + old.size() / 40) {
     testing::FullDisk disk(capacity);
     const ScopedFileOperations scope(disk);
@@ -236,7 +236,7 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_EQ(finished, 0);
   // Edits after the call go to the document, not to the file.
   document->rootNodes.value()[0].layer()->texture.value()->fill(0);
-  document->name = QStringLiteral("Later");
+  put(document->name, QStringLiteral("Later"));
   ASSERT_TRUE(waitFor([&] { return finished == 1; }));
   EXPECT_EQ(firstDifference(*before, **load()), QString());
   EXPECT_FALSE(progress.empty());

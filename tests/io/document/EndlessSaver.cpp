@@ -15,7 +15,7 @@ DocumentPtr versionToSave(int version) {
   for (unsigned i = 0; i < 3; ++i) {
     layers.emplace_back(scribbledLayer(*document, name, static_cast<unsigned>(version) * 10 + i));
   }
-  document->rootNodes = layers;
+  put(document->rootNodes, layers);
   return document;
 }
 

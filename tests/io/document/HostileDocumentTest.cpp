@@ -298,11 +298,11 @@ TEST(HostileDocument, aDeepHonestTreeComesBack) {
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Core"));
   for (int i = 1; i < 1000; ++i) {
     auto outer = std::make_shared<LayerFolder>(QStringLiteral("F"));
-    outer->children = LayerNodeList{folder};
+    put(outer->children, LayerNodeList{folder});
     folder = outer;
   }
-  document->rootNodes = LayerNodeList{folder};
-  document->selectedNodeID = folder->id;
+  put(document->rootNodes, LayerNodeList{folder});
+  document->selectNode(folder->id);
   const QTemporaryDir directory;
   const QString path = directory.filePath(QStringLiteral("deep.tessel"));
   ASSERT_TRUE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());

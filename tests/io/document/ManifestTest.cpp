@@ -162,22 +162,22 @@ DocumentPtr smallDocument() {
   DocumentPtr document = Document::createEmpty(QString::fromUtf8("Ça \"va\""), 30, 20, ColorMode::grayscale16,
                                                MetalContext::shared());
   auto layer = std::make_shared<Layer>(QStringLiteral("Waves"));
-  layer->texture = document->makeLayerTexture();
-  layer->opacity = 0.3F;
-  layer->blendMode = BlendMode::screen;
+  put(layer->texture, document->makeLayerTexture());
+  put(layer->opacity, 0.3F);
+  put(layer->blendMode, BlendMode::screen);
   layer->mask =
       std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(30, 20, MetalContext::shared()));
-  layer->mask.value()->isEnabled = false;
+  put(layer->mask.value()->isEnabled, false);
   auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Group"));
-  folder->isExpanded = false;
-  folder->isLocked = true;
-  folder->children = LayerNodeList{bare};
+  put(folder->isExpanded, false);
+  put(folder->isLocked, true);
+  put(folder->children, LayerNodeList{bare});
   auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
-  empty->isVisible = false;
-  document->rootNodes = LayerNodeList{layer, folder, empty};
-  document->selectedNodeID = folder->id;
-  document->foregroundColor = DisplayColor{1.0F, 0.5F, 0.0F, 1.0F};
+  put(empty->isVisible, false);
+  put(document->rootNodes, LayerNodeList{layer, folder, empty});
+  document->selectNode(folder->id);
+  document->setForegroundColor(DisplayColor{1.0F, 0.5F, 0.0F, 1.0F});
   return document;
 }
 
@@ -212,7 +212,7 @@ TEST(Manifest, describesADocument) {
 
 TEST(Manifest, writesSortedKeysAndNoNulls) {
   const DocumentPtr document = smallDocument();
-  document->selectedNodeID = std::nullopt;
+  document->selectNode(std::nullopt);
   const QByteArray text = encodeManifest(*describeDocument(*document));
   EXPECT_FALSE(text.contains("null"));
   EXPECT_FALSE(text.contains("selectedNodeID"));
@@ -250,7 +250,7 @@ TEST(Manifest, emptyTreeGivesAnEmptyArray) {
 
 TEST(Manifest, whatCannotBeReadIsNotWritten) {
   const DocumentPtr document = smallDocument();
-  document->rootNodes.value().front().opacity() = std::numeric_limits<float>::quiet_NaN();
+  put(document->rootNodes.value().front().opacity(), std::numeric_limits<float>::quiet_NaN());
   EXPECT_FALSE(describeDocument(*document).has_value());
 }
 

@@ -16,7 +16,7 @@ class CanvasOperationsTest : public testing::TestWithParam<ColorMode> {
   void SetUp() override {
     document->addFolder("F");
     document->addLayer("inner");
-    document->selectedNodeID = idOf(*document, "F");
+    document->selectNode(idOf(*document, "F"));
     document->addLayer("top");
     layers = document->allLayers();
     ASSERT_EQ(treeText(*document), "Background, F[inner, top]");

@@ -18,13 +18,13 @@ class LayerMaskOperationsTest : public testing::Test {
     Surface& pixels = *mask->maskTexture->texture;
     MetalContext::shared().fillMask(pixels, 0.5F);
     (void)pixels.editTile(0);
-    layer->maskThumbnailImage = std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888);
-    layer->maskThumbnailDirty = false;
+    put(layer->maskThumbnailImage, std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888));
+    put(layer->maskThumbnailDirty, false);
   }
   /// What the command would have done before the push.
   void takeMaskOff() {
-    layer->mask = nullptr;
-    layer->isMaskSelected = false;
+    put(layer->mask, nullptr);
+    put(layer->isMaskSelected, false);
   }
   void expectDetached() const {
     EXPECT_EQ(layer->mask.value(), nullptr);
@@ -60,7 +60,7 @@ TEST_F(LayerMaskOperationsTest, RemoveCycle) {
     document->undo();
     EXPECT_EQ(newestCost(*document), 0);
     EXPECT_EQ(layer->mask.value(), mask);
-    layer->isMaskSelected = true;
+    put(layer->isMaskSelected, true);
     document->redo();
     expectDetached();
   }
@@ -75,7 +75,7 @@ TEST_F(LayerMaskOperationsTest, TheMaskKeepsItsPixels) {
 }
 
 TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLayerOnce) {
-  layer->isMaskSelected = true;
+  put(layer->isMaskSelected, true);
   AddLayerMaskOperation record(document, layer, mask);
   const PostCounter activePosts(notification::activeLayerChanged);
   const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
@@ -91,10 +91,10 @@ TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLay
 
 TEST_F(LayerMaskOperationsTest, EachStepLeavesTheDocumentDirty) {
   AddLayerMaskOperation record(document, layer, mask);
-  document->isDirty = false;
+  document->setDirty(false);
   record.undo();
   EXPECT_TRUE(document->isDirty.value());
-  document->isDirty = false;
+  document->setDirty(false);
   record.redo();
   EXPECT_TRUE(document->isDirty.value());
 }
@@ -111,14 +111,14 @@ TEST_F(LayerMaskOperationsTest, ApplyCycleRestoresPixelsAndMask) {
       std::make_shared<ApplyLayerMaskOperation>(document, layer, mask, snapshot, ColorMode::rgb8));
   EXPECT_EQ(document->undoStack.undoActionName(), "Apply Layer Mask");
   for (int round = 0; round < 2; ++round) {
-    layer->thumbnailDirty = false;
-    layer->channelThumbnailsDirty = false;
+    put(layer->thumbnailDirty, false);
+    put(layer->channelThumbnailsDirty, false);
     document->undo();
     EXPECT_TRUE(pixels->equals(before));
     EXPECT_EQ(layer->mask.value(), mask);
     EXPECT_TRUE(layer->thumbnailDirty.value());
     EXPECT_TRUE(layer->channelThumbnailsDirty.value());
-    layer->isMaskSelected = true;
+    put(layer->isMaskSelected, true);
     document->redo();
     EXPECT_TRUE(pixels->equals(after));
     expectDetached();
@@ -130,7 +130,7 @@ TEST_F(LayerMaskOperationsTest, ApplyCycleRestoresPixelsAndMask) {
 TEST_F(LayerMaskOperationsTest, ApplyingToALayerWithoutPixelsDoesNothing) {
   auto snapshot = TextureSnapshot::capture(*layer->texture.value(), MetalContext::shared());
   ApplyLayerMaskOperation record(document, layer, mask, snapshot, ColorMode::rgb8);
-  layer->texture = nullptr;
+  put(layer->texture, nullptr);
   record.redo();
   EXPECT_EQ(layer->mask.value(), mask);
 }

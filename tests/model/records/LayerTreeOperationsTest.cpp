@@ -18,7 +18,7 @@ class LayerTreeOperationsTest : public testing::Test {
     document->addFolder("F");
     document->addLayer("a");
     document->addLayer("b");
-    document->selectedNodeID = std::nullopt;
+    document->selectNode(std::nullopt);
     document->addLayer("c");
     activate(*document, "Background");
     ASSERT_EQ(treeText(*document), "Background, F[a, b], c");
@@ -98,7 +98,7 @@ TEST_F(LayerTreeOperationsTest, UndoBringsBackTheSameObject) {
 TEST_F(LayerTreeOperationsTest, NamesOutliveUndoAndRedo) {
   document->addLayer("c");
   document->undo();
-  nodeNamed(*document, "c").name() = QStringLiteral("c 2");
+  put(nodeNamed(*document, "c").name(), QStringLiteral("c 2"));
   document->redo();
   EXPECT_EQ(document->allNodeNames(), (std::set<QString>{"Background", "F", "a", "b", "c 2"}));
   EXPECT_EQ(document->layerCount(), 5) << "two nodes may then share a name";
@@ -229,7 +229,7 @@ TEST_F(LayerTreeOperationsTest, ARemovedLayerCostsItsMaskToo) {
   (void)mask->maskTexture->texture->editTile(0);
   document->removeNode(id("c"));
   EXPECT_EQ(newestCost(*document), layerBytes + layerBytes / 2);
-  nodeNamed(*document, "a").layer()->texture = nullptr;
+  put(nodeNamed(*document, "a").layer()->texture, nullptr);
   document->removeNode(id("a"));
   EXPECT_EQ(newestCost(*document), 0);
 }

@@ -198,7 +198,7 @@ TEST_P(PixelOperationsTest, InvertBeginsFromThePixelsOfTheTimeWhateverTheSurface
 }
 
 TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
-  document->selectedNodeID = layer->id;
+  document->selectNode(layer->id);
   selectRandomly(*document, random);
   const Surface before = *texture();
   document->invertActive();
@@ -208,7 +208,7 @@ TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
   EXPECT_TRUE(texture()->equals(before));
   document->redo();
   EXPECT_TRUE(texture()->equals(after));
-  document->selection = nullptr;
+  put(document->selection, nullptr);
   document->undo();
   document->redo();
   EXPECT_TRUE(texture()->equals(after));
@@ -240,9 +240,9 @@ TEST_P(PixelOperationsTest, AMoveNeedsASurfaceAndItsSnapshot) {
     EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
     EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
   }
-  layer->mask = nullptr;
+  put(layer->mask, nullptr);
   EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
-  layer->texture = nullptr;
+  put(layer->texture, nullptr);
   EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
 }
 
@@ -367,7 +367,7 @@ TEST_P(PixelOperationsTest, WithoutPixelsOrAsAFolderNothingHappens) {
   FillLayerOperation onFolder(ofFolder, paint, GetParam());
   onFolder.redo();
   onFolder.undo();
-  layer->texture = nullptr;
+  put(layer->texture, nullptr);
   for (const std::shared_ptr<UndoableOperation>& record : records) {
     EXPECT_FALSE(marksThumbnails(*layer, [&] {
       record->undo();
@@ -377,14 +377,14 @@ TEST_P(PixelOperationsTest, WithoutPixelsOrAsAFolderNothingHappens) {
 }
 
 TEST_P(PixelOperationsTest, AFillOfAMaskThatIsGoneDoesNothingWhileTheHistoryMovesOn) {
-  document->selectedNodeID = layer->id;
-  layer->isMaskSelected = true;
+  document->selectNode(layer->id);
+  put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::white());
   document->selectAll();
   document->fillSelection(DisplayColor::black());
   const PixelState filled = pixelState(*document);
   const std::shared_ptr<LayerMask> removed = layer->mask.value();
-  layer->mask = nullptr;
+  put(layer->mask, nullptr);
   const Surface pixels = *texture();
   for (std::int64_t index = document->undoStack.currentIndex.value(); index >= 0; --index) {
     document->undo();
@@ -393,14 +393,14 @@ TEST_P(PixelOperationsTest, AFillOfAMaskThatIsGoneDoesNothingWhileTheHistoryMove
   for (int i = 0; i < 3; ++i) document->redo();
   EXPECT_EQ(document->undoStack.currentIndex.value(), 2);
   EXPECT_TRUE(texture()->equals(pixels)) << "nothing meant for the mask reaches the layer";
-  layer->mask = removed;
+  put(layer->mask, removed);
   EXPECT_EQ(difference(pixelState(*document), filled), "");
 }
 
 TEST_P(PixelOperationsTest, ARecordOfAMaskFollowsTheLayersMask) {
   const Surface before = *mask();
-  document->selectedNodeID = layer->id;
-  layer->isMaskSelected = true;
+  document->selectNode(layer->id);
+  put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::black());
   const std::shared_ptr<LayerMask> old = layer->mask.value();
   document->crop({0, 0, 20, 20}, "Crop");

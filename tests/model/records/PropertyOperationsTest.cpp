@@ -50,7 +50,7 @@ TEST_F(PropertyOperationsTest, BlendModeCycle) {
 TEST_F(PropertyOperationsTest, NameCycle) {
   const QUuid layer = id("L");
   expectCycle(*document, [&] {
-    document->findNode(layer)->name() = QStringLiteral("Ä");
+    put(document->findNode(layer)->name(), QStringLiteral("Ä"));
     document->undoStack.push(std::make_shared<NameChangeOperation>(document, layer, "L", "Ä"));
   });
   EXPECT_EQ(document->undoStack.redoActionName(), "Rename");
@@ -59,7 +59,7 @@ TEST_F(PropertyOperationsTest, NameCycle) {
 
 TEST_F(PropertyOperationsTest, VisibilityCycle) {
   expectCycle(*document, [&] {
-    nodeNamed(*document, "F").isVisible() = false;
+    put(nodeNamed(*document, "F").isVisible(), false);
     document->undoStack.push(std::make_shared<VisibilityChangeOperation>(document, id("F"), true, false));
   });
   EXPECT_EQ(document->undoStack.redoActionName(), "Visibility");
@@ -68,7 +68,7 @@ TEST_F(PropertyOperationsTest, VisibilityCycle) {
 
 TEST_F(PropertyOperationsTest, LockCycle) {
   expectCycle(*document, [&] {
-    nodeNamed(*document, "L").isLocked() = true;
+    put(nodeNamed(*document, "L").isLocked(), true);
     document->undoStack.push(std::make_shared<LockChangeOperation>(document, id("L"), false, true));
   });
   EXPECT_EQ(document->undoStack.redoActionName(), "Lock");
@@ -76,9 +76,9 @@ TEST_F(PropertyOperationsTest, LockCycle) {
 }
 
 TEST_F(PropertyOperationsTest, BatchVisibilityCycleRestoresEachNodesOwnValue) {
-  nodeNamed(*document, "F").isVisible() = false;
+  put(nodeNamed(*document, "F").isVisible(), false);
   expectCycle(*document, [&] {
-    for (const char* name : {"Background", "F", "L"}) nodeNamed(*document, name).isVisible() = true;
+    for (const char* name : {"Background", "F", "L"}) put(nodeNamed(*document, name).isVisible(), true);
     document->undoStack.push(std::make_shared<BatchVisibilityChangeOperation>(
         document,
         std::vector<BatchVisibilityChangeOperation::Change>{
@@ -148,9 +148,9 @@ TEST_F(PropertyOperationsTest, AnUndoneChangeIsDroppedBeforeARunGoesOn) {
 TEST_F(PropertyOperationsTest, OnlyOpacityRunsMerge) {
   const QUuid layer = id("L");
   const std::size_t before = historySize();
-  document->findNode(layer)->name() = QStringLiteral("M");
+  put(document->findNode(layer)->name(), QStringLiteral("M"));
   document->undoStack.push(std::make_shared<NameChangeOperation>(document, layer, "L", "M"));
-  document->findNode(layer)->name() = QStringLiteral("N");
+  put(document->findNode(layer)->name(), QStringLiteral("N"));
   document->undoStack.push(std::make_shared<NameChangeOperation>(document, layer, "M", "N"));
   EXPECT_EQ(historySize(), before + 2);
   document->undo();
@@ -172,7 +172,7 @@ TEST_F(PropertyOperationsTest, ARunWhoseDocumentHasGoneStaysAsItWas) {
 
 TEST_F(PropertyOperationsTest, UndoOfARenameWaitsForItsNode) {
   const QUuid layer = id("L");
-  document->findNode(layer)->name() = QStringLiteral("M");
+  put(document->findNode(layer)->name(), QStringLiteral("M"));
   document->undoStack.push(std::make_shared<NameChangeOperation>(document, layer, "L", "M"));
   const std::optional<LayerNode> node = document->detachNode(layer);
   document->undo();

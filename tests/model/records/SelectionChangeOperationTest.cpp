@@ -78,7 +78,7 @@ TEST_F(SelectionChangeOperationTest, NeedsASelectionAndItsSnapshot) {
     const tileMemory::ScopedSurfaceFailure failure(0);
     EXPECT_EQ(begin(), nullptr);
   }
-  document->selection = nullptr;
+  put(document->selection, nullptr);
   EXPECT_EQ(begin(), nullptr);
 }
 
@@ -88,12 +88,12 @@ TEST_F(SelectionChangeOperationTest, WithoutASelectionNothingHappens) {
   selection->selectAll(document->context());
   record->captureAfter();
   const SelectionState all = now();
-  document->selection = nullptr;
+  put(document->selection, nullptr);
   record->captureAfter();
   record->undo();
   record->redo();
   EXPECT_EQ(document->selection.value(), nullptr);
-  document->selection = selection;
+  put(document->selection, selection);
   EXPECT_EQ(difference(now(), all), "");
   record->undo();
   record->redo();
