@@ -32,18 +32,15 @@ std::shared_ptr<Document> Document::create(DocumentContents contents, MetalConte
 
 std::shared_ptr<Document> Document::create(const QString& name, int width, int height, ColorMode colorMode,
                                            MetalContext& context) {
-  Texture pixels = context.makeTexture(layerPixelFormat(colorMode), width, height);
-  if (pixels == nullptr) fatalFault("Failed to create layer texture");
+  const std::shared_ptr<Document> document =
+      create({.name = name, .width = width, .height = height, .colorMode = colorMode}, context);
+  const Texture pixels = document->makeLayerTexture();
   context.clearTexture(*pixels, colorMode, {1.0F, 1.0F, 1.0F, 1.0F});
-  const auto background =
-      std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Background")}, std::move(pixels));
-  return create({.name = name,
-                 .width = width,
-                 .height = height,
-                 .colorMode = colorMode,
-                 .rootNodes = {background},
-                 .selectedNodeID = background->id},
-                context);
+  const auto background = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Background")}, pixels);
+  DocumentEdit edit(*document, editKind::state);
+  edit.insertNode(background, {});
+  edit.setActiveNode(background->id);
+  return document;
 }
 
 std::optional<LayerNode> Document::activeNode() const {

@@ -69,7 +69,7 @@ const Surface& DocumentCompositor::Run::hold(const ConstTexture& surface) {
 }
 
 bool DocumentCompositor::isCurrent(const Document& document) const {
-  return run_ == nullptr && lastCompositingHash_ == compositingHash(document);
+  return hasFlattened_ && lastCompositingHash_ == compositingHash(document);
 }
 
 bool DocumentCompositor::flatten(const Document& document, Surface& composite, Freshness freshness,
@@ -77,15 +77,22 @@ bool DocumentCompositor::flatten(const Document& document, Surface& composite, F
   const std::int64_t hash = compositingHash(document);
   if (run_ == nullptr || freshness == Freshness::stale || hash != lastCompositingHash_) {
     lastCompositingHash_ = hash;
+    hasFlattened_ = false;
     run_ = beginRun(document, composite, Sources::live);
   }
   const int tiles = deadline == Deadline::max() ? composite.tileCount() : tilesPerTurn;
   do {
     if (!advance(*run_, tiles)) continue;
     run_ = nullptr;
+    hasFlattened_ = true;
     return true;
   } while (Deadline::clock::now() < deadline);
   return false;
+}
+
+void DocumentCompositor::forget() {
+  run_ = nullptr;
+  hasFlattened_ = false;
 }
 
 CompositeReport DocumentCompositor::compositeDocument(const Document& document, Surface& composite,

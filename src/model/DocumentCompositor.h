@@ -36,6 +36,8 @@ class DocumentCompositor {
   /// Flattens the visible nodes into `composite` until the deadline, and goes on from there at the next call
   /// as long as nothing has changed. True once all of it is made.
   bool flatten(const Document& document, Surface& composite, Freshness freshness, Deadline deadline);
+  /// The composite is another surface now: what was flattened says nothing of it.
+  void forget();
   /// All of it at once, whatever was made before.
   CompositeReport compositeDocument(const Document& document, Surface& composite,
                                     CompositeScope scope = CompositeScope::changedTiles);
@@ -77,6 +79,7 @@ class DocumentCompositor {
   std::vector<Texture> texturePool_;
   int texturePoolIndex_ = 0;
   std::int64_t lastCompositingHash_ = 0;
+  bool hasFlattened_ = false;
   /// What a deadline has interrupted.
   std::unique_ptr<Run> run_;
 };

@@ -131,7 +131,7 @@ std::optional<PixelClipboard> Document::cutPixels() {
 }
 
 void Document::pastePixels(const PixelClipboard& clipboard) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   const Texture pixels = makeLayerTexture();
   const Texture copied = pixelsInMode(clipboard, colorMode.value(), context_);
   if (copied == nullptr) return;
@@ -142,7 +142,7 @@ void Document::pastePixels(const PixelClipboard& clipboard) {
 }
 
 void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   if (layer->mask.value() != nullptr) return;
   const std::shared_ptr<const Selection> selected = activeSelection();
   const std::shared_ptr<MaskTexture> contents =

@@ -5,6 +5,7 @@
 #include "model/Document.h"
 #include "model/NodeWalk.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/PropertyWriter.h"
 #include "model/records/LayerTreeOperations.h"
 
 namespace orvanel {
@@ -28,25 +29,25 @@ NodeValues valuesOfCopy(const LayerNode& source) {
           .isVisible = source.isVisible().value()};
 }
 
-std::shared_ptr<Layer> copyOfLayer(const LayerNode& node, const Document& document, DocumentEdit& edit) {
+std::shared_ptr<Layer> copyOfLayer(const LayerNode& node, const Document& document) {
   const Layer& source = *node.layer();
   const Texture pixels = document.makeLayerTexture();
   if (const ConstTexture& original = source.texture.value()) {
     copyPixels(*original, original->bounds(), *pixels, 0, 0);
   }
-  auto copy = std::make_shared<Layer>(valuesOfCopy(node), pixels);
   const std::shared_ptr<LayerMask>& mask = source.mask.value();
-  if (mask == nullptr) return copy;
-  edit.setMaskLinked(*copy, source.isMaskLinked.value());
-  if (const std::shared_ptr<LayerMask> maskCopy = copyOfMask(*mask, document.context())) {
-    edit.setMask(*copy, maskCopy);
-    edit.setMaskThumbnail(*copy, source.maskThumbnailImage.value(), false);
+  const auto maskCopy = mask != nullptr ? copyOfMask(*mask, document.context()) : nullptr;
+  auto copy = std::make_shared<Layer>(valuesOfCopy(node), pixels, maskCopy);
+  if (mask != nullptr) PropertyWriter::write(copy->isMaskLinked, source.isMaskLinked.value());
+  if (maskCopy != nullptr) {
+    PropertyWriter::write(copy->maskThumbnailImage, source.maskThumbnailImage.value());
+    PropertyWriter::write(copy->maskThumbnailDirty, false);
   }
   return copy;
 }
 
 /// Copies with fresh ids and no locks, descendants included.
-LayerNode copyOfNode(const LayerNode& node, const Document& document, DocumentEdit& edit) {
+LayerNode copyOfNode(const LayerNode& node, const Document& document) {
   LayerNodeList copies;
   std::vector<LayerNodeList> outerCopies;
   std::vector<LayerNode> openFolders;
@@ -54,7 +55,7 @@ LayerNode copyOfNode(const LayerNode& node, const Document& document, DocumentEd
       {node},
       [&](const LayerNode& source, const std::shared_ptr<LayerFolder>&, int) {
         if (source.layer() != nullptr) {
-          copies.push_back(copyOfLayer(source, document, edit));
+          copies.push_back(copyOfLayer(source, document));
         } else {
           openFolders.push_back(source);
           outerCopies.push_back(std::exchange(copies, {}));
@@ -88,7 +89,7 @@ TreePosition positionForNewNode(const Document& document) {
 }  // namespace
 
 void Document::addLayer(const QString& requestedName) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   addNewLayer(edit, std::make_shared<Layer>(NodeValues{.name = uniqueNodeName(requestedName)},
                                             makeLayerTexture()));
 }
@@ -101,7 +102,7 @@ void Document::addNewLayer(DocumentEdit& edit, const std::shared_ptr<Layer>& lay
 }
 
 void Document::addFolder(const QString& requestedName) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
   const auto folder = std::make_shared<LayerFolder>(uniqueNodeName(requestedName));
   edit.insertNode(folder, positionForNewNode(*this));
@@ -131,7 +132,7 @@ void Document::removeNode(const QUuid& nodeID) {
 }
 
 void Document::moveNode(const QUuid& nodeID, const QUuid& toFolder) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   const std::optional<TreePosition> source = treePosition(nodeID);
   const std::optional<LayerNode> parent = findNode(toFolder);
   const std::shared_ptr<LayerFolder> folder = parent ? parent->folder() : nullptr;
@@ -154,12 +155,12 @@ void Document::moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentI
 }
 
 void Document::duplicateNode(const QUuid& nodeID) {
-  DocumentEdit edit(*this, editKind::contents);
+  DocumentEdit edit(*this, editKind::addition);
   const std::optional<LayerNode> node = findNode(nodeID);
   const std::optional<TreePosition> source = treePosition(nodeID);
   if (!node || !source) return;
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
-  const LayerNode copy = copyOfNode(*node, *this, edit);
+  const LayerNode copy = copyOfNode(*node, *this);
   edit.insertNode(copy, {.parentID = source->parentID, .index = source->index + 1});
   edit.setActiveNode(copy.id());
   edit.record(std::make_shared<DuplicateNodeOperation>(shared_from_this(), copy.id(), previousSelection));

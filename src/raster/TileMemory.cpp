@@ -162,6 +162,7 @@ struct Arena {
   SpareSlabs spares;
   std::atomic<std::size_t> bytesInUse{0};
   std::atomic<int> surfacesAllowed{std::numeric_limits<int>::max()};
+  std::atomic<int> surfacesRefused{0};
 
   Arena() {
     for (std::size_t i = 0; i < sizeClasses; ++i) pools[i].setBlockBytes(smallestBlock << i);
@@ -201,7 +202,8 @@ std::size_t bytesInUse() noexcept {
   return arena().bytesInUse.load(std::memory_order_relaxed);
 }
 
-ScopedSurfaceFailure::ScopedSurfaceFailure(int surfacesAllowed) {
+ScopedSurfaceFailure::ScopedSurfaceFailure(int surfacesAllowed, int surfacesRefused) {
+  arena().surfacesRefused = surfacesRefused;
   arena().surfacesAllowed = surfacesAllowed;
 }
 ScopedSurfaceFailure::~ScopedSurfaceFailure() {
@@ -211,7 +213,8 @@ ScopedSurfaceFailure::~ScopedSurfaceFailure() {
 bool admitSurface() noexcept {
   std::atomic<int>& allowed = arena().surfacesAllowed;
   if (allowed.load(std::memory_order_relaxed) == std::numeric_limits<int>::max()) return true;
-  return allowed.fetch_sub(1, std::memory_order_relaxed) > 0;
+  if (allowed.fetch_sub(1, std::memory_order_relaxed) > 0) return true;
+  return arena().surfacesRefused.fetch_sub(1, std::memory_order_relaxed) <= 0;
 }
 
 }  // namespace orvanel::tileMemory

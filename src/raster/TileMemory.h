@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace orvanel::tileMemory {
 
@@ -22,10 +23,12 @@ void trim();
 /// Bytes in blocks now handed out.
 [[nodiscard]] std::size_t bytesInUse() noexcept;
 
-/// While alive, the creation of surfaces fails after `surfacesAllowed` more of them. For tests.
+/// While alive, the creation of surfaces fails after `surfacesAllowed` more of them, `surfacesRefused` times
+/// (all of them by default). For tests.
 class ScopedSurfaceFailure {
  public:
-  explicit ScopedSurfaceFailure(int surfacesAllowed);
+  explicit ScopedSurfaceFailure(int surfacesAllowed,
+                                int surfacesRefused = std::numeric_limits<int>::max());
   ~ScopedSurfaceFailure();
   ScopedSurfaceFailure(const ScopedSurfaceFailure&) = delete;
   ScopedSurfaceFailure& operator=(const ScopedSurfaceFailure&) = delete;

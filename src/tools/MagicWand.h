@@ -26,6 +26,8 @@ class MagicWand {
   void select(const MagicWandSettings& settings);
   /// Ends the gesture under its record.
   void release() { gesture_.close(); }
+  /// False once it was released, or its document ended it.
+  [[nodiscard]] bool isOpen() const { return gesture_.isOpen(); }
 
  private:
   MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode);

@@ -37,7 +37,7 @@ class DocumentCanvasTest : public testing::TestWithParam<ColorMode> {
     document->addFolder("F");
     document->addLayer("inner");
     inner = document->activeLayer();
-    *inner->texture.value() = randomPixels(GetParam(), random);
+    writable(inner->texture.value()) = randomPixels(GetParam(), random);
     addRandomMask(*inner, random);
     put(inner->mask.value()->isEnabled, false);
     selectRandomly(*document, random);
@@ -148,10 +148,10 @@ TEST_P(DocumentCanvasTest, NearestNeighbourTakesThePixelUnderEachCentre) {
 }
 
 TEST_P(DocumentCanvasTest, EveryMethodKeepsAPlainColourAndAPlainMask) {
-  document->selection.value()->clear(document->context());
+  writableSelection(*document).clear(document->context());
   document->selectNode(masked->id);
   document->fillSelection({0.25F, 0.25F, 0.25F, 1.0F});
-  document->context().fillMask(*masked->mask.value()->maskTexture->texture, 0.25F);
+  document->context().fillMask(writable(masked->mask.value()->maskTexture->texture), 0.25F);
   const std::uint64_t colour = pixelsOf(*masked).pixelAt(0, 0);
   for (const ResampleMethod method :
        {ResampleMethod::bicubic, ResampleMethod::bilinear, ResampleMethod::nearestNeighbor}) {
@@ -170,7 +170,7 @@ TEST_P(DocumentCanvasTest, BilinearHalvingAveragesUnderATriangle) {
   // Shrinking by two widens the triangle to reach over four pixels, with weights 1, 3, 3 and 1 eighths.
   const DocumentPtr row = makeDocument(8, 1, GetParam());
   const std::shared_ptr<Layer> layer = row->allLayers().front();
-  row->context().clearTexture(*layer->texture.value(), GetParam(), {0.0F, 0.0F, 0.0F, 1.0F});
+  row->context().clearTexture(writable(layer->texture.value()), GetParam(), {0.0F, 0.0F, 0.0F, 1.0F});
   selectRect(*row, {4, 0, 4, 1});
   row->fillSelection(DisplayColor::white());
   row->resizeImage(4, 1, ResampleMethod::bilinear);
@@ -211,20 +211,22 @@ TEST_P(DocumentCanvasTest, EverySelectedPixelCountsForTheBounds) {
 TEST_P(DocumentCanvasTest, WithoutSelectedPixelsNothingIsCropped) {
   select(*document, filledMask(pixelWidth, pixelHeight, 0.0F));
   expectNothing(*document, [&] { document->cropToSelection(); });
-  document->selection.value()->clear(document->context());
+  writableSelection(*document).clear(document->context());
   expectNothing(*document, [&] { document->cropToSelection(); });
   put(document->selection, nullptr);
   expectNothing(*document, [&] { document->cropToSelection(); });
 }
 
-/// White all around a rectangle of black, on the composite.
-void drawFramed(const Document& document, const PixelRect& rect) {
-  Surface& composite = *document.compositedTexture.value();
-  const ColorMode mode = folderColorMode(document.colorMode.value());
-  document.context().clearTexture(composite, mode, {1.0F, 1.0F, 1.0F, 1.0F});
-  Surface inside(maskPixelFormat, composite.width(), composite.height());
+/// White all around a rectangle of black, on the topmost layer.
+void drawFramed(Document& document, const PixelRect& rect) {
+  Surface& pixels = writable(document.allLayers().back()->texture.value());
+  const ColorMode mode = document.colorMode.value();
+  document.context().clearTexture(pixels, mode, {1.0F, 1.0F, 1.0F, 1.0F});
+  Surface inside(maskPixelFormat, pixels.width(), pixels.height());
   document.context().fillRectMask(inside, rect, 0.0F);
-  document.context().fillWithSelection(composite, inside, mode, {0.0F, 0.0F, 0.0F, 1.0F});
+  document.context().fillWithSelection(pixels, inside, mode, {0.0F, 0.0F, 0.0F, 1.0F});
+  put(document.needsCompositing, true);
+  static_cast<void>(document.composite());
 }
 
 TEST_P(DocumentCanvasTest, TrimsUniformEdgesOffTheComposite) {
@@ -236,16 +238,16 @@ TEST_P(DocumentCanvasTest, TrimsUniformEdgesOffTheComposite) {
 }
 
 TEST_P(DocumentCanvasTest, WithoutAUniformEdgeThereIsNothingToTrim) {
-  Surface& composite = *document->compositedTexture.value();
-  std::mt19937 noise(5);
-  for (int index = 0; index < composite.tileCount(); ++index) fillRandomTile(composite, index, noise);
+  writable(inner->texture.value()) = randomPixels(GetParam(), random);
+  put(document->needsCompositing, true);
+  static_cast<void>(document->composite());
   expectNothing(*document, [&] { EXPECT_FALSE(document->trim()); });
   drawFramed(*document, {0, 0, pixelWidth, pixelHeight});
   expectNothing(*document, [&] { EXPECT_FALSE(document->trim()); });
 }
 
 TEST_P(DocumentCanvasTest, WithoutACompositeThereIsNothingToTrim) {
-  const Texture composite = document->compositedTexture.value();
+  const ConstTexture composite = document->compositedTexture.value();
   put(document->compositedTexture, nullptr);
   const std::int64_t records = recordCount(*document);
   EXPECT_FALSE(marksEdited(*document, [&] { EXPECT_FALSE(document->trim()); }));
@@ -274,21 +276,19 @@ TEST_P(DocumentCanvasTest, EachMarksTheDocumentAndAllThumbnails) {
   }
 }
 
-TEST_P(DocumentCanvasTest, ThumbnailsAreToldOnceEverythingHasItsNewSize) {
-  put(masked->thumbnailDirty, false);
-  put(inner->thumbnailDirty, false);
+TEST_P(DocumentCanvasTest, ObserversAreToldOnceAndEverythingHasItsNewSizeThen) {
   int told = 0;
-  const auto look = [&] {
+  const auto subscription = document->changes().observe([&](const DocumentChanges& changes) {
     ++told;
+    EXPECT_TRUE(contains<change::CanvasChanged>(changes));
+    EXPECT_TRUE(contains<change::SelectionChanged>(changes));
     EXPECT_EQ(document->canvasWidth.value(), 70);
     EXPECT_EQ(masked->texture.value()->width(), 70);
     EXPECT_EQ(inner->texture.value()->width(), 70);
     EXPECT_EQ(document->selection.value()->maskTexture->width, 70);
-  };
-  const auto first = masked->thumbnailDirty.addNotifier(look);
-  const auto second = inner->thumbnailDirty.addNotifier(look);
+  });
   document->resizeCanvas(70, 80, 0, 0);
-  EXPECT_EQ(told, 2);
+  EXPECT_EQ(told, 1);
 }
 
 TEST_P(DocumentCanvasTest, ASelectionIsThereAfterwardsEvenIfNoneWasBefore) {
@@ -315,7 +315,8 @@ TEST_P(DocumentCanvasTest, ALayerWithoutPixelsIsPassedOver) {
 }
 
 TEST_P(DocumentCanvasTest, ADocumentWithoutLayersStillChangesItsCanvas) {
-  const DocumentPtr empty = Document::createEmpty("Empty", 30, 20, GetParam(), MetalContext::shared());
+  const DocumentPtr empty = Document::create(
+      {.name = "Empty", .width = 30, .height = 20, .colorMode = GetParam()}, MetalContext::shared());
   expectPixelCycle(*empty, "Canvas Size", [&] { empty->resizeCanvas(70, 80, 0, 0); });
   empty->redo();
   EXPECT_EQ(empty->canvasWidth.value(), 70);
@@ -328,17 +329,15 @@ TEST_P(DocumentCanvasTest, AMaskWithoutASurfaceStaysAsItIs) {
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   const PixelState before = pixelState(*single);
   {
-    // From the layer's new surface to the new size of the canvas none can be made.
-    std::optional<tileMemory::ScopedSurfaceFailure> failure;
-    const auto begin = layer->texture.addNotifier([&] { failure.emplace(0); });
-    const auto end = single->canvasWidth.addNotifier([&] { failure.reset(); });
+    // Two snapshots and the layer's new surface are made; the mask's can't be.
+    const tileMemory::ScopedSurfaceFailure failure(3, 1);
     single->resizeCanvas(70, 80, -1, -1);
   }
   EXPECT_EQ(layer->mask.value(), mask);
   EXPECT_EQ(mask->maskTexture->width, pixelWidth);
   EXPECT_EQ(pixelsOf(*layer).width(), 70);
   EXPECT_EQ(recordCount(*single), 1);
-  DocumentCompositor(single->context()).compositeDocument(*single);
+  static_cast<void>(single->composite());
   single->undo();
   EXPECT_EQ(difference(pixelState(*single), before), "");
   single->redo();
@@ -346,16 +345,15 @@ TEST_P(DocumentCanvasTest, AMaskWithoutASurfaceStaysAsItIs) {
 }
 
 TEST_P(DocumentCanvasTest, ASelectionWithoutASurfaceIsGone) {
-  const auto withoutSelectionSurface = [this](const std::function<void()>& command) {
-    std::optional<tileMemory::ScopedSurfaceFailure> failure;
-    const auto begin = document->checkerboardTexture.addNotifier([&] { failure.emplace(0); });
-    const auto end = document->selection.addNotifier([&] { failure.reset(); });
+  const auto withoutSelectionSurface = [this](int madeBefore, const std::function<void()>& command) {
+    const tileMemory::ScopedSurfaceFailure failure(madeBefore, 1);
     command();
     EXPECT_EQ(document->selection.value(), nullptr);
   };
-  withoutSelectionSurface([&] { document->resizeCanvas(70, 80, 0, 0); });
+  // Four layers and masks are captured and made anew, and two display surfaces.
+  withoutSelectionSurface(4 + 4 + 2, [&] { document->resizeCanvas(70, 80, 0, 0); });
   document->ensureSelection();
-  withoutSelectionSurface([&] { document->undo(); });
+  withoutSelectionSurface(4 + 2, [&] { document->undo(); });
   EXPECT_EQ(document->canvasWidth.value(), pixelWidth);
 }
 
@@ -412,7 +410,7 @@ TEST_P(DocumentCanvasTest, ColourModeCycle) {
 
 TEST_P(DocumentCanvasTest, MasksAndSelectionKeepTheirIdentityThroughAChangeOfMode) {
   const std::shared_ptr<LayerMask> mask = masked->mask.value();
-  const std::shared_ptr<Selection> selection = document->selection.value();
+  const std::shared_ptr<const Selection> selection = document->selection.value();
   const ColorMode to = GetParam() == ColorMode::rgb8 ? ColorMode::grayscale16 : ColorMode::rgb8;
   document->changeColorMode(to);
   document->undo();
@@ -433,19 +431,6 @@ TEST_P(DocumentCanvasTest, AChangeOfModeMarksTheDocumentAndAllThumbnails) {
   }));
   EXPECT_TRUE(
       marksThumbnails(*masked, [&] { EXPECT_TRUE(marksThumbnails(*inner, [&] { document->undo(); })); }));
-}
-
-TEST_P(DocumentCanvasTest, EveryLayerIsConvertedBeforeTheFirstIsReplaced) {
-  const ColorMode to = GetParam() == ColorMode::rgb8 ? ColorMode::grayscale16 : ColorMode::rgb8;
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  // Two snapshots and one layer's surface.
-  EXPECT_DEATH(
-      {
-        const tileMemory::ScopedSurfaceFailure failure(3);
-        const auto notifier = masked->texture.addNotifier([] { std::exit(0); });
-        document->changeColorMode(to);
-      },
-      "Failed to create layer texture");
 }
 
 }  // namespace

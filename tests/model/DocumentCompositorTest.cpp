@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "model/ModelSupport.h"
+#include "model/edit/DocumentEdit.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
@@ -23,12 +24,12 @@ class DocumentCompositorTest : public testing::Test {
     document->addFolder("F");
     document->addLayer("L");
     layer = nodeNamed(*document, "L").layer();
-    layer->texture.value()->fill(opaqueRed);
+    writable(layer->texture.value()).fill(opaqueRed);
     folder = nodeNamed(*document, "F").folder();
   }
 
   CompositeReport composite(CompositeScope scope = CompositeScope::changedTiles) {
-    return compositor.compositeDocument(*document, scope);
+    return compositor.compositeDocument(*document, writable(document->compositedTexture.value()), scope);
   }
   [[nodiscard]] std::uint64_t hash() const {
     return static_cast<std::uint64_t>(compositor.compositingHash(*document));
@@ -49,7 +50,7 @@ class DocumentCompositorTest : public testing::Test {
   void resizeCanvas(int width, int height) {
     put(document->canvasWidth, width);
     put(document->canvasHeight, height);
-    document->rebuildDisplayTextures();
+    DocumentEdit(*document, editKind::state).rebuildDisplayTextures();
     for (const std::shared_ptr<Layer>& each : document->allLayers())
       put(each->texture, document->makeLayerTexture());
   }
@@ -89,7 +90,7 @@ TEST_F(DocumentCompositorTest, HashIgnoresWhatDoesNotShow) {
   const std::uint64_t before = hash();
   put(layer->name, QStringLiteral("other"));
   put(layer->isLocked, true);
-  layer->texture.value()->fill(opaqueGreen);
+  writable(layer->texture.value()).fill(opaqueGreen);
   put(layer->isMaskSelected, true);
   put(folder->isExpanded, false);
   document->setChannelVisibility(ChannelVisibility{0, 1, 1});
@@ -141,7 +142,64 @@ TEST_F(DocumentCompositorTest, AnEmptyTreeGivesATransparentComposite) {
 
 TEST_F(DocumentCompositorTest, WithoutACompositeThereIsNothingToDo) {
   put(document->compositedTexture, nullptr);
-  EXPECT_EQ(composite(CompositeScope::allTiles).tilesMade, 0);
+  EXPECT_EQ(document->composite(), nullptr);
+  EXPECT_TRUE(document->advanceComposite(std::chrono::milliseconds(1)));
+  EXPECT_EQ(document->freezeComposite(), nullptr);
+}
+
+TEST_F(DocumentCompositorTest, TheCompositeIsCurrentWhoeverAsks) {
+  put(document->needsCompositing, false);
+  static_cast<void>(document->composite());
+  document->selectNode(layer->id);
+  document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 1.0F});
+  EXPECT_FALSE(document->isCompositeCurrent());
+  EXPECT_EQ(document->composite()->pixelAt(39, 29), opaqueGreen);
+  EXPECT_FALSE(document->needsCompositing.value());
+  document->setVisible(layer->id, false);
+  EXPECT_FALSE(document->needsCompositing.value()) << "the hash tells";
+  EXPECT_EQ(document->composite()->pixelAt(39, 29), 0xFFFFFFFFU);
+  EXPECT_TRUE(document->isCompositeCurrent());
+}
+
+TEST_F(DocumentCompositorTest, FlatteningGoesOnWhereADeadlineStoppedIt) {
+  document->resizeCanvas(128 * 40, 128 * 5, -1, -1);
+  document->selectNode(layer->id);
+  document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 0.5F});
+  int turns = 1;
+  while (!document->advanceComposite(std::chrono::milliseconds(0))) ++turns;
+  EXPECT_EQ(turns, 7) << "200 tiles, 32 at a time";
+  EXPECT_TRUE(document->isCompositeCurrent());
+  const Surface made = *document->composite();
+  Surface anew(made.format(), made.width(), made.height());
+  compositor.compositeDocument(*document, anew, CompositeScope::allTiles);
+  EXPECT_TRUE(made.equals(anew));
+}
+
+TEST_F(DocumentCompositorTest, AnEditInTheMiddleOfAFlatteningBeginsAnother) {
+  document->resizeCanvas(128 * 40, 128 * 5, -1, -1);
+  EXPECT_FALSE(document->advanceComposite(std::chrono::milliseconds(0)));
+  document->selectNode(layer->id);
+  document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 1.0F});
+  document->crop({0, 0, 300, 200}, "Crop");
+  EXPECT_EQ(document->composite()->bounds(), (PixelRect{0, 0, 300, 200}));
+  EXPECT_EQ(document->composite()->pixelAt(299, 199), opaqueGreen);
+}
+
+TEST_F(DocumentCompositorTest, AFrozenCompositeIsThatOfItsMoment) {
+  isolate(*folder);
+  const auto frozen = document->freezeComposite();
+  const Surface expected = *document->composite();
+  document->selectNode(layer->id);
+  document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 1.0F});
+  document->crop({0, 0, 5, 4}, "Crop");
+  ASSERT_NE(frozen->surface(), nullptr);
+  EXPECT_TRUE(frozen->surface()->equals(expected));
+}
+
+TEST_F(DocumentCompositorTest, ACancelledFrozenCompositeGivesNothing) {
+  const auto frozen = document->freezeComposite();
+  EXPECT_EQ(frozen->surface([] { return true; }), nullptr);
+  EXPECT_NE(frozen->surface(), nullptr);
 }
 
 TEST_F(DocumentCompositorTest, InvisibleNodesArePassedOverWithAllTheyContain) {
@@ -230,7 +288,7 @@ TEST_F(DocumentCompositorTest, TemporariesHaveTheCompositesFormat) {
     other->addLayer("L");
     put(nodeNamed(*other, "F").opacity(), 0.5F);
     DocumentCompositor own(other->context());
-    own.compositeDocument(*other);
+    own.compositeDocument(*other, writable(other->compositedTexture.value()));
     ASSERT_EQ(own.texturePool().size(), 1U);
     EXPECT_EQ(own.texturePool().front()->format(), compositePixelFormat(mode));
     EXPECT_EQ(own.texturePool().front()->bounds(), (PixelRect{0, 0, 20, 10}));
@@ -241,10 +299,9 @@ TEST_F(DocumentCompositorTest, AGreyFolderIsCompositedAsRgb) {
   const DocumentPtr grey = makeDocument(20, 10, ColorMode::grayscale8);
   grey->addFolder("F");
   grey->addLayer("L");
-  nodeNamed(*grey, "L").layer()->texture.value()->fill(0xFF00U);
+  writable(nodeNamed(*grey, "L").layer()->texture.value()).fill(0xFF00U);
   put(nodeNamed(*grey, "F").opacity(), 0.5F);
-  DocumentCompositor(grey->context()).compositeDocument(*grey);
-  EXPECT_EQ(grey->compositedTexture.value()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
+  EXPECT_EQ(grey->composite()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
 }
 
 TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysBehindInThePool) {
@@ -287,7 +344,7 @@ TEST_F(DocumentCompositorTest, AnEditRemakesOnlyItsTiles) {
   isolate(*folder);
   EXPECT_EQ(composite().tilesMade, 2 * 12) << "of the canvas and of the folder's temporary";
   const auto pixel = static_cast<std::uint32_t>(opaqueGreen);
-  layer->texture.value()->writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel),
+  writable(layer->texture.value()).writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel),
                                     sizeof(pixel));
   EXPECT_EQ(composite().tilesMade, 2);
   put(nodeNamed(*document, "Background").opacity(), 0.5F);
@@ -302,7 +359,7 @@ TEST(DocumentCompositorDeathTest, ATemporaryThatCannotBeMadeIsFatal) {
   put(nodeNamed(*document, "F").opacity(), 0.5F);
   const auto composite = [&] {
     const tileMemory::ScopedSurfaceFailure failure(0);
-    DocumentCompositor(document->context()).compositeDocument(*document);
+    static_cast<void>(document->composite());
   };
   EXPECT_DEATH(composite(), "Failed to create temporary texture");
 }

@@ -83,7 +83,7 @@ TEST_P(DocumentFillTest, ARecordOfThePixelsStaysOneWhenAMaskComesLater) {
   document->fillSelection(DisplayColor::black());
   const Surface filled = pixels();
   document->addLayerMask(layer);
-  document->undoStack.undo();
+  writableHistory(*document).undo();
   put(layer->mask, addRandomMask(*layer, random));
   put(layer->isMaskSelected, true);
   const Surface mask = maskPixelsOf(*layer);

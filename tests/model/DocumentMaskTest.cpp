@@ -48,7 +48,7 @@ TEST_P(DocumentMaskTest, TheNewMaskIsACopyOfTheSelection) {
   document->addLayerMask(layer);
   document->selectAll();
   EXPECT_TRUE(maskIs(selected));
-  document->context().fillMask(*layer->mask.value()->maskTexture->texture, 0.5F);
+  document->context().fillMask(writable(layer->mask.value()->maskTexture->texture), 0.5F);
   EXPECT_TRUE(selectionMask(*document).equals(filledMask(pixelWidth, pixelHeight, 1.0F)));
 }
 
@@ -76,10 +76,10 @@ TEST_P(DocumentMaskTest, ALayerHasOnlyOneMask) {
 TEST_P(DocumentMaskTest, WithoutASurfaceThereIsNoMask) {
   for (const bool hasSelection : {false, true}) {
     if (hasSelection) selectRandomly(*document, random);
-    const PostCounter posts(notification::thumbnailsDidUpdate);
+    const ChangeRecorder changes(*document);
     const tileMemory::ScopedSurfaceFailure failure(0);
     expectNothing(*document, [&] { document->addLayerMask(layer); });
-    EXPECT_EQ(posts.count, 0);
+    EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 0U);
   }
 }
 
@@ -130,32 +130,32 @@ TEST_P(DocumentMaskTest, TakingTheSelectedMaskOffMovesEditsBackToThePixels) {
     addRandomMask(*layer, random);
     put(layer->isMaskSelected, true);
     giveThumbnail();
-    const PostCounter activePosts(notification::activeLayerChanged);
-    const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
+    const ChangeRecorder changes(*document);
     ((*document).*takeOff)(layer);
     EXPECT_FALSE(layer->isMaskSelected.value());
     EXPECT_EQ(layer->activeEditTexture(), layer->texture.value());
     EXPECT_EQ(layer->maskThumbnailImage.value(), nullptr);
-    EXPECT_EQ(activePosts.count, 1);
-    EXPECT_EQ(thumbnailPosts.count, 1);
-    EXPECT_FALSE(thumbnailPosts.hadObject);
+    EXPECT_EQ(changes.count<change::NodePropertyChanged>(NodeProperty::isMaskSelected), 1U);
+    EXPECT_EQ(changes.count<change::NodePropertyChanged>(NodeProperty::mask), 1U);
+    EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 1U);
+    EXPECT_EQ(changes.batches, 1);
   }
 }
 
 TEST_P(DocumentMaskTest, TakingAnUnselectedMaskOffSaysNothingOfTheActiveLayer) {
   for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
     addRandomMask(*layer, random);
-    const PostCounter posts(notification::activeLayerChanged);
+    const ChangeRecorder changes(*document);
     ((*document).*takeOff)(layer);
-    EXPECT_EQ(posts.count, 0);
+    EXPECT_EQ(changes.count<change::NodePropertyChanged>(NodeProperty::isMaskSelected), 0U);
+    EXPECT_EQ(changes.count<change::ActiveNodeChanged>(), 0U);
   }
 }
 
 TEST_P(DocumentMaskTest, AddingTellsOfNewThumbnails) {
-  const PostCounter posts(notification::thumbnailsDidUpdate);
+  const ChangeRecorder changes(*document);
   document->addLayerMask(layer);
-  EXPECT_EQ(posts.count, 1);
-  EXPECT_FALSE(posts.hadObject);
+  EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 1U);
 }
 
 TEST_P(DocumentMaskTest, EachCommandMarksTheDocument) {
@@ -167,12 +167,12 @@ TEST_P(DocumentMaskTest, EachCommandMarksTheDocument) {
 }
 
 TEST_P(DocumentMaskTest, WithoutAMaskThereIsNothingToApplyOrRemove) {
-  const PostCounter posts(notification::thumbnailsDidUpdate);
+  const ChangeRecorder changes(*document);
   expectNothing(*document, [&] {
     document->applyLayerMask(layer);
     document->removeLayerMask(layer);
   });
-  EXPECT_EQ(posts.count, 0);
+  EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 0U);
 }
 
 TEST_P(DocumentMaskTest, WithoutPixelsAMaskIsNotApplied) {

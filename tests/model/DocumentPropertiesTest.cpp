@@ -116,19 +116,17 @@ TEST_P(AnyNodePropertiesTest, ValuesThatStandAlreadyLeaveNoRecord) {
 }
 
 TEST_P(AnyNodePropertiesTest, EachPropertyIsToldOnce) {
-  const ChangeCounter opacity(node.opacity());
-  const ChangeCounter blendMode(node.blendMode());
-  const ChangeCounter name(node.name());
-  const ChangeCounter isVisible(node.isVisible());
-  const ChangeCounter isLocked(node.isLocked());
+  const ChangeRecorder changes(*document);
   document->setOpacity(id, 0.5F);
   document->setBlendMode(id, BlendMode::darken);
   document->rename(id, QStringLiteral("N"));
   document->setVisible(id, false);
   document->setLocked(id, true);
-  for (const int count : {opacity.count, blendMode.count, name.count, isVisible.count, isLocked.count}) {
-    EXPECT_EQ(count, 1);
+  for (const NodeProperty property : {NodeProperty::opacity, NodeProperty::blendMode, NodeProperty::name,
+                                      NodeProperty::isVisible, NodeProperty::isLocked}) {
+    EXPECT_EQ(changes.count<change::NodePropertyChanged>(property), 1U);
   }
+  for (const auto& change : changes.of<change::NodePropertyChanged>()) EXPECT_EQ(change.nodeID, id);
 }
 
 TEST_P(AnyNodePropertiesTest, AnEmptyNameKeepsTheOldOne) {

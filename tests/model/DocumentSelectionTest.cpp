@@ -23,7 +23,7 @@ class DocumentSelectionTest : public testing::TestWithParam<ColorMode> {
   void expectSelectionCycle(const QString& actionName, const std::function<void()>& command) const {
     const PixelState pixels = pixelState(*document);
     const SelectionState before = selectionState(*document);
-    const std::shared_ptr<Selection> object = document->selection.value();
+    const std::shared_ptr<const Selection> object = document->selection.value();
     const std::int64_t records = recordCount(*document);
     EXPECT_FALSE(marksEdited(*document, command));
     ASSERT_EQ(recordCount(*document), records + 1);
@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, DocumentSelectionTest, testing::ValuesIn(allColo
 TEST_P(DocumentSelectionTest, IsMadeAtCanvasSizeOnFirstNeedAndKept) {
   EXPECT_EQ(document->selection.value(), nullptr);
   document->ensureSelection();
-  const std::shared_ptr<Selection> made = document->selection.value();
+  const std::shared_ptr<const Selection> made = document->selection.value();
   ASSERT_NE(made, nullptr);
   EXPECT_TRUE(maskIs(empty));
   EXPECT_EQ(flags(), none);
@@ -163,8 +163,7 @@ TEST_P(DocumentSelectionTest, AnOpaqueLayerGivesASelectionThatIsNotCalledFull) {
 }
 
 TEST_P(DocumentSelectionTest, ChannelCycleForEachChannelOfTheComposite) {
-  Surface& composite = *document->compositedTexture.value();
-  composite = randomSurface(composite.format(), pixelWidth, pixelHeight, random);
+  const Surface& composite = *document->composite();
   const reference::Image image = reference::imageOf(composite);
   selectRandomly(*document, random);
   for (int channel = 0; channel < 4; ++channel) {
@@ -190,14 +189,14 @@ TEST_P(DocumentSelectionTest, TheSelectedMaskIsACopy) {
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   document->selectMask(*mask);
   const Surface selected = selectionMask(*document);
-  document->context().fillMask(*mask->maskTexture->texture, 0.5F);
+  document->context().fillMask(writable(mask->maskTexture->texture), 0.5F);
   EXPECT_TRUE(maskIs(selected));
 }
 
 TEST_P(DocumentSelectionTest, AMaskOfAnotherSizeLeavesTheSelectedPixelsButIsSelected) {
   selectRandomly(*document, random);
   const Surface before = selectionMask(*document);
-  document->selection.value()->restoreFlags(none);
+  writableSelection(*document).restoreFlags(none);
   const LayerMask other(QUuid::createUuid(), MaskTexture::create(9, 9, document->context()));
   document->selectMask(other);
   EXPECT_TRUE(maskIs(before));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "model/ModelSupport.h"
+#include "model/edit/DocumentEdit.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
@@ -72,7 +73,8 @@ TEST(DocumentTest, CheckerboardHasSquaresOfEightPixels) {
 }
 
 TEST(DocumentTest, EmptyOneHasNoNodes) {
-  const DocumentPtr document = Document::createEmpty("Empty", 4, 3, ColorMode::grayscale8, context());
+  const DocumentPtr document = Document::create(
+      {.name = "Empty", .width = 4, .height = 3, .colorMode = ColorMode::grayscale8}, context());
   EXPECT_TRUE(document->rootNodes.value().empty());
   EXPECT_EQ(document->selectedNodeID.value(), std::nullopt);
   EXPECT_EQ(document->activeNode(), std::nullopt);
@@ -93,13 +95,12 @@ TEST(DocumentDeathTest, SurfacesThatCannotBeMadeAreFatal) {
 
 TEST(DocumentTest, ChangingTheActiveNodeIsToldOnce) {
   const DocumentPtr document = makeDocument();
-  const PostCounter posts(notification::activeLayerChanged);
+  const ChangeRecorder changes(*document);
   document->selectNode(document->selectedNodeID.value());
-  EXPECT_EQ(posts.count, 0);
+  EXPECT_EQ(changes.batches, 0);
   document->selectNode(std::nullopt);
   document->selectNode(std::nullopt);
-  EXPECT_EQ(posts.count, 1);
-  EXPECT_FALSE(posts.hadObject);
+  EXPECT_EQ(changes.count<change::ActiveNodeChanged>(), 1U);
 }
 
 TEST(DocumentTest, AStaleActiveNodeIsNone) {
@@ -190,12 +191,12 @@ TEST(DocumentTest, UndoAndRedoOfAnEmptyHistoryStillLeaveItDirty) {
   for (void (Document::*step)() : {&Document::undo, &Document::redo}) {
     const DocumentPtr document = makeDocument();
     put(document->needsCompositing, false);
-    const PostCounter posts(notification::undoRedoPerformed);
+    const ChangeRecorder changes(*document);
     ((*document).*step)();
     EXPECT_TRUE(document->isDirty.value());
     EXPECT_TRUE(document->needsCompositing.value());
-    EXPECT_EQ(posts.count, 1);
-    EXPECT_FALSE(posts.hadObject);
+    EXPECT_EQ(changes.count<change::HistoryStepped>(), 1U);
+    EXPECT_EQ(changes.count<change::HistoryChanged>(), 0U);
   }
 }
 
@@ -210,27 +211,25 @@ TEST(DocumentTest, UndoingBackToTheSavedStateIsStillDirty) {
 
 TEST(DocumentTest, EqualWritesNotifyNobody) {
   const DocumentPtr document = makeDocument();
-  const ChangeCounter nodes(document->rootNodes);
-  const ChangeCounter visibility(document->channelVisibility);
-  const ChangeCounter colour(document->foregroundColor);
-  const ChangeCounter offset(document->viewportOffset);
-  put(document->rootNodes, LayerNodeList(document->rootNodes.value()));
+  const ChangeRecorder changes(*document);
   document->setChannelVisibility(ChannelVisibility{1, 1, 1});
   document->setForegroundColor(DisplayColor::black());
   document->setViewportOffset(QPointF(0.0, 0.0));
-  EXPECT_EQ(nodes.count + visibility.count + colour.count + offset.count, 0);
+  document->setName(document->name.value());
+  document->setSource(std::nullopt, std::nullopt);
+  EXPECT_EQ(changes.batches, 0);
   document->setChannelVisibility(ChannelVisibility{1, 0, 1});
-  EXPECT_EQ(visibility.count, 1);
+  EXPECT_EQ(changes.count<change::ViewChanged>(ViewProperty::channelVisibility), 1U);
 }
 
 TEST(DocumentTest, DisplayTexturesFollowSizeAndMode) {
   const DocumentPtr document = makeDocument();
-  const Texture before = document->compositedTexture.value();
+  const ConstTexture before = document->compositedTexture.value();
   put(document->canvasWidth, 50);
   put(document->colorMode, ColorMode::rgb16);
-  document->rebuildDisplayTextures();
+  DocumentEdit(*document, editKind::state).rebuildDisplayTextures();
   EXPECT_NE(document->compositedTexture.value(), before);
-  for (const Texture& texture :
+  for (const ConstTexture& texture :
        {document->compositedTexture.value(), document->checkerboardTexture.value()}) {
     EXPECT_EQ(texture->bounds(), (PixelRect{0, 0, 50, 30}));
     EXPECT_EQ(texture->format(), PixelFormat::rgba16Float);

@@ -12,7 +12,7 @@ using namespace test;
 
 std::shared_ptr<MaskTexture> filledMask(int width, int height, float value) {
   auto mask = MaskTexture::create(width, height, MetalContext::shared());
-  MetalContext::shared().fillMask(*mask->texture, value);
+  MetalContext::shared().fillMask(mask->pixels(), value);
   return mask;
 }
 
@@ -35,7 +35,7 @@ TEST(MaskTextureTest, CopiesContentsOfTheSameSize) {
   const auto destination = MaskTexture::create(7, 5, MetalContext::shared());
   destination->copyContents(*source);
   EXPECT_TRUE(destination->texture->equals(*source->texture));
-  MetalContext::shared().fillMask(*source->texture, 0.5F);
+  MetalContext::shared().fillMask(source->pixels(), 0.5F);
   EXPECT_FALSE(destination->texture->equals(*source->texture));
 }
 
@@ -76,37 +76,15 @@ TEST(LayerTest, EditsGoToTheMaskOnlyWhenThereIsOne) {
   EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
 }
 
-TEST(LayerTest, ChoosingTheMaskTellsOfTheActiveLayerOnce) {
-  Layer layer("L");
-  const PostCounter posts(notification::activeLayerChanged);
-  put(layer.isMaskSelected, false);
-  EXPECT_EQ(posts.count, 0);
-  put(layer.isMaskSelected, true);
-  put(layer.isMaskSelected, true);
-  EXPECT_EQ(posts.count, 1);
-  EXPECT_FALSE(posts.hadObject);
-}
-
-TEST(LayerTest, EqualWritesNotifyNobody) {
-  Layer layer("L");
-  const auto image = std::make_shared<const QImage>(2, 2, QImage::Format_RGBA8888);
-  put(layer.thumbnailImage, image);
-  const ChangeCounter name(layer.name);
-  const ChangeCounter opacity(layer.opacity);
-  const ChangeCounter blendMode(layer.blendMode);
-  const ChangeCounter isVisible(layer.isVisible);
-  const ChangeCounter isLocked(layer.isLocked);
-  const ChangeCounter thumbnail(layer.thumbnailImage);
-  put(layer.name, QStringLiteral("L"));
-  put(layer.opacity, 1.0F);
-  put(layer.blendMode, BlendMode::normal);
-  put(layer.isVisible, true);
-  put(layer.isLocked, false);
-  put(layer.thumbnailImage, image);
-  EXPECT_EQ(name.count + opacity.count + blendMode.count + isVisible.count + isLocked.count + thumbnail.count,
-            0);
-  put(layer.thumbnailImage, std::make_shared<const QImage>(*image));
-  EXPECT_EQ(thumbnail.count, 1) << "images compare by identity";
+TEST(LayerTest, ChoosingTheMaskIsToldOnce) {
+  const DocumentPtr document = makeDocument();
+  const std::shared_ptr<Layer> layer = document->allLayers().front();
+  const ChangeRecorder changes(*document);
+  document->setMaskSelected(layer->id, false);
+  EXPECT_EQ(changes.batches, 0);
+  document->setMaskSelected(layer->id, true);
+  document->setMaskSelected(layer->id, true);
+  EXPECT_EQ(changes.count<change::NodePropertyChanged>(NodeProperty::isMaskSelected), 1U);
 }
 
 TEST(LayerNodeTest, ReachesWhatBothKindsHave) {

@@ -29,7 +29,7 @@ class LevelsAdjustmentTest : public testing::TestWithParam<ColorMode> {
   [[nodiscard]] LevelsAdjustment begin() const { return LevelsAdjustment::begin(document).value(); }
   void expectLeveled(const Surface& before, const Levels& levels) const {
     reference::Image expected = reference::imageOf(before);
-    const std::shared_ptr<Selection> selected = document->activeSelection();
+    const std::shared_ptr<const Selection> selected = document->activeSelection();
     for (int y = 0; y < expected.height; ++y) {
       for (int x = 0; x < expected.width; ++x) {
         const double s = selected != nullptr

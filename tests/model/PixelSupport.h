@@ -28,14 +28,14 @@ inline Surface randomPixels(ColorMode mode, std::mt19937& random) {
 /// One layer "Background" of random pixels.
 inline DocumentPtr makeRandomDocument(ColorMode mode, std::mt19937& random) {
   DocumentPtr document = makeDocument(pixelWidth, pixelHeight, mode);
-  *document->allLayers().front()->texture.value() = randomPixels(mode, random);
+  writable(document->allLayers().front()->texture.value()) = randomPixels(mode, random);
   return document;
 }
 
 /// An enabled mask with random contents.
 inline std::shared_ptr<LayerMask> addRandomMask(Layer& layer, std::mt19937& random) {
   std::shared_ptr<LayerMask> mask = addMask(layer);
-  Surface& contents = *mask->maskTexture->texture;
+  Surface& contents = writable(mask->maskTexture->texture);
   contents = reference::randomMask(contents.width(), contents.height(), random);
   return mask;
 }
@@ -43,8 +43,8 @@ inline std::shared_ptr<LayerMask> addRandomMask(Layer& layer, std::mt19937& rand
 /// A partial selection with these contents.
 inline void select(Document& document, const Surface& mask) {
   document.ensureSelection();
-  put(*document.selection.value()->maskTexture->texture, mask);
-  document.selection.value()->restoreFlags({.hasSelection = true, .isFullSelection = false});
+  writable(document.selection.value()->maskTexture->texture) = mask;
+  writableSelection(document).restoreFlags({.hasSelection = true, .isFullSelection = false});
 }
 
 inline void selectRandomly(Document& document, std::mt19937& random) {
@@ -54,7 +54,7 @@ inline void selectRandomly(Document& document, std::mt19937& random) {
 
 inline void selectRect(Document& document, const PixelRect& rect) {
   document.ensureSelection();
-  document.selection.value()->setRect(rect, 0.0F, document.context());
+  writableSelection(document).setRect(rect, 0.0F, document.context());
 }
 
 inline const Surface& selectionMask(const Document& document) {
@@ -127,9 +127,9 @@ inline PixelState pixelState(const Document& document) {
                                   .pixels = std::nullopt,
                                   .mask = std::nullopt,
                                   .isMaskSelected = layer->isMaskSelected.value()};
-    if (const Texture& pixels = layer->texture.value()) entry.pixels = *pixels;
+    if (const ConstTexture& pixels = layer->texture.value()) entry.pixels = *pixels;
     if (const std::shared_ptr<LayerMask>& mask = layer->mask.value()) {
-      put(entry.mask, *mask->maskTexture->texture);
+      entry.mask = *mask->maskTexture->texture;
       entry.isMaskEnabled = mask->isEnabled.value();
     }
     state.layers.push_back(std::move(entry));
@@ -167,7 +167,7 @@ struct SelectionState {
 };
 
 inline SelectionState selectionState(const Document& document) {
-  const std::shared_ptr<Selection>& selection = document.selection.value();
+  const std::shared_ptr<const Selection>& selection = document.selection.value();
   if (selection == nullptr) return {};
   return {.mask = *selection->maskTexture->texture, .flags = selection->flags()};
 }

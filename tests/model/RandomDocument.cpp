@@ -27,15 +27,13 @@ BlendMode randomBlendMode(std::mt19937& random) {
 std::shared_ptr<LayerMask> randomMask(std::mt19937& random) {
   auto contents = std::make_shared<MaskTexture>(
       std::make_shared<Surface>(randomSurface(maskPixelFormat, canvasWidth, canvasHeight, random)));
-  auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents));
-  put(mask->isEnabled, random() % 4 != 0);
-  return mask;
+  return std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents), random() % 4 != 0);
 }
 
 std::shared_ptr<Layer> randomLayer(ColorMode mode, std::mt19937& random) {
   auto layer = std::make_shared<Layer>(QStringLiteral("Layer"));
-  layer->texture =
-      std::make_shared<Surface>(randomSurface(layerPixelFormat(mode), canvasWidth, canvasHeight, random));
+  put(layer->texture,
+      std::make_shared<Surface>(randomSurface(layerPixelFormat(mode), canvasWidth, canvasHeight, random)));
   put(layer->opacity, randomOpacity(random));
   put(layer->blendMode, randomBlendMode(random));
   put(layer->isVisible, random() % 6 != 0);
@@ -99,10 +97,10 @@ void editLayer(Layer& layer, std::mt19937& random) {
       if (mask != nullptr) put(mask->isEnabled, !mask->isEnabled.value());
       break;
     case 2:
-      if (mask != nullptr) editPixels(*mask->maskTexture->texture, random);
+      if (mask != nullptr) editPixels(writable(mask->maskTexture->texture), random);
       break;
     default:
-      editPixels(*layer.texture.value(), random);
+      editPixels(writable(layer.texture.value()), random);
       break;
   }
 }
@@ -126,10 +124,12 @@ void editTree(Document& document, const LayerNodeList& nodes, std::mt19937& rand
 }  // namespace
 
 DocumentPtr randomDocument(ColorMode mode, FolderKinds folders, std::mt19937& random) {
-  DocumentPtr document = Document::createEmpty(QStringLiteral("Random"), canvasWidth, canvasHeight, mode,
-                                               MetalContext::shared());
-  put(document->rootNodes, randomNodes(mode, folders, 2, random));
-  return document;
+  return Document::create({.name = QStringLiteral("Random"),
+                           .width = canvasWidth,
+                           .height = canvasHeight,
+                           .colorMode = mode,
+                           .rootNodes = randomNodes(mode, folders, 2, random)},
+                          MetalContext::shared());
 }
 
 void editRandomly(Document& document, std::mt19937& random) {

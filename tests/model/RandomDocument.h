@@ -4,6 +4,7 @@
 #include <random>
 
 #include "model/Document.h"
+#include "model/TestDoor.h"
 
 namespace orvanel::test {
 

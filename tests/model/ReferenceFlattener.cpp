@@ -42,7 +42,7 @@ class Flattener {
 
  private:
   void compositeLayer(const Layer& layer, Picture& target) const {
-    const Texture& texture = layer.texture.value();
+    const ConstTexture& texture = layer.texture.value();
     if (texture == nullptr) return;
     const std::shared_ptr<LayerMask>& mask = layer.mask.value();
     const bool hasMask = mask != nullptr && mask->isEnabled.value();

@@ -49,30 +49,6 @@ TEST_F(SelectionTest, RestoresBothFlags) {
   }
 }
 
-TEST_F(SelectionTest, ObserversNeverSeeAFullSelectionThatIsNone) {
-  bool wasTorn = false;
-  const auto look = [&] {
-    wasTorn |= selection->isFullSelection.value() && !selection->hasSelection.value();
-  };
-  const auto first = selection->hasSelection.addNotifier(look);
-  const auto second = selection->isFullSelection.addNotifier(look);
-  for (const Selection::Flags& flags : {all, none, all, partial, none}) selection->restoreFlags(flags);
-  EXPECT_FALSE(wasTorn);
-}
-
-TEST_F(SelectionTest, EqualFlagsNotifyNobody) {
-  selection->selectAll(context);
-  const ChangeCounter has(selection->hasSelection);
-  const ChangeCounter full(selection->isFullSelection);
-  selection->selectAll(context);
-  selection->restoreFlags(all);
-  selection->hasSelection = true;
-  EXPECT_EQ(has.count + full.count, 0);
-  selection->restoreFlags(partial);
-  EXPECT_EQ(has.count, 0);
-  EXPECT_EQ(full.count, 1);
-}
-
 TEST_F(SelectionTest, SelectsAllAndClears) {
   selection->selectAll(context);
   EXPECT_TRUE(isFilledWith(1.0F));
@@ -102,7 +78,7 @@ TEST_F(SelectionTest, InvertingAPartialSelectionLeavesItPartial) {
 }
 
 TEST_F(SelectionTest, SoftEdgesInvertToTheirComplement) {
-  put(*selection->maskTexture->texture, filledMask(width, height, 0.25F));
+  writable(selection->maskTexture->texture) = filledMask(width, height, 0.25F);
   selection->restoreFlags(partial);
   selection->invert(context);
   EXPECT_TRUE(isFilledWith(0.75F));
@@ -256,8 +232,8 @@ TEST_F(SelectionTest, TwoPointsOrFewerChangeNothing) {
 }
 
 TEST_F(SelectionTest, APointIsSelectedWhereTheMaskIsAboveZero) {
-  put(*selection->maskTexture->texture, reference::maskOf(width, height, [](int x, int y) {
-    return x == 4 && y == 5 ? 1.0F / 1024.0F : x == 6 ? 1.0F : 0.0F);
+  writable(selection->maskTexture->texture) = reference::maskOf(width, height, [](int x, int y) {
+    return x == 4 && y == 5 ? 1.0F / 1024.0F : x == 6 ? 1.0F : 0.0F;
   });
   EXPECT_TRUE(selection->isPointSelected(4, 5));
   EXPECT_TRUE(selection->isPointSelected(6, 0));
@@ -274,7 +250,7 @@ TEST_F(SelectionTest, NoPointOutsideTheCanvasIsSelected) {
 }
 
 TEST_F(SelectionTest, FlagsAreReadOffTheMaskAfterAKernelWroteIt) {
-  Surface& contents = *selection->maskTexture->texture;
+  Surface& contents = writable(selection->maskTexture->texture);
   const auto flagsOf = [&](const Surface& now) {
     contents = now;
     selection->refreshFlags(context);

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
 #include "model/Document.h"
+#include "model/edit/DocumentEdit.h"
 #include "model/edit/PropertyWriter.h"
 
 namespace orvanel::test {
@@ -24,6 +26,16 @@ inline Surface& writable(const ConstTexture& surface) {
 /// The document's selection for writing; it has one.
 inline Selection& writableSelection(const Document& document) {
   return const_cast<Selection&>(*document.selection.value());
+}
+
+/// Takes a node out of the tree without a record; nothing when it isn't there.
+inline std::optional<LayerNode> detach(Document& document, const QUuid& nodeID) {
+  return DocumentEdit(document, editKind::state).removeNode(nodeID);
+}
+
+/// Puts a node into the tree without a record.
+inline void attach(Document& document, const LayerNode& node, const TreePosition& position) {
+  DocumentEdit(document, editKind::state).insertNode(node, position);
 }
 
 /// The document's history for writing.

@@ -83,7 +83,7 @@ DocumentState DocumentState::of(const Document& document) {
 }
 
 SelectionState SelectionState::of(const Document& document) {
-  const std::shared_ptr<Selection>& selection = document.selection.value();
+  const std::shared_ptr<const Selection>& selection = document.selection.value();
   if (selection == nullptr) return {};
   std::vector<std::byte> mask = bytesOf(*selection->maskTexture->texture);
   if (std::all_of(mask.begin(), mask.end(), [](std::byte b) { return b == std::byte{0}; })) mask.clear();
@@ -200,7 +200,7 @@ bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& 
   auto now = std::make_shared<const DocumentState>(DocumentState::of(document));
   Step step;
   step.record = records.back();
-  put(step.name, records.back()->actionName());
+  step.name = records.back()->actionName();
   step.kind = kindOf(step.name);
   step.selectionBefore = selection_;
   step.selectionAfter = SelectionState::of(document);

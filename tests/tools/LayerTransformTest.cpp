@@ -18,9 +18,9 @@ class LayerTransforms : public testing::TestWithParam<ColorMode> {
     document->addLayer(QStringLiteral("Box"));
     layer = document->activeLayer();
     document->ensureSelection();
-    document->selection.value()->setRect(box, 0.0F, document->context());
+    writableSelection(*document).setRect(box, 0.0F, document->context());
     document->fillSelection({0.2F, 0.5F, 0.8F, 1.0F});
-    document->selection.value()->clear(document->context());
+    writableSelection(*document).clear(document->context());
     before = *layer->texture.value();
   }
   [[nodiscard]] std::optional<PixelRect> content() const {
@@ -120,7 +120,7 @@ TEST_P(LayerTransforms, CancelPutsTheStartBackAndLeavesNoRecord) {
 
 TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
   const std::shared_ptr<LayerMask> mask = addMask(*layer);
-  document->context().fillRectMask(*mask->maskTexture->texture, {5, 5, 4, 4}, 0.0F);
+  document->context().fillRectMask(writable(mask->maskTexture->texture), {5, 5, 4, 4}, 0.0F);
   put(layer->isMaskSelected, true);
   const auto move = begin("Move");
   EXPECT_EQ(move->contentRect(), (PixelRect{5, 5, 4, 4}));

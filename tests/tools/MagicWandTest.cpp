@@ -18,9 +18,9 @@ class MagicWands : public testing::TestWithParam<ColorMode> {
   /// A filled rectangle on the active layer.
   void paint(const PixelRect& rect, const DisplayColor& color) const {
     document->ensureSelection();
-    document->selection.value()->setRect(rect, 0.0F, document->context());
+    writableSelection(*document).setRect(rect, 0.0F, document->context());
     document->fillSelection(color);
-    document->selection.value()->clear(document->context());
+    writableSelection(*document).clear(document->context());
   }
   void press(int x, int y, const MagicWandSettings& settings,
              SelectionMode mode = SelectionMode::replace) const {
@@ -105,15 +105,16 @@ TEST_P(MagicWands, SamplesTheCompositeOfAllLayers) {
   document->addLayer(QStringLiteral("Empty"));
   MagicWandSettings settings = exact;
   settings.sampleAllLayers = true;
-  document->context().clearTexture(*document->compositedTexture.value(), document->colorMode.value(), {});
-  document->context().fillRectMask(*addMask(*document->activeLayer())->maskTexture->texture, {0, 0, 3, 3}, 0);
   press(10, 10, settings);
-  EXPECT_TRUE(document->selection.value()->isFullSelection.value());
+  EXPECT_TRUE(document->selection.value()->isFullSelection.value()) << "the white layer beneath";
+  paint({0, 0, 3, 3}, dark);
+  press(1, 1, settings);
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 3, 3})) << "what has just been painted";
 }
 
 TEST_P(MagicWands, SamplesTheMaskThatIsBeingEdited) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
-  document->context().fillRectMask(*addMask(*layer)->maskTexture->texture, {3, 4, 5, 6}, 0.0F);
+  document->context().fillRectMask(writable(addMask(*layer)->maskTexture->texture), {3, 4, 5, 6}, 0.0F);
   put(layer->isMaskSelected, true);
   press(4, 5, exact);
   EXPECT_EQ(bounds(), (PixelRect{3, 4, 5, 6}));

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "model/LevelsAdjustment.h"
+#include "model/NodeWalk.h"
 #include "tools/LayerTransform.h"
 #include "tools/MagicWand.h"
 #include "tools/SelectionGesture.h"
-#include "model/records/PropertyOperations.h"
 
 namespace orvanel::test {
 namespace {
@@ -69,30 +69,19 @@ void moveToIndex(RandomCommands& c) {
 
 /// Shows or hides some nodes at once, as a drag over the list of layers does.
 void showOrHideMany(RandomCommands& c) {
-  std::vector<LayerNode> nodes;
-  collectNodes(c.document().rootNodes.value(), nodes);
-  const bool isVisible = c.below(2) == 0;
-  std::vector<BatchVisibilityChangeOperation::Change> changes;
-  for (const LayerNode& node : nodes) {
-    if (c.below(2) == 0) continue;
-    changes.push_back({.nodeID = node.id(), .oldValue = node.isVisible().value()});
-    put(node.isVisible(), isVisible);
-  }
-  if (changes.empty()) return;
-  c.document().undoStack.push(
-      std::make_shared<BatchVisibilityChangeOperation>(c.shared(), std::move(changes), isVisible));
-  c.document().setDirty(true);
+  std::vector<QUuid> nodeIDs;
+  forEachNode(c.document().rootNodes.value(), [&](const LayerNode& node) {
+    if (c.below(2) == 0) nodeIDs.push_back(node.id());
+  });
+  c.document().setVisible(nodeIDs, c.below(2) == 0);
 }
 
 void enableMask(RandomCommands& c) {
-  onActiveLayer(c, [&](const auto& layer) {
-    if (layer->mask.value() != nullptr) put(layer->mask.value()->isEnabled, c.below(2) == 0);
-  });
+  onActiveLayer(c, [&](const auto& layer) { c.document().setMaskEnabled(layer->id, c.below(2) == 0); });
 }
 
 void expandFolder(RandomCommands& c) {
-  const auto node = c.anyNode();
-  if (node && node->folder() != nullptr) put(node->folder()->isExpanded, c.below(2) == 0);
+  if (const auto node = c.anyNode()) c.document().setExpanded(node->id(), c.below(2) == 0);
 }
 
 void selectRectangle(RandomCommands& c) {
@@ -136,7 +125,6 @@ void selectWithWand(RandomCommands& c) {
   settings.contiguous = c.below(2) == 0;
   settings.antialiased = c.below(2) == 0;
   settings.sampleAllLayers = c.below(2) == 0;
-  if (settings.sampleAllLayers) c.composite();
   const auto wand = MagicWand::press(c.shared(), c.coordinate(c.document().canvasWidth.value()),
                                      c.coordinate(c.document().canvasHeight.value()), anyMode(c), settings);
   if (wand != nullptr) wand->release();
@@ -217,7 +205,7 @@ constexpr std::array table{
           }},
     Entry{"edit mask", 4,
           [](RandomCommands& c) {
-            onActiveLayer(c, [&](const auto& layer) { put(layer->isMaskSelected, c.below(2) == 0); });
+            onActiveLayer(c, [&](const auto& layer) { c.document().setMaskSelected(layer->id, c.below(2) == 0); });
           }},
     Entry{"opacity", 4,
           [](RandomCommands& c) {
@@ -277,7 +265,6 @@ constexpr std::array table{
           }},
     Entry{"select channel", 1,
           [](RandomCommands& c) {
-            c.composite();
             c.document().selectChannel(c.below(4));
           }},
     Entry{"select mask", 1,
@@ -313,7 +300,6 @@ constexpr std::array table{
     Entry{"crop", 1, [](RandomCommands& c) { c.document().cropToSelection(); }},
     Entry{"trim", 1,
           [](RandomCommands& c) {
-            c.composite();
             static_cast<void>(c.document().trim());
           }},
     Entry{"color mode", 1,
@@ -325,7 +311,7 @@ constexpr std::array table{
 }  // namespace
 
 RandomCommands::RandomCommands(DocumentPtr document, unsigned seed)
-    : document_(std::move(document)), compositor_(document_->context()), random_(seed) {}
+    : document_(std::move(document)), random_(seed) {}
 
 int RandomCommands::below(int bound) {
   return static_cast<int>(random_() % static_cast<unsigned>(bound));

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "model/Document.h"
-#include "model/DocumentCompositor.h"
+#include "model/Document.h"
 
 namespace orvanel::test {
 
@@ -25,7 +25,6 @@ class RandomCommands {
   [[nodiscard]] float fraction();
   [[nodiscard]] int coordinate(int canvasSide);
   [[nodiscard]] std::optional<LayerNode> anyNode();
-  void composite() { compositor_.compositeDocument(*document_); }
 
   std::optional<PixelClipboard> clipboard;
   /// The node that the last command moved, if it did that.
@@ -33,7 +32,6 @@ class RandomCommands {
 
  private:
   DocumentPtr document_;
-  DocumentCompositor compositor_;
   std::mt19937 random_;
 };
 

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "model/ModelSupport.h"
+#include "tools/DocumentMirror.h"
 #include "tools/HistoryOracle.h"
 #include "tools/RandomCommands.h"
 
@@ -54,7 +55,7 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
   document.setDirty(false);
   const std::string_view name = commands.runOne();
   SCOPED_TRACE(name);
-  UndoStack& history = document.undoStack;
+  UndoStack& history = writableHistory(document);
   if (history.memoryBudget.value() < usualBudget) {
     // Costs still move while snapshots compress: the limit is exact only once they are through.
     TextureSnapshot::waitForCompression();
@@ -74,10 +75,11 @@ TEST_P(RandomHistory, EveryStepStandsWhereItsCopyStands) {
   const Plan& plan = GetParam();
   DocumentPtr document =
       Document::create(QStringLiteral("Random"), 150, 140, plan.mode, MetalContext::shared());
-  document->undoStack.maxOperations = plan.maxOperations;
-  document->undoStack.memoryBudget = plan.memoryBudget;
+  writableHistory(*document).maxOperations = plan.maxOperations;
+  writableHistory(*document).memoryBudget = plan.memoryBudget;
   RandomCommands commands(document, plan.seed);
   HistoryOracle oracle(*document);
+  DocumentMirror mirror(*document);
   Counts counts;
   for (int step = 0; step < stepsPerRun && !HasFailure(); ++step) {
     SCOPED_TRACE(step);
@@ -89,15 +91,17 @@ TEST_P(RandomHistory, EveryStepStandsWhereItsCopyStands) {
     } else {
       runCommand(commands, oracle, counts);
     }
+    EXPECT_EQ(mirror.difference(), "") << "the stream of changes left it out";
     if (commands.below(12) == 0) TextureSnapshot::waitForCompression();
   }
   // The whole way back and forth again.
   const std::size_t length = document->undoStack.operations().size();
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepBack(*document, oracle, counts);
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepForward(*document, oracle, counts);
+  EXPECT_EQ(mirror.difference(), "");
   std::cout << "seed " << plan.seed << ", " << displayName(plan.mode) << ": " << stepsPerRun << " steps, "
             << counts.records << " records, " << counts.undos << " undos, " << counts.redos << " redos, "
-            << oracle.evicted() << " evicted\n";
+            << oracle.evicted() << " evicted, " << mirror.changes() << " changes told and mirrored\n";
 }
 
 TEST_P(RandomHistory, RecordsOutliveTheirDocumentAndThenDoNothing) {

@@ -18,7 +18,7 @@ class SelectionGestures : public testing::Test {
     gesture.selectShape(mode, [&](Selection& shape) { shape.setRect(rect, 0.0F, document->context()); });
     gesture.close();
   }
-  [[nodiscard]] Selection& selection() const { return *document->selection.value(); }
+  [[nodiscard]] const Selection& selection() const { return *document->selection.value(); }
   [[nodiscard]] float valueAt(int x, int y) const {
     return halfToFloat(static_cast<std::uint16_t>(selection().maskTexture->texture->pixelAt(x, y)));
   }

@@ -60,6 +60,13 @@ void DocumentEdit::tellProperty(const QUuid& nodeID, NodeProperty property) {
   done();
 }
 
+void DocumentEdit::tellThumbnails(const QUuid& layerID) {
+  if (document_.batch_->toldThumbnails.insert(layerID).second) {
+    document_.batch_->changes.emplace_back(change::ThumbnailsChanged{layerID});
+  }
+  done();
+}
+
 // The tree.
 
 void DocumentEdit::insertNode(const LayerNode& node, const TreePosition& position) {
@@ -141,7 +148,9 @@ void DocumentEdit::setExpanded(LayerFolder& folder, bool isExpanded) {
 }
 
 void DocumentEdit::setMask(Layer& layer, const std::shared_ptr<LayerMask>& mask) {
-  if (PropertyWriter::write(layer.mask, mask)) tellProperty(layer.id, NodeProperty::mask);
+  if (!PropertyWriter::write(layer.mask, mask)) return;
+  tellProperty(layer.id, NodeProperty::mask);
+  tellThumbnails(layer.id);
 }
 
 void DocumentEdit::setMaskEnabled(Layer& layer, bool isEnabled) {
@@ -194,13 +203,13 @@ void DocumentEdit::renewThumbnails(Layer& layer) {
   const bool isPixels = PropertyWriter::write(layer.thumbnailDirty, true);
   const bool isMask = PropertyWriter::write(layer.maskThumbnailDirty, true);
   const bool isChannels = PropertyWriter::write(layer.channelThumbnailsDirty, true);
-  if (isPixels || isMask || isChannels) tell(change::ThumbnailsChanged{layer.id});
+  if (isPixels || isMask || isChannels) tellThumbnails(layer.id);
 }
 
 void DocumentEdit::setMaskThumbnail(Layer& layer, const Thumbnail& image, bool isDirty) {
   const bool isImage = PropertyWriter::write(layer.maskThumbnailImage, image);
   const bool isMark = PropertyWriter::write(layer.maskThumbnailDirty, isDirty);
-  if (isImage || isMark) tell(change::ThumbnailsChanged{layer.id});
+  if (isImage || isMark) tellThumbnails(layer.id);
 }
 
 // The selection.
@@ -259,7 +268,7 @@ void DocumentEdit::rebuildDisplayTextures() {
   const Texture checkerboard = make();
   document_.context().drawCheckerboard(*checkerboard, checkerboardSquare);
   PropertyWriter::write(document_.checkerboardTexture, checkerboard);
-  PropertyWriter::write(document_.needsCompositing, true);
+  document_.compositor_->forget();
   done();
 }
 

@@ -32,10 +32,12 @@ struct EditKind {
 };
 
 namespace editKind {
-/// Pixels, masks, the canvas, nodes that come and go.
+/// Pixels, masks, the canvas, nodes that go: what an open edit may stand on.
 inline constexpr EditKind contents{true, true, true, EndsOpenEdits::all};
-/// A node moves within its list or to another one: the order alone tells the compositor.
-inline constexpr EditKind order{false, false, false, EndsOpenEdits::all};
+/// Nodes and masks that come, nodes that change their place: every surface stays as it is.
+inline constexpr EditKind addition{true, true, true, EndsOpenEdits::none};
+/// The order of nodes alone, which the compositor finds by its hash.
+inline constexpr EditKind order{false, false, false, EndsOpenEdits::none};
 /// One property of a node, which the compositor finds by its hash.
 inline constexpr EditKind property{true, false, false, EndsOpenEdits::none};
 inline constexpr EditKind selection{false, false, false, EndsOpenEdits::ofTheSelection};
@@ -133,6 +135,7 @@ class DocumentEdit {
  private:
   void done();
   void tellProperty(const QUuid& nodeID, NodeProperty property);
+  void tellThumbnails(const QUuid& layerID);
   void touchSelection();
   void finish();
 

@@ -33,8 +33,8 @@ class EditedDocument {
   }
 
   [[nodiscard]] Document& document() const { return *document_; }
-  [[nodiscard]] UndoStack& history() const { return document_->undoStack; }
-  [[nodiscard]] Surface& surface() const { return *document_->allLayers().front()->texture.value(); }
+  [[nodiscard]] UndoStack& history() const { return writableHistory(*document_); }
+  [[nodiscard]] Surface& surface() const { return writable(document_->allLayers().front()->texture.value()); }
   /// Keeps the pixels that another document has, tiles and all.
   void sharePixelsOf(const EditedDocument& other) {
     surface() = other.surface();

@@ -15,7 +15,7 @@ class LayerMaskOperationsTest : public testing::Test {
  protected:
   void SetUp() override {
     mask = addMask(*layer);
-    Surface& pixels = *mask->maskTexture->texture;
+    Surface& pixels = writable(mask->maskTexture->texture);
     MetalContext::shared().fillMask(pixels, 0.5F);
     (void)pixels.editTile(0);
     put(layer->maskThumbnailImage, std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888));
@@ -39,7 +39,7 @@ class LayerMaskOperationsTest : public testing::Test {
 };
 
 TEST_F(LayerMaskOperationsTest, AddCycle) {
-  document->undoStack.push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
+  writableHistory(*document).push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
   EXPECT_EQ(document->undoStack.undoActionName(), "Add Layer Mask");
   EXPECT_EQ(newestCost(*document), 0) << "the layer holds the mask";
   for (int round = 0; round < 2; ++round) {
@@ -53,7 +53,7 @@ TEST_F(LayerMaskOperationsTest, AddCycle) {
 
 TEST_F(LayerMaskOperationsTest, RemoveCycle) {
   takeMaskOff();
-  document->undoStack.push(std::make_shared<RemoveLayerMaskOperation>(document, layer, mask));
+  writableHistory(*document).push(std::make_shared<RemoveLayerMaskOperation>(document, layer, mask));
   EXPECT_EQ(document->undoStack.undoActionName(), "Remove Layer Mask");
   EXPECT_EQ(newestCost(*document), maskBytes);
   for (int round = 0; round < 2; ++round) {
@@ -68,7 +68,7 @@ TEST_F(LayerMaskOperationsTest, RemoveCycle) {
 
 TEST_F(LayerMaskOperationsTest, TheMaskKeepsItsPixels) {
   const Surface before = *mask->maskTexture->texture;
-  document->undoStack.push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
+  writableHistory(*document).push(std::make_shared<AddLayerMaskOperation>(document, layer, mask));
   document->undo();
   document->redo();
   EXPECT_TRUE(layer->mask.value()->maskTexture->texture->equals(before));
@@ -77,16 +77,18 @@ TEST_F(LayerMaskOperationsTest, TheMaskKeepsItsPixels) {
 TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLayerOnce) {
   put(layer->isMaskSelected, true);
   AddLayerMaskOperation record(document, layer, mask);
-  const PostCounter activePosts(notification::activeLayerChanged);
-  const PostCounter thumbnailPosts(notification::thumbnailsDidUpdate);
+  const ChangeRecorder changes(*document);
+  const auto targetsTold = [&] {
+    return changes.count<change::NodePropertyChanged>(NodeProperty::isMaskSelected);
+  };
   record.undo();
   EXPECT_FALSE(layer->isMaskSelected.value());
-  EXPECT_EQ(activePosts.count, 1);
-  EXPECT_EQ(thumbnailPosts.count, 1);
+  EXPECT_EQ(targetsTold(), 1U);
+  EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 1U);
   record.redo();
   record.undo();
-  EXPECT_EQ(activePosts.count, 1) << "it wasn't selected any more";
-  EXPECT_EQ(thumbnailPosts.count, 3);
+  EXPECT_EQ(targetsTold(), 1U) << "it wasn't selected any more";
+  EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 3U);
 }
 
 TEST_F(LayerMaskOperationsTest, EachStepLeavesTheDocumentDirty) {
@@ -100,14 +102,14 @@ TEST_F(LayerMaskOperationsTest, EachStepLeavesTheDocumentDirty) {
 }
 
 TEST_F(LayerMaskOperationsTest, ApplyCycleRestoresPixelsAndMask) {
-  const Texture pixels = layer->texture.value();
+  const ConstTexture pixels = layer->texture.value();
   const Surface before = *pixels;
   auto snapshot = TextureSnapshot::capture(*pixels, MetalContext::shared());
-  MetalContext::shared().applyLayerMask(*pixels, *mask->maskTexture->texture, ColorMode::rgb8);
+  MetalContext::shared().applyLayerMask(writable(pixels), *mask->maskTexture->texture, ColorMode::rgb8);
   const Surface after = *pixels;
   ASSERT_FALSE(after.equals(before));
   takeMaskOff();
-  document->undoStack.push(
+  writableHistory(*document).push(
       std::make_shared<ApplyLayerMaskOperation>(document, layer, mask, snapshot, ColorMode::rgb8));
   EXPECT_EQ(document->undoStack.undoActionName(), "Apply Layer Mask");
   for (int round = 0; round < 2; ++round) {

@@ -26,7 +26,7 @@ class LayerTreeOperationsTest : public testing::Test {
   [[nodiscard]] QUuid id(const QString& name) const { return idOf(*document, name); }
 
   void paint(const QString& name) const {
-    (void)nodeNamed(*document, name).layer()->texture.value()->editTile(0);
+    (void)writable(nodeNamed(*document, name).layer()->texture.value()).editTile(0);
   }
 
   DocumentPtr document = makeDocument();
@@ -88,7 +88,7 @@ TEST_F(LayerTreeOperationsTest, MoveToAnIndexSelectsOnUndoAndRedo) {
 
 TEST_F(LayerTreeOperationsTest, UndoBringsBackTheSameObject) {
   const LayerNode removed = nodeNamed(*document, "a");
-  const Texture pixels = removed.layer()->texture.value();
+  const ConstTexture pixels = removed.layer()->texture.value();
   document->removeNode(removed.id());
   document->undo();
   EXPECT_EQ(nodeNamed(*document, "a"), removed);
@@ -134,21 +134,21 @@ TEST_F(LayerTreeOperationsTest, UndoOfADeleteFindsParentAndIndexAgain) {
 TEST_F(LayerTreeOperationsTest, UndoOfADeleteLandsAtRootLevelWhenTheParentHasGone) {
   document->removeNode(id("b"));
   const QUuid folder = id("F");
-  ASSERT_TRUE(document->detachNode(folder));
+  ASSERT_TRUE(detach(*document, folder));
   document->undo();
   EXPECT_EQ(treeText(*document), "Background, b, c") << "at its old index";
 }
 
 TEST_F(LayerTreeOperationsTest, TheIndexIsClampedAtRootLevel) {
   const auto record = std::make_shared<RemoveNodeOperation>(document, id("c"));
-  for (const char* name : {"c", "F"}) ASSERT_TRUE(document->detachNode(id(name)));
+  for (const char* name : {"c", "F"}) ASSERT_TRUE(detach(*document, id(name)));
   record->undo();
   EXPECT_EQ(treeText(*document), "Background, c");
 }
 
 TEST_F(LayerTreeOperationsTest, MovingANodeThatHasBeenDeletedDoesNothing) {
   document->moveNode(id("c"), id("F"));
-  ASSERT_TRUE(document->detachNode(id("c")));
+  ASSERT_TRUE(detach(*document, id("c")));
   activate(*document, "a");
   const QString before = documentState(*document);
   document->undo();
@@ -158,7 +158,7 @@ TEST_F(LayerTreeOperationsTest, MovingANodeThatHasBeenDeletedDoesNothing) {
 
 TEST_F(LayerTreeOperationsTest, RemovingANodeThatHasGoneKeepsTheSelection) {
   document->addLayer("new");
-  ASSERT_TRUE(document->detachNode(id("new")));
+  ASSERT_TRUE(detach(*document, id("new")));
   activate(*document, "c");
   document->undo();
   EXPECT_EQ(activeName(*document), "c");
@@ -226,7 +226,7 @@ TEST_F(LayerTreeOperationsTest, CopiesShareTheCostOfTheirTiles) {
 TEST_F(LayerTreeOperationsTest, ARemovedLayerCostsItsMaskToo) {
   paint("c");
   const auto mask = addMask(*nodeNamed(*document, "c").layer());
-  (void)mask->maskTexture->texture->editTile(0);
+  (void)writable(mask->maskTexture->texture).editTile(0);
   document->removeNode(id("c"));
   EXPECT_EQ(newestCost(*document), layerBytes + layerBytes / 2);
   put(nodeNamed(*document, "a").layer()->texture, nullptr);
@@ -242,7 +242,7 @@ TEST_F(LayerTreeOperationsTest, FoldersAndMovesCostNothing) {
 }
 
 TEST_F(LayerTreeOperationsTest, TheByteBudgetNeverEvictsForAFolder) {
-  document->undoStack.memoryBudget = document->undoStack.totalMemoryCost();
+  writableHistory(*document).memoryBudget = document->undoStack.totalMemoryCost();
   const std::size_t records = document->undoStack.operations().size();
   document->addFolder("G");
   EXPECT_EQ(document->undoStack.operations().size(), records + 1);

@@ -16,38 +16,42 @@ class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
  protected:
   void SetUp() override { addRandomMask(*layer, random); }
 
-  [[nodiscard]] const Texture& texture() const { return layer->texture.value(); }
-  [[nodiscard]] const Texture& mask() const { return layer->mask.value()->maskTexture->texture; }
-  [[nodiscard]] const Texture& target(bool useMask) const { return useMask ? mask() : texture(); }
+  static constexpr std::array bothKinds{SurfaceKind::pixels, SurfaceKind::mask};
+
+  [[nodiscard]] const ConstTexture& texture() const { return layer->texture.value(); }
+  [[nodiscard]] const ConstTexture& mask() const { return layer->mask.value()->maskTexture->texture; }
+  [[nodiscard]] const ConstTexture& target(SurfaceKind kind) const {
+    return kind == SurfaceKind::mask ? mask() : texture();
+  }
   [[nodiscard]] const MetalContext& context() const { return document->context(); }
   [[nodiscard]] std::shared_ptr<TextureSnapshot> capture(const Surface& surface) const {
     return TextureSnapshot::capture(surface, context());
   }
   /// An edit of the target, which stands unchanged yet.
-  [[nodiscard]] PixelEdit edit(bool useMask = false,
+  [[nodiscard]] PixelEdit edit(SurfaceKind kind = SurfaceKind::pixels,
                                const QString& actionName = QStringLiteral("Edit")) const {
     return {.actionName = actionName,
             .document = document,
             .layerID = layer->id,
-            .snapshotBefore = capture(*target(useMask))};
+            .snapshotBefore = capture(*target(kind))};
   }
   /// Changes the target as no kernel here could.
-  void scribble(bool useMask = false) {
-    Surface& surface = *target(useMask);
+  void scribble(SurfaceKind kind = SurfaceKind::pixels) {
+    Surface& surface = writable(target(kind));
     surface = randomSurface(surface.format(), surface.width(), surface.height(), random);
   }
   /// Runs undo, redo and undo on a record at whose side "after" the target now stands.
-  void expectSteps(UndoableOperation& record, const Surface& before, bool useMask = false) const {
-    const Surface after = *target(useMask);
+  void expectSteps(UndoableOperation& record, const Surface& before, SurfaceKind kind = SurfaceKind::pixels) const {
+    const Surface after = *target(kind);
     ASSERT_FALSE(after.equals(before));
     for (int round = 0; round < 2; ++round) {
       EXPECT_TRUE(marksThumbnails(*layer, [&] { record.undo(); }));
-      EXPECT_TRUE(target(useMask)->equals(before));
+      EXPECT_TRUE(target(kind)->equals(before));
       EXPECT_TRUE(marksThumbnails(*layer, [&] { record.redo(); }));
-      EXPECT_TRUE(target(useMask)->equals(after));
+      EXPECT_TRUE(target(kind)->equals(after));
     }
     record.undo();
-    EXPECT_TRUE(target(useMask)->equals(before));
+    EXPECT_TRUE(target(kind)->equals(before));
   }
   /// One record of each kind, for what all have in common.
   [[nodiscard]] std::vector<std::shared_ptr<UndoableOperation>> oneOfEach() const {
@@ -59,10 +63,10 @@ class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
             withResult(std::make_shared<EraserStrokeOperation>(edit())),
             std::make_shared<FillLayerOperation>(edit(), paint, GetParam()),
             std::make_shared<ClearLayerOperation>(edit(), GetParam()),
-            withResult(std::make_shared<FillSelectionOperation>(edit(), false)),
+            withResult(std::make_shared<FillSelectionOperation>(edit(), SurfaceKind::pixels)),
             withResult(std::make_shared<LevelsOperation>(edit())),
-            withResult(MoveLayerOperation::create(document, *layer, false)),
-            std::make_shared<InvertLayerOperation>(edit(), GetParam(), nullptr, false)};
+            withResult(MoveLayerOperation::create(document, *layer, SurfaceKind::pixels)),
+            std::make_shared<InvertLayerOperation>(edit(), GetParam(), nullptr, SurfaceKind::pixels)};
   }
 
   std::mt19937 random{41};
@@ -74,13 +78,13 @@ INSTANTIATE_TEST_SUITE_P(Modes, PixelOperationsTest, testing::ValuesIn(allColorM
 
 TEST_P(PixelOperationsTest, StrokesKeepTheirResult) {
   const Surface before = *texture();
-  auto brush = std::make_shared<BrushStrokeOperation>(edit(false, "Brush"));
+  auto brush = std::make_shared<BrushStrokeOperation>(edit(SurfaceKind::pixels, "Brush"));
   EXPECT_EQ(brush->actionName(), "Brush");
   scribble();
   brush->setSnapshotAfter(capture(*texture()));
   expectSteps(*brush, before);
 
-  EraserStrokeOperation eraser(edit(false, "Eraser"));
+  EraserStrokeOperation eraser(edit(SurfaceKind::pixels, "Eraser"));
   EXPECT_EQ(eraser.actionName(), "Eraser");
   scribble();
   eraser.setSnapshotAfter(capture(*texture()));
@@ -101,8 +105,8 @@ TEST_P(PixelOperationsTest, FillIsCarriedOutByItsFirstRedo) {
   const Surface before = *texture();
   Surface expected = before;
   context().clearTexture(expected, GetParam(), paint);
-  const auto record = std::make_shared<FillLayerOperation>(edit(false, "Fill"), paint, GetParam());
-  document->undoStack.pushAndRedo(record);
+  const auto record = std::make_shared<FillLayerOperation>(edit(SurfaceKind::pixels, "Fill"), paint, GetParam());
+  writableHistory(*document).pushAndRedo(record);
   EXPECT_TRUE(texture()->equals(expected));
   expectSteps(*record, before);
 }
@@ -110,16 +114,16 @@ TEST_P(PixelOperationsTest, FillIsCarriedOutByItsFirstRedo) {
 TEST_P(PixelOperationsTest, FillOfTheMaskLeavesTheLayer) {
   const Surface before = *mask();
   const Surface pixels = *texture();
-  FillLayerOperation record(edit(true), 0.25F);
+  FillLayerOperation record(edit(SurfaceKind::mask), 0.25F);
   record.redo();
   EXPECT_TRUE(mask()->equals(filledMask(pixelWidth, pixelHeight, 0.25F)));
-  expectSteps(record, before, true);
+  expectSteps(record, before, SurfaceKind::mask);
   EXPECT_TRUE(texture()->equals(pixels));
 }
 
 TEST_P(PixelOperationsTest, ClearEmptiesTheLayerAgain) {
   const Surface before = *texture();
-  ClearLayerOperation record(edit(false, "Clear"), GetParam());
+  ClearLayerOperation record(edit(SurfaceKind::pixels, "Clear"), GetParam());
   EXPECT_EQ(record.actionName(), "Clear");
   record.redo();
   EXPECT_TRUE(texture()->equals(Surface(texture()->format(), pixelWidth, pixelHeight)));
@@ -127,11 +131,11 @@ TEST_P(PixelOperationsTest, ClearEmptiesTheLayerAgain) {
 }
 
 TEST_P(PixelOperationsTest, LazyResultsAreReadOffTheSurfaceAtTheFirstUndo) {
-  for (const bool useMask : {false, true}) {
-    const Surface before = *target(useMask);
-    FillSelectionOperation record(edit(useMask), useMask);
-    scribble(useMask);
-    expectSteps(record, before, useMask);
+  for (const SurfaceKind kind : bothKinds) {
+    const Surface before = *target(kind);
+    FillSelectionOperation record(edit(kind), kind);
+    scribble(kind);
+    expectSteps(record, before, kind);
   }
   const Surface before = *texture();
   LevelsOperation record(edit());
@@ -156,7 +160,7 @@ TEST_P(PixelOperationsTest, TheSecondUndoMakesNoNewCapture) {
 }
 
 TEST_P(PixelOperationsTest, ALazyRecordThatWasNeverUndoneHasNothingToRedo) {
-  FillSelectionOperation fill(edit(), false);
+  FillSelectionOperation fill(edit(), SurfaceKind::pixels);
   LevelsOperation levels(edit());
   scribble();
   const Surface now = *texture();
@@ -179,21 +183,21 @@ TEST_P(PixelOperationsTest, ALazyResultThatCannotBeCapturedIsLostButTheUndoIsNot
 }
 
 TEST_P(PixelOperationsTest, InvertBeginsFromThePixelsOfTheTimeWhateverTheSurfaceHolds) {
-  for (const bool useMask : {false, true}) {
-    const Surface before = *target(useMask);
-    InvertLayerOperation record(edit(useMask, "Invert"), GetParam(), nullptr, useMask);
-    if (useMask) {
-      context().invertMask(*mask());
+  for (const SurfaceKind kind : bothKinds) {
+    const Surface before = *target(kind);
+    InvertLayerOperation record(edit(kind, "Invert"), GetParam(), nullptr, kind);
+    if (kind == SurfaceKind::mask) {
+      context().invertMask(writable(mask()));
     } else {
-      context().invertColors(*texture(), GetParam(), nullptr);
+      context().invertColors(writable(texture()), GetParam(), nullptr);
     }
-    const Surface after = *target(useMask);
-    expectSteps(record, before, useMask);
-    scribble(useMask);
+    const Surface after = *target(kind);
+    expectSteps(record, before, kind);
+    scribble(kind);
     record.redo();
-    EXPECT_TRUE(target(useMask)->equals(after));
+    EXPECT_TRUE(target(kind)->equals(after));
     record.redo();
-    EXPECT_TRUE(target(useMask)->equals(after)) << "not inverted twice";
+    EXPECT_TRUE(target(kind)->equals(after)) << "not inverted twice";
   }
 }
 
@@ -203,7 +207,7 @@ TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
   const Surface before = *texture();
   document->invertActive();
   const Surface after = *texture();
-  document->selection.value()->setRect({3, 3, 5, 5}, 0.0F, context());
+  writableSelection(*document).setRect({3, 3, 5, 5}, 0.0F, context());
   document->undo();
   EXPECT_TRUE(texture()->equals(before));
   document->redo();
@@ -215,40 +219,39 @@ TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
 }
 
 TEST_P(PixelOperationsTest, MovesOfLayersAndOfMasks) {
-  for (const bool useMask : {false, true}) {
-    const Surface before = *target(useMask);
-    const Surface other = *target(!useMask);
-    const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, useMask);
+  for (const SurfaceKind kind : bothKinds) {
+    const Surface before = *target(kind);
+    const Surface other = *target(kind == SurfaceKind::mask ? SurfaceKind::pixels : SurfaceKind::mask);
+    const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, kind);
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->actionName(), "Move");
-    scribble(useMask);
-    record->setSnapshotAfter(capture(*target(useMask)));
-    expectSteps(*record, before, useMask);
-    EXPECT_TRUE(target(!useMask)->equals(other));
+    scribble(kind);
+    record->setSnapshotAfter(capture(*target(kind)));
+    expectSteps(*record, before, kind);
+    EXPECT_TRUE(target(kind == SurfaceKind::mask ? SurfaceKind::pixels : SurfaceKind::mask)->equals(other));
   }
 }
 
 TEST_P(PixelOperationsTest, AMoveTakesAnotherName) {
-  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, false);
-  record->setActionName(QStringLiteral("Rotate"));
-  EXPECT_EQ(record->actionName(), "Rotate");
+  const MoveLayerOperation record(edit(SurfaceKind::pixels, QStringLiteral("Rotate")), SurfaceKind::pixels);
+  EXPECT_EQ(record.actionName(), "Rotate");
 }
 
 TEST_P(PixelOperationsTest, AMoveNeedsASurfaceAndItsSnapshot) {
   {
     const tileMemory::ScopedSurfaceFailure failure(0);
-    EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
-    EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
+    EXPECT_EQ(MoveLayerOperation::create(document, *layer, SurfaceKind::pixels), nullptr);
+    EXPECT_EQ(MoveLayerOperation::create(document, *layer, SurfaceKind::mask), nullptr);
   }
   put(layer->mask, nullptr);
-  EXPECT_EQ(MoveLayerOperation::create(document, *layer, true), nullptr);
+  EXPECT_EQ(MoveLayerOperation::create(document, *layer, SurfaceKind::mask), nullptr);
   put(layer->texture, nullptr);
-  EXPECT_EQ(MoveLayerOperation::create(document, *layer, false), nullptr);
+  EXPECT_EQ(MoveLayerOperation::create(document, *layer, SurfaceKind::pixels), nullptr);
 }
 
 TEST_P(PixelOperationsTest, AMoveWithoutAResultIsUndoneButNotRedone) {
   const Surface before = *texture();
-  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, false);
+  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, SurfaceKind::pixels);
   scribble();
   record->undo();
   record->redo();
@@ -261,7 +264,7 @@ TEST_P(PixelOperationsTest, AReplayedEditCostsItsSnapshotBeforeOnly) {
   const auto selection = std::make_shared<Surface>(filledMask(pixelWidth, pixelHeight, 0.5F));
   const FillLayerOperation fill(edit(), paint, GetParam());
   const ClearLayerOperation clear(edit(), GetParam());
-  const InvertLayerOperation invert(edit(), GetParam(), selection, false);
+  const InvertLayerOperation invert(edit(), GetParam(), selection, SurfaceKind::pixels);
   TextureSnapshot::waitForCompression();
   const auto alike = capture(*texture());
   TextureSnapshot::waitForCompression();
@@ -291,7 +294,7 @@ TEST_P(PixelOperationsTest, AStoredResultCostsBothSnapshots) {
 
 TEST_P(PixelOperationsTest, AHistoryThatIsNeverUndoneDoesNotPayForLazyResults) {
   const PixelEdit begun = edit();
-  FillSelectionOperation record(begun, false);
+  FillSelectionOperation record(begun, SurfaceKind::pixels);
   scribble();
   TextureSnapshot::waitForCompression();
   EXPECT_EQ(record.memoryCost(), begun.snapshotBefore->compressedSize());
@@ -303,7 +306,7 @@ TEST_P(PixelOperationsTest, AHistoryThatIsNeverUndoneDoesNotPayForLazyResults) {
 
 TEST_P(PixelOperationsTest, TheCostFallsOnceCompressionIsThrough) {
   // Smooth pixels, which compress.
-  Surface& pixels = *texture();
+  Surface& pixels = writable(texture());
   for (int index = 0; index < pixels.tileCount(); ++index) {
     std::byte* bytes = pixels.editTile(index);
     for (std::size_t i = 0; i < pixels.tileBytes(); ++i) bytes[i] = static_cast<std::byte>(i / 4096);

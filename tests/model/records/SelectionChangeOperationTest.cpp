@@ -26,7 +26,7 @@ TEST_F(SelectionChangeOperationTest, BringsBackMaskAndFlagsOfBothSides) {
   const SelectionState before = now();
   const auto record = begin();
   EXPECT_EQ(record->actionName(), "Lasso");
-  document->selection.value()->selectAll(document->context());
+  writableSelection(*document).selectAll(document->context());
   const SelectionState after = now();
   record->captureAfter();
   for (int round = 0; round < 2; ++round) {
@@ -38,8 +38,8 @@ TEST_F(SelectionChangeOperationTest, BringsBackMaskAndFlagsOfBothSides) {
 }
 
 TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndTouchesNoFlagOfTheDocument) {
-  const std::shared_ptr<Selection> selection = document->selection.value();
-  const Texture surface = selection->maskTexture->texture;
+  const std::shared_ptr<const Selection> selection = document->selection.value();
+  const ConstTexture surface = selection->maskTexture->texture;
   const auto record = begin();
   record->captureAfter();
   EXPECT_FALSE(marksEdited(*document, [&] {
@@ -53,7 +53,7 @@ TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndTouchesNoFlag
 TEST_F(SelectionChangeOperationTest, WithoutAStateAfterARedoChangesNothing) {
   const SelectionState before = now();
   const auto record = begin();
-  document->selection.value()->clear(document->context());
+  writableSelection(*document).clear(document->context());
   const SelectionState changed = now();
   record->redo();
   EXPECT_EQ(difference(now(), changed), "");
@@ -63,7 +63,7 @@ TEST_F(SelectionChangeOperationTest, WithoutAStateAfterARedoChangesNothing) {
 
 TEST_F(SelectionChangeOperationTest, ALaterStateAfterReplacesAnEarlierOne) {
   const auto record = begin();
-  document->selection.value()->selectAll(document->context());
+  writableSelection(*document).selectAll(document->context());
   record->captureAfter();
   selectRect(*document, {3, 4, 50, 60});
   const SelectionState last = now();
@@ -84,8 +84,8 @@ TEST_F(SelectionChangeOperationTest, NeedsASelectionAndItsSnapshot) {
 
 TEST_F(SelectionChangeOperationTest, WithoutASelectionNothingHappens) {
   const auto record = begin();
-  const std::shared_ptr<Selection> selection = document->selection.value();
-  selection->selectAll(document->context());
+  const std::shared_ptr<const Selection> selection = document->selection.value();
+  writableSelection(*document).selectAll(document->context());
   record->captureAfter();
   const SelectionState all = now();
   put(document->selection, nullptr);
@@ -113,14 +113,14 @@ TEST_F(SelectionChangeOperationTest, GoesToTheSelectionOfTheMoment) {
 
 TEST_F(SelectionChangeOperationTest, AClosedDocumentEndsItQuietly) {
   const auto record = begin();
-  const std::shared_ptr<Selection> selection = document->selection.value();
-  selection->selectAll(document->context());
+  const std::shared_ptr<const Selection> selection = document->selection.value();
+  writableSelection(*document).selectAll(document->context());
   record->captureAfter();
   document.reset();
   record->captureAfter();
   record->undo();
   EXPECT_TRUE(selection->isFullSelection.value());
-  selection->restoreFlags({});
+  std::const_pointer_cast<Selection>(selection)->restoreFlags({});
   record->redo();
   EXPECT_FALSE(selection->isFullSelection.value());
 }

@@ -1,0 +1,221 @@
+// Edits that stay open, against everything that pulls the ground from under them: the document ends them first,
+// as a change of tool does, and its history stays exact.
+#include "model/OpenEdit.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/LevelsAdjustment.h"
+#include "model/PixelSupport.h"
+#include "tools/LayerTransform.h"
+#include "tools/MagicWand.h"
+#include "tools/SelectionGesture.h"
+
+namespace orvanel {
+namespace {
+
+using namespace test;
+
+/// An open edit behind one face, whatever kind it is.
+struct Opened {
+  std::function<bool()> isOpen;
+  std::function<void()> show;
+  std::function<void()> keep;
+};
+
+struct Opening {
+  std::string name;
+  std::function<Opened(const DocumentPtr&)> begin;
+};
+
+Opened beginLevels(const DocumentPtr& document) {
+  const auto levels = std::make_shared<LevelsAdjustment>(LevelsAdjustment::begin(document).value());
+  return {.isOpen = [=] { return levels->isOpen(); },
+          .show = [=] { levels->apply({.blackPoint = 40.0F, .whitePoint = 200.0F, .gamma = 1.5F}); },
+          .keep = [=] { levels->commit(); }};
+}
+
+Opened beginMove(const DocumentPtr& document) {
+  const std::shared_ptr<LayerTransform> move = LayerTransform::begin(document, QStringLiteral("Move"));
+  return {.isOpen = [=] { return move->isOpen(); },
+          .show = [=] { move->translate(5, -7); },
+          .keep = [=] { move->commit(); }};
+}
+
+Opened beginMoveOfMask(const DocumentPtr& document) {
+  document->setMaskSelected(document->activeLayer()->id, true);
+  return beginMove(document);
+}
+
+Opened beginWand(const DocumentPtr& document) {
+  const std::shared_ptr<MagicWand> wand =
+      MagicWand::press(document, 20, 20, SelectionMode::replace, MagicWandSettings{.tolerance = 60.0F});
+  return {.isOpen = [=] { return wand->isOpen(); },
+          .show = [=] { wand->select(MagicWandSettings{.tolerance = 90.0F}); },
+          .keep = [=] { wand->release(); }};
+}
+
+Opened beginShape(const DocumentPtr& document) {
+  const auto gesture = std::make_shared<SelectionGesture>(document, QStringLiteral("Rectangle Select"));
+  return {.isOpen = [=] { return gesture->isOpen(); },
+          .show =
+              [=] {
+                gesture->selectShape(SelectionMode::replace, [&](Selection& shape) {
+                  shape.setRect({2, 3, 20, 30}, 0.0F, MetalContext::shared());
+                });
+              },
+          .keep = [=] { gesture->close(); }};
+}
+
+struct Pull {
+  std::string name;
+  std::function<void(Document&)> command;
+};
+
+const std::vector<Opening> openings{{"levels", beginLevels},
+                                    {"move", beginMove},
+                                    {"moveOfMask", beginMoveOfMask},
+                                    {"wand", beginWand},
+                                    {"shape", beginShape}};
+
+const std::vector<Pull> pulls{
+    {"undo", [](Document& d) { d.undo(); }},
+    {"redo", [](Document& d) { d.redo(); }},
+    {"imageSize", [](Document& d) { d.resizeImage(90, 80, ResampleMethod::bilinear); }},
+    {"canvasSize", [](Document& d) { d.resizeCanvas(180, 170, 0, 0); }},
+    {"crop", [](Document& d) { d.crop({10, 10, 60, 50}, QStringLiteral("Crop")); }},
+    {"colorMode", [](Document& d) { d.changeColorMode(ColorMode::grayscale16); }},
+    {"fill", [](Document& d) { d.fillSelection(DisplayColor::black()); }},
+    {"clear", [](Document& d) { d.clearActive(); }},
+    {"invert", [](Document& d) { d.invertActive(); }},
+    {"removeLayer", [](Document& d) { d.removeNode(*d.selectedNodeID.value()); }},
+    {"applyMask", [](Document& d) { d.applyLayerMask(d.activeLayer()); }},
+    {"removeMask", [](Document& d) { d.removeLayerMask(d.activeLayer()); }},
+};
+
+using Pair = std::tuple<std::size_t, std::size_t>;
+
+class OpenEditTest : public testing::TestWithParam<Pair> {
+ protected:
+  void SetUp() override {
+    document->addLayer(QStringLiteral("edited"));
+    const std::shared_ptr<Layer> layer = document->activeLayer();
+    writable(layer->texture.value()) = randomPixels(ColorMode::rgb16, random);
+    addRandomMask(*layer, random);
+    document->setOpacity(layer->id, 0.5F);
+    document->setOpacity(layer->id, 1.0F);
+  }
+
+  /// Undo to the beginning and redo to the end meet the same states both ways.
+  void expectExactHistory() const {
+    const auto walk = [this](void (Document::*step)(), std::int64_t end) {
+      std::vector<PixelState> states{pixelState(*document)};
+      while (document->undoStack.currentIndex.value() != end) {
+        ((*document).*step)();
+        states.push_back(pixelState(*document));
+      }
+      return states;
+    };
+    const auto last = std::ssize(document->undoStack.operations()) - 1;
+    while (document->undoStack.currentIndex.value() < last) document->redo();
+    // The first record adds the layer whose pixels no record has.
+    const std::vector<PixelState> back = walk(&Document::undo, 0);
+    const std::vector<PixelState> forth = walk(&Document::redo, last);
+    ASSERT_EQ(back.size(), forth.size());
+    for (std::size_t i = 0; i < back.size(); ++i) {
+      EXPECT_EQ(difference(back[i], forth[forth.size() - 1 - i]), "") << "step " << i;
+    }
+  }
+
+  std::mt19937 random{5};
+  DocumentPtr document = makeRandomDocument(ColorMode::rgb16, random);
+};
+
+TEST_P(OpenEditTest, EndsBeforeItsGroundGoes) {
+  const auto& [opening, pull] = GetParam();
+  const Opened edit = openings[opening].begin(document);
+  edit.show();
+  ASSERT_TRUE(edit.isOpen());
+  const std::int64_t records = recordCount(*document);
+  pulls[pull].command(*document);
+  EXPECT_FALSE(edit.isOpen());
+  EXPECT_GE(std::ssize(document->undoStack.operations()), records) << "what it showed is kept under a record";
+
+  const PixelState settled = pixelState(*document);
+  const std::int64_t settledRecords = recordCount(*document);
+  edit.show();
+  edit.keep();
+  EXPECT_EQ(difference(pixelState(*document), settled), "") << "a closed edit changes nothing any more";
+  EXPECT_EQ(recordCount(*document), settledRecords);
+  expectExactHistory();
+}
+
+INSTANTIATE_TEST_SUITE_P(Pairs, OpenEditTest,
+                         testing::Combine(testing::Range<std::size_t>(0, 5), testing::Range<std::size_t>(0, 12)),
+                         [](const testing::TestParamInfo<Pair>& tested) {
+                           return openings[std::get<0>(tested.param)].name + "And" +
+                                  pulls[std::get<1>(tested.param)].name;
+                         });
+
+class OpenEdits : public OpenEditTest {};
+
+TEST_F(OpenEdits, WhatStandsOnNothingThatGoesStaysOpen) {
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 30.0F});
+  const QUuid layer = *document->selectedNodeID.value();
+  document->rename(layer, QStringLiteral("renamed"));
+  document->setOpacity(layer, 0.25F);
+  document->selectAll();
+  document->addLayer(QStringLiteral("above"));
+  document->moveNode(layer, std::nullopt, 0);
+  EXPECT_TRUE(levels.isOpen());
+  levels.apply({.blackPoint = 60.0F});
+  levels.commit();
+  EXPECT_EQ(document->undoStack.undoActionName(), QStringLiteral("Levels"));
+}
+
+TEST_F(OpenEdits, ACommandOnTheSelectionEndsItsGesture) {
+  SelectionGesture gesture(document, QStringLiteral("Ellipse Select"));
+  gesture.selectShape(SelectionMode::replace, [&](Selection& shape) {
+    shape.setEllipse(40.0F, 40.0F, 20.0F, 20.0F, 0.0F, document->context());
+  });
+  document->selectAll();
+  EXPECT_FALSE(gesture.isOpen());
+  document->undo();
+  EXPECT_TRUE(document->selection.value()->hasSelection.value());
+  EXPECT_FALSE(document->selection.value()->isFullSelection.value()) << "the ellipse";
+  document->undo();
+  EXPECT_FALSE(document->selection.value()->hasSelection.value());
+}
+
+TEST_F(OpenEdits, OneThatShowedNothingLeavesNoRecord) {
+  const std::int64_t records = recordCount(*document);
+  const PixelState before = pixelState(*document);
+  const LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  const auto move = LayerTransform::begin(document, QStringLiteral("Move"));
+  const SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+  document->undo();
+  document->redo();
+  EXPECT_FALSE(levels.isOpen());
+  EXPECT_FALSE(move->isOpen());
+  EXPECT_FALSE(gesture.isOpen());
+  EXPECT_EQ(recordCount(*document), records);
+  EXPECT_EQ(difference(pixelState(*document), before), "");
+}
+
+TEST_F(OpenEdits, UndoTakesBackWhatAnOpenEditShows) {
+  const PixelState before = pixelState(*document);
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 100.0F});
+  document->undo();
+  EXPECT_EQ(difference(pixelState(*document), before), "");
+  EXPECT_EQ(document->undoStack.redoActionName(), QStringLiteral("Levels"));
+}
+
+}  // namespace
+}  // namespace orvanel
