@@ -206,27 +206,37 @@ void ellipse(benchmark::State& state, float feather) {
   report(state, mask);
 }
 
+/// The largest canvas, feathered as widely as the tools allow.
+void rectFeather1000(benchmark::State& state) {
+  constexpr int largest = 16384;
+  Surface mask(maskPixelFormat, largest, largest);
+  for (auto _ : state) {
+    context().fillRectMask(mask, {largest / 4, largest / 4, largest / 2, largest / 2}, 1000.0F);
+  }
+  report(state, mask);
+}
+
 enum class Outline { circle, star, crossings };
 
-/// A thousand points about the canvas's middle, or anywhere.
-std::vector<PolygonPoint> outlinePoints(Outline outline) {
+/// Points about the canvas's middle, or anywhere.
+std::vector<PolygonPoint> outlinePoints(Outline outline, int count) {
   std::vector<PolygonPoint> points;
   std::mt19937 random(11);
   std::uniform_real_distribution<float> anywhere(0.0F, side);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < count; ++i) {
     if (outline == Outline::crossings) {
       points.push_back({anywhere(random), anywhere(random)});
       continue;
     }
-    const float angle = static_cast<float>(i) * 2.0F * std::numbers::pi_v<float> / 1000.0F;
+    const float angle = static_cast<float>(i) * 2.0F * std::numbers::pi_v<float> / static_cast<float>(count);
     const float radius = side * (outline == Outline::star && i % 2 == 1 ? 0.2F : 0.48F);
     points.push_back({side / 2.0F + radius * std::cos(angle), side / 2.0F + radius * std::sin(angle)});
   }
   return points;
 }
 
-void polygon(benchmark::State& state, Outline outline) {
-  const std::vector<PolygonPoint> points = outlinePoints(outline);
+void polygon(benchmark::State& state, Outline outline, int count) {
+  const std::vector<PolygonPoint> points = outlinePoints(outline, count);
   Surface mask(maskPixelFormat, side, side);
   for (auto _ : state) context().fillPolygonMask(mask, points);
   report(state, mask);
@@ -343,9 +353,12 @@ ORVANEL_KERNEL(readLimit);
 ORVANEL_KERNEL(layerContentBounds);
 ORVANEL_KERNEL_OF(ellipse, sharp, 0.0F);
 ORVANEL_KERNEL_OF(ellipse, feather50, 50.0F);
-ORVANEL_KERNEL_OF(polygon, circle, Outline::circle);
-ORVANEL_KERNEL_OF(polygon, star, Outline::star);
-ORVANEL_KERNEL_OF(polygon, crossings, Outline::crossings);
+ORVANEL_KERNEL(rectFeather1000);
+ORVANEL_KERNEL_OF(polygon, circle, Outline::circle, 1000);
+ORVANEL_KERNEL_OF(polygon, star, Outline::star, 1000);
+ORVANEL_KERNEL_OF(polygon, crossings, Outline::crossings, 1000);
+ORVANEL_KERNEL_OF(polygon, scribble16000, Outline::crossings, 16000);
+ORVANEL_KERNEL_OF(polygon, scribble50000, Outline::crossings, 50000);
 ORVANEL_KERNEL_OF(wand, blob, 0U);
 ORVANEL_KERNEL_OF(wand, noise, 10U);
 ORVANEL_KERNEL(translateContent);

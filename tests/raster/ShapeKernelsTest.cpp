@@ -165,6 +165,64 @@ TEST(FillEllipseMask, AFeatherBlursTheSharpOne) {
   });
 }
 
+/// A row's or column's blur of what lies from `begin` to `end`, with the outermost pixels repeated.
+std::vector<double> blurredSpan(int size, int begin, int end, double sigma) {
+  const int reach = static_cast<int>(std::ceil(6.0 * sigma));
+  std::vector<double> result(static_cast<std::size_t>(size));
+  for (int x = 0; x < size; ++x) {
+    double inside = 0.0;
+    double sum = 0.0;
+    for (int i = -reach; i <= reach; ++i) {
+      const double weight = std::exp(-i * i / (2.0 * sigma * sigma));
+      const int from = std::clamp(x + i, 0, size - 1);
+      if (from >= begin && from < end) inside += weight;
+      sum += weight;
+    }
+    result[static_cast<std::size_t>(x)] = inside / sum;
+  }
+  return result;
+}
+
+TEST(FillRectMask, AWideFeatherStaysWithinAThousandthOfTheGaussian) {
+  constexpr int width = 1003;
+  constexpr int height = 389;
+  for (const PixelRect rect : {PixelRect{300, 100, 250, 130}, {0, 0, 999, 200}, {17, 0, 986, 389}}) {
+    for (const float feather : {128.0F, 250.0F, 333.0F, 1000.0F, 4000.0F}) {
+      SCOPED_TRACE(testing::Message() << rect.x << ", feather " << feather);
+      const double sigma = static_cast<double>(feather) / 2.0;
+      const std::vector<double> across = blurredSpan(width, rect.x, rect.x + rect.width, sigma);
+      const std::vector<double> down = blurredSpan(height, rect.y, rect.y + rect.height, sigma);
+      Image expected(width, height);
+      for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+          expected.at(x, y).fill(across[static_cast<std::size_t>(x)] * down[static_cast<std::size_t>(y)]);
+        }
+      }
+      forEveryInstructionSet([&] {
+        Surface mask(PixelFormat::r16Float, width, height);
+        context().fillRectMask(mask, rect, feather);
+        // Beside the rounding to half floats.
+        reference::expectImage(mask, expected, 5e-4);
+      });
+    }
+  }
+}
+
+TEST(FillEllipseMask, AWideFeatherStaysWithinAThousandthOfTheGaussian) {
+  Surface sharp(PixelFormat::r16Float, 300, 210);
+  context().fillEllipseMask(sharp, 280.0F, 90.0F, 90.0F, 60.0F, 0.0F);
+  Surface mask(PixelFormat::r16Float, 300, 210);
+  context().fillEllipseMask(mask, 280.0F, 90.0F, 90.0F, 60.0F, 128.0F);
+  reference::expectImage(mask, blurred(reference::imageOf(sharp), 64.0), 5e-4);
+}
+
+TEST(FillEllipseMask, AWideFeatherLeavesFarTilesUniform) {
+  Surface mask(PixelFormat::r16Float, 2000, 1500);
+  context().fillEllipseMask(mask, 0.0F, 0.0F, 700.0F, 700.0F, 128.0F);
+  EXPECT_EQ(mask.tile(0), Tile::uniform(0x3C00));
+  EXPECT_EQ(mask.tile(mask.tileCount() - 1), Tile::uniform(0));
+}
+
 TEST(FillPolygonMask, NoPointsDoNothing) {
   Surface mask(PixelFormat::r16Float, 20, 20);
   context().fillMask(mask, 0.5F);
@@ -257,6 +315,52 @@ TEST(FillPolygonMask, ManyEdgesThatCrossInOnePixelAreTakenApart) {
     Surface mask(PixelFormat::r16Float, 270, 260);
     context().fillPolygonMask(mask, points);
     reference::expectImage(mask, scanned(points, 270, 260, 200), 0.005);
+  }
+}
+
+TEST(FillPolygonMask, RowsThatVeryManyEdgesCrossAreSampled) {
+  std::mt19937 random(65);
+  std::uniform_real_distribution<float> place(-20.0F, 290.0F);
+  std::vector<PolygonPoint> points;
+  for (int i = 0; i < 3000; ++i) {
+    const float x = place(random);
+    points.push_back({x, place(random) * 0.4F});
+  }
+  // A corner far below, so that exact rows follow the sampled ones.
+  points.push_back({60.0F, 200.0F});
+  points.push_back({200.0F, 190.5F});
+  const Image expected = scanned(points, 270, 210, 100);
+  forEveryInstructionSet([&] {
+    Surface mask(PixelFormat::r16Float, 270, 210);
+    context().fillPolygonMask(mask, points);
+    double squares = 0.0;
+    for (int y = 0; y < 210; ++y) {
+      for (int x = 0; x < 270; ++x) {
+        const double error = static_cast<double>(maskAt(mask, x, y)) - expected.at(x, y)[0];
+        ASSERT_NEAR(error, 0.0, y < 120 ? 0.2 : 0.005) << x << ", " << y;
+        squares += error * error;
+      }
+    }
+    EXPECT_LT(std::sqrt(squares / (270 * 210)), 0.03);
+  });
+}
+
+TEST(FillPolygonMask, PixelsWhollyInsideOrOutsideAreExactInSampledRowsToo) {
+  // A dense scribble beside a block of solid pixels, one polygon.
+  std::mt19937 random(66);
+  std::uniform_real_distribution<float> place(100.0F, 199.0F);
+  std::vector<PolygonPoint> points{{10, 0}, {50, 0}, {50, 200}, {10, 200}, {10, 0}, {100, 0}};
+  for (int i = 0; i < 2000; ++i) {
+    const float x = place(random);
+    points.push_back({x, (place(random) - 100.0F) * 2.0F});
+  }
+  points.push_back({100, 0});
+  Surface mask(PixelFormat::r16Float, 210, 200);
+  context().fillPolygonMask(mask, points);
+  for (int y = 0; y < 200; ++y) {
+    for (int x = 0; x < 100; ++x)
+      ASSERT_EQ(maskAt(mask, x, y), x >= 10 && x < 50 ? 1.0F : 0.0F) << x << ", " << y;
+    ASSERT_EQ(maskAt(mask, 205, y), 0.0F) << y;
   }
 }
 

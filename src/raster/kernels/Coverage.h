@@ -67,6 +67,10 @@ void writeCoverage(Surface& mask, const RowShape& shape);
 /// The same blurred with a Gaussian of this sigma, in pixels, the canvas's edges replicated.
 void writeBlurredCoverage(Surface& mask, const RowShape& shape, double sigma);
 
+/// The same within 4e-4, in a time that hardly depends on sigma, which is at least `leastWideSigma`.
+void writeWidelyBlurredCoverage(Surface& mask, const RowShape& shape, double sigma);
+inline constexpr double leastWideSigma = 64.0;
+
 /// out[x] = sum over i of weights[i] * rows[i][x], for 128 columns. Rows need no alignment, `out` has 64.
 void weightedRowSum(std::span<const float* const> rows, const float* weights, float* out);
 

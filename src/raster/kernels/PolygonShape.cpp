@@ -3,8 +3,10 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
+#include "raster/kernels/DensePolygon.h"
 #include "raster/kernels/EdgePieces.h"
 #include "raster/kernels/Shapes.h"
 
@@ -358,10 +360,18 @@ PolygonShape::PolygonShape(std::span<const ShapePoint> points, int canvasWidth, 
 void PolygonShape::cover(MaskBand& band) const {
   const std::vector<int>& edges = edgesOfBand_[static_cast<std::size_t>(band.firstRow() / tileSide)];
   if (edges.empty()) return;
+  const std::array<bool, tileSide> isDense = denseRows(edges_, edges, band.firstRow(), canvasWidth_);
   RowAccumulator row(canvasWidth_, band.tilesAcross());
-  BandSweep sweep(edges_, edges, row);
+  DensePolygon dense(edges_, edges, canvasWidth_);
+  std::optional<BandSweep> sweep;
   for (int y = band.firstRow(); y < band.endRow(); ++y) {
-    sweep.addRow(y);
+    if (isDense[static_cast<std::size_t>(y - band.firstRow())]) {
+      sweep.reset();
+      dense.cover(band, y);
+      continue;
+    }
+    if (!sweep) sweep.emplace(edges_, edges, row);
+    sweep->addRow(y);
     row.writeTo(band, y);
   }
 }
