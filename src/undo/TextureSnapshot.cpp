@@ -106,8 +106,13 @@ void TextureSnapshot::waitForCompression() {
   waitForBackgroundWork();
 }
 
-void TextureSnapshot::helpCompression(std::chrono::milliseconds limit) {
-  compressionQueue::helpFor(limit);
+void TextureSnapshot::helpCompression(std::chrono::milliseconds limit,
+                                      const std::function<bool()>& isEnough) {
+  compressionQueue::help(limit, isEnough);
+}
+
+std::int64_t TextureSnapshot::bytesToCompress() {
+  return compressionQueue::waitingBytes();
 }
 
 }  // namespace orvanel

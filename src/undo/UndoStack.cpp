@@ -9,7 +9,7 @@
 namespace orvanel {
 namespace {
 
-// Compression that is under way mostly ends sooner; a pause of this length is barely felt.
+// Compression mostly makes enough room sooner; a pause of this length is barely felt.
 constexpr std::chrono::milliseconds longestWait{40};
 
 }  // namespace
@@ -80,15 +80,23 @@ std::optional<QString> UndoStack::redoActionName() const {
 void UndoStack::enforceLimits() {
   evictOldest(std::ssize(operations_) - maxOperations.value());
   if (!isOverBudget()) return;
-  // Nothing is evicted for bytes that are about to shrink.
-  if (operations_.size() >= 2) TextureSnapshot::helpCompression(longestWait);
   dropReadiness();
+  // What is too much even if all that waits for compression shrinks by half has to go at once. Nothing else
+  // is evicted before compression has had a moment.
+  evictBeyond(memoryBudget.value() + TextureSnapshot::bytesToCompress() / 2);
+  if (operations_.size() >= 2) {
+    TextureSnapshot::helpCompression(longestWait, [this] { return !isOverBudget(); });
+  }
+  evictBeyond(memoryBudget.value());
+}
+
+void UndoStack::evictBeyond(std::int64_t bytes) {
   // Snapshots share bytes: what one record gives up, another may have to count from then on. So the rest is
   // counted anew until the limit really holds.
-  for (std::int64_t cost = totalMemoryCost(); cost > memoryBudget.value() && operations_.size() >= 2;
+  for (std::int64_t cost = totalMemoryCost(); cost > bytes && operations_.size() >= 2;
        cost = totalMemoryCost()) {
     std::int64_t evicted = 0;
-    while (cost > memoryBudget.value() && std::ssize(operations_) - evicted >= 2) {
+    while (cost > bytes && std::ssize(operations_) - evicted >= 2) {
       cost -= operations_[static_cast<std::size_t>(evicted)]->memoryCost();
       ++evicted;
     }
