@@ -105,10 +105,4 @@ void help(std::chrono::milliseconds limit, const std::function<bool()>& isEnough
   waiting().waitFor(list, deadline);
 }
 
-std::int64_t waitingBytes() {
-  std::int64_t bytes = 0;
-  for (const std::shared_ptr<SnapshotContents>& contents : waiting().all()) bytes += contents->waitingBytes();
-  return bytes;
-}
-
 }  // namespace orvanel::compressionQueue

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -16,8 +15,5 @@ void add(const std::shared_ptr<SnapshotContents>& contents);
 
 /// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after `limit`.
 void help(std::chrono::milliseconds limit, const std::function<bool()>& isEnough);
-
-/// Bytes of raw tiles that wait for compression.
-[[nodiscard]] std::int64_t waitingBytes();
 
 }  // namespace orvanel::compressionQueue

@@ -118,13 +118,4 @@ std::int64_t SnapshotContents::heldBytes() const {
   return twinShares_ + rawShares;
 }
 
-std::int64_t SnapshotContents::waitingBytes() const {
-  const std::lock_guard guard(lock_);
-  std::int64_t bytes = 0;
-  for (const Slot& slot : slots_) {
-    if (slot.twin == nullptr) bytes += slot.raw.heldBytes();
-  }
-  return bytes;
-}
-
 }  // namespace orvanel

@@ -39,8 +39,6 @@ class SnapshotContents {
 
   /// The bytes that exist because of this snapshot: its shares of compressed twins and of raw tiles.
   [[nodiscard]] std::int64_t heldBytes() const;
-  /// Those of them that compression will replace.
-  [[nodiscard]] std::int64_t waitingBytes() const;
 
  private:
   /// Tiles from `firstTile` up to the next run: all uniform with `pixel`, or data in consecutive slots.

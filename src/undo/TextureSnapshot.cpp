@@ -111,8 +111,4 @@ void TextureSnapshot::helpCompression(std::chrono::milliseconds limit,
   compressionQueue::help(limit, isEnough);
 }
 
-std::int64_t TextureSnapshot::bytesToCompress() {
-  return compressionQueue::waitingBytes();
-}
-
 }  // namespace orvanel

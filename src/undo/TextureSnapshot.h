@@ -61,8 +61,6 @@ class TextureSnapshot {
   /// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after
   /// `limit`.
   static void helpCompression(std::chrono::milliseconds limit, const std::function<bool()>& isEnough);
-  /// Bytes of raw tiles, of all snapshots, that compression will replace.
-  [[nodiscard]] static std::int64_t bytesToCompress();
 
  private:
   TextureSnapshot(const Surface& texture, const PixelRect& region, bool isReady);

@@ -9,8 +9,10 @@
 namespace orvanel {
 namespace {
 
-// Compression mostly makes enough room sooner; a pause of this length is barely felt.
+// A pause of this length is barely felt, and two cores save so many bytes in it. Waiting for more would be in
+// vain.
 constexpr std::chrono::milliseconds longestWait{40};
+constexpr std::int64_t mostSavedByWaiting = std::int64_t{16} << 20;
 
 }  // namespace
 
@@ -81,10 +83,8 @@ void UndoStack::enforceLimits() {
   evictOldest(std::ssize(operations_) - maxOperations.value());
   if (!isOverBudget()) return;
   dropReadiness();
-  // What is too much even if all that waits for compression shrinks by half has to go at once. Nothing else
-  // is evicted before compression has had a moment.
-  evictBeyond(memoryBudget.value() + TextureSnapshot::bytesToCompress() / 2);
-  if (operations_.size() >= 2) {
+  // Nothing is evicted for bytes that are about to shrink.
+  if (operations_.size() >= 2 && totalMemoryCost() - memoryBudget.value() <= mostSavedByWaiting) {
     TextureSnapshot::helpCompression(longestWait, [this] { return !isOverBudget(); });
   }
   evictBeyond(memoryBudget.value());
