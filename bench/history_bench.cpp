@@ -15,7 +15,7 @@ namespace {
 
 constexpr double mebibyte = 1024.0 * 1024.0;
 
-const MetalContext& context() {
+MetalContext& context() {
   return MetalContext::shared();
 }
 

@@ -26,7 +26,7 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-/// What one iteration works through: pixels and bytes of the surface that the workload is about.
+/// The pixels and bytes that one iteration processes.
 void report(benchmark::State& state, const Surface& surface) {
   const double pixels = static_cast<double>(surface.width()) * surface.height() / 1e6;
   state.counters["megapixels"] = benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate);
@@ -38,7 +38,7 @@ const Surface& photo() {
   return *layer;
 }
 
-/// A mask of which every tile holds data.
+/// A mask without uniform tiles.
 const Surface& photoMask(int channel) {
   static const auto masks = [] {
     std::array<Surface, 2> made{Surface(maskPixelFormat, side, side), Surface(maskPixelFormat, side, side)};
@@ -64,7 +64,7 @@ void copyTile(const Surface& source, Surface& destination, int index) {
   std::memcpy(destination.overwriteTile(index), tile.data(), source.tileBytes());
 }
 
-/// The same pixels in tiles of its own, whose memory has been touched.
+/// An unshared copy whose memory has been touched.
 Surface unsharedCopy(const Surface& source) {
   Surface copy(source.format(), source.width(), source.height());
   tbb::parallel_for(0, source.tileCount(), [&](int index) { copyTile(source, copy, index); });
@@ -177,7 +177,7 @@ void intersectMasks(benchmark::State& state) {
   inPlace(state, photoMask(0), [](Surface& mask) { context().intersectMasks(mask, photoMask(1)); });
 }
 
-/// Tiles of data that are empty but for a dot in the middle, so that each must be read to its end.
+/// Data tiles that are empty except for a dot in the middle, so that each must be scanned.
 Surface allButEmpty(PixelFormat format) {
   Surface surface(format, side, side);
   for (int index = 0; index < surface.tileCount(); ++index) (void)surface.editTile(index);
@@ -206,27 +206,37 @@ void ellipse(benchmark::State& state, float feather) {
   report(state, mask);
 }
 
+/// The largest canvas, feathered as widely as the tools allow.
+void rectFeather1000(benchmark::State& state) {
+  constexpr int largest = 16384;
+  Surface mask(maskPixelFormat, largest, largest);
+  for (auto _ : state) {
+    context().fillRectMask(mask, {largest / 4, largest / 4, largest / 2, largest / 2}, 1000.0F);
+  }
+  report(state, mask);
+}
+
 enum class Outline { circle, star, crossings };
 
-/// A thousand points about the canvas's middle, or anywhere.
-std::vector<PolygonPoint> outlinePoints(Outline outline) {
+/// Points about the canvas's middle, or anywhere.
+std::vector<PolygonPoint> outlinePoints(Outline outline, int count) {
   std::vector<PolygonPoint> points;
   std::mt19937 random(11);
   std::uniform_real_distribution<float> anywhere(0.0F, side);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < count; ++i) {
     if (outline == Outline::crossings) {
       points.push_back({anywhere(random), anywhere(random)});
       continue;
     }
-    const float angle = static_cast<float>(i) * 2.0F * std::numbers::pi_v<float> / 1000.0F;
+    const float angle = static_cast<float>(i) * 2.0F * std::numbers::pi_v<float> / static_cast<float>(count);
     const float radius = side * (outline == Outline::star && i % 2 == 1 ? 0.2F : 0.48F);
     points.push_back({side / 2.0F + radius * std::cos(angle), side / 2.0F + radius * std::sin(angle)});
   }
   return points;
 }
 
-void polygon(benchmark::State& state, Outline outline) {
-  const std::vector<PolygonPoint> points = outlinePoints(outline);
+void polygon(benchmark::State& state, Outline outline, int count) {
+  const std::vector<PolygonPoint> points = outlinePoints(outline, count);
   Surface mask(maskPixelFormat, side, side);
   for (auto _ : state) context().fillPolygonMask(mask, points);
   report(state, mask);
@@ -343,9 +353,12 @@ ORVANEL_KERNEL(readLimit);
 ORVANEL_KERNEL(layerContentBounds);
 ORVANEL_KERNEL_OF(ellipse, sharp, 0.0F);
 ORVANEL_KERNEL_OF(ellipse, feather50, 50.0F);
-ORVANEL_KERNEL_OF(polygon, circle, Outline::circle);
-ORVANEL_KERNEL_OF(polygon, star, Outline::star);
-ORVANEL_KERNEL_OF(polygon, crossings, Outline::crossings);
+ORVANEL_KERNEL(rectFeather1000);
+ORVANEL_KERNEL_OF(polygon, circle, Outline::circle, 1000);
+ORVANEL_KERNEL_OF(polygon, star, Outline::star, 1000);
+ORVANEL_KERNEL_OF(polygon, crossings, Outline::crossings, 1000);
+ORVANEL_KERNEL_OF(polygon, scribble16000, Outline::crossings, 16000);
+ORVANEL_KERNEL_OF(polygon, scribble50000, Outline::crossings, 50000);
 ORVANEL_KERNEL_OF(wand, blob, 0U);
 ORVANEL_KERNEL_OF(wand, noise, 10U);
 ORVANEL_KERNEL(translateContent);

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -18,7 +19,8 @@ class SnapshotContents;
 
 class TextureSnapshot {
  public:
-  /// Captures `region` (or all) of `texture` as it is now. Null when the region is empty or lies outside.
+  /// Captures `region` (or all) of `texture`. Null when the region is empty or not within the surface, or
+  /// memory is refused.
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> capture(const Surface& texture,
                                                                 const MetalContext& context);
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> capture(const Surface& texture,
@@ -37,14 +39,14 @@ class TextureSnapshot {
   [[nodiscard]] int height() const { return region_.height; }
   /// Bytes of the packed rows.
   [[nodiscard]] std::int64_t uncompressedSize() const;
-  /// True once background compression is through, whether or not it helped.
+  /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;
   /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the
   /// compressed form replaces it, and nothing while a surface holds it too. What n snapshots share counts
   /// 1/n for each. Raw tiles kept ready count as well.
   [[nodiscard]] std::int64_t compressedSize() const;
 
-  /// Puts the pixels back where they were taken. Tiles that still stand unchanged cost nothing.
+  /// Puts the pixels back where they were captured. Unchanged tiles cost nothing.
   /// The format is the captured one; a region beyond the destination is clipped.
   void restore(Surface& destination, const MetalContext& context) const;
   /// Whether raw tiles are kept beside the compressed ones from now on, so that restoring puts tiles back
@@ -57,8 +59,9 @@ class TextureSnapshot {
 
   /// Blocks until all compression, and any other background work, has ended. For exact memory figures.
   static void waitForCompression();
-  /// Compresses on this thread and all cores what is waiting; returns when done, or soon after `limit`.
-  static void helpCompression(std::chrono::milliseconds limit);
+  /// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after
+  /// `limit`.
+  static void helpCompression(std::chrono::milliseconds limit, const std::function<bool()>& isEnough);
 
  private:
   TextureSnapshot(const Surface& texture, const PixelRect& region, bool isReady);

@@ -12,7 +12,7 @@ using reference::context;
 using reference::Image;
 using reference::maskAt;
 
-/// The share of a pixel's area, by a grid of points.
+/// The covered share of a pixel's area, estimated on a grid of points.
 double sampledArea(int x, int y, int grid, const std::function<bool(double, double)>& isInside) {
   int hits = 0;
   for (int j = 0; j < grid; ++j) {
@@ -35,7 +35,7 @@ bool isInsidePolygon(const std::vector<PolygonPoint>& points, double x, double y
   return inside;
 }
 
-/// Convolves with a Gaussian that reaches far, the edges replicated.
+/// Convolves with a Gaussian of large reach, edges replicated.
 Image blurred(const Image& image, double sigma) {
   const int reach = static_cast<int>(std::ceil(5.0 * sigma));
   std::vector<double> weights;
@@ -145,7 +145,7 @@ TEST(FillEllipseMask, ItsWholeAreaIsPiTimesBothRadii) {
   EXPECT_EQ(maskAt(mask, 0, 0), 0.0F);
 }
 
-TEST(FillEllipseMask, NoRadiusAndNoNumberCoverNothing) {
+TEST(FillEllipseMask, NonPositiveRadiiAndNaNCoverNothing) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   Surface mask(PixelFormat::r16Float, 20, 20);
   for (const auto& [radius, center] : {std::pair{0.0F, 5.0F}, {-3.0F, 5.0F}, {nan, 5.0F}, {4.0F, nan}}) {
@@ -163,6 +163,64 @@ TEST(FillEllipseMask, AFeatherBlursTheSharpOne) {
     context().fillEllipseMask(mask, 130.0F, 30.0F, 60.0F, 50.0F, 12.0F);
     reference::expectImage(mask, blurred(reference::imageOf(sharp), 6.0), 1e-4);
   });
+}
+
+/// A row's or column's blur of what lies from `begin` to `end`, with the outermost pixels repeated.
+std::vector<double> blurredSpan(int size, int begin, int end, double sigma) {
+  const int reach = static_cast<int>(std::ceil(6.0 * sigma));
+  std::vector<double> result(static_cast<std::size_t>(size));
+  for (int x = 0; x < size; ++x) {
+    double inside = 0.0;
+    double sum = 0.0;
+    for (int i = -reach; i <= reach; ++i) {
+      const double weight = std::exp(-i * i / (2.0 * sigma * sigma));
+      const int from = std::clamp(x + i, 0, size - 1);
+      if (from >= begin && from < end) inside += weight;
+      sum += weight;
+    }
+    result[static_cast<std::size_t>(x)] = inside / sum;
+  }
+  return result;
+}
+
+TEST(FillRectMask, AWideFeatherStaysWithinAThousandthOfTheGaussian) {
+  constexpr int width = 1003;
+  constexpr int height = 389;
+  for (const PixelRect rect : {PixelRect{300, 100, 250, 130}, {0, 0, 999, 200}, {17, 0, 986, 389}}) {
+    for (const float feather : {128.0F, 250.0F, 333.0F, 1000.0F, 4000.0F}) {
+      SCOPED_TRACE(testing::Message() << rect.x << ", feather " << feather);
+      const double sigma = static_cast<double>(feather) / 2.0;
+      const std::vector<double> across = blurredSpan(width, rect.x, rect.x + rect.width, sigma);
+      const std::vector<double> down = blurredSpan(height, rect.y, rect.y + rect.height, sigma);
+      Image expected(width, height);
+      for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+          expected.at(x, y).fill(across[static_cast<std::size_t>(x)] * down[static_cast<std::size_t>(y)]);
+        }
+      }
+      forEveryInstructionSet([&] {
+        Surface mask(PixelFormat::r16Float, width, height);
+        context().fillRectMask(mask, rect, feather);
+        // In addition to the rounding to half floats.
+        reference::expectImage(mask, expected, 5e-4);
+      });
+    }
+  }
+}
+
+TEST(FillEllipseMask, AWideFeatherStaysWithinAThousandthOfTheGaussian) {
+  Surface sharp(PixelFormat::r16Float, 300, 210);
+  context().fillEllipseMask(sharp, 280.0F, 90.0F, 90.0F, 60.0F, 0.0F);
+  Surface mask(PixelFormat::r16Float, 300, 210);
+  context().fillEllipseMask(mask, 280.0F, 90.0F, 90.0F, 60.0F, 128.0F);
+  reference::expectImage(mask, blurred(reference::imageOf(sharp), 64.0), 5e-4);
+}
+
+TEST(FillEllipseMask, AWideFeatherLeavesFarTilesUniform) {
+  Surface mask(PixelFormat::r16Float, 2000, 1500);
+  context().fillEllipseMask(mask, 0.0F, 0.0F, 700.0F, 700.0F, 128.0F);
+  EXPECT_EQ(mask.tile(0), Tile::uniform(0x3C00));
+  EXPECT_EQ(mask.tile(mask.tileCount() - 1), Tile::uniform(0));
 }
 
 TEST(FillPolygonMask, NoPointsDoNothing) {
@@ -218,7 +276,7 @@ TEST(FillPolygonMask, CrossingsAndNestedLoopsFollowTheEvenOddRule) {
   }
 }
 
-/// Even-odd coverage by many lines to a row of pixels, each of which is exact from left to right.
+/// Even-odd coverage from many scan lines per pixel row, each exact horizontally.
 Image scanned(const std::vector<PolygonPoint>& points, int width, int height, int linesPerRow) {
   Image image(width, height);
   for (int line = 0; line < height * linesPerRow; ++line) {
@@ -243,7 +301,7 @@ Image scanned(const std::vector<PolygonPoint>& points, int width, int height, in
   return image;
 }
 
-TEST(FillPolygonMask, ManyEdgesThatCrossInOnePixelAreTakenApart) {
+TEST(FillPolygonMask, EdgesThatIntersectWithinAPixelAreSplit) {
   std::uniform_real_distribution<float> place(-30.0F, 300.0F);
   for (const unsigned seed : {3U, 62U}) {
     std::mt19937 random(seed);
@@ -257,6 +315,52 @@ TEST(FillPolygonMask, ManyEdgesThatCrossInOnePixelAreTakenApart) {
     Surface mask(PixelFormat::r16Float, 270, 260);
     context().fillPolygonMask(mask, points);
     reference::expectImage(mask, scanned(points, 270, 260, 200), 0.005);
+  }
+}
+
+TEST(FillPolygonMask, DenselyCrossedRowsAreSampled) {
+  std::mt19937 random(65);
+  std::uniform_real_distribution<float> place(-20.0F, 290.0F);
+  std::vector<PolygonPoint> points;
+  for (int i = 0; i < 3000; ++i) {
+    const float x = place(random);
+    points.push_back({x, place(random) * 0.4F});
+  }
+  // A corner far below, so that exact rows follow the sampled ones.
+  points.push_back({60.0F, 200.0F});
+  points.push_back({200.0F, 190.5F});
+  const Image expected = scanned(points, 270, 210, 100);
+  forEveryInstructionSet([&] {
+    Surface mask(PixelFormat::r16Float, 270, 210);
+    context().fillPolygonMask(mask, points);
+    double squares = 0.0;
+    for (int y = 0; y < 210; ++y) {
+      for (int x = 0; x < 270; ++x) {
+        const double error = static_cast<double>(maskAt(mask, x, y)) - expected.at(x, y)[0];
+        ASSERT_NEAR(error, 0.0, y < 120 ? 0.2 : 0.005) << x << ", " << y;
+        squares += error * error;
+      }
+    }
+    EXPECT_LT(std::sqrt(squares / (270 * 210)), 0.03);
+  });
+}
+
+TEST(FillPolygonMask, PixelsWhollyInsideOrOutsideAreExactInSampledRowsToo) {
+  // A dense scribble beside a block of solid pixels, one polygon.
+  std::mt19937 random(66);
+  std::uniform_real_distribution<float> place(100.0F, 199.0F);
+  std::vector<PolygonPoint> points{{10, 0}, {50, 0}, {50, 200}, {10, 200}, {10, 0}, {100, 0}};
+  for (int i = 0; i < 2000; ++i) {
+    const float x = place(random);
+    points.push_back({x, (place(random) - 100.0F) * 2.0F});
+  }
+  points.push_back({100, 0});
+  Surface mask(PixelFormat::r16Float, 210, 200);
+  context().fillPolygonMask(mask, points);
+  for (int y = 0; y < 200; ++y) {
+    for (int x = 0; x < 100; ++x)
+      ASSERT_EQ(maskAt(mask, x, y), x >= 10 && x < 50 ? 1.0F : 0.0F) << x << ", " << y;
+    ASSERT_EQ(maskAt(mask, 205, y), 0.0F) << y;
   }
 }
 
@@ -300,7 +404,7 @@ TEST(FillPolygonMask, FlatEdgesAcrossManyColumnsAndBeyondTheCanvasKeepTheirArea)
   });
 }
 
-TEST(FillPolygonMask, PointsThatAreNoNumbersAreLeftOut) {
+TEST(FillPolygonMask, NonFinitePointsAreIgnored) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   Surface mask(PixelFormat::r16Float, 20, 20);
   context().fillPolygonMask(mask, std::vector<PolygonPoint>{{2, 2}, {nan, 4}, {10, 2}, {10, 9}, {2, 9}});

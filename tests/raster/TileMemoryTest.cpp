@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <thread>
 #include <vector>
 
 namespace orvanel {
@@ -27,13 +28,13 @@ void release(const std::vector<std::byte*>& blocks) {
   for (std::byte* block : blocks) tileMemory::release(block, blockBytes);
 }
 
-/// How many bytes of these blocks have memory behind them.
+/// The number of resident bytes of these blocks.
 std::size_t residentBytes(const std::vector<std::byte*>& blocks) {
   constexpr std::size_t pageBytes = 4096;
   std::size_t resident = 0;
   for (std::byte* block : blocks) {
     std::array<unsigned char, blockBytes / pageBytes> pages{};
-    // A block whose slab has gone isn't mapped any more.
+    // Blocks of returned slabs are no longer mapped.
     if (mincore(block, blockBytes, pages.data()) != 0) continue;
     const auto present = [](unsigned char page) { return (page & 1U) != 0; };
     resident += static_cast<std::size_t>(std::count_if(pages.begin(), pages.end(), present)) * pageBytes;
@@ -55,7 +56,7 @@ TEST(TileMemory, GivesBackWhatItHandedOut) {
   EXPECT_EQ(tileMemory::bytesInUse(), before);
 }
 
-TEST(TileMemory, WhatAnEditGaveUpIsAtHandForTheNext) {
+TEST(TileMemory, MemoryReleasedByOneEditIsReusedByTheNext) {
   const auto kept = writtenBlocks(32 * mebibyte);
   const auto given = writtenBlocks(32 * mebibyte);
   release(given);
@@ -77,7 +78,30 @@ TEST(TileMemory, TheReserveIsNoLargerThanWhatIsInUse) {
   EXPECT_LE(residentBytes(given) + residentBytes(kept), 8 * mebibyte);
 }
 
-TEST(TileMemory, FreeBlocksBesideUsedOnesGiveTheirMemoryBack) {
+TEST(TileMemory, TheReserveGrowsByWhatAnEditMissed) {
+  tileMemory::giveBackReserve();
+  tileMemory::trim();
+  const auto first = writtenBlocks(64 * mebibyte);
+  tileMemory::trim();
+  // Never written to, yet backed by memory.
+  std::vector<std::byte*> next(64 * mebibyte / blockBytes);
+  for (std::byte*& block : next) block = tileMemory::allocate(blockBytes);
+  EXPECT_GE(residentBytes(next), 60 * mebibyte);
+  release(next);
+  release(first);
+}
+
+TEST(TileMemory, AnIdleReserveIsReturnedToTheSystem) {
+  tileMemory::giveBackReserve();
+  const tileMemory::ScopedIdleTime idle(std::chrono::milliseconds(1));
+  const auto kept = writtenBlocks(16 * mebibyte);
+  const auto given = writtenBlocks(16 * mebibyte);
+  release(given);
+  while (residentBytes(given) > 0) std::this_thread::yield();
+  release(kept);
+}
+
+TEST(TileMemory, FreeBlocksInUsedSlabsReturnTheirMemory) {
   const auto blocks = writtenBlocks(8 * mebibyte);
   std::vector<std::byte*> used;
   std::vector<std::byte*> freed;

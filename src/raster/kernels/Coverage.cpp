@@ -11,8 +11,6 @@
 namespace orvanel::kernels {
 namespace {
 
-constexpr std::uint16_t halfOne = 0x3C00;
-
 /// What a stretch of a row holds.
 enum class Stretch { empty, full, mixed };
 
@@ -232,6 +230,7 @@ void writeCoverage(Surface& mask, const RowShape& shape) {
 }
 
 void writeBlurredCoverage(Surface& mask, const RowShape& shape, double sigma) {
+  if (sigma >= leastWideSigma) return writeWidelyBlurredCoverage(mask, shape, sigma);
   std::vector<RowCoverage> rows(static_cast<std::size_t>(mask.height()));
   tbb::parallel_for(0, mask.height(), [&](int y) { shape(y, rows[static_cast<std::size_t>(y)]); });
   const GaussianKernel kernel = gaussianOf(sigma);

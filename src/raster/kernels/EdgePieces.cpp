@@ -1,5 +1,7 @@
 #include "raster/kernels/EdgePieces.h"
 
+#include "raster/kernels/DensePolygon.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "raster/kernels/EdgePieces.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
@@ -50,6 +52,23 @@ void sharePieces(const PieceBlock& pieces, std::size_t count, int canvasWidth, P
   }
 }
 
+void placesOnLine(std::span<const float> enter, std::span<const float> way, float share, float shift,
+                  std::int32_t last, std::int32_t* places) {
+  const auto placesFrom = [&](auto floats, std::size_t i) {
+    const hn::RebindToSigned<decltype(floats)> integers;
+    const auto start = hn::Add(hn::LoadU(floats, &enter[i]), hn::Set(floats, shift));
+    const auto place = hn::MulAdd(hn::LoadU(floats, &way[i]), hn::Set(floats, share), start);
+    const auto most = hn::Set(floats, static_cast<float>(last));
+    hn::StoreU(hn::ConvertTo(integers, hn::Min(hn::Max(place, hn::Zero(floats)), most)), integers,
+               places + i);
+  };
+  const hn::ScalableTag<float> many;
+  const hn::CappedTag<float, 1> one;
+  std::size_t i = 0;
+  for (; i + hn::Lanes(many) <= enter.size(); i += hn::Lanes(many)) placesFrom(many, i);
+  for (; i < enter.size(); ++i) placesFrom(one, i);
+}
+
 }  // namespace orvanel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -57,9 +76,15 @@ HWY_AFTER_NAMESPACE();
 namespace orvanel::kernels {
 
 HWY_EXPORT(sharePieces);
+HWY_EXPORT(placesOnLine);
 
 void sharePieces(const PieceBlock& pieces, std::size_t count, int canvasWidth, PieceShares& shares) {
   HWY_DYNAMIC_DISPATCH(sharePieces)(pieces, count, canvasWidth, shares);
+}
+
+void placesOnLine(std::span<const float> enter, std::span<const float> way, float share, float shift,
+                  std::int32_t last, std::int32_t* places) {
+  HWY_DYNAMIC_DISPATCH(placesOnLine)(enter, way, share, shift, last, places);
 }
 
 }  // namespace orvanel::kernels
