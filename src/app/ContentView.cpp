@@ -26,6 +26,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   canvasPane_ = new CanvasPaneView(appState.metalContext, appState.toolState, this);
   statusBar_ = new StatusBarPane(this);
   progressLine_ = new ProgressLine(files.activity, this);
+  progressLine_->onCancel = [&files] { files.cancelAll(); };
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
@@ -136,7 +137,7 @@ void ContentView::refresh() {
 
 void ContentView::placeProgressLine() {
   layout()->activate();
-  progressLine_->setGeometry(0, canvasPane_->y(), width(), ProgressLine::thickness);
+  progressLine_->placeIn(canvasPane_->geometry());
 }
 
 void ContentView::resizeEvent(QResizeEvent* /*event*/) {

@@ -32,6 +32,7 @@ class ContentView : public QWidget {
   [[nodiscard]] DocumentTabBar& tabBar() { return *tabBar_; }
   [[nodiscard]] CanvasPaneView& canvasPane() { return *canvasPane_; }
   [[nodiscard]] StatusBarPane& statusBar() { return *statusBar_; }
+  [[nodiscard]] ProgressLine& progressLine() { return *progressLine_; }
 
  protected:
   bool event(QEvent* event) override;

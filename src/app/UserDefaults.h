@@ -24,6 +24,9 @@ class UserDefaults {
   void setValue(const QString& key, const QVariant& value) { settings_.setValue(key, value); }
   void removeValue(const QString& key) { settings_.remove(key); }
 
+  /// Brings to the disk what has been set.
+  void synchronize() { settings_.sync(); }
+
   [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
   [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }
 

@@ -39,6 +39,9 @@ class ScriptedWriter : public SaveQueueClient {
   }
 
   void succeed() { end({}); }
+  void cancel() {
+    end(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QStringLiteral("Cancelled."), true}));
+  }
   void fail(const char* reason) {
     end(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QString::fromUtf8(reason)}));
   }
@@ -153,6 +156,29 @@ TEST_F(SaveQueueTest, ARequestMadeDuringAReportIsKept) {
   writer.fail("The disk is full.");
   EXPECT_THAT(writer.takeLog(),
               ElementsAre("failed sky", "report sky: The disk is full.", "begin Sky elsewhere"));
+}
+
+TEST_F(SaveQueueTest, ACancelledSaveEndsWithoutAReport) {
+  save(sky, "sky");
+  save(sea, "sea");
+  writer.takeLog();
+  writer.cancel();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sky", "begin Sea sea"));
+  writer.succeed();
+}
+
+TEST_F(SaveQueueTest, CancellingTheWaitingSavesLeavesTheRunningOne) {
+  save(sky, "sky");
+  save(sea, "sea");
+  save(sky, "copy");
+  writer.takeLog();
+  queue.cancelWaiting();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sea", "failed copy"));
+  EXPECT_TRUE(queue.contains(sky->id));
+  EXPECT_FALSE(queue.contains(sea->id));
+  writer.succeed();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("saved sky"));
+  EXPECT_TRUE(queue.isEmpty());
 }
 
 TEST_F(SaveQueueTest, TheQueueKnowsWhoseSavesItHolds) {
