@@ -12,6 +12,7 @@
 #include "app/ExportFormats.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/BackgroundJob.h"
+#include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 #include "model/NotificationCenter.h"
@@ -19,12 +20,6 @@
 namespace orvanel {
 
 namespace {
-
-constexpr auto documentExtension = "tessel";
-
-bool isNativeDocument(const QString& path) {
-  return QFileInfo(path).suffix().toLower() == QLatin1String(documentExtension);
-}
 
 /// A side typed as a decimal integer within the limits of a canvas.
 std::optional<int> parsedSide(const QString& text) {
@@ -125,7 +120,7 @@ void DocumentFiles::openNext(const std::shared_ptr<OpenBatch>& batch) {
     if (result) {
       documentOpened(*result);
     } else {
-      batch->errors << QFileInfo(path).fileName() + QStringLiteral(": ") + result.error().message;
+      batch->errors << displayName(path) + QStringLiteral(": ") + result.error().message;
     }
     openNext(batch);
   };
@@ -201,7 +196,7 @@ void DocumentFiles::save(const DocumentPtr& document) {
   // A request that comes while another save runs is dropped, and the document keeps its mark.
   if (savingDocument_) return;
   const auto& path = document->sourceFileURL.value();
-  if (path && isNativeDocument(*path)) {
+  if (path && isDocumentName(*path)) {
     saveNativeInBackground(document, *path);
   } else if (path && document->sourceFileFormat.value() && document->canSaveAsFlatImage()) {
     saveFlatInBackground(document, *path, *document->sourceFileFormat.value());
@@ -324,7 +319,7 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
 
 bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
   const auto& source = document->sourceFileURL.value();
-  if (source && isNativeDocument(*source)) {
+  if (source && isDocumentName(*source)) {
     refreshComposite(*document);
     return reportSavedForClosing(document,
                                  DocumentIO::saveSynchronously(document, *source, appState_.metalContext));

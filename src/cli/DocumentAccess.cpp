@@ -1,8 +1,7 @@
 #include "cli/DocumentAccess.h"
 
-#include <QFileInfo>
-
 #include "io/document/DocumentIO.h"
+#include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 
@@ -33,10 +32,6 @@ tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
                                          : openImage(path, context);
   if (!document) return failed(path, document.error().message);
   return std::move(*document);
-}
-
-bool isDocumentName(const QString& path) {
-  return QFileInfo(path).suffix().compare(u"tessel", Qt::CaseInsensitive) == 0;
 }
 
 CommandResult checkWritableName(const QString& path) {

@@ -9,6 +9,7 @@
 
 #include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
+#include "io/files/FileName.h"
 #include "io/files/MemoryLimit.h"
 #include "io/files/Parallel.h"
 #include "raster/Regularity.h"
@@ -183,7 +184,7 @@ Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInf
                       entry.size == LayerdataHeader::byteSize + header.payloadSize();
   if (agrees) return {};
   return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                     .arg(QString::fromStdString(entry.path)));
+                     .arg(displayName(QString::fromStdString(entry.path))));
 }
 
 /// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
@@ -282,7 +283,7 @@ Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
     if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
       continue;
     return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                       .arg(QString::fromStdString(entries[index].path)));
+                       .arg(displayName(QString::fromStdString(entries[index].path))));
   }
   if (others <= 8 * canvasPixels + roomForOthers) return {};
   return because(QStringLiteral("The archive holds more than its document can need."));

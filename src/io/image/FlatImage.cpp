@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "io/files/AtomicFile.h"
+#include "io/files/FileName.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
 #include "io/image/PngWriter.h"
@@ -170,11 +171,6 @@ std::optional<Format> imageFileFormat(const QString& path) {
   if (extension == QLatin1String("gif")) return Format::gif;
   if (extension == QLatin1String("bmp")) return Format::bmp;
   return std::nullopt;
-}
-
-QString documentName(const QString& path) {
-  const QFileInfo file(path);
-  return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
 }
 
 ColorMode colorMode(const ImageTraits& image) {

@@ -16,10 +16,6 @@ namespace orvanel {
 /// The format that a file name's extension selects, in either case; nothing for any other extension.
 [[nodiscard]] std::optional<Document::ImageFileFormat> imageFileFormat(const QString& path);
 
-/// What a document is called that comes from this file or is saved to it: the file's name without its
-/// extension, or all of a name that is nothing but an extension.
-[[nodiscard]] QString documentName(const QString& path);
-
 /// What a decoded file says of its pixels.
 struct ImageTraits {
   bool isMonochrome = false;  ///< by its colour space

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <vector>
 
+#include "io/files/FileName.h"
 #include "io/files/InputFile.h"
 #include "io/image/HeifDecoder.h"
 #include "io/image/ImageHeader.h"
@@ -103,8 +104,7 @@ Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
 }
 
 bool isHeif(const QString& path) {
-  const QString name = path.toLower();
-  return name.endsWith(QLatin1String(".heic")) || name.endsWith(QLatin1String(".heif"));
+  return hasExtension(path, u"heic") || hasExtension(path, u"heif");
 }
 
 }  // namespace
