@@ -1,5 +1,6 @@
 #include "cli/DocumentAccess.h"
 
+#include "cli/Output.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
@@ -27,11 +28,15 @@ CommandResult writeComposite(const Document& document, const QString& path,
 
 tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
   MetalContext& context = MetalContext::shared();
-  FileResult<DocumentPtr> document = DocumentIO::isDocumentPath(path)
-                                         ? DocumentIO::loadSynchronously(path, context)
-                                         : openImage(path, context);
-  if (!document) return failed(path, document.error().message);
-  return std::move(*document);
+  if (DocumentIO::isDocumentPath(path)) {
+    FileResult<DocumentPtr> document = DocumentIO::loadSynchronously(path, context);
+    if (!document) return failed(path, document.error().message);
+    return std::move(*document);
+  }
+  const FileResult<FlatImage> image = readFlatImage(path, context);
+  if (!image) return failed(path, image.error().message);
+  if (!image->warning.isEmpty()) printErrorLine(path + QStringLiteral(": ") + image->warning);
+  return documentOfFlatImage(*image, path, context);
 }
 
 CommandResult checkWritableName(const QString& path) {

@@ -30,6 +30,8 @@ struct ImageTraits {
 struct FlatImage {
   ColorMode mode = ColorMode::rgb8;
   Texture pixels;
+  /// A sentence for the user about what is missing of the image; empty when all of it is there.
+  QString warning;
 };
 
 /// Decodes a file; what is no image, or larger than a canvas can be, is `loadFailed`.
@@ -38,7 +40,8 @@ struct FlatImage {
 [[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
                                                   const Progress& progress = {});
 
-/// A document of one layer, both named after the file. Main thread.
+/// A document of one layer, both named after the file. It has no format to be saved in when part of the image
+/// is missing, so that saving doesn't destroy what the file still holds. Main thread.
 [[nodiscard]] DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path,
                                               MetalContext& context);
 
