@@ -11,6 +11,8 @@
 #include <QXmlStreamWriter>
 #include <mutex>
 
+#include "io/files/FileName.h"
+
 namespace orvanel {
 
 namespace {
@@ -136,7 +138,7 @@ bool publishRecentFile(const QString& absolutePath) {
   const QString listPath = directory + QStringLiteral("/recently-used.xbel");
   const RecentFile file{
       QString::fromLatin1(QUrl::fromLocalFile(absolutePath).toEncoded(QUrl::FullyEncoded)),
-      absolutePath.endsWith(QStringLiteral(".tessel"), Qt::CaseInsensitive)
+      isDocumentName(absolutePath)
           ? QStringLiteral("application/vnd.fennimoor.orvanel+zip")
           : QMimeDatabase().mimeTypeForFile(absolutePath, QMimeDatabase::MatchExtension).name(),
       QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)};

@@ -7,6 +7,7 @@
 
 #include "app/ExportFormats.h"
 #include "app/FileMessage.h"
+#include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 #include "model/NotificationCenter.h"
@@ -14,12 +15,6 @@
 namespace orvanel {
 
 namespace {
-
-constexpr auto documentExtension = "tessel";
-
-bool isNativeDocument(const QString& path) {
-  return QFileInfo(path).suffix().toLower() == QLatin1String(documentExtension);
-}
 
 /// A side typed as a decimal integer within the limits of a canvas.
 std::optional<int> parsedSide(const QString& text) {
@@ -123,7 +118,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
   if (!path) return std::nullopt;
-  if (isNativeDocument(*path)) return SaveRequest{document, *path, std::nullopt};
+  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt};
   const auto& format = document->sourceFileFormat.value();
   if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
   return SaveRequest{document, *path, *format};

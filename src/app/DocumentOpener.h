@@ -12,6 +12,8 @@
 #include "app/FileActivity.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileError.h"
+#include "io/files/Progress.h"
+#include "io/image/FlatImage.h"
 
 namespace orvanel {
 
@@ -30,7 +32,8 @@ class DocumentOpener : public QObject {
   /// Called with every document that has been read.
   std::function<void(const DocumentPtr&)> onOpened;
 
-  /// Absolute paths. When the last file has been read, one alert names those that failed.
+  /// Absolute paths. When the last file has been read, one alert names those that failed and another those
+  /// of which something is missing; the latter stay open.
   void open(const QStringList& paths, Origin origin);
   /// Gives up everything that has not been read yet. Failures until now are still reported.
   void cancelAll();
@@ -42,9 +45,11 @@ class DocumentOpener : public QObject {
   using BatchPtr = std::shared_ptr<Batch>;
 
   void openNext(const BatchPtr& batch);
-  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
+  void openImage(const BatchPtr& batch, const QString& path, const Progress& progress);
+  void imageRead(const BatchPtr& batch, const QString& path, const FileResult<FlatImage>& image);
   void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result);
   void finish(const BatchPtr& batch);
+  [[nodiscard]] static QString failureTitle(const Batch& batch);
 
   MetalContext& context_;
   FileActivity& activity_;

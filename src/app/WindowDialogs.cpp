@@ -13,6 +13,7 @@
 #include "app/ExportFormatHelper.h"
 #include "app/ExportFormats.h"
 #include "app/NewDocumentDialog.h"
+#include "io/files/FileName.h"
 
 namespace orvanel {
 
@@ -22,7 +23,6 @@ constexpr int mostLinesShown = 16;
 constexpr int alertIconEdge = 48;
 /// Narrower, an alert breaks its lines too often to be read with ease.
 constexpr int narrowestAlertText = 320;
-constexpr auto documentExtension = "tessel";
 
 /// "*.png" as "*.png *.PNG": some desktops' panels tell the cases apart.
 QString inBothCases(const QString& patterns) {

@@ -43,13 +43,11 @@ void writeBounds(JsonWriter& json, const std::optional<PixelRect>& bounds) {
 void writeNodes(JsonWriter& json, const Document& document) {
   const BoundsOfLayers bounds = contentBoundsOfLayers(document);
   const NodeExtras extras = [&](JsonWriter& out, const NodeManifest& node) {
-    if (node.children) return;
+    if (node.hasChildren) return;
     out.key("contentBounds");
     writeBounds(out, bounds.value(node.id));
   };
-  json.openArray();
-  for (const LayerNode& node : document.rootNodes.value()) writeNode(json, describeNode(node), extras);
-  json.closeArray();
+  writeNodes(json, describeNodes(document.rootNodes.value()), extras);
 }
 
 }  // namespace orvanel

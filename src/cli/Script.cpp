@@ -1,8 +1,6 @@
 #include "cli/Script.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QSet>
 #include <algorithm>
 #include <cmath>
 #include <string_view>
@@ -16,25 +14,41 @@ QString quoted(const QString& name) {
   return u'"' + name + u'"';
 }
 
-/// Says which step, if any, gives a name twice: of two values the parser would silently keep the last.
-QString repeatedName(const QByteArray& text) {
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  std::string_view characters(text.constData(), static_cast<std::size_t>(text.size()));
-  if (characters.starts_with(byteOrderMark)) characters.remove_prefix(byteOrderMark.size());
-  JsonReader reader(characters);
-  int number = 0;
-  reader.array([&] {
-    ++number;
-    QSet<QString> names;
-    reader.object([&](const QString& name) {
-      if (names.contains(name)) {
-        reader.fail(QStringLiteral("step %1: %2 is given twice").arg(number).arg(quoted(name)));
-      }
-      names.insert(name);
-      reader.skip();
-    });
+/// The value of an argument. No command takes anything nested deeper than points, which are arrays of arrays.
+QJsonValue readValue(JsonReader& json, int depth = 0) {
+  constexpr int deepest = 2;
+  switch (json.kind()) {
+    case JsonReader::Kind::string:
+      return json.string();
+    case JsonReader::Kind::boolean:
+      return json.boolean();
+    case JsonReader::Kind::number:
+      return json.number();
+    case JsonReader::Kind::null:
+      return json.takeNull() ? QJsonValue() : json.number();
+    case JsonReader::Kind::array: {
+      QJsonArray elements;
+      if (depth == deepest) json.fail(QStringLiteral("an argument is nested too deeply"));
+      json.array([&] { elements.append(readValue(json, depth + 1)); });
+      return elements;
+    }
+    case JsonReader::Kind::object:
+      json.skip();
+      return QJsonObject();
+  }
+  return {};
+}
+
+/// The next step's members; one that is given twice is a fault.
+QJsonObject readStep(JsonReader& json, std::size_t number) {
+  QJsonObject step;
+  json.object([&](const QString& name) {
+    if (step.contains(name)) {
+      json.fail(QStringLiteral("step %1: %2 is given twice").arg(number).arg(quoted(name)));
+    }
+    step.insert(name, readValue(json));
   });
-  return reader.failure();
+  return step;
 }
 
 }  // namespace
@@ -135,24 +149,26 @@ StepResult StepArguments::finish() const {
 }
 
 tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& text) {
-  QJsonParseError error;
-  const QJsonDocument json = QJsonDocument::fromJson(text, &error);
-  if (error.error != QJsonParseError::NoError) {
-    return tl::make_unexpected(
-        QStringLiteral("no valid JSON at byte %1: %2").arg(error.offset).arg(error.errorString()));
+  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  std::string_view characters(text.constData(), static_cast<std::size_t>(text.size()));
+  if (characters.starts_with(byteOrderMark)) characters.remove_prefix(byteOrderMark.size());
+  JsonReader json(characters);
+  if (!json.hasFailed() && json.kind() != JsonReader::Kind::array) {
+    json.fail(QStringLiteral("a script is an array of steps"));
   }
-  if (!json.isArray()) return tl::make_unexpected(QStringLiteral("a script is an array of steps"));
   std::vector<ScriptStep> steps;
-  for (const QJsonValue element : json.array()) {
-    QJsonObject step = element.toObject();
+  json.array([&] {
+    const std::size_t number = steps.size() + 1;
+    const bool isObject = json.kind() == JsonReader::Kind::object;
+    QJsonObject step = isObject ? readStep(json, number) : QJsonObject();
     const QJsonValue command = step.take(QStringLiteral("do"));
     if (!command.isString()) {
-      return tl::make_unexpected(
-          QStringLiteral("step %1: a step is an object with a \"do\"").arg(steps.size() + 1));
+      json.fail(QStringLiteral("step %1: a step is an object with a \"do\"").arg(number));
     }
     steps.push_back({command.toString(), step});
-  }
-  if (const QString reason = repeatedName(text); !reason.isEmpty()) return tl::make_unexpected(reason);
+  });
+  json.end();
+  if (json.hasFailed()) return tl::make_unexpected(json.failure());
   return steps;
 }
 

@@ -116,6 +116,49 @@ TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open Image");
 }
 
+TEST_F(DocumentFilesTest, AnIncompleteImageOpensWithOneWarningAndIsNotSavedOverItsFile) {
+  const QString photo = writeImage("photo.jpg", 200, 200);
+  ASSERT_TRUE(QFile::resize(photo, QFileInfo(photo).size() * 2 / 3));
+  const DocumentPtr document = openOne(photo);
+  ASSERT_NE(document, nullptr);
+  EXPECT_EQ(document->canvasWidth.value(), 200);
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Opened Incompletely");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("photo.jpg: "));
+
+  int asked = 0;
+  subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
+                                                                 [&](const std::any&) { ++asked; }));
+  document->isDirty = true;
+  files.save(document);
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.jpg")}));
+}
+
+TEST_F(DocumentFilesTest, IncompleteAndUnreadableFilesAreReportedApart) {
+  const QString photo = writeImage("photo.jpg", 200, 200);
+  ASSERT_TRUE(QFile::resize(photo, QFileInfo(photo).size() * 2 / 3));
+  files.open({photo, writeText("broken.png", "no picture"), writeImage("whole.png")});
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("photo", "whole"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("broken.png: "));
+  EXPECT_EQ(dialogs.warnings[1].first, "Opened Incompletely");
+  EXPECT_THAT(dialogs.warnings[1].second, StartsWith("photo.jpg: "));
+}
+
+TEST_F(DocumentFilesTest, ALongFileNameIsShortenedInTheMiddleOfAMessage) {
+  const QString name = QString(120, u'a') + QString(100, u'z') + QStringLiteral(".png");
+  files.open({folder.filePath(name)});
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  const QString text = QString::fromStdString(dialogs.warnings[0].second);
+  EXPECT_TRUE(text.startsWith(QStringLiteral("aaaa")));
+  EXPECT_LT(text.indexOf(QStringLiteral(".png: ")), 80);
+  EXPECT_GT(text.indexOf(QStringLiteral("z.png: ")), 0);
+}
+
 TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
   state.recentDocuments.clear();
   int told = 0;

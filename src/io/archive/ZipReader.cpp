@@ -1,11 +1,11 @@
 #include "io/archive/ZipReader.h"
 
-#include <QStringDecoder>
 #include <algorithm>
 #include <mutex>
 
 #include "io/archive/ArchiveInput.h"
 #include "io/archive/ZipWriter.h"
+#include "io/files/FileName.h"
 #include "io/files/Parallel.h"
 
 namespace orvanel {
@@ -23,13 +23,8 @@ QString notAnArchive(zip_error_t& error) {
 }
 
 QString damaged(const ArchiveEntryInfo& info, const QString& reason) {
-  return QStringLiteral("The entry \"%1\" can't be read. %2").arg(QString::fromStdString(info.path), reason);
-}
-
-bool isUtf8(const std::string& text) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  const QString decoded = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-  return !decoder.hasError() && !decoded.contains(QChar::Null);
+  return QStringLiteral("The entry \"%1\" can't be read. %2")
+      .arg(displayName(QString::fromStdString(info.path)), reason);
 }
 
 /// One entry of the directory, within the limits of what can be honest.
@@ -42,7 +37,8 @@ Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
     return because(QStringLiteral("The archive's directory is damaged."));
   }
   ArchiveEntryInfo info{name, stat.size, stat.comp_size, stat.crc, stat.comp_method == ZIP_CM_DEFLATE};
-  if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path)) {
+  if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path) ||
+      info.path.find('\0') != std::string::npos) {
     return because(QStringLiteral("An entry of the archive has a name that can't be one."));
   }
   if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {

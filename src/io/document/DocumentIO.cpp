@@ -7,6 +7,7 @@
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/files/BackgroundJob.h"
+#include "io/files/FileName.h"
 
 namespace orvanel {
 namespace {
@@ -87,8 +88,7 @@ bool DocumentIO::isSaving() {
 }
 
 bool DocumentIO::isDocumentPath(const QString& path) {
-  const QFileInfo info(path);
-  return info.suffix().compare(u"tessel", Qt::CaseInsensitive) == 0 || info.isDir();
+  return isDocumentName(path) || QFileInfo(path).isDir();
 }
 
 void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalContext& /*context*/,

@@ -9,6 +9,7 @@
 
 #include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
+#include "io/files/FileName.h"
 #include "io/files/MemoryLimit.h"
 #include "io/files/Parallel.h"
 #include "raster/Regularity.h"
@@ -33,16 +34,16 @@ BlendMode blendModeOf(const NodeManifest& node) {
 
 /// Folders that don't let their children through get a surface of their own when they are shown.
 bool isolates(const NodeManifest& node) {
-  return node.children.has_value() && !node.children->empty() &&
-         (node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal);
+  return node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal;
 }
 
-std::uint64_t surfacesOf(const std::vector<NodeManifest>& nodes) {
+std::uint64_t surfacesOf(const NodeManifestList& nodes) {
   std::uint64_t count = 0;
-  for (const NodeManifest& node : nodes) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const NodeManifest& node = nodes[i];
+    const bool holdsNodes = i + 1 < nodes.size() && nodes[i + 1].depth > node.depth;
     count += (node.hasPixelData.value_or(true) ? 1U : 0U) + (node.mask.has_value() ? 1U : 0U) +
-             (isolates(node) ? 1U : 0U);
-    if (node.children.has_value()) count += surfacesOf(*node.children);
+             (holdsNodes && isolates(node) ? 1U : 0U);
   }
   return count;
 }
@@ -79,29 +80,52 @@ class TreeBuilder {
  public:
   TreeBuilder(const ZipReader& archive, Document& document) : archive_(archive), document_(document) {}
 
-  Described<LayerNodeList> build(const std::vector<NodeManifest>& manifests) {
-    LayerNodeList nodes;
-    for (const NodeManifest& manifest : manifests) {
+  Described<LayerNodeList> build(const NodeManifestList& manifests) {
+    // The folders that the next node may lie in, the last one innermost, each with the children it has so
+    // far.
+    std::vector<OpenFolder> open(1);
+    std::size_t index = 0;
+    while (index < manifests.size()) {
+      const NodeManifest& manifest = manifests[index];
+      closeFolders(open, static_cast<std::size_t>(manifest.depth) + 1);
       const std::optional<QUuid> id = idOf(manifest.id);
-      if (!id) continue;
       const bool isLayer = manifest.type == u"layer";
-      if (!isLayer && manifest.type != u"folder") continue;
-      if (seen_.contains(*id)) return because(QStringLiteral("The document has two nodes of the same id."));
-      seen_.insert(*id);
-      if (isLayer) {
-        nodes.emplace_back(buildLayer(manifest, *id));
-      } else {
-        auto folder = buildFolder(manifest, *id);
-        if (!folder) return because(folder.error());
-        nodes.emplace_back(std::move(*folder));
+      const bool isFolder = manifest.type == u"folder";
+      if (id && (isLayer || isFolder)) {
+        if (seen_.contains(*id))
+          return because(QStringLiteral("The document has two nodes with the same id."));
+        seen_.insert(*id);
       }
+      ++index;
+      if (id && isFolder) {
+        open.push_back({buildFolder(manifest, *id), {}});
+        continue;
+      }
+      if (id && isLayer) open.back().children.emplace_back(buildLayer(manifest, *id));
+      while (index < manifests.size() && manifests[index].depth > manifest.depth) ++index;
     }
-    return nodes;
+    closeFolders(open, 1);
+    return std::move(open.front().children);
   }
 
   std::vector<TextureLoadRequest> requests;
 
  private:
+  struct OpenFolder {
+    std::shared_ptr<LayerFolder> folder;
+    LayerNodeList children;
+  };
+
+  /// Ends folders until `count` are open.
+  static void closeFolders(std::vector<OpenFolder>& open, std::size_t count) {
+    while (open.size() > count) {
+      OpenFolder closed = std::move(open.back());
+      open.pop_back();
+      closed.folder->children = std::move(closed.children);
+      open.back().children.emplace_back(std::move(closed.folder));
+    }
+  }
+
   template <typename Node>
   static void setCommon(Node& node, const NodeManifest& manifest) {
     node.opacity = std::clamp(manifest.opacity, 0.0F, 1.0F);
@@ -110,15 +134,10 @@ class TreeBuilder {
     node.isLocked = manifest.isLocked;
   }
 
-  Described<std::shared_ptr<LayerFolder>> buildFolder(const NodeManifest& manifest, const QUuid& id) {
+  static std::shared_ptr<LayerFolder> buildFolder(const NodeManifest& manifest, const QUuid& id) {
     auto folder = std::make_shared<LayerFolder>(manifest.name, id);
     setCommon(*folder, manifest);
     folder->isExpanded = manifest.isExpanded.value_or(true);
-    if (manifest.children.has_value()) {
-      auto children = build(*manifest.children);
-      if (!children) return because(children.error());
-      folder->children = std::move(*children);
-    }
     return folder;
   }
 
@@ -165,7 +184,7 @@ Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInf
                       entry.size == LayerdataHeader::byteSize + header.payloadSize();
   if (agrees) return {};
   return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                     .arg(QString::fromStdString(entry.path)));
+                     .arg(displayName(QString::fromStdString(entry.path))));
 }
 
 /// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
@@ -264,41 +283,64 @@ Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
     if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
       continue;
     return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                       .arg(QString::fromStdString(entries[index].path)));
+                       .arg(displayName(QString::fromStdString(entries[index].path))));
   }
   if (others <= 8 * canvasPixels + roomForOthers) return {};
   return because(QStringLiteral("The archive holds more than its document can need."));
+}
+
+std::uint64_t tilesHeldBy(const Texture& texture) {
+  std::uint64_t count = 0;
+  for (int index = 0; texture != nullptr && index < texture->tileCount(); ++index)
+    count += texture->tile(index).isUniform() ? 0 : 1;
+  return count;
+}
+
+std::uint64_t tilesHeldBy(const Layer& layer) {
+  const auto& mask = layer.mask.value();
+  return tilesHeldBy(layer.texture.value()) + (mask ? tilesHeldBy(mask->maskTexture->texture) : 0);
+}
+
+bool passesThrough(const LayerFolder& folder) {
+  return folder.opacity.value() >= 1.0F && folder.blendMode.value() == BlendMode::normal;
 }
 
 /// Tiles with pixels under these nodes, and the most that the surfaces of isolating folders can have of them.
 struct TilesOfTree {
   std::uint64_t held = 0;
   std::uint64_t inFolders = 0;
-
-  void add(const Texture& texture) {
-    if (texture == nullptr) return;
-    for (int index = 0; index < texture->tileCount(); ++index)
-      held += texture->tile(index).isUniform() ? 0 : 1;
-  }
 };
 
 TilesOfTree tilesOf(const LayerNodeList& nodes, std::uint64_t tilesOfCanvas) {
+  struct OpenList {
+    const LayerNodeList* siblings;
+    const LayerFolder* owner;
+    std::size_t next = 0;
+    std::uint64_t held = 0;
+  };
   TilesOfTree sum;
-  for (const LayerNode& node : nodes) {
-    if (const std::shared_ptr<Layer> layer = node.layer()) {
-      sum.add(layer->texture.value());
-      if (const auto& mask = layer->mask.value()) sum.add(mask->maskTexture->texture);
+  std::vector<OpenList> open{{&nodes, nullptr}};
+  while (true) {
+    OpenList& list = open.back();
+    if (list.next < list.siblings->size()) {
+      const LayerNode& node = (*list.siblings)[list.next++];
+      if (const std::shared_ptr<Layer> layer = node.layer()) {
+        list.held += tilesHeldBy(*layer);
+      } else {
+        const std::shared_ptr<LayerFolder> folder = node.folder();
+        open.push_back({&folder->children.value(), folder.get()});
+      }
       continue;
     }
-    const std::shared_ptr<LayerFolder> folder = node.folder();
-    const TilesOfTree inside = tilesOf(folder->children.value(), tilesOfCanvas);
-    sum.held += inside.held;
-    sum.inFolders += inside.inFolders;
-    const bool passesThrough =
-        folder->opacity.value() >= 1.0F && folder->blendMode.value() == BlendMode::normal;
-    if (!passesThrough) sum.inFolders += std::min(inside.held, tilesOfCanvas);
+    const OpenList closed = list;
+    open.pop_back();
+    if (open.empty()) {
+      sum.held = closed.held;
+      return sum;
+    }
+    open.back().held += closed.held;
+    if (!passesThrough(*closed.owner)) sum.inFolders += std::min(closed.held, tilesOfCanvas);
   }
-  return sum;
 }
 
 }  // namespace

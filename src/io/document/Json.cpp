@@ -1,9 +1,10 @@
 #include "io/document/Json.h"
 
-#include <QStringDecoder>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+
+#include "io/files/FileName.h"
 
 namespace orvanel {
 namespace {
@@ -13,12 +14,6 @@ bool isSpace(char c) {
 }
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
-}
-
-bool isUtf8(std::string_view text) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  static_cast<void>(QString(decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())))));
-  return !decoder.hasError();
 }
 
 }  // namespace
@@ -49,11 +44,35 @@ void JsonReader::expect(char c) {
   ++at_;
 }
 
-bool JsonReader::open(char bracket) {
+void JsonReader::open(char bracket) {
   expect(bracket);
-  if (++depth_ > maximumDepth) fail(QStringLiteral("it is nested too deeply"));
   isFirst_ = true;
-  return !hasFailed();
+}
+
+std::optional<QString> JsonReader::nextKey() {
+  if (!nextItem('}')) return std::nullopt;
+  QString key = string();
+  expect(':');
+  if (hasFailed()) return std::nullopt;
+  return key;
+}
+
+JsonReader::Kind JsonReader::kind() {
+  switch (peek()) {
+    case '{':
+      return Kind::object;
+    case '[':
+      return Kind::array;
+    case '"':
+      return Kind::string;
+    case 't':
+    case 'f':
+      return Kind::boolean;
+    case 'n':
+      return Kind::null;
+    default:
+      return Kind::number;
+  }
 }
 
 bool JsonReader::nextItem(char closing) {
@@ -61,7 +80,6 @@ bool JsonReader::nextItem(char closing) {
   const bool isFirst = std::exchange(isFirst_, false);
   if (peek() == closing) {
     ++at_;
-    --depth_;
     return false;
   }
   if (!isFirst) expect(',');
@@ -196,13 +214,15 @@ QString JsonReader::string() {
 }
 
 void JsonReader::skipScalar() {
-  const char c = peek();
-  if (c == '"') {
-    static_cast<void>(string());
-  } else if (c == 't' || c == 'f') {
-    static_cast<void>(boolean());
-  } else if (!takeNull()) {
-    static_cast<void>(takeNumber());
+  switch (kind()) {
+    case Kind::string:
+      static_cast<void>(string());
+      return;
+    case Kind::boolean:
+      static_cast<void>(boolean());
+      return;
+    default:
+      if (!takeNull()) static_cast<void>(takeNumber());
   }
 }
 
@@ -212,18 +232,14 @@ void JsonReader::skip() {
   do {
     const char c = peek();
     if (c == '{' || c == '[') {
-      if (!open(c)) return;
+      open(c);
       awaited.append(c == '{' ? '}' : ']');
     } else {
       skipScalar();
     }
-    while (!awaited.isEmpty() && !nextItem(awaited.back())) {
-      if (hasFailed()) return;
+    while (!awaited.isEmpty() && !hasFailed()) {
+      if (awaited.back() == '}' ? nextKey().has_value() : nextElement()) break;
       awaited.chop(1);
-    }
-    if (!awaited.isEmpty() && awaited.back() == '}') {
-      static_cast<void>(string());
-      expect(':');
     }
   } while (!awaited.isEmpty() && !hasFailed());
 }

@@ -1,10 +1,11 @@
 // Reading and writing JSON (RFC 8259) without a tree in between: a cursor that is asked for what is
-// expected next, and a pretty printer. Memory and depth stay bounded whatever the text says. Any thread.
+// expected next, and a pretty printer. Neither recurses, so a text may be nested to any depth. Any thread.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace orvanel {
@@ -12,8 +13,8 @@ namespace orvanel {
 /// After the first failure every question is answered with a default and nothing moves any more.
 class JsonReader {
  public:
-  /// Nested deeper than this, a text is refused.
-  static constexpr int maximumDepth = 8192;
+  /// What a value is, by its first character.
+  enum class Kind { object, array, string, boolean, null, number };
 
   /// `text` outlives the reader.
   explicit JsonReader(std::string_view text);
@@ -21,20 +22,26 @@ class JsonReader {
   /// Calls `member(key)` for each member of the object that must come next; it takes the value.
   template <typename Member>
   void object(Member&& member) {
-    if (!open('{')) return;
-    while (nextItem('}')) {
-      const QString key = string();
-      expect(':');
-      if (hasFailed()) return;
-      member(key);
-    }
+    beginObject();
+    while (const auto key = nextKey()) member(*key);
   }
   /// Calls `element()` for each element of the array that must come next; it takes the value.
   template <typename Element>
   void array(Element&& element) {
-    if (!open('[')) return;
-    while (nextItem(']')) element();
+    beginArray();
+    while (nextElement()) element();
   }
+
+  // The same for callers that keep their own stack.
+  void beginObject() { open('{'); }
+  /// The key of the object's next member, whose value comes next; nothing after the last.
+  [[nodiscard]] std::optional<QString> nextKey();
+  void beginArray() { open('['); }
+  /// Whether another element comes next.
+  [[nodiscard]] bool nextElement() { return nextItem(']'); }
+
+  /// Of the value that comes next. A damaged one counts as a number, which reading it will refuse.
+  [[nodiscard]] Kind kind();
 
   [[nodiscard]] QString string();
   [[nodiscard]] bool boolean();
@@ -54,7 +61,7 @@ class JsonReader {
   [[nodiscard]] const QString& failure() const { return failure_; }
 
  private:
-  bool open(char bracket);
+  void open(char bracket);
   bool nextItem(char closing);
   void expect(char c);
   void passSpace();
@@ -63,12 +70,10 @@ class JsonReader {
   std::string_view takeNumber();
   void appendEscape(QString& out);
   char16_t hexUnit();
-  void skipString();
   void skipScalar();
 
   std::string_view text_;
   std::size_t at_ = 0;
-  int depth_ = 0;
   bool isFirst_ = false;
   QString failure_;
 };

@@ -4,6 +4,7 @@
 #include <QTimeZone>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "io/document/Json.h"
 #include "model/Document.h"
@@ -46,21 +47,15 @@ MaskManifest readMask(JsonReader& json) {
   return mask;
 }
 
-std::vector<NodeManifest> readNodes(JsonReader& json, int depth);
-
-bool readOptionalOfNode(JsonReader& json, const QString& key, NodeManifest& node, int depth) {
-  const bool isOptional =
-      key == u"hasPixelData" || key == u"mask" || key == u"isExpanded" || key == u"children";
-  if (!isOptional) return false;
+bool readOptionalOfNode(JsonReader& json, const QString& key, NodeManifest& node) {
+  if (key != u"hasPixelData" && key != u"mask" && key != u"isExpanded") return false;
   if (json.takeNull()) return true;
   if (key == u"hasPixelData") {
     node.hasPixelData = json.boolean();
   } else if (key == u"mask") {
     node.mask = readMask(json);
-  } else if (key == u"isExpanded") {
-    node.isExpanded = json.boolean();
   } else {
-    node.children = readNodes(json, depth + 1);
+    node.isExpanded = json.boolean();
   }
   return true;
 }
@@ -71,40 +66,82 @@ float readOpacity(JsonReader& json) {
   return opacity;
 }
 
-void readNode(JsonReader& json, NodeManifest& node, int depth) {
-  RequiredKeys required("a node", {"type", "id", "name", "opacity", "blendMode", "isVisible", "isLocked"});
-  json.object([&](const QString& key) {
-    required.met(key);
-    if (key == u"type") {
-      node.type = json.string();
-    } else if (key == u"id") {
-      node.id = json.string();
-    } else if (key == u"name") {
-      node.name = json.string();
-    } else if (key == u"opacity") {
-      node.opacity = readOpacity(json);
-    } else if (key == u"blendMode") {
-      node.blendMode = json.integer();
-    } else if (key == u"isVisible") {
-      node.isVisible = json.boolean();
-    } else if (key == u"isLocked") {
-      node.isLocked = json.boolean();
-    } else if (!readOptionalOfNode(json, key, node, depth)) {
-      json.skip();
-    }
-  });
-  required.check(json);
+/// A member of a node other than its children.
+void readMemberOfNode(JsonReader& json, const QString& key, NodeManifest& node) {
+  if (key == u"type") {
+    node.type = json.string();
+  } else if (key == u"id") {
+    node.id = json.string();
+  } else if (key == u"name") {
+    node.name = json.string();
+  } else if (key == u"opacity") {
+    node.opacity = readOpacity(json);
+  } else if (key == u"blendMode") {
+    node.blendMode = json.integer();
+  } else if (key == u"isVisible") {
+    node.isVisible = json.boolean();
+  } else if (key == u"isLocked") {
+    node.isLocked = json.boolean();
+  } else if (!readOptionalOfNode(json, key, node)) {
+    json.skip();
+  }
 }
 
-std::vector<NodeManifest> readNodes(JsonReader& json, int depth) {
-  std::vector<NodeManifest> nodes;
-  if (depth > maximumFolderDepth) {
-    json.fail(QStringLiteral("its folders are nested too deeply"));
-    return nodes;
+/// Reads an array of nodes with all below them. The nodes that are begun and not ended are kept on a stack.
+class NodesReader {
+ public:
+  NodesReader(JsonReader& json, const Progress& progress) : json_(json), progress_(progress) {}
+
+  NodeManifestList read() {
+    json_.beginArray();
+    while (!json_.hasFailed() && (json_.nextElement() ? beginNode() : endArray())) {
+      readMembers();
+    }
+    return std::move(nodes_);
   }
-  json.array([&] { readNode(json, nodes.emplace_back(), depth); });
-  return nodes;
-}
+
+ private:
+  struct OpenNode {
+    std::size_t index;
+    RequiredKeys required;
+  };
+
+  bool beginNode() {
+    if (progress_.isCancelled()) json_.fail(cancelled().value());
+    json_.beginObject();
+    nodes_.emplace_back().depth = static_cast<int>(open_.size());
+    open_.push_back({nodes_.size() - 1,
+                     {"a node", {"type", "id", "name", "opacity", "blendMode", "isVisible", "isLocked"}}});
+    return true;
+  }
+
+  /// Goes on behind the children of a node; false behind the outermost array.
+  [[nodiscard]] bool endArray() const { return !open_.empty(); }
+
+  /// Reads up to the node's children, or to its end and on behind it.
+  void readMembers() {
+    while (const auto key = json_.nextKey()) {
+      OpenNode& node = open_.back();
+      node.required.met(*key);
+      if (*key != u"children") {
+        readMemberOfNode(json_, *key, nodes_[node.index]);
+      } else if (!json_.takeNull()) {
+        if (std::exchange(nodes_[node.index].hasChildren, true)) {
+          json_.fail(QStringLiteral("a node has \"children\" twice"));
+        }
+        json_.beginArray();
+        return;
+      }
+    }
+    open_.back().required.check(json_);
+    open_.pop_back();
+  }
+
+  JsonReader& json_;
+  const Progress& progress_;
+  NodeManifestList nodes_;
+  std::vector<OpenNode> open_;
+};
 
 MetadataManifest readMetadata(JsonReader& json) {
   MetadataManifest metadata;
@@ -155,7 +192,7 @@ DocumentManifest readDocument(JsonReader& json) {
   return document;
 }
 
-Manifest readManifest(JsonReader& json) {
+Manifest readManifest(JsonReader& json, const Progress& progress) {
   Manifest manifest;
   RequiredKeys required("it", {"formatVersion", "generator", "metadata", "document", "nodes"});
   json.object([&](const QString& key) {
@@ -169,7 +206,7 @@ Manifest readManifest(JsonReader& json) {
     } else if (key == u"document") {
       manifest.document = readDocument(json);
     } else if (key == u"nodes") {
-      manifest.nodes = readNodes(json, 0);
+      manifest.nodes = NodesReader(json, progress).read();
     } else {
       json.skip();
     }
@@ -203,8 +240,8 @@ QString damagedManifest(const JsonReader& json) {
   return QStringLiteral("The document's manifest is damaged: %1.").arg(json.failure());
 }
 
-/// The common part of both kinds of node.
-NodeManifest describeCommon(const LayerNode& node) {
+/// One node without what is below it.
+NodeManifest describeNode(const LayerNode& node) {
   NodeManifest manifest;
   manifest.id = uuidText(node.id());
   manifest.name = node.name().value();
@@ -212,19 +249,19 @@ NodeManifest describeCommon(const LayerNode& node) {
   manifest.blendMode = rawValue(node.blendMode().value());
   manifest.isVisible = node.isVisible().value();
   manifest.isLocked = node.isLocked().value();
-  return manifest;
-}
-
-/// Why the tree can't be written; empty when it can.
-QString obstacle(const LayerNodeList& nodes, int depth) {
-  if (depth > maximumFolderDepth) return QStringLiteral("Its folders are nested too deeply.");
-  for (const LayerNode& node : nodes) {
-    if (!std::isfinite(node.opacity().value())) return QStringLiteral("An opacity is not a number.");
-    if (const auto folder = node.folder()) {
-      if (QString reason = obstacle(folder->children.value(), depth + 1); !reason.isEmpty()) return reason;
+  if (const std::shared_ptr<Layer> layer = node.layer()) {
+    manifest.type = QStringLiteral("layer");
+    manifest.hasPixelData = layer->texture.value() != nullptr;
+    if (const std::shared_ptr<LayerMask> mask = layer->mask.value()) {
+      manifest.mask = MaskManifest{uuidText(mask->id), mask->isEnabled.value()};
     }
+    return manifest;
   }
-  return {};
+  manifest.type = QStringLiteral("folder");
+  manifest.hasPixelData = false;
+  manifest.isExpanded = node.folder()->isExpanded.value();
+  manifest.hasChildren = true;
+  return manifest;
 }
 
 void writeText(JsonWriter& json, std::string_view key, const QString& value) {
@@ -246,32 +283,18 @@ void writeBoolean(JsonWriter& json, std::string_view key, bool value) {
   json.boolean(value);
 }
 
-void writeNodes(JsonWriter& json, std::string_view key, const std::vector<NodeManifest>& nodes,
-                const NodeExtras& extras) {
-  json.key(key);
-  json.openArray();
-  for (const NodeManifest& node : nodes) writeNode(json, node, extras);
-  json.closeArray();
-}
-
-void writeDocument(JsonWriter& json, const DocumentManifest& document) {
-  json.openObject();
-  writeOptionalText(json, "backgroundColor", document.backgroundColor);
-  writeInteger(json, "canvasHeight", document.canvasHeight);
-  writeInteger(json, "canvasWidth", document.canvasWidth);
-  writeInteger(json, "colorMode", document.colorMode);
-  writeOptionalText(json, "foregroundColor", document.foregroundColor);
-  writeText(json, "name", document.name);
-  writeOptionalText(json, "selectedNodeID", document.selectedNodeID);
-  json.closeObject();
-}
-
-}  // namespace
-
-void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras) {
+/// A node up to its children, and the children's opening bracket if it has any.
+void beginNode(JsonWriter& json, const NodeManifest& node) {
   json.openObject();
   writeInteger(json, "blendMode", node.blendMode);
-  if (node.children.has_value()) writeNodes(json, "children", *node.children, extras);
+  if (!node.hasChildren) return;
+  json.key("children");
+  json.openArray();
+}
+
+/// What follows the children of a node.
+void endNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras) {
+  if (node.hasChildren) json.closeArray();
   if (node.hasPixelData.has_value()) writeBoolean(json, "hasPixelData", *node.hasPixelData);
   writeText(json, "id", node.id);
   if (node.isExpanded.has_value()) writeBoolean(json, "isExpanded", *node.isExpanded);
@@ -292,6 +315,38 @@ void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& ext
   json.closeObject();
 }
 
+void writeDocument(JsonWriter& json, const DocumentManifest& document) {
+  json.openObject();
+  writeOptionalText(json, "backgroundColor", document.backgroundColor);
+  writeInteger(json, "canvasHeight", document.canvasHeight);
+  writeInteger(json, "canvasWidth", document.canvasWidth);
+  writeInteger(json, "colorMode", document.colorMode);
+  writeOptionalText(json, "foregroundColor", document.foregroundColor);
+  writeText(json, "name", document.name);
+  writeOptionalText(json, "selectedNodeID", document.selectedNodeID);
+  json.closeObject();
+}
+
+}  // namespace
+
+void writeNodes(JsonWriter& json, const NodeManifestList& nodes, const NodeExtras& extras) {
+  std::vector<const NodeManifest*> open;
+  const auto endNodesDownTo = [&](int depth) {
+    while (!open.empty() && open.back()->depth >= depth) {
+      endNode(json, *open.back(), extras);
+      open.pop_back();
+    }
+  };
+  json.openArray();
+  for (const NodeManifest& node : nodes) {
+    endNodesDownTo(node.depth);
+    beginNode(json, node);
+    open.push_back(&node);
+  }
+  endNodesDownTo(0);
+  json.closeArray();
+}
+
 QByteArray encodeManifest(const Manifest& manifest) {
   JsonWriter json;
   json.openObject();
@@ -304,7 +359,8 @@ QByteArray encodeManifest(const Manifest& manifest) {
   writeText(json, "createdAt", manifest.metadata.createdAt);
   writeText(json, "modifiedAt", manifest.metadata.modifiedAt);
   json.closeObject();
-  writeNodes(json, "nodes", manifest.nodes, {});
+  json.key("nodes");
+  writeNodes(json, manifest.nodes);
   json.closeObject();
   return json.text();
 }
@@ -319,35 +375,41 @@ Described<Manifest> decodeManifest(std::string_view text, const Progress& progre
   }
   if (progress.isCancelled()) return cancelled();
   JsonReader json(text);
-  Manifest manifest = readManifest(json);
+  Manifest manifest = readManifest(json, progress);
+  if (progress.isCancelled()) return cancelled();
   if (json.hasFailed()) return because(damagedManifest(json));
   return manifest;
 }
 
-NodeManifest describeNode(const LayerNode& node) {
-  NodeManifest manifest = describeCommon(node);
-  if (const std::shared_ptr<Layer> layer = node.layer()) {
-    manifest.type = QStringLiteral("layer");
-    manifest.hasPixelData = layer->texture.value() != nullptr;
-    if (const std::shared_ptr<LayerMask> mask = layer->mask.value()) {
-      manifest.mask = MaskManifest{uuidText(mask->id), mask->isEnabled.value()};
+NodeManifestList describeNodes(const LayerNodeList& nodes) {
+  struct Place {
+    const LayerNodeList* siblings;
+    std::size_t next;
+  };
+  NodeManifestList manifests;
+  std::vector<Place> open{{&nodes, 0}};
+  while (!open.empty()) {
+    Place& place = open.back();
+    if (place.next == place.siblings->size()) {
+      open.pop_back();
+      continue;
     }
-    return manifest;
+    const LayerNode& node = (*place.siblings)[place.next++];
+    const auto depth = static_cast<int>(open.size()) - 1;
+    if (const std::shared_ptr<LayerFolder> folder = node.folder())
+      open.push_back({&folder->children.value(), 0});
+    manifests.push_back(describeNode(node));
+    manifests.back().depth = depth;
   }
-  const std::shared_ptr<LayerFolder> folder = node.folder();
-  manifest.type = QStringLiteral("folder");
-  manifest.hasPixelData = false;
-  manifest.isExpanded = folder->isExpanded.value();
-  auto& children = manifest.children.emplace();
-  for (const LayerNode& child : folder->children.value()) children.push_back(describeNode(child));
-  return manifest;
+  return manifests;
 }
 
 Described<Manifest> describeDocument(const Document& document) {
-  if (const QString reason = obstacle(document.rootNodes.value(), 0); !reason.isEmpty()) {
-    return because(QStringLiteral("The document can't be written. %1").arg(reason));
-  }
   Manifest manifest;
+  manifest.nodes = describeNodes(document.rootNodes.value());
+  if (!std::ranges::all_of(manifest.nodes, [](const auto& node) { return std::isfinite(node.opacity); })) {
+    return because(QStringLiteral("The document can't be written. An opacity is not a number."));
+  }
   manifest.generator = QStringLiteral("Orvanel 0.1");
   const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
   manifest.metadata = {now, now};
@@ -360,7 +422,6 @@ Described<Manifest> describeDocument(const Document& document) {
   }
   manifest.document.foregroundColor = document.foregroundColor.value().hexText();
   manifest.document.backgroundColor = document.backgroundColor.value().hexText();
-  for (const LayerNode& node : document.rootNodes.value()) manifest.nodes.push_back(describeNode(node));
   return manifest;
 }
 

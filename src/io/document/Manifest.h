@@ -17,11 +17,10 @@ namespace orvanel {
 
 class Document;
 class LayerNode;
+using LayerNodeList = std::vector<LayerNode>;
 
 /// The one version of the format there is.
 inline constexpr std::int64_t documentFormatVersion = 3;
-/// Deeper trees are neither written nor read.
-inline constexpr int maximumFolderDepth = 500;
 /// The longest manifest, in bytes; nothing longer is written or read.
 inline constexpr std::uint64_t maximumManifestBytes = std::uint64_t{64} << 20U;
 
@@ -32,6 +31,8 @@ struct MaskManifest {
 
 /// A layer or a folder; what only one of them has is absent in the other.
 struct NodeManifest {
+  /// How many folders it lies in.
+  int depth = 0;
   QString type;
   QString id;
   QString name;
@@ -42,8 +43,13 @@ struct NodeManifest {
   std::optional<bool> hasPixelData;
   std::optional<MaskManifest> mask;
   std::optional<bool> isExpanded;
-  std::optional<std::vector<NodeManifest>> children;
+  /// Whether it lists children, which may be none.
+  bool hasChildren = false;
 };
+
+/// Whole subtrees in depth-first order: the children of a node follow it, one level deeper. A tree of any
+/// depth is a plain array, and no walk over it recurses.
+using NodeManifestList = std::vector<NodeManifest>;
 
 struct MetadataManifest {
   QString createdAt;
@@ -65,24 +71,23 @@ struct Manifest {
   QString generator;
   MetadataManifest metadata;
   DocumentManifest document;
-  std::vector<NodeManifest> nodes;
+  NodeManifestList nodes;
 };
 
 class JsonWriter;
 /// Adds members of its own behind those of a node.
 using NodeExtras = std::function<void(JsonWriter& json, const NodeManifest& node)>;
-/// Writes one node with all below it, keys sorted.
-void writeNode(JsonWriter& json, const NodeManifest& node, const NodeExtras& extras = {});
+/// Writes the array of the nodes at depth 0, with all below them, keys sorted.
+void writeNodes(JsonWriter& json, const NodeManifestList& nodes, const NodeExtras& extras = {});
 
 /// Pretty-printed UTF-8 with sorted keys.
 [[nodiscard]] QByteArray encodeManifest(const Manifest& manifest);
 /// Refuses another version before it looks at anything else, then missing keys and values of another type.
 [[nodiscard]] Described<Manifest> decodeManifest(std::string_view text, const Progress& progress = {});
 
-/// A node and all below it. Main thread.
-[[nodiscard]] NodeManifest describeNode(const LayerNode& node);
-/// The whole document, saved at this moment. Fails for what can't be written: a tree too deep, a number
-/// that is none. Main thread.
+/// The nodes and all below them. Main thread.
+[[nodiscard]] NodeManifestList describeNodes(const LayerNodeList& nodes);
+/// The whole document, saved at this moment. Fails when an opacity is not a finite number. Main thread.
 [[nodiscard]] Described<Manifest> describeDocument(const Document& document);
 
 }  // namespace orvanel

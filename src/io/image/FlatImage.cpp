@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "io/files/AtomicFile.h"
+#include "io/files/FileName.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
 #include "io/image/PngWriter.h"
@@ -172,11 +173,6 @@ std::optional<Format> imageFileFormat(const QString& path) {
   return std::nullopt;
 }
 
-QString documentName(const QString& path) {
-  const QFileInfo file(path);
-  return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
-}
-
 ColorMode colorMode(const ImageTraits& image) {
   const bool isGrey = image.isMonochrome || image.bitsPerPixel == 8 || image.bitsPerPixel == 16;
   const bool isDeep = image.bitsPerComponent > 8;
@@ -192,6 +188,9 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   progress.tell(decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
+  if (decoded->isIncomplete) {
+    result.warning = QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
+  }
   result.mode = colorMode(decoded->traits);
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
   if (staging == nullptr)
@@ -217,7 +216,7 @@ DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, Met
   DocumentPtr document =
       Document::createEmpty(name, image.pixels->width(), image.pixels->height(), image.mode, context);
   document->sourceFileURL = file.absoluteFilePath();
-  document->sourceFileFormat = imageFileFormat(path);
+  if (image.warning.isEmpty()) document->sourceFileFormat = imageFileFormat(path);
   auto layer = std::make_shared<Layer>(name);
   layer->texture = image.pixels;
   const QUuid layerID = layer->id;

@@ -16,10 +16,6 @@ namespace orvanel {
 /// The format that a file name's extension selects, in either case; nothing for any other extension.
 [[nodiscard]] std::optional<Document::ImageFileFormat> imageFileFormat(const QString& path);
 
-/// What a document is called that comes from this file or is saved to it: the file's name without its
-/// extension, or all of a name that is nothing but an extension.
-[[nodiscard]] QString documentName(const QString& path);
-
 /// What a decoded file says of its pixels.
 struct ImageTraits {
   bool isMonochrome = false;  ///< by its colour space
@@ -34,6 +30,8 @@ struct ImageTraits {
 struct FlatImage {
   ColorMode mode = ColorMode::rgb8;
   Texture pixels;
+  /// A sentence for the user about what is missing of the image; empty when all of it is there.
+  QString warning;
 };
 
 /// Decodes a file; what is no image, or larger than a canvas can be, is `loadFailed`.
@@ -42,7 +40,8 @@ struct FlatImage {
 [[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
                                                   const Progress& progress = {});
 
-/// A document of one layer, both named after the file. Main thread.
+/// A document of one layer, both named after the file. It has no format to be saved in when part of the image
+/// is missing, so that saving doesn't destroy what the file still holds. Main thread.
 [[nodiscard]] DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path,
                                               MetalContext& context);
 

@@ -15,6 +15,8 @@ struct DecodedImage {
   /// RGB32, ARGB32 or RGBA8888; straight alpha.
   QImage image;
   ImageTraits traits;
+  /// The file is damaged or ends too early: part of the image is not what it was.
+  bool isIncomplete = false;
 };
 
 [[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});

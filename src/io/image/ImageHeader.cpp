@@ -44,7 +44,66 @@ QByteArray startOf(QIODevice& file, qint64 count) {
   return file.seek(0) ? file.read(count) : QByteArray();
 }
 
+/// What a PNG tells of its colours, as it stands in its chunks; numbers are hundred-thousandths.
+struct PngColors {
+  bool hasProfile = false;
+  bool isSrgb = false;
+  std::optional<std::uint32_t> gamma;
+  QByteArray chromaticities;
+};
+
+/// Chunks up to the pixels; what is damaged tells nothing.
+PngColors colorsOfPng(QIODevice& file) {
+  PngColors colors;
+  constexpr qint64 signatureBytes = 8;
+  constexpr qint64 checkSumBytes = 4;
+  for (qint64 at = signatureBytes; file.seek(at);) {
+    const QByteArray start = file.read(8);
+    if (start.size() < 8) return colors;
+    const auto length = qFromBigEndian<std::uint32_t>(start.constData());
+    const QByteArray type = start.sliced(4);
+    if (type == "IDAT" || type == "IEND") return colors;
+    if (type == "iCCP") colors.hasProfile = true;
+    if (type == "sRGB") colors.isSrgb = true;
+    if (type == "gAMA" && length == 4) {
+      const QByteArray value = file.read(length);
+      if (value.size() == 4) colors.gamma = qFromBigEndian<std::uint32_t>(value.constData());
+    }
+    if (type == "cHRM" && length == 32) colors.chromaticities = file.read(length);
+    at += 8 + qint64{length} + checkSumBytes;
+  }
+  return colors;
+}
+
+bool areSrgbs(const QByteArray& chromaticities) {
+  constexpr std::array<int, 8> srgb{31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+  constexpr int tolerance = 100;
+  if (chromaticities.size() != 32) return false;
+  for (std::size_t i = 0; i < srgb.size(); ++i) {
+    const auto value = qFromBigEndian<std::int32_t>(chromaticities.constData() + 4 * i);
+    if (value < srgb.at(i) - tolerance || value > srgb.at(i) + tolerance) return false;
+  }
+  return true;
+}
+
 }  // namespace
+
+bool isTiff(QIODevice& file) {
+  const QByteArray start = startOf(file, 3);
+  return start == "II*" || start == "II+" || start == QByteArrayView("MM\0", 3);
+}
+
+bool isPngForDisplay(QIODevice& file) {
+  if (startOf(file, 4) != "\x89PNG") return false;
+  const PngColors colors = colorsOfPng(file);
+  if (colors.hasProfile) return false;
+  if (colors.isSrgb) return true;
+  constexpr std::uint32_t displayGamma = 45455;
+  constexpr std::uint32_t tolerance = displayGamma / 20;
+  const bool isDisplayGamma =
+      colors.gamma && *colors.gamma >= displayGamma - tolerance && *colors.gamma <= displayGamma + tolerance;
+  return isDisplayGamma && (colors.chromaticities.isEmpty() || areSrgbs(colors.chromaticities));
+}
 
 std::optional<ImageTraits> traitsOfPng(const QByteArray& start) {
   constexpr std::array<char, 8> signature{'\x89', 'P', 'N', 'G', '\r', '\n', '\x1a', '\n'};

@@ -13,6 +13,12 @@ namespace orvanel {
 /// Of a PNG or TIFF file; nothing for any other, or for a header that tells nothing more.
 [[nodiscard]] std::optional<ImageTraits> traitsOfHeader(QIODevice& file);
 
+[[nodiscard]] bool isTiff(QIODevice& file);
+
+/// Whether a PNG's values are meant for an sRGB display as they stand: it says so, or tells a gamma of about
+/// 1/2.2 and no chromaticities but sRGB's. Applying that gamma would only exchange it for sRGB's own curve.
+[[nodiscard]] bool isPngForDisplay(QIODevice& file);
+
 [[nodiscard]] std::optional<ImageTraits> traitsOfPng(const QByteArray& start);
 [[nodiscard]] std::optional<ImageTraits> traitsOfTiff(QIODevice& file);
 

@@ -11,6 +11,7 @@
 #include "io/archive/ZipReader.h"
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
+#include "io/document/SaveSnapshot.h"
 #include "io/files/FaultyDisk.h"
 
 namespace orvanel {
@@ -241,6 +242,20 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_EQ(firstDifference(*before, **load()), QString());
   EXPECT_FALSE(progress.empty());
   EXPECT_TRUE(std::ranges::is_sorted(progress));
+}
+
+TEST_F(DocumentIOTest, snapshotSaysHowTheCompositeIsStored) {
+  for (const ColorMode mode :
+       {ColorMode::grayscale8, ColorMode::grayscale16, ColorMode::rgb8, ColorMode::rgb16}) {
+    const DocumentPtr document = richDocument(mode);
+    const auto snapshot = SaveSnapshot::take(*document);
+    ASSERT_TRUE(snapshot.has_value());
+    const bool isDeep = mode == ColorMode::grayscale16 || mode == ColorMode::rgb16;
+    EXPECT_EQ(snapshot->previewPixelFormat, isDeep ? PixelFormat::rgba16Float : PixelFormat::rgba8Unorm);
+    EXPECT_EQ(snapshot->previewPixelFormat, document->compositedTexture.value()->format());
+    EXPECT_EQ(snapshot->previewBytesPerPixel, isDeep ? 8 : 4);
+    EXPECT_EQ(snapshot->compositingBitsPerChannel, isDeep ? 16 : 8);
+  }
 }
 
 TEST_F(DocumentIOTest, cancelledSaveLeavesTheOldFileAndNothingElse) {

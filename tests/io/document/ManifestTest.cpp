@@ -61,7 +61,7 @@ TEST(Manifest, readsEveryKey) {
   ASSERT_TRUE(node.mask.has_value());
   EXPECT_FALSE(node.mask->isEnabled);
   EXPECT_FALSE(node.isExpanded.has_value());
-  EXPECT_FALSE(node.children.has_value());
+  EXPECT_FALSE(node.hasChildren);
 }
 
 TEST(Manifest, unknownKeysAreIgnored) {
@@ -133,10 +133,29 @@ std::string nestedFolders(int depth) {
   return whole.substr(0, whole.find(start) + start.size()) + nodes + "]}";
 }
 
-TEST(Manifest, depthIsBounded) {
-  EXPECT_EQ(failureOf(nestedFolders(maximumFolderDepth)), "");
-  EXPECT_NE(failureOf(nestedFolders(maximumFolderDepth + 1)), "");
-  EXPECT_NE(failureOf(nestedFolders(100'000)), "");
+TEST(Manifest, foldersNestToAnyDepth) {
+  constexpr int depth = 100'000;
+  const auto manifest = decodeManifest(nestedFolders(depth));
+  ASSERT_TRUE(manifest.has_value()) << manifest.error().toStdString();
+  ASSERT_EQ(manifest->nodes.size(), static_cast<std::size_t>(depth));
+  EXPECT_EQ(manifest->nodes.back().depth, depth - 1);
+  const QByteArray text = encodeManifest(*manifest);
+  const auto again = decodeManifest({text.constData(), static_cast<std::size_t>(text.size())});
+  ASSERT_TRUE(again.has_value());
+  EXPECT_EQ(again->nodes.size(), manifest->nodes.size());
+  EXPECT_EQ(again->nodes.back().depth, depth - 1);
+}
+
+TEST(Manifest, foldersThatDoNotEndAreRefused) {
+  const std::string whole = nestedFolders(1000);
+  EXPECT_NE(failureOf(whole.substr(0, whole.size() / 2)), "");
+  EXPECT_NE(failureOf(whole.substr(0, whole.size() - 3) + "}"), "");
+}
+
+TEST(Manifest, aNodeHasOneListOfChildren) {
+  EXPECT_NE(failureOf(manifestText("\"type\" : \"layer\"",
+                                   R"("children" : [], "type" : "folder", "children" : [])")),
+            "");
 }
 
 DocumentPtr smallDocument() {
@@ -174,16 +193,18 @@ TEST(Manifest, describesADocument) {
   EXPECT_EQ(manifest->document.colorMode, 1);
   EXPECT_EQ(manifest->document.foregroundColor, QStringLiteral("FF8000"));
   EXPECT_EQ(manifest->document.backgroundColor, QStringLiteral("FFFFFF"));
-  ASSERT_EQ(manifest->nodes.size(), 3U);
+  ASSERT_EQ(manifest->nodes.size(), 4U);
   EXPECT_EQ(manifest->nodes[0].hasPixelData, true);
   EXPECT_TRUE(manifest->nodes[0].mask.has_value());
   EXPECT_FALSE(manifest->nodes[0].isExpanded.has_value());
-  EXPECT_FALSE(manifest->nodes[0].children.has_value());
+  EXPECT_FALSE(manifest->nodes[0].hasChildren);
   EXPECT_EQ(manifest->nodes[1].hasPixelData, false);
   EXPECT_EQ(manifest->nodes[1].isExpanded, false);
-  ASSERT_EQ(manifest->nodes[1].children->size(), 1U);
-  EXPECT_EQ(manifest->nodes[1].children->front().hasPixelData, false);
-  EXPECT_TRUE(manifest->nodes[2].children->empty());
+  EXPECT_TRUE(manifest->nodes[1].hasChildren);
+  EXPECT_EQ(manifest->nodes[2].depth, 1);
+  EXPECT_EQ(manifest->nodes[2].hasPixelData, false);
+  EXPECT_EQ(manifest->nodes[3].depth, 0);
+  EXPECT_TRUE(manifest->nodes[3].hasChildren);
   EXPECT_EQ(manifest->document.selectedNodeID, manifest->nodes[1].id);
   EXPECT_EQ(manifest->nodes[1].id, manifest->nodes[1].id.toUpper());
   EXPECT_EQ(manifest->nodes[1].id.size(), 36);

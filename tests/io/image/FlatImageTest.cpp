@@ -200,11 +200,6 @@ TEST_F(FlatImages, AnExportWithoutMemoryForItHasNoResult) {
   EXPECT_FALSE(exportImage(*document->compositedTexture.value(), ColorMode::rgb16, Format::png, context));
 }
 
-TEST_F(FlatImages, AFileThatIsAllExtensionGivesItsWholeName) {
-  EXPECT_EQ(documentName(QStringLiteral("/a/.png")), QStringLiteral(".png"));
-  EXPECT_EQ(documentName(QStringLiteral("/a/b.c.png")), QStringLiteral("b.c"));
-}
-
 TEST_F(FlatImages, AnotherDecodableExtensionHasNoFormatToSaveIn) {
   QImage image(5, 5, QImage::Format_RGB32);
   image.fill(Qt::red);
