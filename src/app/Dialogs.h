@@ -33,6 +33,10 @@ class Dialogs {
 
   /// A warning with one button to put it away.
   virtual void showWarning(const QString& message, const QString& informativeText) = 0;
+  /// An edit was refused. Call it from the event loop rather than from within the edit.
+  void showNotEnoughMemory(const QString& informativeText) {
+    showWarning(QStringLiteral("Not Enough Memory"), informativeText);
+  }
   virtual SaveAnswer askToSave(const QString& message, const QString& informativeText) = 0;
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual QStringList askForFilesToOpen() = 0;

@@ -105,6 +105,15 @@ TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
   dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("<b>photo</b>: The disk is full."));
 }
 
+TEST_F(WindowDialogsTest, AnEditRefusedForLackOfMemorySaysSo) {
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.text(), "Not Enough Memory");
+    EXPECT_EQ(box.informativeText(), "The image can't be enlarged.");
+    box.accept();
+  });
+  dialogs.showNotEnoughMemory(QStringLiteral("The image can't be enlarged."));
+}
+
 TEST_F(WindowDialogsTest, ALongListOfFailuresStaysOnTheScreen) {
   QStringList lines;
   for (int i = 1; i <= 20; ++i) lines << QStringLiteral("photo %1.png: damaged").arg(i);
