@@ -17,6 +17,7 @@
 #include "io/image/ImageDecoder.h"
 #include "io/image/ImageMetadata.h"
 #include "io/image/PngWriter.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -266,6 +267,12 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
+  // The picture in 8 bits, a copy of it that an encoder wants, and the encoded bytes.
+  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 4;
+  if (!pixelsFitInMemory(static_cast<std::uint64_t>(composite.width()) *
+                         static_cast<std::uint64_t>(composite.height()) * bytesPerPixel)) {
+    return failed(QStringLiteral("Writing the image needs more memory than there is."));
+  }
   constexpr double encodedShare = 0.9;
   const auto bytes =
       exportImage(composite, mode, fileType, context, progress.part(0.0, encodedShare), metadata);
