@@ -11,7 +11,7 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev llvm
   # The window and its images
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-image-formats-plugins libgl-dev
-  libgif-dev libheif-dev qt6-wayland
+  libgif-dev libheif-dev libexiv2-dev qt6-wayland
   # The core: vectors, threads, results, compression, archives
   libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
   # Tests and benchmarks

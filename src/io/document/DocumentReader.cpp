@@ -10,8 +10,8 @@
 #include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/files/FileName.h"
-#include "io/files/MemoryLimit.h"
 #include "io/files/Parallel.h"
+#include "raster/MemoryBudget.h"
 #include "raster/Regularity.h"
 
 namespace orvanel {

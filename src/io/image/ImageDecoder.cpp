@@ -157,7 +157,9 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
     progress.tell(decodedShare);
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
-    return onDisplay(std::move(heif->image), traits);
+    auto decoded = onDisplay(std::move(heif->image), traits);
+    if (decoded) decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
+    return decoded;
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
   progress.tell(headerShare);
@@ -171,7 +173,12 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   if (isPngForDisplay(**file)) image.setColorSpace(QColorSpace::SRgb);
   const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
   auto decoded = onDisplay(std::move(image), traits);
-  if (decoded) decoded->isIncomplete = isIncomplete;
+  if (!decoded) return decoded;
+  decoded->isIncomplete = isIncomplete;
+  decoded->metadata = ImageMetadata::read(path, **file,
+                                          reader.transformation() == QImageIOHandler::TransformationNone
+                                              ? ImageMetadata::Orientation::ignored
+                                              : ImageMetadata::Orientation::applied);
   return decoded;
 }
 

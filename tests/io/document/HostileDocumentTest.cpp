@@ -7,7 +7,7 @@
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
 #include "io/document/LayerData.h"
-#include "io/files/MemoryLimit.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {

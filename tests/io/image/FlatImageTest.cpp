@@ -12,9 +12,9 @@
 #include <thread>
 #include <vector>
 
-#include "io/files/MemoryLimit.h"
 #include "io/image/ImageHeader.h"
 #include "model/DocumentCompositor.h"
+#include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
