@@ -32,7 +32,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
       dialogs_(dialogs),
       opener_(appState.metalContext, activity, dialogs),
       writer_(appState.metalContext, activity) {
-  opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
+  opener_.onOpened = [this](const DocumentPtr& document, const ImageMetadataPtr& metadata) {
+    documentOpened(document, metadata);
+  };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -81,7 +83,19 @@ QStringList DocumentFiles::openablePaths(const QStringList& paths) {
   return absolute;
 }
 
-void DocumentFiles::documentOpened(const DocumentPtr& document) {
+void DocumentFiles::keepMetadata(const Document& document, const ImageMetadataPtr& metadata) {
+  std::erase_if(imageMetadata_,
+                [this](const auto& kept) { return !appState_.windowState.findDocument(kept.first); });
+  if (metadata) imageMetadata_.emplace(document.id, metadata);
+}
+
+ImageMetadataPtr DocumentFiles::metadataOf(const Document& document) const {
+  const auto kept = imageMetadata_.find(document.id);
+  return kept == imageMetadata_.end() ? nullptr : kept->second;
+}
+
+void DocumentFiles::documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata) {
+  keepMetadata(*document, metadata);
   if (const auto& path = document->sourceFileURL.value()) noteRecentDocument(*path);
   NotificationCenter::standard().post(notification::openedImageDocument, document);
 }
@@ -157,7 +171,8 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   markSaving(*request.document);
   refreshComposite(*request.document);
   if (request.flatFormat) {
-    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
+    writer_.writeImage(*request.document, request.path, *request.flatFormat, metadataOf(*request.document),
+                       std::move(done));
   } else {
     writer_.writeDocument(request.document, request.path, std::move(done));
   }
@@ -177,10 +192,11 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   rememberFolder(target->path);
   refreshComposite(*document);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  writer_.writeImage(*document, target->path, format, [this, path = target->path](const auto& result) {
+  const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
     dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
-  });
+  };
+  writer_.writeImage(*document, target->path, format, metadataOf(*document), report);
 }
 
 void DocumentFiles::cancelAll() {

@@ -5,7 +5,9 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUuid>
 #include <functional>
+#include <map>
 #include <optional>
 
 #include "app/AppState.h"
@@ -64,7 +66,10 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
  private:
   [[nodiscard]] QStringList openablePaths(const QStringList& paths);
-  void documentOpened(const DocumentPtr& document);
+  void documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata);
+  void keepMetadata(const Document& document, const ImageMetadataPtr& metadata);
+  /// What the image file said that the document came from.
+  [[nodiscard]] ImageMetadataPtr metadataOf(const Document& document) const;
 
   void beginSave(const SaveRequest& request, Done done) override;
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
@@ -86,6 +91,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   AppState& appState_;
   Dialogs& dialogs_;
+  /// Of open documents that came from images.
+  std::map<QUuid, ImageMetadataPtr> imageMetadata_;
   DocumentOpener opener_;
   DocumentWriter writer_;
   SaveQueue saves_{*this};

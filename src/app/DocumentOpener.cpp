@@ -71,15 +71,16 @@ void DocumentOpener::imageRead(const BatchPtr& batch, const QString& path,
     return;
   }
   if (!image->warning.isEmpty()) batch->warnings << fileMessage(path, image->warning);
-  fileEnded(batch, path, documentOfFlatImage(*image, path, context_));
+  fileEnded(batch, path, documentOfFlatImage(*image, path, context_), image->metadata);
 }
 
 void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
-                               const FileResult<DocumentPtr>& result) {
+                               const FileResult<DocumentPtr>& result,
+                               const std::shared_ptr<const ImageMetadata>& metadata) {
   // Not every step can be interrupted, so a file may arrive after its batch was cancelled.
   if (batch->cancellation->isCancelled()) return;
   if (result) {
-    if (onOpened) onOpened(*result);
+    if (onOpened) onOpened(*result, metadata);
   } else {
     batch->errors << fileMessage(path, result.error().message);
   }

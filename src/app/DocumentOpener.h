@@ -29,8 +29,8 @@ class DocumentOpener : public QObject {
   /// All must outlive it.
   DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs);
 
-  /// Called with every document that has been read.
-  std::function<void(const DocumentPtr&)> onOpened;
+  /// Called with every document that has been read, and the metadata of an image that has some.
+  std::function<void(const DocumentPtr&, const std::shared_ptr<const ImageMetadata>&)> onOpened;
 
   /// Absolute paths. When the last file has been read, one alert names those that failed and another those
   /// of which something is missing; the latter stay open.
@@ -47,7 +47,8 @@ class DocumentOpener : public QObject {
   void openNext(const BatchPtr& batch);
   void openImage(const BatchPtr& batch, const QString& path, const Progress& progress);
   void imageRead(const BatchPtr& batch, const QString& path, const FileResult<FlatImage>& image);
-  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result);
+  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result,
+                 const std::shared_ptr<const ImageMetadata>& metadata = nullptr);
   void finish(const BatchPtr& batch);
   [[nodiscard]] static QString failureTitle(const Batch& batch);
 

@@ -6,6 +6,7 @@
 #include "io/document/DocumentIO.h"
 #include "io/files/BackgroundJob.h"
 #include "io/image/FlatImage.h"
+#include "io/image/ImageMetadata.h"
 
 namespace orvanel {
 
@@ -13,12 +14,13 @@ namespace {
 
 /// What can't be flattened has nothing to write. Any thread.
 FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
-                                const QString& path, const MetalContext& context, const Progress& progress) {
+                                const QString& path, const MetalContext& context, const Progress& progress,
+                                const ImageMetadata* metadata) {
   if (composite == nullptr) {
     return tl::make_unexpected(
         FileError{DocumentIOError::exportFailed, QStringLiteral("The image has no pixels to write.")});
   }
-  return writeFlatImage(*composite, mode, format, path, context, progress);
+  return writeFlatImage(*composite, mode, format, path, context, progress, metadata);
 }
 
 }  // namespace
@@ -54,7 +56,8 @@ void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& p
 }
 
 void DocumentWriter::writeImage(const Document& document, const QString& path,
-                                Document::ImageFileFormat format, Done done) {
+                                Document::ImageFileFormat format, const ImageMetadataPtr& metadata,
+                                Done done) {
   const JobPtr job = begin(std::move(done));
   // The copy shares its tiles with the composite of this moment.
   const Texture& composite = document.compositedTexture.value();
@@ -62,8 +65,9 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
   const Progress progress = progressOnMainThread(
       this, [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
   runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
-                   path, format, job, progress] {
-    FileResult<void> result = writeComposite(picture.get(), mode, format, path, context, progress);
+                   path, format, metadata, job, progress] {
+    FileResult<void> result =
+        writeComposite(picture.get(), mode, format, path, context, progress, metadata.get());
     runOnMainThread([guard, job, result = std::move(result)] {
       if (!guard.isNull()) guard->end(job, result);
     });

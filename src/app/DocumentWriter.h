@@ -16,6 +16,9 @@
 namespace orvanel {
 
 class MetalContext;
+class ImageMetadata;
+/// Null for none.
+using ImageMetadataPtr = std::shared_ptr<const ImageMetadata>;
 
 class DocumentWriter : public QObject {
   Q_OBJECT
@@ -29,8 +32,9 @@ class DocumentWriter : public QObject {
   // `done` is called once, later. The document's composite must be current.
   /// Writes the document with all its layers. One at a time.
   void writeDocument(const DocumentPtr& document, const QString& path, Done done);
-  /// Writes the composite as a flat image.
-  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
+  /// Writes the composite as a flat image, with the metadata that its format can carry.
+  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format,
+                  const ImageMetadataPtr& metadata, Done done);
 
   [[nodiscard]] bool isWriting() const { return !running_.empty(); }
   /// Stops everything that has not begun to replace its file. The others end soon with an error that says so.

@@ -363,6 +363,24 @@ TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
   EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
 }
 
+TEST_F(DocumentFilesTest, AnImageKeepsItsMetadataWhenItIsSavedAndExported) {
+  constexpr int dotsPerMeter = 11811;
+  QImage image(20, 10, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  image.setDotsPerMeterX(dotsPerMeter);
+  image.setDotsPerMeterY(dotsPerMeter);
+  ASSERT_TRUE(image.save(path("scan.png")));
+  const DocumentPtr scan = openOne(path("scan.png"));
+  openOne(writeImage("other.png"));
+  scan->isDirty = true;
+  files.save(scan);
+  dialogs.exportTargets.push({path("copy.jpg"), 1});
+  files.exportImage(scan);
+  files.settleWrites();
+  EXPECT_EQ(QImage(path("scan.png")).dotsPerMeterX(), dotsPerMeter);
+  EXPECT_NEAR(QImage(path("copy.jpg")).dotsPerMeterX(), dotsPerMeter, 40);
+}
+
 TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   document->sourceFileURL = path("no such folder/photo.png");
