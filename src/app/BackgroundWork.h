@@ -1,16 +1,16 @@
-// How the program deals with background work that may never end, such as reading from a network folder whose
-// server has gone. Main thread only.
+// Keeps background work that never ends, such as a read from a dead network mount, from blocking saves or the
+// exit of the program. Main thread only.
 #pragma once
 
 #include <chrono>
 
 namespace orvanel {
 
-/// Lets so much work run at once that a few reads that hang don't keep saves from running.
+/// Allows enough concurrent jobs that a few hung reads don't block saves.
 void makeRoomForHangingReads();
 
-/// Waits for the background work. If some of it still runs then, ends the process at once with `status`,
-/// because a thread that hangs in the system can't be ended. No file may be being written any more.
+/// Waits for background jobs to finish. If some don't within `patience`, exits the process immediately with
+/// `status`, because a thread blocked in a system call can't be stopped. All writes must have finished.
 void endBackgroundWork(int status, std::chrono::milliseconds patience);
 
 }  // namespace orvanel

@@ -99,7 +99,7 @@ QEvent::Type ContentView::refreshEventType() {
 }
 
 void ContentView::scheduleRefresh() {
-  // One operation changes several properties; the views follow once, when it is through.
+  // One operation may change several properties; the views are updated once, after the last change.
   if (isRefreshScheduled_) return;
   isRefreshScheduled_ = true;
   QCoreApplication::postEvent(this, new QEvent(refreshEventType()), Qt::HighEventPriority);

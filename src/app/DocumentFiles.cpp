@@ -16,7 +16,7 @@ namespace orvanel {
 
 namespace {
 
-/// A side typed as a decimal integer within the limits of a canvas.
+/// Parses the width or height of a canvas; nothing if it is not an integer within the limits.
 std::optional<int> parsedSide(const QString& text) {
   bool isNumber = false;
   const int side = text.toInt(&isNumber);
@@ -124,7 +124,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
   }
   if (!QFileInfo(folder).isDir()) folder = QDir::homePath();
   QString name = document.name.value();
-  // A name may come from a file and hold what no file name can.
+  // The name may come from a file and contain characters that file names can't.
   name.replace(u'/', u'-').remove(QChar(u'\0'));
   return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
@@ -167,7 +167,7 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 }
 
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
-  // The mark goes first, so that an edit made while the save runs sets it again.
+  // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   refreshComposite(*request.document);
   if (request.flatFormat) {
@@ -240,11 +240,11 @@ bool DocumentFiles::saveNow(SaveRequest request) {
   const DocumentPtr document = request.document;
   saves_.add(std::move(request));
   saves_.settle(document->id);
-  // Nobody could edit it meanwhile, so only a failure leaves it marked.
+  // User input was blocked, so the document can only be dirty because the save failed.
   return !document->isDirty.value();
 }
 
-// What a save changes in its document.
+// The document's properties that a save changes.
 
 void DocumentFiles::markSaving(Document& document) {
   document.isDirty = false;

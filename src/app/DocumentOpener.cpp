@@ -10,13 +10,13 @@
 namespace orvanel {
 
 struct DocumentOpener::Batch {
-  /// Those still to open.
+  /// Files still to open.
   QStringList paths;
   qsizetype count = 0;
   Origin origin = Origin::command;
   FileActivity::Work work = 0;
   std::shared_ptr<Cancellation> cancellation = std::make_shared<Cancellation>();
-  // Lines for the alerts.
+  // One line of the alert per file.
   QStringList errors;
   QStringList warnings;
 };
@@ -77,7 +77,7 @@ void DocumentOpener::imageRead(const BatchPtr& batch, const QString& path,
 void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
                                const FileResult<DocumentPtr>& result,
                                const std::shared_ptr<const ImageMetadata>& metadata) {
-  // Not every step can be interrupted, so a file may arrive after its batch was cancelled.
+  // Not every step can be interrupted, so a result may arrive after the batch was cancelled.
   if (batch->cancellation->isCancelled()) return;
   if (result) {
     if (onOpened) onOpened(*result, metadata);

@@ -1,4 +1,4 @@
-// Opens documents and images in the background, the files of one request in their order. Owned by the file
+// Opens documents and images in the background; the files of one request open in order. Owned by the file
 // commands; main thread only.
 #pragma once
 
@@ -23,21 +23,21 @@ class DocumentOpener : public QObject {
   Q_OBJECT
 
  public:
-  /// Where a request came from; failed drops have a title of their own.
+  /// Where a request came from. Failed drops are reported under their own title.
   enum class Origin { command, drop };
 
-  /// All must outlive it.
+  /// All must outlive this object.
   DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs);
 
-  /// Called with every document that has been read, and the metadata of an image that has some.
+  /// Called with each opened document and its image's metadata, if any.
   std::function<void(const DocumentPtr&, const std::shared_ptr<const ImageMetadata>&)> onOpened;
 
-  /// Absolute paths. When the last file has been read, one alert names those that failed and another those
-  /// of which something is missing; the latter stay open.
+  /// Takes absolute paths. After the last file, one alert lists those that failed and another those that
+  /// opened incompletely.
   void open(const QStringList& paths, Origin origin);
-  /// Gives up everything that has not been read yet. Failures until now are still reported.
+  /// Cancels all requests. Failures so far are still reported.
   void cancelAll();
-  /// Gives up everything without another word, because the program ends.
+  /// Cancels all requests without reporting anything, before the program exits.
   void abandonAll();
 
  private:

@@ -12,7 +12,7 @@ namespace orvanel {
 
 namespace {
 
-/// What can't be flattened has nothing to write. Any thread.
+/// Fails for a document without a composite. Any thread.
 FileResult<void> writeComposite(const Surface* composite, ColorMode mode, Document::ImageFileFormat format,
                                 const QString& path, const MetalContext& context, const Progress& progress,
                                 const ImageMetadata* metadata) {
@@ -59,7 +59,7 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
                                 Document::ImageFileFormat format, const ImageMetadataPtr& metadata,
                                 Done done) {
   const JobPtr job = begin(std::move(done));
-  // The copy shares its tiles with the composite of this moment.
+  // The copy shares its tiles with the composite, so later edits don't affect it.
   const Texture& composite = document.compositedTexture.value();
   const auto picture = composite ? std::make_shared<const Surface>(*composite) : nullptr;
   const Progress progress = progressOnMainThread(

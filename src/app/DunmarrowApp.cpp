@@ -52,7 +52,7 @@ int DunmarrowApp::run() {
 }
 
 void DunmarrowApp::requestTermination() {
-  // A second request while the first still asks its questions adds none of its own.
+  // Ignore a second request while the first is still asking about unsaved documents.
   if (isTerminating_) return;
   isTerminating_ = true;
   if (delegate_->applicationShouldTerminate() == TerminationReply::now) {
@@ -71,7 +71,7 @@ bool DunmarrowApp::event(QEvent* event) {
 
 void DunmarrowApp::commitSession(QSessionManager& session) {
   if (!session.allowsInteraction()) return;
-  // The questions of a termination under way are being asked already.
+  // A termination in progress is already asking about unsaved documents.
   if (std::exchange(isTerminating_, true)) {
     session.cancel();
     session.release();

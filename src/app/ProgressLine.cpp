@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::chrono::milliseconds lineAppearance{150};
 constexpr std::chrono::milliseconds buttonAppearance{600};
-/// A line that has not moved yet still shows that something runs.
+/// Shown even before any progress has been made.
 constexpr double shortestFraction = 0.03;
 constexpr double cancelSymbolSize = 9.0;
 constexpr int cancelButtonEdge = 24;
@@ -30,7 +30,7 @@ CancelButton::CancelButton(QWidget* parent)
 }
 
 bool CancelButton::event(QEvent* event) {
-  // Nothing else may take Escape for a shortcut while the button has the keyboard.
+  // While the button has the focus, Escape must not trigger a shortcut elsewhere.
   if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
     event->accept();
     return true;
@@ -47,7 +47,7 @@ void CancelButton::keyPressEvent(QKeyEvent* event) {
 }
 
 void CancelButton::paintEvent(QPaintEvent* event) {
-  // The image behind it may have any colour.
+  // An opaque background keeps the symbol legible over any image.
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(QPen(hasFocus() ? panelStyle::accentColor : panelStyle::dividerColor, hasFocus() ? 2 : 1));
@@ -87,7 +87,7 @@ void ProgressLine::placeIn(const QRect& area) {
 }
 
 void ProgressLine::hideAll() {
-  // The keyboard goes back to the canvas rather than to whatever comes next.
+  // Return the focus to the canvas rather than to the next widget in the tab order.
   if (cancelButton_->hasFocus()) NotificationCenter::standard().post(notification::focusCanvas);
   cancelButton_->hide();
   hide();

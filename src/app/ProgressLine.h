@@ -1,5 +1,5 @@
-// A thin line along the top of the canvas while files are read or written, and a button below its end that
-// cancels the work. Takes no room in the layout. Main thread only.
+// A thin progress line over the top of the canvas while files are read or written, with a cancel button below
+// its right end. Main thread only.
 #pragma once
 
 #include <QPropertyNotifier>
@@ -12,7 +12,7 @@
 
 namespace orvanel {
 
-/// Escape presses it as well while it has the keyboard.
+/// Escape presses the button while it has the focus.
 class CancelButton : public SymbolButton {
   Q_OBJECT
 
@@ -32,14 +32,15 @@ class ProgressLine : public QWidget {
   /// View points.
   static constexpr int thickness = 3;
 
-  /// `activity` must outlive the line. The button becomes a child of `parent`, beside the line.
+  /// `activity` must outlive the line. The button is a sibling of the line, because the line ignores the
+  /// mouse.
   ProgressLine(FileActivity& activity, QWidget* parent);
 
   /// Called when the user cancels.
   std::function<void()> onCancel;
   [[nodiscard]] CancelButton& cancelButton() { return *cancelButton_; }
 
-  /// Lies along the upper edge of `area`, in coordinates of the parent.
+  /// Places line and button at the top of `area`, in coordinates of the parent.
   void placeIn(const QRect& area);
 
  protected:
@@ -51,7 +52,7 @@ class ProgressLine : public QWidget {
 
   FileActivity& activity_;
   CancelButton* cancelButton_;
-  /// Work that is over at once shows nothing, and work that is over soon no button.
+  /// Short work shows neither; the button appears later than the line.
   QTimer lineDelay_;
   QTimer buttonDelay_;
   QPropertyNotifier notifier_;

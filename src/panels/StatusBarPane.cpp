@@ -14,7 +14,7 @@ namespace {
 constexpr double fontSize = 11.0;
 constexpr int barHeight = 24;
 constexpr std::chrono::milliseconds memoryInterval{500};
-/// Readings without a change after which compression counts as through.
+/// Unchanged readings after which background compression is assumed to have finished.
 constexpr int readingsUntilQuiet = 6;
 
 int wholePixel(double coordinate) {
@@ -46,7 +46,7 @@ StatusBarPane::StatusBarPane(QWidget* parent) : QWidget(parent) {
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(12, 1, 12, 0);
   row->setSpacing(20);
-  // The widest usual texts keep their place, so that nothing jumps while the pointer moves.
+  // Space for the widest usual texts is reserved, so that labels don't move with the pointer.
   zoomLabel_ = addLabel(QStringLiteral("Zoom"), QStringLiteral("66.66%"));
   positionLabel_ = addLabel(QStringLiteral("Pointer position"), QStringLiteral("X: 16384  Y: 16384"));
   canvasLabel_ = addLabel(QStringLiteral("Canvas size"), QString());
@@ -91,7 +91,7 @@ void StatusBarPane::observeDocument(Document& document) {
   const auto sizeChanged = [this] { updateCanvasSize(); };
   notifiers_.push_back(document.canvasWidth.addNotifier(sizeChanged));
   notifiers_.push_back(document.canvasHeight.addNotifier(sizeChanged));
-  // Every change of a tree, at any depth, is a step of its history.
+  // The history also covers changes deeper in the tree than `rootNodes` shows.
   const auto memoryChanged = [this] { scheduleMemory(); };
   notifiers_.push_back(document.rootNodes.addNotifier(memoryChanged));
   notifiers_.push_back(document.undoStack.revision.addNotifier(memoryChanged));
@@ -119,7 +119,7 @@ void StatusBarPane::updateCanvasSize() {
 }
 
 void StatusBarPane::scheduleMemory() {
-  // A command changes several of these at once, and each reading goes through the whole history.
+  // One command may change several of these, and each reading walks the whole history.
   if (std::exchange(memoryScheduled_, true)) return;
   QMetaObject::invokeMethod(
       this,

@@ -13,20 +13,20 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// While alive, no background work begins: one job occupies the only thread of the pool.
-class HeldBackground {
+/// Holds back all background work while alive, by occupying the only thread of the pool.
+class BackgroundBlock {
  public:
-  HeldBackground() : threadsBefore_(pool().maxThreadCount()) {
+  BackgroundBlock() : threadsBefore_(pool().maxThreadCount()) {
     pool().waitForDone();
     pool().setMaxThreadCount(1);
     pool().start([release = release_] { release->acquire(); });
   }
-  ~HeldBackground() {
+  ~BackgroundBlock() {
     release_->release();
     pool().setMaxThreadCount(threadsBefore_);
   }
-  HeldBackground(const HeldBackground&) = delete;
-  HeldBackground& operator=(const HeldBackground&) = delete;
+  BackgroundBlock(const BackgroundBlock&) = delete;
+  BackgroundBlock& operator=(const BackgroundBlock&) = delete;
 
  private:
   static QThreadPool& pool() { return *QThreadPool::globalInstance(); }
@@ -37,7 +37,7 @@ class HeldBackground {
 
 class CancellingTest : public AppFixture {
  protected:
-  CancellingTest() { hearNotifications(); }
+  CancellingTest() { observeNotifications(); }
   ~CancellingTest() override { QThreadPool::globalInstance()->waitForDone(); }
 
   DocumentPtr addSaved(const char* name) {
@@ -59,7 +59,7 @@ TEST_F(CancellingTest, ACancelledRequestOpensNothingMore) {
   const QString image = writeImage("photo.png", 300, 200);
   addSaved("Sky");
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.open({image, path("Sky.tessel")});
     files.open({path("Sky.tessel"), image});
     files.cancelAll();
@@ -92,7 +92,7 @@ TEST_F(CancellingTest, ACancelledSaveLeavesTheFileAndTheMark) {
   const QByteArray before = contents(path("Sky.tessel"));
   document->addLayer(QStringLiteral("Clouds"));
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.save(document);
     EXPECT_FALSE(document->isDirty.value());
     files.cancelAll();
@@ -116,7 +116,7 @@ TEST_F(CancellingTest, ACancelledSaveOfAnImageLeavesItAsItWas) {
   const QByteArray before = contents(path("photo.png"));
   document->isDirty = true;
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.save(document);
     files.cancelAll();
   }
@@ -132,7 +132,7 @@ TEST_F(CancellingTest, SavesThatWaitAreCancelledWithTheRunningOne) {
   const DocumentPtr sea = addDocument(QStringLiteral("Sea"));
   sky->addLayer(QStringLiteral("Clouds"));
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.save(sky);
     dialogs.savePaths.push(path("Sea.tessel"));
     files.saveAs(sea);
@@ -148,7 +148,7 @@ TEST_F(CancellingTest, ACancelledExportLeavesNothingBehind) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.exportTargets.push({path("out.png"), 0});
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.exportImage(document);
     files.cancelAll();
   }
@@ -162,7 +162,7 @@ TEST_F(CancellingTest, EndingTheProgramStopsReadingAndFinishesWriting) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.savePaths.push(path("Sky.tessel"));
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.open({image, writeText("broken.png", "no picture")});
     files.saveAs(document);
     files.abandonReading();
@@ -178,7 +178,7 @@ TEST_F(CancellingTest, TheWindowsButtonCancels) {
   subscriptions.clear();
   const QString image = writeImage("photo.png", 300, 200);
   {
-    const HeldBackground held;
+    const BackgroundBlock block;
     files.open({image});
     window->contentView().progressLine().cancelButton().click();
     EXPECT_FALSE(files.activity.fraction.value().has_value());

@@ -17,7 +17,7 @@ using testing::StartsWith;
 
 class DocumentFilesTest : public AppFixture {
  protected:
-  DocumentFilesTest() { hearNotifications(); }
+  DocumentFilesTest() { observeNotifications(); }
 
   DocumentPtr openOne(const QString& file) {
     files.open({file});
@@ -48,7 +48,7 @@ TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreAllCalledUntitled) {
   EXPECT_THAT(openNames(), ElementsAre("Untitled", "Untitled"));
 }
 
-TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
+TEST_F(DocumentFilesTest, SizesOutOfRangeCreateNoDocument) {
   for (const char* typed : {"0", "16385", "abc", "", "-5", "12.5", "99999999999"}) {
     dialogs.warnings.clear();
     dialogs.newDocument = NewDocumentEntry{QString::fromLatin1(typed), QStringLiteral("10"), 2};
@@ -61,7 +61,7 @@ TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ACancelledDialogMakesNothing) {
+TEST_F(DocumentFilesTest, ACancelledDialogCreatesNoDocument) {
   files.newDocument();
   EXPECT_THAT(openNames(), IsEmpty());
   EXPECT_THAT(dialogs.warnings, IsEmpty());
@@ -79,7 +79,7 @@ TEST_F(DocumentFilesTest, FilesOpenInTheOrderTheyWereNamed) {
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
+TEST_F(DocumentFilesTest, FailuresAreListedAndTheOtherFilesOpen) {
   const QString good = writeImage("good.png");
   const QString noImage = writeText("broken.png", "no picture");
   const QString noDocument = writeText("broken.tessel", "no archive");
@@ -92,7 +92,7 @@ TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
   EXPECT_THAT(dialogs.warnings[0].second, HasSubstr("\nbroken.tessel: "));
 }
 
-TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
+TEST_F(DocumentFilesTest, ASingleFailureHasItsOwnTitle) {
   files.open({path("missing.png")});
   ASSERT_TRUE(waitForFiles());
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
@@ -100,7 +100,7 @@ TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("missing.png: "));
 }
 
-TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
+TEST_F(DocumentFilesTest, ADirectoryIsNotADocument) {
   QDir(folder.path()).mkdir(QStringLiteral("pictures"));
   files.open({path("pictures")});
   ASSERT_TRUE(waitForFiles());
@@ -108,7 +108,7 @@ TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("pictures: "));
 }
 
-TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
+TEST_F(DocumentFilesTest, AFailedDropHasItsOwnTitle) {
   files.openDropped({writeText("broken.png", "no picture"), writeImage("good.png")});
   ASSERT_TRUE(waitForFiles());
   EXPECT_THAT(openNames(), ElementsAre("good"));
@@ -135,7 +135,7 @@ TEST_F(DocumentFilesTest, AnIncompleteImageOpensWithOneWarningAndIsNotSavedOverI
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.jpg")}));
 }
 
-TEST_F(DocumentFilesTest, IncompleteAndUnreadableFilesAreReportedApart) {
+TEST_F(DocumentFilesTest, IncompleteAndUnreadableFilesAreReportedSeparately) {
   const QString photo = writeImage("photo.jpg", 200, 200);
   ASSERT_TRUE(QFile::resize(photo, QFileInfo(photo).size() * 2 / 3));
   files.open({photo, writeText("broken.png", "no picture"), writeImage("whole.png")});
@@ -159,7 +159,7 @@ TEST_F(DocumentFilesTest, ALongFileNameIsShortenedInTheMiddleOfAMessage) {
   EXPECT_GT(text.indexOf(QStringLiteral("z.png: ")), 0);
 }
 
-TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
+TEST_F(DocumentFilesTest, OpenedFilesBecomeRecentDocuments) {
   state.recentDocuments.clear();
   int told = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::recentDocumentsChanged,
@@ -173,13 +173,13 @@ TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
 
 // Saving.
 
-TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
+TEST_F(DocumentFilesTest, SaveAsAdoptsTheFileAndWritesIt) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   document->sourceFileFormat = Document::ImageFileFormat::png;
   document->isDirty = true;
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
-  // All of it holds at once; only the writing takes its time.
+  // The properties change immediately; only the write runs in the background.
   EXPECT_EQ(document->sourceFileURL.value(), path("Evening sky.tessel"));
   EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
   EXPECT_EQ(document->name.value(), "Evening sky");
@@ -202,7 +202,7 @@ TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
+TEST_F(DocumentFilesTest, AFailedSaveAsKeepsTheNewNameAndLeavesTheDocumentDirty) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   dialogs.savePaths.push(path("no such folder/Sky.tessel"));
   files.saveAs(document);
@@ -215,7 +215,7 @@ TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("Sky.tessel: "));
 }
 
-TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
+TEST_F(DocumentFilesTest, SaveClearsTheDirtyFlagBeforeItWrites) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.savePaths.push(path("Sky.tessel"));
   files.saveAs(document);
@@ -231,7 +231,7 @@ TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
   EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 2);
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
+TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   document->sourceFileURL = path("no such folder/Sky.TESSEL");
   document->isDirty = true;
@@ -243,7 +243,7 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
+TEST_F(DocumentFilesTest, AQueuedSaveKeepsTheDocumentDirtyUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
@@ -260,7 +260,7 @@ TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn)
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
+TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesItAsItIsWhenTheFirstHasEnded) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   document->sourceFileURL = path("Sky.tessel");
   document->isDirty = true;
@@ -304,7 +304,7 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   }
 }
 
-TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
+TEST_F(DocumentFilesTest, ASaveAsDuringTheSaveOfAnotherDocumentRunsAfterIt) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->sourceFileURL = path("first.tessel");
@@ -320,7 +320,7 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
+TEST_F(DocumentFilesTest, ASaveAsAfterAFailedSaveOfTheSameDocumentLeavesItClean) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
   document->sourceFileURL = path("no such folder/photo.tessel");
   document->isDirty = true;
@@ -348,7 +348,7 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
-TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
+TEST_F(DocumentFilesTest, SavingAnUnmodifiedDocumentWritesNothing) {
   const QString photo = writeImage("photo.jpg");
   const DocumentPtr document = openOne(photo);
   ASSERT_TRUE(QFile::remove(photo));
@@ -359,7 +359,7 @@ TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
   EXPECT_THAT(filesIn(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
+TEST_F(DocumentFilesTest, AnUnmodifiedDocumentWithoutAFileCanBeSaved) {
   EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
 }
 
@@ -381,7 +381,7 @@ TEST_F(DocumentFilesTest, AnImageKeepsItsMetadataWhenItIsSavedAndExported) {
   EXPECT_NEAR(QImage(path("copy.jpg")).dotsPerMeterX(), dotsPerMeter, 40);
 }
 
-TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
+TEST_F(DocumentFilesTest, AFailedFlatSaveLeavesTheDocumentDirty) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   document->sourceFileURL = path("no such folder/photo.png");
   document->isDirty = true;
@@ -392,7 +392,7 @@ TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
+TEST_F(DocumentFilesTest, SavingWhatAFlatFileCannotHoldLeadsToSaveAs) {
   int asked = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
                                                                  [&](const std::any&) { ++asked; }));
@@ -414,7 +414,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
 // Exporting.
 
-TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
+TEST_F(DocumentFilesTest, AnExportDoesNotChangeTheDocument) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->isDirty = true;
   document->sourceFileURL = path("Picture.tessel");
@@ -434,7 +434,7 @@ TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
   EXPECT_EQ(document->name.value(), "Picture");
 }
 
-TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
+TEST_F(DocumentFilesTest, AnExportIncludesEditsThatWereNeverOnScreen) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
                                   ColorMode::rgb8, {0.0F, 1.0F, 0.0F, 1.0F});
@@ -444,7 +444,7 @@ TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
   EXPECT_EQ(QImage(path("out.png")).pixelColor(1, 1), QColor(Qt::green));
 }
 
-TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
+TEST_F(DocumentFilesTest, OpeningAndExportingAnImageReportProgress) {
   std::vector<double> fractions;
   const auto subscription = files.activity.fraction.addNotifier([&] {
     if (const auto fraction = files.activity.fraction.value()) fractions.push_back(*fraction);
@@ -463,7 +463,7 @@ TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
   EXPECT_TRUE(std::ranges::is_sorted(fractions));
 }
 
-TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
+TEST_F(DocumentFilesTest, AFailedExportIsReported) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   dialogs.exportTargets.push({path("no such folder/out.png"), 0});
   files.exportImage(document);

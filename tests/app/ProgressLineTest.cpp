@@ -23,7 +23,7 @@ class ProgressLineTest : public testing::Test {
   int cancelled = 0;
 };
 
-TEST_F(ProgressLineTest, WorkThatLastsShowsTheLineAndThenTheButton) {
+TEST_F(ProgressLineTest, LongWorkShowsTheLineAndThenTheButton) {
   EXPECT_FALSE(line.isVisible());
   EXPECT_FALSE(button.isVisible());
   const FileActivity::Work work = activity.begin();
@@ -41,13 +41,13 @@ TEST_F(ProgressLineTest, TheButtonLiesInTheCornerBelowTheLine) {
   EXPECT_TRUE(QRect(340, 43, 60, 60).contains(button.geometry()));
 }
 
-TEST_F(ProgressLineTest, TheButtonHasANameAndTakesTheKeyboard) {
+TEST_F(ProgressLineTest, TheButtonHasANameAndTakesTheFocus) {
   EXPECT_EQ(button.accessibleName(), "Cancel reading and writing files");
   EXPECT_EQ(button.toolTip(), "Cancel");
   EXPECT_EQ(button.focusPolicy(), Qt::TabFocus);
 }
 
-TEST_F(ProgressLineTest, AClickSpaceAndEscapeCancel) {
+TEST_F(ProgressLineTest, AClickOrSpaceOrEscapeCancels) {
   const FileActivity::Work work = activity.begin();
   button.show();
   button.click();
@@ -62,7 +62,7 @@ TEST_F(ProgressLineTest, AClickSpaceAndEscapeCancel) {
   activity.end(work);
 }
 
-TEST_F(ProgressLineTest, EscapeIsNobodyElsesShortcutMeanwhile) {
+TEST_F(ProgressLineTest, EscapeTriggersNoShortcutWhileTheButtonHasTheFocus) {
   QKeyEvent escape(QEvent::ShortcutOverride, Qt::Key_Escape, Qt::NoModifier);
   escape.ignore();
   QApplication::sendEvent(&button, &escape);

@@ -13,12 +13,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Writes nothing; each save ends when the test says so, and what happened is kept as a list.
+/// Writes nothing. Each save ends when the test says so; all calls are logged.
 class ScriptedWriter : public SaveQueueClient {
  public:
   std::vector<std::string> log;
   std::function<void(const SaveRequest&)> duringReport;
-  /// Every save ends by itself as soon as events are processed.
+  /// Lets every save succeed as soon as events are processed.
   bool endsByItself = false;
 
   void beginSave(const SaveRequest& request, Done done) override {
@@ -68,7 +68,7 @@ class SaveQueueTest : public testing::Test {
   DocumentPtr sea = document("Sea");
 };
 
-TEST_F(SaveQueueTest, ASaveBeginsAtOnceWhenNoneRuns) {
+TEST_F(SaveQueueTest, ASaveBeginsImmediatelyWhenNoneRuns) {
   save(sky, "sky");
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky"));
   writer.succeed();
@@ -96,7 +96,7 @@ TEST_F(SaveQueueTest, ARequestForTheRunningSaveRunsAfterIt) {
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "saved sky", "begin Sky sky"));
 }
 
-TEST_F(SaveQueueTest, RepeatedRequestsThatStillWaitAreOne) {
+TEST_F(SaveQueueTest, EqualQueuedRequestsAreMerged) {
   save(sky, "sky");
   for (int press = 0; press < 5; ++press) save(sky, "sky");
   save(sea, "sea");
@@ -181,7 +181,7 @@ TEST_F(SaveQueueTest, CancellingTheWaitingSavesLeavesTheRunningOne) {
   EXPECT_TRUE(queue.isEmpty());
 }
 
-TEST_F(SaveQueueTest, TheQueueKnowsWhoseSavesItHolds) {
+TEST_F(SaveQueueTest, TheQueueKnowsWhichDocumentsItContains) {
   save(sky, "sky");
   save(sea, "sea");
   EXPECT_TRUE(queue.contains(sky->id));
@@ -218,7 +218,7 @@ TEST_F(SaveQueueTest, SettlingAllWaitsForEverySave) {
                                             "begin Sky sky", "saved sky"));
 }
 
-TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
+TEST_F(SaveQueueTest, AQueuedSaveKeepsItsDocumentAlive) {
   save(sky, "sky");
   save(sea, "sea");
   sea.reset();
@@ -228,7 +228,7 @@ TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
   writer.succeed();
 }
 
-TEST_F(SaveQueueTest, AFinishedSaveLetsGoOfItsDocument) {
+TEST_F(SaveQueueTest, AFinishedSaveReleasesItsDocument) {
   const std::weak_ptr<Document> held = sea;
   save(sea, "sea");
   sea.reset();
