@@ -232,6 +232,7 @@ class LoadProgress {
     progress_.tell(static_cast<double>(doneBytes_) / static_cast<double>(totalBytes_));
   }
   [[nodiscard]] bool isCancelled() const { return progress_.isCancelled(); }
+  [[nodiscard]] const Progress& whole() const { return progress_; }
 
  private:
   const Progress& progress_;
@@ -240,22 +241,18 @@ class LoadProgress {
   std::uint64_t doneBytes_ = 0;
 };
 
-/// Reads one entry into its surface, a row of tiles at a time.
-Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, Surface& surface,
-                            LoadProgress& progress) {
-  std::array<std::byte, LayerdataHeader::byteSize> start{};
-  if (auto result = stream.read(start); !result) return result;
-  const auto header = LayerdataHeader::decode(start);
-  if (!header) return because(header.error());
-  if (auto result = judgeHeader(*header, entry, surface); !result) return result;
+std::size_t bytesPerRow(const Surface& surface) {
+  return static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
+}
 
-  const std::size_t rowBytes =
-      static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
-  const int bandRows = std::min(tileSide, surface.height());
-  ByteBuffer band(rowBytes * static_cast<std::size_t>(bandRows));
-  for (int y = 0; y < surface.height(); y += tileSide) {
+/// Reads whole rows of tiles, from `firstRow` up to `endRow` in pixels.
+Described<void> fillRows(ZipReader::Stream& stream, Surface& surface, int firstRow, int endRow,
+                         LoadProgress& progress) {
+  const std::size_t rowBytes = bytesPerRow(surface);
+  ByteBuffer band(rowBytes * static_cast<std::size_t>(std::min(tileSide, endRow - firstRow)));
+  for (int y = firstRow; y < endRow; y += tileSide) {
     if (progress.isCancelled()) return cancelled();
-    const int rows = std::min(tileSide, surface.height() - y);
+    const int rows = std::min(tileSide, endRow - y);
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
     const auto isCalm = readBand(stream, band.span().first(bytes));
     if (!isCalm) return because(isCalm.error());
@@ -265,6 +262,85 @@ Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& e
       markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
     }
     progress.add(bytes);
+  }
+  return {};
+}
+
+Described<void> readHeader(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, const Surface& surface) {
+  std::array<std::byte, LayerdataHeader::byteSize> start{};
+  if (auto result = stream.read(start); !result) return result;
+  const auto header = LayerdataHeader::decode(start);
+  if (!header) return because(header.error());
+  return judgeHeader(*header, entry, surface);
+}
+
+/// A piece of loading that one thread does: a whole entry, or some of its parts that fill whole rows of
+/// tiles.
+struct LoadPiece {
+  std::size_t entry = 0;
+  std::size_t firstPart = 0;
+  std::size_t partCount = 0;  ///< 0 for the whole entry
+  int firstRow = 0;
+  int endRow = 0;
+  std::uint64_t size = 0;
+  std::uint32_t crc = 0;  ///< once it is read
+};
+
+/// Cuts an entry into pieces where its parts begin with a row of tiles; one piece if they don't.
+std::vector<LoadPiece> piecesOf(std::size_t entry, const std::vector<EntryPart>& parts,
+                                const Surface& surface) {
+  constexpr std::uint64_t leastPieceBytes = std::uint64_t{16} << 20U;
+  const LoadPiece whole{.entry = entry, .endRow = surface.height()};
+  const std::uint64_t tileRowBytes = std::uint64_t{bytesPerRow(surface)} * tileSide;
+  std::vector<LoadPiece> pieces{whole};
+  std::uint64_t offset = 0;
+  for (std::size_t part = 0; part < parts.size(); ++part) {
+    const std::uint64_t pixelBytes = offset - std::min<std::uint64_t>(offset, LayerdataHeader::byteSize);
+    if (pieces.back().size >= leastPieceBytes && pixelBytes % tileRowBytes == 0) {
+      const int row = static_cast<int>(pixelBytes / tileRowBytes) * tileSide;
+      pieces.back().endRow = row;
+      pieces.push_back({.entry = entry, .firstPart = part, .firstRow = row, .endRow = surface.height()});
+    }
+    ++pieces.back().partCount;
+    pieces.back().size += parts[part].size;
+    offset += parts[part].size;
+  }
+  return pieces.size() > 1 ? pieces : std::vector{whole};
+}
+
+/// Reads a piece, into the surface if there is one.
+Described<void> readPiece(const ZipReader& archive, LoadPiece& piece, Surface* surface,
+                          LoadProgress& progress) {
+  const bool isWhole = piece.partCount == 0;
+  auto stream = isWhole ? archive.stream(piece.entry)
+                        : archive.streamOfParts(piece.entry, piece.firstPart, piece.partCount);
+  if (!stream) return because(stream.error());
+  if (surface != nullptr && piece.firstRow == 0) {
+    if (auto result = readHeader(*stream, archive.entries()[piece.entry], *surface); !result) return result;
+  }
+  if (surface != nullptr) {
+    if (auto result = fillRows(*stream, *surface, piece.firstRow, piece.endRow, progress); !result)
+      return result;
+  }
+  if (isWhole) return stream->finish(progress.whole());
+  piece.crc = stream->crc();
+  return {};
+}
+
+/// The sums of an entry's pieces, joined, are that of the whole.
+Described<void> judgeSums(const std::vector<LoadPiece>& pieces,
+                          const std::vector<ArchiveEntryInfo>& entries) {
+  for (std::size_t i = 0; i < pieces.size();) {
+    const ArchiveEntryInfo& entry = entries[pieces[i].entry];
+    const bool isInPieces = pieces[i].partCount > 0;
+    std::uint32_t crc = 0;
+    const std::size_t index = pieces[i].entry;
+    for (; i < pieces.size() && pieces[i].entry == index; ++i)
+      crc = joinCrc32(crc, pieces[i].crc, pieces[i].size);
+    if (isInPieces && crc != entry.crc) {
+      return because(QStringLiteral("The entry \"%1\" can't be read. Its check sum is wrong.")
+                         .arg(displayName(QString::fromStdString(entry.path))));
+    }
   }
   return {};
 }
@@ -392,14 +468,20 @@ Described<void> fillTextures(const OpenedDocument& opened, const std::vector<Tex
   for (const ArchiveEntryInfo& entry : entries) total += entry.size;
 
   LoadProgress loaded(progress, total);
-  return forEachInBackground(entries.size(), [&](std::size_t index) -> Described<void> {
-    auto stream = opened.archive.stream(index);
-    if (!stream) return because(stream.error());
-    if (Surface* destination = destinations[index]) {
-      if (auto result = fillTexture(*stream, entries[index], *destination, loaded); !result) return result;
+  std::vector<LoadPiece> pieces;
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    if (destinations[index] == nullptr) {
+      pieces.push_back({.entry = index});
+      continue;
     }
-    return stream->finish(progress);
+    const auto cut = piecesOf(index, opened.archive.parts(index), *destinations[index]);
+    pieces.insert(pieces.end(), cut.begin(), cut.end());
+  }
+  const auto read = forEachInBackground(pieces.size(), [&](std::size_t index) {
+    return readPiece(opened.archive, pieces[index], destinations[pieces[index].entry], loaded);
   });
+  if (!read) return read;
+  return judgeSums(pieces, entries);
 }
 
 Described<void> judgeShownMemory(const Document& document) {
