@@ -12,6 +12,7 @@
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
+#include "io/document/TextureLoading.h"
 #include "io/files/FaultyDisk.h"
 
 namespace orvanel {
@@ -296,9 +297,8 @@ TEST_F(DocumentIOTest, cancelledLoadHandsOutNoDocument) {
 
 TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
   ASSERT_TRUE(save(richDocument(ColorMode::rgb16, 300, 2000)).has_value());
-  const auto opened = openDocument(path());
-  const auto built = buildDocument(*opened, MetalContext::shared());
-  ASSERT_TRUE(built.has_value());
+  const auto opened = openDocument(path(), MetalContext::shared());
+  ASSERT_TRUE(opened.has_value());
   const auto cancellation = std::make_shared<Cancellation>();
   int told = 0;
   const Progress progress(
@@ -307,10 +307,10 @@ TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
         cancellation->cancel();
       },
       cancellation);
-  const auto filled = fillTextures(*opened, built->requests, progress);
+  const auto filled = fillTextures(*opened, progress);
   ASSERT_FALSE(filled.has_value());
   EXPECT_EQ(filled.error(), cancelled().value());
-  EXPECT_LE(told, static_cast<int>(built->requests.size()));
+  EXPECT_LE(told, static_cast<int>(opened->requests.size()));
 }
 
 TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {
