@@ -1,4 +1,4 @@
-# The two commands: `make run` and `make test`. Everything else is for those who work on the editor.
+# The two main targets are `run` and `test`; the others are for development.
 
 SHELL := /bin/bash
 .SHELLFLAGS := -eu -o pipefail -c
@@ -18,22 +18,22 @@ SANITIZE := build/sanitize
 FUZZ := build/fuzz
 LINT := build/lint
 
-# What each build is made with stands in CMakePresets.json.
+# The builds are configured by CMakePresets.json.
 configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake --preset $(notdir $(1))
 compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)
 
 .PHONY: help setup run test bench fuzz lint sample pictures
 
 help:
-	@echo 'make run              install what is needed, build the editor and start it'
+	@echo 'make run              install the dependencies, build the editor and start it'
 	@echo 'make run FILES="..."  the same, and open these files'
-	@echo 'make test             build and run all tests, the core'"'"'s again under sanitizers'
+	@echo 'make test             build and run all tests, those of the core also under sanitizers'
 	@echo 'make bench            run the benchmarks (BENCH_ARGS="--benchmark_filter=...")'
 	@echo 'make fuzz             run every fuzzer for FUZZ_SECONDS ($(FUZZ_SECONDS)) seconds'
-	@echo 'make lint             check layout and includes, run clang-tidy'
+	@echo 'make lint             check formatting and includes, run clang-tidy'
 	@echo 'make sample           write the sample document to build/sample.tessel'
-	@echo 'make pictures         take the pictures in docs/ (PHOTO="...")'
-	@echo 'make setup            only install what is needed'
+	@echo 'make pictures         take the screenshots in docs/ (PHOTO="...")'
+	@echo 'make setup            only install the dependencies'
 
 setup:
 	@scripts/setup.sh
@@ -49,7 +49,7 @@ run: setup $(RELEASE)/build.ninja
 	@$(call compile,$(RELEASE)) --target orvanel
 	@scripts/run.sh $(RELEASE)/src/app/orvanel $(FILES)
 
-# One run of ctest over both builds, so that one summary speaks for all of it.
+# A single run of ctest over both builds, for a single summary.
 test: setup $(RELEASE)/build.ninja $(SANITIZE)/build.ninja
 	@$(call compile,$(RELEASE))
 	@$(call compile,$(SANITIZE))

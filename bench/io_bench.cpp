@@ -1,6 +1,7 @@
 // Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
 // them: writing and reading a file of that size, memory that nobody has touched, decoding alone.
 #include <benchmark/benchmark.h>
+#include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
 #include <zlib.h>
 
@@ -133,7 +134,41 @@ BENCHMARK(SizeBesideZlib6)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 
-/// The part of a save that runs on the main thread.
+/// One layer, which is read in several places at once, with this many cores.
+void LoadOneLayer(benchmark::State& state) {
+  const QTemporaryDir folder;
+  const QString path = folder.filePath(QStringLiteral("layer.tessel"));
+  constexpr int layerSide = 8192;
+  {
+    const auto layer =
+        std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Photo")},
+                                bench::photoLayer(layerSide, layerSide, bench::Depth::full, 0));
+    const DocumentPtr document = Document::create({.name = QStringLiteral("Layer"),
+                                                   .width = layerSide,
+                                                   .height = layerSide,
+                                                   .colorMode = ColorMode::rgb16,
+                                                   .rootNodes = {layer}},
+                                                  MetalContext::shared());
+    if (!DocumentIO::saveSynchronously(document, path, MetalContext::shared()))
+      state.SkipWithError("not saved");
+  }
+  const tbb::global_control cores(tbb::global_control::max_allowed_parallelism,
+                                  static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    const auto loaded = DocumentIO::loadSynchronously(path, MetalContext::shared());
+    if (!loaded) state.SkipWithError("not loaded");
+  }
+  state.SetBytesProcessed(state.iterations() * std::int64_t{layerSide} * layerSide * 8);
+}
+BENCHMARK(LoadOneLayer)
+    ->ArgName("cores")
+    ->Arg(1)
+    ->Arg(2)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3);
+
+/// What the main thread does of a save.
 void SaveOnMainThread(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));

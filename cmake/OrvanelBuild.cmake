@@ -1,4 +1,4 @@
-# Compiler settings and the two helpers that every room of the house uses.
+# Compiler settings, and the two functions that all source folders use.
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
@@ -21,16 +21,16 @@ add_library(orvanel_warnings INTERFACE)
 target_compile_options(orvanel_warnings INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2
   $<$<BOOL:${ORVANEL_WERROR}>:-Werror>
-  # clang's idea of it goes further than ours.
+  # clang's version of this warning is too strict.
   $<$<CXX_COMPILER_ID:GNU>:-Wdouble-promotion>
-  # Hints meant for g++ alone.
+  # Attributes that only g++ knows.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-attributes>)
 
 if(ORVANEL_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer -O1 -g)
   add_link_options(-fsanitize=address,undefined)
-  # The checks' own branches make g++ see uses of what is never used.
+  # The instrumentation causes false positives in g++.
   add_compile_options(-Wno-maybe-uninitialized)
 elseif(ORVANEL_THREAD_SANITIZE)
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer -O1 -g)
@@ -41,7 +41,7 @@ if(ORVANEL_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     message(FATAL_ERROR "The fuzzers need clang: configure with -DCMAKE_CXX_COMPILER=clang++")
   endif()
-  # Every room tells the fuzzer what it runs; only the fuzzers themselves link its main().
+  # All libraries are instrumented; only the fuzzers link libFuzzer's main().
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
@@ -60,7 +60,7 @@ function(orvanel_room name)
 endfunction()
 
 # orvanel_add_test(name SOURCES ... LIBS ... [LABELS ...] [WITHOUT_ENGINE])
-# One test program per room; every TEST in it is one ctest entry. Window tests run offscreen.
+# One test program per folder; every TEST is a ctest entry. Window tests run offscreen.
 function(orvanel_add_test name)
   cmake_parse_arguments(ARG "WITHOUT_ENGINE" "" "SOURCES;LIBS;LABELS" ${ARGN})
   include(GoogleTest)

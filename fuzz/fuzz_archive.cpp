@@ -1,14 +1,18 @@
-// Any bytes as a whole document file. Canvases are kept small, so that time goes into finding faults and
-// not into making pixels; everything else is what the program does with a stranger's file.
+// Any bytes as a whole document file. Memory and canvases are kept small, so that time goes into finding
+// faults and not into making pixels; everything else is what the program does with a stranger's file.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 
 #include "io/document/DocumentReader.h"
+#include "io/document/TextureLoading.h"
+#include "raster/MemoryBudget.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto opened = orvanel::openDocument(std::as_bytes(std::span(data, size)));
+  const orvanel::ScopedMemoryLimit limit(std::uint64_t{64} << 20U);
+  orvanel::MetalContext& context = orvanel::MetalContext::shared();
+  const auto opened = orvanel::openDocument(std::as_bytes(std::span(data, size)), context);
   if (!opened) {
     if (opened.error().isEmpty()) std::abort();
     return 0;
@@ -16,8 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr std::int64_t largestArea = 1 << 16;
   const orvanel::DocumentManifest& document = opened->manifest.document;
   if (document.canvasWidth * document.canvasHeight > largestArea) return 0;
-  const auto built = orvanel::buildDocument(*opened, orvanel::MetalContext::shared());
-  if (!built) return 0;
-  static_cast<void>(orvanel::fillTextures(*opened, built->requests, {}));
+  const orvanel::DocumentPtr built = orvanel::buildDocument(*opened, context);
+  static_cast<void>(orvanel::fillTextures(*opened, {}));
   return 0;
 }

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Runs the tests of the history under ThreadSanitizer, which must see inside the task scheduler too: it takes the
-# source of the distribution's oneTBB, builds that with the sanitizer in build/races, and puts it before the
-# installed library. Needs a deb-src entry among apt's sources.
+# Runs the tests of the history under ThreadSanitizer. The task scheduler must be instrumented too, so this builds
+# the distribution's oneTBB with the sanitizer in build/races and uses it instead of the installed library. Needs a
+# deb-src entry among apt's sources.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 here=$PWD/build/races

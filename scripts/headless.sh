@@ -1,5 +1,5 @@
-# Sourced by the scripts that need a screen where there is none: a virtual one, the editor on it, and
-# pictures of the editor's window. Ends what it started when the script ends.
+# For scripts on machines without a display: starts a virtual screen and the editor on it, and takes
+# screenshots. Ends everything it started when the script exits.
 
 headlessProcesses=()
 endHeadless() {
@@ -11,7 +11,7 @@ endHeadless() {
 trap endHeadless EXIT
 trap 'exit 130' INT TERM
 
-# startScreen [SIZE]: a virtual X screen under a free number, and DISPLAY set to it.
+# startScreen [SIZE]: starts a virtual X screen with a free number and sets DISPLAY.
 startScreen() {
   local numberFile
   numberFile=$(mktemp)
@@ -25,7 +25,7 @@ startScreen() {
   DISPLAY=:$(<"$numberFile")
   rm -f "$numberFile"
   [[ $DISPLAY != : ]] || {
-    echo "No virtual screen came up:" >&2
+    echo "The virtual screen did not start:" >&2
     cat build/xvfb.log >&2
     return 1
   }
@@ -34,7 +34,7 @@ startScreen() {
   export QT_QPA_PLATFORM=xcb
 }
 
-# startEditor PROGRAM FILES...: starts the editor and waits for its window; its id is in `window`.
+# startEditor PROGRAM FILES...: starts the editor, waits for its window and sets `window` to its id.
 startEditor() {
   "$@" >build/editor.log 2>&1 </dev/null &
   editor=$!
@@ -47,16 +47,16 @@ startEditor() {
     sleep 0.1
   done
   if [[ -z $window ]]; then
-    echo "The editor showed no window:" >&2
+    echo "The editor did not show a window:" >&2
     cat build/editor.log >&2
     return 1
   fi
-  # There is no window manager here that would do these two.
+  # Without a window manager, the window must be placed and focused explicitly.
   xdotool windowmove "$window" 0 0
   xdotool windowfocus "$window"
 }
 
-# takePicture FILE: a picture of the window once it has stopped changing.
+# takePicture FILE: takes a screenshot of the window once it has stopped changing.
 takePicture() {
   local before='' now tries
   mkdir -p "$(dirname "$1")"
@@ -67,7 +67,7 @@ takePicture() {
     [[ $now == "$before" ]] && return 0
     before=$now
     kill -0 "$editor" 2>/dev/null || {
-      echo "The editor has ended:" >&2
+      echo "The editor has exited:" >&2
       cat build/editor.log >&2
       return 1
     }

@@ -1,5 +1,5 @@
 #!/bin/bash
-# lint.sh BUILD JOBS: checks layout and runs clang-tidy with BUILD's compile commands. Both always run.
+# lint.sh BUILD JOBS: checks the formatting and runs clang-tidy with the compile commands of BUILD. Both always run.
 set -euo pipefail
 build=$1 jobs=$2
 faults=0

@@ -1,6 +1,6 @@
 #!/bin/bash
-# make_pictures.sh EDITOR [PHOTO]: takes the pictures in docs/ of the real editor on a virtual screen,
-# with a photo, or with the sample when none is given: fitted, at 100 %, and close enough for the grid.
+# make_pictures.sh EDITOR [PHOTO]: takes the screenshots in docs/ on a virtual screen, with a photo or else the
+# sample: fitted to the window, at 100 %, and zoomed in to the pixel grid.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 editorProgram=$1
@@ -22,23 +22,23 @@ press() {
 startScreen 1440x900x24
 startEditor "$editorProgram" "$photo"
 xdotool windowsize --sync "$window" 1280 800
-# The pointer away from everything that would answer to it.
+# Move the pointer away from anything that reacts to it.
 xdotool mousemove 1439 899
 sleep 1
 
 press ctrl+0
 takePicture docs/window-fit.png
 press ctrl+1
-# Down to where a photo usually has its detail.
+# Scroll down to where a photo usually has more detail.
 xdotool mousemove 640 400
 for ((turn = 0; turn < 14; ++turn)); do xdotool click 5; done
 xdotool mousemove 1439 899
 takePicture docs/window-100.png
-# The steps from 100 % to 6400 %; at 4000 % pixels are large enough for the grid.
+# Zoom in from 100 % to 6400 %; the grid is shown from 4000 %.
 for ((step = 0; step < 11; ++step)); do press ctrl+plus; done
 takePicture docs/window-grid.png
-# A palette halves what every clone carries of a photograph, and nobody sees it at this size.
+# A palette halves the size of the files in the repository, with no visible difference at this scale.
 for picture in docs/window-fit.png docs/window-100.png; do
   convert "$picture" -dither FloydSteinberg -colors 255 "PNG8:$picture"
 done
-echo "The pictures are in docs/: window-fit.png, window-100.png, window-grid.png."
+echo "The screenshots are in docs/: window-fit.png, window-100.png, window-grid.png."

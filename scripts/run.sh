@@ -1,6 +1,6 @@
 #!/bin/bash
-# run.sh EDITOR [FILES...]: starts the editor. Without a display it runs for a moment on a virtual
-# screen with the sample (or the files), and leaves a picture of its window in build/orvanel.png.
+# run.sh EDITOR [FILES...]: starts the editor. Without a display, it briefly runs on a virtual screen with the
+# given files or the sample, and a screenshot is saved to build/orvanel.png.
 set -euo pipefail
 editorProgram=$1
 shift
@@ -18,4 +18,4 @@ fi
 startScreen
 startEditor "$editorProgram" "$@"
 takePicture build/orvanel.png
-echo "There is no display here, so the editor ran on a virtual one; its window is in build/orvanel.png."
+echo "There is no display, so the editor ran on a virtual one. See build/orvanel.png for a screenshot."

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Installs what building, testing and running need, on Debian 12 and its relatives. Says nothing and
-# changes nothing when all of it is there.
+# Installs the dependencies for building, testing and running, on Debian 12 and its derivatives. Silent if
+# everything is installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -11,7 +11,7 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev llvm
   # The window and its images
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-image-formats-plugins libgl-dev
-  libgif-dev libheif-dev qt6-wayland
+  libgif-dev libheif-dev libexiv2-dev qt6-wayland
   # The core: vectors, threads, results, compression, archives
   libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
   # Tests and benchmarks
@@ -20,7 +20,7 @@ packages=(
   xvfb xauth xdotool imagemagick fonts-dejavu-core python3
 )
 
-# dpkg-query fails when it knows one of them not at all.
+# dpkg-query fails if it doesn't know one of the packages.
 known=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' "${packages[@]}" 2>/dev/null || true)
 missing=()
 for package in "${packages[@]}"; do
@@ -29,15 +29,15 @@ done
 ((${#missing[@]})) || exit 0
 
 if ! command -v apt-get >/dev/null; then
-  echo "This machine has no apt. Please install the equivalents of: ${missing[*]}" >&2
+  echo "apt was not found. Please install the equivalents of: ${missing[*]}" >&2
   exit 1
 fi
 
-# Becoming root may ask for a password on the terminal, which a step's log would swallow.
+# Ask for the password here, because the output of the steps goes to a log.
 asRoot=()
 if ((EUID != 0)); then
   command -v sudo >/dev/null || {
-    echo "Not root, and there is no sudo. Please install: ${missing[*]}" >&2
+    echo "This needs root, and sudo was not found. Please install: ${missing[*]}" >&2
     exit 1
   }
   sudo -n true 2>/dev/null || sudo -v

@@ -1,6 +1,6 @@
 #!/bin/bash
-# step.sh TITLE LOG COMMAND...: runs a long command with its output in LOG. Prints the title, a sign of
-# life every half minute, the time taken, and the log's tail on failure, whose exit code it hands on.
+# step.sh TITLE LOG COMMAND...: runs a long command with its output in LOG. Prints the title and, every 30
+# seconds, the last line of the log. On failure, prints the end of the log and returns the command's exit status.
 set -u
 title=$1 log=$2
 shift 2
@@ -22,6 +22,6 @@ wait "$command"
 code=$?
 if ((code != 0)); then
   tail -n 60 "$log"
-  echo "$title failed after $((SECONDS - started)) s; all of its output is in $log" >&2
+  echo "$title failed after $((SECONDS - started)) s; see $log for the full output" >&2
 fi
 exit "$code"

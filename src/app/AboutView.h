@@ -1,4 +1,4 @@
-// The small window that says what this program is. Main thread only.
+// The About window. Main thread only.
 #pragma once
 
 #include <QDialog>

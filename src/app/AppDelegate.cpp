@@ -10,7 +10,7 @@ namespace {
 
 constexpr auto uiTestingArgument = "--uitesting";
 
-/// File managers pass paths or file addresses.
+/// File managers pass paths or file URLs.
 QString pathFromArgument(const QString& argument) {
   if (argument.startsWith(QStringLiteral("file://"))) return QUrl(argument).toLocalFile();
   return argument;
@@ -40,7 +40,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 TerminationReply AppDelegate::applicationShouldTerminate() {
   if (isUITesting()) return TerminationReply::now;
-  // What is being written gets to its end also when its document was closed meanwhile.
+  // Writes finish even when their document has been closed since.
   files_.settleWrites();
   return appState_.windowState.confirmAll() ? TerminationReply::now : TerminationReply::cancel;
 }

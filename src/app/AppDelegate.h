@@ -1,5 +1,4 @@
-// The program's answers to the system: what happens once it has started, and whether it may end.
-// Main thread only.
+// Handles the start of the program and requests to terminate it. Main thread only.
 #pragma once
 
 #include <QStringList>
@@ -13,12 +12,12 @@ enum class TerminationReply { now, cancel };
 
 class AppDelegate {
  public:
-  /// `arguments` are those behind the program's name. All must outlive the delegate.
+  /// `arguments` exclude the program name. `appState` and `files` must outlive the delegate.
   AppDelegate(AppState& appState, DocumentFiles& files, QStringList arguments);
 
-  /// Opens what was named at the start.
+  /// Opens the files given as arguments.
   void applicationDidFinishLaunching();
-  /// Asks about every unsaved document; the first refusal cancels.
+  /// Asks about every dirty document; the first refusal cancels.
   [[nodiscard]] TerminationReply applicationShouldTerminate();
 
  private:

@@ -1,4 +1,4 @@
-// Settings that live in memory only, for the length of a run. A plain value.
+// Settings that are not persistent. A plain value.
 #pragma once
 
 namespace orvanel {

@@ -1,5 +1,5 @@
-// The root of the object graph: the open documents, the tools, the preferences and what outlives a run.
-// One shared instance, made on first use and never destroyed; main thread only.
+// The root of the object graph: open documents, tools, preferences and persistent settings. One shared
+// instance, created on first use and never destroyed; main thread only.
 #pragma once
 
 #include <QProperty>
@@ -18,7 +18,7 @@ namespace orvanel {
 class AppState {
  public:
   static AppState& shared();
-  /// A state of its own, as tests make it.
+  /// An independent state, for tests.
   explicit AppState(MetalContext& context);
   AppState(const AppState&) = delete;
   AppState& operator=(const AppState&) = delete;
@@ -26,7 +26,7 @@ class AppState {
   WindowState windowState;
   ToolState toolState;
   QProperty<AppPreferences> preferences;
-  /// Shared by all documents: what is copied in one tab can be pasted in another.
+  /// Shared by all documents, so that pixels can be copied from one tab to another.
   QProperty<std::optional<PixelClipboard>> pixelClipboard;
   MetalContext& metalContext;
 

@@ -22,8 +22,8 @@ QMenu::separator { height: 1px; background: #e2e2e6; margin: 4px 0; }
 QToolTip { background: #ffffff; color: #1d1d1f; border: 1px solid #c6c6cc; padding: 3px; }
 )";
 
-/// Fusion without pictures on buttons. Alt alone belongs to the canvas, where it changes what the wheel and
-/// the tools do; menus open with Alt and a letter.
+/// Fusion without icons on buttons. Alt on its own is a modifier for the wheel and the tools on the canvas,
+/// so it doesn't activate the menu bar; Alt and a letter does.
 class PlainStyle : public QProxyStyle {
  public:
   PlainStyle() : QProxyStyle(QStringLiteral("Fusion")) {}

@@ -1,4 +1,4 @@
-// The look of the whole program: light, whatever scheme the desktop has. Main thread only.
+// The application's style and light palette, independent of the desktop's colour scheme. Main thread only.
 #pragma once
 
 class QApplication;

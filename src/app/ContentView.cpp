@@ -26,6 +26,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   canvasPane_ = new CanvasPaneView(appState.metalContext, appState.toolState, this);
   statusBar_ = new StatusBarPane(this);
   progressLine_ = new ProgressLine(files.activity, this);
+  progressLine_->onCancel = [&files] { files.cancelAll(); };
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
@@ -91,7 +92,7 @@ QEvent::Type ContentView::refreshEventType() {
 }
 
 void ContentView::scheduleRefresh() {
-  // One operation changes several properties; the views follow once, when it is through.
+  // One operation may change several properties; the views are updated once, after the last change.
   if (isRefreshScheduled_) return;
   isRefreshScheduled_ = true;
   QCoreApplication::postEvent(this, new QEvent(refreshEventType()), Qt::HighEventPriority);
@@ -126,7 +127,7 @@ void ContentView::refresh() {
 
 void ContentView::placeProgressLine() {
   layout()->activate();
-  progressLine_->setGeometry(0, canvasPane_->y(), width(), ProgressLine::thickness);
+  progressLine_->placeIn(canvasPane_->geometry());
 }
 
 void ContentView::resizeEvent(QResizeEvent* /*event*/) {

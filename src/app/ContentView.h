@@ -1,5 +1,5 @@
-// The root view of the main window: tabs, canvas and status line, and the ear for the notifications that
-// concern the open documents. Owned by the window; main thread only.
+// The root view of the main window: tab bar, canvas and status bar. Handles the notifications that concern
+// open documents. Owned by the window; main thread only.
 #pragma once
 
 #include <QEvent>
@@ -26,12 +26,13 @@ class ContentView : public QWidget {
   ContentView(AppState& appState, DocumentFiles& files, QWidget* parent = nullptr);
   ~ContentView() override;
 
-  /// Called when another document has become active, or its name, mark or file has changed.
+  /// Called when another document becomes active, or when its name, file or modified state changes.
   std::function<void()> onActiveDocumentChanged;
 
   [[nodiscard]] DocumentTabBar& tabBar() { return *tabBar_; }
   [[nodiscard]] CanvasPaneView& canvasPane() { return *canvasPane_; }
   [[nodiscard]] StatusBarPane& statusBar() { return *statusBar_; }
+  [[nodiscard]] ProgressLine& progressLine() { return *progressLine_; }
 
  protected:
   bool event(QEvent* event) override;

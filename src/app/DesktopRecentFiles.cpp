@@ -11,6 +11,8 @@
 #include <QXmlStreamWriter>
 #include <mutex>
 
+#include "io/files/FileName.h"
+
 namespace orvanel {
 
 namespace {
@@ -61,7 +63,7 @@ void writeEmptyList(QXmlStreamWriter& writer, const RecentFile& file) {
   writer.writeEndDocument();
 }
 
-/// Copies the list token by token; the file's own entry is refreshed on the way, or added at the end.
+/// Copies the list token by token, updating the file's entry on the way or adding one at the end.
 class ListCopy {
  public:
   ListCopy(QXmlStreamReader& reader, QXmlStreamWriter& writer, RecentFile file)
@@ -136,7 +138,7 @@ bool publishRecentFile(const QString& absolutePath) {
   const QString listPath = directory + QStringLiteral("/recently-used.xbel");
   const RecentFile file{
       QString::fromLatin1(QUrl::fromLocalFile(absolutePath).toEncoded(QUrl::FullyEncoded)),
-      absolutePath.endsWith(QStringLiteral(".tessel"), Qt::CaseInsensitive)
+      isDocumentName(absolutePath)
           ? QStringLiteral("application/vnd.fennimoor.orvanel+zip")
           : QMimeDatabase().mimeTypeForFile(absolutePath, QMimeDatabase::MatchExtension).name(),
       QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)};
@@ -144,7 +146,7 @@ bool publishRecentFile(const QString& absolutePath) {
   QFile list(listPath);
   QSaveFile replacement(listPath);
   if (!replacement.open(QIODevice::WriteOnly)) return false;
-  // The list names private files; a fresh one is its owner's alone.
+  // The list names private files, so a new one is readable by its owner only.
   if (!list.exists()) replacement.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
   QXmlStreamWriter writer(&replacement);
   if (!list.exists() || list.size() == 0) {
@@ -152,7 +154,7 @@ bool publishRecentFile(const QString& absolutePath) {
   } else {
     if (list.size() > largestList || !list.open(QIODevice::ReadOnly)) return false;
     QXmlStreamReader reader(&list);
-    // Names keep the prefixes under which they were written.
+    // Elements keep the namespace prefixes they were written with.
     reader.setNamespaceProcessing(false);
     if (!ListCopy(reader, writer, file).run()) return false;
   }

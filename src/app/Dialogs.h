@@ -1,5 +1,5 @@
-// Everything the editor asks and tells the user, as an interface: the window shows alerts and panels, a test
-// answers by itself. Main thread only; each call returns when the user has answered.
+// Interface to all alerts and file panels, so that tests can answer them. Main thread only; each call returns
+// when the user has answered.
 #pragma once
 
 #include <QString>
@@ -10,17 +10,17 @@ namespace orvanel {
 
 enum class SaveAnswer { save, dontSave, cancel };
 
-/// What was typed and chosen, unchecked.
+/// The user's input, not yet validated.
 struct NewDocumentEntry {
   QString width;
   QString height;
-  /// Index in the order of the colour modes.
+  /// Raw value of the colour mode.
   int colorModeIndex = 0;
 };
 
 struct ExportTarget {
   QString path;
-  /// Row of the export table.
+  /// Index into `exportFormats`.
   int formatRow = 0;
 };
 
@@ -31,14 +31,18 @@ class Dialogs {
   Dialogs& operator=(const Dialogs&) = delete;
   virtual ~Dialogs() = default;
 
-  /// A warning with one button to put it away.
+  /// Shows a warning with an OK button.
   virtual void showWarning(const QString& message, const QString& informativeText) = 0;
+  /// Reports a refused edit. Call this from the event loop, not from within the edit.
+  void showNotEnoughMemory(const QString& informativeText) {
+    showWarning(QStringLiteral("Not Enough Memory"), informativeText);
+  }
   virtual SaveAnswer askToSave(const QString& message, const QString& informativeText) = 0;
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual QStringList askForFilesToOpen() = 0;
-  /// `proposedPath` holds the folder to begin in and the proposed name. The answer ends in ".tessel".
+  /// Starts with the folder and name of `proposedPath`. The result ends in ".tessel".
   virtual std::optional<QString> askWhereToSave(const QString& proposedPath) = 0;
-  /// `proposedBase` holds the folder to begin in and the proposed name, without an extension.
+  /// Starts with the folder and name of `proposedBase`, which has no extension.
   virtual std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) = 0;
   virtual void showAbout() = 0;
 };

@@ -7,6 +7,7 @@
 
 #include "app/ExportFormats.h"
 #include "app/FileMessage.h"
+#include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "tools/NotificationCenter.h"
 
@@ -14,13 +15,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr auto documentExtension = "tessel";
-
-bool isNativeDocument(const QString& path) {
-  return QFileInfo(path).suffix().toLower() == QLatin1String(documentExtension);
-}
-
-/// A side typed as a decimal integer within the limits of a canvas.
+/// Parses the width or height of a canvas; nothing if it is not an integer within the limits.
 std::optional<int> parsedSide(const QString& text) {
   bool isNumber = false;
   const int side = text.toInt(&isNumber);
@@ -36,7 +31,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
       dialogs_(dialogs),
       opener_(appState.metalContext, activity, dialogs),
       writer_(appState.metalContext, activity) {
-  opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
+  opener_.onOpened = [this](const DocumentPtr& document, const ImageMetadataPtr& metadata) {
+    documentOpened(document, metadata);
+  };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -85,7 +82,19 @@ QStringList DocumentFiles::openablePaths(const QStringList& paths) {
   return absolute;
 }
 
-void DocumentFiles::documentOpened(const DocumentPtr& document) {
+void DocumentFiles::keepMetadata(const Document& document, const ImageMetadataPtr& metadata) {
+  std::erase_if(imageMetadata_,
+                [this](const auto& kept) { return !appState_.windowState.findDocument(kept.first); });
+  if (metadata) imageMetadata_.emplace(document.id, metadata);
+}
+
+ImageMetadataPtr DocumentFiles::metadataOf(const Document& document) const {
+  const auto kept = imageMetadata_.find(document.id);
+  return kept == imageMetadata_.end() ? nullptr : kept->second;
+}
+
+void DocumentFiles::documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata) {
+  keepMetadata(*document, metadata);
   if (const auto& path = document->sourceFileURL.value()) noteRecentDocument(*path);
   NotificationCenter::standard().post(notification::openedImageDocument, document);
 }
@@ -109,7 +118,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
   }
   if (!QFileInfo(folder).isDir()) folder = QDir::homePath();
   QString name = document.name.value();
-  // A name may come from a file and hold what no file name can.
+  // The name may come from a file and contain characters that file names can't.
   name.replace(u'/', u'-').remove(QChar(u'\0'));
   return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
@@ -117,7 +126,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
   if (!path) return std::nullopt;
-  if (isNativeDocument(*path)) return SaveRequest{document, *path, std::nullopt};
+  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt};
   const auto& format = document->sourceFileFormat.value();
   if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
   return SaveRequest{document, *path, *format};
@@ -152,10 +161,11 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 }
 
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
-  // The mark goes first, so that an edit made while the save runs sets it again.
+  // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (request.flatFormat) {
-    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
+    writer_.writeImage(*request.document, request.path, *request.flatFormat, metadataOf(*request.document),
+                       std::move(done));
   } else {
     writer_.writeDocument(request.document, request.path, std::move(done));
   }
@@ -174,10 +184,11 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   if (!target) return;
   rememberFolder(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  writer_.writeImage(*document, target->path, format, [this, path = target->path](const auto& result) {
+  const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
     dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
-  });
+  };
+  writer_.writeImage(*document, target->path, format, metadataOf(*document), report);
 }
 
 void DocumentFiles::cancelAll() {
@@ -221,11 +232,11 @@ bool DocumentFiles::saveNow(SaveRequest request) {
   const DocumentPtr document = request.document;
   saves_.add(std::move(request));
   saves_.settle(document->id);
-  // Nobody could edit it meanwhile, so only a failure leaves it marked.
+  // User input was blocked, so the document can only be dirty because the save failed.
   return !document->isDirty.value();
 }
 
-// What a save changes in its document.
+// The document's properties that a save changes.
 
 void DocumentFiles::markSaving(Document& document) {
   document.setDirty(false);

@@ -1,11 +1,13 @@
-// The commands that read and write files: new, open, save, save as, export, and the save that closing asks
-// for. Reading and writing run in the background while the window stays alive. Main thread only.
+// The commands that create, open, save and export documents, and the question asked before closing one.
+// Files are read and written in the background. Main thread only.
 #pragma once
 
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUuid>
 #include <functional>
+#include <map>
 #include <optional>
 
 #include "app/AppState.h"
@@ -22,70 +24,76 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   Q_OBJECT
 
  public:
-  /// Both must outlive it.
+  /// Both must outlive this object.
   DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* parent = nullptr);
   ~DocumentFiles() override;
 
   FileActivity activity;
 
-  /// Asks for size and mode, and makes the document if both sides are within the limits.
+  /// Asks for size and colour mode, and creates the document if the size is within the limits.
   void newDocument();
   void askAndOpen();
-  /// Opens one file after the other; those that fail are named together at the end.
+  /// Opens the files in order; one alert at the end lists those that failed.
   void open(const QStringList& paths);
   /// The same for files dropped on the canvas.
   void openDropped(const QStringList& paths);
-  /// Puts a file at the front of the recent ones and says so.
+  /// Moves the file to the front of the recent documents and notifies observers.
   void noteRecentDocument(const QString& path);
 
-  // Saves run one after the other, in the order in which they were asked for.
-  /// False for a document that is in its file as it stands, which saving would rewrite for nothing.
+  // Saves run one at a time, in the order of the requests.
+  /// False for an unmodified document that already has a file.
   [[nodiscard]] static bool canSave(const Document& document);
-  /// Saves in place, or asks where if the document has no file that can hold it. Nothing without need.
+  /// Saves to the document's own file, or asks for another if that can't hold the document. Does nothing
+  /// unless `canSave`.
   void save(const DocumentPtr& document);
-  /// Asks where, and saves there.
+  /// Asks for a file and saves to it.
   void saveAs(const DocumentPtr& document);
   void exportImage(const DocumentPtr& document);
 
-  /// Whether a document with unsaved changes may go: the user is asked, and may have it saved first.
+  /// Asks whether to save a modified document before it closes, and saves it if so. False to keep it open.
   [[nodiscard]] bool confirmClosing(const DocumentPtr& document);
-  // The window repaints while these wait, but takes no input.
-  /// Waits for all saves of this document, also those that have not begun. Exports work on a copy.
+  // These process events but block user input.
+  /// Waits for all saves of this document, including queued ones. Exports work on a copy.
   void settleSave(const Document& document);
   /// Waits for all saves and exports.
   void settleWrites();
 
-  /// Cancels what is being read and written, and what waits. Documents whose save is cancelled stay unsaved.
+  /// Cancels all reading and writing, including queued saves. Documents whose save is cancelled stay dirty.
   void cancelAll();
-  /// Stops reading files, without telling anybody, because the program ends.
+  /// Cancels all reading without reporting anything, before the program exits.
   void abandonReading();
 
  private:
   [[nodiscard]] QStringList openablePaths(const QStringList& paths);
-  void documentOpened(const DocumentPtr& document);
+  void documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata);
+  void keepMetadata(const Document& document, const ImageMetadataPtr& metadata);
+  /// The metadata of the image file that the document was opened from.
+  [[nodiscard]] ImageMetadataPtr metadataOf(const Document& document) const;
 
   void beginSave(const SaveRequest& request, Done done) override;
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
   void reportFailedSave(const SaveRequest& request, const FileError& error) override;
-  /// The save to the document's own file; nothing if there is none that can hold the document.
+  /// The request to save to the document's own file; nothing if it has none that can hold it.
   [[nodiscard]] static std::optional<SaveRequest> saveInPlace(const DocumentPtr& document);
   std::optional<QString> askWhereToSave(const Document& document);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
-  /// Queues the save and waits for it; whether the document is saved.
+  /// Queues the save and waits for it. False if it failed.
   [[nodiscard]] bool saveNow(SaveRequest request);
   static void markSaving(Document& document);
   static void markSaveFailed(Document& document);
   static void adoptSavedFile(Document& document, const QString& path);
-  /// The folder to begin a panel in, and a name for the document in it.
+  /// The path a file panel starts with.
   [[nodiscard]] QString proposedPath(const Document& document, const QString& extension) const;
   void rememberFolder(const QString& path);
 
   AppState& appState_;
   Dialogs& dialogs_;
+  /// By document id, for open documents that came from images.
+  std::map<QUuid, ImageMetadataPtr> imageMetadata_;
   DocumentOpener opener_;
   DocumentWriter writer_;
   SaveQueue saves_{*this};
-  /// Where a panel begins when the document has no folder of its own.
+  /// Where file panels start for documents without a file.
   QString lastFolder_;
 };
 

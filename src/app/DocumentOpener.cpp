@@ -6,19 +6,19 @@
 
 #include "app/FileMessage.h"
 #include "io/files/BackgroundJob.h"
-#include "io/image/FlatImage.h"
 
 namespace orvanel {
 
 struct DocumentOpener::Batch {
-  /// Those still to open.
+  /// Files still to open.
   QStringList paths;
   qsizetype count = 0;
   Origin origin = Origin::command;
   FileActivity::Work work = 0;
   std::shared_ptr<Cancellation> cancellation = std::make_shared<Cancellation>();
-  /// Lines for the alert.
+  // One line of the alert per file.
   QStringList errors;
+  QStringList warnings;
 };
 
 DocumentOpener::DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs)
@@ -46,35 +46,41 @@ void DocumentOpener::openNext(const BatchPtr& batch) {
     activity_.advance(batch->work, (opened + fraction) / static_cast<double>(batch->count));
   };
   advance(0.0);
-  const auto done = [this, batch, path](const auto& result) { fileEnded(batch, path, result); };
   if (DocumentIO::isDocumentPath(path)) {
-    DocumentIO::load(path, context_, this, done, advance, batch->cancellation);
+    DocumentIO::load(
+        path, context_, this, [this, batch, path](const auto& result) { fileEnded(batch, path, result); },
+        advance, batch->cancellation);
   } else {
-    openFlatImage(path, done, progressOnMainThread(this, advance, batch->cancellation));
+    openImage(batch, path, progressOnMainThread(this, advance, batch->cancellation));
   }
 }
 
-void DocumentOpener::openFlatImage(const QString& path, const DocumentIO::LoadDone& done,
-                                   const Progress& progress) {
-  runInBackground([guard = QPointer(this), &context = context_, path, done, progress] {
+void DocumentOpener::openImage(const BatchPtr& batch, const QString& path, const Progress& progress) {
+  runInBackground([guard = QPointer(this), &context = context_, batch, path, progress] {
     FileResult<FlatImage> image = readFlatImage(path, context, progress);
-    runOnMainThread([guard, &context, path, done, image = std::move(image)] {
-      if (guard.isNull()) return;
-      if (image) {
-        done(documentOfFlatImage(*image, path, context));
-      } else {
-        done(tl::make_unexpected(image.error()));
-      }
+    runOnMainThread([guard, batch, path, image = std::move(image)] {
+      if (!guard.isNull()) guard->imageRead(batch, path, image);
     });
   });
 }
 
+void DocumentOpener::imageRead(const BatchPtr& batch, const QString& path,
+                               const FileResult<FlatImage>& image) {
+  if (!image) {
+    fileEnded(batch, path, tl::make_unexpected(image.error()));
+    return;
+  }
+  if (!image->warning.isEmpty()) batch->warnings << fileMessage(path, image->warning);
+  fileEnded(batch, path, documentOfFlatImage(*image, path, context_), image->metadata);
+}
+
 void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
-                               const FileResult<DocumentPtr>& result) {
-  // Not every step can be interrupted, so a file may arrive after its batch was cancelled.
+                               const FileResult<DocumentPtr>& result,
+                               const std::shared_ptr<const ImageMetadata>& metadata) {
+  // Not every step can be interrupted, so a result may arrive after the batch was cancelled.
   if (batch->cancellation->isCancelled()) return;
   if (result) {
-    if (onOpened) onOpened(*result);
+    if (onOpened) onOpened(*result, metadata);
   } else {
     batch->errors << fileMessage(path, result.error().message);
   }
@@ -84,14 +90,16 @@ void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
 void DocumentOpener::finish(const BatchPtr& batch) {
   activity_.end(batch->work);
   std::erase(batches_, batch);
-  if (batch->errors.isEmpty()) return;
-  QString message = QStringLiteral("Failed to Open");
-  if (batch->origin == Origin::drop) {
-    message = QStringLiteral("Failed to Open Image");
-  } else if (batch->errors.size() > 1) {
-    message = QStringLiteral("Failed to Open %1 Files").arg(batch->errors.size());
+  if (!batch->errors.isEmpty()) dialogs_.showWarning(failureTitle(*batch), batch->errors.join(u'\n'));
+  if (!batch->warnings.isEmpty()) {
+    dialogs_.showWarning(QStringLiteral("Opened Incompletely"), batch->warnings.join(u'\n'));
   }
-  dialogs_.showWarning(message, batch->errors.join(u'\n'));
+}
+
+QString DocumentOpener::failureTitle(const Batch& batch) {
+  if (batch.origin == Origin::drop) return QStringLiteral("Failed to Open Image");
+  if (batch.errors.size() == 1) return QStringLiteral("Failed to Open");
+  return QStringLiteral("Failed to Open %1 Files").arg(batch.errors.size());
 }
 
 void DocumentOpener::cancelAll() {

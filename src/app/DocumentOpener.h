@@ -1,4 +1,4 @@
-// Opens documents and images in the background, the files of one request in their order. Owned by the file
+// Opens documents and images in the background; the files of one request open in order. Owned by the file
 // commands; main thread only.
 #pragma once
 
@@ -12,6 +12,8 @@
 #include "app/FileActivity.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileError.h"
+#include "io/files/Progress.h"
+#include "io/image/FlatImage.h"
 
 namespace orvanel {
 
@@ -21,20 +23,21 @@ class DocumentOpener : public QObject {
   Q_OBJECT
 
  public:
-  /// Where a request came from; failed drops have a title of their own.
+  /// Where a request came from. Failed drops are reported under their own title.
   enum class Origin { command, drop };
 
-  /// All must outlive it.
+  /// All must outlive this object.
   DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs);
 
-  /// Called with every document that has been read.
-  std::function<void(const DocumentPtr&)> onOpened;
+  /// Called with each opened document and its image's metadata, if any.
+  std::function<void(const DocumentPtr&, const std::shared_ptr<const ImageMetadata>&)> onOpened;
 
-  /// Absolute paths. When the last file has been read, one alert names those that failed.
+  /// Takes absolute paths. After the last file, one alert lists those that failed and another those that
+  /// opened incompletely.
   void open(const QStringList& paths, Origin origin);
-  /// Gives up everything that has not been read yet. Failures until now are still reported.
+  /// Cancels all requests. Failures so far are still reported.
   void cancelAll();
-  /// Gives up everything without another word, because the program ends.
+  /// Cancels all requests without reporting anything, before the program exits.
   void abandonAll();
 
  private:
@@ -42,9 +45,12 @@ class DocumentOpener : public QObject {
   using BatchPtr = std::shared_ptr<Batch>;
 
   void openNext(const BatchPtr& batch);
-  void openFlatImage(const QString& path, const DocumentIO::LoadDone& done, const Progress& progress);
-  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result);
+  void openImage(const BatchPtr& batch, const QString& path, const Progress& progress);
+  void imageRead(const BatchPtr& batch, const QString& path, const FileResult<FlatImage>& image);
+  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result,
+                 const std::shared_ptr<const ImageMetadata>& metadata = nullptr);
   void finish(const BatchPtr& batch);
+  [[nodiscard]] static QString failureTitle(const Batch& batch);
 
   MetalContext& context_;
   FileActivity& activity_;

@@ -1,4 +1,4 @@
-// Writes documents and images in the background, from the pixels of the moment of the request. Owned by the
+// Writes documents and images in the background, from a snapshot taken when the write begins. Owned by the
 // file commands; main thread only.
 #pragma once
 
@@ -16,6 +16,9 @@
 namespace orvanel {
 
 class MetalContext;
+class ImageMetadata;
+/// Null if there is none.
+using ImageMetadataPtr = std::shared_ptr<const ImageMetadata>;
 
 class DocumentWriter : public QObject {
   Q_OBJECT
@@ -23,17 +26,18 @@ class DocumentWriter : public QObject {
  public:
   using Done = std::function<void(const FileResult<void>&)>;
 
-  /// Both must outlive it.
+  /// Both must outlive this object.
   DocumentWriter(MetalContext& context, FileActivity& activity);
 
-  // `done` is called once, later. The document's composite must be current.
-  /// Writes the document with all its layers. One at a time.
+  // `done` is called once, later, on the main thread. The document's composite must be up to date.
+  /// Writes the document with all its layers. Only one such write may run at a time.
   void writeDocument(const DocumentPtr& document, const QString& path, Done done);
-  /// Writes the composite as a flat image.
-  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
+  /// Writes the composite as a flat image, with as much of the metadata as the format can carry.
+  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format,
+                  const ImageMetadataPtr& metadata, Done done);
 
   [[nodiscard]] bool isWriting() const { return !running_.empty(); }
-  /// Stops everything that has not begun to replace its file. The others end soon with an error that says so.
+  /// Cancels all writes that have not yet replaced their file; they end with a cancellation error.
   void cancelAll();
 
  private:

@@ -2,11 +2,20 @@
 
 #include <QIcon>
 #include <QSessionManager>
+#include <chrono>
 #include <utility>
 
 #include "app/Appearance.h"
+#include "app/BackgroundWork.h"
 
 namespace orvanel {
+
+namespace {
+
+/// How long background work may take to end after the user has quit.
+constexpr std::chrono::seconds patienceAtEnd{2};
+
+}  // namespace
 
 DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
   setOrganizationName(QStringLiteral("Fennimoor"));
@@ -15,6 +24,7 @@ DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
   setWindowIcon(QIcon(QStringLiteral(":/app/orvanel.svg")));
   setQuitOnLastWindowClosed(false);
   applyLightAppearance(*this);
+  makeRoomForHangingReads();
 
   AppState& state = AppState::shared();
   files_ = std::make_unique<DocumentFiles>(state, dialogs_);
@@ -32,11 +42,17 @@ int DunmarrowApp::run() {
   window_->show();
   QMetaObject::invokeMethod(
       this, [this] { delegate_->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
-  return exec();
+  const int status = exec();
+  window_->hide();
+  files_->abandonReading();
+  files_->settleWrites();
+  AppState::shared().userDefaults.synchronize();
+  endBackgroundWork(status, patienceAtEnd);
+  return status;
 }
 
 void DunmarrowApp::requestTermination() {
-  // A second request while the first still asks its questions adds none of its own.
+  // Ignore a second request while the first is still asking about unsaved documents.
   if (isTerminating_) return;
   isTerminating_ = true;
   if (delegate_->applicationShouldTerminate() == TerminationReply::now) {
@@ -55,7 +71,7 @@ bool DunmarrowApp::event(QEvent* event) {
 
 void DunmarrowApp::commitSession(QSessionManager& session) {
   if (!session.allowsInteraction()) return;
-  // The questions of a termination under way are being asked already.
+  // A termination in progress is already asking about unsaved documents.
   if (std::exchange(isTerminating_, true)) {
     session.cancel();
     session.release();

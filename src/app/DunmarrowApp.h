@@ -1,4 +1,4 @@
-// The application object: owns the window and all that serves it, and hands the system's requests to the
+// The application object: owns the window and its services, and passes requests from the system to the
 // delegate. Main thread only.
 #pragma once
 
@@ -20,9 +20,9 @@ class DunmarrowApp : public QApplication {
   DunmarrowApp(int& argc, char** argv);
   ~DunmarrowApp() override;
 
-  /// Shows the window and runs until the user quits; the process's exit status.
+  /// Shows the window and runs until the user quits. Returns the exit status.
   int run();
-  /// Ends the program if nothing unsaved keeps it.
+  /// Ends the program unless the user keeps an unsaved document.
   void requestTermination();
 
  protected:

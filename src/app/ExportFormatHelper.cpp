@@ -24,7 +24,7 @@ void ExportFormatHelper::selectRow(int row) {
 }
 
 int ExportFormatHelper::selectedRow() const {
-  // A panel that hides the patterns may name its choice without them.
+  // A panel that hides the patterns may report the filter without them.
   const QString chosen = panel.selectedNameFilter();
   const int rows = static_cast<int>(exportFormats.size());
   for (int row = 0; row < rows; ++row) {

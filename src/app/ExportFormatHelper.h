@@ -1,5 +1,5 @@
-// Keeps an export panel's name in step with the format that is chosen in it. Lives as long as its panel;
-// main thread only.
+// Updates the file name in an export panel when another format is chosen. Lives as long as its panel; main
+// thread only.
 #pragma once
 
 #include <QFileDialog>
@@ -14,10 +14,10 @@ class ExportFormatHelper : public QObject {
   Q_OBJECT
 
  public:
-  /// `completesNames`: the panel may add the format's extension to a name that was typed without one.
+  /// With `completesNames` the panel adds the format's extension to names typed without one.
   ExportFormatHelper(QFileDialog& exportPanel, QString proposedName, bool completesNames);
 
-  /// Proposes the base name with the row's extension, whatever was typed before.
+  /// Replaces whatever was typed by the base name with the row's extension.
   void selectRow(int row);
   [[nodiscard]] int selectedRow() const;
 

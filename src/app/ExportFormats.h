@@ -11,9 +11,9 @@ namespace orvanel {
 
 struct ExportFormat {
   const char* title;
-  /// Extension of a proposed name, without the point.
+  /// Extension of proposed names, without the dot.
   const char* fileExtension;
-  /// Name of the format's pattern in a file panel, for example "*.jpg *.jpeg".
+  /// File name patterns for a file panel, for example "*.jpg *.jpeg".
   const char* patterns;
   Document::ImageFileFormat format;
 };
@@ -26,7 +26,7 @@ inline constexpr std::array<ExportFormat, 5> exportFormats{{
     {"BMP", "bmp", "*.bmp", Document::ImageFileFormat::bmp},
 }};
 
-/// Row of the format that a file name's extension stands for, in either case.
+/// Row of the format that a file name's extension selects, ignoring case.
 [[nodiscard]] std::optional<int> exportRowForName(const QString& fileName);
 
 }  // namespace orvanel

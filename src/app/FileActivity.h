@@ -1,5 +1,5 @@
-// What is being read and written in the background, as one number for the window to show. Owned by the
-// file commands; main thread only.
+// The overall progress of all files being read and written in the background. Owned by the file commands;
+// main thread only.
 #pragma once
 
 #include <QProperty>
@@ -12,7 +12,7 @@ class FileActivity {
  public:
   using Work = int;
 
-  /// 0 to 1 over all running work; nothing while none runs.
+  /// From 0 to 1, averaged over all running work; nothing while there is none.
   QProperty<std::optional<double>> fraction;
 
   [[nodiscard]] Work begin();

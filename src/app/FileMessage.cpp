@@ -1,11 +1,11 @@
 #include "app/FileMessage.h"
 
-#include <QFileInfo>
+#include "io/files/FileName.h"
 
 namespace orvanel {
 
 QString fileMessage(const QString& path, const QString& message) {
-  return QFileInfo(path).fileName() + QStringLiteral(": ") + message;
+  return displayName(path) + QStringLiteral(": ") + message;
 }
 
 }  // namespace orvanel

@@ -1,11 +1,11 @@
-// How an alert speaks of a file. Any thread.
+// Messages about files, for alerts. Any thread.
 #pragma once
 
 #include <QString>
 
 namespace orvanel {
 
-/// One line: the file's name, shortened where it is too long to read, and what happened to it.
+/// "name: message" on one line; a long name is shortened in the middle.
 [[nodiscard]] QString fileMessage(const QString& path, const QString& message);
 
 }  // namespace orvanel

@@ -13,7 +13,7 @@ namespace {
 constexpr QSize firstSize{1280, 800};
 constexpr QSize smallestSize{480, 320};
 
-/// How the start goes, for whoever measures it: QT_LOGGING_RULES=orvanel.start.debug=true.
+/// Start-up milestones for benchmarks; enable with QT_LOGGING_RULES=orvanel.start.debug=true.
 Q_LOGGING_CATEGORY(startLog, "orvanel.start", QtInfoMsg)
 
 }  // namespace
@@ -61,7 +61,7 @@ void MainWindow::restoreSize() {
 
 void MainWindow::activeDocumentChanged() {
   const DocumentPtr active = appState_.windowState.activeDocument();
-  // A name may hold the text that stands for the mark; doubled, it is shown as it is.
+  // Qt replaces "[*]" by the modified marker; doubling it in the name shows it literally.
   const QString name =
       active ? QString(active->name.value()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"))
              : QString();
@@ -79,7 +79,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     return;
   }
   event->accept();
-  // Nothing on this desktop could bring the window back, so the program asks to end with it.
+  // There is no way to reopen the window, so closing it quits the program.
   if (requestQuit_)
     QMetaObject::invokeMethod(
         this, [this] { requestQuit_(); }, Qt::QueuedConnection);
@@ -88,7 +88,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::paintEvent(QPaintEvent* event) {
   QMainWindow::paintEvent(event);
   if (std::exchange(hasBeenPainted_, true)) return;
-  // Queued, so that it comes when the rest of the window has been painted and shown too.
+  // Queued, so that the rest of the window has been painted as well.
   QMetaObject::invokeMethod(
       this, [] { qCDebug(startLog, "first frame"); }, Qt::QueuedConnection);
 }

@@ -1,5 +1,5 @@
-// The one window: menu bar and content view, the title with its mark of unsaved changes, and the close
-// button's rule. Main thread only.
+// The main window: menu bar, content view, title with the modified marker, and the behaviour of the close
+// button. Main thread only.
 #pragma once
 
 #include <QMainWindow>
@@ -40,9 +40,9 @@ class MainWindow : public QMainWindow {
   std::unique_ptr<OpenRecentCommand> openRecent_;
   bool hasBeenPainted_ = false;
   QAction* saveItem_ = nullptr;
-  /// Items that are of no use without an active document, besides Save.
+  /// Items that need an active document, except for Save.
   std::vector<QAction*> documentItems_;
-  /// Items that are of no use with fewer than two documents.
+  /// Items that need at least two documents.
   std::vector<QAction*> tabItems_;
 };
 

@@ -12,7 +12,7 @@ QAction* addItem(QMenu& menu, const QString& title, const QList<QKeySequence>& k
                  std::function<void()> action) {
   QAction* item = menu.addAction(title);
   item->setShortcuts(keys);
-  // Keys act in the main window alone, so that dialogs keep theirs.
+  // Shortcuts work in the main window only, so that dialogs keep their own.
   item->setShortcutContext(Qt::WindowShortcut);
   QObject::connect(item, &QAction::triggered, item, [action = std::move(action)] { action(); });
   return item;
@@ -23,7 +23,7 @@ QAction* addPosting(QMenu& menu, const QString& title, const QList<QKeySequence>
   return addItem(menu, title, keys, [name] { NotificationCenter::standard().post(name); });
 }
 
-/// An item that works on the active document at the moment of the click.
+/// An item that acts on whichever document is active when it is triggered.
 QAction* addDocumentItem(QMenu& menu, const QString& title, const QKeySequence& key,
                          const CommandContext& context, void (DocumentFiles::*command)(const DocumentPtr&)) {
   return addItem(menu, title, {key}, [&state = context.appState, &files = context.files, command] {
@@ -64,7 +64,7 @@ QAction* QuitCommand::addTo(QMenu& menu, const CommandContext& context) {
 }
 
 std::vector<QAction*> ViewMenuCommands::addTo(QMenu& menu) {
-  // On most keyboards plus is typed with Shift; the same key without it steps in as well.
+  // Plus needs Shift on most keyboards; the same key without Shift zooms in as well.
   return {
       addPosting(menu, QStringLiteral("Zoom In"),
                  {QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal),

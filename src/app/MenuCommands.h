@@ -1,5 +1,5 @@
-// The menus, one structure per command or group of commands. Each adds its items to a menu and says which
-// of them need an active document. Main thread only.
+// The menu commands, one structure per command or group of commands. Each adds its items to a menu and
+// returns those that need an active document. Main thread only.
 #pragma once
 
 #include <QAction>
@@ -13,7 +13,7 @@
 
 namespace orvanel {
 
-/// What the commands work on; outlives the menus.
+/// The objects that the commands work on. All outlive the menus.
 struct CommandContext {
   AppState& appState;
   DocumentFiles& files;

@@ -1,4 +1,4 @@
-// Asks for the size and colour mode of a new document. Lives for one question; main thread only.
+// Asks for the size and colour mode of a new document. Main thread only.
 #pragma once
 
 #include <QDialog>

@@ -8,12 +8,12 @@ namespace orvanel {
 
 namespace {
 
-/// The file's name; files of the same name are told apart by their folders.
+/// The file's name, followed by its folder if another file has the same name.
 QString itemTitle(const QString& path, bool isAmbiguous) {
   const QFileInfo file(path);
   QString title =
       isAmbiguous ? QStringLiteral("%1 — %2").arg(file.fileName(), file.dir().dirName()) : file.fileName();
-  // A single one would underline the letter behind it.
+  // A single ampersand would mark the next letter as a mnemonic.
   return title.replace(u'&', QStringLiteral("&&"));
 }
 
@@ -45,7 +45,7 @@ void OpenRecentCommand::rebuild() {
   clear->setEnabled(!paths.isEmpty());
   QObject::connect(clear, &QAction::triggered, clear, [this] {
     recentDocuments_.clear();
-    // The item that was clicked goes with the menu's rebuilding, so that waits for the click to end.
+    // Rebuilding the menu deletes the clicked item, so wait until the click has been handled.
     QMetaObject::invokeMethod(
         menu_, [] { NotificationCenter::standard().post(notification::recentDocumentsChanged); },
         Qt::QueuedConnection);

@@ -1,5 +1,5 @@
-// The "Open Recent" submenu: the files opened last, and an item that empties the list. Owned by the main
-// menu; main thread only.
+// The "Open Recent" submenu: the most recent files, and an item that clears the list. Owned by the main
+// window; main thread only.
 #pragma once
 
 #include <QMenu>

@@ -1,43 +1,107 @@
 #include "app/ProgressLine.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <chrono>
 
+#include "model/NotificationCenter.h"
 #include "panels/PanelStyle.h"
 
 namespace orvanel {
 
 namespace {
 
-constexpr std::chrono::milliseconds appearanceDelay{150};
-/// A line that has not moved yet still shows that something runs.
+constexpr std::chrono::milliseconds lineAppearance{150};
+constexpr std::chrono::milliseconds buttonAppearance{600};
+/// Shown even before any progress has been made.
 constexpr double shortestFraction = 0.03;
+constexpr double cancelSymbolSize = 9.0;
+constexpr int cancelButtonEdge = 24;
+constexpr int cancelButtonMargin = 8;
 
 }  // namespace
 
-ProgressLine::ProgressLine(FileActivity& activity, QWidget* parent) : QWidget(parent), activity_(activity) {
+CancelButton::CancelButton(QWidget* parent)
+    : SymbolButton(QStringLiteral("xmark"), cancelSymbolSize, parent) {
+  setObjectName(QStringLiteral("cancelFileWork"));
+  setAccessibleName(QStringLiteral("Cancel reading and writing files"));
+  setToolTip(QStringLiteral("Cancel"));
+  setFocusPolicy(Qt::TabFocus);
+}
+
+bool CancelButton::event(QEvent* event) {
+  // While the button has the focus, Escape must not trigger a shortcut elsewhere.
+  if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+    event->accept();
+    return true;
+  }
+  return SymbolButton::event(event);
+}
+
+void CancelButton::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    click();
+  } else {
+    SymbolButton::keyPressEvent(event);
+  }
+}
+
+void CancelButton::paintEvent(QPaintEvent* event) {
+  // An opaque background keeps the symbol legible over any image.
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(hasFocus() ? panelStyle::accentColor : panelStyle::dividerColor, hasFocus() ? 2 : 1));
+  painter.setBrush(panelStyle::paneColor);
+  painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 5, 5);
+  painter.end();
+  SymbolButton::paintEvent(event);
+}
+
+ProgressLine::ProgressLine(FileActivity& activity, QWidget* parent)
+    : QWidget(parent), activity_(activity), cancelButton_(new CancelButton(parent)) {
   setObjectName(QStringLiteral("progressLine"));
   setAccessibleName(QStringLiteral("Progress"));
   setAttribute(Qt::WA_TransparentForMouseEvents);
-  hide();
-  appearance_.setSingleShot(true);
-  appearance_.setInterval(appearanceDelay);
-  connect(&appearance_, &QTimer::timeout, this, [this] {
-    raise();
-    show();
+  hideAll();
+  for (const auto& [timer, widget, delay] :
+       {std::tuple<QTimer&, QWidget*, std::chrono::milliseconds>{lineDelay_, this, lineAppearance},
+        {buttonDelay_, cancelButton_, buttonAppearance}}) {
+    timer.setSingleShot(true);
+    timer.setInterval(delay);
+    connect(&timer, &QTimer::timeout, widget, [widget = widget] {
+      widget->raise();
+      widget->show();
+    });
+  }
+  connect(cancelButton_, &QAbstractButton::clicked, this, [this] {
+    if (onCancel) onCancel();
   });
   notifier_ = activity_.fraction.addNotifier([this] { activityChanged(); });
   activityChanged();
 }
 
+void ProgressLine::placeIn(const QRect& area) {
+  setGeometry(area.left(), area.top(), area.width(), thickness);
+  cancelButton_->setGeometry(area.right() + 1 - cancelButtonMargin - cancelButtonEdge,
+                             area.top() + thickness + cancelButtonMargin, cancelButtonEdge, cancelButtonEdge);
+}
+
+void ProgressLine::hideAll() {
+  // Return the focus to the canvas rather than to the next widget in the tab order.
+  if (cancelButton_->hasFocus()) NotificationCenter::standard().post(notification::focusCanvas);
+  cancelButton_->hide();
+  hide();
+}
+
 void ProgressLine::activityChanged() {
-  const auto& fraction = activity_.fraction.value();
-  if (!fraction) {
-    appearance_.stop();
-    hide();
+  if (!activity_.fraction.value()) {
+    lineDelay_.stop();
+    buttonDelay_.stop();
+    hideAll();
     return;
   }
-  if (isHidden() && !appearance_.isActive()) appearance_.start();
+  if (isHidden() && !lineDelay_.isActive()) lineDelay_.start();
+  if (cancelButton_->isHidden() && !buttonDelay_.isActive()) buttonDelay_.start();
   update();
 }
 

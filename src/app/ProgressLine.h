@@ -1,33 +1,60 @@
-// A thin line along the top of the canvas while files are read or written. Takes no input and no room.
-// Main thread only.
+// A thin progress line over the top of the canvas while files are read or written, with a cancel button below
+// its right end. Main thread only.
 #pragma once
 
 #include <QPropertyNotifier>
 #include <QTimer>
 #include <QWidget>
+#include <functional>
 
 #include "app/FileActivity.h"
+#include "panels/SymbolButton.h"
 
 namespace orvanel {
+
+/// Escape presses the button while it has the focus.
+class CancelButton : public SymbolButton {
+  Q_OBJECT
+
+ public:
+  explicit CancelButton(QWidget* parent = nullptr);
+
+ protected:
+  bool event(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+};
 
 class ProgressLine : public QWidget {
   Q_OBJECT
 
  public:
+  /// View points.
   static constexpr int thickness = 3;
 
-  /// `activity` must outlive the line.
-  explicit ProgressLine(FileActivity& activity, QWidget* parent = nullptr);
+  /// `activity` must outlive the line. The button is a sibling of the line, because the line ignores the
+  /// mouse.
+  ProgressLine(FileActivity& activity, QWidget* parent);
+
+  /// Called when the user cancels.
+  std::function<void()> onCancel;
+  [[nodiscard]] CancelButton& cancelButton() { return *cancelButton_; }
+
+  /// Places line and button at the top of `area`, in coordinates of the parent.
+  void placeIn(const QRect& area);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
   void activityChanged();
+  void hideAll();
 
   FileActivity& activity_;
-  /// Work that is over at once shows nothing.
-  QTimer appearance_;
+  CancelButton* cancelButton_;
+  /// Short work shows neither; the button appears later than the line.
+  QTimer lineDelay_;
+  QTimer buttonDelay_;
   QPropertyNotifier notifier_;
 };
 

@@ -1,5 +1,5 @@
-// The files opened last, newest first: for the "Open Recent" menu, and published to the list that the
-// desktop's file managers and panels share. Owned by the application state; main thread only.
+// The most recently opened files, for the "Open Recent" menu. Also published to the desktop's own list of
+// recent files. Owned by the application state; main thread only.
 #pragma once
 
 #include <QString>
@@ -17,7 +17,7 @@ class RecentDocuments {
 
   /// Absolute paths, newest first.
   [[nodiscard]] QStringList paths() const;
-  /// Puts a file at the front. Publishing it to the desktop happens in the background and may fail silently.
+  /// Moves the file to the front. It is published to the desktop in the background; errors are ignored.
   void record(const QString& path);
   void clear();
 

@@ -41,7 +41,7 @@ void SaveQueue::cancelWaiting() {
 }
 
 void SaveQueue::reportFailures() {
-  // Another save may fail while an alert is up; its own follows when this one has been dismissed.
+  // A save that fails while an alert is open is reported once that alert has been dismissed.
   if (isReporting_) return;
   isReporting_ = true;
   while (!failures_.empty()) {

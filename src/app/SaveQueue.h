@@ -1,5 +1,5 @@
-// The saves that the user asked for, written one after the other in the order of the requests. Each takes
-// the document as it is when its turn comes. Owned by the file commands; main thread only.
+// Runs the requested saves one at a time, in the order of the requests. Each writes the document as it is
+// when its turn comes. Owned by the file commands; main thread only.
 #pragma once
 
 #include <QString>
@@ -14,17 +14,17 @@
 
 namespace orvanel {
 
-/// One document to be written to one file.
+/// A document to be written to a file.
 struct SaveRequest {
   DocumentPtr document;
   QString path;
-  /// The flat format to write; nothing for the document's own format.
+  /// The flat format to write; nothing for the layered document format.
   std::optional<Document::ImageFileFormat> flatFormat;
 
   friend bool operator==(const SaveRequest&, const SaveRequest&) = default;
 };
 
-/// Does what the queue decides.
+/// Carries out the saves and learns how they ended.
 class SaveQueueClient {
  public:
   using Done = std::function<void(const FileResult<void>&)>;
@@ -34,12 +34,12 @@ class SaveQueueClient {
   SaveQueueClient& operator=(const SaveQueueClient&) = delete;
   virtual ~SaveQueueClient() = default;
 
-  /// Writes the document as it is now. `done` is called once, on the main thread, after this has returned.
+  /// Starts writing the document as it is now. Must call `done` once, on the main thread, after returning.
   virtual void beginSave(const SaveRequest& request, Done done) = 0;
-  /// Called before the next save begins, which may be one of the same document.
+  /// Called before the next save begins, which may be of the same document.
   virtual void saveEnded(const SaveRequest& request, const FileResult<void>& result) = 0;
-  /// Called after the next save has begun, because an alert keeps the caller waiting. One at a time. Not
-  /// called for a save that the user has cancelled.
+  /// May block in an alert, so it is called after the next save has begun, and never while another report is
+  /// open. Not called for cancelled saves.
   virtual void reportFailedSave(const SaveRequest& request, const FileError& error) = 0;
 };
 
@@ -48,18 +48,18 @@ class SaveQueue {
   /// `client` must outlive the queue.
   explicit SaveQueue(SaveQueueClient& client) : client_(client) {}
 
-  /// Begins the save, or lets it wait for those asked for before. A request equal to one that still waits
-  /// adds nothing; one equal to the running save waits, because the document may have changed since.
+  /// Starts the save, or queues it behind earlier ones. A request equal to a queued one is dropped; one equal
+  /// to the running save is queued, because the document may have changed since that began.
   void add(SaveRequest request);
 
-  /// Ends the saves that have not begun as cancelled ones.
+  /// Ends all queued saves as cancelled. The running save continues.
   void cancelWaiting();
 
   [[nodiscard]] bool isEmpty() const { return !running_ && waiting_.empty(); }
-  /// Whether a save of this document runs or waits.
+  /// Whether a save of this document is running or queued.
   [[nodiscard]] bool contains(const QUuid& documentID) const;
 
-  // These process events until the saves have ended, except for the user's input.
+  // These process events, except user input, until the saves have ended.
   void settle(const QUuid& documentID) const;
   void settleAll() const;
 
@@ -71,12 +71,12 @@ class SaveQueue {
   SaveQueueClient& client_;
   std::optional<SaveRequest> running_;
   std::deque<SaveRequest> waiting_;
-  /// Failures that the user has not been told of yet.
+  /// Failures still to be reported.
   std::deque<std::pair<SaveRequest, FileError>> failures_;
   bool isReporting_ = false;
 };
 
-/// Processes events, except for the user's input, as long as the condition holds.
+/// Processes events, except user input, while the condition holds.
 void processEventsWhile(const std::function<bool()>& condition);
 
 }  // namespace orvanel

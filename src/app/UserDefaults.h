@@ -1,5 +1,5 @@
-// The settings that outlive a run, with the values that hold until the user has stored others.
-// Kept in the user's configuration directory. Main thread only.
+// Persistent settings with registered default values, stored in the user's configuration directory. Main
+// thread only.
 #pragma once
 
 #include <QSettings>
@@ -10,19 +10,22 @@ namespace orvanel {
 
 class UserDefaults {
  public:
-  /// Whether closing or quitting with unsaved changes asks; without, they are dropped silently.
+  /// Whether closing or quitting asks about unsaved changes; if false, they are discarded silently.
   static constexpr const char* confirmUnsavedChangesKey = "confirmUnsavedChanges";
   /// Edge of the thumbnails in the layer panel, in view points.
   static constexpr const char* layerThumbnailSizeKey = "layerThumbnailSize";
 
   UserDefaults();
 
-  /// Sets what a key reads as while nothing is stored under it.
+  /// Sets the value of a key for as long as none is stored.
   void registerDefault(const QString& key, const QVariant& value) { registered_.insert(key, value); }
 
   [[nodiscard]] QVariant value(const QString& key) const;
   void setValue(const QString& key, const QVariant& value) { settings_.setValue(key, value); }
   void removeValue(const QString& key) { settings_.remove(key); }
+
+  /// Writes pending changes to disk.
+  void synchronize() { settings_.sync(); }
 
   [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
   [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }

@@ -1,5 +1,5 @@
-// What the program keeps of its main window beyond the window's own life: the size of its contents, for the
-// length of the run, and the rule of its close button. Main thread only.
+// Main window state that outlives the window itself: its content size, remembered until the program ends, and
+// the behaviour of its close button. Main thread only.
 #pragma once
 
 #include <QSize>
@@ -9,7 +9,7 @@
 
 namespace orvanel {
 
-/// The close button of the main window closes a tab; only without any does it close the window.
+/// The close button of the main window closes the active tab; without tabs it closes the window.
 class WindowCloseDelegate {
  public:
   explicit WindowCloseDelegate(WindowState& windowState) : windowState_(windowState) {}
@@ -26,7 +26,7 @@ class WindowAccessor {
 
   WindowCloseDelegate closeDelegate;
 
-  /// The size that a re-created window begins with; none before the first resize.
+  /// The initial size of a re-created window; nothing before the first resize.
   [[nodiscard]] static std::optional<QSize> rememberedContentSize();
   static void rememberContentSize(const QSize& size);
 };

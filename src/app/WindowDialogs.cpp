@@ -13,6 +13,7 @@
 #include "app/ExportFormatHelper.h"
 #include "app/ExportFormats.h"
 #include "app/NewDocumentDialog.h"
+#include "io/files/FileName.h"
 
 namespace orvanel {
 
@@ -20,11 +21,10 @@ namespace {
 
 constexpr int mostLinesShown = 16;
 constexpr int alertIconEdge = 48;
-/// Narrower, an alert breaks its lines too often to be read with ease.
+/// In view points; narrower text wraps too often.
 constexpr int narrowestAlertText = 320;
-constexpr auto documentExtension = "tessel";
 
-/// "*.png" as "*.png *.PNG": some desktops' panels tell the cases apart.
+/// Turns "*.png" into "*.png *.PNG", because some desktops' panels match case-sensitively.
 QString inBothCases(const QString& patterns) {
   return patterns + u' ' + patterns.toUpper();
 }
@@ -34,7 +34,7 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
   box.setIconPixmap(
       QApplication::windowIcon().pixmap(QSize(alertIconEdge, alertIconEdge), box.devicePixelRatioF()));
   box.setWindowTitle(QStringLiteral("Orvanel"));
-  // Texts carry file names, which may look like markup.
+  // Texts contain file names, which may look like markup.
   box.setTextFormat(Qt::PlainText);
   box.setText(message);
   const QStringList lines = informativeText.split(u'\n');
@@ -57,8 +57,8 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
   }
 }
 
-/// Whether the toolkit draws the panel itself. A desktop's own panel must get its names before it opens:
-/// the file it names is the only one that a sandboxed program may touch.
+/// Whether the panel is drawn by Qt rather than by the desktop. With a desktop's own panel the name must not
+/// be changed afterwards: a sandboxed program may write only the file that the user has chosen.
 bool isDrawnByToolkit(const QFileDialog& panel) {
   return panel.findChild<QLineEdit*>() != nullptr;
 }
@@ -68,7 +68,7 @@ std::optional<QString> runPanel(QFileDialog& panel) {
   return panel.selectedFiles().constFirst();
 }
 
-/// The name to propose instead of one that lacks the document's extension.
+/// The name to propose in place of one without the document extension.
 QString withDocumentExtension(const QString& path) {
   const QFileInfo file(path);
   const QString base = exportRowForName(path) ? file.completeBaseName() : file.fileName();
@@ -125,7 +125,7 @@ std::optional<QString> WindowDialogs::askWhereToSave(const QString& proposedPath
     panel.selectFile(QFileInfo(proposal).fileName());
     std::optional<QString> path = runPanel(panel);
     if (!path || QFileInfo(*path).suffix().toLower() == QLatin1String(documentExtension)) return path;
-    // The name is never changed behind the user's back: the panel comes again with the one it has to be.
+    // Never change the name silently: show the panel again with the corrected name.
     proposal = withDocumentExtension(*path);
   }
 }
@@ -148,8 +148,8 @@ std::optional<ExportTarget> WindowDialogs::askWhereToExport(const QString& propo
     row = helper.selectedRow();
     const std::optional<int> named = exportRowForName(*path);
     if (named == row) return ExportTarget{*path, row};
-    // The chosen format decides. A name with the extension of another, or with none, comes back with the one
-    // it has to have, so that no file's name lies about its contents.
+    // The chosen format takes precedence. If the extension doesn't match it, show the panel again with the
+    // corrected name.
     folder = QFileInfo(*path).path();
     baseName = named ? QFileInfo(*path).completeBaseName() : QFileInfo(*path).fileName();
   }

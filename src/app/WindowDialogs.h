@@ -1,5 +1,4 @@
-// The editor's questions and messages as real alerts and file panels, modal to the main window.
-// Main thread only.
+// The dialogs as real alerts and file panels, modal to the main window. Main thread only.
 #pragma once
 
 #include <QPointer>
@@ -11,7 +10,7 @@ namespace orvanel {
 
 class WindowDialogs : public Dialogs {
  public:
-  /// The window that dialogs belong to; without one they stand alone.
+  /// The parent of all dialogs; may be null.
   void setWindow(QWidget* window) { window_ = window; }
 
   void showWarning(const QString& message, const QString& informativeText) override;

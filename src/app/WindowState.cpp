@@ -48,7 +48,8 @@ void WindowState::addDocument(const DocumentPtr& document) {
   documents = std::move(open);
   activeDocumentID = document->id;
   promoteToMRUFront(document->id);
-  // The tool state takes over group members before the tool, so that a tool comes with its group in place.
+  // The tool state adopts the variants before the tool, so that the tool is selected with its variant in
+  // place.
   adoptActiveDocument();
 }
 
@@ -135,7 +136,7 @@ bool WindowState::confirmAll() {
 }
 
 void WindowState::closeAllDocuments() {
-  // A file that finishes opening while the questions are up was asked about by nobody, and stays.
+  // A file that finishes opening while a question is shown was not part of the request and stays open.
   const auto asked = documents.value();
   if (!confirmAll()) return;
   for (const DocumentPtr& document : asked) removeDocument(document->id);

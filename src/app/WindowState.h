@@ -1,6 +1,5 @@
-// The open documents in tab order, which of them is active, and the order in which they were last used.
-// Owned by the application state; main thread only. Writing a new value notifies observers, writing an
-// equal one nobody.
+// The open documents in tab order, the active one, and their most-recently-used order. Owned by the
+// application state; main thread only. Observers are notified only when a value really changes.
 #pragma once
 
 #include <QProperty>
@@ -28,40 +27,41 @@ class WindowState {
   /// Tab order; new documents come last.
   QProperty<std::vector<DocumentPtr>> documents;
   QProperty<std::optional<QUuid>> activeDocumentID;
-  /// Every open document's id exactly once, the most recently used first.
+  /// The id of every open document exactly once, most recently used first.
   QProperty<std::vector<QUuid>> mruOrder;
 
-  /// Lets running saves come to their end before a document is judged: one that fails leaves it unsaved.
+  /// Waits for a document's saves before it closes, because a failed save leaves it dirty.
   std::function<void(const Document&)> settleSaves;
-  /// Says whether a document with unsaved changes may go, after asking. Without it, any may.
+  /// Decides whether a dirty document may close, usually by asking the user. If empty, it may.
   std::function<bool(const DocumentPtr&)> confirmClosing;
 
   /// Null without an active document.
   [[nodiscard]] DocumentPtr activeDocument() const;
   [[nodiscard]] DocumentPtr findDocument(const QUuid& documentID) const;
 
-  /// Adds a new document under `name`, or under `name` with the first free number from 2.
+  /// Adds a new document called `name`, with the first free number from 2 appended if that is taken.
   void createDocument(const QString& name, int width, int height, ColorMode colorMode);
-  /// "Untitled", in size and mode like the active document, or 1024 by 768 in 16-bit colour.
+  /// Adds "Untitled" with the size and mode of the active document, or 1024 x 768 in 16-bit RGB.
   void createUntitledDocument();
-  /// Adds a finished document under the name it has.
+  /// Adds an existing document without renaming it.
   void addDocument(const DocumentPtr& document);
   void switchToDocument(const QUuid& documentID);
 
-  /// Goes to the one used before this, so that repeating it alternates between two. False below two.
+  /// Activates the previously used document, so repeating it alternates between two. False with fewer than
+  /// two.
   bool cycleNextDocument();
-  /// Goes to the one used longest ago, so that repeating it walks through all. False below two.
+  /// Activates the least recently used document, so repeating it visits all. False with fewer than two.
   bool cyclePreviousDocument();
-  /// The neighbour in tab order, around the ends. False when no switch happened.
+  /// Activate the neighbour in tab order, wrapping around. False if there is none.
   bool cycleNextTab();
   bool cyclePreviousTab();
   void promoteToMRUFront(const QUuid& documentID);
 
-  // Closing; a refusal leaves everything open.
+  // Closing. If the user refuses for one document, all stay open.
   void closeDocument(const QUuid& documentID);
   void closeAllDocuments();
   void closeOtherDocuments(const QUuid& keptID);
-  /// Asks about all documents in tab order without closing any. False at the first refusal.
+  /// Asks about all dirty documents in tab order without closing any. False at the first refusal.
   bool confirmAll();
 
  private:

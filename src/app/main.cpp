@@ -6,13 +6,13 @@
 namespace {
 
 constexpr auto helpText = R"(Usage: orvanel [FILE...]
-Edits layered raster images. Opens the documents and images named, each in a tab of its own.
+Edit layered raster images. Each FILE, a document or an image, opens in its own tab.
 
-  --help     show this and exit
+  --help     show this help and exit
   --version  show the version and exit
 )";
 
-/// The options that need no window, and so no display.
+/// Handles the options that work without a display.
 bool answeredWithoutWindow(int argc, char** argv) {
   for (int index = 1; index < argc; ++index) {
     const std::string_view argument(argv[index]);

@@ -1,8 +1,8 @@
 #include "cli/DocumentAccess.h"
 
-#include <QFileInfo>
-
+#include "cli/Output.h"
 #include "io/document/DocumentIO.h"
+#include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "model/DocumentCompositor.h"
 
@@ -18,15 +18,15 @@ tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason
 
 tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
   MetalContext& context = MetalContext::shared();
-  FileResult<DocumentPtr> document = DocumentIO::isDocumentPath(path)
-                                         ? DocumentIO::loadSynchronously(path, context)
-                                         : openImage(path, context);
-  if (!document) return failed(path, document.error().message);
-  return std::move(*document);
-}
-
-bool isDocumentName(const QString& path) {
-  return QFileInfo(path).suffix().compare(u"tessel", Qt::CaseInsensitive) == 0;
+  if (DocumentIO::isDocumentPath(path)) {
+    FileResult<DocumentPtr> document = DocumentIO::loadSynchronously(path, context);
+    if (!document) return failed(path, document.error().message);
+    return std::move(*document);
+  }
+  const FileResult<FlatImage> image = readFlatImage(path, context);
+  if (!image) return failed(path, image.error().message);
+  if (!image->warning.isEmpty()) printErrorLine(path + QStringLiteral(": ") + image->warning);
+  return documentOfFlatImage(*image, path, context);
 }
 
 CommandResult checkWritableName(const QString& path) {

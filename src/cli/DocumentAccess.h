@@ -12,8 +12,6 @@ namespace orvanel {
 /// A document, or an image as a document of one layer.
 [[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path);
 
-/// Whether a file of this name is a document of the native format.
-[[nodiscard]] bool isDocumentName(const QString& path);
 /// Whether a document can be written under this name, by its extension.
 [[nodiscard]] CommandResult checkWritableName(const QString& path);
 /// Flattens the document and writes it by the extension of `path`, which is replaced in one step.

@@ -7,6 +7,7 @@
 #include "cli/DocumentFacts.h"
 #include "cli/Output.h"
 #include "cli/ScriptCommands.h"
+#include "io/files/FileName.h"
 
 namespace orvanel {
 namespace {

@@ -52,7 +52,7 @@ void DocumentTab::setSelected(bool selected) {
 
 void DocumentTab::documentChanged() {
   const QString name = document->name.value();
-  // Names come from anywhere; a tooltip takes what looks like markup for markup.
+  // Tooltips interpret markup, and names may contain anything.
   setToolTip(
       QStringLiteral("<span>%1</span>").arg(document->sourceFileURL.value().value_or(name).toHtmlEscaped()));
   setAccessibleName(showsDirtyDot() ? QStringLiteral("%1, unsaved changes").arg(name) : name);
@@ -82,7 +82,7 @@ void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 QSize DocumentTab::sizeHint() const {
-  // Room for the mark and the close button is always kept, so that neither moves the name about.
+  // Space for the dot and the close button is always reserved, so that the name doesn't move.
   const int name = fontMetrics().horizontalAdvance(document->name.value());
   const int around = 2 * (sidePadding + gap) + static_cast<int>(dirtyDotSize) + closeBoxEdge;
   return {qBound(narrowestTab, name + around, widestTab), tabHeight};

@@ -1,4 +1,4 @@
-// One tab: a document's name, its mark of unsaved changes, and a close button while the pointer is over it.
+// One tab: the document's name, a dot for unsaved changes, and a close button while the pointer is over it.
 // Owned by the tab bar; observes its document. Main thread only.
 #pragma once
 
@@ -20,12 +20,12 @@ class DocumentTab : public QAbstractButton {
   std::function<void()> onClose;
   std::function<void()> onCloseAll;
   std::function<void()> onCloseOthers;
-  /// Called when the name or the mark changes the room the tab would like to have.
+  /// Called when the preferred width may have changed.
   std::function<void()> onWidthChanged;
 
   /// Edge of the close button's symbol, in view points.
   static constexpr double closeButtonSize = 8.0;
-  /// Edge of the mark of unsaved changes, in view points.
+  /// Diameter of the dot for unsaved changes, in view points.
   static constexpr double dirtyDotSize = 6.0;
 
   [[nodiscard]] bool isSelected() const { return isSelected_; }
@@ -35,14 +35,14 @@ class DocumentTab : public QAbstractButton {
   [[nodiscard]] bool showsDirtyDot() const { return document->isDirty.value(); }
   [[nodiscard]] QAbstractButton* closeButton() const { return closeButton_; }
 
-  /// Titles of the context menu in order, and what each does.
+  /// Titles and actions of the context menu, in order.
   [[nodiscard]] std::vector<std::pair<QString, std::function<void()>>> contextItems() const;
 
   [[nodiscard]] QSize sizeHint() const override;
 
  protected:
   bool event(QEvent* event) override;
-  /// A click asks; only the window decides what is selected.
+  /// A click only requests the selection; the window decides.
   void nextCheckState() override {}
   void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;

@@ -16,7 +16,7 @@ namespace {
 constexpr int barHeight = 30;
 constexpr int newTabButtonEdge = 22;
 constexpr int newTabMargin = 5;
-/// A tab is squeezed to this before the row begins to slide.
+/// Tabs shrink to this width before the row starts to scroll.
 constexpr int squeezedTab = 72;
 constexpr double newTabSymbolSize = 10.0;
 
@@ -42,7 +42,7 @@ QAbstractButton* DocumentTabBar::newTabButton() const {
 DocumentTab* DocumentTabBar::makeTab(const DocumentPtr& document) {
   auto* tab = new DocumentTab(document, strip_);
   const QUuid id = document->id;
-  // A tab may be taken away by what it asks for, so its callbacks hold no tab.
+  // The callbacks must not capture the tab, because it may be deleted by what they call.
   tab->onSelect = [this, id] {
     if (onSelect) onSelect(id);
   };
@@ -72,7 +72,7 @@ void DocumentTabBar::setDocuments(const std::vector<DocumentPtr>& documents,
   }
   for (const auto& [id, tab] : before) {
     tab->hide();
-    // The click that closes a tab is still being delivered to it.
+    // The tab may still be handling the click that closed it.
     tab->deleteLater();
   }
   for (DocumentTab* tab : tabs_) {

@@ -1,5 +1,5 @@
-// The row of tabs above the canvas, one per open document in order, with a button that adds a document.
-// Owned by the window, which tells it what is open and hears what was asked for. Main thread only.
+// The row of tabs above the canvas, one per open document in order, and a button for a new document. Owned by
+// the window, which sets the documents and handles the requests. Main thread only.
 #pragma once
 
 #include <QUuid>
@@ -26,7 +26,7 @@ class DocumentTabBar : public QWidget {
   std::function<void()> onCloseAll;
   std::function<void()> onNewDocument;
 
-  /// Shows these documents, and brings the active one's tab into view.
+  /// Shows these documents and scrolls to the tab of the active one.
   void setDocuments(const std::vector<DocumentPtr>& documents, const std::optional<QUuid>& activeDocumentID);
 
   [[nodiscard]] const std::vector<DocumentTab*>& tabs() const { return tabs_; }
@@ -46,7 +46,7 @@ class DocumentTabBar : public QWidget {
   void revealSelectedTab();
   [[nodiscard]] int roomForTabs() const;
 
-  /// Clips the tabs when they don't all fit; they then slide under the wheel.
+  /// Clips the tabs if they don't all fit; the wheel scrolls them.
   QWidget* strip_;
   SymbolButton* newTabButton_;
   std::vector<DocumentTab*> tabs_;

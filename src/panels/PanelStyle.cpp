@@ -6,7 +6,7 @@
 namespace orvanel::panelStyle {
 
 QFont systemFont(double viewPoints, QFont::Weight weight) {
-  // A view point is a logical pixel, of which the toolkit counts 96 to the 72 points of an inch.
+  // A view point is a logical pixel: 96 to the inch, against 72 typographic points.
   constexpr double pointsPerViewPoint = 72.0 / 96.0;
   QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
   font.setPointSizeF(viewPoints * pointsPerViewPoint);

@@ -1,4 +1,4 @@
-// The few colours and measures that the window's bars and panels have in common. Main thread only.
+// Colours, fonts and measures shared by the window's bars and panels. Main thread only.
 #pragma once
 
 #include <QColor>
@@ -10,9 +10,9 @@ class QWidget;
 
 namespace orvanel::panelStyle {
 
-/// The strip behind tabs.
+/// Background of the tab bar.
 inline const QColor barColor{0xe4, 0xe4, 0xe7};
-/// Panels, the active tab, the status line.
+/// Background of panels, the active tab and the status bar.
 inline const QColor paneColor{0xf5, 0xf5, 0xf7};
 inline const QColor hoverColor{0xec, 0xec, 0xef};
 inline const QColor dividerColor{0xcd, 0xcd, 0xd2};
@@ -26,7 +26,7 @@ inline const QColor accentColor{0x2f, 0x6f, 0xd0};
 /// A light palette that doesn't follow the desktop's colour scheme.
 [[nodiscard]] QPalette lightPalette();
 
-/// Thickness, in view points, that draws as exactly one device pixel on this widget.
+/// One device pixel of this widget, in view points.
 [[nodiscard]] double hairline(const QWidget& widget);
 
 }  // namespace orvanel::panelStyle

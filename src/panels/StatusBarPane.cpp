@@ -14,7 +14,7 @@ namespace {
 constexpr double fontSize = 11.0;
 constexpr int barHeight = 24;
 constexpr std::chrono::milliseconds memoryInterval{500};
-/// Readings without a change after which compression counts as through.
+/// Unchanged readings after which background compression is assumed to have finished.
 constexpr int readingsUntilQuiet = 6;
 
 int wholePixel(double coordinate) {
@@ -46,7 +46,7 @@ StatusBarPane::StatusBarPane(QWidget* parent) : QWidget(parent) {
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(12, 1, 12, 0);
   row->setSpacing(20);
-  // The widest usual texts keep their place, so that nothing jumps while the pointer moves.
+  // Space for the widest usual texts is reserved, so that labels don't move with the pointer.
   zoomLabel_ = addLabel(QStringLiteral("Zoom"), QStringLiteral("66.66%"));
   positionLabel_ = addLabel(QStringLiteral("Pointer position"), QStringLiteral("X: 16384  Y: 16384"));
   canvasLabel_ = addLabel(QStringLiteral("Canvas size"), QString());
@@ -90,7 +90,7 @@ void StatusBarPane::follow(const DocumentChanges& changes) {
     updatePosition();
   }
   if (contains<change::CanvasChanged>(changes)) updateCanvasSize();
-  // Whatever takes or gives back memory is a step of the history.
+  // Everything that takes or returns memory is a step of the history.
   if (contains<change::HistoryChanged>(changes)) scheduleMemory();
 }
 
@@ -115,7 +115,7 @@ void StatusBarPane::updateCanvasSize() {
 }
 
 void StatusBarPane::scheduleMemory() {
-  // A command changes several of these at once, and each reading goes through the whole history.
+  // One command may change several of these, and each reading walks the whole history.
   if (std::exchange(memoryScheduled_, true)) return;
   QMetaObject::invokeMethod(
       this,

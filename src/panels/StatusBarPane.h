@@ -1,5 +1,5 @@
-// The line at the bottom of the central column: zoom, pointer position, canvas size and memory of the
-// active document. Owned by the window; observes the document and never changes it. Main thread only.
+// The status bar: zoom, pointer position, canvas size and memory use of the active document. Owned by the
+// window; observes the document and never changes it. Main thread only.
 #pragma once
 
 #include <QLabel>
@@ -14,10 +14,10 @@
 
 namespace orvanel {
 
-/// Decimal thousands: "999 B", "1 KB", "1.5 MB", "2.0 GB".
+/// With decimal units: "999 B", "1 KB", "1.5 MB", "2.0 GB".
 [[nodiscard]] QString byteCountText(std::int64_t bytes);
 
-/// "X: 3  Y: 4", with the size of a running drag behind it; dashes without a position.
+/// "X: 3  Y: 4", followed by the size of a drag in progress; dashes without a position.
 [[nodiscard]] QString cursorPositionText(const std::optional<QPointF>& position,
                                          const std::optional<Document::DragSize>& dragSize);
 
@@ -54,7 +54,7 @@ class StatusBarPane : public QWidget {
   QLabel* positionLabel_;
   QLabel* canvasLabel_;
   QLabel* memoryLabel_;
-  /// Runs while snapshots may still be shrinking in the background.
+  /// Runs while snapshots may still be compressed in the background.
   QTimer memoryTimer_;
   int quietReadings_ = 0;
   bool memoryScheduled_ = false;

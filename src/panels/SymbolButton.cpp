@@ -6,7 +6,7 @@ namespace orvanel {
 
 namespace {
 
-/// Symbols are drawn on a grid of 24 units, of which the shape itself takes about 14.
+/// The symbols' view box is 24 units wide; the shape itself takes about 14 of them.
 constexpr double gridPerShape = 24.0 / 14.0;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A small flat button that shows one symbol, with a soft round backing under the pointer. Main thread only.
+// A small flat button with a symbol and a rounded hover background. Main thread only.
 #pragma once
 
 #include <QAbstractButton>
@@ -10,7 +10,7 @@ class SymbolButton : public QAbstractButton {
   Q_OBJECT
 
  public:
-  /// `symbolSize` is the symbol's visible edge in view points.
+  /// `symbolSize` is the visible size of the symbol in view points.
   SymbolButton(const QString& symbolName, double symbolSize, QWidget* parent = nullptr);
 
   [[nodiscard]] QSize sizeHint() const override;

@@ -1,4 +1,5 @@
-// An application state with scripted answers, the file commands, and the main window on request.
+// A test fixture with an application state, scripted dialogs, the file commands and, on request, a main
+// window.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -19,7 +20,7 @@
 
 namespace orvanel {
 
-/// Lets events run until the condition holds; false when it doesn't within half a minute.
+/// Processes events until the condition holds. False if it doesn't within 30 seconds.
 inline bool waitUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();
@@ -41,8 +42,8 @@ class AppFixture : public testing::Test {
     QApplication::processEvents();
   }
 
-  /// The window hears of new documents; without one, this does.
-  void hearNotifications() {
+  /// Adds new documents to the state, as the window does when there is one.
+  void observeNotifications() {
     const auto add = [this](const std::any& object) {
       state.windowState.addDocument(std::any_cast<DocumentPtr>(object));
     };

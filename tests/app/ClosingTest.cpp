@@ -13,7 +13,7 @@ using testing::SizeIs;
 
 class ClosingTest : public AppFixture {
  protected:
-  ClosingTest() { hearNotifications(); }
+  ClosingTest() { observeNotifications(); }
 
   DocumentPtr addUnsaved(const QString& name) {
     const DocumentPtr document = addDocument(name);
@@ -44,7 +44,7 @@ TEST_F(ClosingTest, ASavedDocumentClosesWithoutAQuestion) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(ClosingTest, CancelKeepsAndDontSaveLetsGo) {
+TEST_F(ClosingTest, CancelKeepsTheDocumentAndDontSaveClosesIt) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
   dialogs.saveAnswers.push(SaveAnswer::cancel);
   windowState.closeDocument(document->id);
@@ -54,7 +54,7 @@ TEST_F(ClosingTest, CancelKeepsAndDontSaveLetsGo) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
+TEST_F(ClosingTest, WithoutConfirmationDirtyDocumentsCloseSilently) {
   state.userDefaults.setValue(UserDefaults::confirmUnsavedChangesKey, false);
   windowState.closeDocument(addUnsaved(QStringLiteral("Sky"))->id);
   EXPECT_THAT(openNames(), IsEmpty());
@@ -63,7 +63,7 @@ TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
   EXPECT_THAT(dialogs.questions, IsEmpty());
 }
 
-TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
+TEST_F(ClosingTest, AnsweringSaveWritesTheDocumentsFile) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
   put(document->sourceFileURL, path("Sky.Tessel"));
   dialogs.saveAnswers.push(SaveAnswer::save);
@@ -74,7 +74,7 @@ TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
   EXPECT_TRUE(QFile::exists(path("Sky.Tessel")));
 }
 
-TEST_F(ClosingTest, AnUntitledDocumentAsksWhere) {
+TEST_F(ClosingTest, SavingAnUntitledDocumentAsksForAFile) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.savePaths.push(path("Sea.tessel"));
@@ -106,7 +106,7 @@ TEST_F(ClosingTest, AFlatSourceIsOverwrittenInPlace) {
   EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::blue));
 }
 
-TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksWhere) {
+TEST_F(ClosingTest, SavingAFlatSourceThatGainedALayerAsksForAFile) {
   const DocumentPtr document = openUnsaved(writeImage("photo.png"));
   document->addLayer(QStringLiteral("Second"));
   dialogs.saveAnswers.push(SaveAnswer::save);
@@ -118,7 +118,7 @@ TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksWhere) {
   EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::red));
 }
 
-TEST_F(ClosingTest, AFailedSaveKeepsTheDocumentAndItsMark) {
+TEST_F(ClosingTest, AFailedSaveKeepsTheDocumentOpenAndDirty) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.savePaths.push(path("no such folder/Sea.tessel"));
@@ -205,7 +205,7 @@ TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
   EXPECT_THAT(openNames(), ElementsAre("A"));
 }
 
-TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
+TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAboutTheChanges) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
   put(document->sourceFileURL, path("no such folder/A.tessel"));
   files.save(document);
@@ -216,7 +216,7 @@ TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
   EXPECT_THAT(openNames(), ElementsAre("A"));
 }
 
-TEST_F(ClosingTest, ClosingADocumentDoesNotWaitForAnothersSave) {
+TEST_F(ClosingTest, ClosingADocumentDoesNotWaitForTheSaveOfAnother) {
   const DocumentPtr saved = addUnsaved(QStringLiteral("A"));
   put(saved->sourceFileURL, path("A.tessel"));
   const DocumentPtr closed = addUnsaved(QStringLiteral("B"));
@@ -240,12 +240,12 @@ TEST_F(ClosingTest, TheCloseButtonClosesTabsFirst) {
 
 // Starting.
 
-TEST_F(ClosingTest, StartingOpensNothingByItself) {
+TEST_F(ClosingTest, StartingWithoutArgumentsOpensNothing) {
   AppDelegate(state, files, {}).applicationDidFinishLaunching();
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(ClosingTest, StartingForUITestingMakesATestDocument) {
+TEST_F(ClosingTest, StartingForUITestingCreatesATestDocument) {
   AppDelegate(state, files, {QStringLiteral("--uitesting")}).applicationDidFinishLaunching();
   const DocumentPtr made = windowState.activeDocument();
   ASSERT_NE(made, nullptr);

@@ -17,7 +17,7 @@ using testing::StartsWith;
 
 class DocumentFilesTest : public AppFixture {
  protected:
-  DocumentFilesTest() { hearNotifications(); }
+  DocumentFilesTest() { observeNotifications(); }
 
   DocumentPtr openOne(const QString& file) {
     files.open({file});
@@ -48,7 +48,7 @@ TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreAllCalledUntitled) {
   EXPECT_THAT(openNames(), ElementsAre("Untitled", "Untitled"));
 }
 
-TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
+TEST_F(DocumentFilesTest, SizesOutOfRangeCreateNoDocument) {
   for (const char* typed : {"0", "16385", "abc", "", "-5", "12.5", "99999999999"}) {
     dialogs.warnings.clear();
     dialogs.newDocument = NewDocumentEntry{QString::fromLatin1(typed), QStringLiteral("10"), 2};
@@ -61,7 +61,7 @@ TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ACancelledDialogMakesNothing) {
+TEST_F(DocumentFilesTest, ACancelledDialogCreatesNoDocument) {
   files.newDocument();
   EXPECT_THAT(openNames(), IsEmpty());
   EXPECT_THAT(dialogs.warnings, IsEmpty());
@@ -79,7 +79,7 @@ TEST_F(DocumentFilesTest, FilesOpenInTheOrderTheyWereNamed) {
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
+TEST_F(DocumentFilesTest, FailuresAreListedAndTheOtherFilesOpen) {
   const QString good = writeImage("good.png");
   const QString noImage = writeText("broken.png", "no picture");
   const QString noDocument = writeText("broken.tessel", "no archive");
@@ -92,7 +92,7 @@ TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
   EXPECT_THAT(dialogs.warnings[0].second, HasSubstr("\nbroken.tessel: "));
 }
 
-TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
+TEST_F(DocumentFilesTest, ASingleFailureHasItsOwnTitle) {
   files.open({path("missing.png")});
   ASSERT_TRUE(waitForFiles());
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
@@ -100,7 +100,7 @@ TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("missing.png: "));
 }
 
-TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
+TEST_F(DocumentFilesTest, ADirectoryIsNotADocument) {
   QDir(folder.path()).mkdir(QStringLiteral("pictures"));
   files.open({path("pictures")});
   ASSERT_TRUE(waitForFiles());
@@ -108,7 +108,7 @@ TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("pictures: "));
 }
 
-TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
+TEST_F(DocumentFilesTest, AFailedDropHasItsOwnTitle) {
   files.openDropped({writeText("broken.png", "no picture"), writeImage("good.png")});
   ASSERT_TRUE(waitForFiles());
   EXPECT_THAT(openNames(), ElementsAre("good"));
@@ -116,7 +116,50 @@ TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open Image");
 }
 
-TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
+TEST_F(DocumentFilesTest, AnIncompleteImageOpensWithOneWarningAndIsNotSavedOverItsFile) {
+  const QString photo = writeImage("photo.jpg", 200, 200);
+  ASSERT_TRUE(QFile::resize(photo, QFileInfo(photo).size() * 2 / 3));
+  const DocumentPtr document = openOne(photo);
+  ASSERT_NE(document, nullptr);
+  EXPECT_EQ(document->canvasWidth.value(), 200);
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Opened Incompletely");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("photo.jpg: "));
+
+  int asked = 0;
+  subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
+                                                                 [&](const std::any&) { ++asked; }));
+  document->isDirty = true;
+  files.save(document);
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.jpg")}));
+}
+
+TEST_F(DocumentFilesTest, IncompleteAndUnreadableFilesAreReportedSeparately) {
+  const QString photo = writeImage("photo.jpg", 200, 200);
+  ASSERT_TRUE(QFile::resize(photo, QFileInfo(photo).size() * 2 / 3));
+  files.open({photo, writeText("broken.png", "no picture"), writeImage("whole.png")});
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("photo", "whole"));
+  ASSERT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Open");
+  EXPECT_THAT(dialogs.warnings[0].second, StartsWith("broken.png: "));
+  EXPECT_EQ(dialogs.warnings[1].first, "Opened Incompletely");
+  EXPECT_THAT(dialogs.warnings[1].second, StartsWith("photo.jpg: "));
+}
+
+TEST_F(DocumentFilesTest, ALongFileNameIsShortenedInTheMiddleOfAMessage) {
+  const QString name = QString(120, u'a') + QString(100, u'z') + QStringLiteral(".png");
+  files.open({folder.filePath(name)});
+  ASSERT_TRUE(waitForFiles());
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  const QString text = QString::fromStdString(dialogs.warnings[0].second);
+  EXPECT_TRUE(text.startsWith(QStringLiteral("aaaa")));
+  EXPECT_LT(text.indexOf(QStringLiteral(".png: ")), 80);
+  EXPECT_GT(text.indexOf(QStringLiteral("z.png: ")), 0);
+}
+
+TEST_F(DocumentFilesTest, OpenedFilesBecomeRecentDocuments) {
   state.recentDocuments.clear();
   int told = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::recentDocumentsChanged,
@@ -130,13 +173,13 @@ TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
 
 // Saving.
 
-TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
+TEST_F(DocumentFilesTest, SaveAsAdoptsTheFileAndWritesIt) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   put(document->sourceFileFormat, Document::ImageFileFormat::png);
   document->setDirty(true);
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
-  // All of it holds at once; only the writing takes its time.
+  // The properties change immediately; only the write runs in the background.
   EXPECT_EQ(document->sourceFileURL.value(), path("Evening sky.tessel"));
   EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
   EXPECT_EQ(document->name.value(), "Evening sky");
@@ -159,7 +202,7 @@ TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
+TEST_F(DocumentFilesTest, AFailedSaveAsKeepsTheNewNameAndLeavesTheDocumentDirty) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   dialogs.savePaths.push(path("no such folder/Sky.tessel"));
   files.saveAs(document);
@@ -172,7 +215,7 @@ TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("Sky.tessel: "));
 }
 
-TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
+TEST_F(DocumentFilesTest, SaveClearsTheDirtyFlagBeforeItWrites) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.savePaths.push(path("Sky.tessel"));
   files.saveAs(document);
@@ -188,7 +231,7 @@ TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
   EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 2);
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
+TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   put(document->sourceFileURL, path("no such folder/Sky.TESSEL"));
   document->setDirty(true);
@@ -200,7 +243,7 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
+TEST_F(DocumentFilesTest, AQueuedSaveKeepsTheDocumentDirtyUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   put(first->sourceFileURL, path("first.tessel"));
@@ -217,7 +260,7 @@ TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn)
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
+TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesItAsItIsWhenTheFirstHasEnded) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   put(document->sourceFileURL, path("Sky.tessel"));
   document->setDirty(true);
@@ -261,7 +304,7 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   }
 }
 
-TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
+TEST_F(DocumentFilesTest, ASaveAsDuringTheSaveOfAnotherDocumentRunsAfterIt) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   put(first->sourceFileURL, path("first.tessel"));
@@ -277,7 +320,7 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
+TEST_F(DocumentFilesTest, ASaveAsAfterAFailedSaveOfTheSameDocumentLeavesItClean) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
   put(document->sourceFileURL, path("no such folder/photo.tessel"));
   document->setDirty(true);
@@ -305,7 +348,7 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
-TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
+TEST_F(DocumentFilesTest, SavingAnUnmodifiedDocumentWritesNothing) {
   const QString photo = writeImage("photo.jpg");
   const DocumentPtr document = openOne(photo);
   ASSERT_TRUE(QFile::remove(photo));
@@ -316,11 +359,29 @@ TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
   EXPECT_THAT(filesIn(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
+TEST_F(DocumentFilesTest, AnUnmodifiedDocumentWithoutAFileCanBeSaved) {
   EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
 }
 
-TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
+TEST_F(DocumentFilesTest, AnImageKeepsItsMetadataWhenItIsSavedAndExported) {
+  constexpr int dotsPerMeter = 11811;
+  QImage image(20, 10, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  image.setDotsPerMeterX(dotsPerMeter);
+  image.setDotsPerMeterY(dotsPerMeter);
+  ASSERT_TRUE(image.save(path("scan.png")));
+  const DocumentPtr scan = openOne(path("scan.png"));
+  openOne(writeImage("other.png"));
+  scan->isDirty = true;
+  files.save(scan);
+  dialogs.exportTargets.push({path("copy.jpg"), 1});
+  files.exportImage(scan);
+  files.settleWrites();
+  EXPECT_EQ(QImage(path("scan.png")).dotsPerMeterX(), dotsPerMeter);
+  EXPECT_NEAR(QImage(path("copy.jpg")).dotsPerMeterX(), dotsPerMeter, 40);
+}
+
+TEST_F(DocumentFilesTest, AFailedFlatSaveLeavesTheDocumentDirty) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   put(document->sourceFileURL, path("no such folder/photo.png"));
   document->setDirty(true);
@@ -331,7 +392,7 @@ TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
+TEST_F(DocumentFilesTest, SavingWhatAFlatFileCannotHoldLeadsToSaveAs) {
   int asked = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
                                                                  [&](const std::any&) { ++asked; }));
@@ -353,7 +414,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
 // Exporting.
 
-TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
+TEST_F(DocumentFilesTest, AnExportDoesNotChangeTheDocument) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->setDirty(true);
   put(document->sourceFileURL, path("Picture.tessel"));
@@ -373,7 +434,7 @@ TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
   EXPECT_EQ(document->name.value(), "Picture");
 }
 
-TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
+TEST_F(DocumentFilesTest, AnExportIncludesEditsThatWereNeverOnScreen) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
                                   ColorMode::rgb8, {0.0F, 1.0F, 0.0F, 1.0F});
@@ -383,7 +444,7 @@ TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
   EXPECT_EQ(QImage(path("out.png")).pixelColor(1, 1), QColor(Qt::green));
 }
 
-TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
+TEST_F(DocumentFilesTest, OpeningAndExportingAnImageReportProgress) {
   std::vector<double> fractions;
   const auto subscription = files.activity.fraction.addNotifier([&] {
     if (const auto fraction = files.activity.fraction.value()) fractions.push_back(*fraction);
@@ -402,7 +463,7 @@ TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
   EXPECT_TRUE(std::ranges::is_sorted(fractions));
 }
 
-TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
+TEST_F(DocumentFilesTest, AFailedExportIsReported) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   dialogs.exportTargets.push({path("no such folder/out.png"), 0});
   files.exportImage(document);

@@ -24,7 +24,7 @@ class ExportFormatHelperTest : public testing::Test {
   QFileDialog panel;
 };
 
-TEST_F(ExportFormatHelperTest, BeginsWithTheFirstFormat) {
+TEST_F(ExportFormatHelperTest, StartsWithTheFirstFormat) {
   ExportFormatHelper helper(panel, QStringLiteral("Picture"), true);
   helper.selectRow(0);
   EXPECT_EQ(helper.selectedRow(), 0);

@@ -71,7 +71,7 @@ class MainWindowTest : public AppFixture {
   }
 };
 
-TEST_F(MainWindowTest, TheEmptyWindowSaysThatNothingIsOpen) {
+TEST_F(MainWindowTest, TheEmptyWindowShowsThatNothingIsOpen) {
   EXPECT_EQ(window->windowTitle(), "Orvanel");
   EXPECT_FALSE(window->isWindowModified());
   EXPECT_TRUE(window->contentView().tabBar().isHidden());
@@ -154,7 +154,7 @@ TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {
   EXPECT_EQ(window->windowTitle(), QStringLiteral("one[*] — Orvanel"));
 }
 
-TEST_F(MainWindowTest, TheMarkOfUnsavedChangesShowsInTitleAndTab) {
+TEST_F(MainWindowTest, TitleAndTabShowUnsavedChanges) {
   open({writeImage("one.png")});
   state.windowState.activeDocument()->addLayer(QStringLiteral("Second"));
   EXPECT_TRUE(window->isWindowModified());
@@ -219,7 +219,7 @@ TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoLastUsed) {
   EXPECT_EQ(activeName(), "one");
 }
 
-TEST_F(MainWindowTest, AnOpenedDocumentHasTheKeyboardWithoutAClick) {
+TEST_F(MainWindowTest, AnOpenedDocumentHasTheFocusWithoutAClick) {
   QApplication::setActiveWindow(window.get());
   open({writeImage("one.png"), writeImage("two.png")});
   ASSERT_EQ(window->focusWidget(), &canvas());
@@ -310,18 +310,18 @@ TEST_F(MainWindowTest, ARecreatedWindowKeepsItsSizeWithinTheRun) {
   EXPECT_EQ(window->size(), QSize(777, 555));
 }
 
-TEST_F(MainWindowTest, ANameThatLooksLikeTheMarkIsShownAsItIs) {
+TEST_F(MainWindowTest, ANameThatContainsTheModifiedMarkerIsShownLiterally) {
   addDocument(QStringLiteral("a[*]b"));
   QApplication::processEvents();
   EXPECT_EQ(window->windowTitle(), QStringLiteral("a[*][*]b[*] — Orvanel"));
 }
 
-TEST_F(MainWindowTest, AboutIsAsked) {
+TEST_F(MainWindowTest, TheAboutItemShowsTheAboutWindow) {
   item("Help", "About Orvanel")->trigger();
   EXPECT_EQ(dialogs.aboutShown, 1);
 }
 
-TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
+TEST(NewDocumentDialogTest, StartsWithTheDefaultValues) {
   const NewDocumentDialog dialog;
   EXPECT_EQ(dialog.widthField->text(), "1024");
   EXPECT_EQ(dialog.heightField->text(), "768");
@@ -335,7 +335,7 @@ TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
   EXPECT_EQ(dialog.entry().colorModeIndex, 2);
 }
 
-TEST_F(MainWindowTest, AltAloneLeavesTheKeyboardWithTheCanvas) {
+TEST_F(MainWindowTest, AltAloneLeavesTheFocusOnTheCanvas) {
   open({writeImage("photo.png")});
   window->activateWindow();
   canvas().setFocus();

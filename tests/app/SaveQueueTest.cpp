@@ -13,12 +13,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Writes nothing; each save ends when the test says so, and what happened is kept as a list.
+/// Writes nothing. Each save ends when the test says so; all calls are logged.
 class ScriptedWriter : public SaveQueueClient {
  public:
   std::vector<std::string> log;
   std::function<void(const SaveRequest&)> duringReport;
-  /// Every save ends by itself as soon as events are processed.
+  /// Lets every save succeed as soon as events are processed.
   bool endsByItself = false;
 
   void beginSave(const SaveRequest& request, Done done) override {
@@ -39,6 +39,9 @@ class ScriptedWriter : public SaveQueueClient {
   }
 
   void succeed() { end({}); }
+  void cancel() {
+    end(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QStringLiteral("Cancelled."), true}));
+  }
   void fail(const char* reason) {
     end(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QString::fromUtf8(reason)}));
   }
@@ -65,7 +68,7 @@ class SaveQueueTest : public testing::Test {
   DocumentPtr sea = document("Sea");
 };
 
-TEST_F(SaveQueueTest, ASaveBeginsAtOnceWhenNoneRuns) {
+TEST_F(SaveQueueTest, ASaveBeginsImmediatelyWhenNoneRuns) {
   save(sky, "sky");
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky"));
   writer.succeed();
@@ -93,7 +96,7 @@ TEST_F(SaveQueueTest, ARequestForTheRunningSaveRunsAfterIt) {
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "saved sky", "begin Sky sky"));
 }
 
-TEST_F(SaveQueueTest, RepeatedRequestsThatStillWaitAreOne) {
+TEST_F(SaveQueueTest, EqualQueuedRequestsAreMerged) {
   save(sky, "sky");
   for (int press = 0; press < 5; ++press) save(sky, "sky");
   save(sea, "sea");
@@ -155,7 +158,30 @@ TEST_F(SaveQueueTest, ARequestMadeDuringAReportIsKept) {
               ElementsAre("failed sky", "report sky: The disk is full.", "begin Sky elsewhere"));
 }
 
-TEST_F(SaveQueueTest, TheQueueKnowsWhoseSavesItHolds) {
+TEST_F(SaveQueueTest, ACancelledSaveEndsWithoutAReport) {
+  save(sky, "sky");
+  save(sea, "sea");
+  writer.takeLog();
+  writer.cancel();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sky", "begin Sea sea"));
+  writer.succeed();
+}
+
+TEST_F(SaveQueueTest, CancellingTheWaitingSavesLeavesTheRunningOne) {
+  save(sky, "sky");
+  save(sea, "sea");
+  save(sky, "copy");
+  writer.takeLog();
+  queue.cancelWaiting();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sea", "failed copy"));
+  EXPECT_TRUE(queue.contains(sky->id));
+  EXPECT_FALSE(queue.contains(sea->id));
+  writer.succeed();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("saved sky"));
+  EXPECT_TRUE(queue.isEmpty());
+}
+
+TEST_F(SaveQueueTest, TheQueueKnowsWhichDocumentsItContains) {
   save(sky, "sky");
   save(sea, "sea");
   EXPECT_TRUE(queue.contains(sky->id));
@@ -192,7 +218,7 @@ TEST_F(SaveQueueTest, SettlingAllWaitsForEverySave) {
                                             "begin Sky sky", "saved sky"));
 }
 
-TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
+TEST_F(SaveQueueTest, AQueuedSaveKeepsItsDocumentAlive) {
   save(sky, "sky");
   save(sea, "sea");
   sea.reset();
@@ -202,7 +228,7 @@ TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
   writer.succeed();
 }
 
-TEST_F(SaveQueueTest, AFinishedSaveLetsGoOfItsDocument) {
+TEST_F(SaveQueueTest, AFinishedSaveReleasesItsDocument) {
   const std::weak_ptr<Document> held = sea;
   save(sea, "sea");
   sea.reset();

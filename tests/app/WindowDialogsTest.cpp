@@ -21,7 +21,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// Answers each dialog as soon as it stands, in the order of the steps given.
+/// Answers each dialog as soon as it is shown, with the given steps in order.
 class WindowDialogsTest : public testing::Test {
  protected:
   template <typename DialogType>
@@ -44,7 +44,7 @@ class WindowDialogsTest : public testing::Test {
     Q_EMIT formats->textActivated(formats->currentText());
   }
 
-  /// Types a name and confirms it, as Return in the name field does.
+  /// Types a name and accepts the panel, as pressing Return does.
   void typeName(const QString& name) {
     whenShown<QFileDialog>([name](QFileDialog& panel) {
       nameField(panel).setText(name);
@@ -65,7 +65,7 @@ class WindowDialogsTest : public testing::Test {
     timer_.setInterval(5);
     QObject::connect(&timer_, &QTimer::timeout, [this] { answerNext(); });
   }
-  ~WindowDialogsTest() override { EXPECT_TRUE(steps_.empty()) << "a dialog didn't come"; }
+  ~WindowDialogsTest() override { EXPECT_TRUE(steps_.empty()) << "an expected dialog was not shown"; }
 
   [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
 
@@ -78,7 +78,7 @@ class WindowDialogsTest : public testing::Test {
     if (dialog == nullptr || dialog == answered_) return;
     answered_ = dialog;
     if (steps_.empty()) {
-      ADD_FAILURE() << "a dialog that nobody expects";
+      ADD_FAILURE() << "unexpected dialog";
       dialog->close();
       return;
     }
@@ -95,7 +95,7 @@ class WindowDialogsTest : public testing::Test {
 
 // Alerts.
 
-TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
+TEST_F(WindowDialogsTest, AnAlertShowsItsTextsAsPlainText) {
   whenShown<QMessageBox>([](QMessageBox& box) {
     EXPECT_EQ(box.text(), "Failed to Save");
     EXPECT_EQ(box.informativeText(), "<b>photo</b>: The disk is full.");
@@ -105,7 +105,16 @@ TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
   dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("<b>photo</b>: The disk is full."));
 }
 
-TEST_F(WindowDialogsTest, ALongListOfFailuresStaysOnTheScreen) {
+TEST_F(WindowDialogsTest, AnEditRefusedForLackOfMemorySaysSo) {
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.text(), "Not Enough Memory");
+    EXPECT_EQ(box.informativeText(), "The image can't be enlarged.");
+    box.accept();
+  });
+  dialogs.showNotEnoughMemory(QStringLiteral("The image can't be enlarged."));
+}
+
+TEST_F(WindowDialogsTest, ALongListOfFailuresIsShortened) {
   QStringList lines;
   for (int i = 1; i <= 20; ++i) lines << QStringLiteral("photo %1.png: damaged").arg(i);
   whenShown<QMessageBox>([&](QMessageBox& box) {
@@ -146,7 +155,7 @@ TEST_F(WindowDialogsTest, SeveralFilesCanBeOpened) {
   EXPECT_EQ(dialogs.askForFilesToOpen(), QStringList({path("a.png"), path("b.tessel")}));
 }
 
-TEST_F(WindowDialogsTest, ACancelledPanelAnswersNothing) {
+TEST_F(WindowDialogsTest, ACancelledPanelReturnsNothing) {
   for (int i = 0; i < 3; ++i) whenShown<QFileDialog>([](QFileDialog& panel) { panel.reject(); });
   EXPECT_THAT(dialogs.askForFilesToOpen(), IsEmpty());
   EXPECT_EQ(dialogs.askWhereToSave(path("a.tessel")), std::nullopt);
@@ -164,7 +173,7 @@ TEST_F(WindowDialogsTest, TheSavePanelProposesAndCompletesTheName) {
   EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("other.tessel"));
 }
 
-TEST_F(WindowDialogsTest, ADocumentIsNotSavedUnderAnImagesName) {
+TEST_F(WindowDialogsTest, ADocumentIsNotSavedWithAnImageExtension) {
   typeName(QStringLiteral("photo.png"));
   whenShown<QFileDialog>([](QFileDialog& panel) {
     EXPECT_EQ(nameField(panel).text(), "photo.tessel");
@@ -175,7 +184,7 @@ TEST_F(WindowDialogsTest, ADocumentIsNotSavedUnderAnImagesName) {
 
 // Exporting.
 
-TEST_F(WindowDialogsTest, AnExportBeginsWithTheFirstFormat) {
+TEST_F(WindowDialogsTest, AnExportStartsWithTheFirstFormat) {
   whenShown<QFileDialog>([](QFileDialog& panel) {
     EXPECT_EQ(nameField(panel).text(), "photo.png");
     QMetaObject::invokeMethod(&panel, "accept");
@@ -186,7 +195,7 @@ TEST_F(WindowDialogsTest, AnExportBeginsWithTheFirstFormat) {
   EXPECT_EQ(target->formatRow, 0);
 }
 
-TEST_F(WindowDialogsTest, TheChosenFormatDecidesAndTheNameFollowsIt) {
+TEST_F(WindowDialogsTest, TheChosenFormatDeterminesTheExtension) {
   whenShown<QFileDialog>([](QFileDialog& panel) {
     nameField(panel).setText(QStringLiteral("typed.jpg"));
     QMetaObject::invokeMethod(&panel, "accept");

@@ -47,7 +47,7 @@ class WindowStateTest : public testing::Test {
   DocumentPtr c;
 };
 
-TEST_F(WindowStateTest, BeginsWithNothingOpen) {
+TEST_F(WindowStateTest, StartsWithoutDocuments) {
   EXPECT_THAT(names(), IsEmpty());
   EXPECT_EQ(window.activeDocumentID.value(), std::nullopt);
   EXPECT_THAT(window.mruOrder.value(), IsEmpty());
@@ -63,7 +63,7 @@ TEST_F(WindowStateTest, AnAddedDocumentComesLastAndBecomesActive) {
   EXPECT_EQ(tools.activeDocument(), c);
 }
 
-TEST_F(WindowStateTest, AnActiveIDThatMatchesNothingIsNoDocument) {
+TEST_F(WindowStateTest, AnUnknownActiveIDMeansNoActiveDocument) {
   addABC();
   window.activeDocumentID = QUuid::createUuid();
   EXPECT_EQ(window.activeDocument(), nullptr);
@@ -93,7 +93,7 @@ TEST_F(WindowStateTest, AnAddedDocumentKeepsItsName) {
   EXPECT_THAT(names(), ElementsAre("Untitled", "Untitled"));
 }
 
-TEST_F(WindowStateTest, AnUntitledDocumentIsLikeTheActiveOne) {
+TEST_F(WindowStateTest, AnUntitledDocumentCopiesTheActiveOnesSizeAndMode) {
   window.createUntitledDocument();
   DocumentPtr made = window.activeDocument();
   EXPECT_EQ(made->canvasWidth.value(), 1024);
@@ -110,7 +110,7 @@ TEST_F(WindowStateTest, AnUntitledDocumentIsLikeTheActiveOne) {
   EXPECT_EQ(made->colorMode.value(), ColorMode::grayscale8);
 }
 
-TEST_F(WindowStateTest, SwitchingBringsTheDocumentToTheFrontOfTheOrder) {
+TEST_F(WindowStateTest, SwitchingMovesTheDocumentToTheFrontOfTheOrder) {
   addABC();
   window.switchToDocument(a->id);
   EXPECT_EQ(activeName(), "A");
@@ -120,7 +120,7 @@ TEST_F(WindowStateTest, SwitchingBringsTheDocumentToTheFrontOfTheOrder) {
   EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
 }
 
-TEST_F(WindowStateTest, SwitchingBringsBackTheDocumentsTool) {
+TEST_F(WindowStateTest, SwitchingRestoresTheDocumentsTool) {
   addABC();
   tools.selectTool(Tool::zoom);
   window.switchToDocument(a->id);
@@ -152,7 +152,7 @@ TEST_F(WindowStateTest, BackwardCyclingWalksThroughAllOldestFirst) {
   EXPECT_THAT(visited, ElementsAre("A", "B", "C"));
 }
 
-TEST_F(WindowStateTest, CyclingFirstPutsTheActiveDocumentInFront) {
+TEST_F(WindowStateTest, CyclingFirstMovesTheActiveDocumentToTheFront) {
   addABC();
   window.activeDocumentID = a->id;
   EXPECT_TRUE(window.cycleNextDocument());
@@ -235,7 +235,7 @@ TEST_F(WindowStateTest, ClosingAnUnknownDocumentDoesNothing) {
   EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
 }
 
-TEST_F(WindowStateTest, AClosedDocumentIsLetGo) {
+TEST_F(WindowStateTest, AClosedDocumentIsReleased) {
   std::weak_ptr<Document> watched = add(QStringLiteral("Only"));
   window.closeDocument(watched.lock()->id);
   EXPECT_TRUE(watched.expired());
@@ -255,9 +255,9 @@ TEST_F(WindowStateTest, OnlyUnsavedDocumentsAreAskedAbout) {
   EXPECT_THAT(names(), ElementsAre("B", "C"));
 }
 
-TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
+TEST_F(WindowStateTest, ClosingWaitsForRunningSaves) {
   addABC();
-  // A save that fails gives the mark back.
+  // The failed save makes the document dirty again.
   window.settleSaves = [this](const Document& closing) {
     EXPECT_EQ(closing.id, a->id);
     a->setDirty(true);
@@ -282,7 +282,7 @@ TEST_F(WindowStateTest, TheFirstRefusalKeepsAllOpen) {
   EXPECT_FALSE(a->isDirty.value());
 }
 
-TEST_F(WindowStateTest, ClosingAllLeavesNothing) {
+TEST_F(WindowStateTest, ClosingAllLeavesNoDocuments) {
   addABC();
   window.closeAllDocuments();
   EXPECT_THAT(names(), IsEmpty());

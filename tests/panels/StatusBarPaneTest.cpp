@@ -13,7 +13,7 @@ DocumentPtr makeDocument(int width = 100, int height = 80, ColorMode mode = Colo
   return Document::create(QStringLiteral("Picture"), width, height, mode, MetalContext::shared());
 }
 
-/// A record of a given weight that can lose some of it, as snapshots do when they are compressed.
+/// A record whose memory cost can shrink, as that of compressed snapshots does.
 class WeightedOperation : public UndoableOperation {
  public:
   explicit WeightedOperation(std::int64_t bytes) : bytes_(bytes) {}
@@ -26,7 +26,7 @@ class WeightedOperation : public UndoableOperation {
   std::int64_t bytes_;
 };
 
-TEST(ByteCountTextTest, CountsInDecimalThousands) {
+TEST(ByteCountTextTest, UsesDecimalUnits) {
   EXPECT_EQ(byteCountText(0), "0 B");
   EXPECT_EQ(byteCountText(999), "999 B");
   EXPECT_EQ(byteCountText(1000), "1 KB");
@@ -44,7 +44,7 @@ TEST(CursorPositionTextTest, ShowsDashesOutsideTheCanvas) {
   EXPECT_EQ(cursorPositionText(std::nullopt, Document::DragSize{3, 4}), "X: --  Y: --");
 }
 
-TEST(CursorPositionTextTest, ShowsTheSizeOfARunningDrag) {
+TEST(CursorPositionTextTest, ShowsTheSizeOfADragInProgress) {
   EXPECT_EQ(cursorPositionText(QPointF(12, 7), std::nullopt), "X: 12  Y: 7");
   EXPECT_EQ(cursorPositionText(QPointF(12, 7), Document::DragSize{30, 40}), "X: 12  Y: 7  W: 30  H: 40");
 }
@@ -56,7 +56,7 @@ TEST(StatusBarPaneTest, IsEmptyWithoutADocument) {
   EXPECT_EQ(pane.memoryText(), "");
 }
 
-TEST(StatusBarPaneTest, ReadsTheDocument) {
+TEST(StatusBarPaneTest, ShowsTheDocument) {
   const DocumentPtr document = makeDocument();
   StatusBarPane pane;
   pane.setDocument(document);
@@ -100,7 +100,7 @@ TEST(StatusBarPaneTest, CountsLayersAddedInsideAFolder) {
   EXPECT_TRUE(pane.memoryText().startsWith("Memory: Layers 32 KB")) << pane.memoryText().toStdString();
 }
 
-TEST(StatusBarPaneTest, ShowsWhatTheHistoryHolds) {
+TEST(StatusBarPaneTest, ShowsTheMemoryOfTheHistory) {
   const DocumentPtr document = makeDocument();
   StatusBarPane pane;
   pane.setDocument(document);
@@ -109,7 +109,7 @@ TEST(StatusBarPaneTest, ShowsWhatTheHistoryHolds) {
   EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 1.5 MB");
 }
 
-TEST(StatusBarPaneTest, LetsGoOfTheDocumentBefore) {
+TEST(StatusBarPaneTest, StopsObservingThePreviousDocument) {
   const DocumentPtr before = makeDocument();
   const DocumentPtr after = makeDocument(10, 20);
   StatusBarPane pane;
@@ -120,7 +120,7 @@ TEST(StatusBarPaneTest, LetsGoOfTheDocumentBefore) {
   EXPECT_EQ(pane.canvasText(), QStringLiteral("10 × 20"));
 }
 
-TEST(StatusBarPaneTest, KeepsNoClosedDocumentAlive) {
+TEST(StatusBarPaneTest, DoesNotKeepAClosedDocumentAlive) {
   DocumentPtr document = makeDocument();
   const std::weak_ptr<Document> watched = document;
   StatusBarPane pane;

@@ -1,11 +1,11 @@
 #include "io/archive/ZipReader.h"
 
-#include <QStringDecoder>
 #include <algorithm>
 #include <mutex>
 
 #include "io/archive/ArchiveInput.h"
 #include "io/archive/ZipWriter.h"
+#include "io/files/FileName.h"
 #include "io/files/Parallel.h"
 
 namespace orvanel {
@@ -23,13 +23,8 @@ QString notAnArchive(zip_error_t& error) {
 }
 
 QString damaged(const ArchiveEntryInfo& info, const QString& reason) {
-  return QStringLiteral("The entry \"%1\" can't be read. %2").arg(QString::fromStdString(info.path), reason);
-}
-
-bool isUtf8(const std::string& text) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  const QString decoded = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-  return !decoder.hasError() && !decoded.contains(QChar::Null);
+  return QStringLiteral("The entry \"%1\" can't be read. %2")
+      .arg(displayName(QString::fromStdString(info.path)), reason);
 }
 
 /// One entry of the directory, within the limits of what can be honest.
@@ -42,7 +37,8 @@ Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
     return because(QStringLiteral("The archive's directory is damaged."));
   }
   ArchiveEntryInfo info{name, stat.size, stat.comp_size, stat.crc, stat.comp_method == ZIP_CM_DEFLATE};
-  if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path)) {
+  if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path) ||
+      info.path.find('\0') != std::string::npos) {
     return because(QStringLiteral("An entry of the archive has a name that can't be one."));
   }
   if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {
@@ -55,6 +51,15 @@ Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
       info.isDeflated ? info.size / largestInflation <= info.storedSize : info.size == info.storedSize;
   if (!isPossible) return because(damaged(info, QStringLiteral("Its size can't be true.")));
   return info;
+}
+
+std::vector<EntryPart> partsOf(zip_t* archive, zip_uint64_t index, const ArchiveEntryInfo& info) {
+  if (!info.isDeflated) return {};
+  zip_uint16_t length = 0;
+  const zip_uint8_t* field =
+      zip_file_extra_field_get_by_id(archive, index, entryPartsFieldID, 0, &length, ZIP_FL_CENTRAL);
+  if (field == nullptr) return {};
+  return decodedParts({reinterpret_cast<const std::byte*>(field), length}, info.size, info.storedSize);
 }
 
 }  // namespace
@@ -100,6 +105,7 @@ struct ZipReader::Stream::Handle {
       : handles(std::move(owner)),
         archive(archiveHandle),
         entry(entryHandle),
+        left(storedSize),
         buffer(std::clamp<std::uint64_t>(storedSize, 1, readBytes)) {}
   ~Handle() {
     zip_fclose(entry);
@@ -111,7 +117,8 @@ struct ZipReader::Stream::Handle {
   /// The next stored bytes, none at the end.
   Described<std::span<const std::byte>> next() { return next(buffer.span()); }
   Described<std::span<const std::byte>> next(std::span<std::byte> out) {
-    const zip_int64_t count = zip_fread(entry, out.data(), out.size());
+    const zip_int64_t count = zip_fread(entry, out.data(), std::min<std::uint64_t>(out.size(), left));
+    left -= static_cast<std::uint64_t>(std::max<zip_int64_t>(count, 0));
     if (count < 0) return because(QStringLiteral("The archive is damaged or can't be read."));
     return std::span<const std::byte>(out.first(static_cast<std::size_t>(count)));
   }
@@ -119,6 +126,7 @@ struct ZipReader::Stream::Handle {
   std::shared_ptr<Handles> handles;
   zip_t* archive;
   zip_file_t* entry;
+  std::uint64_t left;
   ByteBuffer buffer;
 };
 
@@ -167,6 +175,7 @@ Described<void> ZipReader::readDirectory() {
     if (!indexOfPath_.emplace(info->path, entries_.size()).second) {
       return because(damaged(*info, QStringLiteral("The archive has two of that name.")));
     }
+    parts_.push_back(partsOf(*archive, index, *info));
     entries_.push_back(std::move(*info));
   }
   return {};
@@ -193,6 +202,30 @@ Described<ZipReader::Stream> ZipReader::stream(std::size_t index) const {
   auto handle = openStored(index);
   if (!handle) return because(handle.error());
   return Stream(entries_[index], std::move(*handle));
+}
+
+Described<ZipReader::Stream> ZipReader::streamOfParts(std::size_t index, std::size_t first,
+                                                      std::size_t count) const {
+  ArchiveEntryInfo info = entries_[index];
+  info.size = 0;
+  info.storedSize = 0;
+  std::uint64_t start = 0;
+  for (std::size_t i = 0; i < first + count; ++i) {
+    const EntryPart& part = parts_[index][i];
+    if (i < first) {
+      start += part.storedSize;
+      continue;
+    }
+    info.size += part.size;
+    info.storedSize += part.storedSize;
+  }
+  auto handle = openStored(index);
+  if (!handle) return because(handle.error());
+  if (zip_fseek((*handle)->entry, static_cast<zip_int64_t>(start), SEEK_SET) != 0) {
+    return because(damaged(info, QStringLiteral("The archive is damaged or can't be read.")));
+  }
+  (*handle)->left = info.storedSize;
+  return Stream(std::move(info), std::move(*handle));
 }
 
 Described<ByteBuffer> ZipReader::readAll(std::size_t index, std::uint64_t limit) const {

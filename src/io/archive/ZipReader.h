@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "io/archive/Deflate.h"
+#include "io/archive/EntryParts.h"
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
 #include "io/files/Progress.h"
@@ -48,6 +49,8 @@ class ZipReader {
   ZipReader& operator=(ZipReader&&) noexcept;
 
   [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
+  /// Where an entry can be begun, if it says so; none when it is read from its start.
+  [[nodiscard]] const std::vector<EntryPart>& parts(std::size_t index) const { return parts_[index]; }
   [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
 
   /// An entry's bytes, from the first to the last.
@@ -61,6 +64,8 @@ class ZipReader {
     [[nodiscard]] Described<void> read(std::span<std::byte> out);
     /// Reads what is left, and compares the end and the CRC-32 with the directory.
     [[nodiscard]] Described<void> finish(const Progress& progress = {});
+    /// The CRC-32 of what has been read.
+    [[nodiscard]] std::uint32_t crc() const { return crc_; }
 
    private:
     friend class ZipReader;
@@ -76,6 +81,9 @@ class ZipReader {
 
   /// Any thread.
   [[nodiscard]] Described<Stream> stream(std::size_t index) const;
+  /// Some of an entry's parts; what is read of them is checked by whoever joins their sums. Any thread.
+  [[nodiscard]] Described<Stream> streamOfParts(std::size_t index, std::size_t first,
+                                                std::size_t count) const;
   /// All bytes of an entry of at most `limit` bytes, checked.
   [[nodiscard]] Described<ByteBuffer> readAll(std::size_t index, std::uint64_t limit) const;
   /// The CRC-32 of the entry's bytes as they stand in the archive.
@@ -90,6 +98,7 @@ class ZipReader {
 
   std::shared_ptr<Handles> handles_;
   std::vector<ArchiveEntryInfo> entries_;
+  std::vector<std::vector<EntryPart>> parts_;
   std::unordered_map<std::string, std::size_t> indexOfPath_;
 };
 

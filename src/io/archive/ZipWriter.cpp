@@ -10,6 +10,7 @@
 #include <numeric>
 
 #include "io/archive/ChunkPipeline.h"
+#include "io/archive/EntryParts.h"
 #include "io/archive/ZipReader.h"
 
 namespace orvanel {
@@ -77,6 +78,12 @@ class EntrySource {
 
   WrittenEntry written;
 
+  /// The place in the archive that the entry has got.
+  void attach(zip_t* archive, zip_uint64_t index) {
+    archive_ = archive;
+    index_ = index;
+  }
+
   static zip_int64_t callback(void* self, void* data, zip_uint64_t length, zip_source_cmd_t command) {
     return static_cast<EntrySource*>(self)->handle(data, length, command);
   }
@@ -127,17 +134,32 @@ class EntrySource {
         current_ = supply_.pipeline().take();
         ++chunksTaken_;
         rest_ = current_.bytes.span();
+        parts_.push_back(
+            {static_cast<std::uint32_t>(rest_.size()), static_cast<std::uint32_t>(current_.rawSize)});
         written.crc = joinCrc32(written.crc, current_.rawCheckSum, current_.rawSize);
         written.size += current_.rawSize;
       } else if (!ended_) {
         ended_ = true;
         chunkDone_();
-        if (entry_.method == ArchiveEntry::Method::deflated) rest_ = deflateStreamEnd;
+        if (entry_.method == ArchiveEntry::Method::deflated) {
+          rest_ = deflateStreamEnd;
+          tellParts();
+        }
       } else {
         return false;
       }
     }
     return true;
+  }
+
+  /// The directory is written last, so what is known only now still gets into it. Without the field the entry
+  /// is read on one core.
+  void tellParts() {
+    const std::vector<std::byte> field = encodedParts(parts_);
+    if (field.empty()) return;
+    zip_file_extra_field_set(archive_, index_, entryPartsFieldID, 0,
+                             reinterpret_cast<const zip_uint8_t*>(field.data()),
+                             static_cast<zip_uint16_t>(field.size()), ZIP_FL_CENTRAL);
   }
 
   void describe(zip_stat_t& stat) {
@@ -161,6 +183,9 @@ class EntrySource {
   const Progress& progress_;
   Chunk current_;
   std::span<const std::byte> rest_;
+  std::vector<EntryPart> parts_;
+  zip_t* archive_ = nullptr;
+  zip_uint64_t index_ = 0;
   int chunksTaken_ = 0;
   bool ended_ = false;
 };
@@ -260,6 +285,7 @@ Described<void> writeEntries(FileSink& sink, std::vector<std::unique_ptr<EntrySo
                                                 : -1;
     if (index < 0) return because(reasonOf(zip_get_error(archive.get())));
     static_cast<void>(source.release());  // the archive owns it now
+    sources[i]->attach(archive.get(), static_cast<zip_uint64_t>(index));
     const zip_int32_t method =
         entries[i].method == ArchiveEntry::Method::deflated ? ZIP_CM_DEFLATE : ZIP_CM_STORE;
     if (zip_set_file_compression(archive.get(), static_cast<zip_uint64_t>(index), method, 0) != 0) {

@@ -6,7 +6,9 @@
 
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
+#include "io/document/TextureLoading.h"
 #include "io/files/BackgroundJob.h"
+#include "io/files/FileName.h"
 
 namespace orvanel {
 namespace {
@@ -39,7 +41,7 @@ struct LoadJob {
   DocumentIO::LoadDone done;
   Progress progress;
   std::optional<OpenedDocument> opened;
-  BuiltDocument built;
+  DocumentPtr document;
 
   void finish(const FileResult<DocumentPtr>& result) const {
     if (!receiver.isNull()) done(result);
@@ -53,29 +55,26 @@ struct LoadJob {
 using LoadJobPtr = std::shared_ptr<LoadJob>;
 
 void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
-  if (!filled) {
+  DocumentPtr document = std::move(job->document);
+  if (filled) {
+    attachSource(*document, job->path);
+    job->finish(document);
+  } else {
+    // Nodes belong to this thread; the surfaces that go with them may be many and are given back elsewhere.
+    document.reset();
     job->fail(filled);
-    return;
   }
-  if (const auto judged = judgeShownMemory(*job->built.document); !judged) {
-    job->fail(judged);
-    return;
-  }
-  attachSource(*job->built.document, job->path);
-  job->finish(job->built.document);
+  runInBackground(
+      [opened = std::make_shared<OpenedDocument>(std::move(*job->opened))]() mutable { opened.reset(); });
 }
 
 /// On the main thread, between the two slow steps.
 void buildAndFill(const LoadJobPtr& job) {
-  auto built = buildDocument(*job->opened, job->context);
-  if (!built) {
-    job->fail(built);
-    return;
-  }
-  job->built = std::move(*built);
+  job->document = buildDocument(*job->opened, job->context);
   // The job holds the document, so the last reference to it must not be left to the other thread.
   runInBackground([job = job]() mutable {
-    Described<void> filled = fillTextures(*job->opened, job->built.requests, job->progress);
+    Described<void> filled = fillTextures(*job->opened, job->progress);
+    if (filled) filled = judgeShownMemory(*job->opened);
     runOnMainThread([job = std::move(job), filled = std::move(filled)] { finishLoad(job, filled); });
   });
 }
@@ -87,8 +86,7 @@ bool DocumentIO::isSaving() {
 }
 
 bool DocumentIO::isDocumentPath(const QString& path) {
-  const QFileInfo info(path);
-  return info.suffix().compare(u"tessel", Qt::CaseInsensitive) == 0 || info.isDir();
+  return isDocumentName(path) || QFileInfo(path).isDir();
 }
 
 void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalContext& /*context*/,
@@ -131,9 +129,9 @@ void DocumentIO::load(const QString& path, MetalContext& context, QObject* recei
                       ProgressChanged progressChanged, CancellationPtr cancellation) {
   Progress progress = progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation));
   auto job = std::make_shared<LoadJob>(
-      LoadJob{path, context, receiver, std::move(done), std::move(progress), std::nullopt, {}});
+      LoadJob{path, context, receiver, std::move(done), std::move(progress), std::nullopt, nullptr});
   runInBackground([job = std::move(job)]() mutable {
-    auto opened = openDocument(job->path, job->progress);
+    auto opened = openDocument(job->path, job->context, job->progress);
     if (!opened) {
       runOnMainThread(
           [job = std::move(job), opened = Described<void>(because(opened.error()))] { job->fail(opened); });
@@ -145,17 +143,14 @@ void DocumentIO::load(const QString& path, MetalContext& context, QObject* recei
 }
 
 FileResult<DocumentPtr> DocumentIO::loadSynchronously(const QString& path, MetalContext& context) {
-  const auto opened = openDocument(path);
+  const auto opened = openDocument(path, context);
   if (!opened) return failed(DocumentIOError::loadFailed, opened);
-  const auto built = buildDocument(*opened, context);
-  if (!built) return failed(DocumentIOError::loadFailed, built);
-  const auto filled = fillTextures(*opened, built->requests, {});
+  DocumentPtr document = buildDocument(*opened, context);
+  Described<void> filled = fillTextures(*opened, {});
+  if (filled) filled = judgeShownMemory(*opened);
   if (!filled) return failed(DocumentIOError::loadFailed, filled);
-  if (const auto judged = judgeShownMemory(*built->document); !judged) {
-    return failed(DocumentIOError::loadFailed, judged);
-  }
-  attachSource(*built->document, path);
-  return built->document;
+  attachSource(*document, path);
+  return document;
 }
 
 }  // namespace orvanel

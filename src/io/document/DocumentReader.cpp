@@ -3,15 +3,10 @@
 #include <QFile>
 #include <QSet>
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <mutex>
 
-#include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
-#include "io/files/MemoryLimit.h"
-#include "io/files/Parallel.h"
-#include "raster/Regularity.h"
+#include "raster/MemoryBudget.h"
+#include "raster/MetalContext.h"
 
 namespace orvanel {
 namespace {
@@ -25,15 +20,6 @@ std::optional<QUuid> idOf(const QString& text) {
   const QUuid id = uuidFromText(text);
   if (id.isNull() && text != uuidText(id)) return std::nullopt;
   return id;
-}
-
-BlendMode blendModeOf(const NodeManifest& node) {
-  return blendModeFromRaw(node.blendMode).value_or(BlendMode::normal);
-}
-
-/// Folders that don't let their children through get a surface of their own when they are shown.
-bool isolates(const NodeManifest& node) {
-  return node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal;
 }
 
 std::uint64_t surfacesOf(const NodeManifestList& nodes) {
@@ -57,7 +43,77 @@ bool gridsFitInMemory(const Manifest& manifest) {
   return pixelsFitInMemory(surfacesOf(manifest.nodes) * gridBytes * 4);
 }
 
-Described<OpenedDocument> readManifest(Described<ZipReader> archive, const Progress& progress) {
+ColorMode colorModeOf(const Manifest& manifest) {
+  return colorModeFromRaw(manifest.document.colorMode).value_or(ColorMode::rgb16);
+}
+
+/// Finds the sound nodes of a manifest and makes their surfaces.
+class Planner {
+ public:
+  Planner(OpenedDocument& opened, const MetalContext& context) : opened_(opened), context_(context) {}
+
+  Described<void> plan(const Progress& progress) {
+    const NodeManifestList& manifests = opened_.manifest.nodes;
+    for (std::size_t index = 0; index < manifests.size();) {
+      if (progress.isCancelled()) return cancelled();
+      const NodeManifest& manifest = manifests[index];
+      const std::optional<QUuid> id = idOf(manifest.id);
+      const bool isLayer = manifest.type == u"layer";
+      const bool isFolder = manifest.type == u"folder";
+      if (id && (isLayer || isFolder)) {
+        if (seen_.contains(*id))
+          return because(QStringLiteral("The document has two nodes with the same id."));
+        seen_.insert(*id);
+        opened_.nodes.push_back({.manifest = index, .id = *id});
+      }
+      if (id && isLayer) {
+        if (auto made = makeSurfaces(manifest, opened_.nodes.back()); !made) return made;
+      }
+      ++index;
+      if (id && isFolder) continue;
+      // What lies below a node that can't hold anything, or that is left out, is left out as well.
+      while (index < manifests.size() && manifests[index].depth > manifest.depth) ++index;
+    }
+    return {};
+  }
+
+ private:
+  Described<void> makeSurfaces(const NodeManifest& manifest, PlannedNode& node) {
+    if (manifest.hasPixelData.value_or(true)) {
+      node.pixels = makeTexture(layerPixelFormat(colorModeOf(opened_.manifest)));
+      if (node.pixels == nullptr) return because(tooMuchMemory());
+      if (const auto entry = entryAt(layerEntryPath(manifest.id))) request(*entry, node.pixels);
+    }
+    if (!manifest.mask.has_value()) return {};
+    const std::optional<QUuid> maskID = idOf(manifest.mask->id);
+    const auto entry = entryAt(maskEntryPath(manifest.id));
+    if (!maskID || !entry) return {};
+    node.mask = makeTexture(maskPixelFormat);
+    if (node.mask == nullptr) return {};
+    node.maskID = *maskID;
+    request(*entry, node.mask);
+    return {};
+  }
+
+  [[nodiscard]] Texture makeTexture(PixelFormat format) const {
+    const DocumentManifest& canvas = opened_.manifest.document;
+    return context_.makeTexture(format, static_cast<int>(canvas.canvasWidth),
+                                static_cast<int>(canvas.canvasHeight));
+  }
+  [[nodiscard]] std::optional<std::size_t> entryAt(const QString& path) const {
+    return opened_.archive.find(path.toStdString());
+  }
+  void request(std::size_t entry, const Texture& destination) {
+    opened_.requests.push_back({entry, destination});
+  }
+
+  OpenedDocument& opened_;
+  const MetalContext& context_;
+  QSet<QUuid> seen_;
+};
+
+Described<OpenedDocument> open(Described<ZipReader> archive, const MetalContext& context,
+                               const Progress& progress) {
   if (!archive) return because(archive.error());
   if (progress.isCancelled()) return cancelled();
   const auto entry = archive->find("manifest.json");
@@ -68,338 +124,97 @@ Described<OpenedDocument> readManifest(Described<ZipReader> archive, const Progr
   if (!manifest) return because(manifest.error());
   const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
   if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
-    return because(QStringLiteral("The document's canvas has a size that can't be."));
+    return because(QStringLiteral("The document's canvas is not between 1 and 16384 pixels on a side."));
   }
   if (!gridsFitInMemory(*manifest)) return because(tooMuchMemory());
-  return OpenedDocument{std::move(*archive), std::move(*manifest)};
+  OpenedDocument opened{std::move(*archive), std::move(*manifest), {}, {}};
+  if (auto planned = Planner(opened, context).plan(progress); !planned) return because(planned.error());
+  return opened;
 }
 
-/// Builds nodes from their manifests.
-class TreeBuilder {
- public:
-  TreeBuilder(const ZipReader& archive, int width, int height, ColorMode mode, const MetalContext& context)
-      : archive_(archive), width_(width), height_(height), mode_(mode), context_(context) {}
+NodeValues valuesOf(const NodeManifest& manifest, const QUuid& id) {
+  return {.id = id,
+          .name = manifest.name,
+          .opacity = std::clamp(manifest.opacity, 0.0F, 1.0F),
+          .blendMode = blendModeOf(manifest),
+          .isVisible = manifest.isVisible,
+          .isLocked = manifest.isLocked};
+}
 
-  Described<LayerNodeList> build(const NodeManifestList& manifests) {
-    // The folders that the next node may lie in, the last one innermost, each with the children it has so
-    // far.
-    std::vector<OpenFolder> open(1);
-    std::size_t index = 0;
-    while (index < manifests.size()) {
-      const NodeManifest& manifest = manifests[index];
-      closeFolders(open, static_cast<std::size_t>(manifest.depth) + 1);
-      const std::optional<QUuid> id = idOf(manifest.id);
-      const bool isLayer = manifest.type == u"layer";
-      const bool isFolder = manifest.type == u"folder";
-      if (id && (isLayer || isFolder)) {
-        if (seen_.contains(*id))
-          return because(QStringLiteral("The document has two nodes with the same id."));
-        seen_.insert(*id);
-      }
-      ++index;
-      if (id && isFolder) {
-        open.push_back({&manifest, *id, {}});
-        continue;
-      }
-      if (id && isLayer) open.back().children.emplace_back(buildLayer(manifest, *id));
-      while (index < manifests.size() && manifests[index].depth > manifest.depth) ++index;
-    }
-    closeFolders(open, 1);
-    return std::move(open.front().children);
-  }
-
-  std::vector<TextureLoadRequest> requests;
-
- private:
-  struct OpenFolder {
-    const NodeManifest* manifest = nullptr;
-    QUuid id;
-    LayerNodeList children;
-  };
-
-  /// Ends folders until `count` are open.
-  static void closeFolders(std::vector<OpenFolder>& open, std::size_t count) {
-    while (open.size() > count) {
-      OpenFolder closed = std::move(open.back());
-      open.pop_back();
-      open.back().children.emplace_back(
-          std::make_shared<LayerFolder>(valuesOf(*closed.manifest, closed.id), std::move(closed.children),
-                                        closed.manifest->isExpanded.value_or(true)));
-    }
-  }
-
-  static NodeValues valuesOf(const NodeManifest& manifest, const QUuid& id) {
-    return {.id = id,
-            .name = manifest.name,
-            .opacity = std::clamp(manifest.opacity, 0.0F, 1.0F),
-            .blendMode = blendModeOf(manifest),
-            .isVisible = manifest.isVisible,
-            .isLocked = manifest.isLocked};
-  }
-
-  std::shared_ptr<Layer> buildLayer(const NodeManifest& manifest, const QUuid& id) {
-    Texture pixels;
-    if (manifest.hasPixelData.value_or(true)) {
-      pixels = context_.makeTexture(layerPixelFormat(mode_), width_, height_);
-      if (pixels == nullptr) fatalFault("Failed to create layer texture");
-      request(layerEntryPath(manifest.id), pixels);
-    }
-    return std::make_shared<Layer>(valuesOf(manifest, id), pixels,
-                                   manifest.mask.has_value() ? buildMask(manifest) : nullptr);
-  }
-
-  std::shared_ptr<LayerMask> buildMask(const NodeManifest& manifest) {
-    const std::optional<QUuid> id = idOf(manifest.mask->id);
-    const QString path = maskEntryPath(manifest.id);
-    if (!id || !archive_.find(path.toStdString()).has_value()) return nullptr;
-    const Texture surface = context_.makeTexture(maskPixelFormat, width_, height_);
-    if (surface == nullptr) return nullptr;
-    request(path, surface);
-    return std::make_shared<LayerMask>(*id, std::make_shared<MaskTexture>(surface),
+std::shared_ptr<Layer> buildLayer(const NodeManifest& manifest, const PlannedNode& node) {
+  std::shared_ptr<LayerMask> mask;
+  if (node.mask != nullptr) {
+    mask = std::make_shared<LayerMask>(node.maskID, std::make_shared<MaskTexture>(node.mask),
                                        manifest.mask->isEnabled);
   }
+  return std::make_shared<Layer>(valuesOf(manifest, node.id), node.pixels, std::move(mask));
+}
 
-  void request(const QString& path, const Texture& destination) {
-    if (const auto entry = archive_.find(path.toStdString())) requests.push_back({*entry, destination});
-  }
-
-  const ZipReader& archive_;
-  int width_;
-  int height_;
-  ColorMode mode_;
-  const MetalContext& context_;
-  QSet<QUuid> seen_;
+/// A folder that is made once its children are known.
+struct OpenFolder {
+  const NodeManifest* manifest = nullptr;
+  QUuid id;
+  LayerNodeList children;
 };
 
-/// The header must agree with the surface that the tree asks for, and the entry's length with both.
-Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
-                            const Surface& surface) {
-  const bool agrees = header.surfaceFormat() == surface.format() &&
-                      header.width == static_cast<std::uint32_t>(surface.width()) &&
-                      header.height == static_cast<std::uint32_t>(surface.height()) &&
-                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
-  if (agrees) return {};
-  return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                     .arg(QString::fromStdString(entry.path)));
-}
-
-/// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
-/// for values that kernels must not read.
-bool staysFromZeroToOne(std::span<const std::byte> rows) {
-  // Four at a time: a sign is the top bit, and whatever is beyond 0x3C00 reaches that bit by this sum.
-  constexpr std::uint64_t topBits = 0x8000'8000'8000'8000U;
-  constexpr std::uint64_t fromOneToTop = 0x43FF'43FF'43FF'43FFU;
-  std::uint64_t seen = 0;
-  std::size_t at = 0;
-  std::uint64_t four = 0;
-  for (; at + sizeof four <= rows.size(); at += sizeof four) {
-    std::memcpy(&four, rows.data() + at, sizeof four);
-    seen |= four | (four + fromOneToTop);
-  }
-  four = 0;
-  std::memcpy(&four, rows.data() + at, rows.size() - at);
-  seen |= four | (four + fromOneToTop);
-  return (seen & topBits) == 0;
-}
-
-/// Fills a band of rows, and says whether all of it stays from zero to one. It goes in pieces that are
-/// summed and looked at while they are in the core's cache.
-Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
-  constexpr std::size_t pieceBytes = std::size_t{512} << 10U;
-  bool isCalm = true;
-  while (!band.empty()) {
-    const auto piece = band.first(std::min(pieceBytes, band.size()));
-    if (auto result = stream.read(piece); !result) return because(result.error());
-    isCalm = isCalm && staysFromZeroToOne(piece);
-    band = band.subspan(piece.size());
-  }
-  return isCalm;
-}
-
-/// How far the threads that fill surfaces have come together.
-class LoadProgress {
- public:
-  LoadProgress(const Progress& progress, std::uint64_t totalBytes)
-      : progress_(progress), totalBytes_(totalBytes) {}
-
-  void add(std::size_t bytes) {
-    const std::lock_guard lock(mutex_);
-    doneBytes_ += bytes;
-    progress_.tell(static_cast<double>(doneBytes_) / static_cast<double>(totalBytes_));
-  }
-  [[nodiscard]] bool isCancelled() const { return progress_.isCancelled(); }
-
- private:
-  const Progress& progress_;
-  std::uint64_t totalBytes_;
-  std::mutex mutex_;
-  std::uint64_t doneBytes_ = 0;
-};
-
-/// Reads one entry into its surface, a row of tiles at a time.
-Described<void> fillTexture(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, Surface& surface,
-                            LoadProgress& progress) {
-  std::array<std::byte, LayerdataHeader::byteSize> start{};
-  if (auto result = stream.read(start); !result) return result;
-  const auto header = LayerdataHeader::decode(start);
-  if (!header) return because(header.error());
-  if (auto result = judgeHeader(*header, entry, surface); !result) return result;
-
-  const std::size_t rowBytes =
-      static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
-  const int bandRows = std::min(tileSide, surface.height());
-  ByteBuffer band(rowBytes * static_cast<std::size_t>(bandRows));
-  for (int y = 0; y < surface.height(); y += tileSide) {
-    if (progress.isCancelled()) return cancelled();
-    const int rows = std::min(tileSide, surface.height() - y);
-    const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
-    const auto isCalm = readBand(stream, band.span().first(bytes));
-    if (!isCalm) return because(isCalm.error());
-    if (!pixelsFitInMemory(2 * bytes)) return because(tooMuchMemory());
-    surface.writeRect({0, y, surface.width(), rows}, band.data(), rowBytes);
-    for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x) {
-      markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
-    }
-    progress.add(bytes);
-  }
-  return {};
-}
-
-/// What is asked for must have its surface's size, and the rest may hold no more than a preview could.
-Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
-                           const std::vector<Surface*>& destinations, std::uint64_t canvasPixels) {
-  constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
-  std::uint64_t others = 0;
-  for (std::size_t index = 0; index < entries.size(); ++index) {
-    const Surface* surface = destinations[index];
-    if (surface == nullptr) {
-      others += entries[index].size;
-      continue;
-    }
-    if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
-      continue;
-    return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
-                       .arg(QString::fromStdString(entries[index].path)));
-  }
-  if (others <= 8 * canvasPixels + roomForOthers) return {};
-  return because(QStringLiteral("The archive holds more than its document can need."));
-}
-
-std::uint64_t tilesHeldBy(const ConstTexture& texture) {
-  std::uint64_t count = 0;
-  for (int index = 0; texture != nullptr && index < texture->tileCount(); ++index)
-    count += texture->tile(index).isUniform() ? 0 : 1;
-  return count;
-}
-
-std::uint64_t tilesHeldBy(const Layer& layer) {
-  const auto& mask = layer.mask.value();
-  return tilesHeldBy(layer.texture.value()) + (mask ? tilesHeldBy(mask->maskTexture->texture) : 0);
-}
-
-/// Tiles with pixels under these nodes, and the most that the surfaces of isolating folders can have of them.
-struct TilesOfTree {
-  std::uint64_t held = 0;
-  std::uint64_t inFolders = 0;
-};
-
-TilesOfTree tilesOf(const LayerNodeList& nodes, std::uint64_t tilesOfCanvas) {
-  struct OpenList {
-    const LayerNodeList* siblings;
-    const LayerFolder* owner;
-    std::size_t next = 0;
-    std::uint64_t held = 0;
-  };
-  TilesOfTree sum;
-  std::vector<OpenList> open{{&nodes, nullptr}};
-  while (true) {
-    OpenList& list = open.back();
-    if (list.next < list.siblings->size()) {
-      const LayerNode& node = (*list.siblings)[list.next++];
-      if (const std::shared_ptr<Layer> layer = node.layer()) {
-        list.held += tilesHeldBy(*layer);
-      } else {
-        const std::shared_ptr<LayerFolder> folder = node.folder();
-        open.push_back({&folder->children.value(), folder.get()});
-      }
-      continue;
-    }
-    const OpenList closed = list;
+/// Ends folders until `count` are open.
+void closeFolders(std::vector<OpenFolder>& open, std::size_t count) {
+  while (open.size() > count) {
+    OpenFolder closed = std::move(open.back());
     open.pop_back();
-    if (open.empty()) {
-      sum.held = closed.held;
-      return sum;
-    }
-    open.back().held += closed.held;
-    if (closed.owner->isIsolating()) sum.inFolders += std::min(closed.held, tilesOfCanvas);
+    open.back().children.emplace_back(
+        std::make_shared<LayerFolder>(valuesOf(*closed.manifest, closed.id), std::move(closed.children),
+                                      closed.manifest->isExpanded.value_or(true)));
   }
+}
+
+LayerNodeList buildTree(const OpenedDocument& opened) {
+  // The folders that the next node may lie in, the innermost last, each with the children it has so far. The
+  // first stands for the root.
+  std::vector<OpenFolder> open(1);
+  for (const PlannedNode& node : opened.nodes) {
+    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+    closeFolders(open, static_cast<std::size_t>(manifest.depth) + 1);
+    if (manifest.type == u"folder") {
+      open.push_back({&manifest, node.id, {}});
+    } else {
+      open.back().children.emplace_back(buildLayer(manifest, node));
+    }
+  }
+  closeFolders(open, 1);
+  return std::move(open.front().children);
 }
 
 }  // namespace
 
-Described<OpenedDocument> openDocument(const QString& path, const Progress& progress) {
-  return readManifest(ZipReader::open(QFile::encodeName(path).toStdString()), progress);
+Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
+                                       const Progress& progress) {
+  return open(ZipReader::open(QFile::encodeName(path).toStdString()), context, progress);
 }
 
-Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const Progress& progress) {
-  return readManifest(ZipReader::openBytes(bytes), progress);
+Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const MetalContext& context,
+                                       const Progress& progress) {
+  return open(ZipReader::openBytes(bytes), context, progress);
 }
 
-Described<BuiltDocument> buildDocument(const OpenedDocument& opened, MetalContext& context) {
+DocumentPtr buildDocument(const OpenedDocument& opened, MetalContext& context) {
   const DocumentManifest& manifest = opened.manifest.document;
-  const ColorMode mode = colorModeFromRaw(manifest.colorMode).value_or(ColorMode::rgb16);
   DocumentContents contents{.name = manifest.name,
                             .width = static_cast<int>(manifest.canvasWidth),
                             .height = static_cast<int>(manifest.canvasHeight),
-                            .colorMode = mode};
+                            .colorMode = colorModeOf(opened.manifest),
+                            .rootNodes = buildTree(opened)};
   const auto color = [](const std::optional<QString>& text) {
     return text.has_value() ? DisplayColor::fromHexText(*text) : std::nullopt;
   };
   contents.foregroundColor = color(manifest.foregroundColor).value_or(contents.foregroundColor);
   contents.backgroundColor = color(manifest.backgroundColor).value_or(contents.backgroundColor);
-
-  TreeBuilder builder(opened.archive, contents.width, contents.height, mode, context);
-  auto nodes = builder.build(opened.manifest.nodes);
-  if (!nodes) return because(nodes.error());
-  contents.rootNodes = std::move(*nodes);
   if (manifest.selectedNodeID.has_value()) {
     contents.selectedNodeID = idOf(*manifest.selectedNodeID);
   } else if (!contents.rootNodes.empty()) {
     contents.selectedNodeID = contents.rootNodes.front().id();
   }
-  return BuiltDocument{Document::create(std::move(contents), context), std::move(builder.requests)};
-}
-
-Described<void> fillTextures(const OpenedDocument& opened, const std::vector<TextureLoadRequest>& requests,
-                             const Progress& progress) {
-  const auto& entries = opened.archive.entries();
-  std::vector<Surface*> destinations(entries.size(), nullptr);
-  for (const TextureLoadRequest& request : requests) destinations[request.entry] = request.destination.get();
-  const DocumentManifest& canvas = opened.manifest.document;
-  const auto canvasPixels =
-      static_cast<std::uint64_t>(canvas.canvasWidth) * static_cast<std::uint64_t>(canvas.canvasHeight);
-  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return result;
-  std::uint64_t total = 1;
-  for (const ArchiveEntryInfo& entry : entries) total += entry.size;
-
-  LoadProgress loaded(progress, total);
-  return forEachInBackground(entries.size(), [&](std::size_t index) -> Described<void> {
-    auto stream = opened.archive.stream(index);
-    if (!stream) return because(stream.error());
-    if (Surface* destination = destinations[index]) {
-      if (auto result = fillTexture(*stream, entries[index], *destination, loaded); !result) return result;
-    }
-    return stream->finish(progress);
-  });
-}
-
-Described<void> judgeShownMemory(const Document& document) {
-  const Surface& composite = *document.compositedTexture.value();
-  const auto tilesOfCanvas = static_cast<std::uint64_t>(composite.tileCount());
-  const TilesOfTree tiles = tilesOf(document.rootNodes.value(), tilesOfCanvas);
-  const std::uint64_t shown = tiles.inFolders + std::min(tiles.held, tilesOfCanvas);
-  if (pixelsFitInMemory(shown * composite.tileBytes())) return {};
-  return because(tooMuchMemory());
+  return Document::create(std::move(contents), context);
 }
 
 }  // namespace orvanel

@@ -1,9 +1,10 @@
 #include "io/document/Json.h"
 
-#include <QStringDecoder>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+
+#include "io/files/FileName.h"
 
 namespace orvanel {
 namespace {
@@ -13,12 +14,6 @@ bool isSpace(char c) {
 }
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
-}
-
-bool isUtf8(std::string_view text) {
-  QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-  static_cast<void>(QString(decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())))));
-  return !decoder.hasError();
 }
 
 }  // namespace

@@ -329,6 +329,14 @@ void writeDocument(JsonWriter& json, const DocumentManifest& document) {
 
 }  // namespace
 
+BlendMode blendModeOf(const NodeManifest& node) {
+  return blendModeFromRaw(node.blendMode).value_or(BlendMode::normal);
+}
+
+bool isolates(const NodeManifest& node) {
+  return node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal;
+}
+
 void writeNodes(JsonWriter& json, const NodeManifestList& nodes, const NodeExtras& extras) {
   std::vector<const NodeManifest*> open;
   const auto endNodesDownTo = [&](int depth) {

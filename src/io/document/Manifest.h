@@ -12,6 +12,7 @@
 
 #include "io/files/FileError.h"
 #include "io/files/Progress.h"
+#include "raster/ColorMode.h"
 
 namespace orvanel {
 
@@ -46,6 +47,11 @@ struct NodeManifest {
   /// Whether it lists children, which may be none.
   bool hasChildren = false;
 };
+
+/// `normal` for a number that is none of a blend mode.
+[[nodiscard]] BlendMode blendModeOf(const NodeManifest& node);
+/// Whether a folder doesn't let its children through: it gets a surface of its own when it is shown.
+[[nodiscard]] bool isolates(const NodeManifest& node);
 
 /// Whole subtrees in depth-first order: the children of a node follow it, one level deeper. A tree of any
 /// depth is a plain array, and no walk over it recurses.

@@ -1,6 +1,7 @@
 #include "io/document/SaveSnapshot.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "io/archive/ZipReader.h"
@@ -15,6 +16,15 @@ namespace {
 
 /// Raw bytes of a chunk: long enough to deflate well, short enough that all cores end together.
 constexpr std::int64_t chunkBytes = std::int64_t{1} << 20U;
+
+/// A chunk begins wherever a row of tiles does, so that loading can begin there: its rows divide those of a
+/// tile or are a multiple of them.
+std::int64_t rowsOfChunk(std::int64_t bytesPerRow) {
+  const std::int64_t rows = std::max<std::int64_t>(1, chunkBytes / bytesPerRow);
+  if (rows >= tileSide) return rows / tileSide * tileSide;
+  return static_cast<std::int64_t>(std::bit_floor(static_cast<std::uint64_t>(rows)));
+}
+static_assert(std::has_single_bit(static_cast<unsigned>(tileSide)));
 
 SaveSnapshot::LayerEntry entryOf(const QString& path, const Surface& surface) {
   const std::uint16_t code = layerdataCode(surface.format());
@@ -54,7 +64,7 @@ ArchiveEntry previewEntry(FrozenComposite& composite, const Progress& progress) 
 
 ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer) {
   const std::int64_t bytesPerRow = layer.width * layer.bpp;
-  const std::int64_t rowsPerChunk = std::clamp<std::int64_t>(chunkBytes / bytesPerRow, 1, layer.height);
+  const std::int64_t rowsPerChunk = std::min(rowsOfChunk(bytesPerRow), layer.height);
   ArchiveEntry entry;
   entry.path = layer.entryPath.toStdString();
   entry.size = LayerdataHeader::byteSize + static_cast<std::uint64_t>(bytesPerRow * layer.height);

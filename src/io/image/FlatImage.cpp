@@ -12,10 +12,13 @@
 #include <vector>
 
 #include "io/files/AtomicFile.h"
+#include "io/files/FileName.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
+#include "io/image/ImageMetadata.h"
 #include "io/image/PngWriter.h"
 #include "model/DocumentCompositor.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -99,6 +102,8 @@ bool isOpaque(const QImage& image) {
 
 QImage overWhite(const QImage& image) {
   QImage flat(image.size(), QImage::Format_RGB32);
+  flat.setDotsPerMeterX(image.dotsPerMeterX());
+  flat.setDotsPerMeterY(image.dotsPerMeterY());
   flat.fill(Qt::white);
   QPainter(&flat).drawImage(0, 0, image);
   return flat;
@@ -126,7 +131,7 @@ std::optional<QByteArray> encode(const QImage& image, const char* format, const 
   return buffer.data();
 }
 
-QByteArray pngOf(const QImage& image, const Progress& progress) {
+QByteArray pngOf(const QImage& image, const Progress& progress, const ImageMetadata* metadata) {
   const bool hasAlpha = image.hasAlphaChannel();
   return encodePng({.width = image.width(),
                     .height = image.height(),
@@ -140,15 +145,17 @@ QByteArray pngOf(const QImage& image, const Progress& progress) {
                           }
                           for (int x = 0; x < image.width(); ++x, pixels += 4, row += 3)
                             std::copy_n(pixels, 3, row);
-                        }},
+                        },
+                    .density = metadata != nullptr ? metadata->density() : std::nullopt},
                    progress);
 }
 
 /// Straight RGBA8888, or RGBX8888 if no pixel lets anything through.
-std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress) {
+std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress,
+                                 const ImageMetadata* metadata) {
   switch (fileType) {
     case Format::png:
-      return pngOf(image, progress);
+      return pngOf(image, progress, metadata);
     case Format::jpeg:
       return encode(overWhite(image), "jpeg", progress);
     case Format::tiff:
@@ -173,11 +180,6 @@ std::optional<Format> imageFileFormat(const QString& path) {
   return std::nullopt;
 }
 
-QString documentName(const QString& path) {
-  const QFileInfo file(path);
-  return file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
-}
-
 ColorMode colorMode(const ImageTraits& image) {
   const bool isGrey = image.isMonochrome || image.bitsPerPixel == 8 || image.bitsPerPixel == 16;
   const bool isDeep = image.bitsPerComponent > 8;
@@ -193,7 +195,11 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   progress.tell(decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
+  if (decoded->isIncomplete) {
+    result.warning = QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
+  }
   result.mode = colorMode(decoded->traits);
+  result.metadata = decoded->metadata;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
   if (staging == nullptr)
     return tl::unexpected(loadFailed(QStringLiteral("The image can't be held in memory.")));
@@ -223,7 +229,8 @@ DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, Met
                                            .rootNodes = {layer},
                                            .selectedNodeID = layer->id},
                                           context);
-  document->setSource(file.absoluteFilePath(), imageFileFormat(path));
+  document->setSource(file.absoluteFilePath(),
+                      image.warning.isEmpty() ? imageFileFormat(path) : std::nullopt);
   return document;
 }
 
@@ -234,26 +241,43 @@ FileResult<DocumentPtr> openImage(const QString& path, MetalContext& context, co
 }
 
 std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, Format fileType,
-                                      const MetalContext& context, const Progress& progress) {
+                                      const MetalContext& context, const Progress& progress,
+                                      const ImageMetadata* metadata) {
   QImage image = imageOf(composite, mode, context);
   if (image.isNull() || progress.isCancelled()) return std::nullopt;
   if (isOpaque(image)) image.reinterpretAsFormat(QImage::Format_RGBX8888);
+  if (metadata != nullptr && metadata->density()) {
+    image.setDotsPerMeterX(metadata->density()->acrossPerMeter);
+    image.setDotsPerMeterY(metadata->density()->downPerMeter);
+  }
   constexpr double convertedShare = 0.2;
   progress.tell(convertedShare);
-  auto bytes = encode(image, fileType, progress.part(convertedShare, 1.0));
+  auto bytes = encode(image, fileType, progress.part(convertedShare, 1.0), metadata);
   if (progress.isCancelled()) return std::nullopt;
-  if (bytes) progress.tell(1.0);
+  if (!bytes) return bytes;
+  const bool carriesMetadata =
+      fileType == Format::jpeg || fileType == Format::png || fileType == Format::tiff;
+  if (metadata != nullptr && carriesMetadata) bytes = metadata->addedTo(*bytes, image.size());
+  progress.tell(1.0);
   return bytes;
 }
 
 FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
-                                const QString& path, const MetalContext& context, const Progress& progress) {
+                                const QString& path, const MetalContext& context, const Progress& progress,
+                                const ImageMetadata* metadata) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
+  // The picture in 8 bits, a copy of it that an encoder wants, and the encoded bytes.
+  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 4;
+  if (!pixelsFitInMemory(static_cast<std::uint64_t>(composite.width()) *
+                         static_cast<std::uint64_t>(composite.height()) * bytesPerPixel)) {
+    return failed(QStringLiteral("Writing the image needs more memory than there is."));
+  }
   constexpr double encodedShare = 0.9;
-  const auto bytes = exportImage(composite, mode, fileType, context, progress.part(0.0, encodedShare));
+  const auto bytes =
+      exportImage(composite, mode, fileType, context, progress.part(0.0, encodedShare), metadata);
   if (progress.isCancelled()) return failed(cancelled().value());
   if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
   const auto written = replaceFile(
@@ -264,7 +288,8 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
 }
 
 FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Format fileType,
-                                const QString& path, const MetalContext& context, const Progress& progress) {
+                                const QString& path, const MetalContext& context, const Progress& progress,
+                                const ImageMetadata* metadata) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
@@ -272,7 +297,7 @@ FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Form
   if (composite == nullptr) return failed(QStringLiteral("The image has no pixels to write."));
   const Surface* const picture = composite->surface([&] { return progress.isCancelled(); });
   if (picture == nullptr) return failed(cancelled().value());
-  return writeFlatImage(*picture, mode, fileType, path, context, progress);
+  return writeFlatImage(*picture, mode, fileType, path, context, progress, metadata);
 }
 
 }  // namespace orvanel

@@ -2,25 +2,18 @@
 
 #include <gif_lib.h>
 
-#include <QLibrary>
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
 
+#include "io/files/LazyLibrary.h"
+
 namespace orvanel {
 namespace {
 
-struct GifLibrary {
-  QLibrary library{QStringLiteral("gif"), 7};
-  bool isComplete = true;
-
-  template <typename Function>
-  Function* find(const char* name) {
-    const QFunctionPointer address = library.resolve(name);
-    isComplete = isComplete && address != nullptr;
-    return reinterpret_cast<Function*>(address);
-  }
+struct GifLibrary : LazyLibrary {
+  GifLibrary() : LazyLibrary(QStringLiteral("gif"), 7) {}
 
 #define ORVANEL_GIF(name) decltype(::name)* name = find<decltype(::name)>(#name)
   ORVANEL_GIF(EGifOpen);
@@ -123,7 +116,7 @@ bool writeFrame(const GifLibrary& api, GifFileType* file, const IndexedPixels& p
 
 std::optional<QByteArray> encodeGif(const QImage& image, const Progress& progress) {
   const GifLibrary& api = gif();
-  if (!api.isComplete || image.isNull()) return std::nullopt;
+  if (!api.isComplete() || image.isNull()) return std::nullopt;
   const IndexedPixels pixels =
       indexed(image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32));
   constexpr double indexedShare = 0.7;

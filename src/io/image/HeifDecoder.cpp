@@ -3,27 +3,18 @@
 #include <libheif/heif.h>
 
 #include <QColorSpace>
-#include <QLibrary>
 #include <algorithm>
 #include <cstring>
 #include <memory>
 
+#include "io/files/LazyLibrary.h"
 #include "io/image/ImageLimits.h"
 
 namespace orvanel {
 namespace {
 
-/// The library's functions, found by name so that a start doesn't pay for loading it.
-struct HeifLibrary {
-  QLibrary library{QStringLiteral("heif"), 1};
-  bool isComplete = true;
-
-  template <typename Function>
-  Function* find(const char* name) {
-    const QFunctionPointer address = library.resolve(name);
-    isComplete = isComplete && address != nullptr;
-    return reinterpret_cast<Function*>(address);
-  }
+struct HeifLibrary : LazyLibrary {
+  HeifLibrary() : LazyLibrary(QStringLiteral("heif"), 1) {}
 
 #define ORVANEL_HEIF(name) decltype(::heif_##name)* name = find<decltype(::heif_##name)>("heif_" #name)
   ORVANEL_HEIF(context_alloc);
@@ -75,7 +66,7 @@ Described<QImage> copyOfPixels(const HeifLibrary& api, const heif_image* decoded
 
 Described<HeifImage> decodeHeif(const QByteArray& file) {
   const HeifLibrary& api = heif();
-  if (!api.isComplete) return because(QStringLiteral("Reading this format needs libheif."));
+  if (!api.isComplete()) return because(QStringLiteral("Reading this format needs libheif."));
 
   const std::unique_ptr<heif_context, decltype(api.context_free)> context(api.context_alloc(),
                                                                           api.context_free);

@@ -1,5 +1,6 @@
 #include "io/image/ImageDecoder.h"
 
+#include <QBuffer>
 #include <QColorSpace>
 #include <QColorTransform>
 #include <QImageReader>
@@ -7,13 +8,18 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <vector>
 
+#include "io/files/FileName.h"
 #include "io/files/InputFile.h"
 #include "io/image/HeifDecoder.h"
+#include "io/image/ImageEnd.h"
 #include "io/image/ImageHeader.h"
 #include "io/image/ImageLimits.h"
+#include "io/image/LibraryMessages.h"
+#include "io/image/SvgSource.h"
 #include "raster/ColorMode.h"
 
 namespace orvanel {
@@ -99,12 +105,33 @@ Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
   convertToDisplay(image);
   image.convertTo(wanted);
   if (image.isNull()) return because(QStringLiteral("The image can't be held in memory."));
-  return DecodedImage{std::move(image), traits};
+  return DecodedImage{.image = std::move(image), .traits = traits};
 }
 
 bool isHeif(const QString& path) {
-  const QString name = path.toLower();
-  return name.endsWith(QLatin1String(".heic")) || name.endsWith(QLatin1String(".heif"));
+  return hasExtension(path, u"heic") || hasExtension(path, u"heif");
+}
+
+/// Where a drawing is read from in the place of its file.
+Described<std::unique_ptr<QIODevice>> harmlessSource(std::unique_ptr<InputFile> file) {
+  file->seek(0);
+  const QByteArray format = QImageReader(file.get()).format();
+  file->seek(0);
+  if (format != "svg" && format != "svgz") return file;
+  const auto drawing = selfContainedSvg(*file);
+  if (!drawing) return because(drawing.error());
+  auto source = std::make_unique<QBuffer>();
+  source->setData(*drawing);
+  source->open(QIODevice::ReadOnly);
+  return source;
+}
+
+QString reasonOf(const QImageReader& reader, QIODevice& file, const LibraryMessages& messages) {
+  if (endsTooEarly(file)) return QStringLiteral("The file ends before the image does.");
+  if (reader.error() == QImageReader::InvalidDataError || messages.tellOfDamage()) {
+    return QStringLiteral("The image is damaged.");
+  }
+  return QStringLiteral("%1.").arg(reader.errorString());
 }
 
 }  // namespace
@@ -113,7 +140,11 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   constexpr double headerShare = 0.05;
   constexpr double decodedShare = 0.9;
   raiseReaderLimit();
-  const auto file = InputFile::open(path, progress);
+  LibraryMessages messages;
+  auto opened = InputFile::open(path, progress);
+  if (!opened) return because(opened.error());
+  if (isTiff(**opened)) LibraryMessages::catchTiff();
+  const auto file = harmlessSource(std::move(*opened));
   if (!file) return because(file.error());
   QImageReader reader(file->get());
   reader.setDecideFormatFromContent(true);
@@ -126,18 +157,29 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
     progress.tell(decodedShare);
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
-    return onDisplay(std::move(heif->image), traits);
+    auto decoded = onDisplay(std::move(heif->image), traits);
+    if (decoded) decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
+    return decoded;
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
   progress.tell(headerShare);
   QImage image = reader.read();
   if (progress.isCancelled()) return cancelled();
-  if (image.isNull()) return because(QStringLiteral("%1.").arg(reader.errorString()));
+  if (image.isNull()) return because(reasonOf(reader, **file, messages));
   // Not every file announces its size, and not every one keeps to it.
   if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
   progress.tell(decodedShare);
+  const bool isIncomplete = messages.tellOfDamage() || endsTooEarly(**file);
+  if (isPngForDisplay(**file)) image.setColorSpace(QColorSpace::SRgb);
   const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
-  return onDisplay(std::move(image), traits);
+  auto decoded = onDisplay(std::move(image), traits);
+  if (!decoded) return decoded;
+  decoded->isIncomplete = isIncomplete;
+  decoded->metadata = ImageMetadata::read(path, **file,
+                                          reader.transformation() == QImageIOHandler::TransformationNone
+                                              ? ImageMetadata::Orientation::ignored
+                                              : ImageMetadata::Orientation::applied);
+  return decoded;
 }
 
 }  // namespace orvanel

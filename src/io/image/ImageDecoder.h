@@ -4,10 +4,12 @@
 
 #include <QImage>
 #include <QString>
+#include <memory>
 
 #include "io/files/FileError.h"
 #include "io/files/Progress.h"
 #include "io/image/FlatImage.h"
+#include "io/image/ImageMetadata.h"
 
 namespace orvanel {
 
@@ -15,6 +17,10 @@ struct DecodedImage {
   /// RGB32, ARGB32 or RGBA8888; straight alpha.
   QImage image;
   ImageTraits traits;
+  /// The file is damaged or ends too early: part of the image is not what it was.
+  bool isIncomplete = false;
+  /// What the file says beside the pixels; null when that is nothing.
+  std::shared_ptr<const ImageMetadata> metadata = nullptr;
 };
 
 [[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});

@@ -3,6 +3,7 @@
 #include <QtEndian>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 
 namespace orvanel {
@@ -44,7 +45,136 @@ QByteArray startOf(QIODevice& file, qint64 count) {
   return file.seek(0) ? file.read(count) : QByteArray();
 }
 
+bool isPng(QIODevice& file) {
+  return startOf(file, 4) == "\x89PNG";
+}
+
+/// Calls `visit(type, length)` for each chunk of a PNG with the file standing at its data. Ends at damage.
+template <typename Visit>
+void forEachPngChunk(QIODevice& file, Visit&& visit) {
+  constexpr qint64 signatureBytes = 8;
+  constexpr qint64 checkSumBytes = 4;
+  for (qint64 at = signatureBytes; at < file.size() && file.seek(at);) {
+    const QByteArray start = file.read(8);
+    if (start.size() < 8) return;
+    const auto length = qFromBigEndian<std::uint32_t>(start.constData());
+    visit(start.sliced(4), length);
+    at += 8 + qint64{length} + checkSumBytes;
+  }
+}
+
+/// What a PNG tells of its colours, as it stands in its chunks; numbers are hundred-thousandths.
+struct PngColors {
+  bool hasProfile = false;
+  bool isSrgb = false;
+  std::optional<std::uint32_t> gamma;
+  QByteArray chromaticities;
+};
+
+PngColors colorsOfPng(QIODevice& file) {
+  PngColors colors;
+  forEachPngChunk(file, [&](const QByteArray& type, std::uint32_t length) {
+    if (type == "iCCP") colors.hasProfile = true;
+    if (type == "sRGB") colors.isSrgb = true;
+    if (type == "gAMA" && length == 4) {
+      const QByteArray value = file.read(length);
+      if (value.size() == 4) colors.gamma = qFromBigEndian<std::uint32_t>(value.constData());
+    }
+    if (type == "cHRM" && length == 32) colors.chromaticities = file.read(length);
+  });
+  return colors;
+}
+
+std::optional<PixelDensity> densityOfPng(QIODevice& file) {
+  std::optional<PixelDensity> density;
+  forEachPngChunk(file, [&](const QByteArray& type, std::uint32_t length) {
+    constexpr std::uint32_t bytes = 9;
+    if (type != "pHYs" || length != bytes) return;
+    const QByteArray data = file.read(length);
+    const bool isPerMeter = data.size() == bytes && data[8] == 1;
+    if (!isPerMeter) return;
+    density = PixelDensity{qFromBigEndian<std::int32_t>(data.constData()),
+                           qFromBigEndian<std::int32_t>(data.constData() + 4)};
+  });
+  return density;
+}
+
+/// The JFIF header (ITU-T T.871), which is the first segment where there is one.
+std::optional<PixelDensity> densityOfJpeg(const QByteArray& start) {
+  if (start.size() < 18 || start.sliced(2, 2) != "\xFF\xE0" || start.sliced(6, 4) != "JFIF")
+    return std::nullopt;
+  const char unit = start[13];
+  if (unit != 1 && unit != 2) return std::nullopt;
+  const double metres = unit == 1 ? 100 / 2.54 : 100;
+  const auto perMeter = [&](int offset) {
+    return static_cast<int>(std::lround(qFromBigEndian<std::uint16_t>(start.constData() + offset) * metres));
+  };
+  return PixelDensity{perMeter(14), perMeter(16)};
+}
+
+std::optional<PixelDensity> densityOfBmp(const QByteArray& start) {
+  constexpr std::int32_t longHeaderBytes = 40;
+  if (start.size() < 46 || qFromLittleEndian<std::int32_t>(start.constData() + 14) < longHeaderBytes) {
+    return std::nullopt;
+  }
+  return PixelDensity{qFromLittleEndian<std::int32_t>(start.constData() + 38),
+                      qFromLittleEndian<std::int32_t>(start.constData() + 42)};
+}
+
+bool areSrgbs(const QByteArray& chromaticities) {
+  constexpr std::array<int, 8> srgb{31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+  constexpr int tolerance = 100;
+  if (chromaticities.size() != 32) return false;
+  for (std::size_t i = 0; i < srgb.size(); ++i) {
+    const auto value = qFromBigEndian<std::int32_t>(chromaticities.constData() + 4 * i);
+    if (value < srgb.at(i) - tolerance || value > srgb.at(i) + tolerance) return false;
+  }
+  return true;
+}
+
 }  // namespace
+
+std::optional<PixelDensity> densityOfHeader(QIODevice& file) {
+  constexpr qint64 headerBytes = 46;
+  const QByteArray start = startOf(file, headerBytes);
+  std::optional<PixelDensity> density;
+  if (isPng(file)) density = densityOfPng(file);
+  if (start.startsWith("\xFF\xD8")) density = densityOfJpeg(start);
+  if (start.startsWith("BM")) density = densityOfBmp(start);
+  constexpr int most = 10'000'000;
+  const auto isPlausible = [](int perMeter) { return perMeter > 0 && perMeter <= most; };
+  if (!density || !isPlausible(density->acrossPerMeter) || !isPlausible(density->downPerMeter)) {
+    return std::nullopt;
+  }
+  return density;
+}
+
+QByteArray exifOfPng(QIODevice& file) {
+  QByteArray exif;
+  if (!isPng(file)) return exif;
+  constexpr std::uint32_t mostBytes = 1U << 20U;
+  forEachPngChunk(file, [&](const QByteArray& type, std::uint32_t length) {
+    if (type == "eXIf" && length <= mostBytes) exif = file.read(length);
+  });
+  return exif;
+}
+
+bool isTiff(QIODevice& file) {
+  const QByteArray start = startOf(file, 3);
+  return start == "II*" || start == "II+" || start == QByteArrayView("MM\0", 3);
+}
+
+bool isPngForDisplay(QIODevice& file) {
+  if (!isPng(file)) return false;
+  const PngColors colors = colorsOfPng(file);
+  if (colors.hasProfile) return false;
+  if (colors.isSrgb) return true;
+  constexpr std::uint32_t displayGamma = 45455;
+  constexpr std::uint32_t tolerance = displayGamma / 20;
+  const bool isDisplayGamma =
+      colors.gamma && *colors.gamma >= displayGamma - tolerance && *colors.gamma <= displayGamma + tolerance;
+  return isDisplayGamma && (colors.chromaticities.isEmpty() || areSrgbs(colors.chromaticities));
+}
 
 std::optional<ImageTraits> traitsOfPng(const QByteArray& start) {
   constexpr std::array<char, 8> signature{'\x89', 'P', 'N', 'G', '\r', '\n', '\x1a', '\n'};

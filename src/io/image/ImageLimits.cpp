@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "io/files/MemoryLimit.h"
 #include "raster/ColorMode.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 

@@ -124,6 +124,13 @@ class Encoder {
     header.append(3, '\0');
     appendChunk(out, "IHDR", header);
     appendChunk(out, "sRGB", QByteArray(1, '\0'));
+    if (source_.density) {
+      QByteArray density;
+      appendNumber(density, static_cast<std::uint32_t>(source_.density->acrossPerMeter));
+      appendNumber(density, static_cast<std::uint32_t>(source_.density->downPerMeter));
+      density.append(char{1});  // to the metre
+      appendChunk(out, "pHYs", density);
+    }
     if (!appendImage(out)) return {};
     appendChunk(out, "IEND", QByteArray());
     return out;

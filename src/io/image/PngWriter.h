@@ -5,8 +5,10 @@
 #include <QByteArray>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 #include "io/files/Progress.h"
+#include "io/image/ImageMetadata.h"
 
 namespace orvanel {
 
@@ -18,6 +20,7 @@ struct PngSource {
   PngChannels channels = PngChannels::rgba;
   /// Writes the pixels of a row. Called from several threads, for some rows twice.
   std::function<void(int y, std::uint8_t* row)> readRow;
+  std::optional<PixelDensity> density = std::nullopt;
 };
 
 /// Nothing when the work is cancelled.

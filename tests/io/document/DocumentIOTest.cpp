@@ -11,6 +11,8 @@
 #include "io/archive/ZipReader.h"
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
+#include "io/document/SaveSnapshot.h"
+#include "io/document/TextureLoading.h"
 #include "io/files/FaultyDisk.h"
 
 namespace orvanel {
@@ -243,6 +245,20 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_TRUE(std::ranges::is_sorted(progress));
 }
 
+TEST_F(DocumentIOTest, snapshotSaysHowTheCompositeIsStored) {
+  for (const ColorMode mode :
+       {ColorMode::grayscale8, ColorMode::grayscale16, ColorMode::rgb8, ColorMode::rgb16}) {
+    const DocumentPtr document = richDocument(mode);
+    const auto snapshot = SaveSnapshot::take(*document);
+    ASSERT_TRUE(snapshot.has_value());
+    const bool isDeep = mode == ColorMode::grayscale16 || mode == ColorMode::rgb16;
+    EXPECT_EQ(snapshot->previewPixelFormat, isDeep ? PixelFormat::rgba16Float : PixelFormat::rgba8Unorm);
+    EXPECT_EQ(snapshot->previewPixelFormat, document->compositedTexture.value()->format());
+    EXPECT_EQ(snapshot->previewBytesPerPixel, isDeep ? 8 : 4);
+    EXPECT_EQ(snapshot->compositingBitsPerChannel, isDeep ? 16 : 8);
+  }
+}
+
 TEST_F(DocumentIOTest, cancelledSaveLeavesTheOldFileAndNothingElse) {
   const DocumentPtr document = richDocument(ColorMode::rgb16, 600, 600);
   ASSERT_TRUE(save(document).has_value());
@@ -281,9 +297,8 @@ TEST_F(DocumentIOTest, cancelledLoadHandsOutNoDocument) {
 
 TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
   ASSERT_TRUE(save(richDocument(ColorMode::rgb16, 300, 2000)).has_value());
-  const auto opened = openDocument(path());
-  const auto built = buildDocument(*opened, MetalContext::shared());
-  ASSERT_TRUE(built.has_value());
+  const auto opened = openDocument(path(), MetalContext::shared());
+  ASSERT_TRUE(opened.has_value());
   const auto cancellation = std::make_shared<Cancellation>();
   int told = 0;
   const Progress progress(
@@ -292,10 +307,10 @@ TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
         cancellation->cancel();
       },
       cancellation);
-  const auto filled = fillTextures(*opened, built->requests, progress);
+  const auto filled = fillTextures(*opened, progress);
   ASSERT_FALSE(filled.has_value());
   EXPECT_EQ(filled.error(), cancelled().value());
-  EXPECT_LE(told, static_cast<int>(built->requests.size()));
+  EXPECT_LE(told, static_cast<int>(opened->requests.size()));
 }
 
 TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {

@@ -7,7 +7,9 @@
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
 #include "io/document/LayerData.h"
-#include "io/files/MemoryLimit.h"
+#include "io/document/TextureLoading.h"
+#include "raster/MemoryBudget.h"
+#include "raster/TileMemory.h"
 
 namespace orvanel {
 namespace {
@@ -47,13 +49,12 @@ ZipFixture fixture(const std::string& manifestText, const Bytes& layer = layerda
 }
 
 Described<DocumentPtr> load(const Bytes& archive) {
-  const auto opened = openDocument(std::span<const std::byte>(archive));
+  const auto opened = openDocument(std::span<const std::byte>(archive), MetalContext::shared());
   if (!opened) return because(opened.error());
-  auto built = buildDocument(*opened, MetalContext::shared());
-  if (!built) return because(built.error());
-  if (auto filled = fillTextures(*opened, built->requests, {}); !filled) return because(filled.error());
-  if (auto judged = judgeShownMemory(*built->document); !judged) return because(judged.error());
-  return built->document;
+  DocumentPtr document = buildDocument(*opened, MetalContext::shared());
+  if (auto filled = fillTextures(*opened, {}); !filled) return because(filled.error());
+  if (auto judged = judgeShownMemory(*opened); !judged) return because(judged.error());
+  return document;
 }
 
 Described<DocumentPtr> load(const ZipFixture& archive) {
@@ -325,6 +326,29 @@ std::string isolatingFolder(int number, const std::string& children) {
   return R"({"blendMode":1,"id":"1)" + std::to_string(1'000'000 + number) +
          R"(-2222-3333-4444-666666666666","isLocked":false,"isVisible":true,"name":"f","opacity":1,)" +
          R"("type":"folder","children":[)" + children + "]}";
+}
+
+TEST(HostileDocument, manyLayersOnAHugeCanvasCanBeCalledOff) {
+  std::string nodes;
+  for (int i = 0; i < 5000; ++i) {
+    if (i > 0) nodes += ",";
+    nodes += layerNode("1" + std::to_string(1'000'000 + i) + "-2222-3333-4444-555555555555");
+  }
+  const Bytes archive = fixture(manifest(nodes, R"("canvasWidth":16384,"canvasHeight":16384)")).make();
+  const auto cancellation = std::make_shared<Cancellation>();
+  cancellation->cancel();
+  const auto opened =
+      openDocument(std::span<const std::byte>(archive), MetalContext::shared(), Progress({}, cancellation));
+  ASSERT_FALSE(opened.has_value());
+  EXPECT_EQ(opened.error(), cancelled().value());
+}
+
+TEST(HostileDocument, surfacesThatCanNotBeMadeAreAFailureOfTheFile) {
+  const tileMemory::ScopedSurfaceFailure refusal(0);
+  const Bytes archive = fixture(manifest(layerNode())).make();
+  const auto opened = openDocument(std::span<const std::byte>(archive), MetalContext::shared());
+  ASSERT_FALSE(opened.has_value());
+  EXPECT_EQ(opened.error(), QStringLiteral("The document needs more memory than there is."));
 }
 
 TEST(HostileDocument, manyIsolatingFoldersOnAHugeCanvasAreRefusedBeforeTheyAreMade) {

@@ -12,9 +12,9 @@
 #include <thread>
 #include <vector>
 
-#include "io/files/MemoryLimit.h"
 #include "io/image/ImageHeader.h"
 #include "model/DocumentCompositor.h"
+#include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
@@ -198,11 +198,6 @@ TEST_F(FlatImages, AnExportWithoutMemoryForItHasNoResult) {
   DocumentCompositor(context).compositeDocument(*document);
   const tileMemory::ScopedSurfaceFailure refusal(0);
   EXPECT_FALSE(exportImage(*document->compositedTexture.value(), ColorMode::rgb16, Format::png, context));
-}
-
-TEST_F(FlatImages, AFileThatIsAllExtensionGivesItsWholeName) {
-  EXPECT_EQ(documentName(QStringLiteral("/a/.png")), QStringLiteral(".png"));
-  EXPECT_EQ(documentName(QStringLiteral("/a/b.c.png")), QStringLiteral("b.c"));
 }
 
 TEST_F(FlatImages, AnotherDecodableExtensionHasNoFormatToSaveIn) {

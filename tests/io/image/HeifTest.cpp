@@ -3,9 +3,9 @@
 #include <QColorSpace>
 #include <random>
 
-#include "io/files/MemoryLimit.h"
 #include "io/image/FlatImage.h"
 #include "io/image/HeifFixture.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {

@@ -2,7 +2,9 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <array>
 #include <cmath>
+#include <vector>
 
 #include "io/image/FlatImage.h"
 #include "io/image/ImageFixture.h"
@@ -127,6 +129,56 @@ TEST_F(ImageColors, TheGammaOfAPngCountsForGreyAsForColor) {
   EXPECT_EQ(image.pixels->pixelAt(1, 1), 0xFF00U + 168U);
   grey.convertTo(QImage::Format_RGB32);
   EXPECT_EQ(opened(testing::pngWithGamma(grey, linear)).pixels->pixelAt(1, 1), 0xFFA8A8A8U);
+}
+
+/// Every level of red beside its opposite of blue.
+QImage colorRamp() {
+  QImage image(256, 1, QImage::Format_RGB32);
+  for (int x = 0; x < 256; ++x) image.setPixel(x, 0, qRgb(x, 100, 255 - x));
+  return image;
+}
+
+constexpr std::array<std::uint32_t, 8> srgbPlaces{31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+constexpr std::uint32_t displayGamma = 45455;
+
+TEST_F(ImageColors, APngForDisplayKeepsEveryLevel) {
+  const QByteArray plain = testing::pngOf(colorRamp());
+  const QByteArray srgbChunk(1, '\0');
+  const QByteArray withDisplayGamma = testing::withGamma(plain, displayGamma);
+  const std::vector<QByteArray> files{
+      testing::withChunk(plain, "sRGB", srgbChunk),
+      testing::withChunk(withDisplayGamma, "sRGB", srgbChunk),
+      withDisplayGamma,
+      testing::withGamma(plain, 45000),
+      testing::withChromaticities(withDisplayGamma, srgbPlaces),
+      testing::withChunk(testing::withChromaticities(withDisplayGamma, srgbPlaces), "sRGB", srgbChunk)};
+  for (std::size_t file = 0; file < files.size(); ++file) {
+    const FlatImage found = opened(files[file]);
+    for (unsigned x = 0; x < 256; ++x) {
+      EXPECT_EQ(found.pixels->pixelAt(static_cast<int>(x), 0),
+                0xFF000000U | (255 - x) << 16U | 100U << 8U | x)
+          << "file " << file;
+    }
+  }
+}
+
+TEST_F(ImageColors, APngOfAnotherGammaOrOtherPrimariesIsConverted) {
+  const QByteArray plain = testing::pngOf(colorRamp());
+  const std::uint64_t asItStands = 0xFF9B6464U;  // of column 100
+  EXPECT_NE(opened(testing::withGamma(plain, 55556)).pixels->pixelAt(100, 0), asItStands);
+  std::array<std::uint32_t, 8> wide = srgbPlaces;
+  wide[4] = 21000;
+  wide[5] = 71000;
+  const FlatImage found = opened(testing::withChromaticities(testing::withGamma(plain, displayGamma), wide));
+  EXPECT_NE(found.pixels->pixelAt(100, 0), asItStands);
+}
+
+TEST_F(ImageColors, TheProfileOfAPngOutweighsItsGamma) {
+  QImage image(4, 4, QImage::Format_RGB32);
+  image.fill(qRgb(100, 100, 100));
+  image.setColorSpace(QColorSpace::SRgbLinear);
+  EXPECT_EQ(opened(testing::withGamma(testing::pngOf(image), displayGamma)).pixels->pixelAt(1, 1),
+            0xFFA8A8A8U);
 }
 
 TEST_F(ImageColors, DeepGreyIsConvertedFromAllOfItsBits) {

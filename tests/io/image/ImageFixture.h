@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QColorSpace>
 #include <QImage>
+#include <array>
 #include <cstdint>
 
 namespace orvanel::testing {
@@ -49,18 +50,34 @@ inline QByteArray pngOf(const QImage& image) {
   return bytes;
 }
 
-/// A PNG with a `gAMA` chunk right behind its header.
-inline QByteArray pngWithGamma(const QImage& image, std::uint32_t hundredThousandths) {
+/// A PNG with one more chunk right behind its header.
+inline QByteArray withChunk(const QByteArray& png, const char* type, const QByteArray& data) {
   constexpr qsizetype behindHeader = 33;
-  QByteArray chunk("gAMA");
-  appendBigEndian(chunk, hundredThousandths);
+  const QByteArray chunk = QByteArray(type, 4) + data;
   QByteArray whole;
-  appendBigEndian(whole, 4);
+  appendBigEndian(whole, static_cast<std::uint32_t>(data.size()));
   whole += chunk;
   appendBigEndian(whole,
                   static_cast<std::uint32_t>(::crc32(0, reinterpret_cast<const Bytef*>(chunk.constData()),
                                                      static_cast<uInt>(chunk.size()))));
-  return pngOf(image).insert(behindHeader, whole);
+  return QByteArray(png).insert(behindHeader, whole);
+}
+
+inline QByteArray withGamma(const QByteArray& png, std::uint32_t hundredThousandths) {
+  QByteArray value;
+  appendBigEndian(value, hundredThousandths);
+  return withChunk(png, "gAMA", value);
+}
+
+inline QByteArray pngWithGamma(const QImage& image, std::uint32_t hundredThousandths) {
+  return withGamma(pngOf(image), hundredThousandths);
+}
+
+/// White, red, green and blue, x before y, in hundred-thousandths.
+inline QByteArray withChromaticities(const QByteArray& png, const std::array<std::uint32_t, 8>& places) {
+  QByteArray values;
+  for (const std::uint32_t place : places) appendBigEndian(values, place);
+  return withChunk(png, "cHRM", values);
 }
 
 /// A JPEG with an ICC profile in a segment of its own.

@@ -1,0 +1,289 @@
+#include "io/document/TextureLoading.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <mutex>
+
+#include "io/document/LayerData.h"
+#include "io/files/FileName.h"
+#include "io/files/Parallel.h"
+#include "raster/MemoryBudget.h"
+#include "raster/Regularity.h"
+
+namespace orvanel {
+namespace {
+
+QString tooMuchMemory() {
+  return QStringLiteral("The document needs more memory than there is.");
+}
+
+/// The header must agree with the surface that the tree asks for, and the entry's length with both.
+Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
+                            const Surface& surface) {
+  const bool agrees = header.surfaceFormat() == surface.format() &&
+                      header.width == static_cast<std::uint32_t>(surface.width()) &&
+                      header.height == static_cast<std::uint32_t>(surface.height()) &&
+                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
+  if (agrees) return {};
+  return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+                     .arg(displayName(QString::fromStdString(entry.path))));
+}
+
+/// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
+/// for values that kernels must not read.
+bool staysFromZeroToOne(std::span<const std::byte> rows) {
+  // Four at a time: a sign is the top bit, and whatever is beyond 0x3C00 reaches that bit by this sum.
+  constexpr std::uint64_t topBits = 0x8000'8000'8000'8000U;
+  constexpr std::uint64_t fromOneToTop = 0x43FF'43FF'43FF'43FFU;
+  std::uint64_t seen = 0;
+  std::size_t at = 0;
+  std::uint64_t four = 0;
+  for (; at + sizeof four <= rows.size(); at += sizeof four) {
+    std::memcpy(&four, rows.data() + at, sizeof four);
+    seen |= four | (four + fromOneToTop);
+  }
+  four = 0;
+  std::memcpy(&four, rows.data() + at, rows.size() - at);
+  seen |= four | (four + fromOneToTop);
+  return (seen & topBits) == 0;
+}
+
+/// Fills a band of rows, and says whether all of it stays from zero to one. It goes in pieces that are
+/// summed and looked at while they are in the core's cache.
+Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
+  constexpr std::size_t pieceBytes = std::size_t{512} << 10U;
+  bool isCalm = true;
+  while (!band.empty()) {
+    const auto piece = band.first(std::min(pieceBytes, band.size()));
+    if (auto result = stream.read(piece); !result) return because(result.error());
+    isCalm = isCalm && staysFromZeroToOne(piece);
+    band = band.subspan(piece.size());
+  }
+  return isCalm;
+}
+
+/// How far the threads that fill surfaces have come together.
+class LoadProgress {
+ public:
+  LoadProgress(const Progress& progress, std::uint64_t totalBytes)
+      : progress_(progress), totalBytes_(totalBytes) {}
+
+  void add(std::size_t bytes) {
+    const std::lock_guard lock(mutex_);
+    doneBytes_ += bytes;
+    progress_.tell(static_cast<double>(doneBytes_) / static_cast<double>(totalBytes_));
+  }
+  [[nodiscard]] bool isCancelled() const { return progress_.isCancelled(); }
+  [[nodiscard]] const Progress& whole() const { return progress_; }
+
+ private:
+  const Progress& progress_;
+  std::uint64_t totalBytes_;
+  std::mutex mutex_;
+  std::uint64_t doneBytes_ = 0;
+};
+
+std::size_t bytesPerRow(const Surface& surface) {
+  return static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
+}
+
+/// Reads whole rows of tiles, from `firstRow` up to `endRow` in pixels.
+Described<void> fillRows(ZipReader::Stream& stream, Surface& surface, int firstRow, int endRow,
+                         LoadProgress& progress) {
+  const std::size_t rowBytes = bytesPerRow(surface);
+  ByteBuffer band(rowBytes * static_cast<std::size_t>(std::min(tileSide, endRow - firstRow)));
+  for (int y = firstRow; y < endRow; y += tileSide) {
+    if (progress.isCancelled()) return cancelled();
+    const int rows = std::min(tileSide, endRow - y);
+    const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
+    const auto isCalm = readBand(stream, band.span().first(bytes));
+    if (!isCalm) return because(isCalm.error());
+    if (!pixelsFitInMemory(2 * bytes)) return because(tooMuchMemory());
+    surface.writeRect({0, y, surface.width(), rows}, band.data(), rowBytes);
+    for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x) {
+      markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
+    }
+    progress.add(bytes);
+  }
+  return {};
+}
+
+Described<void> readHeader(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, const Surface& surface) {
+  std::array<std::byte, LayerdataHeader::byteSize> start{};
+  if (auto result = stream.read(start); !result) return result;
+  const auto header = LayerdataHeader::decode(start);
+  if (!header) return because(header.error());
+  return judgeHeader(*header, entry, surface);
+}
+
+/// A piece of loading that one thread does: a whole entry, or some of its parts that fill whole rows of
+/// tiles.
+struct LoadPiece {
+  std::size_t entry = 0;
+  std::size_t firstPart = 0;
+  std::size_t partCount = 0;  ///< 0 for the whole entry
+  int firstRow = 0;
+  int endRow = 0;
+  std::uint64_t size = 0;
+  std::uint32_t crc = 0;  ///< once it is read
+};
+
+/// Cuts an entry into pieces where its parts begin with a row of tiles; one piece if they don't.
+std::vector<LoadPiece> piecesOf(std::size_t entry, const std::vector<EntryPart>& parts,
+                                const Surface& surface) {
+  constexpr std::uint64_t leastPieceBytes = std::uint64_t{16} << 20U;
+  const LoadPiece whole{.entry = entry, .endRow = surface.height()};
+  const std::uint64_t tileRowBytes = std::uint64_t{bytesPerRow(surface)} * tileSide;
+  std::vector<LoadPiece> pieces{whole};
+  std::uint64_t offset = 0;
+  for (std::size_t part = 0; part < parts.size(); ++part) {
+    const std::uint64_t pixelBytes = offset - std::min<std::uint64_t>(offset, LayerdataHeader::byteSize);
+    if (pieces.back().size >= leastPieceBytes && pixelBytes % tileRowBytes == 0) {
+      const int row = static_cast<int>(pixelBytes / tileRowBytes) * tileSide;
+      pieces.back().endRow = row;
+      pieces.push_back({.entry = entry, .firstPart = part, .firstRow = row, .endRow = surface.height()});
+    }
+    ++pieces.back().partCount;
+    pieces.back().size += parts[part].size;
+    offset += parts[part].size;
+  }
+  return pieces.size() > 1 ? pieces : std::vector{whole};
+}
+
+/// Reads a piece, into the surface if there is one.
+Described<void> readPiece(const ZipReader& archive, LoadPiece& piece, Surface* surface,
+                          LoadProgress& progress) {
+  const bool isWhole = piece.partCount == 0;
+  auto stream = isWhole ? archive.stream(piece.entry)
+                        : archive.streamOfParts(piece.entry, piece.firstPart, piece.partCount);
+  if (!stream) return because(stream.error());
+  if (surface != nullptr && piece.firstRow == 0) {
+    if (auto result = readHeader(*stream, archive.entries()[piece.entry], *surface); !result) return result;
+  }
+  if (surface != nullptr) {
+    if (auto result = fillRows(*stream, *surface, piece.firstRow, piece.endRow, progress); !result)
+      return result;
+  }
+  if (isWhole) return stream->finish(progress.whole());
+  piece.crc = stream->crc();
+  return {};
+}
+
+/// The sums of an entry's pieces, joined, are that of the whole.
+Described<void> judgeSums(const std::vector<LoadPiece>& pieces,
+                          const std::vector<ArchiveEntryInfo>& entries) {
+  for (std::size_t i = 0; i < pieces.size();) {
+    const ArchiveEntryInfo& entry = entries[pieces[i].entry];
+    const bool isInPieces = pieces[i].partCount > 0;
+    std::uint32_t crc = 0;
+    const std::size_t index = pieces[i].entry;
+    for (; i < pieces.size() && pieces[i].entry == index; ++i)
+      crc = joinCrc32(crc, pieces[i].crc, pieces[i].size);
+    if (isInPieces && crc != entry.crc) {
+      return because(QStringLiteral("The entry \"%1\" can't be read. Its check sum is wrong.")
+                         .arg(displayName(QString::fromStdString(entry.path))));
+    }
+  }
+  return {};
+}
+
+/// What is asked for must have its surface's size, and the rest may hold no more than a preview could.
+Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
+                           const std::vector<Surface*>& destinations, std::uint64_t canvasPixels) {
+  constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
+  std::uint64_t others = 0;
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    const Surface* surface = destinations[index];
+    if (surface == nullptr) {
+      others += entries[index].size;
+      continue;
+    }
+    if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
+      continue;
+    return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+                       .arg(displayName(QString::fromStdString(entries[index].path))));
+  }
+  if (others <= 8 * canvasPixels + roomForOthers) return {};
+  return because(QStringLiteral("The archive holds more than its document can need."));
+}
+
+std::uint64_t tilesHeldBy(const ConstTexture& texture) {
+  std::uint64_t count = 0;
+  for (int index = 0; texture != nullptr && index < texture->tileCount(); ++index)
+    count += texture->tile(index).isUniform() ? 0 : 1;
+  return count;
+}
+
+/// The surface that a folder needs for itself when it is shown holds at most the tiles of what lies in it.
+struct ShownFolder {
+  int depth = -1;  ///< of the root's own place
+  bool needsSurface = false;
+  std::uint64_t held = 0;
+};
+
+}  // namespace
+
+Described<void> fillTextures(const OpenedDocument& opened, const Progress& progress) {
+  const auto& entries = opened.archive.entries();
+  std::vector<Surface*> destinations(entries.size(), nullptr);
+  for (const TextureLoadRequest& request : opened.requests)
+    destinations[request.entry] = request.destination.get();
+  const DocumentManifest& canvas = opened.manifest.document;
+  const auto canvasPixels =
+      static_cast<std::uint64_t>(canvas.canvasWidth) * static_cast<std::uint64_t>(canvas.canvasHeight);
+  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return result;
+  std::uint64_t total = 1;
+  for (const ArchiveEntryInfo& entry : entries) total += entry.size;
+
+  LoadProgress loaded(progress, total);
+  std::vector<LoadPiece> pieces;
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    if (destinations[index] == nullptr) {
+      pieces.push_back({.entry = index});
+      continue;
+    }
+    const auto cut = piecesOf(index, opened.archive.parts(index), *destinations[index]);
+    pieces.insert(pieces.end(), cut.begin(), cut.end());
+  }
+  const auto read = forEachInBackground(pieces.size(), [&](std::size_t index) {
+    return readPiece(opened.archive, pieces[index], destinations[pieces[index].entry], loaded);
+  });
+  if (!read) return read;
+  return judgeSums(pieces, entries);
+}
+
+Described<void> judgeShownMemory(const OpenedDocument& opened) {
+  const DocumentManifest& canvas = opened.manifest.document;
+  const auto tilesAlong = [](std::int64_t side) {
+    return static_cast<std::uint64_t>((side - 1) / tileSide + 1);
+  };
+  const std::uint64_t tilesOfCanvas = tilesAlong(canvas.canvasWidth) * tilesAlong(canvas.canvasHeight);
+  std::uint64_t inFolders = 0;
+  std::vector<ShownFolder> open(1);
+  const auto closeDownTo = [&](int depth) {
+    while (open.back().depth >= depth) {
+      const ShownFolder closed = open.back();
+      open.pop_back();
+      open.back().held += closed.held;
+      if (closed.needsSurface) inFolders += std::min(closed.held, tilesOfCanvas);
+    }
+  };
+  for (const PlannedNode& node : opened.nodes) {
+    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+    closeDownTo(manifest.depth);
+    if (manifest.type == u"folder") {
+      open.push_back({.depth = manifest.depth, .needsSurface = isolates(manifest)});
+    } else {
+      open.back().held += tilesHeldBy(node.pixels) + tilesHeldBy(node.mask);
+    }
+  }
+  closeDownTo(0);
+  const ColorMode mode = colorModeFromRaw(canvas.colorMode).value_or(ColorMode::rgb16);
+  const std::uint64_t tileBytes = std::uint64_t{tileSide} * tileSide *
+                                  static_cast<std::uint64_t>(bytesPerPixel(compositePixelFormat(mode)));
+  if (pixelsFitInMemory((inFolders + std::min(open.front().held, tilesOfCanvas)) * tileBytes)) return {};
+  return because(tooMuchMemory());
+}
+
+}  // namespace orvanel

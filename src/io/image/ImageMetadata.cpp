@@ -1,0 +1,170 @@
+#include "io/image/ImageMetadata.h"
+
+#include <QFile>
+#include <QSize>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <exiv2/exiv2.hpp>
+#include <mutex>
+#include <string>
+
+#include "io/image/ImageHeader.h"
+
+namespace orvanel {
+
+struct ImageMetadata::Contents {
+  Exiv2::ExifData exif;
+  Exiv2::XmpData xmp;
+  Exiv2::IptcData iptc;
+
+  [[nodiscard]] bool isEmpty() const { return exif.empty() && xmp.empty() && iptc.empty(); }
+};
+
+namespace {
+
+/// Parts of the library keep state of their own.
+std::mutex& libraryMutex() {
+  static std::mutex mutex;
+  static std::once_flag once;
+  std::call_once(once, [] {
+    Exiv2::LogMsg::setHandler(nullptr);
+    Exiv2::XmpParser::initialize();
+  });
+  return mutex;
+}
+
+/// Tags of a TIFF directory that tell how its pixels are stored (TIFF 6.0, and its supplements for profiles
+/// and blocks of other metadata). They belong to a file, not to its picture.
+constexpr std::array<std::uint16_t, 57> storageTags{
+    254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278, 279, 280, 281, 282,   283,
+    284, 288, 289, 290, 291, 292, 293, 296, 297, 301, 317, 318, 319, 320, 321, 322, 323, 324,   325,
+    330, 332, 334, 336, 338, 339, 340, 341, 342, 347, 512, 513, 514, 529, 530, 532, 700, 33723, 34675};
+
+bool describesStorage(const Exiv2::Exifdatum& datum) {
+  const std::string group = datum.groupName();
+  // Thumbnails, and further pictures of the same file.
+  if (group.starts_with("Thumbnail") || group.starts_with("SubImage") || group.starts_with("SubThumb") ||
+      (group.starts_with("Image") && group != "Image") || group == "Iop") {
+    return true;
+  }
+  return group == "Image" && std::ranges::find(storageTags, datum.tag()) != storageTags.end();
+}
+
+template <typename Data, typename Predicate>
+void eraseIf(Data& data, Predicate&& predicate) {
+  for (auto datum = data.begin(); datum != data.end();)
+    datum = predicate(*datum) ? data.erase(datum) : ++datum;
+}
+
+template <typename Data, typename Key, typename Value>
+void correct(Data& data, const char* name, const Value& value) {
+  if (const auto found = data.findKey(Key(name)); found != data.end()) *found = value;
+}
+
+void eraseOrientation(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
+  eraseIf(exif, [](const auto& datum) { return datum.key() == "Exif.Image.Orientation"; });
+  eraseIf(xmp, [](const auto& datum) { return datum.key() == "Xmp.tiff.Orientation"; });
+}
+
+std::optional<int> perMeter(const Exiv2::ExifData& exif, const char* name, bool isPerCentimetre) {
+  const auto found = exif.findKey(Exiv2::ExifKey(name));
+  if (found == exif.end() || found->count() == 0) return std::nullopt;
+  const double value = static_cast<double>(found->toFloat()) * (isPerCentimetre ? 100.0 : 100.0 / 2.54);
+  constexpr double most = 1e7;
+  if (!(value >= 1.0 && value <= most)) return std::nullopt;
+  return static_cast<int>(std::lround(value));
+}
+
+std::optional<PixelDensity> densityOf(const Exiv2::ExifData& exif) {
+  constexpr int centimetre = 3;
+  const auto unit = exif.findKey(Exiv2::ExifKey("Exif.Image.ResolutionUnit"));
+  const bool isPerCentimetre = unit != exif.end() && unit->count() > 0 && unit->toLong() == centimetre;
+  const auto across = perMeter(exif, "Exif.Image.XResolution", isPerCentimetre);
+  const auto down = perMeter(exif, "Exif.Image.YResolution", isPerCentimetre);
+  if (!across || !down) return std::nullopt;
+  return PixelDensity{*across, *down};
+}
+
+void correctSize(Exiv2::ExifData& exif, Exiv2::XmpData& xmp, const QSize& size) {
+  const auto width = static_cast<std::uint32_t>(size.width());
+  const auto height = static_cast<std::uint32_t>(size.height());
+  correct<Exiv2::ExifData, Exiv2::ExifKey>(exif, "Exif.Photo.PixelXDimension", width);
+  correct<Exiv2::ExifData, Exiv2::ExifKey>(exif, "Exif.Photo.PixelYDimension", height);
+  for (const char* name : {"Xmp.exif.PixelXDimension", "Xmp.tiff.ImageWidth"})
+    correct<Exiv2::XmpData, Exiv2::XmpKey>(xmp, name, std::to_string(width));
+  for (const char* name : {"Xmp.exif.PixelYDimension", "Xmp.tiff.ImageLength"})
+    correct<Exiv2::XmpData, Exiv2::XmpKey>(xmp, name, std::to_string(height));
+}
+
+/// The pixels have been brought to sRGB, whatever they were.
+void correctColorSpace(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
+  constexpr std::uint16_t srgb = 1;
+  correct<Exiv2::ExifData, Exiv2::ExifKey>(exif, "Exif.Photo.ColorSpace", srgb);
+  correct<Exiv2::XmpData, Exiv2::XmpKey>(xmp, "Xmp.exif.ColorSpace", std::string("1"));
+  eraseIf(xmp, [](const auto& datum) { return datum.key() == "Xmp.photoshop.ICCProfile"; });
+}
+
+Exiv2::byte* bytesOf(const QByteArray& bytes) {
+  return const_cast<Exiv2::byte*>(reinterpret_cast<const Exiv2::byte*>(bytes.constData()));
+}
+
+}  // namespace
+
+ImageMetadata::ImageMetadata(std::unique_ptr<Contents> contents, std::optional<PixelDensity> density)
+    : contents_(std::move(contents)), density_(density) {}
+
+ImageMetadata::~ImageMetadata() = default;
+
+std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QIODevice& file,
+                                                         Orientation orientation) {
+  auto contents = std::make_unique<Contents>();
+  std::optional<PixelDensity> density = densityOfHeader(file);
+  try {
+    const std::lock_guard lock(libraryMutex());
+    const auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString(), false);
+    image->readMetadata();
+    contents->exif = image->exifData();
+    contents->xmp = image->xmpData();
+    contents->iptc = image->iptcData();
+    // A PNG's own chunk for EXIF is younger than the library.
+    const QByteArray chunk = exifOfPng(file);
+    if (contents->exif.empty() && !chunk.isEmpty()) {
+      Exiv2::ExifParser::decode(contents->exif, bytesOf(chunk), static_cast<std::uint32_t>(chunk.size()));
+    }
+    if (!density) density = orvanel::densityOf(contents->exif);
+    eraseIf(contents->exif, describesStorage);
+    if (orientation == Orientation::applied) eraseOrientation(contents->exif, contents->xmp);
+  } catch (const std::exception&) {
+    *contents = {};
+  }
+  if (contents->isEmpty() && !density) return nullptr;
+  return std::shared_ptr<const ImageMetadata>(new ImageMetadata(std::move(contents), density));
+}
+
+QByteArray ImageMetadata::addedTo(const QByteArray& file, const QSize& size) const {
+  if (contents_->isEmpty()) return file;
+  try {
+    const std::lock_guard lock(libraryMutex());
+    const auto image = Exiv2::ImageFactory::open(bytesOf(file), static_cast<long>(file.size()));
+    image->readMetadata();
+    Contents ours = *contents_;
+    correctSize(ours.exif, ours.xmp, size);
+    correctColorSpace(ours.exif, ours.xmp);
+    for (const Exiv2::Exifdatum& datum : ours.exif) {
+      eraseIf(image->exifData(), [&](const auto& written) { return written.key() == datum.key(); });
+    }
+    for (const Exiv2::Exifdatum& datum : ours.exif) image->exifData().add(datum);
+    image->setXmpData(ours.xmp);
+    image->setIptcData(ours.iptc);
+    image->writeMetadata();
+    Exiv2::BasicIo& io = image->io();
+    if (io.open() != 0 || io.seek(0, Exiv2::BasicIo::beg) != 0) return file;
+    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
+    return {reinterpret_cast<const char*>(bytes.pData_), static_cast<qsizetype>(bytes.size_)};
+  } catch (const std::exception&) {
+    return file;
+  }
+}
+
+}  // namespace orvanel

@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <random>
+
+#include "io/image/FlatImage.h"
+#include "io/image/ImageEnd.h"
+
+namespace orvanel {
+namespace {
+
+QImage noise(int width, int height) {
+  std::mt19937 random(7);
+  QImage image(width, height, QImage::Format_RGB32);
+  for (int y = 0; y < height; ++y) {
+    auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));
+    for (int x = 0; x < width; ++x) row[x] = random() | 0xFF000000U;
+  }
+  return image;
+}
+
+QByteArray encoded(const QImage& image, const char* format) {
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  EXPECT_TRUE(image.save(&buffer, format)) << format;
+  return bytes;
+}
+
+class DamagedImages : public ::testing::Test {
+ protected:
+  FileResult<FlatImage> read(const QByteArray& bytes) {
+    QFile file(path());
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    file.close();
+    ::testing::internal::CaptureStderr();
+    auto image = readFlatImage(path(), context);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "a library printed its own words";
+    return image;
+  }
+  /// Opens with a warning, or not at all with a reason.
+  void expectHonest(const QByteArray& bytes) {
+    const auto image = read(bytes);
+    if (image) {
+      EXPECT_FALSE(image->warning.isEmpty());
+    } else {
+      EXPECT_TRUE(image.error().message.endsWith(u'.'));
+    }
+  }
+  QString path() const { return folder.filePath(QStringLiteral("picture.jpg")); }
+
+  QTemporaryDir folder;
+  MetalContext& context = MetalContext::shared();
+};
+
+class TruncatedImages : public DamagedImages, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(TruncatedImages, aWholeFileOpensWithoutAWarning) {
+  const auto image = read(encoded(noise(90, 70), GetParam()));
+  ASSERT_TRUE(image.has_value());
+  EXPECT_EQ(image->warning, QString());
+}
+
+TEST_P(TruncatedImages, aPartOfItNeverPassesForTheWhole) {
+  const QByteArray whole = encoded(noise(90, 70), GetParam());
+  for (const double part : {0.1, 0.5, 0.9, 0.97}) {
+    SCOPED_TRACE(part);
+    expectHonest(whole.first(static_cast<qsizetype>(part * static_cast<double>(whole.size()))));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, TruncatedImages, ::testing::Values("jpeg", "png", "tiff", "bmp", "webp"));
+
+TEST_F(DamagedImages, aTruncatedJpegOpensWithAWarningAndHasNoFormatToSaveIn) {
+  const QByteArray whole = encoded(noise(200, 160), "jpeg");
+  const auto image = read(whole.first(whole.size() / 2));
+  ASSERT_TRUE(image.has_value());
+  EXPECT_FALSE(image->warning.isEmpty());
+  EXPECT_EQ(documentOfFlatImage(*image, path(), context)->sourceFileFormat.value(), std::nullopt);
+  const auto sound = read(whole);
+  EXPECT_EQ(documentOfFlatImage(*sound, path(), context)->sourceFileFormat.value(),
+            Document::ImageFileFormat::jpeg);
+}
+
+TEST_F(DamagedImages, aJpegWithAHoleOpensWithAWarning) {
+  QByteArray bytes = encoded(noise(200, 160), "jpeg");
+  const qsizetype middle = bytes.size() / 2;
+  bytes.remove(middle, bytes.size() - middle - 2);  // the end marker stays
+  const auto image = read(bytes);
+  ASSERT_TRUE(image.has_value());
+  EXPECT_FALSE(image->warning.isEmpty());
+}
+
+TEST_F(DamagedImages, bytesBehindAJpegAreNoDamage) {
+  const auto image = read(encoded(noise(40, 30), "jpeg") + QByteArray(500, '\x55'));
+  ASSERT_TRUE(image.has_value());
+  EXPECT_EQ(image->warning, QString());
+}
+
+TEST_F(DamagedImages, aTruncatedGifOpensWithAWarning) {
+  Surface composite(PixelFormat::rgba8Unorm, 90, 70);
+  const QImage picture = noise(90, 70).convertToFormat(QImage::Format_RGBA8888);
+  composite.writeRect(composite.bounds(), reinterpret_cast<const std::byte*>(picture.constBits()),
+                      static_cast<std::size_t>(picture.bytesPerLine()));
+  const auto whole = exportImage(composite, ColorMode::rgb8, Document::ImageFileFormat::gif, context);
+  ASSERT_TRUE(whole.has_value());
+  EXPECT_EQ(read(*whole)->warning, QString());
+  expectHonest(whole->first(whole->size() * 2 / 3));
+}
+
+TEST_F(DamagedImages, aPngWithAFalseCheckSumIsRefused) {
+  QByteArray bytes = encoded(noise(90, 70), "png");
+  bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 0x55);
+  expectHonest(bytes);
+}
+
+TEST_F(DamagedImages, everyTruncationIsSeenToItsLastByte) {
+  for (const char* format : {"png", "bmp", "webp"}) {
+    QByteArray whole = encoded(noise(20, 10), format);
+    QBuffer buffer(&whole);
+    buffer.open(QIODevice::ReadOnly);
+    EXPECT_FALSE(endsTooEarly(buffer)) << format;
+    for (qsizetype length = 12; length + 12 < whole.size(); ++length) {
+      QByteArray part = whole.first(length);
+      QBuffer partBuffer(&part);
+      partBuffer.open(QIODevice::ReadOnly);
+      EXPECT_TRUE(endsTooEarly(partBuffer)) << format << " of " << length << " bytes";
+    }
+  }
+}
+
+TEST_F(DamagedImages, whatIsNoImageSaysSo) {
+  const auto image = read("this is a letter, not a picture");
+  ASSERT_FALSE(image.has_value());
+  EXPECT_EQ(image.error().message, QStringLiteral("Unsupported image format."));
+}
+
+}  // namespace
+}  // namespace orvanel
