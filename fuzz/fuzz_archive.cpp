@@ -1,5 +1,5 @@
-// Any bytes as a whole document file. Memory and canvases are kept small, so that time goes into finding
-// faults and not into making pixels; everything else is what the program does with a stranger's file.
+// Arbitrary bytes as a document file, loaded as the program does. Memory and canvas size are limited to keep
+// the fuzzer fast.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,4 @@
-// Any bytes as the entry of a layer: the header is refused, or its fields are those bytes and its size is
-// one that can be compared.
+// Arbitrary bytes as a layer entry: the header is rejected, or its fields round-trip and its size is valid.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

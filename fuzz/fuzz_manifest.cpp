@@ -1,4 +1,4 @@
-// Any text as a document's manifest: it is refused, or what it means can be written and read again.
+// Arbitrary text as a manifest: it is rejected, or the decoded manifest round-trips.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -51,7 +51,7 @@ TEST_F(MemoryBudget, isLimitedByTheControlGroup) {
   EXPECT_EQ(availableMemory(sources), 4000 * mebibyte);
 }
 
-TEST_F(MemoryBudget, isLimitedByTheGroupsAroundIt) {
+TEST_F(MemoryBudget, isLimitedByParentGroups) {
   write("proc/self/cgroup", "0::/user/session\n");
   write("groups/user/session/memory.max", "max\n");
   write("groups/user/session/memory.current", "0\n");
@@ -80,7 +80,7 @@ TEST_F(MemoryBudget, isLimitedByTheProcessItself) {
   EXPECT_EQ(availableMemory(sources), 0U);
 }
 
-TEST_F(MemoryBudget, whatIsNotToldDoesNotLimit) {
+TEST_F(MemoryBudget, missingSourcesDoNotLimit) {
   sources.processFolder += "/missing";
   EXPECT_EQ(availableMemory(sources), MemorySources::unlimited);
 }

@@ -36,7 +36,7 @@ struct ChunkPipeline::State {
     changed.notify_all();
   }
 
-  /// One chunk a task, so that between two a worker can turn to what a user waits for.
+  /// One chunk a task, so that urgent work can run in between.
   static void work(const std::shared_ptr<State>& state) {
     std::unique_lock lock(state->mutex);
     if (state->hasWork()) state->makeOne(lock);
@@ -47,7 +47,7 @@ struct ChunkPipeline::State {
     }
   }
 
-  /// Brings in as many workers as there are cores beside the taker; called with the lock held.
+  /// Starts as many workers as there are cores beside the consumer; called with the lock held.
   static void callWorkers(const std::shared_ptr<State>& state) {
     const int wanted = std::max(1, tbb::this_task_arena::max_concurrency() - 1);
     while (state->workers < wanted && state->hasWork()) {

@@ -1,5 +1,5 @@
-// Makes chunks on all cores and hands them out in order, at most a window of them ahead of the taker.
-// One thread takes; chunks are made in the background arena and, while it would have to wait, by the taker.
+// Produces chunks on all cores and delivers them in order, running ahead of the consumer by a bounded window.
+// One thread consumes. The background arena produces, and so does the consumer when it would have to wait.
 #pragma once
 
 #include <condition_variable>
@@ -15,7 +15,7 @@ namespace orvanel {
 
 struct Chunk {
   ByteBuffer bytes;
-  /// Size and check sum, as the format wants it, of the bytes the chunk was made from.
+  /// Size and checksum of the uncompressed bytes; the file format decides which checksum.
   std::uint64_t rawSize = 0;
   std::uint32_t rawCheckSum = 0;
 };
@@ -24,7 +24,7 @@ class ChunkPipeline {
  public:
   /// `make` is called once for each index from 0 to `count` - 1, by several threads at once.
   ChunkPipeline(int count, int window, std::function<Chunk(int)> make);
-  /// Waits for chunks under way and drops them.
+  /// Waits for chunks in progress and discards them.
   ~ChunkPipeline();
   ChunkPipeline(const ChunkPipeline&) = delete;
   ChunkPipeline& operator=(const ChunkPipeline&) = delete;

@@ -1,5 +1,5 @@
-// Raw deflate (RFC 1951) in independent chunks, so that all cores can work at one stream: chunks made by
-// `deflateChunk` in any order, joined in order and closed with `deflateStreamEnd`, are one valid stream.
+// Raw deflate (RFC 1951) in independent chunks, so that all cores can work on one stream: chunks from
+// `deflateChunk`, concatenated in order and followed by `deflateStreamEnd`, form one valid stream.
 // Functions are thread-safe; an `InflateStream` belongs to one thread.
 #pragma once
 
@@ -17,24 +17,24 @@ struct inflate_state;
 
 namespace orvanel {
 
-/// Part of a deflate stream that refers to nothing outside itself and ends on a whole byte.
+/// Compresses to a part of a deflate stream that is self-contained and ends on a byte boundary.
 [[nodiscard]] ByteBuffer deflateChunk(std::span<const std::byte> raw);
 
-/// What follows the last chunk: a final block without contents.
+/// Follows the last chunk: an empty final block.
 inline constexpr std::array<std::byte, 2> deflateStreamEnd{std::byte{3}, std::byte{0}};
 
-/// Deflate can't make more than this many bytes of one.
+/// The highest compression ratio that deflate can reach.
 inline constexpr std::uint64_t largestInflation = 1032;
 
 /// CRC-32 as ZIP and PNG use it, continued from `seed`.
 [[nodiscard]] std::uint32_t crc32(std::span<const std::byte> bytes, std::uint32_t seed = 0);
-/// The CRC-32 of two runs of bytes from the CRC-32 of each.
+/// Combines the CRC-32 of two consecutive runs of bytes.
 [[nodiscard]] std::uint32_t joinCrc32(std::uint32_t first, std::uint32_t second, std::uint64_t secondSize);
 
-/// Inflates a raw deflate stream piece by piece, whatever sizes the pieces have.
+/// Inflates a raw deflate stream incrementally.
 class InflateStream {
  public:
-  /// Gives the next compressed bytes, which stay valid until the next call; none at the end.
+  /// Returns the next compressed bytes, valid until the next call; empty at the end.
   using Input = std::function<Described<std::span<const std::byte>>()>;
 
   explicit InflateStream(Input input);
@@ -42,9 +42,9 @@ class InflateStream {
   InflateStream(InflateStream&&) noexcept;
   InflateStream& operator=(InflateStream&&) noexcept;
 
-  /// Fills `out` wholly. Damaged data and a stream that ends early are failures.
+  /// Fills `out` completely. Fails if the data is damaged or the stream ends early.
   [[nodiscard]] Described<void> read(std::span<std::byte> out);
-  /// Whether the stream ends here, with nothing behind it. Nothing can be read after asking.
+  /// Whether the stream ends here and no input follows. Nothing can be read after this call.
   [[nodiscard]] Described<bool> isAtEnd();
 
  private:

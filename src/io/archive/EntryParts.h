@@ -1,6 +1,6 @@
-// Where a reader can start within a deflated entry: its chunks refer to nothing outside themselves, and an
-// extra field of the archive's directory, which other programs pass over, tells how long each of them is.
-// Plain values, any thread.
+// The places where reading of a deflated entry can start. Its chunks are self-contained, and an extra field
+// in the archive's central directory, which other programs ignore, lists their sizes. Plain values, any
+// thread.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace orvanel {
 
-/// A run of a deflate stream that can be inflated by itself.
+/// A section of a deflate stream that can be inflated on its own.
 struct EntryPart {
   std::uint32_t storedSize = 0;
   std::uint32_t size = 0;
@@ -18,14 +18,14 @@ struct EntryPart {
   friend bool operator==(const EntryPart&, const EntryPart&) = default;
 };
 
-/// The extra field's own number among those of the archive format.
+/// The header ID of the extra field.
 inline constexpr std::uint16_t entryPartsFieldID = 0x5650;
 
-/// The field's bytes: for each part its two sizes, little-endian, in order. None for a single part, and for
-/// more than a field can hold: such an entry is read from its start.
+/// Encodes the two sizes of each part in order, little-endian. Empty for a single part, and for more parts
+/// than a field can hold; such an entry is read sequentially.
 [[nodiscard]] std::vector<std::byte> encodedParts(const std::vector<EntryPart>& parts);
 
-/// The parts of an entry of these sizes; none if the field disagrees with them in any way.
+/// The parts of an entry of these sizes; empty if the field contradicts them.
 [[nodiscard]] std::vector<EntryPart> decodedParts(std::span<const std::byte> field, std::uint64_t size,
                                                   std::uint64_t storedSize);
 

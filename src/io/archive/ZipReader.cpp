@@ -11,10 +11,9 @@
 namespace orvanel {
 namespace {
 
-/// Long enough for the disk to work at its full speed, short enough to stay in a core's cache.
+/// Large enough for sequential disk speed, small enough for a core's cache.
 constexpr std::size_t readBytes = std::size_t{1} << 20U;
-/// The least that an entry takes in an archive beside its name and data: its local header, and its place in
-/// the directory.
+/// The minimum overhead of an entry beside its name and data: local header and directory entry.
 constexpr std::uint64_t entryOverhead = 30 + 46;
 
 QString notAnArchive(zip_error_t& error) {
@@ -27,7 +26,7 @@ QString damaged(const ArchiveEntryInfo& info, const QString& reason) {
       .arg(displayName(QString::fromStdString(info.path)), reason);
 }
 
-/// One entry of the directory, within the limits of what can be honest.
+/// Reads and validates one entry of the directory.
 Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
   zip_stat_t stat;
   zip_stat_init(&stat);
@@ -39,7 +38,7 @@ Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
   ArchiveEntryInfo info{name, stat.size, stat.comp_size, stat.crc, stat.comp_method == ZIP_CM_DEFLATE};
   if (info.path.empty() || info.path.size() > ZipReader::maximumPathBytes || !isUtf8(info.path) ||
       info.path.find('\0') != std::string::npos) {
-    return because(QStringLiteral("An entry of the archive has a name that can't be one."));
+    return because(QStringLiteral("An entry of the archive has an invalid name."));
   }
   if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {
     return because(damaged(info, QStringLiteral("It is encrypted.")));
@@ -49,7 +48,7 @@ Described<ArchiveEntryInfo> describeEntry(zip_t* archive, zip_uint64_t index) {
   }
   const bool isPossible =
       info.isDeflated ? info.size / largestInflation <= info.storedSize : info.size == info.storedSize;
-  if (!isPossible) return because(damaged(info, QStringLiteral("Its size can't be true.")));
+  if (!isPossible) return because(damaged(info, QStringLiteral("Its size is impossible.")));
   return info;
 }
 
@@ -64,7 +63,7 @@ std::vector<EntryPart> partsOf(zip_t* archive, zip_uint64_t index, const Archive
 
 }  // namespace
 
-/// The library's handles on one archive that no stream is using at the moment.
+/// A pool of library handles on one archive.
 struct ZipReader::Handles {
   explicit Handles(std::shared_ptr<const ArchiveInput> archiveInput) : input(std::move(archiveInput)) {}
   ~Handles() {
@@ -152,7 +151,7 @@ Described<ZipReader> ZipReader::openInput(std::shared_ptr<const ArchiveInput> in
 }
 
 Described<void> ZipReader::readDirectory() {
-  // The library takes an empty file for an archive of nothing.
+  // The library treats an empty file as an empty archive.
   if (handles_->input->size() == 0) return because(QStringLiteral("The file is empty."));
   const auto archive = handles_->acquire();
   if (!archive) return because(archive.error());
@@ -166,14 +165,14 @@ Described<void> ZipReader::readDirectory() {
   for (zip_uint64_t index = 0; index < static_cast<zip_uint64_t>(count); ++index) {
     auto info = describeEntry(*archive, index);
     if (!info) return because(info.error());
-    // Entries that share their bytes would let a small file grow without end.
+    // Overlapping entries would let a small file expand without bound.
     const std::uint64_t taken = info->storedSize + 2 * info->path.size() + entryOverhead;
     claimed = taken < info->storedSize || claimed + taken < claimed ? UINT64_MAX : claimed + taken;
     if (claimed > handles_->input->size()) {
       return because(QStringLiteral("The archive's entries are larger than the archive."));
     }
     if (!indexOfPath_.emplace(info->path, entries_.size()).second) {
-      return because(damaged(*info, QStringLiteral("The archive has two of that name.")));
+      return because(damaged(*info, QStringLiteral("Another entry has the same name.")));
     }
     parts_.push_back(partsOf(*archive, index, *info));
     entries_.push_back(std::move(*info));
@@ -193,7 +192,7 @@ Described<std::unique_ptr<ZipReader::Stream::Handle>> ZipReader::openStored(std:
   zip_file_t* entry = zip_fopen_index(*archive, index, ZIP_FL_COMPRESSED);
   if (entry == nullptr) {
     handles_->release(*archive);
-    return because(damaged(entries_[index], QStringLiteral("It is not where the directory says.")));
+    return because(damaged(entries_[index], QStringLiteral("It is missing from the archive.")));
   }
   return std::make_unique<Stream::Handle>(handles_, *archive, entry, entries_[index].storedSize);
 }
@@ -262,7 +261,7 @@ ZipReader::Stream::Stream(Stream&&) noexcept = default;
 
 Described<void> ZipReader::Stream::read(std::span<std::byte> out) {
   if (out.size() > info_.size - done_) {
-    return because(damaged(info_, QStringLiteral("It is shorter than it has to be.")));
+    return because(damaged(info_, QStringLiteral("It is too short.")));
   }
   if (inflate_.has_value()) {
     if (auto result = inflate_->read(out); !result) return because(damaged(info_, result.error()));
@@ -289,15 +288,15 @@ Described<void> ZipReader::Stream::finish(const Progress& progress) {
   if (inflate_.has_value()) {
     const auto atEnd = inflate_->isAtEnd();
     if (!atEnd) return because(damaged(info_, atEnd.error()));
-    if (!*atEnd) return because(damaged(info_, QStringLiteral("It is longer than it has to be.")));
+    if (!*atEnd) return because(damaged(info_, QStringLiteral("It is too long.")));
   }
-  if (crc_ != info_.crc) return because(damaged(info_, QStringLiteral("Its check sum is wrong.")));
+  if (crc_ != info_.crc) return because(damaged(info_, QStringLiteral("Its checksum is wrong.")));
   return {};
 }
 
 Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& written,
                                const Progress& progress) {
-  const QString different = QStringLiteral("The file on the disk is not the one that was written.");
+  const QString different = QStringLiteral("The file on the disk differs from what was written.");
   const auto reader = ZipReader::open(path);
   if (!reader) return because(reader.error());
   const auto& entries = reader->entries();

@@ -1,5 +1,5 @@
-// Reads ZIP archives that may come from anybody. Opening checks the directory against limits; entries are
-// read as streams, several at a time by several threads, each stream by one.
+// Reads untrusted ZIP archives. Opening checks the directory against limits. Entries are read as streams:
+// several threads may read at once, each its own stream.
 #pragma once
 
 #include <cstdint>
@@ -42,14 +42,14 @@ class ZipReader {
   static constexpr std::size_t maximumPathBytes = 1024;
 
   [[nodiscard]] static Described<ZipReader> open(const std::string& path);
-  /// Over bytes that outlive the reader and its streams.
+  /// The bytes must outlive the reader and its streams.
   [[nodiscard]] static Described<ZipReader> openBytes(std::span<const std::byte> bytes);
   ~ZipReader();
   ZipReader(ZipReader&&) noexcept;
   ZipReader& operator=(ZipReader&&) noexcept;
 
   [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
-  /// Where an entry can be begun, if it says so; none when it is read from its start.
+  /// The sections of an entry that can be read independently; empty when it has none.
   [[nodiscard]] const std::vector<EntryPart>& parts(std::size_t index) const { return parts_[index]; }
   [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
 
@@ -60,9 +60,9 @@ class ZipReader {
     Stream(Stream&&) noexcept;
     Stream& operator=(Stream&&) = delete;
 
-    /// Fills `out` wholly. Reading beyond the size that the directory tells is a failure.
+    /// Fills `out` completely. Reading beyond the size given in the directory fails.
     [[nodiscard]] Described<void> read(std::span<std::byte> out);
-    /// Reads what is left, and compares the end and the CRC-32 with the directory.
+    /// Reads the rest and checks size and CRC-32 against the directory.
     [[nodiscard]] Described<void> finish(const Progress& progress = {});
     /// The CRC-32 of what has been read.
     [[nodiscard]] std::uint32_t crc() const { return crc_; }
@@ -81,12 +81,12 @@ class ZipReader {
 
   /// Any thread.
   [[nodiscard]] Described<Stream> stream(std::size_t index) const;
-  /// Some of an entry's parts; what is read of them is checked by whoever joins their sums. Any thread.
+  /// Reads only some of an entry's parts. The caller must combine and check their CRC-32. Any thread.
   [[nodiscard]] Described<Stream> streamOfParts(std::size_t index, std::size_t first,
                                                 std::size_t count) const;
-  /// All bytes of an entry of at most `limit` bytes, checked.
+  /// The whole, verified contents of an entry of at most `limit` bytes.
   [[nodiscard]] Described<ByteBuffer> readAll(std::size_t index, std::uint64_t limit) const;
-  /// The CRC-32 of the entry's bytes as they stand in the archive.
+  /// The CRC-32 of the entry's compressed bytes.
   [[nodiscard]] Described<std::uint32_t> storedCrc(std::size_t index, const Progress& progress) const;
 
  private:
@@ -102,7 +102,8 @@ class ZipReader {
   std::unordered_map<std::string, std::size_t> indexOfPath_;
 };
 
-/// Compares an archive with what was written there, by the directory and the stored bytes of all entries.
+/// Compares an archive on the disk with what was written: its directory and the compressed bytes of each
+/// entry.
 [[nodiscard]] Described<void> compareArchive(const std::string& path,
                                              const std::vector<WrittenEntry>& written,
                                              const Progress& progress);

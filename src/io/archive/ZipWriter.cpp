@@ -26,7 +26,7 @@ struct ArchiveDeleter {
   void operator()(zip_t* archive) const { zip_discard(archive); }
 };
 
-/// Hands the chunks of all entries out in order.
+/// Delivers the chunks of all entries in order.
 class ChunkSupply {
  public:
   explicit ChunkSupply(const std::vector<ArchiveEntry>& entries)
@@ -67,7 +67,7 @@ class ChunkSupply {
   ChunkPipeline pipeline_;
 };
 
-/// One entry on its way into the archive: a source whose data is compressed already.
+/// The library's source for one entry; its data is already compressed.
 class EntrySource {
  public:
   EntrySource(const ArchiveEntry& entry, ChunkSupply& supply, std::function<void()> chunkDone,
@@ -78,7 +78,7 @@ class EntrySource {
 
   WrittenEntry written;
 
-  /// The place in the archive that the entry has got.
+  /// Tells the source its own entry in the archive.
   void attach(zip_t* archive, zip_uint64_t index) {
     archive_ = archive;
     index_ = index;
@@ -126,7 +126,7 @@ class EntrySource {
     return static_cast<zip_int64_t>(given);
   }
 
-  /// Sees to it that bytes are at hand; false at the end of the entry.
+  /// Fetches more bytes if none are left; false at the end of the entry.
   bool advance() {
     while (rest_.empty()) {
       if (chunksTaken_ < entry_.chunkCount) {
@@ -152,8 +152,8 @@ class EntrySource {
     return true;
   }
 
-  /// The directory is written last, so what is known only now still gets into it. Without the field the entry
-  /// is read on one core.
+  /// The central directory is written last, so the field can still be added now. An entry without it is read
+  /// sequentially.
   void tellParts() {
     const std::vector<std::byte> field = encodedParts(parts_);
     if (field.empty()) return;
@@ -190,7 +190,7 @@ class EntrySource {
   bool ended_ = false;
 };
 
-/// The archive's own side: what the library writes goes to the file.
+/// The library's sink: writes the archive to the file.
 class FileSink {
  public:
   explicit FileSink(AtomicFile& file) : file_(file) {}

@@ -1,5 +1,5 @@
-// Writes a ZIP archive whose entries come in chunks that all cores make ahead of the writing.
-// Runs on the thread that calls it and holds no more than a window of chunks in memory.
+// Writes a ZIP archive. All cores produce its entries in chunks, ahead of the writer and within a bounded
+// window. Runs on the calling thread.
 #pragma once
 
 #include <cstdint>
@@ -20,25 +20,25 @@ struct ArchiveEntry {
 
   std::string path;  ///< UTF-8
   Method method = Method::deflated;
-  /// Bytes of all chunks; not needed of an entry of one chunk.
+  /// The total size of all chunks; optional for an entry of one chunk.
   std::optional<std::uint64_t> size;
   int chunkCount = 1;
   /// Puts the bytes of a chunk into the buffer. Called from several threads, once for each chunk.
   std::function<void(int chunk, ByteBuffer& bytes)> makeChunk;
 };
 
-/// What the archive on the disk must hold of an entry.
+/// What the archive on the disk must contain for an entry.
 struct WrittenEntry {
   std::string path;
   std::uint64_t size = 0;
   std::uint64_t storedSize = 0;
   std::uint32_t crc = 0;
-  /// CRC-32 of the bytes as they stand in the archive.
+  /// CRC-32 of the compressed bytes.
   std::uint32_t storedCrc = 0;
 };
 
-/// Writes all entries in order and puts the archive at its destination, after comparing what is on the
-/// disk with what was written: the directory, and every byte of every entry.
+/// Writes all entries in order, reads the archive back from the disk to compare it with what was written, and
+/// moves it to its destination.
 [[nodiscard]] Described<void> writeArchive(AtomicFile& file, const std::vector<ArchiveEntry>& entries,
                                            const Progress& progress);
 

@@ -27,13 +27,13 @@ FileResult<void> saveResult(const Described<void>& result, const Progress& progr
   return {};
 }
 
-/// The document is what the file says and nothing more: not dirty, with its file for a source.
+/// Marks a loaded document as clean and sets its source file.
 void attachSource(Document& document, const QString& path) {
   document.setSource(QFileInfo(path).absoluteFilePath(), std::nullopt);
   document.setDirty(false);
 }
 
-/// What the steps of a background load hand on.
+/// The state shared by the steps of a background load.
 struct LoadJob {
   QString path;
   MetalContext& context;
@@ -60,7 +60,8 @@ void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
     attachSource(*document, job->path);
     job->finish(document);
   } else {
-    // Nodes belong to this thread; the surfaces that go with them may be many and are given back elsewhere.
+    // Nodes must be destroyed on this thread; their surfaces, which may be many, are released in the
+    // background.
     document.reset();
     job->fail(filled);
   }
@@ -71,7 +72,7 @@ void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
 /// On the main thread, between the two slow steps.
 void buildAndFill(const LoadJobPtr& job) {
   job->document = buildDocument(*job->opened, job->context);
-  // The job holds the document, so the last reference to it must not be left to the other thread.
+  // The job holds the document, so the main thread must release the last reference to it.
   runInBackground([job = job]() mutable {
     Described<void> filled = fillTextures(*job->opened, job->progress);
     if (filled) filled = judgeShownMemory(*job->opened);

@@ -1,6 +1,6 @@
-// Saving and loading of documents. Both take a picture of the model or build it on the main thread and do
-// everything slow elsewhere, on all cores. A save replaces its destination in one step or not at all; a
-// load hands out a finished document or none.
+// Saving and loading of documents. Only the snapshot of the model, or its construction, runs on the main
+// thread; everything slow runs in the background on all cores. A save replaces its destination atomically,
+// and a load returns a complete document or none.
 #pragma once
 
 #include <QObject>
@@ -24,15 +24,15 @@ class DocumentIO {
   /// From 0 to 1, on the main thread, at most a hundred times.
   using ProgressChanged = std::function<void(double)>;
 
-  // Cancelled work ends soon with an error that says so and leaves nothing behind: a file is as it was, a
-  // document is not handed out. What has been completed by then stays so.
+  // Cancelled work ends soon with an error whose `isCancelled` is set, and leaves nothing behind. Cancelling
+  // work that has already completed has no effect.
 
   /// Saves in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
-  /// While another save runs, this one writes nothing and succeeds. Flags of the document are the caller's.
+  /// While another save runs, this one writes nothing and succeeds. The caller sets the document's flags.
   static void save(const DocumentPtr& document, const QString& path, MetalContext& context, QObject* receiver,
                    SaveDone done, ProgressChanged progressChanged = {},
                    CancellationPtr cancellation = nullptr);
-  /// The same file, complete when this returns; doesn't mind a background save. Main thread.
+  /// Saves before it returns, whether or not a background save runs. Main thread.
   [[nodiscard]] static FileResult<void> saveSynchronously(const DocumentPtr& document, const QString& path,
                                                           MetalContext& context);
   /// Whether a background save runs: one for the whole application. Main thread.
@@ -41,7 +41,7 @@ class DocumentIO {
   /// Loads in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
   static void load(const QString& path, MetalContext& context, QObject* receiver, LoadDone done,
                    ProgressChanged progressChanged = {}, CancellationPtr cancellation = nullptr);
-  /// The same, complete when this returns. Main thread.
+  /// Loads before it returns. Main thread.
   [[nodiscard]] static FileResult<DocumentPtr> loadSynchronously(const QString& path, MetalContext& context);
 
   /// Whether a path is opened as a document rather than as a flat image: by its extension, or because it is

@@ -12,10 +12,10 @@ namespace orvanel {
 namespace {
 
 QString tooMuchMemory() {
-  return QStringLiteral("The document needs more memory than there is.");
+  return QStringLiteral("There is not enough memory for this document.");
 }
 
-/// The id that a text in the canonical form stands for; that of nothing but zeros is one as well.
+/// Parses an id in canonical form; the nil UUID is valid too.
 std::optional<QUuid> idOf(const QString& text) {
   const QUuid id = uuidFromText(text);
   if (id.isNull() && text != uuidText(id)) return std::nullopt;
@@ -33,8 +33,7 @@ std::uint64_t surfacesOf(const NodeManifestList& nodes) {
   return count;
 }
 
-/// Even a surface without pixels has its grid of tiles and their recipes, and a short manifest can ask for
-/// many.
+/// Even an empty surface has a grid of tiles, and a short manifest can request many surfaces.
 bool gridsFitInMemory(const Manifest& manifest) {
   const auto tiles = [](std::int64_t side) { return static_cast<std::uint64_t>(side / tileSide + 1); };
   const std::uint64_t gridBytes = tiles(manifest.document.canvasWidth) *
@@ -47,7 +46,7 @@ ColorMode colorModeOf(const Manifest& manifest) {
   return colorModeFromRaw(manifest.document.colorMode).value_or(ColorMode::rgb16);
 }
 
-/// Finds the sound nodes of a manifest and makes their surfaces.
+/// Finds the valid nodes of a manifest and allocates their surfaces.
 class Planner {
  public:
   Planner(OpenedDocument& opened, const MetalContext& context) : opened_(opened), context_(context) {}
@@ -71,7 +70,7 @@ class Planner {
       }
       ++index;
       if (id && isFolder) continue;
-      // What lies below a node that can't hold anything, or that is left out, is left out as well.
+      // Skip everything below a layer or an invalid node.
       while (index < manifests.size() && manifests[index].depth > manifest.depth) ++index;
     }
     return {};
@@ -117,7 +116,7 @@ Described<OpenedDocument> open(Described<ZipReader> archive, const MetalContext&
   if (!archive) return because(archive.error());
   if (progress.isCancelled()) return cancelled();
   const auto entry = archive->find("manifest.json");
-  if (!entry.has_value()) return because(QStringLiteral("The archive holds no document."));
+  if (!entry.has_value()) return because(QStringLiteral("The archive contains no document."));
   const auto text = archive->readAll(*entry, maximumManifestBytes);
   if (!text) return because(text.error());
   auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
@@ -169,8 +168,7 @@ void closeFolders(std::vector<OpenFolder>& open, std::size_t count) {
 }
 
 LayerNodeList buildTree(const OpenedDocument& opened) {
-  // The folders that the next node may lie in, the innermost last, each with the children it has so far. The
-  // first stands for the root.
+  // The open folders, innermost last, with the children read so far. The first one stands for the root.
   std::vector<OpenFolder> open(1);
   for (const PlannedNode& node : opened.nodes) {
     const NodeManifest& manifest = opened.manifest.nodes[node.manifest];

@@ -1,5 +1,5 @@
-// The first steps of loading a document: open the archive, understand its manifest, make the surfaces, build
-// the tree. Only building touches the model and runs on the main thread, in time proportional to the number
+// The first steps of loading a document: open the archive, parse its manifest, allocate surfaces, build the
+// tree. Only building touches the model and runs on the main thread, in time proportional to the number
 // of nodes; the other steps run anywhere. Pixels follow in `TextureLoading.h`.
 #pragma once
 
@@ -18,13 +18,13 @@ namespace orvanel {
 
 class MetalContext;
 
-/// A surface that waits for the pixels of an entry.
+/// A surface to be filled from an entry.
 struct TextureLoadRequest {
   std::size_t entry = 0;
   Texture destination;
 };
 
-/// A node that the tree will have, with its surfaces.
+/// A node of the tree to be built, with its surfaces.
 struct PlannedNode {
   std::size_t manifest = 0;  ///< its place in the manifest's list
   QUuid id;
@@ -33,23 +33,23 @@ struct PlannedNode {
   Texture mask = nullptr;
 };
 
-/// An archive whose manifest has been read and judged, with a surface for everything it asks for.
+/// An archive with a valid manifest, and the surfaces allocated for it.
 struct OpenedDocument {
   ZipReader archive;
   Manifest manifest;
-  /// Those of the manifest's nodes that are sound, in its order.
+  /// The valid nodes of the manifest, in its order.
   std::vector<PlannedNode> nodes;
   std::vector<TextureLoadRequest> requests;
 };
 
 [[nodiscard]] Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                                      const Progress& progress = {});
-/// Over bytes that outlive the result.
+/// The bytes must outlive the result.
 [[nodiscard]] Described<OpenedDocument> openDocument(std::span<const std::byte> bytes,
                                                      const MetalContext& context,
                                                      const Progress& progress = {});
 
-/// The document that was opened, its surfaces still without pixels. Main thread.
+/// Builds the document; its surfaces are still empty. Main thread.
 [[nodiscard]] DocumentPtr buildDocument(const OpenedDocument& opened, MetalContext& context);
 
 }  // namespace orvanel

@@ -38,7 +38,7 @@ char JsonReader::peek() {
 void JsonReader::expect(char c) {
   if (hasFailed()) return;
   if (peek() != c || at_ >= text_.size()) {
-    fail(QStringLiteral("\"%1\" is missing at byte %2").arg(QLatin1Char(c)).arg(at_));
+    fail(QStringLiteral("\"%1\" is expected at byte %2").arg(QLatin1Char(c)).arg(at_));
     return;
   }
   ++at_;
@@ -100,7 +100,7 @@ bool JsonReader::takeNull() {
 
 bool JsonReader::boolean() {
   if (takeWord("true")) return true;
-  if (!takeWord("false")) fail(QStringLiteral("a truth value is missing at byte %1").arg(at_));
+  if (!takeWord("false")) fail(QStringLiteral("true or false is expected at byte %1").arg(at_));
   return false;
 }
 
@@ -127,7 +127,7 @@ std::string_view JsonReader::takeNumber() {
     isSound = digits() && isSound;
   }
   if (!isSound) {
-    fail(QStringLiteral("a number is missing at byte %1").arg(start));
+    fail(QStringLiteral("a number is expected at byte %1").arg(start));
     return {};
   }
   return text_.substr(start, at_ - start);
@@ -149,7 +149,7 @@ std::int64_t JsonReader::integer() {
   const double value = number();
   constexpr double largest = 9007199254740992.0;
   if (value != std::floor(value) || std::abs(value) > largest) {
-    fail(QStringLiteral("the number before byte %1 is not a whole one").arg(at_));
+    fail(QStringLiteral("the number before byte %1 is not an integer").arg(at_));
     return 0;
   }
   return static_cast<std::int64_t>(value);
@@ -159,7 +159,8 @@ char16_t JsonReader::hexUnit() {
   unsigned value = 0;
   const std::string_view digits = text_.substr(at_, 4);
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-  if (digits.size() != 4 || result.ptr != digits.data() + 4) fail(QStringLiteral("an escape is damaged"));
+  if (digits.size() != 4 || result.ptr != digits.data() + 4)
+    fail(QStringLiteral("an escape sequence is invalid"));
   at_ += digits.size();
   return static_cast<char16_t>(value);
 }
@@ -173,7 +174,7 @@ void JsonReader::appendEscape(QString& out) {
     return;
   }
   if (c != 'u') {
-    fail(QStringLiteral("an escape is damaged"));
+    fail(QStringLiteral("an escape sequence is invalid"));
     return;
   }
   const char16_t unit = hexUnit();
@@ -185,7 +186,7 @@ void JsonReader::appendEscape(QString& out) {
   if (isPair) at_ += 2;
   const char16_t second = isPair ? hexUnit() : u'\0';
   if (!QChar::isLowSurrogate(second)) {
-    fail(QStringLiteral("an escape is damaged"));
+    fail(QStringLiteral("an escape sequence is invalid"));
     return;
   }
   out.append(QChar(unit)).append(QChar(second));
@@ -207,7 +208,7 @@ QString JsonReader::string() {
     if (c == '\\') {
       appendEscape(out);
     } else {
-      fail(QStringLiteral("a text doesn't end"));
+      fail(QStringLiteral("a string is not terminated"));
     }
   }
   return {};
@@ -227,7 +228,7 @@ void JsonReader::skipScalar() {
 }
 
 void JsonReader::skip() {
-  // The closing brackets still awaited; a loop, because a stranger decides how many there are.
+  // The closing brackets still expected. An explicit stack, because the file decides its depth.
   QByteArray awaited;
   do {
     const char c = peek();
@@ -247,12 +248,12 @@ void JsonReader::skip() {
 void JsonReader::end() {
   if (hasFailed()) return;
   passSpace();
-  if (at_ != text_.size()) fail(QStringLiteral("something follows its end"));
+  if (at_ != text_.size()) fail(QStringLiteral("there is text after its end"));
 }
 
 void JsonWriter::newLine() {
   if (layout_ == Layout::oneLine) return;
-  // Beyond this the margin helps nobody, and would make deep texts grow with the square of their depth.
+  // Without a limit, the size of deep texts would grow with the square of their depth.
   constexpr int deepestMargin = 64;
   text_.append('\n');
   text_.append(2 * std::min(depth_, deepestMargin), ' ');

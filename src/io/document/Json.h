@@ -1,5 +1,5 @@
-// Reading and writing JSON (RFC 8259) without a tree in between: a cursor that is asked for what is
-// expected next, and a pretty printer. Neither recurses, so a text may be nested to any depth. Any thread.
+// Streaming JSON (RFC 8259): a pull parser and a writer. Neither recurses, so values may be nested to any
+// depth. Any thread.
 #pragma once
 
 #include <QByteArray>
@@ -10,22 +10,22 @@
 
 namespace orvanel {
 
-/// After the first failure every question is answered with a default and nothing moves any more.
+/// After the first failure all functions return defaults and the position no longer changes.
 class JsonReader {
  public:
-  /// What a value is, by its first character.
+  /// The type of a value, judged by its first character.
   enum class Kind { object, array, string, boolean, null, number };
 
-  /// `text` outlives the reader.
+  /// `text` must outlive the reader.
   explicit JsonReader(std::string_view text);
 
-  /// Calls `member(key)` for each member of the object that must come next; it takes the value.
+  /// Reads an object: calls `member(key)` for each member, which must consume the value.
   template <typename Member>
   void object(Member&& member) {
     beginObject();
     while (const auto key = nextKey()) member(*key);
   }
-  /// Calls `element()` for each element of the array that must come next; it takes the value.
+  /// Reads an array: calls `element()` for each element, which must consume it.
   template <typename Element>
   void array(Element&& element) {
     beginArray();
@@ -34,26 +34,26 @@ class JsonReader {
 
   // The same for callers that keep their own stack.
   void beginObject() { open('{'); }
-  /// The key of the object's next member, whose value comes next; nothing after the last.
+  /// The key of the object's next member; nothing after the last.
   [[nodiscard]] std::optional<QString> nextKey();
   void beginArray() { open('['); }
   /// Whether another element comes next.
   [[nodiscard]] bool nextElement() { return nextItem(']'); }
 
-  /// Of the value that comes next. A damaged one counts as a number, which reading it will refuse.
+  /// The type of the next value. An invalid one counts as a number, and reading it will fail.
   [[nodiscard]] Kind kind();
 
   [[nodiscard]] QString string();
   [[nodiscard]] bool boolean();
   /// Any number that a double can hold.
   [[nodiscard]] double number();
-  /// A number without a fraction, of at most 53 bits.
+  /// An integer of at most 53 bits.
   [[nodiscard]] std::int64_t integer();
-  /// Takes a null if one comes next.
+  /// Consumes a null if it comes next.
   [[nodiscard]] bool takeNull();
-  /// Passes over one value of any kind.
+  /// Skips one value of any type.
   void skip();
-  /// Nothing may follow.
+  /// Fails if anything but white space follows.
   void end();
 
   void fail(const QString& reason);
@@ -78,7 +78,7 @@ class JsonReader {
   QString failure_;
 };
 
-/// Writes with two spaces a level, or all on one line. The caller gives keys in the order they are to have.
+/// Indents by two spaces, or writes everything on one line. Keys are written in the caller's order.
 class JsonWriter {
  public:
   enum class Layout { pretty, oneLine };
@@ -93,7 +93,7 @@ class JsonWriter {
   void boolean(bool value);
   void null();
   void integer(std::int64_t value);
-  /// The shortest text that reads back as the same finite number.
+  /// The shortest representation that reads back as the same finite number.
   void number(float value);
 
   [[nodiscard]] const QByteArray& text() const { return text_; }

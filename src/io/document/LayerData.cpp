@@ -75,8 +75,7 @@ Described<LayerdataHeader> LayerdataHeader::decode(std::span<const std::byte> by
   get(bytes.data(), 12, header.height);
   get(bytes.data(), 16, header.bytesPerRow);
   get(bytes.data(), 20, header.flags);
-  if (header.magic != expectedMagic)
-    return because(QStringLiteral("A layer's data doesn't begin as it must."));
+  if (header.magic != expectedMagic) return because(QStringLiteral("A layer's data has no valid header."));
   return header;
 }
 

@@ -29,7 +29,7 @@ struct LayerdataHeader {
   /// The header of a surface of this format and size.
   [[nodiscard]] static LayerdataHeader of(PixelFormat format, int width, int height);
   [[nodiscard]] std::array<std::byte, byteSize> encoded() const;
-  /// Needs 24 bytes and the magic; nothing else is judged.
+  /// Checks only the length and the magic number.
   [[nodiscard]] static Described<LayerdataHeader> decode(std::span<const std::byte> bytes);
 
   /// The surface format that `pixelFormat` stands for.
@@ -38,7 +38,7 @@ struct LayerdataHeader {
   [[nodiscard]] std::uint64_t payloadSize() const;
 };
 
-/// The code of a surface format; 3 for any that has none of its own.
+/// The code of a surface format; 3 for a format that has no code.
 [[nodiscard]] std::uint16_t layerdataCode(PixelFormat format);
 /// The surface format of a code; `rgba16Float` for any above 4.
 [[nodiscard]] PixelFormat layerdataFormat(std::uint16_t code);

@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// Notes which of the required keys of an object have come.
+/// Tracks which required keys of an object have been read.
 class RequiredKeys {
  public:
   RequiredKeys(const char* what, std::initializer_list<const char*> keys) : what_(what), missing_(keys) {}
@@ -87,7 +87,7 @@ void readMemberOfNode(JsonReader& json, const QString& key, NodeManifest& node) 
   }
 }
 
-/// Reads an array of nodes with all below them. The nodes that are begun and not ended are kept on a stack.
+/// Reads an array of nodes and everything below them, with an explicit stack of open nodes.
 class NodesReader {
  public:
   NodesReader(JsonReader& json, const Progress& progress) : json_(json), progress_(progress) {}
@@ -115,10 +115,10 @@ class NodesReader {
     return true;
   }
 
-  /// Goes on behind the children of a node; false behind the outermost array.
+  /// Returns to the parent node; false after the outermost array.
   [[nodiscard]] bool endArray() const { return !open_.empty(); }
 
-  /// Reads up to the node's children, or to its end and on behind it.
+  /// Reads members up to the node's children or its end.
   void readMembers() {
     while (const auto key = json_.nextKey()) {
       OpenNode& node = open_.back();
@@ -215,7 +215,7 @@ Manifest readManifest(JsonReader& json, const Progress& progress) {
   return manifest;
 }
 
-/// The first look at a manifest, which needs nothing but its version.
+/// Reads only the version of a manifest.
 struct FormatVersionCheck {
   std::int64_t formatVersion = 0;
 
@@ -334,7 +334,7 @@ BlendMode blendModeOf(const NodeManifest& node) {
 }
 
 bool isolates(const NodeManifest& node) {
-  return node.opacity < 1.0F || blendModeOf(node) != BlendMode::normal;
+  return !passesThrough(node.opacity, blendModeOf(node));
 }
 
 void writeNodes(JsonWriter& json, const NodeManifestList& nodes, const NodeExtras& extras) {

@@ -20,9 +20,9 @@ class Document;
 class LayerNode;
 using LayerNodeList = std::vector<LayerNode>;
 
-/// The one version of the format there is.
+/// The only version of the format.
 inline constexpr std::int64_t documentFormatVersion = 3;
-/// The longest manifest, in bytes; nothing longer is written or read.
+/// The largest manifest that is read or written, in bytes.
 inline constexpr std::uint64_t maximumManifestBytes = std::uint64_t{64} << 20U;
 
 struct MaskManifest {
@@ -30,9 +30,9 @@ struct MaskManifest {
   bool isEnabled = true;
 };
 
-/// A layer or a folder; what only one of them has is absent in the other.
+/// A layer or a folder; fields that belong to only one of them are absent in the other.
 struct NodeManifest {
-  /// How many folders it lies in.
+  /// The number of folders around it.
   int depth = 0;
   QString type;
   QString id;
@@ -44,17 +44,17 @@ struct NodeManifest {
   std::optional<bool> hasPixelData;
   std::optional<MaskManifest> mask;
   std::optional<bool> isExpanded;
-  /// Whether it lists children, which may be none.
+  /// Whether it has a list of children, which may be empty.
   bool hasChildren = false;
 };
 
-/// `normal` for a number that is none of a blend mode.
+/// The node's blend mode; `normal` for an unknown number.
 [[nodiscard]] BlendMode blendModeOf(const NodeManifest& node);
-/// Whether a folder doesn't let its children through: it gets a surface of its own when it is shown.
+/// Whether a folder is composited in isolation, which takes a surface of its own.
 [[nodiscard]] bool isolates(const NodeManifest& node);
 
-/// Whole subtrees in depth-first order: the children of a node follow it, one level deeper. A tree of any
-/// depth is a plain array, and no walk over it recurses.
+/// Subtrees in depth-first order: a node's children follow it, one level deeper. The list is flat, so that no
+/// walk over it recurses.
 using NodeManifestList = std::vector<NodeManifest>;
 
 struct MetadataManifest {
@@ -81,19 +81,19 @@ struct Manifest {
 };
 
 class JsonWriter;
-/// Adds members of its own behind those of a node.
+/// Appends members to a node's own.
 using NodeExtras = std::function<void(JsonWriter& json, const NodeManifest& node)>;
-/// Writes the array of the nodes at depth 0, with all below them, keys sorted.
+/// Writes the nodes as nested arrays with sorted keys.
 void writeNodes(JsonWriter& json, const NodeManifestList& nodes, const NodeExtras& extras = {});
 
 /// Pretty-printed UTF-8 with sorted keys.
 [[nodiscard]] QByteArray encodeManifest(const Manifest& manifest);
-/// Refuses another version before it looks at anything else, then missing keys and values of another type.
+/// Rejects other versions first, then missing keys and values of the wrong type.
 [[nodiscard]] Described<Manifest> decodeManifest(std::string_view text, const Progress& progress = {});
 
-/// The nodes and all below them. Main thread.
+/// Describes the nodes and everything below them. Main thread.
 [[nodiscard]] NodeManifestList describeNodes(const LayerNodeList& nodes);
-/// The whole document, saved at this moment. Fails when an opacity is not a finite number. Main thread.
+/// Describes the document as of now. Fails if an opacity is not finite. Main thread.
 [[nodiscard]] Described<Manifest> describeDocument(const Document& document);
 
 }  // namespace orvanel

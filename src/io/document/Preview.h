@@ -1,5 +1,5 @@
-// A small picture of a document for file managers: the composite within a box of 512 pixels, as PNG.
-// Any thread, on surfaces that nobody changes meanwhile.
+// A thumbnail of a document for file managers: the composite scaled to fit 512 x 512 pixels, as PNG.
+// Any thread; the surface must not change during the call.
 #pragma once
 
 #include <QByteArray>

@@ -17,8 +17,8 @@ namespace {
 /// Raw bytes of a chunk: long enough to deflate well, short enough that all cores end together.
 constexpr std::int64_t chunkBytes = std::int64_t{1} << 20U;
 
-/// A chunk begins wherever a row of tiles does, so that loading can begin there: its rows divide those of a
-/// tile or are a multiple of them.
+/// Rows are chosen to divide the height of a tile or to be a multiple of it, so that a chunk starts at each
+/// row of tiles and loading can start there.
 std::int64_t rowsOfChunk(std::int64_t bytesPerRow) {
   const std::int64_t rows = std::max<std::int64_t>(1, chunkBytes / bytesPerRow);
   if (rows >= tileSide) return rows / tileSide * tileSide;

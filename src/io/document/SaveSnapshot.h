@@ -1,6 +1,6 @@
-// The picture of a document that crosses from the main thread to the one that saves: a finished manifest
-// and surfaces whose tiles are shared with the live ones and immutable. Built on the main thread in time
-// proportional to nodes and tiles; no pixel is copied.
+// A snapshot of a document, passed from the main thread to the one that saves: the encoded manifest, and
+// surfaces that share their tiles with the live ones. Taken on the main thread in time proportional to the
+// number of nodes and tiles; no pixels are copied.
 #pragma once
 
 #include <QByteArray>

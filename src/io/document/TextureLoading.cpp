@@ -15,7 +15,7 @@ namespace orvanel {
 namespace {
 
 QString tooMuchMemory() {
-  return QStringLiteral("The document needs more memory than there is.");
+  return QStringLiteral("There is not enough memory for this document.");
 }
 
 /// The header must agree with the surface that the tree asks for, and the entry's length with both.
@@ -26,12 +26,12 @@ Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInf
                       header.height == static_cast<std::uint32_t>(surface.height()) &&
                       entry.size == LayerdataHeader::byteSize + header.payloadSize();
   if (agrees) return {};
-  return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+  return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
                      .arg(displayName(QString::fromStdString(entry.path))));
 }
 
-/// Whether every half float of these rows is one of 0 to 1, as nearly all are. Such rows need no closer look
-/// for values that kernels must not read.
+/// Whether all half floats are in the range 0 to 1. Nearly all rows are, and then need no search for values
+/// that kernels can't handle.
 bool staysFromZeroToOne(std::span<const std::byte> rows) {
   // Four at a time: a sign is the top bit, and whatever is beyond 0x3C00 reaches that bit by this sum.
   constexpr std::uint64_t topBits = 0x8000'8000'8000'8000U;
@@ -49,8 +49,8 @@ bool staysFromZeroToOne(std::span<const std::byte> rows) {
   return (seen & topBits) == 0;
 }
 
-/// Fills a band of rows, and says whether all of it stays from zero to one. It goes in pieces that are
-/// summed and looked at while they are in the core's cache.
+/// Reads a band of rows and returns whether it stays between 0 and 1. It proceeds in pieces that fit in the
+/// core's cache for the checksum and the range check.
 Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
   constexpr std::size_t pieceBytes = std::size_t{512} << 10U;
   bool isCalm = true;
@@ -63,7 +63,7 @@ Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
   return isCalm;
 }
 
-/// How far the threads that fill surfaces have come together.
+/// The combined progress of all loading threads.
 class LoadProgress {
  public:
   LoadProgress(const Progress& progress, std::uint64_t totalBytes)
@@ -117,8 +117,7 @@ Described<void> readHeader(ZipReader::Stream& stream, const ArchiveEntryInfo& en
   return judgeHeader(*header, entry, surface);
 }
 
-/// A piece of loading that one thread does: a whole entry, or some of its parts that fill whole rows of
-/// tiles.
+/// A unit of parallel loading: a whole entry, or parts of one that cover whole rows of tiles.
 struct LoadPiece {
   std::size_t entry = 0;
   std::size_t firstPart = 0;
@@ -129,7 +128,7 @@ struct LoadPiece {
   std::uint32_t crc = 0;  ///< once it is read
 };
 
-/// Cuts an entry into pieces where its parts begin with a row of tiles; one piece if they don't.
+/// Splits an entry where a part starts at a row of tiles; a single piece if there is no such part.
 std::vector<LoadPiece> piecesOf(std::size_t entry, const std::vector<EntryPart>& parts,
                                 const Surface& surface) {
   constexpr std::uint64_t leastPieceBytes = std::uint64_t{16} << 20U;
@@ -170,7 +169,7 @@ Described<void> readPiece(const ZipReader& archive, LoadPiece& piece, Surface* s
   return {};
 }
 
-/// The sums of an entry's pieces, joined, are that of the whole.
+/// Checks the combined CRC-32 of the pieces of each entry.
 Described<void> judgeSums(const std::vector<LoadPiece>& pieces,
                           const std::vector<ArchiveEntryInfo>& entries) {
   for (std::size_t i = 0; i < pieces.size();) {
@@ -181,14 +180,14 @@ Described<void> judgeSums(const std::vector<LoadPiece>& pieces,
     for (; i < pieces.size() && pieces[i].entry == index; ++i)
       crc = joinCrc32(crc, pieces[i].crc, pieces[i].size);
     if (isInPieces && crc != entry.crc) {
-      return because(QStringLiteral("The entry \"%1\" can't be read. Its check sum is wrong.")
+      return because(QStringLiteral("The entry \"%1\" can't be read. Its checksum is wrong.")
                          .arg(displayName(QString::fromStdString(entry.path))));
     }
   }
   return {};
 }
 
-/// What is asked for must have its surface's size, and the rest may hold no more than a preview could.
+/// Requested entries must match the size of their surfaces; the total size of all others is limited.
 Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
                            const std::vector<Surface*>& destinations, std::uint64_t canvasPixels) {
   constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
@@ -201,11 +200,11 @@ Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
     }
     if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
       continue;
-    return because(QStringLiteral("The entry \"%1\" doesn't fit the document's canvas and color mode.")
+    return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
                        .arg(displayName(QString::fromStdString(entries[index].path))));
   }
   if (others <= 8 * canvasPixels + roomForOthers) return {};
-  return because(QStringLiteral("The archive holds more than its document can need."));
+  return because(QStringLiteral("The archive contains more data than its document can use."));
 }
 
 std::uint64_t tilesHeldBy(const ConstTexture& texture) {
@@ -215,7 +214,7 @@ std::uint64_t tilesHeldBy(const ConstTexture& texture) {
   return count;
 }
 
-/// The surface that a folder needs for itself when it is shown holds at most the tiles of what lies in it.
+/// An open folder; a surface of its own needs at most as many tiles as its contents have.
 struct ShownFolder {
   int depth = -1;  ///< of the root's own place
   bool needsSurface = false;

@@ -1,15 +1,15 @@
-// The last step of loading a document: the pixels of an opened archive go into its surfaces, on all cores,
-// while nobody else looks at these surfaces. Any thread.
+// The last step of loading a document: fills its surfaces from the archive, on all cores. Nobody else may use
+// these surfaces meanwhile. Any thread.
 #pragma once
 
 #include "io/document/DocumentReader.h"
 
 namespace orvanel {
 
-/// Reads every entry, fills the surfaces that wait for one and checks the rest.
+/// Fills the requested surfaces and verifies all other entries.
 [[nodiscard]] Described<void> fillTextures(const OpenedDocument& opened, const Progress& progress);
 
-/// Whether the composite and the folders' surfaces fit in memory beside the pixels read.
+/// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
 [[nodiscard]] Described<void> judgeShownMemory(const OpenedDocument& opened);
 
 }  // namespace orvanel

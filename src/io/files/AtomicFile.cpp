@@ -19,7 +19,7 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{4} << 20U;
-/// How much may wait in memory before the system is asked to begin writing it to the disk.
+/// How much may accumulate before the system is asked to start writing it to the disk.
 constexpr std::int64_t pushBytes = std::int64_t{16} << 20U;
 
 QString systemReason(int error) {
@@ -44,7 +44,7 @@ bool takesNoNewFile(int error) {
   return error == EACCES || error == EPERM || error == EROFS;
 }
 
-/// The rename itself must outlive a power cut. Not every file system can do that for a directory.
+/// Makes the rename itself durable. Not every file system supports this for directories.
 void syncDirectory(const std::filesystem::path& directory) {
   const int handle = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (handle < 0) return;
@@ -134,7 +134,7 @@ Described<void> AtomicFile::write(std::span<const std::byte> bytes) {
           std::min<std::int64_t>(static_cast<std::int64_t>(count), bufferStart_ - position_));
       if (auto result = writeThrough(bytes.first(count), position_); !result) return result;
     } else {
-      if (position_ > bufferEnd) return because(QStringLiteral("The file can't be written with a gap."));
+      if (position_ > bufferEnd) return because(QStringLiteral("The file can't be written beyond its end."));
       const auto at = static_cast<std::size_t>(position_ - bufferStart_);
       if (at == bufferBytes) {
         if (auto result = flush(); !result) return result;
@@ -153,14 +153,14 @@ Described<void> AtomicFile::write(std::span<const std::byte> bytes) {
 
 Described<void> AtomicFile::closeAndCheck() {
   if (FileOperations::current().sync(file_) != 0) {
-    return because(QStringLiteral("The file can't be brought to the disk: %1.").arg(systemReason(errno)));
+    return because(QStringLiteral("The file can't be written to the disk: %1.").arg(systemReason(errno)));
   }
   const int closing = ::close(file_);
   file_ = -1;
   if (closing != 0) return because(QStringLiteral("The file can't be closed: %1.").arg(systemReason(errno)));
   struct stat written {};
   if (::stat(temporaryPath_.c_str(), &written) != 0 || written.st_size != size_) {
-    return because(QStringLiteral("The file on the disk is not the one that was written."));
+    return because(QStringLiteral("The file on the disk differs from what was written."));
   }
   return {};
 }
@@ -170,7 +170,7 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   if (auto result = closeAndCheck(); !result) return result;
   if (auto result = verify(temporaryPath_); !result) return result;
   if (replace(temporaryPath_, destination_) != 0) {
-    return because(QStringLiteral("The file can't be put in its place: %1.").arg(systemReason(errno)));
+    return because(QStringLiteral("The file can't be replaced: %1.").arg(systemReason(errno)));
   }
   temporaryPath_.clear();
   syncDirectory(std::filesystem::path(destination_).parent_path());

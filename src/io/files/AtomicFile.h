@@ -1,6 +1,5 @@
-// A file that takes its destination's place in one step: written under another name beside it, brought to
-// the disk, checked, and renamed over. Whoever looks sees the old file or the new one, whole.
-// Belongs to one thread. Until `commit` has succeeded, the destination is as it was.
+// Replaces a file atomically: the new contents are written to a temporary file beside it, synced, verified
+// and renamed over it. Until `commit` has succeeded, the destination is unchanged. Belongs to one thread.
 #pragma once
 
 #include <cstddef>
@@ -17,24 +16,24 @@ namespace orvanel {
 
 class AtomicFile {
  public:
-  /// Begins a file for `destination`. A link to a file is followed; the file's permissions are kept.
+  /// Creates the temporary file. Symbolic links are followed, and an existing file's permissions are kept.
   [[nodiscard]] static Described<std::unique_ptr<AtomicFile>> create(const QString& destination);
-  /// Removes what was written, unless it has been committed.
+  /// Removes the temporary file unless it has been committed.
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
 
-  /// Writes at the current position and goes on behind it.
+  /// Writes at the current position and advances it.
   [[nodiscard]] Described<void> write(std::span<const std::byte> bytes);
-  /// The next write goes here, at most at the end.
+  /// Sets the position of the next write, at most the end of the file.
   void seek(std::int64_t position) { position_ = position; }
   [[nodiscard]] std::int64_t position() const { return position_; }
   [[nodiscard]] std::int64_t size() const { return size_; }
 
-  /// Where the bytes are until they are committed.
+  /// The path of the temporary file.
   [[nodiscard]] const std::string& temporaryPath() const { return temporaryPath_; }
 
-  /// Brings the bytes to the disk, lets `verify` read them there, and puts them at the destination.
+  /// Syncs the file, calls `verify` on it and renames it to the destination.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
 
  private:
@@ -54,7 +53,7 @@ class AtomicFile {
   std::int64_t pushedTo_ = 0;
 };
 
-/// Puts `bytes` at `destination` in one step.
+/// Replaces the contents of `destination` atomically.
 [[nodiscard]] Described<void> replaceFile(const QString& destination, std::span<const std::byte> bytes);
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-// A piece of file work beside the main thread whose outcome comes back there.
+// Running file work in the background and delivering its results on the main thread.
 #pragma once
 
 #include <QObject>
@@ -8,14 +8,14 @@
 
 namespace orvanel {
 
-/// Runs `work` on a thread of the application's pool. Both calls are made from the main thread's side.
+/// Runs `work` on a thread of the application's pool. Main thread.
 void runInBackground(std::function<void()> work);
 
 /// Runs `call` on the main thread, soon. Any thread.
 void runOnMainThread(std::function<void()> call);
 
-/// Passes progress on to the main thread, a hundred steps at most; silent when `receiver` has gone. The
-/// result may be told by any thread, one at a time. Main thread.
+/// Forwards progress to the main thread in at most a hundred steps, until `receiver` is destroyed. The result
+/// may be used by any thread, one at a time. Main thread.
 [[nodiscard]] Progress progressOnMainThread(QObject* receiver, std::function<void(double)> progressChanged,
                                             CancellationPtr cancellation = nullptr);
 

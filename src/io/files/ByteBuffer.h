@@ -1,4 +1,5 @@
-// Bytes that are about to be written anyway: a vector without the zeroing. Owned by one thread at a time.
+// A byte vector that doesn't zero its memory, for bytes that are overwritten anyway. Owned by one thread at a
+// time.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +13,7 @@ class ByteBuffer {
   ByteBuffer() = default;
   explicit ByteBuffer(std::size_t size) { resizeDiscarding(size); }
 
-  /// Gives the buffer this size; its contents are undefined.
+  /// Resizes the buffer; its contents become undefined.
   void resizeDiscarding(std::size_t size) {
     if (size > capacity_) {
       bytes_ = std::make_unique_for_overwrite<std::byte[]>(size);

@@ -1,4 +1,4 @@
-// How file work fails: one of three cases, and a sentence that an alert can show as it stands.
+// Errors of file work: one of three codes, and a sentence that an alert can show.
 // Plain values, any thread.
 #pragma once
 
@@ -11,16 +11,16 @@ enum class DocumentIOError { exportFailed, loadFailed, saveFailed };
 
 struct FileError {
   DocumentIOError code = DocumentIOError::loadFailed;
-  /// A whole sentence without the file's name, which the alert adds.
+  /// A full sentence, without the file's name.
   QString message;
-  /// The user has called the work off, and need not be told that it failed.
+  /// The user has cancelled the work, so that no alert is needed.
   bool isCancelled = false;
 };
 
 template <typename Value>
 using FileResult = tl::expected<Value, FileError>;
 
-/// For the parts below a load or a save, which don't know which of the two they serve.
+/// The result of a step that may be part of a load or a save.
 template <typename Value>
 using Described = tl::expected<Value, QString>;
 

@@ -1,4 +1,4 @@
-// What file names mean and how they are shown. Any thread.
+// Interpreting and displaying file names. Any thread.
 #pragma once
 
 #include <QString>
@@ -14,11 +14,11 @@ inline constexpr auto documentExtension = "tessel";
 /// Whether a file of this name is written as a document.
 [[nodiscard]] bool isDocumentName(const QString& path);
 
-/// What a document is called that comes from this file or is saved to it: the file's name without its
-/// extension, or all of a name that is nothing but an extension.
+/// The name of a document read from or saved to this file: the file's name without its extension, or the
+/// whole name if there is nothing else.
 [[nodiscard]] QString documentName(const QString& path);
 
-/// A file's name, or an archive entry's, for a message: on one line, and a long one shortened in its middle.
+/// The last part of a path for use in messages: on one line, long names elided in the middle.
 [[nodiscard]] QString displayName(const QString& path);
 
 /// Whether the bytes are valid UTF-8.

@@ -1,5 +1,5 @@
-// The system calls through which files are written, in one place, so that tests can make disks full and
-// directories read-only. Any thread.
+// The system calls used for writing files, replaceable so that tests can simulate full disks and read-only
+// directories. Any thread.
 #pragma once
 
 #include <sys/types.h>
@@ -10,21 +10,21 @@
 
 namespace orvanel {
 
-/// Every call answers as the system's own does: -1 and `errno` on failure.
+/// All functions return -1 and set `errno` on failure, as the system calls do.
 class FileOperations {
  public:
   virtual ~FileOperations() = default;
-  /// A new file for writing; fails where one stands already.
+  /// Creates a file for writing; fails if it exists.
   virtual int createFile(const std::string& path, mode_t mode);
   virtual ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset);
   virtual int sync(int file);
   virtual int renameFile(const std::string& from, const std::string& to);
 
-  /// The ones in use.
+  /// The instance in use.
   [[nodiscard]] static FileOperations& current();
 };
 
-/// While alive, files are written through `operations`. For tests; not nested.
+/// Replaces the instance in use during its lifetime. For tests; must not be nested.
 class ScopedFileOperations {
  public:
   explicit ScopedFileOperations(FileOperations& operations);

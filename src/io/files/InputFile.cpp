@@ -43,7 +43,7 @@ Described<std::unique_ptr<InputFile>> InputFile::open(const QString& path, const
 
 InputFile::InputFile(FileHandle file, Progress progress)
     : file_(std::move(file)), progress_(std::move(progress)) {
-  setOpenMode(ReadOnly | Unbuffered);
+  setOpenMode(ReadOnly);
 }
 
 bool InputFile::seek(qint64 position) {

@@ -1,5 +1,5 @@
-// A file opened for reading, whoever it comes from. Only regular files are opened: a pipe or a device could
-// keep the reader waiting for ever. An `InputFile` belongs to one thread.
+// Opening files for reading. Only regular files are accepted: reading a pipe or a device could block for
+// ever. An `InputFile` belongs to one thread.
 #pragma once
 
 #include <QIODevice>
@@ -11,7 +11,7 @@
 
 namespace orvanel {
 
-/// A descriptor of a regular file, closed with its owner.
+/// Owns the descriptor of a regular file.
 class FileHandle {
  public:
   [[nodiscard]] static Described<FileHandle> openForReading(const std::string& path);
@@ -20,7 +20,7 @@ class FileHandle {
   FileHandle& operator=(FileHandle&&) = delete;
 
   [[nodiscard]] int descriptor() const { return descriptor_; }
-  /// Bytes, at the time of opening.
+  /// The size in bytes at the time of opening.
   [[nodiscard]] qint64 size() const { return size_; }
 
  private:
@@ -30,10 +30,10 @@ class FileHandle {
   qint64 size_;
 };
 
-/// The file as a device for image readers. Reading fails once the work is cancelled.
+/// A file as an I/O device. Reads fail once the work is cancelled.
 class InputFile final : public QIODevice {
  public:
-  /// `progress` is asked, not told.
+  /// `progress` is only checked for cancellation.
   [[nodiscard]] static Described<std::unique_ptr<InputFile>> open(const QString& path,
                                                                   const Progress& progress = {});
 

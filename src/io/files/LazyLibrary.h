@@ -1,5 +1,5 @@
-// A shared library that is loaded when something first needs it, so that no start pays for it. Its functions
-// are found by name. Make one static object of a derived class for each library; any thread.
+// A shared library that is loaded on first use, so that it doesn't slow down the start. Derive a class for
+// each library and make one static object of it. Any thread.
 #pragma once
 
 #include <QLibrary>
@@ -9,7 +9,7 @@ namespace orvanel {
 
 class LazyLibrary {
  public:
-  /// Whether the library and all functions asked for are there.
+  /// Whether the library and all requested functions were found.
   [[nodiscard]] bool isComplete() const { return isComplete_; }
 
  protected:

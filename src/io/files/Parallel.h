@@ -1,5 +1,4 @@
-// A loop over independent pieces of file work that can fail. The calling thread works too; the others come
-// from the background arena.
+// A parallel loop whose iterations can fail. It runs in the background arena, and on the calling thread.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +8,7 @@
 
 namespace orvanel {
 
-/// Calls `body` for each index below `count`, several at once. The first failure stops the loop and is its
-/// result.
+/// Calls `body` for each index below `count`, concurrently. The first failure stops the loop and is returned.
 [[nodiscard]] Described<void> forEachInBackground(std::size_t count,
                                                   const std::function<Described<void>(std::size_t)>& body);
 

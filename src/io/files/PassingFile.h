@@ -1,5 +1,5 @@
-// Reading and writing of long files that pass through once: a document's pixels live in tiles, so a second
-// copy in the system's file cache would only take memory from others. Any thread.
+// File I/O that bypasses the page cache where possible: a document's pixels are kept in tiles, and a second
+// copy in the cache would only displace other data. Any thread.
 #pragma once
 
 #include <sys/types.h>
@@ -10,9 +10,9 @@
 
 namespace orvanel {
 
-/// As `pread`. Bytes that the cache doesn't hold yet come from the disk and are not kept.
+/// Like `pread`, but doesn't keep the bytes in the page cache.
 [[nodiscard]] ssize_t readPassing(int file, std::span<std::byte> out, std::int64_t offset);
-/// As `pwrite`. The bytes go on their way to the disk at once and are not kept once they are there.
+/// Like `pwrite`, but starts writing to the disk at once and doesn't keep the bytes in the page cache.
 [[nodiscard]] ssize_t writePassing(int file, std::span<const std::byte> bytes, std::int64_t offset);
 
 }  // namespace orvanel

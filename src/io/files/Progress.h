@@ -1,5 +1,4 @@
-// The line between file work and whoever waits for it: the work tells how far it has come and asks whether
-// it is still wanted. Plain values, any thread.
+// Progress reporting and cancellation of file work. Plain values, any thread.
 #pragma once
 
 #include <QString>
@@ -11,7 +10,7 @@
 
 namespace orvanel {
 
-/// A request to stop, shared by the one who may make it and the work that honours it. Any thread.
+/// A cancellation flag, shared by whoever may cancel and the work itself. Any thread.
 class Cancellation {
  public:
   void cancel() { isCancelled_.store(true, std::memory_order_relaxed); }
@@ -23,10 +22,10 @@ class Cancellation {
 
 using CancellationPtr = std::shared_ptr<const Cancellation>;
 
-/// What a piece of work is given. A default one tells nobody and is never cancelled.
+/// Passed to the work. A default-constructed one reports to nobody and is never cancelled.
 class Progress {
  public:
-  /// Called on the thread that does the work, with values from 0 to 1.
+  /// Receives values from 0 to 1, on the working thread.
   using Listener = std::function<void(double)>;
 
   Progress() = default;
@@ -37,7 +36,7 @@ class Progress {
     if (listener_) listener_(done);
   }
   [[nodiscard]] bool isCancelled() const { return cancellation_ != nullptr && cancellation_->isCancelled(); }
-  /// For a part of the work: its 0 to 1 are `from` to `to` of the whole.
+  /// For a part of the work: maps its progress to the range `from` to `to` of the whole.
   [[nodiscard]] Progress part(double from, double to) const {
     if (!listener_) return Progress({}, cancellation_);
     return Progress([whole = listener_, from, to](double done) { whole(from + (to - from) * done); },
@@ -49,7 +48,7 @@ class Progress {
   CancellationPtr cancellation_;
 };
 
-/// How cancelled work fails.
+/// The error of cancelled work.
 [[nodiscard]] inline tl::unexpected<QString> cancelled() {
   return because(QStringLiteral("The operation was cancelled."));
 }

@@ -1,4 +1,4 @@
-// Composite pixels as 8-bit RGBA with straight alpha: what flat files and previews hold. Any thread.
+// Conversion of composite pixels to 8-bit RGBA with straight alpha, for flat files and previews. Any thread.
 #pragma once
 
 #include <cstddef>

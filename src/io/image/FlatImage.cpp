@@ -202,7 +202,7 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   result.metadata = decoded->metadata;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
   if (staging == nullptr)
-    return tl::unexpected(loadFailed(QStringLiteral("The image can't be held in memory.")));
+    return tl::unexpected(loadFailed(QStringLiteral("There is not enough memory for this image.")));
   fillSurface(image, *staging, progress);
   if (progress.isCancelled()) return tl::unexpected(loadFailed(cancelled().value(), progress));
   decoded->image = QImage();
@@ -273,7 +273,7 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
   constexpr std::uint64_t bytesPerPixel = 4 + 4 + 4;
   if (!pixelsFitInMemory(static_cast<std::uint64_t>(composite.width()) *
                          static_cast<std::uint64_t>(composite.height()) * bytesPerPixel)) {
-    return failed(QStringLiteral("Writing the image needs more memory than there is."));
+    return failed(QStringLiteral("There is not enough memory to write this image."));
   }
   constexpr double encodedShare = 0.9;
   const auto bytes =

@@ -1,4 +1,4 @@
-// Writes a still GIF through giflib, which is opened when a file first asks for it. Any thread.
+// Writes a still GIF through giflib, which is loaded on first use. Any thread.
 #pragma once
 
 #include <QByteArray>

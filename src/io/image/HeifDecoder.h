@@ -1,4 +1,4 @@
-// Reads HEIC files through libheif, which is opened when a file first asks for it. Any thread.
+// Reads HEIC files through libheif, which is loaded on first use. Any thread.
 #pragma once
 
 #include <QByteArray>
@@ -11,7 +11,7 @@ namespace orvanel {
 struct HeifImage {
   /// Upright, straight RGBA8888 with its colour profile.
   QImage image;
-  /// Of the file; the image holds the upper eight.
+  /// The depth in the file; the image has the upper eight bits.
   int bitsPerComponent = 8;
 };
 

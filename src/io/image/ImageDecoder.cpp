@@ -104,7 +104,7 @@ Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
   const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
   convertToDisplay(image);
   image.convertTo(wanted);
-  if (image.isNull()) return because(QStringLiteral("The image can't be held in memory."));
+  if (image.isNull()) return because(QStringLiteral("There is not enough memory for this image."));
   return DecodedImage{.image = std::move(image), .traits = traits};
 }
 

@@ -1,5 +1,5 @@
-// Decodes an image file into memory with the platform's readers: upright, in sRGB, 8 bits a channel, and
-// with what the file says of its pixels. Any thread.
+// Decodes an image file with the platform's readers to an upright 8-bit image in sRGB, and reports the file's
+// pixel format and metadata. Any thread.
 #pragma once
 
 #include <QImage>
@@ -17,9 +17,9 @@ struct DecodedImage {
   /// RGB32, ARGB32 or RGBA8888; straight alpha.
   QImage image;
   ImageTraits traits;
-  /// The file is damaged or ends too early: part of the image is not what it was.
+  /// The file is damaged or truncated, and part of the image is missing.
   bool isIncomplete = false;
-  /// What the file says beside the pixels; null when that is nothing.
+  /// Null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
 };
 

@@ -1,5 +1,5 @@
-// What an image file's own header says of its pixels, where the platform's readers hide it: they spread
-// grey with alpha into colour and cut what they can't hold. Any thread; the bytes are not trusted.
+// Reads what the platform's readers don't report about an image file: they expand grey with alpha to colour
+// and reduce depths they don't support. Any thread; the bytes are not trusted.
 #pragma once
 
 #include <QByteArray>
@@ -11,18 +11,19 @@
 
 namespace orvanel {
 
-/// Of a PNG or TIFF file; nothing for any other, or for a header that tells nothing more.
+/// For a PNG or TIFF file; nothing for other formats, or when the header adds nothing.
 [[nodiscard]] std::optional<ImageTraits> traitsOfHeader(QIODevice& file);
 
 [[nodiscard]] bool isTiff(QIODevice& file);
 
-/// How dense the pixels of a PNG, JPEG or BMP file lie, where its header says so in units of length.
+/// The pixel density in the header of a PNG, JPEG or BMP file, if it has a unit of length.
 [[nodiscard]] std::optional<PixelDensity> densityOfHeader(QIODevice& file);
 /// The EXIF block of a PNG; empty when there is none.
 [[nodiscard]] QByteArray exifOfPng(QIODevice& file);
 
-/// Whether a PNG's values are meant for an sRGB display as they stand: it says so, or tells a gamma of about
-/// 1/2.2 and no chromaticities but sRGB's. Applying that gamma would only exchange it for sRGB's own curve.
+/// Whether a PNG's values are sRGB: it says so, or it has a gamma of about 1/2.2 and no chromaticities other
+/// than sRGB's. Such a gamma approximates the sRGB curve, and converting between the two would change most
+/// values.
 [[nodiscard]] bool isPngForDisplay(QIODevice& file);
 
 [[nodiscard]] std::optional<ImageTraits> traitsOfPng(const QByteArray& start);

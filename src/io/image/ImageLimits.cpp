@@ -16,7 +16,7 @@ Described<void> judgeImageSize(const QSize& size) {
   constexpr std::uint64_t bytesPerImagePixel = 8 + 4 + 8 + 8;
   const auto pixels = static_cast<std::uint64_t>(size.width()) * static_cast<std::uint64_t>(size.height());
   if (pixelsFitInMemory(pixels * bytesPerImagePixel)) return {};
-  return because(QStringLiteral("The image needs more memory than there is."));
+  return because(QStringLiteral("There is not enough memory for this image."));
 }
 
 }  // namespace orvanel

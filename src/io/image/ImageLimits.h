@@ -1,4 +1,4 @@
-// Which images may be opened, by their size alone. Any thread.
+// Size limits for opening images. Any thread.
 #pragma once
 
 #include <QSize>
@@ -7,7 +7,7 @@
 
 namespace orvanel {
 
-/// Refuses what is larger than a canvas or than the memory for pixels. A size that isn't known passes.
+/// Rejects sizes beyond the largest canvas or the available memory. An unknown size passes.
 [[nodiscard]] Described<void> judgeImageSize(const QSize& size);
 
 }  // namespace orvanel

@@ -1,5 +1,5 @@
-// What an image file says about its picture beside the pixels: EXIF, XMP, IPTC and how dense its pixels lie.
-// Read with the picture, kept as it is, and written with it again. Immutable and shared, any thread.
+// The metadata of an image file: EXIF, XMP, IPTC and pixel density. It is read with the image, kept as an
+// opaque value and written with the image again. Immutable and shared, any thread.
 #pragma once
 
 #include <QByteArray>
@@ -11,7 +11,7 @@
 
 namespace orvanel {
 
-/// How many pixels lie on a metre.
+/// Pixels per metre.
 struct PixelDensity {
   int acrossPerMeter = 0;
   int downPerMeter = 0;
@@ -19,10 +19,10 @@ struct PixelDensity {
 
 class ImageMetadata {
  public:
-  /// Whether the pixels have been turned upright as the file's orientation says.
+  /// Whether the decoder has applied the file's orientation to the pixels.
   enum class Orientation { applied, ignored };
 
-  /// Null when the file says nothing, or nothing that can be understood. `file` is the one at `path`.
+  /// Null when the file has no readable metadata. `file` must be the one at `path`.
   [[nodiscard]] static std::shared_ptr<const ImageMetadata> read(const QString& path, QIODevice& file,
                                                                  Orientation orientation);
   ~ImageMetadata();
@@ -31,8 +31,8 @@ class ImageMetadata {
 
   [[nodiscard]] const std::optional<PixelDensity>& density() const { return density_; }
 
-  /// A JPEG, PNG or TIFF file with this metadata, made to agree with an image of `size` in sRGB; the file as
-  /// it stands when that can't be done.
+  /// Adds the metadata to a JPEG, PNG or TIFF file, corrected for an image of `size` in sRGB. Returns the
+  /// file unchanged on failure.
   [[nodiscard]] QByteArray addedTo(const QByteArray& file, const QSize& size) const;
 
  private:

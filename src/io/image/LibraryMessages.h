@@ -1,5 +1,5 @@
-// What image libraries would print while they decode. It is kept from standard error, where it would stand
-// beside our own words, and tells what is wrong with a file. Any thread.
+// Captures the messages of image libraries during decoding: keeps them off standard error, and uses them to
+// detect damaged files. Any thread.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 namespace orvanel {
 
-/// While alive, collects what the libraries say on this thread. Not nested.
+/// Captures messages of the current thread during its lifetime. Must not be nested.
 class LibraryMessages {
  public:
   LibraryMessages();
@@ -15,10 +15,11 @@ class LibraryMessages {
   LibraryMessages(const LibraryMessages&) = delete;
   LibraryMessages& operator=(const LibraryMessages&) = delete;
 
-  /// libtiff has a way of its own to report; it is caught from here on, for files that need the library.
+  /// Also captures libtiff's own error handler from now on. Loads the library, so call it only for TIFF
+  /// files.
   static void catchTiff();
 
-  /// Whether something was said after which pixels are missing or wrong.
+  /// Whether a message reported missing or corrupt pixels.
   [[nodiscard]] bool tellOfDamage() const;
 
   void add(const QString& text) { texts_ << text; }

@@ -1,5 +1,5 @@
-// SVG drawings from anybody, made harmless before they are drawn: nothing in them reaches another file, and
-// no entity grows without end. Any thread.
+// Sanitizes untrusted SVG before it is rendered: no access to other files, and bounded entity expansion.
+// Any thread.
 #pragma once
 
 #include <QByteArray>
@@ -9,9 +9,8 @@
 
 namespace orvanel {
 
-/// The drawing as plain SVG, whether or not the file is compressed. References to anything but the drawing's
-/// own parts and embedded raster images are left out, and so are its document type and style sheets beside
-/// it.
+/// The drawing as uncompressed SVG without its document type, external style sheets and references, except
+/// those to its own elements and to embedded raster images.
 [[nodiscard]] Described<QByteArray> selfContainedSvg(QIODevice& file);
 
 }  // namespace orvanel

@@ -34,7 +34,7 @@ TEST(ChunkPipeline, givesAllChunksInOrder) {
   }
 }
 
-TEST(ChunkPipeline, neverRunsFurtherAheadThanItsWindow) {
+TEST(ChunkPipeline, staysWithinItsWindow) {
   constexpr int window = 5;
   std::atomic<int> made{0};
   ChunkPipeline pipeline(200, window, [&](int index) {
@@ -64,7 +64,7 @@ TEST(ChunkPipeline, canBeLeftAtAnyPoint) {
   }
 }
 
-TEST(ChunkPipeline, ofNothingIsNoWork) {
+TEST(ChunkPipeline, emptyPipelineDoesNothing) {
   std::atomic<int> made{0};
   {
     const ChunkPipeline pipeline(0, 4, [&](int index) {

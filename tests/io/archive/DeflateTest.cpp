@@ -19,7 +19,7 @@ Bytes joined(const std::vector<Bytes>& chunks) {
   return stream;
 }
 
-/// Gives the stream out in pieces of one size.
+/// Delivers the stream in pieces of one size.
 InflateStream inPieces(const Bytes& stream, std::size_t pieceSize) {
   return InflateStream([rest = std::span<const std::byte>(stream),
                         pieceSize]() mutable -> Described<std::span<const std::byte>> {
@@ -37,7 +37,7 @@ TEST(Deflate, chunksJoinIntoOneStream) {
   EXPECT_EQ(testing::inflateWithZlib(joined(chunks), whole.size()), whole);
 }
 
-TEST(Deflate, emptyChunkAddsNothing) {
+TEST(Deflate, emptyChunkIsValid) {
   const Bytes text = testing::bytesOf("orchard");
   EXPECT_EQ(testing::inflateWithZlib(joined({{}, text, {}}), text.size()), text);
   EXPECT_EQ(testing::inflateWithZlib(joined({}), 0), Bytes());
@@ -66,7 +66,7 @@ TEST(Crc32, agreesWithZlibAndJoins) {
   }
 }
 
-TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
+TEST(InflateStream, readsInPiecesOfAnySize) {
   const Bytes bytes = testing::halfNoise(300'000, 6);
   const Bytes stream = joined({bytes});
   for (const std::size_t inputPiece : {std::size_t{1}, std::size_t{1000}, stream.size()}) {
@@ -83,7 +83,7 @@ TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
   }
 }
 
-TEST(InflateStream, tellsALongerStreamFromAFinishedOne) {
+TEST(InflateStream, distinguishesALongerStreamFromAFinishedOne) {
   const Bytes bytes = testing::halfNoise(10'000, 7);
   const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 4096);

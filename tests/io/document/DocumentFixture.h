@@ -1,4 +1,4 @@
-// Documents for tests of files, and the comparison of two of them.
+// Documents for tests, and their comparison.
 #pragma once
 
 #include <QDir>
@@ -10,7 +10,7 @@
 
 namespace orvanel::testing {
 
-/// Pixels of plausible values for the format, some tiles left uniform.
+/// Fills a surface with valid random pixels; some tiles stay uniform.
 inline void scribble(Surface& surface, unsigned seed) {
   std::mt19937 random(seed);
   const auto step = static_cast<std::size_t>(surface.pixelBytes());
@@ -79,7 +79,8 @@ inline bool sameMask(const std::shared_ptr<LayerMask>& a, const std::shared_ptr<
                           a->maskTexture->texture->equals(*b->maskTexture->texture));
 }
 
-/// Equal in everything that a file keeps; else the name of the first node that differs.
+/// Compares everything that a file stores. Returns the name of the first node that differs, or an empty
+/// string.
 inline QString firstDifference(const LayerNodeList& a, const LayerNodeList& b) {
   if (a.size() != b.size()) return QStringLiteral("number of nodes");
   for (std::size_t i = 0; i < a.size(); ++i) {

@@ -59,7 +59,7 @@ class DocumentIOTest : public ::testing::Test {
   QTemporaryDir directory_;
 };
 
-TEST_F(DocumentIOTest, everythingThatAFileKeepsComesBack) {
+TEST_F(DocumentIOTest, roundTripKeepsEverything) {
   for (const ColorMode mode : allColorModes) {
     const DocumentPtr document = richDocument(mode);
     ASSERT_TRUE(save(document).has_value());
@@ -69,7 +69,7 @@ TEST_F(DocumentIOTest, everythingThatAFileKeepsComesBack) {
   }
 }
 
-TEST_F(DocumentIOTest, loadedDocumentStartsAfresh) {
+TEST_F(DocumentIOTest, loadedDocumentStartsClean) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   ASSERT_TRUE(save(document).has_value());
   const DocumentPtr loaded = *load();
@@ -118,7 +118,7 @@ TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
   EXPECT_EQ(image.pixel(64, 200), qRgb(0x20, 0x40, 0x80));
 }
 
-TEST_F(DocumentIOTest, withoutACompositeThereIsNoPreview) {
+TEST_F(DocumentIOTest, noPreviewWithoutAComposite) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   put(document->compositedTexture, Texture());
   ASSERT_TRUE(save(document).has_value());
@@ -146,7 +146,7 @@ TEST_F(DocumentIOTest, uniformLayersStayUniform) {
   EXPECT_EQ(firstDifference(*document, *loaded), QString());
 }
 
-TEST_F(DocumentIOTest, valuesThatAreNoNumbersKeepTheirBytes) {
+TEST_F(DocumentIOTest, nanPixelsKeepTheirBytes) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   Surface& pixels = *document->rootNodes.value()[0].layer()->texture.value();
   const std::array<std::uint16_t, 4> odd{0x7E00, 0x7C00, 0xFC00, 0x4000};
@@ -159,8 +159,8 @@ TEST_F(DocumentIOTest, valuesThatAreNoNumbersKeepTheirBytes) {
   EXPECT_FALSE(read.tile(1).has(TileTrait::irregular));
 }
 
-TEST_F(DocumentIOTest, valueOfAMaskBeyondZeroToOneIsNoticedAnywhere) {
-  // Nine halves: whoever looks at several at a time has one left over.
+TEST_F(DocumentIOTest, maskValuesOutOfRangeAreDetectedAnywhere) {
+  // Nine halves, so that vectorised checks have a remainder.
   const DocumentPtr document = richDocument(ColorMode::rgb16, 3, 3);
   const std::shared_ptr<LayerMask> mask = testing::scribbledMask(*document, 1);
   document->rootNodes.value()[0].layer()->mask = mask;
@@ -191,7 +191,7 @@ TEST_F(DocumentIOTest, savesOverAnOlderFile) {
   EXPECT_EQ(testing::filesIn(directory_.path()), QStringList{QStringLiteral("image.tessel")});
 }
 
-TEST_F(DocumentIOTest, fullDiskAtAnyPlaceLeavesTheOldFile) {
+TEST_F(DocumentIOTest, fullDiskAtAnyPointLeavesTheOldFile) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8);
   ASSERT_TRUE(save(document).has_value());
   const QByteArray old = testing::contentsOf(path());
@@ -245,7 +245,7 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_TRUE(std::ranges::is_sorted(progress));
 }
 
-TEST_F(DocumentIOTest, snapshotSaysHowTheCompositeIsStored) {
+TEST_F(DocumentIOTest, snapshotDescribesTheFormatOfTheComposite) {
   for (const ColorMode mode :
        {ColorMode::grayscale8, ColorMode::grayscale16, ColorMode::rgb8, ColorMode::rgb16}) {
     const DocumentPtr document = richDocument(mode);
@@ -329,7 +329,7 @@ TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {
   EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("other.tessel"))));
 }
 
-TEST_F(DocumentIOTest, synchronousSaveDoesNotMindABackgroundOne) {
+TEST_F(DocumentIOTest, synchronousSaveWorksDuringABackgroundSave) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   QObject receiver;
   bool finished = false;
@@ -342,7 +342,7 @@ TEST_F(DocumentIOTest, synchronousSaveDoesNotMindABackgroundOne) {
   ASSERT_TRUE(waitFor([&] { return finished; }));
 }
 
-TEST_F(DocumentIOTest, failedBackgroundSaveSaysSoOnce) {
+TEST_F(DocumentIOTest, failedBackgroundSaveReportsOnce) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   QObject receiver;
   int failures = 0;
@@ -356,7 +356,7 @@ TEST_F(DocumentIOTest, failedBackgroundSaveSaysSoOnce) {
   EXPECT_FALSE(DocumentIO::isSaving());
 }
 
-TEST_F(DocumentIOTest, nobodyIsCalledWhoHasGone) {
+TEST_F(DocumentIOTest, destroyedReceiversAreNotCalled) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   auto receiver = std::make_unique<QObject>();
   bool called = false;
@@ -386,7 +386,7 @@ TEST_F(DocumentIOTest, loadsInTheBackground) {
   EXPECT_FALSE(progress.empty());
 }
 
-TEST_F(DocumentIOTest, failedLoadSaysSoOnce) {
+TEST_F(DocumentIOTest, failedLoadReportsOnce) {
   QObject receiver;
   int failures = 0;
   DocumentIO::load(path(QStringLiteral("missing.tessel")), MetalContext::shared(), &receiver,

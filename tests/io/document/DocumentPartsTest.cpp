@@ -1,4 +1,4 @@
-// Layers that are read in several places at once.
+// Parallel loading of a single layer.
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
@@ -37,7 +37,7 @@ class DocumentParts : public ::testing::Test {
     return DocumentIO::loadSynchronously(path(), MetalContext::shared());
   }
 
-  /// Where the sizes of the layer's parts stand in the file.
+  /// The position of the sizes of the layer's parts in the file.
   qsizetype partsAt() const {
     const qsizetype layer = bytes_.lastIndexOf(".layerdata");
     const qsizetype field = bytes_.indexOf(QByteArray("\x50\x56", 2), layer);
@@ -52,7 +52,7 @@ class DocumentParts : public ::testing::Test {
   QTemporaryDir folder_;
 };
 
-TEST_F(DocumentParts, layersSayWhereTheyCanBeBegun) {
+TEST_F(DocumentParts, layersListTheirParts) {
   const auto reader = ZipReader::open(path().toStdString());
   ASSERT_TRUE(reader.has_value());
   const ArchiveEntryInfo& entry = reader->entries().back();
@@ -62,7 +62,7 @@ TEST_F(DocumentParts, layersSayWhereTheyCanBeBegun) {
       std::accumulate(parts.begin(), parts.end(), std::uint64_t{0},
                       [](std::uint64_t bytes, const EntryPart& part) { return bytes + part.size; });
   EXPECT_EQ(sum, entry.size);
-  // A part ends with every row of tiles.
+  // A part ends at the end of every row of tiles.
   constexpr std::uint64_t tileRowBytes = std::uint64_t{width} * 8 * tileSide;
   std::uint64_t offset = 0;
   std::uint64_t rowsMet = 0;
@@ -73,7 +73,7 @@ TEST_F(DocumentParts, layersSayWhereTheyCanBeBegun) {
   EXPECT_EQ(rowsMet, std::uint64_t{height / tileSide});
 }
 
-TEST_F(DocumentParts, areReadInPiecesAsInOne) {
+TEST_F(DocumentParts, areReadInParallelAsSequentially) {
   const auto inPieces = loadChanged();
   ASSERT_TRUE(inPieces.has_value());
   EXPECT_EQ(firstDifference(*document_, **inPieces), QString());
@@ -83,7 +83,7 @@ TEST_F(DocumentParts, areReadInPiecesAsInOne) {
   EXPECT_EQ(firstDifference(*document_, **inOne), QString());
 }
 
-TEST_F(DocumentParts, sizesThatDoNotAddUpArePassedOver) {
+TEST_F(DocumentParts, inconsistentSizesAreIgnored) {
   const qsizetype at = partsAt();
   bytes_[at] = static_cast<char>(bytes_[at] + 1);
   const auto loaded = loadChanged();
@@ -98,13 +98,14 @@ TEST_F(DocumentParts, damagedSizesNeverGiveOtherPixels) {
     bytes_[storedSize] = static_cast<char>(bytes_[storedSize] ^ 1);
   }
   const auto loaded = loadChanged();
-  // The sum may come out the same or not; what opens is what was saved.
+  // Whether or not the sums still match, what opens must be what was saved.
   EXPECT_TRUE(!loaded || firstDifference(*document_, **loaded).isEmpty());
 }
 
-TEST_F(DocumentParts, partsInAnotherOrderAreRefused) {
+TEST_F(DocumentParts, exchangedSizesAreRejected) {
   const qsizetype at = partsAt();
-  // Exchanges the stored sizes of parts far apart, so that all pieces between begin elsewhere.
+  // Exchange the compressed sizes of two distant parts: the sums still match, but all parts between are
+  // misplaced.
   const QByteArray first = bytes_.sliced(at, 4);
   constexpr qsizetype other = 44;
   const QByteArray second = bytes_.sliced(at + other * 8, 4);
@@ -114,7 +115,7 @@ TEST_F(DocumentParts, partsInAnotherOrderAreRefused) {
   EXPECT_FALSE(loadChanged().has_value());
 }
 
-TEST_F(DocumentParts, aChangedByteIsSeen) {
+TEST_F(DocumentParts, aChangedByteIsDetected) {
   bytes_[bytes_.size() / 2] = static_cast<char>(bytes_[bytes_.size() / 2] ^ 0x10);
   EXPECT_FALSE(loadChanged().has_value());
 }

@@ -66,7 +66,7 @@ std::string failureOf(const ZipFixture& archive) {
   return result.has_value() ? std::string() : result.error().toStdString();
 }
 
-TEST(DocumentReader, readsAFileMadeByAnotherHand) {
+TEST(DocumentReader, readsAFileOfAnotherWriter) {
   const auto document = load(fixture(manifest(layerNode())));
   ASSERT_TRUE(document.has_value()) << document.error().toStdString();
   const auto layer = (*document)->rootNodes.value()[0].layer();
@@ -96,7 +96,7 @@ TEST(DocumentReader, unknownNumbersFallBack) {
   EXPECT_EQ((*document)->rootNodes.value()[0].blendMode().value(), BlendMode::normal);
 }
 
-TEST(DocumentReader, nodesOfNoKnownKindAreLeftOutWithTheirChildren) {
+TEST(DocumentReader, nodesOfUnknownTypeAreSkippedWithTheirChildren) {
   const std::string inner = layerNode("22222222-2222-3333-4444-55555555AAAA");
   const auto folder = [&](const std::string& id, const std::string& type) {
     return R"({"blendMode":0,"id":")" + id +
@@ -116,7 +116,7 @@ TEST(DocumentReader, nodesOfNoKnownKindAreLeftOutWithTheirChildren) {
   EXPECT_EQ(found->children.value().size(), 1U);
 }
 
-TEST(DocumentReader, theIdOfNothingButZerosIsAnIdLikeAnyOther) {
+TEST(DocumentReader, theNilUuidIsValid) {
   const std::string zeros = "00000000-0000-0000-0000-000000000000";
   const std::string folder = R"({"blendMode":0,"id":")" + zeros +
                              R"(","isLocked":false,"isVisible":true,"name":"F","opacity":1,"type":"folder",)"
@@ -138,7 +138,7 @@ TEST(DocumentReader, theIdOfNothingButZerosIsAnIdLikeAnyOther) {
   EXPECT_NE(failureOf(fixture(manifest(layerNode(zeros) + "," + layerNode(zeros)))), "");
 }
 
-TEST(DocumentReader, missingEntriesLeaveEmptyLayersAndNoMasks) {
+TEST(DocumentReader, missingEntriesGiveEmptyLayersAndNoMasks) {
   ZipFixture archive = fixture(
       manifest(layerNode(layerID, R"("mask":{"id":")" + std::string(layerID) + R"(","isEnabled":true},)")));
   archive.entries.pop_back();
@@ -173,7 +173,7 @@ TEST(DocumentReader, maskWithoutAUuidIsDropped) {
   EXPECT_EQ((*document)->rootNodes.value()[0].layer()->mask.value(), nullptr);
 }
 
-TEST(DocumentReader, selectionIsKeptAsItStands) {
+TEST(DocumentReader, selectionIsKept) {
   const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
   const std::string strange = "99999999-2222-3333-4444-55555555AAAA";
   auto document = load(fixture(manifest(layerNode(), canvas, 2, R"(,"selectedNodeID":")" + strange + "\"")));
@@ -183,7 +183,7 @@ TEST(DocumentReader, selectionIsKeptAsItStands) {
   EXPECT_FALSE((*document)->selectedNodeID.value().has_value());
 }
 
-TEST(DocumentReader, colorsThatAreNoneKeepTheDefault) {
+TEST(DocumentReader, invalidColorsKeepTheDefault) {
   const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
   const auto foreground = [&](const std::string& text) {
     const auto document =
@@ -229,7 +229,7 @@ TEST(HostileDocument, payloadOfAnotherLength) {
   }
 }
 
-TEST(HostileDocument, canvasOfAnAbsurdSize) {
+TEST(HostileDocument, canvasOfAbsurdSize) {
   for (const char* canvas :
        {R"("canvasWidth":0,"canvasHeight":2)", R"("canvasWidth":-3,"canvasHeight":2)",
         R"("canvasWidth":16385,"canvasHeight":2)", R"("canvasWidth":3,"canvasHeight":4294967298)",
@@ -238,7 +238,7 @@ TEST(HostileDocument, canvasOfAnAbsurdSize) {
   }
 }
 
-TEST(HostileDocument, twoNodesOfOneId) {
+TEST(HostileDocument, twoNodesWithTheSameId) {
   EXPECT_NE(failureOf(fixture(manifest(layerNode() + "," + layerNode()))), "");
   const std::string lower = "11111111-2222-3333-4444-55555555aaaa";
   EXPECT_NE(failureOf(fixture(manifest(layerNode() + "," + layerNode(lower)))), "");
@@ -265,7 +265,7 @@ TEST(HostileDocument, truncatedAnywhere) {
   }
 }
 
-TEST(HostileDocument, opacityThatIsNoNumber) {
+TEST(HostileDocument, opacityThatIsNotANumber) {
   for (const char* opacity : {"NaN", "nan", "Infinity", "1e999", "\"1\"", "null"}) {
     std::string node = layerNode();
     node.replace(node.find("\"opacity\":1"), 11, std::string("\"opacity\":") + opacity);
@@ -273,7 +273,7 @@ TEST(HostileDocument, opacityThatIsNoNumber) {
   }
 }
 
-TEST(HostileDocument, opacityBeyondItsRangeIsClamped) {
+TEST(HostileDocument, opacityIsClamped) {
   std::string node = layerNode();
   node.replace(node.find("\"opacity\":1"), 11, "\"opacity\":7");
   EXPECT_EQ((*load(fixture(manifest(node))))->rootNodes.value()[0].opacity().value(), 1.0F);
@@ -293,7 +293,7 @@ TEST(HostileDocument, nestingWithoutEnd) {
             "");
 }
 
-TEST(HostileDocument, aDeepHonestTreeComesBack) {
+TEST(HostileDocument, aDeepTreeIsLoadedCompletely) {
   const DocumentPtr document =
       Document::createEmpty(QStringLiteral("Deep"), 4, 4, ColorMode::rgb8, MetalContext::shared());
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Core"));
@@ -312,7 +312,7 @@ TEST(HostileDocument, aDeepHonestTreeComesBack) {
   EXPECT_EQ(testing::firstDifference(*document, **loaded), QString());
 }
 
-TEST(HostileDocument, manyEmptyLayersOnAHugeCanvasAreRefusedBeforeTheyAreMade) {
+TEST(HostileDocument, manyEmptyLayersOnAHugeCanvasAreRejectedBeforeAllocation) {
   std::string nodes;
   for (int i = 0; i < 200'000; ++i) {
     const std::string number = std::to_string(1'000'000 + i);
@@ -328,7 +328,7 @@ std::string isolatingFolder(int number, const std::string& children) {
          R"("type":"folder","children":[)" + children + "]}";
 }
 
-TEST(HostileDocument, manyLayersOnAHugeCanvasCanBeCalledOff) {
+TEST(HostileDocument, loadingManyLayersOnAHugeCanvasCanBeCancelled) {
   std::string nodes;
   for (int i = 0; i < 5000; ++i) {
     if (i > 0) nodes += ",";
@@ -343,15 +343,15 @@ TEST(HostileDocument, manyLayersOnAHugeCanvasCanBeCalledOff) {
   EXPECT_EQ(opened.error(), cancelled().value());
 }
 
-TEST(HostileDocument, surfacesThatCanNotBeMadeAreAFailureOfTheFile) {
+TEST(HostileDocument, failureToAllocateASurfaceFailsTheLoad) {
   const tileMemory::ScopedSurfaceFailure refusal(0);
   const Bytes archive = fixture(manifest(layerNode())).make();
   const auto opened = openDocument(std::span<const std::byte>(archive), MetalContext::shared());
   ASSERT_FALSE(opened.has_value());
-  EXPECT_EQ(opened.error(), QStringLiteral("The document needs more memory than there is."));
+  EXPECT_EQ(opened.error(), QStringLiteral("There is not enough memory for this document."));
 }
 
-TEST(HostileDocument, manyIsolatingFoldersOnAHugeCanvasAreRefusedBeforeTheyAreMade) {
+TEST(HostileDocument, manyIsolatingFoldersOnAHugeCanvasAreRejectedBeforeAllocation) {
   std::string nodes;
   for (int i = 0; i < 100'000; ++i) {
     if (i > 0) nodes += ",";
@@ -362,32 +362,32 @@ TEST(HostileDocument, manyIsolatingFoldersOnAHugeCanvasAreRefusedBeforeTheyAreMa
   EXPECT_NE(failureOf(fixture(manifest(nodes, R"("canvasWidth":16384,"canvasHeight":16384)"))), "");
 }
 
-TEST(HostileDocument, nestedFoldersMayNotMultiplyPixelsBeyondMemory) {
+TEST(HostileDocument, nestedFoldersAreLimitedByMemory) {
   std::string nodes = layerNode();
   for (int i = 0; i < 100; ++i) nodes = isolatingFolder(i, nodes);
   EXPECT_EQ(failureOf(fixture(manifest(nodes))), "");
   // A hundred surfaces of one tile each would be 6.4 MB.
   const ScopedMemoryLimit limit(2'000'000);
-  EXPECT_EQ(failureOf(fixture(manifest(nodes))), "The document needs more memory than there is.");
+  EXPECT_EQ(failureOf(fixture(manifest(nodes))), "There is not enough memory for this document.");
 }
 
-TEST(HostileDocument, pixelsThatMemoryCanNotHoldAreRefused) {
+TEST(HostileDocument, pixelsBeyondMemoryAreRejected) {
   const LayerdataHeader header = LayerdataHeader::of(PixelFormat::rgba8Unorm, 300, 300);
   const std::string text = manifest(layerNode(), R"("canvasWidth":300,"canvasHeight":300)");
   const ZipFixture archive = fixture(text, layerdata(header, 300 * 300 * 4));
   EXPECT_EQ(failureOf(archive), "");
   const ScopedMemoryLimit limit(200'000);
-  EXPECT_EQ(failureOf(archive), "The document needs more memory than there is.");
+  EXPECT_EQ(failureOf(archive), "There is not enough memory for this document.");
 }
 
-TEST(HostileDocument, entriesNobodyAskedForMayNotInflateWithoutEnd) {
+TEST(HostileDocument, unusedEntriesAreLimitedInSize) {
   ZipFixture archive = fixture(manifest(layerNode()));
   archive.add(ZipFixture::deflated("layers/stray.layerdata", Bytes(70'000'000)));
-  EXPECT_EQ(failureOf(archive), "The archive holds more than its document can need.");
+  EXPECT_EQ(failureOf(archive), "The archive contains more data than its document can use.");
 }
 
-TEST(HostileDocument, bombOfZerosInflatesOnlyAsFarAsTheHeaderAllows) {
-  // A thousand to one: 60 MB that claim to be a layer of 3 x 2.
+TEST(HostileDocument, zeroBombInflatesOnlyToTheDeclaredSize) {
+  // 60 MB of zeros, compressed a thousand to one, as a layer of 3 x 2 pixels.
   const Bytes zeros(60'000'000);
   const auto start = smallHeader.encoded();
   Bytes bomb(start.begin(), start.end());
@@ -404,7 +404,7 @@ TEST(HostileDocument, anyByteOfAnArchiveWrong) {
     for (const unsigned flip : {0x01U, 0x40U, 0xFFU}) {
       Bytes archive = whole;
       archive[place] ^= static_cast<std::byte>(flip);
-      // Some fields don't matter; whatever is changed, the pixels are right or there is no document.
+      // Not every field matters, but the pixels are either correct or there is no document.
       const auto document = load(archive);
       if (!document || (*document)->rootNodes.value().empty()) continue;
       const auto layer = (*document)->rootNodes.value()[0].layer();

@@ -30,7 +30,7 @@ bool holdsVersion(const Document& document, int version) {
   return true;
 }
 
-/// Waits until the saver has told of one more save; how long that took, or nothing if it never did.
+/// Waits for the saver to report another save. Returns the time that took, or nothing on failure.
 std::optional<std::chrono::microseconds> awaitSave(QProcess& saver) {
   const auto start = std::chrono::steady_clock::now();
   char saved = 0;
@@ -68,7 +68,7 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
     const bool isFirst = holdsVersion(**loaded, 0);
     EXPECT_TRUE(isFirst || holdsVersion(**loaded, 1)) << "round " << round;
     ++found[isFirst ? 0 : 1];
-    // A killed process can't tidy up behind itself.
+    // A killed process leaves its temporary file behind.
     for (const QString& left : testing::filesIn(directory.path())) {
       if (left.startsWith(QStringLiteral("dunmarrow_save_"))) QFile::remove(directory.filePath(left));
     }

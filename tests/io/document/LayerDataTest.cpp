@@ -11,7 +11,7 @@ std::vector<int> valuesOf(std::span<const std::byte> bytes) {
   return values;
 }
 
-TEST(LayerdataHeader, standsByteForByte) {
+TEST(LayerdataHeader, matchesTheFormatByteForByte) {
   const LayerdataHeader header = LayerdataHeader::of(PixelFormat::rg8Unorm, 3, 2);
   EXPECT_EQ(valuesOf(header.encoded()), (std::vector<int>{'V', 'K', 'R', 'M', 1, 0, 0, 0, 3, 0, 0, 0,
                                                           2,   0,   0,   0,   6, 0, 0, 0, 0, 0, 0, 0}));
@@ -57,7 +57,7 @@ TEST(LayerdataHeader, needsTheWholeHeaderAndItsMagic) {
   }
 }
 
-TEST(LayerdataHeader, versionRowBytesAndFlagsAreNotJudged) {
+TEST(LayerdataHeader, versionRowBytesAndFlagsAreIgnored) {
   LayerdataHeader header = LayerdataHeader::of(PixelFormat::rgba8Unorm, 5, 5);
   header.headerVersion = 77;
   header.bytesPerRow = 1;

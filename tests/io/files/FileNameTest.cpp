@@ -13,7 +13,7 @@ TEST(FileName, extensionsAreComparedInEitherCase) {
   EXPECT_TRUE(hasExtension(QStringLiteral("x.HEIC"), u"heic"));
 }
 
-TEST(FileName, aNameThatIsAllExtensionNamesTheDocument) {
+TEST(FileName, aNameWithoutABaseNamesTheDocument) {
   EXPECT_EQ(documentName(QStringLiteral("/a/.png")), QStringLiteral(".png"));
   EXPECT_EQ(documentName(QStringLiteral("/a/b.c.png")), QStringLiteral("b.c"));
 }
@@ -30,7 +30,7 @@ TEST(FileName, longNamesKeepTheirEnds) {
   EXPECT_TRUE(shown.startsWith(QString(29, u'a')));
   EXPECT_TRUE(shown.contains(QChar(0x2026)));
   EXPECT_TRUE(shown.endsWith(QStringLiteral("-the-end.png")));
-  // Each of these characters takes two units.
+  // Each of these characters takes two UTF-16 units.
   const QString whales = displayName(QString::fromUtf8("🐋").repeated(200));
   EXPECT_LE(whales.size(), 60);
   EXPECT_TRUE(whales.isValidUtf16());

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <cstring>
 
 #include "io/document/DocumentIO.h"
@@ -50,25 +51,40 @@ TEST_F(InputFileTest, readsFromAnywhere) {
   EXPECT_EQ((*file)->readAll(), "0123456789");
 }
 
-TEST_F(InputFileTest, cancelledWorkReadsNoMore) {
-  const auto cancellation = std::make_shared<Cancellation>();
-  const auto file = InputFile::open(written("bytes", QByteArray(100, 'x')), Progress({}, cancellation));
-  EXPECT_EQ((*file)->read(5).size(), 5);
-  cancellation->cancel();
-  EXPECT_TRUE((*file)->read(5).isEmpty());
+TEST_F(InputFileTest, readsAndSeeksAcrossItsBuffer) {
+  QByteArray bytes(100'000, '\0');
+  for (qsizetype i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 7 + i / 251);
+  const auto file = InputFile::open(written("bytes", bytes));
+  ASSERT_TRUE(file.has_value());
+  for (const qint64 position : {10LL, 16'000LL, 16'383LL, 5LL, 99'990LL, 40'000LL, 40'010LL}) {
+    ASSERT_TRUE((*file)->seek(position));
+    EXPECT_EQ((*file)->read(20),
+              bytes.sliced(position).first(std::min<qsizetype>(20, bytes.size() - position)));
+    char next = '\0';
+    EXPECT_EQ((*file)->getChar(&next), position + 20 < bytes.size());
+    EXPECT_EQ(next, position + 20 < bytes.size() ? bytes[position + 20] : '\0');
+  }
 }
 
-TEST_F(InputFileTest, aPipeIsRefusedAtOnce) {
+TEST_F(InputFileTest, cancelledWorkReadsNoMore) {
+  const auto cancellation = std::make_shared<Cancellation>();
+  const auto file = InputFile::open(written("bytes", QByteArray(100'000, 'x')), Progress({}, cancellation));
+  EXPECT_EQ((*file)->read(5).size(), 5);
+  cancellation->cancel();
+  EXPECT_LT((*file)->readAll().size(), 20'000);
+}
+
+TEST_F(InputFileTest, aPipeIsRejectedAtOnce) {
   ASSERT_EQ(::mkfifo(nativePath("pipe").c_str(), 0600), 0);
   expectRefused(path("pipe"));
 }
 
-TEST_F(InputFileTest, aDirectoryIsRefused) {
+TEST_F(InputFileTest, aDirectoryIsRejected) {
   ASSERT_EQ(::mkdir(nativePath("folder.png").c_str(), 0700), 0);
   expectRefused(path("folder.png"));
 }
 
-TEST_F(InputFileTest, aSocketIsRefused) {
+TEST_F(InputFileTest, aSocketIsRejected) {
   const std::string name = nativePath("socket");
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -80,7 +96,7 @@ TEST_F(InputFileTest, aSocketIsRefused) {
   ::close(socket);
 }
 
-TEST_F(InputFileTest, aDeviceIsRefused) {
+TEST_F(InputFileTest, aDeviceIsRejected) {
   expectRefused(QStringLiteral("/dev/zero"));
 }
 

@@ -42,7 +42,7 @@ class DamagedImages : public ::testing::Test {
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "a library printed its own words";
     return image;
   }
-  /// Opens with a warning, or not at all with a reason.
+  /// The file opens with a warning or is rejected with a reason.
   void expectHonest(const QByteArray& bytes) {
     const auto image = read(bytes);
     if (image) {
@@ -65,7 +65,7 @@ TEST_P(TruncatedImages, aWholeFileOpensWithoutAWarning) {
   EXPECT_EQ(image->warning, QString());
 }
 
-TEST_P(TruncatedImages, aPartOfItNeverPassesForTheWhole) {
+TEST_P(TruncatedImages, aTruncatedFileIsNeverTakenForComplete) {
   const QByteArray whole = encoded(noise(90, 70), GetParam());
   for (const double part : {0.1, 0.5, 0.9, 0.97}) {
     SCOPED_TRACE(part);
@@ -86,7 +86,7 @@ TEST_F(DamagedImages, aTruncatedJpegOpensWithAWarningAndHasNoFormatToSaveIn) {
             Document::ImageFileFormat::jpeg);
 }
 
-TEST_F(DamagedImages, aJpegWithAHoleOpensWithAWarning) {
+TEST_F(DamagedImages, aJpegWithMissingDataOpensWithAWarning) {
   QByteArray bytes = encoded(noise(200, 160), "jpeg");
   const qsizetype middle = bytes.size() / 2;
   bytes.remove(middle, bytes.size() - middle - 2);  // the end marker stays
@@ -95,7 +95,7 @@ TEST_F(DamagedImages, aJpegWithAHoleOpensWithAWarning) {
   EXPECT_FALSE(image->warning.isEmpty());
 }
 
-TEST_F(DamagedImages, bytesBehindAJpegAreNoDamage) {
+TEST_F(DamagedImages, trailingBytesOfAJpegAreIgnored) {
   const auto image = read(encoded(noise(40, 30), "jpeg") + QByteArray(500, '\x55'));
   ASSERT_TRUE(image.has_value());
   EXPECT_EQ(image->warning, QString());
@@ -112,13 +112,13 @@ TEST_F(DamagedImages, aTruncatedGifOpensWithAWarning) {
   expectHonest(whole->first(whole->size() * 2 / 3));
 }
 
-TEST_F(DamagedImages, aPngWithAFalseCheckSumIsRefused) {
+TEST_F(DamagedImages, aPngWithAWrongChecksumIsRejected) {
   QByteArray bytes = encoded(noise(90, 70), "png");
   bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 0x55);
   expectHonest(bytes);
 }
 
-TEST_F(DamagedImages, everyTruncationIsSeenToItsLastByte) {
+TEST_F(DamagedImages, truncationAtAnyByteIsDetected) {
   for (const char* format : {"png", "bmp", "webp"}) {
     QByteArray whole = encoded(noise(20, 10), format);
     QBuffer buffer(&whole);
@@ -133,7 +133,7 @@ TEST_F(DamagedImages, everyTruncationIsSeenToItsLastByte) {
   }
 }
 
-TEST_F(DamagedImages, whatIsNoImageSaysSo) {
+TEST_F(DamagedImages, unsupportedFilesSaySo) {
   const auto image = read("this is a letter, not a picture");
   ASSERT_FALSE(image.has_value());
   EXPECT_EQ(image.error().message, QStringLiteral("Unsupported image format."));

@@ -69,7 +69,7 @@ TEST_F(FlatImages, TheModeFollowsColorSpaceAndDepth) {
   EXPECT_EQ(colorMode({true, 16, 32}), ColorMode::grayscale16);
   EXPECT_EQ(colorMode({false, 8, 32}), ColorMode::rgb8);
   EXPECT_EQ(colorMode({false, 16, 64}), ColorMode::rgb16);
-  // Colour counts as grey by its pixel size alone.
+  // A pixel size of 8 or 16 bits makes an image grey.
   EXPECT_EQ(colorMode({false, 8, 8}), ColorMode::grayscale8);
   EXPECT_EQ(colorMode({false, 5, 16}), ColorMode::grayscale8);
 }
@@ -148,7 +148,7 @@ TEST_F(FlatImages, AnEmbeddedProfileIsConvertedToSrgb) {
   EXPECT_NE(got & 0xFFU, 100U);
 }
 
-TEST_F(FlatImages, GreyIsGreyHoweverTheReaderSpreadsIt) {
+TEST_F(FlatImages, GreyStaysGreyEvenIfTheReaderExpandsIt) {
   QImage grey(20, 10, QImage::Format_Grayscale8);
   grey.fill(90);
   EXPECT_EQ(opened(saved(grey, QStringLiteral("grey.tiff"), "tiff"))->colorMode.value(),
@@ -175,7 +175,7 @@ TEST_F(FlatImages, AHeaderOfGreyWithAlphaOrOfAnyDamageIsReadWithinItsBounds) {
   }
 }
 
-TEST_F(FlatImages, AProfileCountsEvenWhereAllPixelsOfAColourImageAreGrey) {
+TEST_F(FlatImages, AProfileAppliesEvenIfAllPixelsOfAColorImageAreGrey) {
   QImage image(8, 8, QImage::Format_RGB32);
   image.fill(qRgb(100, 100, 100));
   image.setColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, 1.0F));
@@ -183,31 +183,31 @@ TEST_F(FlatImages, AProfileCountsEvenWhereAllPixelsOfAColourImageAreGrey) {
   EXPECT_GT(pixelsOf(document).pixelAt(2, 2) & 0xFFU, 150U);
 }
 
-TEST_F(FlatImages, AnImageThatMemoryCanNotHoldIsRefused) {
+TEST_F(FlatImages, AnImageTooLargeForMemoryIsRejected) {
   QImage image(500, 400, QImage::Format_RGB32);
   image.fill(Qt::red);
   const QString path = saved(image, QStringLiteral("big.png"), "png");
   const ScopedMemoryLimit limit(100000);
   const FileResult<FlatImage> result = readFlatImage(path, context);
   ASSERT_FALSE(result.has_value());
-  EXPECT_EQ(result.error().message, QStringLiteral("The image needs more memory than there is."));
+  EXPECT_EQ(result.error().message, QStringLiteral("There is not enough memory for this image."));
 }
 
-TEST_F(FlatImages, AnExportWithoutMemoryForItHasNoResult) {
+TEST_F(FlatImages, ExportFailsWithoutMemory) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   DocumentCompositor(context).compositeDocument(*document);
   const tileMemory::ScopedSurfaceFailure refusal(0);
   EXPECT_FALSE(exportImage(*document->compositedTexture.value(), ColorMode::rgb16, Format::png, context));
 }
 
-TEST_F(FlatImages, AnotherDecodableExtensionHasNoFormatToSaveIn) {
+TEST_F(FlatImages, OtherDecodableFormatsHaveNoSourceFormat) {
   QImage image(5, 5, QImage::Format_RGB32);
   image.fill(Qt::red);
   const DocumentPtr document = opened(saved(image, QStringLiteral("picture.ppm"), "ppm"));
   EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
 }
 
-TEST_F(FlatImages, WhatIsNoImageFailsToLoadWithAReason) {
+TEST_F(FlatImages, AFileThatIsNotAnImageFailsToLoadWithAReason) {
   const QString path = folder.filePath(QStringLiteral("text.png"));
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -265,7 +265,7 @@ TEST_F(FlatImages, EveryFormatIsWrittenAndReadsBack) {
   }
 }
 
-/// What was told, in order; only the thread that works may tell.
+/// Records progress; only the working thread may report it.
 struct ToldProgress {
   std::vector<double> steps;
 
@@ -284,7 +284,7 @@ struct ToldProgress {
   }
 };
 
-TEST_F(FlatImages, OpeningTellsOfHeaderPixelsAndTiles) {
+TEST_F(FlatImages, OpeningReportsHeaderPixelsAndTiles) {
   QImage color(90, 70, QImage::Format_RGB32);
   color.fill(qRgb(200, 40, 90));
   for (const QImage& image : {color, color.convertToFormat(QImage::Format_Grayscale8)}) {
@@ -297,7 +297,7 @@ TEST_F(FlatImages, OpeningTellsOfHeaderPixelsAndTiles) {
   EXPECT_TRUE(told.steps.empty() || told.steps.back() < 1.0);
 }
 
-TEST_F(FlatImages, WritingPutsTheFileInPlaceAndTellsOfEveryStep) {
+TEST_F(FlatImages, WritingReplacesTheFileAndReportsEveryStep) {
   Surface composite(PixelFormat::rgba8Unorm, 90, 70);
   composite.fill(0xFF5A28C8U);
   for (const Format format : {Format::png, Format::jpeg, Format::tiff, Format::gif, Format::bmp}) {
@@ -311,14 +311,14 @@ TEST_F(FlatImages, WritingPutsTheFileInPlaceAndTellsOfEveryStep) {
   }
 }
 
-TEST_F(FlatImages, ALargePngTellsOfItsBands) {
+TEST_F(FlatImages, ALargePngReportsItsBands) {
   const Surface composite(PixelFormat::rgba8Unorm, 2000, 1000);
   ToldProgress told;
   ASSERT_TRUE(exportImage(composite, ColorMode::rgb8, Format::png, context, told.listener()));
   told.expectWhole(8);
 }
 
-TEST_F(FlatImages, CancelledWorkEndsWithoutAnImageOrAFile) {
+TEST_F(FlatImages, CancelledWorkLeavesNoImageAndNoFile) {
   QImage picture(300, 200, QImage::Format_RGB32);
   picture.fill(qRgb(200, 40, 90));
   Surface composite(PixelFormat::rgba8Unorm, 300, 200);
@@ -345,7 +345,7 @@ TEST_F(FlatImages, CancelledWorkEndsWithoutAnImageOrAFile) {
   }
 }
 
-TEST_F(FlatImages, AFileThatCanNotBeWrittenIsAFailedExport) {
+TEST_F(FlatImages, AnUnwritableDestinationFailsTheExport) {
   const Surface composite(PixelFormat::rgba8Unorm, 9, 7);
   ToldProgress told;
   const FileResult<void> result =

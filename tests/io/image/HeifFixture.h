@@ -1,4 +1,4 @@
-// HEIC files for tests, made by libheif's own encoder where it comes with one.
+// HEIC files for tests, written by libheif if it has an encoder.
 #pragma once
 
 #include <libheif/heif.h>
@@ -17,7 +17,7 @@
 
 namespace orvanel::testing {
 
-/// While alive, what this thread leaks isn't counted: the encoder forgets its own parameters.
+/// Suppresses leak detection on this thread: the encoder leaks its own parameters.
 #ifdef __SANITIZE_ADDRESS__
 using UncountedLeaks = __lsan::ScopedDisabler;
 #else

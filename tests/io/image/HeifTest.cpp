@@ -78,7 +78,7 @@ TEST_F(HeicFiles, AnEmbeddedProfileIsConvertedToSrgb) {
               lossOfCompression);
 }
 
-TEST_F(HeicFiles, ASizeThatNoCanvasHasIsRefused) {
+TEST_F(HeicFiles, ASizeBeyondTheLargestCanvasIsRejected) {
   const QByteArray bytes = fileOf(plain(qRgb(1, 2, 3)));
   for (const auto& [width, height] :
        {std::pair{30000U, 48U}, std::pair{64U, 30000U}, std::pair{100000U, 100000U},
@@ -90,15 +90,15 @@ TEST_F(HeicFiles, ASizeThatNoCanvasHasIsRefused) {
   }
 }
 
-TEST_F(HeicFiles, AnImageThatMemoryCanNotHoldIsRefusedBeforeItIsDecoded) {
+TEST_F(HeicFiles, AnImageTooLargeForMemoryIsRejectedBeforeDecoding) {
   const QByteArray bytes = testing::heicAnnouncing(fileOf(plain(qRgb(1, 2, 3))), 16384, 16384);
   const ScopedMemoryLimit limit(std::uint64_t{1} << 30U);
   const auto image = read(bytes);
   ASSERT_FALSE(image.has_value());
-  EXPECT_EQ(image.error().message, QStringLiteral("The image needs more memory than there is."));
+  EXPECT_EQ(image.error().message, QStringLiteral("There is not enough memory for this image."));
 }
 
-TEST_F(HeicFiles, PixelsBeyondTheAnnouncedSizeNeedTheirMemoryToo) {
+TEST_F(HeicFiles, PixelsBeyondTheDeclaredSizeCountAgainstMemory) {
   const QByteArray bytes = testing::heicAnnouncing(fileOf(plain(qRgb(1, 2, 3))), 2, 2);
   const ScopedMemoryLimit limit(10000);
   EXPECT_FALSE(read(bytes).has_value());
@@ -130,7 +130,7 @@ TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsSomeImage) {
   }
 }
 
-TEST(HeicNames, WhatIsNoPictureIsRefusedWithAReason) {
+TEST(HeicNames, AFileWithoutAPictureIsRejectedWithAReason) {
   const QTemporaryDir folder;
   QFile file(folder.filePath(QStringLiteral("text.heic")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));

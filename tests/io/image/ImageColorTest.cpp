@@ -73,7 +73,7 @@ TEST_F(ImageColors, APaletteOfTwoColorsIsColor) {
   }
 }
 
-TEST_F(ImageColors, OneColorBesideBlackMakesAPaletteColor) {
+TEST_F(ImageColors, APaletteOfBlackAndOneColorIsColor) {
   EXPECT_EQ(opened(twoColors(qRgb(0, 0, 0), qRgb(7, 7, 8)), "png").mode, ColorMode::rgb8);
 }
 
@@ -96,7 +96,7 @@ TEST_F(ImageColors, TwoGreysAreGrey) {
   EXPECT_EQ(muted.pixels->pixelAt(3, 4), 0xFFC8U);
 }
 
-TEST_F(ImageColors, ALongerPaletteIsColorEvenWhereItHoldsNothingButGreys) {
+TEST_F(ImageColors, ALongerPaletteIsColorEvenIfAllItsEntriesAreGrey) {
   QImage palette(16, 16, QImage::Format_Indexed8);
   palette.setColorTable({qRgb(0, 0, 0), qRgb(90, 90, 90), qRgb(180, 180, 180)});
   palette.fill(1);
@@ -120,7 +120,7 @@ TEST_F(ImageColors, AGreyProfileIsConvertedAndTheImageStaysGrey) {
   }
 }
 
-TEST_F(ImageColors, TheGammaOfAPngCountsForGreyAsForColor) {
+TEST_F(ImageColors, TheGammaOfAPngAppliesToGreyAndColor) {
   constexpr std::uint32_t linear = 100000;
   QImage grey(4, 4, QImage::Format_Grayscale8);
   grey.fill(100);
@@ -131,7 +131,7 @@ TEST_F(ImageColors, TheGammaOfAPngCountsForGreyAsForColor) {
   EXPECT_EQ(opened(testing::pngWithGamma(grey, linear)).pixels->pixelAt(1, 1), 0xFFA8A8A8U);
 }
 
-/// Every level of red beside its opposite of blue.
+/// A ramp of all levels of red, with blue inverted.
 QImage colorRamp() {
   QImage image(256, 1, QImage::Format_RGB32);
   for (int x = 0; x < 256; ++x) image.setPixel(x, 0, qRgb(x, 100, 255 - x));
@@ -173,7 +173,7 @@ TEST_F(ImageColors, APngOfAnotherGammaOrOtherPrimariesIsConverted) {
   EXPECT_NE(found.pixels->pixelAt(100, 0), asItStands);
 }
 
-TEST_F(ImageColors, TheProfileOfAPngOutweighsItsGamma) {
+TEST_F(ImageColors, TheProfileOfAPngOverridesItsGamma) {
   QImage image(4, 4, QImage::Format_RGB32);
   image.fill(qRgb(100, 100, 100));
   image.setColorSpace(QColorSpace::SRgbLinear);

@@ -1,4 +1,4 @@
-// Image files for tests of colour: profiles and chunks that no encoder at hand writes.
+// Image files with colour profiles and chunks that the encoders at hand don't write.
 #pragma once
 
 #include <zlib.h>
@@ -16,7 +16,7 @@ inline void appendBigEndian(QByteArray& bytes, std::uint32_t value) {
   for (const int shift : {24, 16, 8, 0}) bytes.append(static_cast<char>(value >> shift & 0xFFU));
 }
 
-/// A grey ICC profile whose values are a power of light; 1.0 is light itself.
+/// A grey ICC profile with this gamma; 1.0 is linear light.
 inline QColorSpace greyProfile(double gamma) {
   constexpr std::uint32_t headerBytes = 128;
   constexpr std::uint32_t whiteAt = headerBytes + 4 + 2 * 12;
@@ -50,7 +50,7 @@ inline QByteArray pngOf(const QImage& image) {
   return bytes;
 }
 
-/// A PNG with one more chunk right behind its header.
+/// Inserts a chunk after a PNG's header.
 inline QByteArray withChunk(const QByteArray& png, const char* type, const QByteArray& data) {
   constexpr qsizetype behindHeader = 33;
   const QByteArray chunk = QByteArray(type, 4) + data;
@@ -80,7 +80,7 @@ inline QByteArray withChromaticities(const QByteArray& png, const std::array<std
   return withChunk(png, "cHRM", values);
 }
 
-/// A JPEG with an ICC profile in a segment of its own.
+/// A JPEG with an ICC profile.
 inline QByteArray jpegWithProfile(const QImage& image, const QColorSpace& space) {
   QByteArray bytes;
   QBuffer buffer(&bytes);

@@ -44,7 +44,7 @@ Told toldBy(const QByteArray& bytes) {
 
 class Metadata : public ::testing::Test {
  protected:
-  /// A picture of 40 x 30 that lies on its side, with everything a camera and its owner say about it.
+  /// An image of 40 x 30 with an orientation and with metadata of all kinds.
   QString photograph(const char* format) {
     QImage image(40, 30, QImage::Format_RGB32);
     image.fill(qRgb(10, 200, 90));
@@ -83,7 +83,7 @@ class Metadata : public ::testing::Test {
   MetalContext& context = MetalContext::shared();
 };
 
-TEST_F(Metadata, comesThroughEveryFormatThatCanCarryIt) {
+TEST_F(Metadata, survivesInEveryFormatThatCanCarryIt) {
   for (const char* source : {"jpeg", "png", "tiff"}) {
     const auto image = readFlatImage(photograph(source), context);
     ASSERT_TRUE(image.has_value());
@@ -104,7 +104,7 @@ TEST_F(Metadata, comesThroughEveryFormatThatCanCarryIt) {
   }
 }
 
-TEST_F(Metadata, isMadeToAgreeWithThePicture) {
+TEST_F(Metadata, isCorrectedForTheImage) {
   const auto image = readFlatImage(photograph("jpeg"), context);
   ASSERT_TRUE(image.has_value());
   ASSERT_EQ(image->pixels->width(), 30) << "the picture stands upright";
@@ -137,7 +137,7 @@ TEST_F(Metadata, densityIsKept) {
   }
 }
 
-TEST_F(Metadata, aFileThatSaysNothingHasNone) {
+TEST_F(Metadata, aFileWithoutMetadataHasNone) {
   QImage image(4, 4, QImage::Format_RGB32);
   image.fill(Qt::gray);
   Surface composite(PixelFormat::rgba8Unorm, 4, 4);

@@ -55,13 +55,13 @@ TEST(PngWriter, isReadBackPixelForPixel) {
   }
 }
 
-TEST(PngWriter, saysThatItIsSrgb) {
+TEST(PngWriter, isTaggedAsSrgb) {
   const QByteArray png = encoded(pixelsOf(5, 5, 4), 5, 5, PngChannels::rgba);
   EXPECT_TRUE(png.contains("sRGB"));
   EXPECT_EQ(QImage::fromData(png, "png").colorSpace(), QColorSpace(QColorSpace::SRgb));
 }
 
-TEST(PngWriter, isTheSameEveryTime) {
+TEST(PngWriter, isDeterministic) {
   const auto pixels = pixelsOf(1500, 900, 4);
   EXPECT_TRUE(encoded(pixels, 1500, 900, PngChannels::rgba) == encoded(pixels, 1500, 900, PngChannels::rgba));
 }

@@ -77,7 +77,7 @@ TEST_F(SvgSource, otherFilesAreNotRead) {
   }
 }
 
-TEST_F(SvgSource, aDrawingInADrawingReadsNoFileEither) {
+TEST_F(SvgSource, embeddedDrawingsReadNoFiles) {
   const QByteArray inner =
       drawing("<image width=\"8\" height=\"8\" xlink:href=\"" + secret() + "\"/>").toBase64();
   const auto image = read(
@@ -86,7 +86,7 @@ TEST_F(SvgSource, aDrawingInADrawingReadsNoFileEither) {
   EXPECT_EQ(middleOf(*image), nothing);
 }
 
-TEST_F(SvgSource, styleSheetsBesideItAreNotRead) {
+TEST_F(SvgSource, externalStyleSheetsAreNotRead) {
   QFile sheet(folder.filePath(QStringLiteral("sheet.css")));
   ASSERT_TRUE(sheet.open(QIODevice::WriteOnly));
   sheet.write("rect { fill: #ff0000; }");
@@ -107,7 +107,7 @@ TEST_F(SvgSource, externalEntitiesStayUnresolved) {
   EXPECT_FALSE(safe.has_value() && safe->contains("ENTITY"));
 }
 
-TEST_F(SvgSource, entitiesThatMultiplyAreRefused) {
+TEST_F(SvgSource, entityBombsAreRejected) {
   QByteArray type = "<!DOCTYPE svg [<!ENTITY a0 \"aaaaaaaaaaaaaaaa\">";
   for (int i = 1; i < 20; ++i) {
     const QByteArray before = "&a" + QByteArray::number(i - 1) + ";";
@@ -116,9 +116,9 @@ TEST_F(SvgSource, entitiesThatMultiplyAreRefused) {
   EXPECT_FALSE(read(drawing("<text>&a19;</text>", type + "]>")).has_value());
 }
 
-TEST_F(SvgSource, compressedDrawingsGrowToALimit) {
+TEST_F(SvgSource, compressedDrawingsAreLimitedInSize) {
   const auto compressed = [](const QByteArray& bytes) {
-    // qCompress puts the length before a zlib stream; a gzip member is made here by hand.
+    // Qt writes no gzip streams.
     QByteArray out(static_cast<qsizetype>(compressBound(static_cast<uLong>(bytes.size()))) + 64, '\0');
     z_stream stream{};
     deflateInit2(&stream, 9, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
