@@ -5,6 +5,7 @@
 
 #include "AppFixture.h"
 #include "app/ExportFormats.h"
+#include "model/TestDoor.h"
 
 namespace orvanel {
 namespace {
@@ -132,7 +133,7 @@ TEST_F(DocumentFilesTest, OpenedFilesAreRemembered) {
 
 TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
-  put(document->sourceFileFormat, Document::ImageFileFormat::png);
+  document->setSource(std::nullopt, Document::ImageFileFormat::png);
   document->setDirty(true);
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
@@ -153,7 +154,7 @@ TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
 
 TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   const DocumentPtr document = addDocument(QStringLiteral("before/after"));
-  put(document->sourceFileURL, path("photo.png"));
+  document->setSource(path("photo.png"), std::nullopt);
   files.saveAs(document);
   EXPECT_THAT(dialogs.proposals, ElementsAre(path("before-after.tessel").toStdString()));
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
@@ -190,7 +191,7 @@ TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
 
 TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("no such folder/Sky.TESSEL"));
+  document->setSource(path("no such folder/Sky.TESSEL"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   EXPECT_FALSE(document->isDirty.value());
@@ -203,8 +204,8 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
 TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  put(first->sourceFileURL, path("first.tessel"));
-  put(second->sourceFileURL, path("second.tessel"));
+  first->setSource(path("first.tessel"), std::nullopt);
+  second->setSource(path("second.tessel"), std::nullopt);
   first->setDirty(true);
   second->setDirty(true);
   files.save(first);
@@ -219,7 +220,7 @@ TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn)
 
 TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setSource(path("Sky.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Asked for"));
@@ -232,7 +233,7 @@ TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstH
 
 TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setSource(path("Sky.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Clouds"));
@@ -248,7 +249,7 @@ TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
 TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   for (const char* name : {"one.tessel", "two.tessel"}) {
     const DocumentPtr document = addDocument(QString::fromLatin1(name));
-    put(document->sourceFileURL, path("no such folder/") + QLatin1String(name));
+    document->setSource(path("no such folder/") + QLatin1String(name), std::nullopt);
     document->setDirty(true);
     files.save(document);
   }
@@ -264,7 +265,7 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
 TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  put(first->sourceFileURL, path("first.tessel"));
+  first->setSource(path("first.tessel"), std::nullopt);
   first->setDirty(true);
   second->setDirty(true);
   files.save(first);
@@ -279,7 +280,7 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
 
 TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
-  put(document->sourceFileURL, path("no such folder/photo.tessel"));
+  document->setSource(path("no such folder/photo.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   dialogs.savePaths.push(path("rescued.tessel"));
@@ -294,9 +295,7 @@ TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNo
 TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   const DocumentPtr document = openOne(writeImage("photo.png", 20, 10, Qt::red));
   ASSERT_NE(document, nullptr);
-  MetalContext& context = state.metalContext;
-  context.clearTexture(*document->rootNodes.value().front().layer()->texture.value(), ColorMode::rgb8,
-                       {0.0F, 0.0F, 1.0F, 1.0F});
+  document->fillSelection({0.0F, 0.0F, 1.0F, 1.0F});
   document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
@@ -322,7 +321,7 @@ TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
 
 TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
-  put(document->sourceFileURL, path("no such folder/photo.png"));
+  document->setSource(path("no such folder/photo.png"), Document::ImageFileFormat::png);
   document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
@@ -356,7 +355,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->setDirty(true);
-  put(document->sourceFileURL, path("Picture.tessel"));
+  document->setSource(path("Picture.tessel"), std::nullopt);
   for (std::size_t row = 0; row < exportFormats.size(); ++row) {
     const QString target = path("out.") + QLatin1String(exportFormats[row].fileExtension);
     dialogs.exportTargets.push({target, static_cast<int>(row)});
@@ -375,8 +374,7 @@ TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
 
 TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
-  state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
-                                  ColorMode::rgb8, {0.0F, 1.0F, 0.0F, 1.0F});
+  document->fillSelection({0.0F, 1.0F, 0.0F, 1.0F});
   dialogs.exportTargets.push({path("out.png"), 0});
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());
@@ -410,7 +408,7 @@ TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Export");
 
-  put(document->compositedTexture, nullptr);
+  test::put(document->compositedTexture, nullptr);
   dialogs.exportTargets.push({path("out.png"), 0});
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());
