@@ -32,15 +32,22 @@ void fillTile(Surface& surface, int index) {
 }
 
 DocumentPtr makeFullDocument(int side, ColorMode mode) {
-  DocumentPtr document = Document::create(QStringLiteral("Bench"), side, side, mode, MetalContext::shared());
-  Surface& texture = *document->rootNodes.value().front().layer()->texture.value();
-  tbb::parallel_for(0, texture.tileCount(), [&](int index) { fillTile(texture, index); });
-  return document;
+  const Texture pixels = MetalContext::shared().makeTexture(layerPixelFormat(mode), side, side);
+  tbb::parallel_for(0, pixels->tileCount(), [&](int index) { fillTile(*pixels, index); });
+  const auto layer = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Photo")}, pixels);
+  return Document::create({.name = QStringLiteral("Bench"),
+                           .width = side,
+                           .height = side,
+                           .colorMode = mode,
+                           .rootNodes = {layer}},
+                          MetalContext::shared());
 }
 
 void canvasDraw(benchmark::State& state, ColorMode mode, double zoom) {
-  const DocumentPtr document = makeFullDocument(4096, mode);
-  put(document->customZoomLevel, zoom);
+  constexpr int side = 4096;
+  const DocumentPtr document = makeFullDocument(side, mode);
+  // A fitted canvas leaves forty points free.
+  document->zoomFitOnScreen(40.0 + zoom * side, 40.0 + zoom * side);
   CanvasRenderer renderer(MetalContext::shared());
   renderer.document = document;
   BenchView view;
@@ -49,7 +56,8 @@ void canvasDraw(benchmark::State& state, ColorMode mode, double zoom) {
   for (auto _ : state) {
     // Each frame pans by one device pixel, so that everything has to be drawn.
     step = step < 100.0 ? step + 1.0 : 0.0;
-    document->setViewportOffset(QPointF(100.0 + step / zoom, 100.0 + step / zoom) * (zoom > 0.25 ? 1.0 : 0.01));
+    document->setViewportOffset(QPointF(100.0 + step / zoom, 100.0 + step / zoom) *
+                                (zoom > 0.25 ? 1.0 : 0.01));
     if (renderer.drawInMTKView(view) != FrameResult::drawn) state.SkipWithError("the frame wasn't drawn");
   }
   state.SetBytesProcessed(state.iterations() * viewWidth * viewHeight * 4);

@@ -10,6 +10,8 @@
 #include <numbers>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "PhotoLayers.h"
 #include "ResidentMemory.h"
@@ -41,20 +43,24 @@ Surface copiedPhoto() {
   return copy;
 }
 
-/// Layers share one copy of the photo until they are written to.
-DocumentPtr photoDocument(int layers) {
+/// Surfaces that share one copy of the photo until they are written to.
+std::vector<Texture> photos(int count) {
   const Surface pixels = copiedPhoto();
-  DocumentPtr document =
-      Document::createEmpty(QStringLiteral("Photo"), side, side, ColorMode::rgb16, context());
-  LayerNodeList nodes;
-  for (int i = 0; i < layers; ++i) {
-    auto layer = std::make_shared<Layer>(QString::number(i));
-    put(layer->texture, std::make_shared<Surface>(pixels));
-    nodes.emplace_back(std::move(layer));
+  std::vector<Texture> surfaces;
+  for (int i = 0; i < count; ++i) surfaces.push_back(std::make_shared<Surface>(pixels));
+  return surfaces;
+}
+
+/// One layer for each surface; the lowest is active.
+DocumentPtr documentOf(const std::vector<Texture>& surfaces) {
+  DocumentContents contents{
+      .name = QStringLiteral("Photo"), .width = side, .height = side, .colorMode = ColorMode::rgb16};
+  for (const Texture& surface : surfaces) {
+    const QString name = QString::number(contents.rootNodes.size());
+    contents.rootNodes.emplace_back(std::make_shared<Layer>(NodeValues{.name = name}, surface));
   }
-  document->selectNode(nodes.front().id());
-  put(document->rootNodes, std::move(nodes));
-  return document;
+  contents.selectedNodeID = contents.rootNodes.front().id();
+  return Document::create(std::move(contents), context());
 }
 
 void selectSoftly(const DocumentPtr& document) {
@@ -86,16 +92,16 @@ double secondsOf(const std::function<void()>& work) {
 
 /// The limit of commands that move all pixels: as many tiles of fresh memory, each filled by one copy.
 double limitSeconds(const Workload& workload) {
-  const DocumentPtr document = photoDocument(workload.layers);
+  std::vector<Texture> surfaces = photos(workload.layers);
   return secondsOf([&] {
-    for (const std::shared_ptr<Layer>& layer : document->allLayers()) {
-      const Texture from = layer->texture.value();
+    for (Texture& surface : surfaces) {
+      const Texture from = surface;
       const auto to = std::make_shared<Surface>(from->format(), workload.movedSide, workload.movedSide);
       tbb::parallel_for(0, to->tileCount(), [&](int index) {
         const Tile& tile = from->tile(index % from->tileCount());
         std::memcpy(to->overwriteTile(index), tile.data(), to->tileBytes());
       });
-      put(layer->texture, to);
+      surface = to;
     }
   });
 }
@@ -106,7 +112,7 @@ void measure(benchmark::State& state, const Workload& workload, Phase phase) {
   for (auto _ : state) {
     // Interleaved, because fetching fresh memory affects both alike.
     if (hasLimit) limit += limitSeconds(workload);
-    const DocumentPtr document = photoDocument(workload.layers);
+    const DocumentPtr document = documentOf(photos(workload.layers));
     workload.prepare(document);
     TextureSnapshot::waitForCompression();
     double seconds = secondsOf([&] { workload.command(document); });
@@ -228,15 +234,11 @@ BENCHMARK(editASecondApart)->Unit(benchmark::kMillisecond)->UseManualTime()->Ite
 void changeColorModeMemory(benchmark::State& state) {
   for (auto _ : state) {
     const double without = residentBytes();
-    const DocumentPtr document =
-        Document::createEmpty(QStringLiteral("Photos"), side, side, ColorMode::rgb16, context());
-    LayerNodeList nodes;
+    std::vector<Texture> surfaces;
     for (std::uint32_t seed = 0; seed < 20; ++seed) {
-      auto layer = std::make_shared<Layer>(QString::number(seed));
-      put(layer->texture, bench::photoLayer(side, side, bench::Depth::full, 100 + seed));
-      nodes.emplace_back(std::move(layer));
+      surfaces.push_back(bench::photoLayer(side, side, bench::Depth::full, 100 + seed));
     }
-    put(document->rootNodes, std::move(nodes));
+    const DocumentPtr document = documentOf(std::exchange(surfaces, {}));
     state.counters["documentMiB"] = (residentBytes() - without) / mebibyte;
     forgetPeak();
     state.SetIterationTime(secondsOf([&] { document->changeColorMode(ColorMode::rgb8); }));

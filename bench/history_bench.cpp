@@ -19,17 +19,18 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-DocumentPtr documentOf(int side) {
-  return Document::createEmpty(QStringLiteral("History"), side, side, ColorMode::rgb16, context());
-}
-
-void addLayerWith(const DocumentPtr& document, const Texture& pixels) {
-  auto layer = std::make_shared<Layer>(QStringLiteral("Layer"));
-  put(layer->texture, pixels);
-  document->selectNode(layer->id);
-  LayerNodeList nodes = document->rootNodes.value();
-  nodes.emplace_back(std::move(layer));
-  put(document->rootNodes, std::move(nodes));
+/// A document of one layer whose history holds that many records.
+DocumentPtr documentOf(const Texture& pixels, int maxOperations) {
+  const auto layer = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Layer")}, pixels);
+  DocumentPtr document = Document::create({.name = QStringLiteral("History"),
+                                           .width = pixels->width(),
+                                           .height = pixels->height(),
+                                           .colorMode = ColorMode::rgb16,
+                                           .rootNodes = {layer},
+                                           .selectedNodeID = layer->id},
+                                          context());
+  document->setHistoryLimits(document->undoStack.memoryBudget.value(), maxOperations);
+  return document;
 }
 
 void select(const DocumentPtr& document, const std::function<void(Selection&)>& shape) {
@@ -55,9 +56,8 @@ void cheapEditsOnTheLargestCanvas(benchmark::State& state) {
   constexpr int side = 16384;
   constexpr int rounds = 40;
   for (auto _ : state) {
-    const DocumentPtr document = documentOf(side);
-    document->undoStack.maxOperations = 4 * rounds;
-    addLayerWith(document, context().makeTexture(PixelFormat::rgba16Float, side, side));
+    const DocumentPtr document =
+        documentOf(context().makeTexture(PixelFormat::rgba16Float, side, side), 4 * rounds);
     for (int round = 0; round < rounds; ++round) {
       document->rename(*document->selectedNodeID.value(), QString::number(round));
       select(document, [round](Selection& shape) {
@@ -80,9 +80,7 @@ void smallEditsOfAPhoto(benchmark::State& state, int edits, Pace pace) {
   constexpr int editSide = 300;
   static const Texture photo = bench::photoLayer(side, side, bench::Depth::full, 7);
   for (auto _ : state) {
-    const DocumentPtr document = documentOf(side);
-    document->undoStack.maxOperations = 2 * edits;
-    addLayerWith(document, std::make_shared<Surface>(*photo));
+    const DocumentPtr document = documentOf(std::make_shared<Surface>(*photo), 2 * edits);
     std::mt19937 random(5);
     std::uniform_int_distribution<int> place(0, side - editSide);
     for (int edit = 0; edit < edits; ++edit) {

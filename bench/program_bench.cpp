@@ -1,7 +1,8 @@
-// The editor as a separate process: the time to its first frame, and its cost while idle.
+// The editor as a separate process: the time to its first frame, and its cost and wake-ups while idle.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
@@ -54,6 +55,28 @@ class RunningEditor {
            static_cast<double>(sysconf(_SC_CLK_TCK));
   }
 
+  /// How often its threads have woken from a wait since they began.
+  struct WakeUps {
+    double ofMainThread = 0.0;
+    double ofOtherThreads = 0.0;
+  };
+  [[nodiscard]] WakeUps wakeUps() const {
+    WakeUps found;
+    const QString mainThread = QString::number(process_.processId());
+    const QDir threads(QStringLiteral("/proc/%1/task").arg(process_.processId()));
+    for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+      QFile file(threads.filePath(thread + QStringLiteral("/status")));
+      if (!file.open(QIODevice::ReadOnly)) continue;
+      // A thread that waits gives up the processor of its own accord, once for each time it is woken.
+      constexpr char field[] = "\nvoluntary_ctxt_switches:";
+      const QByteArray status = file.readAll();
+      const QByteArray rest = status.mid(status.indexOf(field) + static_cast<int>(sizeof(field)) - 1);
+      const double count = rest.left(rest.indexOf('\n')).trimmed().toDouble();
+      (thread == mainThread ? found.ofMainThread : found.ofOtherThreads) += count;
+    }
+    return found;
+  }
+
  private:
   QTemporaryDir home_;
   QProcess process_;
@@ -81,9 +104,13 @@ void IdleWithADocument(benchmark::State& state) {
     const RunningEditor editor({photo});
     if (!editor.isShown()) state.SkipWithError("no frame came");
     std::this_thread::sleep_for(std::chrono::seconds(settlingSeconds));
-    const double before = editor.processorSeconds();
+    const double seconds = editor.processorSeconds();
+    const RunningEditor::WakeUps before = editor.wakeUps();
     std::this_thread::sleep_for(std::chrono::seconds(idleSeconds));
-    state.counters["percent_of_a_core"] = (editor.processorSeconds() - before) * 100.0 / idleSeconds;
+    const RunningEditor::WakeUps after = editor.wakeUps();
+    state.counters["percent_of_a_core"] = (editor.processorSeconds() - seconds) * 100.0 / idleSeconds;
+    state.counters["wakeups"] = after.ofMainThread - before.ofMainThread;
+    state.counters["wakeups_of_other_threads"] = after.ofOtherThreads - before.ofOtherThreads;
   }
 }
 

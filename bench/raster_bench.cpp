@@ -63,9 +63,9 @@ struct Stack {
     CompositePlan plan(*canvas);
     for (int i = 0; i < layerCount; ++i) {
       CompositeParams params;
-      put(params.blendMode, rawValue(i % 2 == 0 ? BlendMode::normal : BlendMode::multiply));
-      put(params.opacity, 0.7F);
-      put(params.colorMode, rawValue(mode));
+      params.blendMode = rawValue(i % 2 == 0 ? BlendMode::normal : BlendMode::multiply);
+      params.opacity = 0.7F;
+      params.colorMode = rawValue(mode);
       params.hasMask = masks.empty() ? 0 : 1;
       plan.compositeLayer(CompositePlan::canvasTarget(), params, *layers[static_cast<std::size_t>(i)],
                           masks.empty() ? nullptr : masks[static_cast<std::size_t>(i)].get());

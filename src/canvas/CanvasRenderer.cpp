@@ -14,8 +14,6 @@ constexpr float selectionAnimationSpeed = 20.0F;
 /// The outline's pattern repeats every so many phase units; far out the phase is taken back by whole repeats.
 constexpr float selectionPatternLength = 8.0F;
 constexpr float largestAnimationOffset = 8000.0F;
-/// How long a frame works at the flattened image. What takes longer shows as far as it has come.
-constexpr std::chrono::milliseconds flatteningPerFrame{100};
 
 }  // namespace
 

@@ -1,8 +1,9 @@
-// The frame of a canvas: has the document flattened where it is stale, then draws the passes. Lives as long as its
-// view's binding; main thread only. Panning and zooming never flatten anything.
+// The frame of a canvas: has the document flattened where it is stale, then draws the passes. Lives as long
+// as its view's binding; main thread only. Panning and zooming never flatten anything.
 #pragma once
 
 #include <QSizeF>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -37,6 +38,8 @@ class CanvasRenderer {
   std::weak_ptr<Document> document;
   /// Drawn above `layers`, in order.
   std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
+  /// How long a frame works at the flattened image. What takes longer shows as far as it has come.
+  std::chrono::milliseconds flatteningPerFrame{100};
 
   FrameResult drawInMTKView(MTKView& view);
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }

@@ -42,7 +42,11 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   document_ = document;
   if (document != nullptr) {
     // Any change may show, and a frame that finds nothing new touches no pixel.
-    changes_ = document->changes().observe([this](const DocumentChanges&) { requestRedraw(); });
+    changes_ = document->changes().observe([this](const DocumentChanges& changes) {
+      // The frame being drawn shows what it has just had flattened.
+      const bool isOwnFlattening = isDrawing_ && changes.size() == 1 && contains<change::Composited>(changes);
+      if (!isOwnFlattening) requestRedraw();
+    });
   }
   tryInitialZoom();
   requestRedraw();
@@ -86,8 +90,11 @@ void ScrollableMTKView::present() {
 
 void ScrollableMTKView::drawFrame() {
   pacer_.setRefreshRate(screen()->refreshRate());
+  isDrawing_ = true;
+  const FrameResult result = renderer_.drawInMTKView(*this);
+  isDrawing_ = false;
   // A flattening that takes long goes on in the next frame, and the window stays alive in between.
-  if (renderer_.drawInMTKView(*this) == FrameResult::unfinished) requestRedraw();
+  if (result == FrameResult::unfinished) requestRedraw();
 }
 
 void ScrollableMTKView::paintEvent(QPaintEvent* event) {
@@ -114,8 +121,7 @@ void ScrollableMTKView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   tryInitialZoom();
   if (const auto shown = document(); shown != nullptr && isVisible()) {
-    shown->setViewportOffset(
-        viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
+    shown->setViewportOffset(viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
   }
   requestRedraw();
 }
@@ -193,8 +199,7 @@ void ScrollableMTKView::zoomActualSize() {
   const auto shown = document();
   if (shown == nullptr) return;
   shown->zoomActualSize();
-  shown->setViewportOffset(
-      viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
+  shown->setViewportOffset(viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
   viewportMoved();
 }
 

@@ -128,6 +128,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   /// The last frame, in device pixels.
   QImage frame_;
   bool isPainting_ = false;
+  bool isDrawing_ = false;
   FramePacer pacer_;
   ChangeStream::Subscription changes_;
   std::vector<NotificationCenter::Subscription> notificationObservers_;

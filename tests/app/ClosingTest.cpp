@@ -65,7 +65,7 @@ TEST_F(ClosingTest, WithoutConfirmationDirtyDocumentsCloseSilently) {
 
 TEST_F(ClosingTest, AnsweringSaveWritesTheDocumentsFile) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("Sky.Tessel"));
+  document->setSource(path("Sky.Tessel"), std::nullopt);
   dialogs.saveAnswers.push(SaveAnswer::save);
   windowState.closeDocument(document->id);
   EXPECT_THAT(openNames(), IsEmpty());
@@ -97,8 +97,7 @@ TEST_F(ClosingTest, ACancelledPanelCountsAsARefusal) {
 
 TEST_F(ClosingTest, AFlatSourceIsOverwrittenInPlace) {
   const DocumentPtr document = openUnsaved(writeImage("photo.png"));
-  state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
-                                  ColorMode::rgb8, {0.0F, 0.0F, 1.0F, 1.0F});
+  document->fillSelection({0.0F, 0.0F, 1.0F, 1.0F});
   dialogs.saveAnswers.push(SaveAnswer::save);
   windowState.closeDocument(document->id);
   EXPECT_THAT(openNames(), IsEmpty());
@@ -135,7 +134,7 @@ TEST_F(ClosingTest, QuittingStopsAtTheFirstRefusalAndKeepsAllOpen) {
   addDocument(QStringLiteral("Saved"));
   addUnsaved(QStringLiteral("B"));
   addUnsaved(QStringLiteral("C"));
-  put(a->sourceFileURL, path("A.tessel"));
+  a->setSource(path("A.tessel"), std::nullopt);
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.saveAnswers.push(SaveAnswer::dontSave);
   dialogs.saveAnswers.push(SaveAnswer::cancel);
@@ -163,7 +162,7 @@ TEST_F(ClosingTest, UITestingQuitsAtOnce) {
 
 TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  put(document->sourceFileURL, path("A.tessel"));
+  document->setSource(path("A.tessel"), std::nullopt);
   files.save(document);
   AppDelegate delegate(state, files, {});
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
@@ -173,7 +172,7 @@ TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
 TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
   for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) {
     const DocumentPtr document = addUnsaved(QString::fromLatin1(name));
-    put(document->sourceFileURL, path(name));
+    document->setSource(path(name), std::nullopt);
     files.save(document);
   }
   AppDelegate delegate(state, files, {});
@@ -185,8 +184,8 @@ TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
 TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
   const DocumentPtr first = addUnsaved(QStringLiteral("A"));
   const DocumentPtr second = addUnsaved(QStringLiteral("B"));
-  put(first->sourceFileURL, path("A.tessel"));
-  put(second->sourceFileURL, path("B.tessel"));
+  first->setSource(path("A.tessel"), std::nullopt);
+  second->setSource(path("B.tessel"), std::nullopt);
   files.save(first);
   files.save(second);
   windowState.closeDocument(second->id);
@@ -197,7 +196,7 @@ TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
 
 TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  put(document->sourceFileURL, path("A.tessel"));
+  document->setSource(path("A.tessel"), std::nullopt);
   files.save(document);
   document->addLayer(QStringLiteral("Later"));
   windowState.closeDocument(document->id);
@@ -207,7 +206,7 @@ TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
 
 TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAboutTheChanges) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
-  put(document->sourceFileURL, path("no such folder/A.tessel"));
+  document->setSource(path("no such folder/A.tessel"), std::nullopt);
   files.save(document);
   ASSERT_FALSE(document->isDirty.value());
   windowState.closeDocument(document->id);
@@ -218,7 +217,7 @@ TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAboutTheChanges) {
 
 TEST_F(ClosingTest, ClosingADocumentDoesNotWaitForTheSaveOfAnother) {
   const DocumentPtr saved = addUnsaved(QStringLiteral("A"));
-  put(saved->sourceFileURL, path("A.tessel"));
+  saved->setSource(path("A.tessel"), std::nullopt);
   const DocumentPtr closed = addUnsaved(QStringLiteral("B"));
   closed->setDirty(false);
   files.save(saved);

@@ -5,6 +5,7 @@
 
 #include "AppFixture.h"
 #include "app/ExportFormats.h"
+#include "model/TestDoor.h"
 
 namespace orvanel {
 namespace {
@@ -175,7 +176,7 @@ TEST_F(DocumentFilesTest, OpenedFilesBecomeRecentDocuments) {
 
 TEST_F(DocumentFilesTest, SaveAsAdoptsTheFileAndWritesIt) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
-  put(document->sourceFileFormat, Document::ImageFileFormat::png);
+  document->setSource(std::nullopt, Document::ImageFileFormat::png);
   document->setDirty(true);
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
@@ -196,7 +197,7 @@ TEST_F(DocumentFilesTest, SaveAsAdoptsTheFileAndWritesIt) {
 
 TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   const DocumentPtr document = addDocument(QStringLiteral("before/after"));
-  put(document->sourceFileURL, path("photo.png"));
+  document->setSource(path("photo.png"), std::nullopt);
   files.saveAs(document);
   EXPECT_THAT(dialogs.proposals, ElementsAre(path("before-after.tessel").toStdString()));
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
@@ -233,7 +234,7 @@ TEST_F(DocumentFilesTest, SaveClearsTheDirtyFlagBeforeItWrites) {
 
 TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("no such folder/Sky.TESSEL"));
+  document->setSource(path("no such folder/Sky.TESSEL"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   EXPECT_FALSE(document->isDirty.value());
@@ -246,8 +247,8 @@ TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {
 TEST_F(DocumentFilesTest, AQueuedSaveKeepsTheDocumentDirtyUntilItsTurn) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  put(first->sourceFileURL, path("first.tessel"));
-  put(second->sourceFileURL, path("second.tessel"));
+  first->setSource(path("first.tessel"), std::nullopt);
+  second->setSource(path("second.tessel"), std::nullopt);
   first->setDirty(true);
   second->setDirty(true);
   files.save(first);
@@ -262,7 +263,7 @@ TEST_F(DocumentFilesTest, AQueuedSaveKeepsTheDocumentDirtyUntilItsTurn) {
 
 TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesItAsItIsWhenTheFirstHasEnded) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setSource(path("Sky.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Asked for"));
@@ -275,7 +276,7 @@ TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesItAsItIsWhenTheFirstHasEnd
 
 TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  put(document->sourceFileURL, path("Sky.tessel"));
+  document->setSource(path("Sky.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   document->addLayer(QStringLiteral("Clouds"));
@@ -291,7 +292,7 @@ TEST_F(DocumentFilesTest, ASaveAsDuringASaveOfTheSameDocumentWritesBothFiles) {
 TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   for (const char* name : {"one.tessel", "two.tessel"}) {
     const DocumentPtr document = addDocument(QString::fromLatin1(name));
-    put(document->sourceFileURL, path("no such folder/") + QLatin1String(name));
+    document->setSource(path("no such folder/") + QLatin1String(name), std::nullopt);
     document->setDirty(true);
     files.save(document);
   }
@@ -307,7 +308,7 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
 TEST_F(DocumentFilesTest, ASaveAsDuringTheSaveOfAnotherDocumentRunsAfterIt) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
-  put(first->sourceFileURL, path("first.tessel"));
+  first->setSource(path("first.tessel"), std::nullopt);
   first->setDirty(true);
   second->setDirty(true);
   files.save(first);
@@ -322,7 +323,7 @@ TEST_F(DocumentFilesTest, ASaveAsDuringTheSaveOfAnotherDocumentRunsAfterIt) {
 
 TEST_F(DocumentFilesTest, ASaveAsAfterAFailedSaveOfTheSameDocumentLeavesItClean) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
-  put(document->sourceFileURL, path("no such folder/photo.tessel"));
+  document->setSource(path("no such folder/photo.tessel"), std::nullopt);
   document->setDirty(true);
   files.save(document);
   dialogs.savePaths.push(path("rescued.tessel"));
@@ -337,9 +338,7 @@ TEST_F(DocumentFilesTest, ASaveAsAfterAFailedSaveOfTheSameDocumentLeavesItClean)
 TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   const DocumentPtr document = openOne(writeImage("photo.png", 20, 10, Qt::red));
   ASSERT_NE(document, nullptr);
-  MetalContext& context = state.metalContext;
-  context.clearTexture(*document->rootNodes.value().front().layer()->texture.value(), ColorMode::rgb8,
-                       {0.0F, 0.0F, 1.0F, 1.0F});
+  document->fillSelection({0.0F, 0.0F, 1.0F, 1.0F});
   document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
@@ -383,7 +382,7 @@ TEST_F(DocumentFilesTest, AnImageKeepsItsMetadataWhenItIsSavedAndExported) {
 
 TEST_F(DocumentFilesTest, AFailedFlatSaveLeavesTheDocumentDirty) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
-  put(document->sourceFileURL, path("no such folder/photo.png"));
+  document->setSource(path("no such folder/photo.png"), Document::ImageFileFormat::png);
   document->setDirty(true);
   files.save(document);
   ASSERT_TRUE(waitForFiles());
@@ -417,7 +416,7 @@ TEST_F(DocumentFilesTest, SavingWhatAFlatFileCannotHoldLeadsToSaveAs) {
 TEST_F(DocumentFilesTest, AnExportDoesNotChangeTheDocument) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->setDirty(true);
-  put(document->sourceFileURL, path("Picture.tessel"));
+  document->setSource(path("Picture.tessel"), std::nullopt);
   for (std::size_t row = 0; row < exportFormats.size(); ++row) {
     const QString target = path("out.") + QLatin1String(exportFormats[row].fileExtension);
     dialogs.exportTargets.push({target, static_cast<int>(row)});
@@ -436,8 +435,7 @@ TEST_F(DocumentFilesTest, AnExportDoesNotChangeTheDocument) {
 
 TEST_F(DocumentFilesTest, AnExportIncludesEditsThatWereNeverOnScreen) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
-  state.metalContext.clearTexture(*document->rootNodes.value().front().layer()->texture.value(),
-                                  ColorMode::rgb8, {0.0F, 1.0F, 0.0F, 1.0F});
+  document->fillSelection({0.0F, 1.0F, 0.0F, 1.0F});
   dialogs.exportTargets.push({path("out.png"), 0});
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());
@@ -471,7 +469,7 @@ TEST_F(DocumentFilesTest, AFailedExportIsReported) {
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Export");
 
-  put(document->compositedTexture, nullptr);
+  test::put(document->compositedTexture, nullptr);
   dialogs.exportTargets.push({path("out.png"), 0});
   files.exportImage(document);
   ASSERT_TRUE(waitForFiles());

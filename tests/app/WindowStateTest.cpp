@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "app/AppState.h"
+#include "tools/PostCounter.h"
 
 namespace orvanel {
 namespace {
@@ -203,13 +204,48 @@ TEST_F(WindowStateTest, PromotingAnUnknownIDInsertsIt) {
 TEST_F(WindowStateTest, ClosingTheActiveDocumentActivatesTheOneUsedBefore) {
   addABC();
   window.switchToDocument(a->id);
-  put(b->selectedTool, Tool::zoom);
-  put(c->selectedTool, Tool::magicWand);
+  b->rememberTool(Tool::zoom, {});
+  c->rememberTool(Tool::magicWand, {});
   window.closeDocument(a->id);
   EXPECT_THAT(names(), ElementsAre("B", "C"));
   EXPECT_EQ(activeName(), "C");
   EXPECT_EQ(tools.activeDocument(), c);
   EXPECT_EQ(tools.currentTool(), Tool::magicWand);
+}
+
+TEST_F(WindowStateTest, OpenDocumentsPostTheirChanges) {
+  addABC();
+  const test::PostCounter activeLayer(notification::activeLayerChanged);
+  const test::PostCounter steps(notification::undoRedoPerformed);
+  for (const DocumentPtr& document : {a, b, c}) {
+    document->selectNode(std::nullopt);
+    document->undo();
+  }
+  EXPECT_EQ(activeLayer.count, 3);
+  EXPECT_EQ(steps.count, 3);
+}
+
+TEST_F(WindowStateTest, AClosedDocumentPostsNoMore) {
+  addABC();
+  window.closeDocument(b->id);
+  const test::PostCounter activeLayer(notification::activeLayerChanged);
+  const test::PostCounter steps(notification::undoRedoPerformed);
+  b->selectNode(std::nullopt);
+  b->undo();
+  EXPECT_EQ(activeLayer.count, 0);
+  EXPECT_EQ(steps.count, 0);
+  window.closeAllDocuments();
+  a->undo();
+  EXPECT_EQ(steps.count, 0);
+}
+
+TEST_F(WindowStateTest, ADocumentThatIsAddedAgainPostsOnce) {
+  addABC();
+  window.closeDocument(b->id);
+  window.addDocument(b);
+  const test::PostCounter steps(notification::undoRedoPerformed);
+  b->undo();
+  EXPECT_EQ(steps.count, 1);
 }
 
 TEST_F(WindowStateTest, ClosingABackgroundTabLeavesTheRest) {
@@ -307,7 +343,7 @@ TEST_F(WindowStateTest, ADocumentThatOpensWhileClosingAllAsksStaysOpen) {
 
 TEST_F(WindowStateTest, ClosingTheOthersActivatesTheKeptOne) {
   addABC();
-  put(a->selectedTool, Tool::eyedropper);
+  a->rememberTool(Tool::eyedropper, {});
   window.closeOtherDocuments(a->id);
   EXPECT_THAT(names(), ElementsAre("A"));
   EXPECT_THAT(mostRecentNames(), ElementsAre("A"));

@@ -12,7 +12,7 @@ namespace {
 class CanvasContainerTest : public testing::Test {
  protected:
   CanvasContainerTest() {
-    put(document->needsInitialZoom, false);
+    test::keepInitialZoom(*document);
     container().resize(400, 300);
     canvas.update(document);
     container().show();
@@ -48,10 +48,10 @@ TEST_F(CanvasContainerTest, IsTheGroupNamedCanvas) {
 TEST_F(CanvasContainerTest, HidesAnIndicatorWhereTheCanvasFits) {
   EXPECT_FALSE(horizontal().isHidden());
   EXPECT_FALSE(vertical().isHidden());
-  put(document->customZoomLevel, 0.4);
+  test::zoomTo(*document, 0.4);
   EXPECT_TRUE(horizontal().isHidden());
   EXPECT_FALSE(vertical().isHidden());
-  put(document->customZoomLevel, 0.3);
+  test::zoomTo(*document, 0.3);
   EXPECT_TRUE(vertical().isHidden());
   canvas.update(nullptr);
   EXPECT_TRUE(horizontal().isHidden());
@@ -63,7 +63,7 @@ TEST_F(CanvasContainerTest, FollowsScrollingAndZooming) {
   document->setViewportOffset(QPointF(300, 750));
   EXPECT_DOUBLE_EQ(horizontal().doubleValue(), 0.5);
   EXPECT_DOUBLE_EQ(vertical().doubleValue(), 1.0);
-  put(document->zoomLevelIndex, 15);
+  test::zoomToIndex(*document, 15);
   EXPECT_DOUBLE_EQ(horizontal().knobProportion(), 200.0 / 1200.0);
 }
 

@@ -21,7 +21,7 @@ constexpr QPoint oneClickUp{0, 120};
 class CanvasInputTest : public testing::Test {
  protected:
   CanvasInputTest() {
-    put(document->needsInitialZoom, false);
+    test::keepInitialZoom(*document);
     pane.resize(400, 300);
     pane.setDocument(document);
     pane.show();
@@ -45,7 +45,7 @@ TEST_F(CanvasInputTest, AWheelClickPansFortyViewPoints) {
   EXPECT_EQ(offset(), QPointF(500, 460));
   sendWheel(view(), {10, 10}, noPixels, {-120, 0});
   EXPECT_EQ(offset(), QPointF(540, 460));
-  put(document->zoomLevelIndex, 17);
+  test::zoomToIndex(*document, 17);
   sendWheel(view(), {10, 10}, noPixels, {0, -240});
   EXPECT_EQ(offset(), QPointF(540, 480));
 }
@@ -64,20 +64,20 @@ TEST_F(CanvasInputTest, ShiftTurnsTheWheelSideways) {
 
 TEST_F(CanvasInputTest, ScrollingEndsAtTheBoundsAndIsSilentThere) {
   document->setViewportOffset(QPointF(-200, -140));
-  int writes = 0;
-  const auto notifier = document->viewportOffset.addNotifier([&] { ++writes; });
+  const test::ChangeRecorder changes(*document);
+  const auto moves = [&] { return changes.count<change::ViewChanged>(ViewProperty::viewportOffset); };
   scrollChanges = 0;
   sendWheel(view(), {10, 10}, noPixels, oneClickUp);
   EXPECT_EQ(offset(), QPointF(-200, -150));
-  EXPECT_EQ(writes, 1);
+  EXPECT_EQ(moves(), 1U);
   EXPECT_EQ(scrollChanges, 1);
   sendWheel(view(), {10, 10}, noPixels, oneClickUp);
-  EXPECT_EQ(writes, 1);
+  EXPECT_EQ(moves(), 1U);
   EXPECT_EQ(scrollChanges, 1);
 }
 
 TEST_F(CanvasInputTest, ACanvasThatFitsDoesNotScroll) {
-  put(document->zoomLevelIndex, 8);
+  test::zoomToIndex(*document, 8);
   sendWheel(view(), {10, 10}, noPixels, oneClickUp);
   EXPECT_EQ(offset(), QPointF(0, 0));
   EXPECT_EQ(scrollChanges, 0);
@@ -139,7 +139,7 @@ TEST_F(CanvasInputTest, ZoomKeepsThePointUnderThePointer) {
 }
 
 TEST_F(CanvasInputTest, ZoomSlidesAtTheEdges) {
-  put(document->zoomLevelIndex, 15);
+  test::zoomToIndex(*document, 15);
   document->setViewportOffset(QPointF(-100, -75));
   sendWheel(view(), {400, 300}, noPixels, -oneClickUp, Qt::AltModifier);
   EXPECT_EQ(offset(), QPointF(-200, -150));
@@ -162,11 +162,11 @@ TEST_F(CanvasInputTest, APinchStepsPastAFifth) {
 }
 
 TEST_F(CanvasInputTest, APinchAtTheEndsOfTheTableOnlyStartsAgain) {
-  put(document->zoomLevelIndex, 28);
+  test::zoomToIndex(*document, 28);
   sendGesture(view(), Qt::ZoomNativeGesture, 0.25, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
   EXPECT_EQ(view().magnifyAccumulator(), 0.0);
-  put(document->zoomLevelIndex, 0);
+  test::zoomToIndex(*document, 0);
   sendGesture(view(), Qt::ZoomNativeGesture, -0.25, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
   EXPECT_EQ(view().magnifyAccumulator(), 0.0);
@@ -186,7 +186,7 @@ TEST_F(CanvasInputTest, WithoutADocumentScrollAndPinchDoNothing) {
 }
 
 TEST_F(CanvasInputTest, ConversionsComeWholeFractionalAndClamped) {
-  put(document->zoomLevelIndex, 15);
+  test::zoomToIndex(*document, 15);
   document->setViewportOffset(QPointF(-10, 20));
   EXPECT_EQ(view().viewToDocument({5, 5}).value(), QPointF(-7.5, 22.5));
   EXPECT_EQ(view().viewToPixel({5, 5}).value(), QPoint(-8, 22));
@@ -230,9 +230,9 @@ TEST_F(CanvasInputTest, ZoomNotificationsActAtTheViewsCentre) {
 
 TEST_F(CanvasInputTest, ActualSizeNeverLeavesASmallCanvasOutside) {
   const auto small = test::makeDocument(300, 200);
-  put(small->needsInitialZoom, false);
+  test::keepInitialZoom(*small);
   pane.setDocument(small);
-  put(small->zoomLevelIndex, 20);
+  test::zoomToIndex(*small, 20);
   small->setViewportOffset(QPointF(250, 150));
   NotificationCenter::standard().post(notification::zoomActualSize);
   EXPECT_EQ(small->viewportOffset.value(), QPointF(0, 0));
@@ -286,7 +286,7 @@ TEST_F(CanvasInputTest, EveryModifierChangeWithoutControlCommits) {
 }
 
 TEST_F(CanvasInputTest, TheCursorPositionIsTheWholePixelInsideTheCanvas) {
-  put(document->zoomLevelIndex, 15);
+  test::zoomToIndex(*document, 15);
   test::moveMouse(view(), {5, 9});
   EXPECT_EQ(document->cursorDocumentPosition.value(), std::optional(QPointF(2, 4)));
   document->setViewportOffset(QPointF(-50, 0));
@@ -301,7 +301,7 @@ TEST_F(CanvasInputTest, TheCursorPositionIsTheWholePixelInsideTheCanvas) {
 
 TEST_F(CanvasInputTest, TheLastPixelIsInsideAndTheNextIsNot) {
   const auto small = test::makeDocument(10, 10);
-  put(small->needsInitialZoom, false);
+  test::keepInitialZoom(*small);
   pane.setDocument(small);
   test::moveMouse(view(), {204.9, 154.9});
   EXPECT_EQ(small->cursorDocumentPosition.value(), std::optional(QPointF(9, 9)));

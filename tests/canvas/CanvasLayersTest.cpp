@@ -64,7 +64,7 @@ TEST(DocumentPass, DrawsWithACompositeThroughItsChannelSwitches) {
   EXPECT_EQ(uniformsOf(draw),
             (std::vector<float>{1920, 1080, 640, 480, 12.5F, -3, 2, 1.25F, 1.0F, 0.0F, 1.0F, 0.0F}));
   EXPECT_EQ(draw.texture, document->compositedTexture.value().get());
-  put(document->compositedTexture, Texture());
+  test::put(document->compositedTexture, nullptr);
   EXPECT_FALSE(pass.shouldRender(viewContext, document.get()));
 }
 

@@ -4,37 +4,34 @@
 #include <gtest/gtest.h>
 
 #include "CanvasSupport.h"
+#include "model/DocumentCompositor.h"
 
 namespace orvanel {
 namespace {
 
 using test::makeDocument;
 using test::PlainView;
+using test::put;
 
 constexpr std::uint32_t surround = 0xFF94949CU;
 constexpr std::uint32_t white = 0xFFFFFFFFU;
+constexpr std::uint32_t red = 0xFFFF0000U;
 
 class CanvasRendererTest : public testing::Test {
  protected:
-  CanvasRendererTest() {
-    renderer.document = document;
-    renderer.onComposited = [this](Document&) { ++composited; };
-  }
+  CanvasRendererTest() { renderer.document = document; }
 
   [[nodiscard]] std::shared_ptr<Layer> background() const {
     return document->rootNodes.value().front().layer();
   }
-  /// Fills the background layer with one colour, as an edit does.
-  void paint(std::uint64_t pixel) {
-    background()->texture.value()->fill(pixel);
-    put(document->needsCompositing, true);
-  }
+  /// How often the document has been flattened.
+  [[nodiscard]] std::size_t composited() const { return changes.count<change::Composited>(); }
 
   double now = 100.0;
   DocumentPtr document = makeDocument(40, 30);
+  test::ChangeRecorder changes{*document};
   PlainView view{100, 80};
   CanvasRenderer renderer{MetalContext::shared(), [this] { return now; }};
-  int composited = 0;
 };
 
 TEST_F(CanvasRendererTest, DrawsTheDocumentCentredInTheSurround) {
@@ -69,7 +66,7 @@ TEST_F(CanvasRendererTest, TouchesNoPixelWhileNothingChanges) {
   now += 1.0;
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
   EXPECT_EQ(view.presented, 1);
-  EXPECT_EQ(composited, 1);
+  EXPECT_EQ(composited(), 1U);
   EXPECT_EQ(view.at(50, 40), 0x12345678U);
 }
 
@@ -77,7 +74,7 @@ TEST_F(CanvasRendererTest, CompositingThatChangesNoTileDrawsNothing) {
   renderer.drawInMTKView(view);
   put(document->needsCompositing, true);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
-  EXPECT_EQ(composited, 2);
+  EXPECT_EQ(composited(), 2U);
 }
 
 TEST_F(CanvasRendererTest, DrawsAfterEveryChangeOfTheView) {
@@ -88,60 +85,96 @@ TEST_F(CanvasRendererTest, DrawsAfterEveryChangeOfTheView) {
   expectDrawn("first");
   document->setViewportOffset(QPointF(3, 4));
   expectDrawn("offset");
-  put(document->zoomLevelIndex, 16);
+  test::zoomToIndex(*document, 16);
   expectDrawn("table zoom");
-  put(document->customZoomLevel, 2.5);
+  test::zoomTo(*document, 2.5);
   expectDrawn("custom zoom");
   document->setChannelVisibility(ChannelVisibility{1, 1, 0});
   expectDrawn("channels");
   view.scale = 2.0;
   expectDrawn("scale");
-  EXPECT_EQ(composited, 1);
+  EXPECT_EQ(composited(), 1U);
 }
 
 TEST_F(CanvasRendererTest, PaintsWhatWasEdited) {
   renderer.drawInMTKView(view);
-  paint(0xFF0000FFU);
+  document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_FALSE(document->needsCompositing.value());
-  EXPECT_EQ(composited, 2);
-  EXPECT_EQ(view.at(50, 40), 0xFFFF0000U);
+  EXPECT_EQ(composited(), 2U);
+  EXPECT_EQ(view.at(50, 40), red);
 }
 
-TEST_F(CanvasRendererTest, NoticesPropertiesWithoutBeingTold) {
+TEST_F(CanvasRendererTest, FlattensForPropertiesThatSetNoFlag) {
   renderer.drawInMTKView(view);
-  put(background()->opacity, 0.5F);
+  document->setOpacity(background()->id, 0.5F);
+  EXPECT_FALSE(document->needsCompositing.value());
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
-  put(background()->isVisible, false);
+  document->setVisible(background()->id, false);
+  EXPECT_FALSE(document->needsCompositing.value());
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
-  put(background()->isVisible, true);
+}
+
+TEST_F(CanvasRendererTest, PropertiesThatDoNotShowFlattenNothing) {
+  renderer.drawInMTKView(view);
+  document->rename(background()->id, QStringLiteral("Sky"));
+  document->setLocked(background()->id, true);
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
   put(background()->opacity, 0.0F);
   renderer.drawInMTKView(view);
-  const int before = composited;
+  EXPECT_EQ(composited(), 2U);
   put(background()->opacity, -0.0F);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unchanged);
-  EXPECT_EQ(composited, before);
+  EXPECT_EQ(composited(), 2U);
 }
 
-TEST_F(CanvasRendererTest, NoticesAMaskThatIsSwitched) {
+TEST_F(CanvasRendererTest, FlattensForAMaskThatIsSwitched) {
+  test::addMask(*background());
   renderer.drawInMTKView(view);
-  background()->mask =
-      std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(40, 30, MetalContext::shared()));
-  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
-  put(background()->mask.value()->isEnabled, false);
+  document->setMaskEnabled(background()->id, false);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), white);
 }
 
-TEST_F(CanvasRendererTest, TheHashIsStoredWheneverItComposites) {
+TEST_F(CanvasRendererTest, AFrameLeavesTheCompositeCurrent) {
+  EXPECT_FALSE(document->isCompositeCurrent());
   renderer.drawInMTKView(view);
-  EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
-  put(background()->blendMode, BlendMode::multiply);
-  EXPECT_NE(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+  EXPECT_TRUE(document->isCompositeCurrent());
+  EXPECT_EQ(document->compositor().lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+  document->setBlendMode(background()->id, BlendMode::multiply);
+  EXPECT_FALSE(document->isCompositeCurrent());
   renderer.drawInMTKView(view);
-  EXPECT_EQ(renderer.lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+  EXPECT_EQ(document->compositor().lastCompositingHash(), DocumentCompositor::compositingHash(*document));
+}
+
+TEST_F(CanvasRendererTest, ALongFlatteningIsSpreadOverFrames) {
+  // More tiles than are made between two looks at the clock.
+  document = makeDocument(1024, 1024);
+  renderer.document = document;
+  renderer.flatteningPerFrame = std::chrono::milliseconds(0);
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
+  EXPECT_FALSE(document->isCompositeCurrent());
+  EXPECT_EQ(view.presented, 1);
+  EXPECT_NE(renderer.drawInMTKView(view), FrameResult::unfinished);
+  EXPECT_TRUE(document->isCompositeCurrent());
+  for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 79), QPoint(99, 79)}) {
+    EXPECT_EQ(view.at(corner.x(), corner.y()), white);
+  }
+}
+
+TEST_F(CanvasRendererTest, AnEditDuringALongFlatteningStartsItAnew) {
+  document = makeDocument(1024, 1024);
+  renderer.document = document;
+  renderer.flatteningPerFrame = std::chrono::milliseconds(0);
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
+  document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 79), QPoint(99, 79)}) {
+    EXPECT_EQ(view.at(corner.x(), corner.y()), red);
+  }
 }
 
 TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
@@ -150,8 +183,8 @@ TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
   EXPECT_TRUE(document->needsCompositing.value());
   EXPECT_EQ(renderer.lastFrameTime(), 0.0);
   view.isHidden = false;
-  const Texture composite = document->compositedTexture.value();
-  put(document->compositedTexture, Texture());
+  const ConstTexture composite = document->compositedTexture.value();
+  put(document->compositedTexture, nullptr);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
   EXPECT_TRUE(document->needsCompositing.value());
   put(document->compositedTexture, composite);
@@ -164,7 +197,7 @@ TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
 TEST_F(CanvasRendererTest, ShowsAnotherDocumentAfterASwitch) {
   renderer.drawInMTKView(view);
   const DocumentPtr other = makeDocument(40, 30);
-  other->rootNodes.value().front().layer()->texture.value()->fill(0xFF00FF00U);
+  other->fillSelection({0.0F, 1.0F, 0.0F, 1.0F});
   renderer.document = other;
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(50, 40), 0xFF00FF00U);
@@ -241,11 +274,11 @@ TEST_F(CanvasRendererTest, DrawsToolOverlaysOnTop) {
 }
 
 TEST_F(CanvasRendererTest, ShowsTheGridAtHighZoom) {
-  put(document->customZoomLevel, 40.0);
+  test::zoomTo(*document, 40.0);
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(20, 20), white);
   EXPECT_NE(view.at(40, 20), white);
-  put(document->customZoomLevel, 39.9);
+  test::zoomTo(*document, 39.9);
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(40, 20), white);
 }

@@ -1,22 +1,24 @@
-// What tests of the canvas share: small documents, a drawable without a window, and input events.
+// What tests of the canvas share: documents at a given zoom, a drawable without a window, and input events.
 #pragma once
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPointingDevice>
-#include <QProperty>
 #include <QWheelEvent>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <vector>
 
 #include "canvas/MTKView.h"
-#include "model/Document.h"
-#include "tools/NotificationCenter.h"
+#include "model/ModelSupport.h"
+#include "model/edit/DocumentEdit.h"
+#include "tools/PostCounter.h"
 
 /// Lets failures show points. Found by the argument's own namespace, under the name the framework looks for.
 inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(readability-identifier-naming)
@@ -25,8 +27,23 @@ inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(rea
 
 namespace orvanel::test {
 
-inline DocumentPtr makeDocument(int width, int height, ColorMode mode = ColorMode::rgb8) {
-  return Document::create(QStringLiteral("Test"), width, height, mode, MetalContext::shared());
+/// Zooms to an entry of the table.
+inline void zoomToIndex(Document& document, int index) {
+  DocumentEdit edit(document, editKind::state);
+  edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, index, ViewProperty::zoom);
+}
+
+/// Zooms to any factor.
+inline void zoomTo(Document& document, double zoom) {
+  DocumentEdit edit(document, editKind::state);
+  edit.set(&Document::customZoomLevel, zoom, ViewProperty::zoom);
+}
+
+/// Leaves the zoom as it is when the document first comes into a view.
+inline void keepInitialZoom(Document& document) {
+  DocumentEdit edit(document, editKind::state);
+  edit.set(&Document::needsInitialZoom, false, ViewProperty::needsInitialZoom);
 }
 
 /// A view without a window: memory to draw into, and counters.
@@ -59,6 +76,20 @@ class PlainView : public MTKView {
   int width_;
   int height_;
 };
+
+inline void runEventLoop(int milliseconds) {
+  QElapsedTimer timer;
+  timer.start();
+  while (timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 5);
+}
+
+/// Lets events run until the condition holds; false when it doesn't within some seconds.
+[[nodiscard]] inline bool runUntil(const std::function<bool()>& condition) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition() && timer.elapsed() < 5000) QApplication::processEvents(QEventLoop::AllEvents, 5);
+  return condition();
+}
 
 inline void sendWheel(QWidget& view, QPointF at, QPoint pixelDelta, QPoint angleDelta,
                       Qt::KeyboardModifiers modifiers = Qt::NoModifier,
@@ -99,19 +130,5 @@ inline void dragMouse(QWidget& view, QPointF from, QPointF to) {
   sendMouse(view, QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
   sendMouse(view, QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
 }
-
-/// Counts the posts of one name while it lives.
-class PostCounter {
- public:
-  explicit PostCounter(std::string_view name)
-      : subscription_(NotificationCenter::standard().observe(name, [this](const std::any&) { ++count; })) {}
-  PostCounter(const PostCounter&) = delete;
-  PostCounter& operator=(const PostCounter&) = delete;
-
-  int count = 0;
-
- private:
-  NotificationCenter::Subscription subscription_;
-};
 
 }  // namespace orvanel::test

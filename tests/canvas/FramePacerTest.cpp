@@ -3,26 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <QApplication>
-#include <QElapsedTimer>
-#include <QMouseEvent>
-#include <QWidget>
+#include <functional>
+
+#include "CanvasSupport.h"
 
 namespace orvanel {
 namespace {
 
-void runEventLoop(int milliseconds) {
-  QElapsedTimer timer;
-  timer.start();
-  while (timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-}
-
-bool runUntil(const std::function<bool()>& condition) {
-  QElapsedTimer timer;
-  timer.start();
-  while (!condition() && timer.elapsed() < 5000) QApplication::processEvents(QEventLoop::AllEvents, 5);
-  return condition();
-}
+using test::runEventLoop;
+using test::runUntil;
 
 TEST(FramePacer, StaysStillUntilItIsStarted) {
   int frames = 0;
@@ -42,26 +31,39 @@ TEST(FramePacer, DrawsOneFrameForManyRequests) {
   EXPECT_EQ(frames, 1);
 }
 
-TEST(FramePacer, LooksAgainByItselfForChangesNobodyTold) {
-  int frames = 0;
-  FramePacer pacer([&] { ++frames; });
-  pacer.start();
-  EXPECT_TRUE(runUntil([&] { return frames >= 3; }));
-  pacer.stop();
-  const int stopped = frames;
-  runEventLoop(250);
-  EXPECT_EQ(frames, stopped);
-}
-
-TEST(FramePacer, LooksAfterInputThatReachesAnyWidget) {
-  QWidget elsewhere;
+TEST(FramePacer, DrawsNothingMoreUntilItIsAskedAgain) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.start();
   ASSERT_TRUE(runUntil([&] { return frames == 1; }));
-  QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier);
-  QApplication::sendEvent(&elsewhere, &key);
-  EXPECT_TRUE(runUntil([&] { return frames >= 2; }));
+  runEventLoop(100);
+  EXPECT_EQ(frames, 1);
+  pacer.request();
+  EXPECT_TRUE(runUntil([&] { return frames == 2; }));
+}
+
+TEST(FramePacer, AFrameMayAskForTheNext) {
+  int frames = 0;
+  FramePacer* asked = nullptr;
+  FramePacer pacer([&] {
+    if (++frames < 3) asked->request();
+  });
+  asked = &pacer;
+  pacer.start();
+  ASSERT_TRUE(runUntil([&] { return frames == 3; }));
+  runEventLoop(100);
+  EXPECT_EQ(frames, 3);
+}
+
+TEST(FramePacer, ForgetsARequestWhenItIsStopped) {
+  int frames = 0;
+  FramePacer pacer([&] { ++frames; });
+  pacer.start();
+  ASSERT_TRUE(runUntil([&] { return frames == 1; }));
+  pacer.request();
+  pacer.stop();
+  runEventLoop(100);
+  EXPECT_EQ(frames, 1);
 }
 
 TEST(FramePacer, IsStartedOnceHoweverOften) {

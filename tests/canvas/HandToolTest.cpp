@@ -11,7 +11,7 @@ namespace {
 class HandToolTest : public testing::Test {
  protected:
   HandToolTest() {
-    put(document->needsInitialZoom, false);
+    test::keepInitialZoom(*document);
     pane.resize(400, 300);
     pane.setDocument(document);
     pane.show();
@@ -27,7 +27,7 @@ TEST_F(HandToolTest, MovesTheDocumentWithThePointer) {
   document->setViewportOffset(QPointF(300, 200));
   test::dragMouse(view(), {100, 100}, {130, 80});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(270, 220));
-  put(document->zoomLevelIndex, 15);
+  test::zoomToIndex(*document, 15);
   test::dragMouse(view(), {100, 100}, {130, 80});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(255, 230));
 }

@@ -15,11 +15,11 @@ namespace {
 
 DocumentPtr makeNoise(int width, int height) {
   DocumentPtr document = test::makeDocument(width, height);
-  put(document->needsInitialZoom, false);
+  test::keepInitialZoom(*document);
   std::mt19937 random(11);
   std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width * height));
   for (std::uint32_t& pixel : pixels) pixel = static_cast<std::uint32_t>(random()) | 0xFF000000U;
-  Surface& texture = *document->rootNodes.value().front().layer()->texture.value();
+  Surface& texture = test::writable(document->rootNodes.value().front().layer()->texture.value());
   texture.writeRect(texture.bounds(), reinterpret_cast<const std::byte*>(pixels.data()),
                     static_cast<std::size_t>(width) * 4);
   return document;
@@ -32,7 +32,7 @@ TEST(ScaledPaint, PutsTheFramePixelForPixelOnTheScreen) {
   for (const QPoint position : {QPoint(0, 0), QPoint(8, 4), QPoint(3, 5), QPoint(1, 2)}) {
     for (const int zoomLevelIndex : {12, 13, 14}) {
       SCOPED_TRACE(testing::Message() << position.x() << ", " << position.y() << " at " << zoomLevelIndex);
-      put(document->zoomLevelIndex, zoomLevelIndex);
+      test::zoomToIndex(*document, zoomLevelIndex);
       QWidget window;
       window.resize(360, 240);
       CanvasPaneView pane(MetalContext::shared(), tools, &window);

@@ -13,7 +13,7 @@
 
 #include "cli/ProgramRun.h"
 #include "io/document/DocumentIO.h"
-#include "model/Document.h"
+#include "tools/SelectionGesture.h"
 
 namespace orvanel {
 namespace {
@@ -44,11 +44,16 @@ class CommandLineTest : public testing::Test {
         Document::create(QStringLiteral("Layered"), 64, 48, ColorMode::rgb16, MetalContext::shared());
     document->addFolder(QStringLiteral("Group"));
     document->addLayer(QStringLiteral("Spot"));
-    const Texture spot = document->activeNode()->layer()->texture.value();
-    const std::vector<std::byte> ones(static_cast<std::size_t>(5 * 4 * 8), std::byte{0x3C});
-    spot->writeRect({10, 20, 5, 4}, ones.data(), 5 * 8);
-    put(document->activeNode()->opacity(), 0.7F);
-    put(document->activeNode()->blendMode(), BlendMode::multiply);
+    const QUuid spot = *document->selectedNodeID.value();
+    SelectionGesture gesture(document, QStringLiteral("Select"));
+    gesture.selectShape(SelectionMode::replace, [](Selection& shape) {
+      shape.setRect({10, 20, 5, 4}, 0.0F, MetalContext::shared());
+    });
+    gesture.close();
+    document->fillSelection({1.0F, 1.0F, 1.0F, 1.0F});
+    document->deselect();
+    document->setOpacity(spot, 0.7F);
+    document->setBlendMode(spot, BlendMode::multiply);
     document->addLayer(QStringLiteral("Empty"));
     document->setForegroundColor(DisplayColor{1.0F, 0.5F, 0.0F, 1.0F});
     EXPECT_TRUE(DocumentIO::saveSynchronously(document, path(name), MetalContext::shared()).has_value());

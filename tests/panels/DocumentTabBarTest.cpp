@@ -104,10 +104,10 @@ TEST_F(DocumentTabBarTest, TheDotFollowsUnsavedChanges) {
   DocumentTab& tab = *bar.tabs()[0];
   EXPECT_FALSE(tab.showsDirtyDot());
   const QImage clean = tab.grab().toImage();
-  documents[0]->isDirty = true;
+  documents[0]->setDirty(true);
   EXPECT_TRUE(tab.showsDirtyDot());
   EXPECT_NE(tab.grab().toImage(), clean);
-  documents[0]->isDirty = false;
+  documents[0]->setDirty(false);
   EXPECT_EQ(tab.grab().toImage(), clean);
 }
 
@@ -115,7 +115,7 @@ TEST_F(DocumentTabBarTest, ATabFollowsItsDocumentsName) {
   showDocuments(2);
   DocumentTab& tab = *bar.tabs()[0];
   const int before = bar.tabs()[1]->x();
-  documents[0]->name = QStringLiteral("A considerably longer name");
+  documents[0]->setName(QStringLiteral("A considerably longer name"));
   EXPECT_EQ(tab.accessibleName(), "A considerably longer name");
   EXPECT_GT(bar.tabs()[1]->x(), before);
 }

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include "model/edit/DocumentEdit.h"
 #include "undo/UndoableOperation.h"
 
 namespace orvanel {
@@ -73,7 +74,8 @@ TEST(StatusBarPaneTest, FollowsTheDocument) {
 
   document->zoomIn();
   EXPECT_EQ(pane.zoomText(), "200%");
-  put(document->customZoomLevel, 1.0 / 3.0);
+  // Forty points stay free around a fitted canvas.
+  document->zoomFitOnScreen(40.0 + 100.0 / 3.0, 400.0);
   EXPECT_EQ(pane.zoomText(), "33.33%");
 
   document->setCursorDocumentPosition(QPointF(5, 6));
@@ -104,7 +106,7 @@ TEST(StatusBarPaneTest, ShowsTheMemoryOfTheHistory) {
   const DocumentPtr document = makeDocument();
   StatusBarPane pane;
   pane.setDocument(document);
-  document->undoStack.push(std::make_shared<WeightedOperation>(1500000));
+  DocumentEdit(*document, editKind::state).record(std::make_shared<WeightedOperation>(1500000));
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 1.5 MB");
 }

@@ -26,50 +26,46 @@ inline void scribble(Surface& surface, unsigned seed) {
   }
 }
 
-inline std::shared_ptr<Layer> scribbledLayer(const Document& document, const QString& name, unsigned seed) {
-  auto layer = std::make_shared<Layer>(name);
-  put(layer->texture, document.makeLayerTexture());
-  scribble(*layer->texture.value(), seed);
-  return layer;
+/// A surface of such pixels.
+inline Texture scribbled(PixelFormat format, int width, int height, unsigned seed) {
+  const Texture surface = MetalContext::shared().makeTexture(format, width, height);
+  scribble(*surface, seed);
+  return surface;
 }
 
-inline std::shared_ptr<LayerMask> scribbledMask(const Document& document, unsigned seed) {
-  auto contents =
-      MaskTexture::create(document.canvasWidth.value(), document.canvasHeight.value(), document.context());
-  scribble(*contents->texture, seed);
-  return std::make_shared<LayerMask>(QUuid::createUuid(), contents);
+inline std::shared_ptr<LayerMask> scribbledMask(int width, int height, unsigned seed, bool isEnabled = true) {
+  const Texture values = scribbled(PixelFormat::r16Float, width, height, seed);
+  return std::make_shared<LayerMask>(QUuid::createUuid(), std::make_shared<MaskTexture>(values), isEnabled);
 }
 
 /// Layers, folders in folders, masks on layers with and without pixels, and every property off its default.
 inline DocumentPtr richDocument(ColorMode mode, int width = 300, int height = 270) {
-  DocumentPtr document =
-      Document::createEmpty(QStringLiteral("Rich"), width, height, mode, MetalContext::shared());
-  auto bottom = scribbledLayer(*document, QStringLiteral("Bottom"), 1);
-  auto masked = scribbledLayer(*document, QString::fromUtf8("Masked é"), 2);
-  put(masked->mask, scribbledMask(*document, 3));
-  put(masked->opacity, 0.3F);
-  put(masked->blendMode, BlendMode::exclusion);
-  put(masked->isVisible, false);
-  auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
-  put(bare->mask, scribbledMask(*document, 4));
-  put(bare->mask.value()->isEnabled, false);
-  put(bare->isLocked, true);
-  auto inner = std::make_shared<LayerFolder>(QStringLiteral("Inner"));
-  put(inner->children, LayerNodeList{bare});
-  put(inner->blendMode, BlendMode::darken);
-  auto outer = std::make_shared<LayerFolder>(QStringLiteral("Outer"));
-  put(outer->children, LayerNodeList{masked, inner});
-  put(outer->isExpanded, false);
-  put(outer->opacity, 0.5F);
-  auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
-  put(document->rootNodes, LayerNodeList{bottom, outer, empty});
-  document->selectNode(masked->id);
-  document->setForegroundColor(DisplayColor{0.2F, 0.4F, 0.6F, 1.0F});
-  document->setBackgroundColor(DisplayColor{1.0F, 0.0F, 0.0F, 1.0F});
-  return document;
+  const auto pixels = [&](unsigned seed) { return scribbled(layerPixelFormat(mode), width, height, seed); };
+  const auto bottom = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Bottom")}, pixels(1));
+  const auto masked = std::make_shared<Layer>(NodeValues{.name = QString::fromUtf8("Masked é"),
+                                                         .opacity = 0.3F,
+                                                         .blendMode = BlendMode::exclusion,
+                                                         .isVisible = false},
+                                              pixels(2), scribbledMask(width, height, 3));
+  const auto bare = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Bare"), .isLocked = true},
+                                            nullptr, scribbledMask(width, height, 4, false));
+  const auto inner = std::make_shared<LayerFolder>(
+      NodeValues{.name = QStringLiteral("Inner"), .blendMode = BlendMode::darken}, LayerNodeList{bare});
+  const auto outer = std::make_shared<LayerFolder>(
+      NodeValues{.name = QStringLiteral("Outer"), .opacity = 0.5F}, LayerNodeList{masked, inner}, false);
+  const auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
+  return Document::create({.name = QStringLiteral("Rich"),
+                           .width = width,
+                           .height = height,
+                           .colorMode = mode,
+                           .rootNodes = {bottom, outer, empty},
+                           .selectedNodeID = masked->id,
+                           .foregroundColor = {0.2F, 0.4F, 0.6F, 1.0F},
+                           .backgroundColor = {1.0F, 0.0F, 0.0F, 1.0F}},
+                          MetalContext::shared());
 }
 
-inline bool sameSurface(const Texture& a, const Texture& b) {
+inline bool sameSurface(const ConstTexture& a, const ConstTexture& b) {
   return (a == nullptr) == (b == nullptr) && (a == nullptr || a->equals(*b));
 }
 

@@ -14,6 +14,7 @@
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
 #include "io/files/FaultyDisk.h"
+#include "model/TestDoor.h"
 
 namespace orvanel {
 namespace {
@@ -105,8 +106,9 @@ TEST_F(DocumentIOTest, greyLayersTakeTwoBytesAPixel) {
 }
 
 TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
-  const DocumentPtr document = richDocument(ColorMode::rgb8, 300, 1200);
-  document->compositedTexture.value()->fill(0xFF804020);
+  const DocumentPtr document =
+      Document::create(QStringLiteral("Blue"), 300, 1200, ColorMode::rgb8, MetalContext::shared());
+  document->fillSelection({32 / 255.0F, 64 / 255.0F, 128 / 255.0F, 1.0F});
   ASSERT_TRUE(save(document).has_value());
   const auto reader = ZipReader::open(path().toStdString());
   const auto png = reader->readAll(*reader->find("preview.png"), 1'000'000);
@@ -120,7 +122,7 @@ TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
 
 TEST_F(DocumentIOTest, noPreviewWithoutAComposite) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
-  put(document->compositedTexture, Texture());
+  test::put(document->compositedTexture, nullptr);
   ASSERT_TRUE(save(document).has_value());
   EXPECT_EQ(entryPaths()[1].substr(0, 7), "layers/");
   EXPECT_TRUE(load().has_value());
@@ -128,7 +130,7 @@ TEST_F(DocumentIOTest, noPreviewWithoutAComposite) {
 
 TEST_F(DocumentIOTest, emptyDocumentHasNothingSelected) {
   const DocumentPtr document =
-      Document::createEmpty(QStringLiteral("Empty"), 10, 10, ColorMode::rgb8, MetalContext::shared());
+      Document::create({.name = QStringLiteral("Empty"), .width = 10, .height = 10}, MetalContext::shared());
   ASSERT_TRUE(save(document).has_value());
   const DocumentPtr loaded = *load();
   EXPECT_TRUE(loaded->rootNodes.value().empty());
@@ -148,7 +150,7 @@ TEST_F(DocumentIOTest, uniformLayersStayUniform) {
 
 TEST_F(DocumentIOTest, nanPixelsKeepTheirBytes) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
-  Surface& pixels = *document->rootNodes.value()[0].layer()->texture.value();
+  Surface& pixels = test::writable(document->rootNodes.value()[0].layer()->texture.value());
   const std::array<std::uint16_t, 4> odd{0x7E00, 0x7C00, 0xFC00, 0x4000};
   pixels.writeRect({5, 5, 1, 1}, reinterpret_cast<const std::byte*>(odd.data()), 8);
   ASSERT_TRUE(save(document).has_value());
@@ -162,16 +164,16 @@ TEST_F(DocumentIOTest, nanPixelsKeepTheirBytes) {
 TEST_F(DocumentIOTest, maskValuesOutOfRangeAreDetectedAnywhere) {
   // Nine halves, so that vectorised checks have a remainder.
   const DocumentPtr document = richDocument(ColorMode::rgb16, 3, 3);
-  const std::shared_ptr<LayerMask> mask = testing::scribbledMask(*document, 1);
-  document->rootNodes.value()[0].layer()->mask = mask;
-  Surface& values = *mask->maskTexture->texture;
+  const std::shared_ptr<LayerMask> mask = testing::scribbledMask(3, 3, 1);
+  test::put(document->rootNodes.value()[0].layer()->mask, mask);
+  Surface& values = test::writable(mask->maskTexture->texture);
   const auto isMarkedWhen = [&](std::uint16_t half, int place) {
     values.fill(0x3C00);
     values.writeRect({place % 3, place / 3, 1, 1}, reinterpret_cast<const std::byte*>(&half), 2);
     if (!save(document)) return false;
     const auto loaded = load();
     if (!loaded) return false;
-    const Texture read = (*loaded)->rootNodes.value()[0].layer()->mask.value()->maskTexture->texture;
+    const ConstTexture read = (*loaded)->rootNodes.value()[0].layer()->mask.value()->maskTexture->texture;
     EXPECT_TRUE(read->equals(values));
     return read->tile(0).has(TileTrait::irregular);
   };
@@ -195,7 +197,7 @@ TEST_F(DocumentIOTest, fullDiskAtAnyPointLeavesTheOldFile) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8);
   ASSERT_TRUE(save(document).has_value());
   const QByteArray old = testing::contentsOf(path());
-  put(document->name, QStringLiteral("Changed"));
+  document->setName(QStringLiteral("Changed"));
   for (std::int64_t capacity = 0; capacity < old.size(); capacity += 1 + old.size() / 40) {
     testing::FullDisk disk(capacity);
     const ScopedFileOperations scope(disk);
@@ -237,8 +239,9 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
   EXPECT_TRUE(DocumentIO::isSaving());
   EXPECT_EQ(finished, 0);
   // Edits after the call go to the document, not to the file.
-  document->rootNodes.value()[0].layer()->texture.value()->fill(0);
-  put(document->name, QStringLiteral("Later"));
+  document->selectNode(document->rootNodes.value()[0].id());
+  document->clearActive();
+  document->setName(QStringLiteral("Later"));
   ASSERT_TRUE(waitFor([&] { return finished == 1; }));
   EXPECT_EQ(firstDifference(*before, **load()), QString());
   EXPECT_FALSE(progress.empty());

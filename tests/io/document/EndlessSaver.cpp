@@ -10,13 +10,13 @@ namespace orvanel::testing {
 
 DocumentPtr versionToSave(int version) {
   const QString name = version == 0 ? QStringLiteral("First") : QStringLiteral("Second");
-  DocumentPtr document = Document::createEmpty(name, 200, 150, ColorMode::rgb16, MetalContext::shared());
-  LayerNodeList layers;
+  DocumentContents contents{.name = name, .width = 200, .height = 150, .colorMode = ColorMode::rgb16};
   for (unsigned i = 0; i < 3; ++i) {
-    layers.emplace_back(scribbledLayer(*document, name, static_cast<unsigned>(version) * 10 + i));
+    const Texture pixels =
+        scribbled(layerPixelFormat(contents.colorMode), 200, 150, static_cast<unsigned>(version) * 10 + i);
+    contents.rootNodes.emplace_back(std::make_shared<Layer>(NodeValues{.name = name}, pixels));
   }
-  put(document->rootNodes, layers);
-  return document;
+  return Document::create(std::move(contents), MetalContext::shared());
 }
 
 void saveForever(const QString& path) {

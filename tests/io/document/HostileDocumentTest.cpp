@@ -294,16 +294,16 @@ TEST(HostileDocument, nestingWithoutEnd) {
 }
 
 TEST(HostileDocument, aDeepTreeIsLoadedCompletely) {
-  const DocumentPtr document =
-      Document::createEmpty(QStringLiteral("Deep"), 4, 4, ColorMode::rgb8, MetalContext::shared());
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Core"));
   for (int i = 1; i < 1000; ++i) {
-    auto outer = std::make_shared<LayerFolder>(QStringLiteral("F"));
-    put(outer->children, LayerNodeList{folder});
-    folder = outer;
+    folder = std::make_shared<LayerFolder>(NodeValues{.name = QStringLiteral("F")}, LayerNodeList{folder});
   }
-  put(document->rootNodes, LayerNodeList{folder});
-  document->selectNode(folder->id);
+  const DocumentPtr document = Document::create({.name = QStringLiteral("Deep"),
+                                                 .width = 4,
+                                                 .height = 4,
+                                                 .rootNodes = {folder},
+                                                 .selectedNodeID = folder->id},
+                                                MetalContext::shared());
   const QTemporaryDir directory;
   const QString path = directory.filePath(QStringLiteral("deep.tessel"));
   ASSERT_TRUE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());

@@ -158,27 +158,29 @@ TEST(Manifest, aNodeHasOneListOfChildren) {
             "");
 }
 
-DocumentPtr smallDocument() {
-  DocumentPtr document = Document::createEmpty(QString::fromUtf8("Ça \"va\""), 30, 20, ColorMode::grayscale16,
-                                               MetalContext::shared());
-  auto layer = std::make_shared<Layer>(QStringLiteral("Waves"));
-  put(layer->texture, document->makeLayerTexture());
-  put(layer->opacity, 0.3F);
-  put(layer->blendMode, BlendMode::screen);
-  layer->mask =
-      std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(30, 20, MetalContext::shared()));
-  put(layer->mask.value()->isEnabled, false);
-  auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
-  auto folder = std::make_shared<LayerFolder>(QStringLiteral("Group"));
-  put(folder->isExpanded, false);
-  put(folder->isLocked, true);
-  put(folder->children, LayerNodeList{bare});
-  auto empty = std::make_shared<LayerFolder>(QStringLiteral("Empty"));
-  put(empty->isVisible, false);
-  put(document->rootNodes, LayerNodeList{layer, folder, empty});
-  document->selectNode(folder->id);
-  document->setForegroundColor(DisplayColor{1.0F, 0.5F, 0.0F, 1.0F});
-  return document;
+DocumentPtr smallDocument(float opacity = 0.3F) {
+  constexpr int width = 30;
+  constexpr int height = 20;
+  constexpr ColorMode mode = ColorMode::grayscale16;
+  MetalContext& context = MetalContext::shared();
+  const auto mask =
+      std::make_shared<LayerMask>(QUuid::createUuid(), MaskTexture::create(width, height, context), false);
+  const auto layer = std::make_shared<Layer>(
+      NodeValues{.name = QStringLiteral("Waves"), .opacity = opacity, .blendMode = BlendMode::screen},
+      context.makeTexture(layerPixelFormat(mode), width, height), mask);
+  const auto bare = std::make_shared<Layer>(QStringLiteral("Bare"));
+  const auto folder = std::make_shared<LayerFolder>(
+      NodeValues{.name = QStringLiteral("Group"), .isLocked = true}, LayerNodeList{bare}, false);
+  const auto empty =
+      std::make_shared<LayerFolder>(NodeValues{.name = QStringLiteral("Empty"), .isVisible = false});
+  return Document::create({.name = QString::fromUtf8("Ça \"va\""),
+                           .width = width,
+                           .height = height,
+                           .colorMode = mode,
+                           .rootNodes = {layer, folder, empty},
+                           .selectedNodeID = folder->id,
+                           .foregroundColor = {1.0F, 0.5F, 0.0F, 1.0F}},
+                          context);
 }
 
 TEST(Manifest, describesADocument) {
@@ -243,14 +245,12 @@ TEST(Manifest, readsWhatItWrote) {
 }
 
 TEST(Manifest, emptyTreeGivesAnEmptyArray) {
-  const DocumentPtr document =
-      Document::createEmpty(QStringLiteral("Empty"), 1, 1, ColorMode::rgb8, MetalContext::shared());
+  const DocumentPtr document = Document::create({.name = QStringLiteral("Empty")}, MetalContext::shared());
   EXPECT_TRUE(encodeManifest(*describeDocument(*document)).contains("\"nodes\" : []"));
 }
 
 TEST(Manifest, anOpacityThatIsNotANumberIsNotWritten) {
-  const DocumentPtr document = smallDocument();
-  put(document->rootNodes.value().front().opacity(), std::numeric_limits<float>::quiet_NaN());
+  const DocumentPtr document = smallDocument(std::numeric_limits<float>::quiet_NaN());
   EXPECT_FALSE(describeDocument(*document).has_value());
 }
 

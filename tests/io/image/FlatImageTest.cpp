@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "io/image/ImageHeader.h"
-#include "model/DocumentCompositor.h"
+#include "model/TestDoor.h"
 #include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
 
@@ -39,8 +39,7 @@ class FlatImages : public testing::Test {
   }
 
   std::optional<QByteArray> exported(const DocumentPtr& document, Format format) {
-    DocumentCompositor(context).compositeDocument(*document);
-    return exportImage(*document->compositedTexture.value(), document->colorMode.value(), format, context);
+    return exportImage(*document->composite(), document->colorMode.value(), format, context);
   }
 
   static const Surface& pixelsOf(const DocumentPtr& document) {
@@ -195,9 +194,9 @@ TEST_F(FlatImages, AnImageTooLargeForMemoryIsRejected) {
 
 TEST_F(FlatImages, ExportFailsWithoutMemory) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
-  DocumentCompositor(context).compositeDocument(*document);
+  const ConstTexture composite = document->composite();
   const tileMemory::ScopedSurfaceFailure refusal(0);
-  EXPECT_FALSE(exportImage(*document->compositedTexture.value(), ColorMode::rgb16, Format::png, context));
+  EXPECT_FALSE(exportImage(*composite, ColorMode::rgb16, Format::png, context));
 }
 
 TEST_F(FlatImages, OtherDecodableFormatsHaveNoSourceFormat) {
@@ -382,7 +381,7 @@ TEST_F(FlatImages, FormatsWithoutAlphaAreWrittenOverWhite) {
 
 TEST_F(FlatImages, DeepDocumentsAreWrittenWithEightBitsAndBrightValuesClamp) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
-  Surface& pixels = *document->rootNodes.value().front().layer()->texture.value();
+  Surface& pixels = test::writable(document->rootNodes.value().front().layer()->texture.value());
   pixels.fill(0x3C00000038004000ULL);  // red 2.0, green 0.5, blue 0, opaque
   const QImage back = QImage::fromData(*exported(document, Format::png));
   EXPECT_EQ(back.pixel(10, 10), qRgb(255, 128, 0));
