@@ -120,6 +120,7 @@ void ContentView::refresh() {
   if (shownDocument_) {
     documentChanges_ = shownDocument_->changes().observe([this](const DocumentChanges& changes) {
       if (contains<change::FileStateChanged>(changes) && onActiveDocumentChanged) onActiveDocumentChanged();
+      if (contains<change::EditRefused>(changes)) files_.reportRefusedEdit();
     });
   }
   if (onActiveDocumentChanged) onActiveDocumentChanged();

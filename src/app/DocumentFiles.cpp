@@ -61,6 +61,18 @@ void DocumentFiles::newDocument() {
   NotificationCenter::standard().post(notification::createdNewDocument, document);
 }
 
+void DocumentFiles::reportRefusedEdit() {
+  // The alert must not hold up the edit that was refused.
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        dialogs_.showNotEnoughMemory(
+            QStringLiteral("There is not enough memory for this edit. The document has not changed. Close other "
+                           "documents or programs and try again."));
+      },
+      Qt::QueuedConnection);
+}
+
 // Opening.
 
 void DocumentFiles::askAndOpen() {

@@ -30,6 +30,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   FileActivity activity;
 
+  /// Tells the user, soon, that an edit needs more memory than there is.
+  void reportRefusedEdit();
+
   /// Asks for size and colour mode, and creates the document if the size is within the limits.
   void newDocument();
   void askAndOpen();

@@ -71,7 +71,7 @@ CommandResult runScript(const Invocation& invocation) {
   const auto document = readInput(invocation.arguments.at(1));
   if (!document) return tl::make_unexpected(document.error());
 
-  ScriptRun run{.document = *document};
+  ScriptRun run(*document);
   std::size_t number = 0;
   for (const ScriptStep& step : *steps) {
     ++number;

@@ -17,6 +17,11 @@ ScriptCommand commandNamed(const std::string& name) {
 
 }  // namespace
 
+ScriptRun::ScriptRun(DocumentPtr edited)
+    : document(std::move(edited)), changes_(document->changes().observe([this](const DocumentChanges& changes) {
+        isRefused |= contains<change::EditRefused>(changes);
+      })) {}
+
 StepResult performStep(ScriptRun& run, const ScriptStep& step) {
   const ScriptCommand prepare = commandNamed(step.command.toStdString());
   if (prepare == nullptr) {
@@ -25,7 +30,10 @@ StepResult performStep(ScriptRun& run, const ScriptStep& step) {
   StepArguments arguments(step.arguments);
   const ScriptAction perform = prepare(run, arguments);
   if (StepResult checked = arguments.finish(); !checked) return checked;
-  return perform();
+  run.isRefused = false;
+  const StepResult performed = perform();
+  if (run.isRefused) return tl::make_unexpected(QStringLiteral("there is not enough memory for this edit"));
+  return performed;
 }
 
 }  // namespace orvanel

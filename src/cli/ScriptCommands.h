@@ -16,8 +16,15 @@ namespace orvanel {
 
 /// What a script works on.
 struct ScriptRun {
+  explicit ScriptRun(DocumentPtr edited);
+
   DocumentPtr document;
-  std::optional<PixelClipboard> pixelClipboard = std::nullopt;
+  std::optional<PixelClipboard> pixelClipboard;
+  /// The document refused an edit since the step began.
+  bool isRefused = false;
+
+ private:
+  ChangeStream::Subscription changes_;
 };
 
 /// Carries out one step. Fails for an unknown command, wrong arguments or a file that can't be written; what

@@ -7,6 +7,7 @@
 #include "model/OpenEdit.h"
 #include "model/edit/DocumentBatch.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 
 namespace orvanel {
 
@@ -196,17 +197,24 @@ std::shared_ptr<FrozenComposite> Document::freezeComposite() const {
 
 // History and file.
 
-void Document::stepHistory(void (UndoStack::*step)()) {
-  DocumentEdit edit(*this, editKind::history);
-  edit.stepHistory(step);
-}
-
 void Document::undo() {
-  stepHistory(&UndoStack::undo);
+  DocumentEdit edit(*this, editKind::history);
+  stepHistory(edit, history_.nextUndo(), &UndoStack::undo);
 }
 
 void Document::redo() {
-  stepHistory(&UndoStack::redo);
+  DocumentEdit edit(*this, editKind::history);
+  stepHistory(edit, history_.nextRedo(), &UndoStack::redo);
+}
+
+void Document::stepHistory(DocumentEdit& edit, const UndoStack::Record& record, void (UndoStack::*step)()) {
+  const std::uint64_t recordBytes = record != nullptr ? record->bytesToStep() : 0;
+  if (edit.admits(editCost::ofStep(*this, recordBytes))) edit.stepHistory(step);
+}
+
+bool Document::admitsEdit(std::uint64_t bytes) {
+  DocumentEdit edit(*this, editKind::state);
+  return edit.admits(bytes);
 }
 
 void Document::setHistoryLimits(std::int64_t memoryBudget, std::int64_t maxOperations) {

@@ -272,6 +272,9 @@ class Document : public std::enable_shared_from_this<Document> {
   void setDirty(bool isDirty);
   void setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format);
 
+  /// Whether an edit may take this many bytes of pixels; if not, tells that it was refused. Commands ask by
+  /// themselves, for the most that they can need, and then do nothing.
+  [[nodiscard]] bool admitsEdit(std::uint64_t bytes);
   /// Limits of the history; enforced at the next edit.
   void setHistoryLimits(std::int64_t memoryBudget, std::int64_t maxOperations);
 
@@ -286,7 +289,7 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Changes the selection under a record.
   void changeSelection(DocumentEdit& edit, const QString& actionName,
                        const std::function<void(Selection&)>& change);
-  void stepHistory(void (UndoStack::*step)());
+  void stepHistory(DocumentEdit& edit, const UndoStack::Record& record, void (UndoStack::*step)());
   bool flatten(std::chrono::steady_clock::time_point deadline);
 
   MetalContext& context_;

@@ -5,6 +5,7 @@
 
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/records/CanvasOperations.h"
 
 namespace orvanel {
@@ -36,6 +37,7 @@ std::shared_ptr<LayerMask> maskAtSize(const LayerMask& old, int width, int heigh
 template <typename Record>
 void changeSize(DocumentEdit& edit, const DocumentPtr& document, int width, int height,
                 const QString& actionName, const Transfer& transfer) {
+  if (!edit.admits(editCost::ofCanvas(*document, width, height, document->colorMode.value()))) return;
   CanvasState before = CanvasState::of(*document);
   const ColorMode mode = document->colorMode.value();
   edit.setCanvasSize(width, height);
@@ -106,6 +108,7 @@ void Document::changeColorMode(ColorMode newMode) {
   DocumentEdit edit(*this, editKind::contents);
   const ColorMode oldMode = colorMode.value();
   if (newMode == oldMode) return;
+  if (!edit.admits(editCost::ofCanvas(*this, canvasWidth.value(), canvasHeight.value(), newMode))) return;
   auto before = ChangeColorModeOperation::State::of(*this);
   edit.setColorMode(newMode);
   for (const std::shared_ptr<Layer>& layer : allLayers()) {

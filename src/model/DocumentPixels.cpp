@@ -3,6 +3,7 @@
 
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/records/LayerMaskOperations.h"
 #include "model/records/PixelOperations.h"
 
@@ -31,6 +32,12 @@ Texture pixelsInMode(const PixelClipboard& clipboard, ColorMode mode, const Meta
   return converted;
 }
 
+std::uint64_t costOfRewriting(const Document& document, const Surface& surface,
+                              const std::shared_ptr<const Selection>& selected) {
+  const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
+  return editCost::ofTiles(document, surface, editCost::tilesRewritten(surface, weight));
+}
+
 /// Takes the mask off; edits go to the pixels again.
 void dropMask(DocumentEdit& edit, Layer& layer) {
   edit.setMask(layer, nullptr);
@@ -45,6 +52,9 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   const std::shared_ptr<Layer> layer = activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
+  const std::shared_ptr<const Selection> selected = activeSelection();
+  // Without a selection every tile becomes uniform.
+  if (selected != nullptr && !edit.admits(costOfRewriting(*this, *layer->surface(kind), selected))) return;
   PixelEdit record{.actionName = actionName,
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -53,7 +63,7 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
 
   const ColorMode mode = colorMode.value();
   const Color4 channels = channelValues(color, mode);
-  if (const std::shared_ptr<const Selection> selected = activeSelection()) {
+  if (selected != nullptr) {
     const Surface& weight = *selected->maskTexture->texture;
     if (kind == SurfaceKind::mask) {
       context_.fillMaskWithSelection(edit.surface(*layer, kind), weight, channels[0]);
@@ -81,6 +91,9 @@ void Document::invertActive() {
   const std::shared_ptr<Layer> layer = activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
+  const std::shared_ptr<const Selection> selected =
+      kind == SurfaceKind::mask ? nullptr : activeSelection();
+  if (!edit.admits(costOfRewriting(*this, *layer->surface(kind), selected))) return;
   PixelEdit record{.actionName = QStringLiteral("Invert"),
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -93,9 +106,7 @@ void Document::invertActive() {
     context_.invertMask(edit.surface(*layer, kind));
   } else {
     // A copy, which shares the tiles: the selection's own surface is rewritten by later commands.
-    if (const std::shared_ptr<const Selection> selected = activeSelection()) {
-      weight = std::make_shared<Surface>(*selected->maskTexture->texture);
-    }
+    if (selected != nullptr) weight = std::make_shared<Surface>(*selected->maskTexture->texture);
     context_.invertColors(edit.surface(*layer, kind), mode, weight.get());
   }
   edit.record(std::make_shared<InvertLayerOperation>(std::move(record), mode, std::move(weight), kind));
@@ -132,6 +143,7 @@ std::optional<PixelClipboard> Document::cutPixels() {
 
 void Document::pastePixels(const PixelClipboard& clipboard) {
   DocumentEdit edit(*this, editKind::addition);
+  if (!edit.admits(editCost::ofPaste(*this, clipboard))) return;
   const Texture pixels = makeLayerTexture();
   const Texture copied = pixelsInMode(clipboard, colorMode.value(), context_);
   if (copied == nullptr) return;
@@ -163,6 +175,8 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   const ConstTexture pixels = layer->texture.value();
   if (mask == nullptr || pixels == nullptr) return;
+  const int rewritten = editCost::tilesRewritten(*pixels, mask->maskTexture->texture.get());
+  if (!edit.admits(editCost::ofTiles(*this, *pixels, rewritten))) return;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
   context_.applyLayerMask(edit.pixels(*layer), *mask->maskTexture->texture, colorMode.value());

@@ -76,9 +76,9 @@ LevelsHistogram levelsHistogram(const Surface& pixels) {
 std::optional<LevelsAdjustment> LevelsAdjustment::begin(const DocumentPtr& document) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return std::nullopt;
-  auto edit = std::make_unique<OpenSurfaceEdit>(document, layer, SurfaceKind::pixels,
-                                                OpenSurfaceEdit::Purpose::levels, QStringLiteral("Levels"));
-  if (edit->snapshotBefore() == nullptr) return std::nullopt;
+  auto edit = OpenSurfaceEdit::begin(document, layer, SurfaceKind::pixels, OpenSurfaceEdit::Purpose::levels,
+                                     QStringLiteral("Levels"));
+  if (edit == nullptr || edit->snapshotBefore() == nullptr) return std::nullopt;
   return LevelsAdjustment(std::move(edit));
 }
 

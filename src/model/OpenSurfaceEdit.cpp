@@ -3,10 +3,22 @@
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/edit/SurfaceTrace.h"
 #include "model/records/PixelOperations.h"
 
 namespace orvanel {
+
+std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& document,
+                                                        const std::shared_ptr<Layer>& layer,
+                                                        SurfaceKind kind, Purpose purpose,
+                                                        const QString& actionName) {
+  const Surface& surface = *layer->surface(kind);
+  const int tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, nullptr)
+                                               : editCost::tilesMoved(surface);
+  if (!document->admitsEdit(editCost::ofTiles(*document, surface, tiles))) return nullptr;
+  return std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kind, purpose, actionName));
+}
 
 OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
                                  Purpose purpose, const QString& actionName)

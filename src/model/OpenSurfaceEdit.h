@@ -19,9 +19,12 @@ class OpenSurfaceEdit final : public OpenEdit {
   /// Which record keeps the result.
   enum class Purpose { transform, levels };
 
-  /// Begins on a surface that the layer has. Without memory to capture it the edit leaves no record.
-  OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
-                  Purpose purpose, const QString& actionName);
+  /// Begins on a surface that the layer has; null, and told of, when the memory that it may need isn't there.
+  /// Without memory to capture the surface the edit leaves no record.
+  [[nodiscard]] static std::unique_ptr<OpenSurfaceEdit> begin(const DocumentPtr& document,
+                                                              const std::shared_ptr<Layer>& layer,
+                                                              SurfaceKind kind, Purpose purpose,
+                                                              const QString& actionName);
   ~OpenSurfaceEdit() override;
 
   [[nodiscard]] const QUuid& layerID() const { return layer_->id; }
@@ -39,6 +42,9 @@ class OpenSurfaceEdit final : public OpenEdit {
   void end() override;
 
  private:
+  OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
+                  Purpose purpose, const QString& actionName);
+
   std::shared_ptr<Layer> layer_;
   SurfaceKind kind_;
   Surface original_;

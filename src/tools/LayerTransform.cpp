@@ -4,6 +4,8 @@
 #include <array>
 #include <cassert>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace orvanel {
 namespace {
@@ -33,17 +35,15 @@ std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& documen
   const std::optional<PixelRect> content = document->context().layerContentBounds(
       *target, document->colorMode.value(), kind == SurfaceKind::mask);
   if (!content) return nullptr;
-  return std::unique_ptr<LayerTransform>(new LayerTransform(document, layer, kind, *content, actionName));
+  auto edit =
+      OpenSurfaceEdit::begin(document, layer, kind, OpenSurfaceEdit::Purpose::transform, actionName);
+  if (edit == nullptr) return nullptr;
+  return std::unique_ptr<LayerTransform>(new LayerTransform(std::move(edit), *content));
 }
 
-LayerTransform::LayerTransform(const DocumentPtr& document, const std::shared_ptr<Layer>& layer,
-                               SurfaceKind kind, const PixelRect& contentRect, const QString& actionName)
-    : edit_(document, layer, kind, OpenSurfaceEdit::Purpose::transform, actionName),
-      contentRect_(contentRect) {}
-
 void LayerTransform::translate(int dx, int dy) {
-  edit_.show([&](const Document& document, Surface& live) {
-    document.context().translateLayerPixels(edit_.original(), live, dx, dy, document.colorMode.value());
+  edit_->show([&](const Document& document, Surface& live) {
+    document.context().translateLayerPixels(edit_->original(), live, dx, dy, document.colorMode.value());
   });
 }
 
@@ -52,16 +52,16 @@ void LayerTransform::scaleTo(const QRectF& box) {
                         static_cast<float>(contentRect_.width), static_cast<float>(contentRect_.height)};
   const std::array to{static_cast<float>(box.x()), static_cast<float>(box.y()),
                       static_cast<float>(box.width()), static_cast<float>(box.height())};
-  edit_.show([&](const Document& document, Surface& live) {
-    document.context().scaleLayerRegion(edit_.original(), live, from, to, document.colorMode.value());
+  edit_->show([&](const Document& document, Surface& live) {
+    document.context().scaleLayerRegion(edit_->original(), live, from, to, document.colorMode.value());
   });
 }
 
 void LayerTransform::rotate(float angle) {
   const float centerX = static_cast<float>(contentRect_.x) + static_cast<float>(contentRect_.width) * 0.5F;
   const float centerY = static_cast<float>(contentRect_.y) + static_cast<float>(contentRect_.height) * 0.5F;
-  edit_.show([&](const Document& document, Surface& live) {
-    document.context().rotateLayerPixels(edit_.original(), live, centerX, centerY, angle,
+  edit_->show([&](const Document& document, Surface& live) {
+    document.context().rotateLayerPixels(edit_->original(), live, centerX, centerY, angle,
                                          document.colorMode.value());
   });
 }
@@ -72,8 +72,8 @@ bool LayerTransform::canInvert(const QTransform& matrix) {
 
 void LayerTransform::transform(const QTransform& matrix) {
   assert(canInvert(matrix));
-  edit_.show([&](const Document& document, Surface& live) {
-    document.context().affineTransformLayerPixels(edit_.original(), live, inverseOf(matrix),
+  edit_->show([&](const Document& document, Surface& live) {
+    document.context().affineTransformLayerPixels(edit_->original(), live, inverseOf(matrix),
                                                   document.colorMode.value());
   });
 }

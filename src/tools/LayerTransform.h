@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTransform>
 #include <memory>
+#include <utility>
 
 #include "model/OpenSurfaceEdit.h"
 
@@ -14,7 +15,8 @@ namespace orvanel {
 
 class LayerTransform {
  public:
-  /// Begins on the active layer; null when it is locked, a folder or without content.
+  /// Begins on the active layer; null when it is locked, a folder or without content, and
+  /// when the memory that it may need is not there.
   [[nodiscard]] static std::unique_ptr<LayerTransform> begin(const DocumentPtr& document,
                                                              const QString& actionName);
   LayerTransform(const LayerTransform&) = delete;
@@ -22,7 +24,7 @@ class LayerTransform {
 
   /// False once it was kept, taken back or ended by the document. Then showing, keeping and taking back do
   /// nothing.
-  [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
+  [[nodiscard]] bool isOpen() const { return edit_->isOpen(); }
 
   /// The bounds of the content at the beginning.
   [[nodiscard]] const PixelRect& contentRect() const { return contentRect_; }
@@ -39,15 +41,15 @@ class LayerTransform {
   void transform(const QTransform& matrix);
 
   /// Keeps what is shown, under one record.
-  void commit() { edit_.keep(); }
+  void commit() { edit_->keep(); }
   /// Puts back the pixels of the beginning; no record.
-  void cancel() { edit_.takeBack(); }
+  void cancel() { edit_->takeBack(); }
 
  private:
-  LayerTransform(const DocumentPtr& document, const std::shared_ptr<Layer>& layer, SurfaceKind kind,
-                 const PixelRect& contentRect, const QString& actionName);
+  LayerTransform(std::unique_ptr<OpenSurfaceEdit> edit, const PixelRect& contentRect)
+      : edit_(std::move(edit)), contentRect_(contentRect) {}
 
-  OpenSurfaceEdit edit_;
+  std::unique_ptr<OpenSurfaceEdit> edit_;
   PixelRect contentRect_;
 };
 

@@ -61,6 +61,12 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
   }
   ConstTexture sample = sampleOf(*document, settings.sampleAllLayers);
   if (sample == nullptr) return nullptr;
+  // The choice may have any shape, and is combined from a shape of its own.
+  constexpr std::uint64_t masks = 3;
+  const auto maskTileBytes = static_cast<std::uint64_t>(tilePixels) * bytesPerPixel(maskPixelFormat);
+  if (!document->admitsEdit(masks * maskTileBytes * static_cast<std::uint64_t>(sample->tileCount()))) {
+    return nullptr;
+  }
   std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(sample), x, y, mode));
   wand->select(settings);
   return wand;

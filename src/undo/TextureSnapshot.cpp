@@ -47,6 +47,10 @@ std::int64_t TextureSnapshot::uncompressedSize() const {
   return static_cast<std::int64_t>(region_.width) * bytesPerPixel(pixelFormat_) * region_.height;
 }
 
+std::uint64_t TextureSnapshot::dataBytes() const {
+  return contents_->dataTileCount() * tilePixels * static_cast<std::uint64_t>(bytesPerPixel(pixelFormat_));
+}
+
 bool TextureSnapshot::isCompressed() const {
   return contents_->isCompressed();
 }

@@ -39,6 +39,8 @@ class TextureSnapshot {
   [[nodiscard]] int height() const { return region_.height; }
   /// Bytes of the packed rows.
   [[nodiscard]] std::int64_t uncompressedSize() const;
+  /// Bytes of the tiles that aren't uniform: what restoring can take.
+  [[nodiscard]] std::uint64_t dataBytes() const;
   /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;
   /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the

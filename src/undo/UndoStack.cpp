@@ -67,16 +67,19 @@ void UndoStack::redo() {
   dropReadiness();
 }
 
+UndoStack::Record UndoStack::recordAt(std::int64_t index) const {
+  if (index < 0 || index >= std::ssize(operations_)) return nullptr;
+  return operations_[static_cast<std::size_t>(index)];
+}
+
 std::optional<QString> UndoStack::undoActionName() const {
-  const std::int64_t index = currentIndex.value();
-  if (index < 0) return std::nullopt;
-  return operations_[static_cast<std::size_t>(index)]->actionName();
+  const Record record = nextUndo();
+  return record != nullptr ? std::optional(record->actionName()) : std::nullopt;
 }
 
 std::optional<QString> UndoStack::redoActionName() const {
-  const std::int64_t index = currentIndex.value() + 1;
-  if (index >= std::ssize(operations_)) return std::nullopt;
-  return operations_[static_cast<std::size_t>(index)]->actionName();
+  const Record record = nextRedo();
+  return record != nullptr ? std::optional(record->actionName()) : std::nullopt;
 }
 
 void UndoStack::enforceLimits() {
@@ -142,11 +145,7 @@ void UndoStack::operationsChanged() {
 }
 
 void UndoStack::positionChanged() {
-  const auto recordAt = [this](std::int64_t index) {
-    return index >= 0 && index < std::ssize(operations_) ? operations_[static_cast<std::size_t>(index)]
-                                                         : nullptr;
-  };
-  std::array<Record, 2> beside{recordAt(currentIndex.value()), recordAt(currentIndex.value() + 1)};
+  std::array<Record, 2> beside{nextUndo(), nextRedo()};
   for (const Record& record : ready_) {
     if (record != nullptr && record != beside[0] && record != beside[1]) record->setReady(false);
   }

@@ -39,6 +39,9 @@ class UndoStack {
   void undo();
   void redo();
 
+  /// The record that the next undo takes back, or the next redo carries out; null when there is none.
+  [[nodiscard]] Record nextUndo() const { return recordAt(currentIndex.value()); }
+  [[nodiscard]] Record nextRedo() const { return recordAt(currentIndex.value() + 1); }
   [[nodiscard]] std::optional<QString> undoActionName() const;
   [[nodiscard]] std::optional<QString> redoActionName() const;
 
@@ -49,6 +52,7 @@ class UndoStack {
   [[nodiscard]] std::int64_t totalMemoryCost() const;
 
  private:
+  [[nodiscard]] Record recordAt(std::int64_t index) const;
   void dropRedoTail();
   void append(Record operation);
   void evictOldest(std::int64_t count);

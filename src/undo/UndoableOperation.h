@@ -19,6 +19,9 @@ class UndoableOperation {
   /// Bytes that exist because of the record now; falls as its snapshots are compressed.
   [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
 
+  /// The most bytes of pixels that undoing or redoing it can take.
+  [[nodiscard]] virtual std::uint64_t bytesToStep() const { return 0; }
+
   /// Called when the record becomes one of the two next to the history's position, and when it ceases to be.
   /// The next step may be this record's, so it should be fast, at the cost of some memory.
   virtual void setReady(bool isReady) { (void)isReady; }

@@ -8,6 +8,7 @@
 #include "model/OpenEdit.h"
 #include "model/edit/DocumentBatch.h"
 #include "model/edit/PropertyWriter.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -65,6 +66,13 @@ void DocumentEdit::tellThumbnails(const QUuid& layerID) {
     document_.batch_->changes.emplace_back(change::ThumbnailsChanged{layerID});
   }
   done();
+}
+
+bool DocumentEdit::admits(std::uint64_t bytes) {
+  if (bytes == 0 || pixelsFitInMemory(bytes)) return true;
+  // Nothing was written, so nothing else follows from the edit.
+  document_.batch_->changes.emplace_back(change::EditRefused{bytes});
+  return false;
 }
 
 // The tree.

@@ -62,6 +62,10 @@ class DocumentEdit {
   DocumentEdit(const DocumentEdit&) = delete;
   DocumentEdit& operator=(const DocumentEdit&) = delete;
 
+  /// Whether this many bytes of pixels can be had; if not, tells that the edit was refused. Asked before the
+  /// first write.
+  [[nodiscard]] bool admits(std::uint64_t bytes);
+
   // The tree. Positions are clamped; without the folder they name they are in the root list.
   void insertNode(const LayerNode& node, const TreePosition& position);
   /// Nothing when the node isn't in the tree.

@@ -1,6 +1,7 @@
 #include "model/records/CanvasOperations.h"
 
 #include <QHash>
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -13,6 +14,12 @@ std::int64_t costOf(const SnapshotList& list) {
   return std::accumulate(
       list.begin(), list.end(), std::int64_t{0},
       [](std::int64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->compressedSize(); });
+}
+
+std::uint64_t dataBytesOf(const SnapshotList& list) {
+  return std::accumulate(
+      list.begin(), list.end(), std::uint64_t{0},
+      [](std::uint64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->dataBytes(); });
 }
 
 std::int64_t rawSizeOf(const SnapshotList& list) {
@@ -143,6 +150,11 @@ std::int64_t ResizeOperation::memoryCost() const {
   return costOf(before_.layers) + costOf(before_.masks) + costOf(after_.layers) + costOf(after_.masks);
 }
 
+std::uint64_t ResizeOperation::bytesToStep() const {
+  return std::max(dataBytesOf(before_.layers) + dataBytesOf(before_.masks),
+                  dataBytesOf(after_.layers) + dataBytesOf(after_.masks));
+}
+
 ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
   return {.colorMode = document.colorMode.value(), .layers = snapshotsOfLayers(document)};
 }
@@ -171,6 +183,10 @@ void ChangeColorModeOperation::apply(const State& state) const {
 void ChangeColorModeOperation::setReady(bool isReady) {
   before_.setReady(isReady);
   after_.setReady(isReady);
+}
+
+std::uint64_t ChangeColorModeOperation::bytesToStep() const {
+  return std::max(dataBytesOf(before_.layers), dataBytesOf(after_.layers));
 }
 
 std::int64_t ChangeColorModeOperation::memoryCost() const {

@@ -60,6 +60,7 @@ class ApplyLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] std::uint64_t bytesToStep() const override { return beforeSnapshot_->dataBytes(); }
   void setReady(bool isReady) override { beforeSnapshot_->setReady(isReady); }
 
  private:

@@ -1,5 +1,6 @@
 #include "model/records/PixelOperations.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
@@ -87,6 +88,11 @@ void StoredResultOperation::redoOn(Target target) {
 
 std::int64_t StoredResultOperation::memoryCost() const {
   return PixelOperation::memoryCost() + (snapshotAfter_ != nullptr ? snapshotAfter_->compressedSize() : 0);
+}
+
+std::uint64_t StoredResultOperation::bytesToStep() const {
+  const std::uint64_t before = PixelOperation::bytesToStep();
+  return snapshotAfter_ != nullptr ? std::max(before, snapshotAfter_->dataBytes()) : before;
 }
 
 void StoredResultOperation::setReady(bool isReady) {

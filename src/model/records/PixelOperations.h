@@ -26,6 +26,7 @@ class PixelOperation : public DocumentOperation {
   void redo() final;
   void undo() final;
   [[nodiscard]] std::int64_t memoryCost() const override { return snapshotBefore_->compressedSize(); }
+  [[nodiscard]] std::uint64_t bytesToStep() const override { return snapshotBefore_->dataBytes(); }
   void setReady(bool isReady) override { snapshotBefore_->setReady(isReady); }
 
  protected:
@@ -101,6 +102,7 @@ class StoredResultOperation : public PixelOperation {
   /// Taken once, when the edit is finished.
   void setSnapshotAfter(std::shared_ptr<TextureSnapshot> snapshot) { snapshotAfter_ = std::move(snapshot); }
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] std::uint64_t bytesToStep() const override;
   void setReady(bool isReady) override;
 
  protected:

@@ -1,5 +1,6 @@
 #include "model/records/SelectionChangeOperation.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
@@ -55,6 +56,11 @@ void SelectionChangeOperation::undo() {
 void SelectionChangeOperation::setReady(bool isReady) {
   before_.snapshot->setReady(isReady);
   if (after_) after_->snapshot->setReady(isReady);
+}
+
+std::uint64_t SelectionChangeOperation::bytesToStep() const {
+  const std::uint64_t before = before_.snapshot->dataBytes();
+  return after_ ? std::max(before, after_->snapshot->dataBytes()) : before;
 }
 
 std::int64_t SelectionChangeOperation::memoryCost() const {
