@@ -7,9 +7,16 @@
 #include <atomic>
 #include <bit>
 #include <cassert>
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
 #include <limits>
 #include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "raster/MetalContext.h"
@@ -23,7 +30,24 @@ constexpr std::size_t sizeClasses = 5;  // 16, 32, 64, 128, 256 KiB
 // Emptied slabs are kept for the next edit, which wants as many bytes as the last one gave up: memory that
 // the system hands out anew is cleared first, which takes longer than most edits. Never more than is in use.
 constexpr std::size_t fewestSpareBytes = std::size_t{8} << 20U;
-constexpr std::size_t mostSpareBytes = std::size_t{256} << 20U;
+constexpr std::size_t mostSpareBytes = std::size_t{4} << 30U;
+constexpr std::size_t reserveShare = 16;  // of the memory that the system has available
+constexpr std::size_t warmUpShare = 32;
+constexpr std::chrono::seconds defaultIdleTime{30};
+
+using Clock = std::chrono::steady_clock;
+
+/// Bytes that programs can have without anything being swapped out.
+std::size_t availableBytes() {
+  std::ifstream file("/proc/meminfo");
+  std::string name;
+  std::size_t kibibytes = 0;
+  while (file >> name >> kibibytes) {
+    if (name == "MemAvailable:") return kibibytes * 1024;
+    file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  }
+  return std::size_t{4} << 30U;
+}
 
 /// A slab at an address that is a multiple of its size, so that a block finds its slab by masking.
 std::byte* mapSlab() {
@@ -47,7 +71,11 @@ class SpareSlabs {
   /// Null when there is none.
   std::byte* take() {
     const std::lock_guard guard(mutex_);
-    if (slabs_.empty()) return nullptr;
+    lastUse_ = Clock::now();
+    if (slabs_.empty()) {
+      missedBytes_ += slabBytes;
+      return nullptr;
+    }
     std::byte* slab = slabs_.back();
     slabs_.pop_back();
     return slab;
@@ -55,26 +83,87 @@ class SpareSlabs {
 
   void keep(std::byte* slab, std::size_t bytesInUse) {
     const std::lock_guard guard(mutex_);
+    lastUse_ = Clock::now();
     slabs_.push_back(slab);
-    shrink(bytesInUse);
+    shrinkTo(mostFor(bytesInUse));
+    armTimer();
   }
 
-  void trim(std::size_t bytesInUse) {
+  /// Fits the reserve to the memory now available and adds what the edits since the last time have missed.
+  void adjust(std::size_t bytesInUse) {
+    const std::size_t available = availableBytes();
+    std::size_t wanted = 0;
+    {
+      const std::lock_guard guard(mutex_);
+      limit_ = std::clamp(available / reserveShare, fewestSpareBytes, mostSpareBytes);
+      shrinkTo(mostFor(bytesInUse));
+      wanted = std::min({std::exchange(missedBytes_, 0), available / warmUpShare, mostFor(bytesInUse)});
+    }
+    while (bytes() < wanted) keep(warmSlab(), bytesInUse);
+  }
+
+  void giveBack() {
     const std::lock_guard guard(mutex_);
-    shrink(bytesInUse);
+    shrinkTo(0);
+  }
+
+  void setIdleTime(Clock::duration time) {
+    const std::lock_guard guard(mutex_);
+    idleTime_ = time;
+    idleTimeChanged_.notify_all();
   }
 
  private:
-  void shrink(std::size_t bytesInUse) {
-    const std::size_t most = std::clamp(bytesInUse, fewestSpareBytes, mostSpareBytes) / slabBytes;
-    while (slabs_.size() > most) {
+  static std::byte* warmSlab() {
+    constexpr std::size_t pageBytes = 4096;
+    std::byte* slab = mapSlab();
+    for (std::size_t offset = 0; offset < slabBytes; offset += pageBytes) slab[offset] = std::byte{0};
+    return slab;
+  }
+
+  std::size_t bytes() {
+    const std::lock_guard guard(mutex_);
+    return slabs_.size() * slabBytes;
+  }
+
+  [[nodiscard]] std::size_t mostFor(std::size_t bytesInUse) const {
+    return std::clamp(bytesInUse, fewestSpareBytes, limit_);
+  }
+
+  void shrinkTo(std::size_t bytes) {
+    while (slabs_.size() > bytes / slabBytes) {
       munmap(slabs_.back(), slabBytes);
       slabs_.pop_back();
     }
   }
 
+  /// A thread that sleeps until the reserve has been idle for long, gives it back and ends. There is none
+  /// while there is nothing to give back.
+  void armTimer() {
+    if (slabs_.empty() || isTimerArmed_) return;
+    try {
+      std::thread([this] { giveBackWhenIdle(); }).detach();
+      isTimerArmed_ = true;
+    } catch (const std::system_error&) {
+      // No thread to be had: the reserve stays, and the next slab tries again.
+    }
+  }
+
+  void giveBackWhenIdle() {
+    std::unique_lock guard(mutex_);
+    while (Clock::now() < lastUse_ + idleTime_) idleTimeChanged_.wait_until(guard, lastUse_ + idleTime_);
+    shrinkTo(0);
+    isTimerArmed_ = false;
+  }
+
   std::mutex mutex_;
   std::vector<std::byte*> slabs_;
+  std::size_t limit_ = std::clamp(availableBytes() / reserveShare, fewestSpareBytes, mostSpareBytes);
+  std::size_t missedBytes_ = 0;
+  Clock::time_point lastUse_{};
+  Clock::duration idleTime_ = defaultIdleTime;
+  std::condition_variable idleTimeChanged_;
+  bool isTimerArmed_ = false;
 };
 
 /// Blocks of one size. Only slabs with a free block are listed; a full slab comes back with its first
@@ -194,7 +283,11 @@ void release(std::byte* block, std::size_t bytes) noexcept {
 
 void trim() {
   for (Pool& pool : arena().pools) pool.trim();
-  arena().spares.trim(bytesInUse());
+  arena().spares.adjust(bytesInUse());
+}
+
+void giveBackReserve() {
+  arena().spares.giveBack();
 }
 
 std::size_t bytesInUse() noexcept {
@@ -206,6 +299,13 @@ ScopedSurfaceFailure::ScopedSurfaceFailure(int surfacesAllowed) {
 }
 ScopedSurfaceFailure::~ScopedSurfaceFailure() {
   arena().surfacesAllowed = std::numeric_limits<int>::max();
+}
+
+ScopedIdleTime::ScopedIdleTime(std::chrono::milliseconds time) {
+  arena().spares.setIdleTime(time);
+}
+ScopedIdleTime::~ScopedIdleTime() {
+  arena().spares.setIdleTime(defaultIdleTime);
 }
 
 bool admitSurface() noexcept {

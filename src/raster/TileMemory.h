@@ -1,8 +1,10 @@
 // Where all pixel memory comes from: one accountable allocator of tile-sized blocks.
-// Blocks are carved from 2 MiB slabs that ask for huge pages. Emptied slabs make a bounded reserve for the
-// next edit; beyond it they go back to the system. Thread-safe. Tests make it refuse on purpose.
+// Blocks are carved from 2 MiB slabs that ask for huge pages. Emptied slabs form a bounded reserve for the
+// next edit, which goes back to the system after half a minute without use. Thread-safe. Tests make it refuse
+// on purpose.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -15,9 +17,13 @@ namespace orvanel::tileMemory {
 /// Takes back a block of that size.
 void release(std::byte* block, std::size_t bytes) noexcept;
 
-/// Gives memory behind free blocks back to the system, all but the reserve: as many bytes as are in use, at
-/// least 8 MiB and at most 256 MiB. For background work that has released many.
+/// For background work after an edit. Gives memory behind free blocks back to the system, all but the
+/// reserve, and adds memory to the reserve when edits found too little. The reserve holds at most as many
+/// bytes as are in use and 1/16 of the memory that the system has available, but 8 MiB in any case.
 void trim();
+
+/// Gives the whole reserve back now.
+void giveBackReserve();
 
 /// Bytes in blocks now handed out.
 [[nodiscard]] std::size_t bytesInUse() noexcept;
@@ -29,6 +35,15 @@ class ScopedSurfaceFailure {
   ~ScopedSurfaceFailure();
   ScopedSurfaceFailure(const ScopedSurfaceFailure&) = delete;
   ScopedSurfaceFailure& operator=(const ScopedSurfaceFailure&) = delete;
+};
+
+/// While alive, the reserve goes back after this time without use. For tests.
+class ScopedIdleTime {
+ public:
+  explicit ScopedIdleTime(std::chrono::milliseconds time);
+  ~ScopedIdleTime();
+  ScopedIdleTime(const ScopedIdleTime&) = delete;
+  ScopedIdleTime& operator=(const ScopedIdleTime&) = delete;
 };
 
 /// Asks whether one more surface may be made, and counts it.

@@ -3,6 +3,7 @@
 #include <tbb/parallel_for.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <vector>
@@ -17,6 +18,8 @@ using Clock = std::chrono::steady_clock;
 
 // Few enough that a core busy with the history is free for the frame within a millisecond or two.
 constexpr int tilesPerTask = 4;
+// About two milliseconds on two cores.
+constexpr int tilesPerHelp = 32;
 
 class Waiting {
  public:
@@ -87,13 +90,17 @@ void add(const std::shared_ptr<SnapshotContents>& contents) {
   compressInBackground(contents);
 }
 
-void helpFor(std::chrono::milliseconds limit) {
+void help(std::chrono::milliseconds limit, const std::function<bool()>& isEnough) {
   const Clock::time_point deadline = Clock::now() + limit;
   const std::vector<std::shared_ptr<SnapshotContents>> list = waiting().all();
   for (const std::shared_ptr<SnapshotContents>& contents : list) {
-    tbb::parallel_for(std::size_t{0}, contents->dataTileCount(), [&](std::size_t) {
-      if (Clock::now() < deadline) contents->compressNext();
-    });
+    std::atomic<bool> isMore = true;
+    while (isMore) {
+      if (Clock::now() >= deadline || isEnough()) return;
+      tbb::parallel_for(0, tilesPerHelp, [&](int) {
+        if (!contents->compressNext()) isMore = false;
+      });
+    }
   }
   waiting().waitFor(list, deadline);
 }

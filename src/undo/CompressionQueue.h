@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 #include "undo/SnapshotContents.h"
@@ -12,7 +13,7 @@ namespace orvanel::compressionQueue {
 /// Has the contents compressed in the background; work on contents that are gone ends quietly.
 void add(const std::shared_ptr<SnapshotContents>& contents);
 
-/// Compresses what is waiting on all cores and returns when it is done, or soon after `limit`.
-void helpFor(std::chrono::milliseconds limit);
+/// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after `limit`.
+void help(std::chrono::milliseconds limit, const std::function<bool()>& isEnough);
 
 }  // namespace orvanel::compressionQueue

@@ -106,8 +106,9 @@ void TextureSnapshot::waitForCompression() {
   waitForBackgroundWork();
 }
 
-void TextureSnapshot::helpCompression(std::chrono::milliseconds limit) {
-  compressionQueue::helpFor(limit);
+void TextureSnapshot::helpCompression(std::chrono::milliseconds limit,
+                                      const std::function<bool()>& isEnough) {
+  compressionQueue::help(limit, isEnough);
 }
 
 }  // namespace orvanel

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -57,8 +58,9 @@ class TextureSnapshot {
 
   /// Blocks until all compression, and any other background work, has ended. For exact memory figures.
   static void waitForCompression();
-  /// Compresses on this thread and all cores what is waiting; returns when done, or soon after `limit`.
-  static void helpCompression(std::chrono::milliseconds limit);
+  /// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after
+  /// `limit`.
+  static void helpCompression(std::chrono::milliseconds limit, const std::function<bool()>& isEnough);
 
  private:
   TextureSnapshot(const Surface& texture, const PixelRect& region, bool isReady);

@@ -9,8 +9,10 @@
 namespace orvanel {
 namespace {
 
-// Compression that is under way mostly ends sooner; a pause of this length is barely felt.
+// A pause of this length is barely felt, and two cores save so many bytes in it. Waiting for more would be in
+// vain.
 constexpr std::chrono::milliseconds longestWait{40};
+constexpr std::int64_t mostSavedByWaiting = std::int64_t{16} << 20;
 
 }  // namespace
 
@@ -80,15 +82,21 @@ std::optional<QString> UndoStack::redoActionName() const {
 void UndoStack::enforceLimits() {
   evictOldest(std::ssize(operations_) - maxOperations.value());
   if (!isOverBudget()) return;
-  // Nothing is evicted for bytes that are about to shrink.
-  if (operations_.size() >= 2) TextureSnapshot::helpCompression(longestWait);
   dropReadiness();
+  // Nothing is evicted for bytes that are about to shrink.
+  if (operations_.size() >= 2 && totalMemoryCost() - memoryBudget.value() <= mostSavedByWaiting) {
+    TextureSnapshot::helpCompression(longestWait, [this] { return !isOverBudget(); });
+  }
+  evictBeyond(memoryBudget.value());
+}
+
+void UndoStack::evictBeyond(std::int64_t bytes) {
   // Snapshots share bytes: what one record gives up, another may have to count from then on. So the rest is
   // counted anew until the limit really holds.
-  for (std::int64_t cost = totalMemoryCost(); cost > memoryBudget.value() && operations_.size() >= 2;
+  for (std::int64_t cost = totalMemoryCost(); cost > bytes && operations_.size() >= 2;
        cost = totalMemoryCost()) {
     std::int64_t evicted = 0;
-    while (cost > memoryBudget.value() && std::ssize(operations_) - evicted >= 2) {
+    while (cost > bytes && std::ssize(operations_) - evicted >= 2) {
       cost -= operations_[static_cast<std::size_t>(evicted)]->memoryCost();
       ++evicted;
     }

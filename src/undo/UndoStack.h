@@ -43,7 +43,7 @@ class UndoStack {
   [[nodiscard]] std::optional<QString> redoActionName() const;
 
   /// Evicts the oldest records until both limits hold; the newest is never evicted for its bytes. Before it
-  /// evicts for bytes, compression gets a moment to end, and raw tiles kept for quick steps are let go.
+  /// evicts for bytes, raw tiles kept for quick steps are let go, and compression gets a moment.
   void enforceLimits();
   /// Bytes over all records, the redo tail included.
   [[nodiscard]] std::int64_t totalMemoryCost() const;
@@ -52,6 +52,7 @@ class UndoStack {
   void dropRedoTail();
   void append(Record operation);
   void evictOldest(std::int64_t count);
+  void evictBeyond(std::int64_t bytes);
   /// Tells records of the position's coming and going.
   void positionChanged();
   void operationsChanged();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <thread>
 #include <vector>
 
 namespace orvanel {
@@ -75,6 +76,29 @@ TEST(TileMemory, TheReserveIsNoLargerThanWhatIsInUse) {
   release(kept);
   tileMemory::trim();
   EXPECT_LE(residentBytes(given) + residentBytes(kept), 8 * mebibyte);
+}
+
+TEST(TileMemory, TheReserveGrowsByWhatAnEditMissed) {
+  tileMemory::giveBackReserve();
+  tileMemory::trim();
+  const auto first = writtenBlocks(64 * mebibyte);
+  tileMemory::trim();
+  // Never written by anybody, and yet there is memory behind them.
+  std::vector<std::byte*> next(64 * mebibyte / blockBytes);
+  for (std::byte*& block : next) block = tileMemory::allocate(blockBytes);
+  EXPECT_GE(residentBytes(next), 60 * mebibyte);
+  release(next);
+  release(first);
+}
+
+TEST(TileMemory, TheReserveGoesBackWhenItIsIdle) {
+  tileMemory::giveBackReserve();
+  const tileMemory::ScopedIdleTime idle(std::chrono::milliseconds(1));
+  const auto kept = writtenBlocks(16 * mebibyte);
+  const auto given = writtenBlocks(16 * mebibyte);
+  release(given);
+  while (residentBytes(given) > 0) std::this_thread::yield();
+  release(kept);
 }
 
 TEST(TileMemory, FreeBlocksBesideUsedOnesGiveTheirMemoryBack) {

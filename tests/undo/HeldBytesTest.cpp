@@ -105,14 +105,16 @@ TEST_F(HeldBytes, HelpingCompressesWhatTheBackgroundHasNotBegun) {
   const HeldBackground held;
   std::vector<std::shared_ptr<TextureSnapshot>> snapshots;
   for (int round = 0; round < 3; ++round) snapshots.push_back(capture(canvasWith(5)));
-  TextureSnapshot::helpCompression(std::chrono::minutes(1));
+  TextureSnapshot::helpCompression(std::chrono::minutes(1), [] { return false; });
   for (const auto& snapshot : snapshots) EXPECT_TRUE(snapshot->isCompressed());
 }
 
-TEST_F(HeldBytes, HelpingEndsWithItsTime) {
+TEST_F(HeldBytes, HelpingEndsWithItsTimeOrWhenThatIsEnough) {
   const HeldBackground held;
   const auto snapshot = capture(canvasWith(5));
-  TextureSnapshot::helpCompression(std::chrono::milliseconds(0));
+  TextureSnapshot::helpCompression(std::chrono::milliseconds(0), [] { return false; });
+  EXPECT_FALSE(snapshot->isCompressed());
+  TextureSnapshot::helpCompression(std::chrono::minutes(1), [] { return true; });
   EXPECT_FALSE(snapshot->isCompressed());
 }
 
