@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "raster/ColorMode.h"
+#include "raster/HalfFloat.h"
 #include "raster/Hash.h"
 #include "raster/Regularity.h"
 #include "raster/kernels/CompositeStrip.h"
@@ -31,8 +32,7 @@ void fold(Hasher& hasher, const Tile& tile) {
 }
 
 float halfCoverage(std::uint64_t pixel) {
-  const auto bits = static_cast<std::uint32_t>(regularPixel(pixel, PixelFormat::r16Float) & 0xFFFFU);
-  return std::bit_cast<float>(bits << 13U) * 0x1p112F;
+  return halfToFloat(static_cast<std::uint16_t>(regularPixel(pixel, PixelFormat::r16Float)));
 }
 
 /// The alpha channel's bits of a uniform pixel, and their value at full coverage.
@@ -46,7 +46,7 @@ std::uint64_t fullAlphaBits(PixelFormat format) {
     case PixelFormat::rg16Unorm:
       return 0xFFFF;
     case PixelFormat::rgba16Float:
-      return 0x3C00;
+      return halfOne;
     default:
       return 0xFF;
   }
@@ -217,7 +217,7 @@ class TileComposer {
 };
 
 bool fits(const Surface& canvas, const Surface* other) {
-  return other == nullptr || (other->width() == canvas.width() && other->height() == canvas.height());
+  return other == nullptr || fitInSize(canvas, *other);
 }
 
 /// True when the record's colour mode is that of the pixels it comes with.

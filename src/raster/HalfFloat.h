@@ -8,6 +8,8 @@
 namespace orvanel {
 
 inline constexpr float largestHalf = 65504.0F;
+/// The bits of 1.0: a pixel of a mask that is wholly selected.
+inline constexpr std::uint16_t halfOne = 0x3C00;
 
 /// Exact for every half: subnormals, infinities and NaN included.
 [[nodiscard]] constexpr float halfToFloat(std::uint16_t half) {

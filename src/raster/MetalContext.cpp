@@ -1,17 +1,10 @@
 #include "raster/MetalContext.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 #include "raster/TileMemory.h"
 
 namespace orvanel {
-void fatalFault(std::string_view message) {
-  std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
-  std::fflush(stderr);
-  std::abort();
-}
 
 MetalContext& MetalContext::shared() {
   static MetalContext context{ShaderLibrary::standard()};

@@ -11,14 +11,12 @@
 #include <string_view>
 
 #include "raster/ColorMode.h"
+#include "raster/FatalFault.h"
 #include "raster/KernelRecords.h"
 #include "raster/ShaderLibrary.h"
 #include "raster/Surface.h"
 
 namespace orvanel {
-
-/// Prints the message to standard error and aborts the process.
-[[noreturn]] void fatalFault(std::string_view message);
 
 /// A kernel that has been found by its name.
 struct ComputePipeline {

@@ -21,10 +21,6 @@ bool contains(const Surface& surface, int x, int y) {
   return x >= 0 && y >= 0 && x < surface.width() && y < surface.height();
 }
 
-bool haveSameSize(const Surface& a, const Surface& b) {
-  return a.width() == b.width() && a.height() == b.height();
-}
-
 }  // namespace
 
 void MetalContext::fillMask(Surface& mask, float value) const {
@@ -129,7 +125,7 @@ void MetalContext::magicWandNonContiguous(const Surface& sample, Surface& mask, 
 
 bool MetalContext::magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY,
                                        const Color4& seed, float tolerance) const {
-  if (!contains(sample, seedX, seedY) || !haveSameSize(sample, mask)) return true;
+  if (!contains(sample, seedX, seedY) || !fitInSize(sample, mask)) return true;
   const auto count = static_cast<std::size_t>(sample.width()) * static_cast<std::size_t>(sample.height());
   const std::unique_ptr<std::byte[]> eligible(new (std::nothrow) std::byte[count]);
   if (eligible == nullptr) return false;

@@ -5,10 +5,11 @@
 #include <bit>
 #include <cstring>
 
+#include "raster/HalfFloat.h"
+
 namespace orvanel {
 namespace {
 
-constexpr std::uint16_t halfOne = 0x3C00;
 constexpr std::uint16_t halfLargest = 0x7BFF;
 constexpr std::uint16_t halfInfinity = 0x7C00;
 

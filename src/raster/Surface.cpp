@@ -7,6 +7,7 @@
 #include <cassert>
 #include <cstring>
 
+#include "raster/FatalFault.h"
 #include "raster/Regularity.h"
 
 namespace orvanel {
@@ -299,6 +300,14 @@ bool Surface::equals(const Surface& other) const {
 
 void Surface::rememberRecipes() {
   if (recipes_.empty()) recipes_.resize(tiles_.size());
+}
+
+bool fitInSize(const Surface& a, const Surface& b) {
+  return expectThat(haveSameSize(a, b), "A kernel was given surfaces of different sizes");
+}
+
+bool fitInFormat(const Surface& a, const Surface& b) {
+  return expectThat(a.format() == b.format(), "A kernel was given surfaces of different formats");
 }
 
 void copyPixels(const Surface& source, const PixelRect& rect, Surface& destination, int x, int y) {

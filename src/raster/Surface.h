@@ -104,6 +104,14 @@ class Surface {
 /// Surfaces are shared between the model, the renderer and undo records under this name.
 using Texture = std::shared_ptr<Surface>;
 
+[[nodiscard]] inline bool haveSameSize(const Surface& a, const Surface& b) {
+  return a.width() == b.width() && a.height() == b.height();
+}
+
+/// What kernels ask of the surfaces they are given, by `expectThat`: the same size, or the same format.
+[[nodiscard]] bool fitInSize(const Surface& a, const Surface& b);
+[[nodiscard]] bool fitInFormat(const Surface& a, const Surface& b);
+
 /// Copies `rect` of `source` so that its corner lands on (x, y) of `destination`; both are clipped. Whole
 /// tiles that line up are shared. The formats agree.
 void copyPixels(const Surface& source, const PixelRect& rect, Surface& destination, int x, int y);

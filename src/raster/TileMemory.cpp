@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-#include "raster/MetalContext.h"
+#include "raster/FatalFault.h"
 
 namespace orvanel::tileMemory {
 namespace {

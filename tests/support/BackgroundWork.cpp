@@ -1,14 +1,16 @@
-// Linked into every test program that uses the engine: work that is still queued when a program ends would
-// count as leaked.
+// Linked into every test program that uses the engine. Surfaces that don't fit a kernel end the program, and
+// background work ends before it does, or what is still queued would count as leaked.
 #include <gtest/gtest.h>
 
 #include "raster/Background.h"
+#include "raster/FatalFault.h"
 
 namespace orvanel {
 namespace {
 
 class BackgroundWork : public testing::Environment {
  public:
+  void SetUp() override { setMistakesFatal(true); }
   void TearDown() override { waitForBackgroundWork(); }
 };
 

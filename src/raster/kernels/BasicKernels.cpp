@@ -83,7 +83,7 @@ void convertTexture(const Dispatch& dispatch) {
   const auto& params = inlineRecord<ConvertParams>(dispatch);
   const auto from = static_cast<ColorMode>(params.sourceMode);
   const auto to = static_cast<ColorMode>(params.destinationMode);
-  if (source.width() != destination.width() || source.height() != destination.height()) return;
+  if (!fitInSize(source, destination)) return;
   tbb::parallel_for(0, source.tileCount(), [&](int index) {
     const Tile& tile = source.tile(index);
     if (tile.isUniform()) {

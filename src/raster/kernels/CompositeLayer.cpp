@@ -36,8 +36,8 @@ void compositeLayer(const Dispatch& dispatch) {
   Surface& destination = *dispatch.textures[1];
   const auto& params = inlineRecord<CompositeParams>(dispatch);
   const Surface* mask = params.hasMask != 0 ? dispatch.textures[2] : nullptr;
-  if (params.visible == 0 || !haveSameSize(source, destination)) return;
-  if (mask != nullptr && !haveSameSize(*mask, destination)) return;
+  if (params.visible == 0 || !fitInSize(source, destination)) return;
+  if (mask != nullptr && !fitInSize(*mask, destination)) return;
   tbb::parallel_for(0, destination.tileCount(), [&](int index) {
     const auto accumulator = std::make_unique<StripAccumulator>();
     TileBuffer sourceScratch(source.tileBytes());

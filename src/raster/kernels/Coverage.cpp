@@ -11,8 +11,6 @@
 namespace orvanel::kernels {
 namespace {
 
-constexpr std::uint16_t halfOne = 0x3C00;
-
 /// What a stretch of a row holds.
 enum class Stretch { empty, full, mixed };
 

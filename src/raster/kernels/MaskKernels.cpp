@@ -11,8 +11,6 @@
 namespace orvanel::kernels {
 namespace {
 
-constexpr std::uint64_t fullCoverage = 0x3C00;
-
 /// A mask value for a record's float; NaN counts as 0.
 float coverage(float value) {
   return value > 0.0F ? std::min(value, 1.0F) : 0.0F;
@@ -51,7 +49,7 @@ void combineTile(Surface& mask, const Surface& operand, int index, const Combina
   const TileReader other(operand, index);
   const auto rule = [&](const TileReader& side, Known empty, Known full) {
     if (!side.isUniform()) return Known::computes;
-    return side.pixel() == 0 ? empty : side.pixel() == fullCoverage ? full : Known::computes;
+    return side.pixel() == 0 ? empty : side.pixel() == halfOne ? full : Known::computes;
   };
   Known known = rule(other, rules.operandEmpty, rules.operandFull);
   bool maskIsUniform = false;
@@ -72,7 +70,7 @@ void combineTile(Surface& mask, const Surface& operand, int index, const Combina
     case Known::emptiesMask:
       return mask.setUniform(index, 0);
     case Known::fillsMask:
-      return mask.setUniform(index, fullCoverage);
+      return mask.setUniform(index, halfOne);
     case Known::computes:
       break;
   }
@@ -90,7 +88,7 @@ template <typename Row>
 void combine(const Dispatch& dispatch, const Combination& rules, const Row& row) {
   Surface& mask = *dispatch.textures[0];
   const Surface& operand = *dispatch.textures[1];
-  if (!haveSameSize(mask, operand)) return;
+  if (!fitInSize(mask, operand)) return;
   forEachTile(mask, [&](int index) { combineTile(mask, operand, index, rules, row); });
 }
 

@@ -14,8 +14,6 @@
 namespace orvanel::kernels {
 namespace {
 
-constexpr std::uint64_t fullCoverage = 0x3C00;
-
 enum class Alpha { kept, changed };
 
 /// Runs a row function over one pixel and gives the result.
@@ -35,7 +33,7 @@ void editTile(Surface& layer, int index, const Surface* weights, Alpha alpha, co
   if (weights != nullptr) reader.emplace(*weights, index);
   const bool isEven = !reader || reader->isUniform();
   if (reader && isEven && reader->pixel() == 0) return;
-  const bool isFull = !reader || (isEven && reader->pixel() == fullCoverage);
+  const bool isFull = !reader || (isEven && reader->pixel() == halfOne);
   const auto weightsOf = [&](int y) { return isFull ? nullptr : reader->halves(y); };
   if (isEven && layer.tile(index).isUniform()) {
     const std::uint64_t pixel = TileReader(layer, index).pixel();
@@ -60,10 +58,10 @@ bool isGreyFormat(PixelFormat format) {
 }
 
 void extractChannelOf(const Surface& source, Surface& mask, int channel) {
-  if (!haveSameSize(source, mask)) return;
+  if (!fitInSize(source, mask)) return;
   forEachTile(source, [&](int index) {
     const Tile& tile = source.tile(index);
-    if (channel == 3 && tile.has(TileTrait::opaque)) return mask.setUniform(index, fullCoverage);
+    if (channel == 3 && tile.has(TileTrait::opaque)) return mask.setUniform(index, halfOne);
     const TileReader reader(source, index);
     if (reader.isUniform()) {
       alignas(64) std::array<std::uint16_t, 16> values;
@@ -85,7 +83,7 @@ void invertColors(const Dispatch& dispatch) {
   Surface& layer = *dispatch.textures[0];
   const auto& params = inlineRecord<InvertParams>(dispatch);
   const Surface* selection = params.hasSelection != 0 ? dispatch.textures[1] : nullptr;
-  if (selection != nullptr && !haveSameSize(layer, *selection)) return;
+  if (selection != nullptr && !fitInSize(layer, *selection)) return;
   const PixelFormat format = layer.format();
   const auto row = [format](const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) {
     invertRow(format, in, out, weights, count);
@@ -97,7 +95,7 @@ void levelsAdjust(const Dispatch& dispatch) {
   Surface& layer = *dispatch.textures[0];
   const auto& params = inlineRecord<LevelsParams>(dispatch);
   const Surface* selection = params.hasSelection != 0 ? dispatch.textures[1] : nullptr;
-  if (selection != nullptr && !haveSameSize(layer, *selection)) return;
+  if (selection != nullptr && !fitInSize(layer, *selection)) return;
   const PixelFormat format = layer.format();
   std::optional<LevelsTable> table;
   if (LevelsTable::isWorthwhile(layer, selection, params)) table.emplace(format, params);
@@ -111,7 +109,7 @@ void levelsAdjust(const Dispatch& dispatch) {
 void fillWithSelection(const Dispatch& dispatch) {
   Surface& layer = *dispatch.textures[0];
   const Surface& selection = *dispatch.textures[1];
-  if (!haveSameSize(layer, selection)) return;
+  if (!fitInSize(layer, selection)) return;
   const PixelFormat format = layer.format();
   Color4 color = regularColor(inlineRecord<FillParams>(dispatch).color);
   // In a grey format the first component is the grey.
@@ -122,7 +120,7 @@ void fillWithSelection(const Dispatch& dispatch) {
   const std::uint64_t filled = onePixel(row, 0, layer.pixelBytes(), nullptr);
   forEachTile(layer, [&](int index) {
     const Tile& selected = selection.tile(index);
-    if (selected.isUniform() && TileReader(selection, index).pixel() == fullCoverage) {
+    if (selected.isUniform() && TileReader(selection, index).pixel() == halfOne) {
       return layer.setUniform(index, filled);
     }
     editTile(layer, index, &selection, Alpha::changed, row);
@@ -133,7 +131,7 @@ void fillWithSelection(const Dispatch& dispatch) {
 void applyLayerMask(const Dispatch& dispatch) {
   Surface& layer = *dispatch.textures[0];
   const Surface& mask = *dispatch.textures[1];
-  if (!haveSameSize(layer, mask)) return;
+  if (!fitInSize(layer, mask)) return;
   const PixelFormat format = layer.format();
   const auto row = [format](const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) {
     maskAlphaRow(format, in, out, weights, count);
@@ -141,7 +139,7 @@ void applyLayerMask(const Dispatch& dispatch) {
   forEachTile(layer, [&](int index) {
     if (mask.tile(index).isUniform()) {
       const std::uint64_t value = TileReader(mask, index).pixel();
-      if (value == fullCoverage) return;
+      if (value == halfOne) return;
       if (value == 0) return layer.setUniform(index, 0);
     }
     editTile(layer, index, &mask, Alpha::changed, row);
@@ -154,7 +152,7 @@ void extractMaskedPixels(const Dispatch& dispatch) {
   Surface& destination = *dispatch.textures[1];
   const Surface& selection = *dispatch.textures[2];
   const auto& params = inlineRecord<ExtractParams>(dispatch);
-  if (!haveSameSize(layer, selection) || layer.format() != destination.format()) return;
+  if (!fitInSize(layer, selection) || !fitInFormat(layer, destination)) return;
   const auto pixelBytes = static_cast<std::size_t>(layer.pixelBytes());
   forEachTile(destination, [&](int index) {
     const PixelRect rect = destination.tileRect(index);

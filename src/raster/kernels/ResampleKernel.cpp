@@ -160,7 +160,7 @@ void resampleTexture(const Dispatch& dispatch) {
   const Surface& source = *dispatch.textures[0];
   Surface& destination = *dispatch.textures[1];
   const auto& params = inlineRecord<ResampleParams>(dispatch);
-  if (source.format() != destination.format()) return;
+  if (!fitInFormat(source, destination)) return;
   if (haveSameSize(source, destination)) {
     return copyPixels(source, source.bounds(), destination, 0, 0);
   }

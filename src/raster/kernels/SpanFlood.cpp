@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "raster/HalfFloat.h"
 #include "raster/kernels/TileAccess.h"
 
 namespace orvanel::kernels {
@@ -111,7 +112,6 @@ void floodFrom(std::span<std::byte> map, int width, int height, int seedX, int s
 }
 
 void writeFloodedMask(std::span<const std::byte> map, Surface& mask) {
-  constexpr std::uint16_t halfOne = 0x3C00;
   const auto width = static_cast<std::size_t>(mask.width());
   forEachTile(mask, [&](int index) {
     const PixelRect rect = mask.tileRect(index);

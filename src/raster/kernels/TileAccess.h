@@ -64,10 +64,6 @@ void gatherRegion(const Surface& surface, const PixelRect& region, std::byte* de
 /// lies within the surface.
 [[nodiscard]] std::optional<std::uint64_t> uniformPixelOf(const Surface& surface, const PixelRect& region);
 
-[[nodiscard]] inline bool haveSameSize(const Surface& a, const Surface& b) {
-  return a.width() == b.width() && a.height() == b.height();
-}
-
 /// Calls `work` for every tile index of a surface, in parallel.
 void forEachTile(const Surface& surface, const std::function<void(int)>& work);
 

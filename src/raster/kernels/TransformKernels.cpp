@@ -288,7 +288,7 @@ class TileTransform {
 
 void transform(const Surface& source, Surface& destination, const Matrix& matrix, const PixelRect& sourceClip,
                const PixelRect& destinationClip) {
-  if (source.format() != destination.format()) return;
+  if (!fitInFormat(source, destination)) return;
   if (!matrix.isFinite()) return destination.fill(0);
   tbb::enumerable_thread_specific<TileTransform> transforms(
       [&] { return TileTransform(source, matrix, sourceClip, destinationClip); });

@@ -35,7 +35,7 @@ void translateTile(const Surface& source, Surface& destination, int index, int d
 }  // namespace
 
 void translatePixels(const Surface& source, Surface& destination, int dx, int dy) {
-  if (source.format() != destination.format()) return;
+  if (!fitInFormat(source, destination)) return;
   forEachTile(destination, [&](int index) { translateTile(source, destination, index, dx, dy); });
 }
 

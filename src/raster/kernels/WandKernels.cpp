@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "raster/HalfFloat.h"
 #include "raster/KernelRecords.h"
 #include "raster/kernels/Kernels.h"
 #include "raster/kernels/PointRows.h"
@@ -12,7 +13,6 @@
 namespace orvanel::kernels {
 namespace {
 
-constexpr std::uint16_t halfOne = 0x3C00;
 constexpr std::uint16_t halfHalf = 0x3800;
 constexpr std::uint16_t halfThreeQuarters = 0x3A00;
 // Far below a step of any format, and above what rounding adds to a difference.
@@ -56,7 +56,7 @@ void magicWandNonContiguous(const Dispatch& dispatch) {
   const Surface& sample = *dispatch.textures[0];
   Surface& mask = *dispatch.textures[1];
   const auto& params = inlineRecord<WandParams>(dispatch);
-  if (!haveSameSize(sample, mask)) return;
+  if (!fitInSize(sample, mask)) return;
   const float limit = params.tolerance + margin;
   forEachTile(sample, [&](int index) {
     const TileReader reader(sample, index);
@@ -77,7 +77,7 @@ void magicWandNonContiguous(const Dispatch& dispatch) {
 void magicWandAntialias(const Dispatch& dispatch) {
   Surface& mask = *dispatch.textures[0];
   const Surface& copy = *dispatch.textures[1];
-  if (!haveSameSize(mask, copy)) return;
+  if (!fitInSize(mask, copy)) return;
   forEachTile(copy, [&](int index) {
     const int tileX = index % copy.tilesAcross();
     const int tileY = index / copy.tilesAcross();

@@ -14,9 +14,9 @@
 namespace orvanel::kernels {
 namespace {
 
-/// The largest power of two, up to a tile's side, of which a sigma holds at least eight. An edge that crosses a
-/// cell is blurred by between 0 and a quarter of the cell's square more, as variance, than the average sixth:
-/// here at most 0.2 % of the whole, which moves no value by more than 4e-4.
+/// The largest power of two, up to a tile's side, of which a sigma holds at least eight. An edge that crosses
+/// a cell is blurred by between 0 and a quarter of the cell's square more, as variance, than the average
+/// sixth: here at most 0.2 % of the whole, which moves no value by more than 4e-4.
 int cellSideFor(double sigma) {
   const auto most = static_cast<unsigned>(std::min(sigma / 8.0, 1.0 * tileSide));
   return static_cast<int>(std::bit_floor(most));
