@@ -12,11 +12,12 @@ namespace orvanel {
 namespace {
 
 constexpr std::int64_t rawTile = 128 * 128 * 8;
-constexpr std::int64_t large = 16384;
+constexpr int large = 16384;
+constexpr int small = 1024;
 
-/// A canvas of the largest size with `tiles` tiles of data; the others are uniform.
-Surface canvasWith(int tiles) {
-  Surface canvas(PixelFormat::rgba16Float, large, large);
+/// A canvas with `tiles` tiles of data; the others are uniform.
+Surface canvasWith(int tiles, int side = large) {
+  Surface canvas(PixelFormat::rgba16Float, side, side);
   for (int index = 0; index < tiles; ++index) {
     std::byte* bytes = canvas.editTile(index);
     std::fill_n(bytes, canvas.tileBytes(), static_cast<std::byte>(index + 1));
@@ -87,10 +88,7 @@ TEST_F(HeldBytes, SnapshotsShareRawTilesUntilTheCompressedFormReplacesThem) {
 }
 
 TEST_F(HeldBytes, RawTilesThatAreKeptReadyCountBesideTheCompressedOnes) {
-  Surface canvas(PixelFormat::rgba16Float, 1024, 1024);
-  for (int index = 0; index < 6; ++index) {
-    std::fill_n(canvas.editTile(index), canvas.tileBytes(), static_cast<std::byte>(index + 1));
-  }
+  Surface canvas = canvasWith(6, small);
   const auto snapshot = TextureSnapshot::captureReady(canvas, context);
   TextureSnapshot::waitForCompression();
   const std::int64_t compressed = snapshot->compressedSize();
@@ -109,7 +107,7 @@ TEST_F(HeldBytes, HelpingCompressesWhatTheBackgroundHasNotBegun) {
   for (const auto& snapshot : snapshots) EXPECT_TRUE(snapshot->isCompressed());
 }
 
-TEST_F(HeldBytes, HelpingEndsWithItsTimeOrWhenThatIsEnough) {
+TEST_F(HeldBytes, HelpingEndsAtItsTimeLimitOrWhenEnoughIsSaved) {
   const HeldBackground held;
   const auto snapshot = capture(canvasWith(5));
   TextureSnapshot::helpCompression(std::chrono::milliseconds(0), [] { return false; });
@@ -123,7 +121,7 @@ class ReplacedPixels : public UndoableOperation {
  public:
   ReplacedPixels(Surface& canvas, const MetalContext& context)
       : snapshot_(TextureSnapshot::captureReady(canvas, context)) {
-    canvas = canvasWith(40);
+    canvas = canvasWith(40, small);
   }
   [[nodiscard]] QString actionName() const override { return QStringLiteral("Replace"); }
   void redo() override {}
@@ -139,9 +137,21 @@ TEST_F(HeldBytes, NothingIsEvictedForBytesThatAreAboutToShrink) {
   const HeldBackground held;
   UndoStack history;
   history.memoryBudget = 60 * rawTile;
-  Surface canvas = canvasWith(40);
+  Surface canvas = canvasWith(40, small);
   for (int round = 0; round < 8; ++round) history.push(std::make_shared<ReplacedPixels>(canvas, context));
   EXPECT_EQ(history.operations().size(), 8U);
+  EXPECT_LE(history.totalMemoryCost(), history.memoryBudget.value());
+}
+
+TEST_F(HeldBytes, RawTilesKeptForQuickStepsGoBeforeAnyRecord) {
+  UndoStack history;
+  Surface canvas = canvasWith(40, small);
+  for (int round = 0; round < 2; ++round) history.push(std::make_shared<ReplacedPixels>(canvas, context));
+  TextureSnapshot::waitForCompression();
+  EXPECT_GE(history.totalMemoryCost(), 40 * rawTile);
+  history.memoryBudget = 20 * rawTile;
+  history.enforceLimits();
+  EXPECT_EQ(history.operations().size(), 2U);
   EXPECT_LE(history.totalMemoryCost(), history.memoryBudget.value());
 }
 
