@@ -9,7 +9,7 @@
 namespace orvanel {
 namespace {
 
-/// Counts the tasks that are not through yet, so that they can be waited for.
+/// Counts unfinished tasks so that callers can wait for them.
 class PendingTasks {
  public:
   void add() {
@@ -31,7 +31,7 @@ class PendingTasks {
   int pending_ = 0;
 };
 
-// Neither is ever destroyed: work may still be under way when main returns.
+// Never destroyed: work may still be running when main returns.
 PendingTasks& pendingTasks() {
   static auto* tasks = new PendingTasks;
   return *tasks;
@@ -40,7 +40,7 @@ PendingTasks& pendingTasks() {
 }  // namespace
 
 tbb::task_arena& backgroundArena() {
-  // One slot is kept for a thread that comes to work through a job of its own, as a save does.
+  // One slot is reserved for a thread that joins the arena with a job of its own, such as a save.
   static auto* arena = new tbb::task_arena(std::max(2, tbb::this_task_arena::max_concurrency()), 1,
                                            tbb::task_arena::priority::low);
   return *arena;
@@ -51,7 +51,7 @@ void enqueueBackgroundTask(std::function<void()> task) {
   auto held = std::make_unique<std::function<void()>>(std::move(task));
   backgroundArena().enqueue([task = held.release()] {
     {
-      // What it holds is let go before anybody hears that it is done.
+      // Release the task's captures before anyone is told that it has finished.
       const std::unique_ptr<std::function<void()>> owned(task);
       (*owned)();
     }

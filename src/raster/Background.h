@@ -1,4 +1,4 @@
-// Where work runs that nobody waits for: compressing the history, saving. It yields to the frame and to
+// The arena for background work, such as compressing the history and saving. It yields to frames and
 // commands. Background work holds surfaces and tiles, never model objects.
 #pragma once
 
@@ -12,11 +12,10 @@ namespace orvanel {
 /// is free soon when the foreground needs it.
 [[nodiscard]] tbb::task_arena& backgroundArena();
 
-/// Has the arena carry out the task soon; returns at once. From any thread.
+/// Queues a task and returns at once. Callable from any thread.
 void enqueueBackgroundTask(std::function<void()> task);
 
-/// Blocks until all that was given to `enqueueBackgroundTask` is done, what these tasks gave it in turn
-/// included.
+/// Blocks until all queued tasks are done, including tasks that they queue in turn.
 void waitForBackgroundWork();
 
 }  // namespace orvanel

@@ -30,7 +30,7 @@ inline constexpr std::array allBlendModes{BlendMode::normal,     BlendMode::mult
                                           BlendMode::overlay,    BlendMode::darken,   BlendMode::lighten,
                                           BlendMode::difference, BlendMode::exclusion};
 
-/// The enumeration with this raw value, or nothing when there is none.
+/// The enumerator with this raw value, or nothing.
 [[nodiscard]] constexpr std::optional<ColorMode> colorModeFromRaw(std::int64_t raw) {
   if (raw < 0 || raw > 3) return std::nullopt;
   return static_cast<ColorMode>(raw);

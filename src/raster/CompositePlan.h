@@ -1,5 +1,5 @@
 // A run of "compositeLayer" dispatches, recorded first and then carried out tile by tile: all layers of a
-// tile while its accumulator is in cache, and only tiles whose inputs changed since their last making.
+// tile while its accumulator is in cache, and only the tiles whose inputs have changed.
 // Built and run on the main thread; the work spreads over both cores and is complete when `run` returns.
 #pragma once
 
@@ -11,10 +11,10 @@
 
 namespace orvanel {
 
-/// Which tiles a run makes again.
+/// Which tiles a run recomputes.
 enum class CompositeScope {
   changedTiles,  ///< those whose recipe differs
-  allTiles,      ///< every tile, whatever is remembered
+  allTiles,      ///< every tile
 };
 
 struct CompositeReport {

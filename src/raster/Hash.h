@@ -8,7 +8,7 @@ namespace orvanel {
 
 class Hasher {
  public:
-  /// Every value gives another state, so that nothing folded before is ever forgotten.
+  /// A bijection of the state for every value, so no earlier input is lost.
   void fold(std::uint64_t word) {
     state_ = (std::rotl(state_, 23) ^ word) * 0x9E3779B97F4A7C15ULL;
     state_ ^= state_ >> 29U;

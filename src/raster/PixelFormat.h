@@ -18,7 +18,7 @@ enum class PixelFormat : std::uint16_t {
   rgba32Float = 125,
 };
 
-/// Bytes of one pixel; formats that are not named count as 8, as `rgba16Float` does.
+/// Bytes per pixel. Formats not listed here take 8 bytes, like `rgba16Float`.
 [[nodiscard]] constexpr int bytesPerPixel(PixelFormat format) {
   switch (format) {
     case PixelFormat::r16Float:
@@ -35,7 +35,7 @@ enum class PixelFormat : std::uint16_t {
   }
 }
 
-/// True where channels are IEEE 754 numbers and so may come as NaN or infinity from a file.
+/// True for floating-point channels, which may be NaN or infinite in a file.
 [[nodiscard]] constexpr bool isFloatFormat(PixelFormat format) {
   return format == PixelFormat::r16Float || format == PixelFormat::rgba16Float ||
          format == PixelFormat::rgba32Float;

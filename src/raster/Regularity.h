@@ -1,5 +1,5 @@
-// Half floats from a file may be NaN or infinite, or carry an alpha or mask value outside 0 to 1. Files
-// keep their bytes as they stand; kernels read such values as this header says.
+// Half floats loaded from a file may be NaN, infinite, or an alpha or mask value outside 0 to 1. The stored
+// bytes are never changed; this header defines how kernels read such values.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace orvanel {
 /// `count` pixels of a float format as kernels read them.
 void regularise(const std::byte* source, std::byte* destination, std::size_t count, PixelFormat format);
 
-/// Marks the tiles of a float surface that hold any value kernels must not read as it stands.
+/// Marks the tiles of a float surface that contain irregular values.
 void markIrregularTiles(Surface& surface);
 /// The same for one tile, for a reader that fills tiles in parallel.
 void markIfIrregular(Surface& surface, int index);

@@ -51,10 +51,10 @@ bool tilesAgree(const Tile& a, const Tile& b, const PixelRect& rect, int pixelBy
   return true;
 }
 
-/// True when the caller holds the only reference and nobody can revive the old bytes any more.
+/// True when the caller holds the only reference and nobody can obtain the old bytes any more.
 bool takeForWriting(TileBuffer& buffer) {
   if (buffer.isShared()) return false;
-  // A twin in the history may take a reference until it has been told, so it is told before the last look.
+  // A twin in the history may take a reference until it is notified, so notify it before the final check.
   if (const auto follower = buffer.companion.lock()) follower->bufferDying(buffer);
   if (buffer.isShared()) return false;
   buffer.companion.reset();
@@ -72,7 +72,7 @@ void forEachTileUnder(const Surface& surface, const PixelRect& region, const Vis
   }
 }
 
-/// True when a tile holds, or may hold, values that kernels must not read as they stand.
+/// True when a tile contains, or may contain, irregular values.
 bool mayBeIrregular(const Tile& tile, PixelFormat format) {
   return tile.isUniform() ? regularPixel(tile.pixel(), format) != tile.pixel()
                           : tile.has(TileTrait::irregular);
@@ -94,7 +94,7 @@ RegionTraits traitsOf(const Surface& surface, const PixelRect& region) {
   return traits;
 }
 
-/// Copies a region of the source to a place of a destination tile; `out` is where its first pixel goes.
+/// Copies a region of the source into a destination tile, whose first target pixel is at `out`.
 void copyRows(const Surface& source, const PixelRect& region, std::byte* out) {
   const auto step = static_cast<std::size_t>(source.pixelBytes());
   const std::size_t stride = static_cast<std::size_t>(tileSide) * step;
@@ -130,7 +130,7 @@ void copyIntoTile(const Surface& source, Surface& destination, int index, const 
   }
   const bool mayBecomeIrregular =
       traits.mayBeIrregular || (part != whole && mayBeIrregular(held, destination.format()));
-  // An edge tile keeps what it has beyond the canvas, so that it stays defined.
+  // An edge tile keeps its padding beyond the canvas, so that the padding stays defined.
   const bool coversTile = part.width == tileSide && part.height == tileSide;
   std::byte* out = coversTile ? destination.overwriteTile(index) : destination.editTile(index);
   const std::size_t offset = static_cast<std::size_t>((part.y - whole.y) * tileSide + part.x - whole.x);

@@ -58,13 +58,13 @@ class Surface {
 
   /// The tile's bytes for changing: unshared, a uniform tile spread out, under a new version.
   [[nodiscard]] std::byte* editTile(int index);
-  /// As `editTile`, for a caller that writes every pixel: the old contents are not kept.
+  /// As `editTile`, for a caller that writes every pixel; the old contents are lost.
   [[nodiscard]] std::byte* overwriteTile(int index);
-  /// Says what is known of the bytes just written; the tile holds data.
+  /// Sets what is known of the bytes just written. The tile is a data tile.
   void setTrait(int index, TileTrait trait) {
     tiles_[static_cast<std::size_t>(index)].buffer_->trait = trait;
   }
-  /// Turns a data tile whose visible pixels are all equal into a uniform one.
+  /// Makes a data tile uniform if all its visible pixels are equal.
   void collapseIfUniform(int index);
 
   /// Copies rows [y, y + rows) of the columns [x, x + columns) out, `bytesPerRow` apart.
@@ -75,15 +75,15 @@ class Surface {
   /// One pixel's bytes, zero outside.
   [[nodiscard]] std::uint64_t pixelAt(int x, int y) const;
 
-  /// The same pixels, wherever they are held.
+  /// True when both surfaces have the same format, size and pixels.
   [[nodiscard]] bool equals(const Surface& other) const;
 
-  /// What a derived tile was made from: a hash that its maker compares before making it again. Any change
-  /// of the tile by anybody forgets it. 0: unknown.
+  /// The hash of the inputs that a derived tile was computed from, to decide whether it is out of date. Any
+  /// change of the tile resets it to 0, which means unknown.
   [[nodiscard]] std::uint64_t recipe(int index) const {
     return recipes_.empty() ? 0 : recipes_[static_cast<std::size_t>(index)];
   }
-  /// Gives every tile a place for its recipe, so that tiles can be derived in parallel.
+  /// Allocates the recipes of all tiles, so that tiles can be derived in parallel.
   void rememberRecipes();
   void setRecipe(int index, std::uint64_t recipe) { recipes_[static_cast<std::size_t>(index)] = recipe; }
 
@@ -108,7 +108,7 @@ using Texture = std::shared_ptr<Surface>;
   return a.width() == b.width() && a.height() == b.height();
 }
 
-/// What kernels ask of the surfaces they are given, by `expectThat`: the same size, or the same format.
+/// Checks by `expectThat` that a kernel was given surfaces of the same size, or of the same format.
 [[nodiscard]] bool fitInSize(const Surface& a, const Surface& b);
 [[nodiscard]] bool fitInFormat(const Surface& a, const Surface& b);
 

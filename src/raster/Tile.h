@@ -17,18 +17,18 @@ namespace orvanel {
 inline constexpr int tileSide = 128;
 inline constexpr int tilePixels = tileSide * tileSide;
 
-/// What is known of a data tile's contents without looking. Any edit forgets `opaque`; only bytes that
-/// come from a file can be `irregular` (NaN, infinity, or an alpha or mask value outside 0 to 1).
+/// Known properties of a data tile's contents. Any edit clears `opaque`; only bytes loaded from a file can be
+/// `irregular` (NaN, infinity, or an alpha or mask value outside 0 to 1).
 enum class TileTrait : std::uint8_t { none = 0, opaque = 1, irregular = 2 };
 
 class TileBuffer;
 
-/// Something that follows a tile's bytes beyond the surface (the compressed twin in the history). It is
-/// told when the bytes go away, on whatever thread lets go last.
+/// Something outside the surface that tracks a tile's bytes (the compressed twin in the history). It is
+/// notified when the bytes are freed or changed, on the thread that releases the last reference.
 class TileCompanion {
  public:
   virtual ~TileCompanion() = default;
-  /// `buffer` is about to go, or to hold other bytes.
+  /// `buffer` is about to be freed or overwritten.
   virtual void bufferDying(const TileBuffer& buffer) noexcept = 0;
 };
 
@@ -57,8 +57,8 @@ class TileBuffer {
   /// How many of the references belong to snapshots. They account for the bytes only once no surface holds
   /// them any more.
   std::atomic<std::uint32_t> snapshotReferences{0};
-  /// Made at most once while the bytes stand unchanged. Whoever sets it holds a reference and keeps others
-  /// out; whoever edits the bytes holds the only reference and forgets it.
+  /// Created at most once for given bytes. Setting it requires a reference and mutual exclusion; editing the
+  /// bytes requires the only reference and resets it.
   std::weak_ptr<TileCompanion> companion;
   TileTrait trait = TileTrait::none;
 
@@ -68,7 +68,7 @@ class TileBuffer {
   std::size_t byteCount_;
 };
 
-/// A number no other data tile of this process has had.
+/// A number that no other data tile of this process has had.
 [[nodiscard]] std::uint64_t nextTileVersion() noexcept;
 
 /// One place of a surface's grid, 16 bytes: a uniform pixel value, or a reference to a buffer and the
@@ -105,7 +105,7 @@ class Tile {
   [[nodiscard]] TileBuffer* buffer() const { return buffer_; }
   [[nodiscard]] bool has(TileTrait trait) const { return buffer_ != nullptr && buffer_->trait == trait; }
 
-  /// True when both are known to hold the same pixels without looking at them.
+  /// True when both are known to hold the same pixels without comparing bytes.
   friend bool operator==(const Tile& a, const Tile& b) {
     return a.isUniform() == b.isUniform() && a.value_ == b.value_;
   }

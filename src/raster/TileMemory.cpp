@@ -27,8 +27,8 @@ namespace {
 constexpr std::size_t slabBytes = std::size_t{2} << 20U;
 constexpr std::size_t smallestBlock = std::size_t{16} << 10U;
 constexpr std::size_t sizeClasses = 5;  // 16, 32, 64, 128, 256 KiB
-// Emptied slabs are kept for the next edit, which wants as many bytes as the last one gave up: memory that
-// the system hands out anew is cleared first, which takes longer than most edits. Never more than is in use.
+// Empty slabs are kept for the next edit, which needs about as many bytes as the last one released. Fresh
+// memory must be cleared by the system first, which takes longer than most edits. Never more than is in use.
 constexpr std::size_t fewestSpareBytes = std::size_t{8} << 20U;
 constexpr std::size_t mostSpareBytes = std::size_t{4} << 30U;
 constexpr std::size_t reserveShare = 16;  // of the memory that the system has available
@@ -65,7 +65,7 @@ std::byte* mapSlab() {
   return slab;
 }
 
-/// Emptied slabs with memory behind them, for whichever pool wants one next.
+/// Empty slabs backed by memory, for the next pool that needs one.
 class SpareSlabs {
  public:
   /// Null when there is none.

@@ -1,4 +1,4 @@
-// Where all pixel memory comes from: one accountable allocator of tile-sized blocks.
+// The allocator of all pixel memory, in tile-sized blocks.
 // Blocks are carved from 2 MiB slabs that ask for huge pages. Emptied slabs form a bounded reserve for the
 // next edit, which goes back to the system after half a minute without use. Thread-safe. Tests make it refuse
 // on purpose.

@@ -1,5 +1,5 @@
-// Splits pixels into planes of equal bytes and joins them again: neighbouring values differ little in
-// their high bytes, so each plane compresses far better than the pixels do. Pure functions.
+// Splits pixels into byte planes and joins them again. Neighbouring values differ little in their high bytes,
+// so planes compress far better than interleaved pixels. Pure functions.
 #pragma once
 
 #include <cstddef>

@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// Guards the making of a buffer's twin, so that two snapshots of one tile share one.
+/// Guards the creation of a buffer's twin, so that snapshots of one tile share it.
 std::mutex& makingMutex(const TileBuffer& buffer) {
   static std::array<std::mutex, 64> mutexes;
   return mutexes[reinterpret_cast<std::uintptr_t>(&buffer) / alignof(TileBuffer) / 8 % mutexes.size()];

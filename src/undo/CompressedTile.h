@@ -15,18 +15,18 @@ namespace orvanel {
 
 class CompressedTile : public TileCompanion, public std::enable_shared_from_this<CompressedTile> {
  public:
-  /// The twin of a data tile: the one that stands, or a new one. LZ4 over byte planes.
+  /// Returns the existing twin of a data tile, or makes one: LZ4 over byte planes.
   [[nodiscard]] static std::shared_ptr<CompressedTile> of(const Tile& tile, int pixelBytes);
 
   [[nodiscard]] std::uint64_t version() const { return version_; }
-  /// The tile again: the living bytes where somebody still holds them, otherwise decompressed ones.
+  /// The tile again: the original bytes if they are still alive, otherwise decompressed ones.
   [[nodiscard]] Tile restored();
 
   void addHolder() noexcept { changeHolders(1); }
   void removeHolder() noexcept { changeHolders(-1); }
-  /// This twin's bytes divided among its holders.
+  /// This twin's bytes divided by the number of its holders.
   [[nodiscard]] std::int64_t share() const noexcept { return share_.load(std::memory_order_relaxed); }
-  /// Changes whenever the share of any twin of this process may have changed.
+  /// Changes whenever the share of any twin in this process may have changed.
   [[nodiscard]] static std::uint64_t shareGeneration() noexcept;
 
   void bufferDying(const TileBuffer& buffer) noexcept override;
@@ -44,7 +44,7 @@ class CompressedTile : public TileCompanion, public std::enable_shared_from_this
   int holders_ = 0;
   std::atomic<std::int64_t> share_{0};
   std::mutex livingMutex_;
-  TileBuffer* living_;  ///< holds the same bytes; not owned, null once they have changed or gone
+  TileBuffer* living_;  ///< a buffer with the same bytes; not owned, null once they are changed or freed
 };
 
 }  // namespace orvanel

@@ -16,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Few enough that a core busy with the history is free for the frame within a millisecond or two.
+// Few enough that a core is free for the next frame within a millisecond or two.
 constexpr int tilesPerTask = 4;
 // About two milliseconds on two cores.
 constexpr int tilesPerHelp = 32;

@@ -10,7 +10,7 @@
 
 namespace orvanel::compressionQueue {
 
-/// Has the contents compressed in the background; work on contents that are gone ends quietly.
+/// Queues the contents for compression in the background, which stops when they are destroyed.
 void add(const std::shared_ptr<SnapshotContents>& contents);
 
 /// Compresses what is waiting on all cores; returns when it is done, when `isEnough`, or soon after `limit`.

@@ -1,5 +1,5 @@
-// What pixels in memory cost whoever holds them: each byte is counted once and shared among its holders.
-// Surfaces account for the tiles they hold; snapshots account for a raw tile once no surface holds it.
+// Accounts for pixel memory: each byte is counted once, in equal shares of its holders. Surfaces account for
+// the tiles they hold; snapshots account for a raw tile once no surface holds it.
 // Uniform tiles cost nothing. Pure functions over reference counts; on any thread.
 #pragma once
 

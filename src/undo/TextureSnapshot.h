@@ -19,7 +19,8 @@ class SnapshotContents;
 
 class TextureSnapshot {
  public:
-  /// Captures `region` (or all) of `texture` as it is now. Null when the region is empty or lies outside.
+  /// Captures `region` (or all) of `texture`. Null when the region is empty or not within the surface, or
+  /// memory is refused.
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> capture(const Surface& texture,
                                                                 const MetalContext& context);
   [[nodiscard]] static std::shared_ptr<TextureSnapshot> capture(const Surface& texture,
@@ -38,14 +39,14 @@ class TextureSnapshot {
   [[nodiscard]] int height() const { return region_.height; }
   /// Bytes of the packed rows.
   [[nodiscard]] std::int64_t uncompressedSize() const;
-  /// True once background compression is through, whether or not it helped.
+  /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;
   /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the
   /// compressed form replaces it, and nothing while a surface holds it too. What n snapshots share counts
   /// 1/n for each. Raw tiles kept ready count as well.
   [[nodiscard]] std::int64_t compressedSize() const;
 
-  /// Puts the pixels back where they were taken. Tiles that still stand unchanged cost nothing.
+  /// Puts the pixels back where they were captured. Unchanged tiles cost nothing.
   /// The format is the captured one; a region beyond the destination is clipped.
   void restore(Surface& destination, const MetalContext& context) const;
   /// Whether raw tiles are kept beside the compressed ones from now on, so that restoring puts tiles back

@@ -9,8 +9,8 @@
 namespace orvanel {
 namespace {
 
-// A pause of this length is barely felt, and two cores save so many bytes in it. Waiting for more would be in
-// vain.
+// A pause that users barely notice, and about the bytes that two cores can save in it. Waiting to save more
+// would be futile.
 constexpr std::chrono::milliseconds longestWait{40};
 constexpr std::int64_t mostSavedByWaiting = std::int64_t{16} << 20;
 
@@ -91,8 +91,8 @@ void UndoStack::enforceLimits() {
 }
 
 void UndoStack::evictBeyond(std::int64_t bytes) {
-  // Snapshots share bytes: what one record gives up, another may have to count from then on. So the rest is
-  // counted anew until the limit really holds.
+  // Snapshots share bytes, so evicting a record raises the shares of others. Count again until the limit
+  // holds.
   for (std::int64_t cost = totalMemoryCost(); cost > bytes && operations_.size() >= 2;
        cost = totalMemoryCost()) {
     std::int64_t evicted = 0;
@@ -132,7 +132,7 @@ std::int64_t UndoStack::totalMemoryCost() const {
 }
 
 void UndoStack::operationsChanged() {
-  // What the history has let go must not share in its bytes any more.
+  // Records that have left the history must not hold raw tiles any longer.
   for (Record& record : ready_) {
     if (record == nullptr || std::ranges::find(operations_, record) != operations_.end()) continue;
     record->setReady(false);

@@ -53,7 +53,7 @@ class UndoStack {
   void append(Record operation);
   void evictOldest(std::int64_t count);
   void evictBeyond(std::int64_t bytes);
-  /// Tells records of the position's coming and going.
+  /// Updates which records are ready, after the position has changed.
   void positionChanged();
   void operationsChanged();
   [[nodiscard]] bool isOverBudget() const;
@@ -61,7 +61,7 @@ class UndoStack {
   void dropReadiness();
 
   std::vector<Record> operations_;
-  std::array<Record, 2> ready_;  ///< the records before and behind the position
+  std::array<Record, 2> ready_;  ///< the records next to the position, older first
 };
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-// One step of a document's history: a small value with two verbs. Main thread only.
+// One step of a document's history, which can be undone and redone. Main thread only.
 #pragma once
 
 #include <QString>
@@ -7,8 +7,7 @@
 
 namespace orvanel {
 
-/// Records hold their document weakly and nodes by id, so that a history keeps nothing alive by itself;
-/// a record whose document is gone does nothing.
+/// Records hold their document weakly and name nodes by id; a record whose document is gone does nothing.
 class UndoableOperation {
  public:
   virtual ~UndoableOperation() = default;
@@ -20,8 +19,8 @@ class UndoableOperation {
   /// Bytes that exist because of the record now; falls as its snapshots are compressed.
   [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
 
-  /// Told when the history's position comes beside the record, and when it goes: the next step may be over
-  /// it, so it should be quick, at the price of some memory.
+  /// Called when the record becomes one of the two next to the history's position, and when it ceases to be.
+  /// The next step may be this record's, so it should be fast, at the cost of some memory.
   virtual void setReady(bool isReady) { (void)isReady; }
 
   /// Whether the change stands in the document or has been undone; kept up to date by the history. What a
@@ -29,7 +28,7 @@ class UndoableOperation {
   [[nodiscard]] bool isApplied() const { return isApplied_; }
   void setApplied(bool isApplied) { isApplied_ = isApplied; }
 
-  /// The one record that stands for this one followed by `next`, or null when the two stay apart.
+  /// A record that replaces this one followed by `next`, or null when the two can't be merged.
   [[nodiscard]] virtual std::shared_ptr<UndoableOperation> coalescedWith(
       const UndoableOperation& next) const {
     (void)next;

@@ -93,7 +93,7 @@ HWY_INLINE Coverage convertRun(const std::byte* source, std::uint32_t* destinati
     hn::StoreU(pixels, d, destination + i);
   }
   if (i < count) {
-    // The rest goes through a padded copy, so that no pixel beyond the run is read or written.
+    // The remainder goes through a padded copy, so that no pixel beyond the run is accessed.
     HWY_ALIGN std::array<std::byte, HWY_MAX_BYTES / 4 * Source::pixelBytes> padded;
     HWY_ALIGN std::array<std::uint32_t, HWY_MAX_BYTES / 4> converted;
     const std::byte* last = source + (count - 1) * Source::pixelBytes;

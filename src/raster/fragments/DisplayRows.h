@@ -1,4 +1,4 @@
-// Rows of composite pixels made into what the screen takes, and laid over what is there already.
+// Converts rows of composite pixels to the screen's format and blends them over the drawable.
 // Pure functions over spans, any thread; each runs on the best instructions the CPU has.
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace orvanel::displayRows {
 
-/// What is known of a converted run, so that drawing it can take a short road.
+/// What is known of a converted run, so that drawing can take a shortcut.
 struct Coverage {
   bool isOpaque = true;
   bool isTransparent = true;

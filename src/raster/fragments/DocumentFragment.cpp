@@ -170,7 +170,7 @@ void document(const FragmentInvocation& invocation, const FragmentBand& band) {
   if (texture->format() != PixelFormat::rgba8Unorm && texture->format() != PixelFormat::rgba16Float) return;
 
   const auto uniforms = fragmentUniforms<DocumentUniforms>(invocation);
-  // A picture of another size than the canvas can't be placed on it.
+  // An image whose size differs from the canvas's can't be placed on it.
   const bool fits = texture->width() == static_cast<int>(uniforms.view.canvasWidth) &&
                     texture->height() == static_cast<int>(uniforms.view.canvasHeight);
   if (!fits) return;

@@ -1,5 +1,5 @@
-// How device pixels of a view fall on document pixels: one axis at a time, nearest sampling at pixel
-// centres. Plain values, made anew for each band of a frame; any thread.
+// Maps device pixels to document pixels along one axis, by nearest sampling at pixel centres. Plain values,
+// created for each band of a frame; any thread.
 #pragma once
 
 #include <cstdint>

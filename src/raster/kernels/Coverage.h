@@ -1,5 +1,5 @@
-// From a shape to a mask: a shape says for each row of pixels how much of which it covers, and these
-// functions write or blur that. Called on the main thread; shapes are asked from several threads at once.
+// Rasterises shapes into masks. A shape reports the coverage of each row of pixels; these functions write or
+// blur it. Called on the main thread; a shape is queried from several threads at once.
 #pragma once
 
 #include <cstdint>
@@ -11,21 +11,21 @@
 
 namespace orvanel::kernels {
 
-/// Columns [begin, end) of a row, covered alike.
+/// Columns [begin, end) of a row with equal coverage.
 struct CoverageRun {
   int begin = 0;
   int end = 0;
-  float value = 0.0F;  ///< 0 to 1; 0 means not at all, 1 wholly
+  float value = 0.0F;  ///< covered share of the area, 0 to 1
 };
 
-/// Runs from left to right, within the canvas; what lies between them is not covered.
+/// Runs from left to right within the canvas; gaps between them are not covered.
 using RowCoverage = std::vector<CoverageRun>;
 
-/// Fills in the row at `y`, which comes empty.
+/// Appends the runs of the row at `y`; `row` is empty on entry.
 using RowShape = std::function<void(int y, RowCoverage& row)>;
 
-/// A band of a mask's tiles, written row by row from the top: all of its rows, or none. A tile takes memory
-/// from its first row on that isn't covered like those above.
+/// One row of a mask's tiles, written from top to bottom: either all of its pixel rows, or none. A tile
+/// allocates memory at the first row that differs from the rows above it.
 class MaskBand {
  public:
   MaskBand(Surface& mask, int tileY);
@@ -34,12 +34,12 @@ class MaskBand {
   [[nodiscard]] int endRow() const { return endRow_; }
   [[nodiscard]] int tilesAcross() const { return mask_.tilesAcross(); }
 
-  /// A tile's columns of a row, covered alike.
+  /// Writes one row of a tile with uniform coverage.
   void writeEven(int tileX, int y, float value);
-  /// A tile's columns of a row: 128 values, aligned to 64 bytes.
+  /// Writes one row of a tile: 128 values, aligned to 64 bytes.
   void write(int tileX, int y, const float* values);
   void write(int y, const RowCoverage& row);
-  /// Tiles that are covered evenly become uniform; what wasn't written is empty.
+  /// Evenly covered tiles become uniform; tiles that were not written are empty.
   void finish();
 
  private:
@@ -48,7 +48,7 @@ class MaskBand {
     std::uint16_t* halves = nullptr;  ///< the tile's bytes, once there are some
   };
 
-  /// A row of a tile that takes memory from now on.
+  /// A pointer to the tile's row; allocates the tile if needed.
   std::uint16_t* rowOf(int tileX, int y);
 
   Surface& mask_;
@@ -61,13 +61,14 @@ class MaskBand {
 /// Calls `write` for every band of a mask, in parallel.
 void writeBands(Surface& mask, const std::function<void(MaskBand&)>& write);
 
-/// Writes the whole mask; tiles that are covered evenly become uniform.
+/// Writes the whole mask; evenly covered tiles become uniform.
 void writeCoverage(Surface& mask, const RowShape& shape);
 
-/// The same blurred with a Gaussian of this sigma, in pixels, the canvas's edges replicated.
+/// As `writeCoverage`, blurred with a Gaussian of `sigma` pixels; the canvas's edges are replicated.
 void writeBlurredCoverage(Surface& mask, const RowShape& shape, double sigma);
 
-/// The same within 4e-4, in a time that hardly depends on sigma, which is at least `leastWideSigma`.
+/// As `writeBlurredCoverage`, within 4e-4, in a time almost independent of `sigma`. `sigma` is at least
+/// `leastWideSigma`.
 void writeWidelyBlurredCoverage(Surface& mask, const RowShape& shape, double sigma);
 inline constexpr double leastWideSigma = 64.0;
 
@@ -77,12 +78,12 @@ void weightedRowSum(std::span<const float* const> rows, const float* weights, fl
 /// 128 values 0 to 1 as half floats, both aligned to 64 bytes.
 void storeCoverageRow(const float* values, std::uint16_t* out);
 
-/// Sums of many pieces miss 0 and 1 by a little; such pixels lie wholly outside or inside. A float next to
-/// 1 is too coarse to see the margin.
+/// Rounding makes sums of many pieces miss 0 and 1 slightly. Values this close count as exactly 0 or 1; the
+/// margin is smaller than a float's resolution near 1.
 inline constexpr double coverageMargin = 1e-9;
 
-/// Adds the changes of 128 columns up, one by one, to `sum`, and empties them. `values` are the coverages on
-/// the way, aligned to 64 bytes. False when nothing changed.
+/// Accumulates 128 changes into `sum` and clears them. `values`, aligned to 64 bytes, receives the running
+/// sums. Returns false when all changes were zero.
 bool sumChanges(double* changes, double& sum, float* values);
 
 }  // namespace orvanel::kernels

@@ -1,5 +1,5 @@
-// Rows of a polygon that so many edges cross that most pixels hold several: coverage by samples, at a cost
-// that grows with the edges and not with their crossings. One per band of rows, used by one thread.
+// Samples the rows of a polygon in which most pixels are crossed by several edges. The cost grows with the
+// number of edges, not with the number of their intersections. One object per band of rows and thread.
 #pragma once
 
 #include <array>
@@ -13,13 +13,13 @@
 
 namespace orvanel::kernels {
 
-/// Tells which rows of a band are dense: more than one edge for every four pixels, with so many ends that
-/// exact areas would take much longer than samples.
+/// Which rows of a band are dense: more than one edge per four pixels, and so many vertices that computing
+/// exact areas would take much longer than sampling.
 [[nodiscard]] std::array<bool, tileSide> denseRows(std::span<const PolygonShape::Edge> edges,
                                                    std::span<const int> band, int firstRow, int width);
 
-/// Each row is sampled on `fewestLines` to `mostLines` lines, fewer the more edges there are, and on each
-/// line at 16 places to a pixel, shifted from line to line. A pixel that lies wholly inside or outside is
+/// Samples each row along `fewestLines` to `mostLines` scan lines, fewer the more edges there are, with 16
+/// samples per pixel and line, shifted from line to line. A pixel that lies wholly inside or outside is
 /// exact. The error of one edge in a pixel is at most half a line, 1/16, where the edge is almost level, and
 /// about 1/100 where it is steep.
 class DensePolygon {
@@ -45,8 +45,8 @@ class DensePolygon {
   std::span<const PolygonShape::Edge> edges_;
   std::span<const int> band_;
   int lastPlace_;
-  std::vector<std::uint64_t> toggles_;  ///< one bit a place: whether inside and outside change there
-  std::vector<std::uint64_t> counts_;   ///< hits of four pixels a word, 16 bits each
+  std::vector<std::uint64_t> toggles_;  ///< one bit per sample: set where the parity changes
+  std::vector<std::uint64_t> counts_;   ///< sample counts, four pixels of 16 bits per word
   // The edges that cross the whole row: where they enter it, and how far they go within it, in places.
   std::vector<float> enter_;
   std::vector<float> way_;

@@ -1,4 +1,4 @@
-// Binds textures and argument data by index, as the wrappers of MetalContext hand them to a kernel.
+// Collects the textures and argument data of one kernel call by binding index.
 // Borrows everything for the call.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The pieces of a polygon's edges within one slab of a row, and what they add to the columns they meet.
+// The pieces of polygon edges within one horizontal slab of a row, and their contribution to each column.
 // Pure functions, safe on any thread.
 #pragma once
 
@@ -17,14 +17,14 @@ struct PieceBlock {
   std::array<double, capacity> amount{};
 };
 
-/// Changes of coverage from column to column, which a piece gives to the column of its left end and to the
-/// next three. A column of -1 says that the piece reaches further, or beyond the canvas.
+/// The coverage changes of each piece in the column of its left end and the next three. A column of -1 marks
+/// a piece that extends further or beyond the canvas.
 struct PieceShares {
   std::array<std::int32_t, PieceBlock::capacity> columns;
   std::array<std::array<double, PieceBlock::capacity>, 4> changes;
 };
 
-/// Shares of the first `count` pieces; those of up to seven after them may be written as well.
+/// Computes the shares of the first `count` pieces; up to seven entries beyond them may be overwritten.
 void sharePieces(const PieceBlock& pieces, std::size_t count, int canvasWidth, PieceShares& shares);
 
 }  // namespace orvanel::kernels

@@ -33,12 +33,12 @@ struct Span {
   [[nodiscard]] double length() const { return end - begin; }
 };
 
-/// Room for a tile's row.
+/// Scratch space for one row of a tile.
 struct Floats {
   alignas(64) std::array<float, std::size_t{tileSide} * 4> values;
 };
 
-/// Reads rows of a source where they lie, tile by tile.
+/// Reads rows of a source in place, tile by tile.
 class RowReader {
  public:
   RowReader(const Surface& source, const PixelRect& clip) : source_(source), clip_(clip) {}
@@ -60,7 +60,7 @@ class RowReader {
       addRun(inner, row, x, next);
       x = next;
     }
-    // Of the pixels at both ends only a part is covered.
+    // The pixels at both ends are covered partially.
     add(inner, pixelAt(first, row), first - begin);
     add(inner, pixelAt(last, row), end - (last + 1));
     for (std::size_t channel = 0; channel < 4; ++channel) sum[channel] += weight * inner[channel];
@@ -122,7 +122,7 @@ class RowReader {
 
   /// The pixels [begin, end) of a row of a tile, in a part of `floats`.
   const float* premultipliedRun(const Tile& tile, int row, int begin, int end, Floats& floats) const {
-    // The rows' kernel wants whole vectors from an aligned place.
+    // Row functions need whole vectors from an aligned address.
     const int alignment = std::max(16, 64 / source_.pixelBytes());
     const int from = begin % tileSide / alignment * alignment;
     const int count = ((end - 1) % tileSide - from) / 16 * 16 + 16;
@@ -190,7 +190,7 @@ std::array<float, 4> meanOver(const Surface& source, const PixelRect& clip, cons
   const RowReader rows(source, clip);
   Sum sum{};
   double covered = 0.0;
-  // Lines beyond the clip add nothing; what they cover is known without them.
+  // Lines beyond the clip add nothing, so they are skipped.
   const double first = step > 0.0 ? std::clamp(std::floor((clipTop - top) / step), 0.0, lines) : 0.0;
   const double last = step > 0.0 ? std::clamp(std::ceil((clipBottom - top) / step), 0.0, lines) : lines;
   for (double line = first; line < last; ++line) {

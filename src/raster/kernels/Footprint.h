@@ -1,5 +1,5 @@
-// The mean of a surface over a parallelogram: what one pixel of a strongly reduced picture covers. Its cost
-// grows with the area covered, however thin and slanting that is. Safe on any thread.
+// The mean of a surface over a parallelogram: the footprint of one pixel of a strongly reduced image. The
+// cost is proportional to the covered area, even for thin, slanted footprints. Safe on any thread.
 #pragma once
 
 #include <array>

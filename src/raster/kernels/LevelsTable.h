@@ -1,5 +1,5 @@
-// Levels by looking up: what a curve makes of every value that a channel can hold, computed once for a
-// layer. Built where the kernel runs; immutable afterwards and safe on any thread.
+// A lookup table for levels: the curve's result for every value a channel can hold, computed once per layer.
+// Immutable once built; safe on any thread.
 #pragma once
 
 #include <cstddef>
@@ -13,13 +13,14 @@ namespace orvanel::kernels {
 
 class LevelsTable {
  public:
-  /// True when the curve is bent and so many pixels are to be adjusted that a table pays. Null selects all.
+  /// True when the curve is nonlinear and enough pixels are adjusted to repay a table. A null selection means
+  /// all pixels.
   [[nodiscard]] static bool isWorthwhile(const Surface& layer, const Surface* selection,
                                          const LevelsParams& params);
 
   LevelsTable(PixelFormat format, const LevelsParams& params);
 
-  /// Exactly what `levelsRow` makes of the row.
+  /// The same result as `levelsRow`, bit for bit.
   void adjustRow(const std::byte* in, std::byte* out, const std::uint16_t* weights, int count) const;
 
  private:

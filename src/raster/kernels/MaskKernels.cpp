@@ -23,7 +23,7 @@ const std::uint16_t* halves(const std::byte* row) {
   return reinterpret_cast<const std::uint16_t*>(row);
 }
 
-/// One pixel through a row function.
+/// Applies a row function to one pixel.
 template <typename Row>
 std::uint64_t onePixel(const Row& row, std::uint64_t first, std::uint64_t second) {
   alignas(64) std::array<std::uint16_t, 16> a;
@@ -34,7 +34,7 @@ std::uint64_t onePixel(const Row& row, std::uint64_t first, std::uint64_t second
   return a[0];
 }
 
-/// What a combination does where one side is known.
+/// The effect of a combination where one side is known to be empty or full.
 enum class Known { keepsMask, takesOperand, emptiesMask, fillsMask, computes };
 
 struct Combination {

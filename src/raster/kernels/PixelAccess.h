@@ -1,5 +1,5 @@
-// One pixel at a time: its channels as floats. For what runs once a call or once a tile; loops over pixels
-// have their row functions.
+// Reads one pixel's channels as floats, for work done once per call or per tile. Loops over pixels use row
+// functions.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace orvanel::kernels {
 
-/// A regular pixel's colour; grey counts as r = g = b, and so does a mask with its value as alpha too.
+/// The colour of a regular pixel. Grey reads as r = g = b, and a mask as its value in all four channels.
 [[nodiscard]] inline Color4 colorOfPixel(std::uint64_t pixel, PixelFormat format) {
   const auto byte = [&](unsigned i) { return static_cast<float>(pixel >> (8U * i) & 0xFFU) / 255.0F; };
   const auto word = [&](unsigned i) { return static_cast<std::uint16_t>(pixel >> (16U * i) & 0xFFFFU); };

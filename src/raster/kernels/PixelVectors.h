@@ -27,8 +27,8 @@ inline constexpr F32 f32;
 inline constexpr U32 u32;
 inline constexpr I32 i32;
 
-/// A half float's bits lie 112 below a float's in the exponent; this factor sets them right, and because
-/// it is a power of two it can be folded into a later multiplication without any rounding.
+/// The exponent biases of half and single floats differ by 112; this factor corrects for it. It is a power of
+/// two, so folding it into a later multiplication is exact.
 inline constexpr float halfScale = 0x1p112F;
 
 /// The half in the low 16 bits of each lane, as a float divided by `halfScale`.
@@ -46,7 +46,7 @@ HWY_INLINE VF32 highHalf(VU32 bits) {
 /// Half bits of each lane, rounded to nearest even; lanes are finite and within the half's range.
 HWY_INLINE VU32 toHalfBits(VF32 value) {
 #if HWY_TARGET <= HWY_AVX2
-  // The processor's own conversion gives the same bits.
+  // The processor's conversion instruction gives the same bits.
   const hn::Rebind<hwy::float16_t, F32> f16;
   const hn::Rebind<std::uint16_t, F32> u16;
   return hn::PromoteTo(u32, hn::BitCast(u16, hn::DemoteTo(f16, value)));

@@ -16,7 +16,7 @@ namespace {
 
 enum class Alpha { kept, changed };
 
-/// Runs a row function over one pixel and gives the result.
+/// Applies a row function to one pixel.
 template <typename Row>
 std::uint64_t onePixel(const Row& row, std::uint64_t pixel, int pixelBytes, const std::uint16_t* weights) {
   alignas(64) std::array<std::byte, 16 * 8> pixels;
@@ -45,7 +45,7 @@ void editTile(Surface& layer, int index, const Surface* weights, Alpha alpha, co
   if (staysOpaque) layer.setTrait(index, TileTrait::opaque);
 }
 
-/// A record's colour as pixels can hold it.
+/// A record's colour, limited to values that pixels can hold.
 Color4 regularColor(const Color4& color) {
   Color4 regular = color;
   for (float& channel : regular) channel = sanitized(channel);
@@ -156,7 +156,7 @@ void extractMaskedPixels(const Dispatch& dispatch) {
   const auto pixelBytes = static_cast<std::size_t>(layer.pixelBytes());
   forEachTile(destination, [&](int index) {
     const PixelRect rect = destination.tileRect(index);
-    // 64-bit sums first: an origin may be anywhere.
+    // 64-bit sums, because an origin may have any value.
     const std::int64_t left = std::int64_t{rect.x} + params.originX;
     const std::int64_t top = std::int64_t{rect.y} + params.originY;
     if (left >= layer.width() || top >= layer.height() || left + rect.width <= 0 || top + rect.height <= 0) {

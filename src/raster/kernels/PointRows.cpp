@@ -145,7 +145,7 @@ struct GammaLevelsOp {
   }
 };
 
-/// Looks a tabulated curve up.
+/// Evaluates a tabulated curve.
 template <typename Format>
 struct CurveOp {
   const float* curve;
@@ -347,7 +347,7 @@ void channelRow(PixelFormat format, const std::byte* in, int channel, std::uint1
   }
 }
 
-// Masks are ordered as their bits are, whole numbers below 0x8000.
+// Mask values are ordered like their bits, integers below 0x8000.
 void maximumMaskRow(const std::uint16_t* a, const std::uint16_t* b, std::uint16_t* out, int count) {
   const hn::CappedTag<std::int16_t, 16> i16;
   const int lanes = static_cast<int>(hn::Lanes(i16));
@@ -402,7 +402,7 @@ std::uint64_t combinedBits(const std::byte* bytes, std::size_t count) {
   const hn::CappedTag<std::uint64_t, 8> u64;
   const auto* words = reinterpret_cast<const std::uint64_t*>(bytes);
   const std::size_t lanes = hn::Lanes(u64);
-  // Two sums, so that each load needn't wait for the one before.
+  // Two sums break the dependency between consecutive loads.
   auto even = hn::Zero(u64);
   auto odd = even;
   for (std::size_t i = 0; i < count / 8; i += 2 * lanes) {

@@ -1,4 +1,4 @@
-// The inner loops of kernels that look at one pixel at a time, over a run of pixels.
+// The inner loops of point kernels, over a run of pixels.
 // Contracts: counts are multiples of 16; pixels, masks and weights are aligned to 64 bytes and regular;
 // `in` and `out` may be the same memory. Weights are half floats; null means 1 everywhere, and where a
 // weight is 0 the pixel's bytes stay. What is written is regular. Safe on any thread.
@@ -21,14 +21,13 @@ void invertRow(PixelFormat format, const std::byte* in, std::byte* out, const st
 void levelsRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
                const LevelsParams& params, int count);
 
-/// What `levelsRow` makes of the `count` numbers from `first` on that a colour channel may hold, integers or
-/// bits of half floats: in `curve` the values that it mixes, in `rounded` the numbers again that it stores
-/// without weights. White is above black and gamma positive. The count is a multiple of 16, the memory needs
-/// no alignment.
+/// Tabulates `levelsRow` for `count` raw channel values from `first` on (integers, or the bits of half
+/// floats). `curve` receives the values to mix, `rounded` the raw values stored where there are no weights.
+/// White is above black, gamma is positive, and `count` is a multiple of 16; no alignment is needed.
 void tabulateLevels(PixelFormat format, const LevelsParams& params, std::uint32_t first, std::uint32_t count,
                     float* curve, std::uint16_t* rounded);
 
-/// As `levelsRow`, with what `tabulateLevels` made of all numbers.
+/// As `levelsRow`, through a table made by `tabulateLevels`.
 void curveRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* weights,
               const float* curve, int count);
 
@@ -40,7 +39,7 @@ void fillRow(PixelFormat format, const std::byte* in, std::byte* out, const std:
 void maskAlphaRow(PixelFormat format, const std::byte* in, std::byte* out, const std::uint16_t* mask,
                   int count);
 
-/// 1 where no channel is further than `limit` from `color`, 0 elsewhere. Grey pixels count as r = g = b.
+/// 1 where every channel is within `limit` of `color`, 0 elsewhere. Grey pixels count as r = g = b.
 void withinRow(PixelFormat format, const std::byte* in, const Color4& color, float limit, std::uint8_t* flags,
                int count);
 
@@ -57,7 +56,7 @@ void subtractMaskRow(const std::uint16_t* in, const std::uint16_t* operand, std:
 void fillMaskRow(const std::uint16_t* in, const std::uint16_t* weights, float value, std::uint16_t* out,
                  int count);
 
-/// All bytes joined by or, as if they were 64-bit words. Their number is a multiple of 128.
+/// The bitwise or of all 64-bit words. The number of bytes is a multiple of 128.
 [[nodiscard]] std::uint64_t combinedBits(const std::byte* bytes, std::size_t count);
 
 }  // namespace orvanel::kernels

@@ -15,7 +15,7 @@ namespace {
 
 using Edge = PolygonShape::Edge;
 
-/// The piece of an edge within a slab of a row: where it enters and where it leaves.
+/// The part of an edge within a horizontal slab of a row: x at the slab's top and at its bottom.
 struct Crossing {
   double enter;
   double leave;
@@ -37,7 +37,7 @@ class RowAccumulator {
     if (++pieceCount_ == PieceBlock::capacity) addBlock();
   }
 
-  /// Writes the row and is empty again.
+  /// Writes the row and clears the accumulator.
   void writeTo(MaskBand& band, int y) {
     addBlock();
     double sum = std::exchange(beforeCanvas_, 0.0);
@@ -110,12 +110,12 @@ class RowAccumulator {
   PieceShares shares_;
 };
 
-/// Which of the pieces to the left of a place are an odd number decides what they enclose.
+/// By the even-odd rule, pieces alternate between entering and leaving the polygon.
 double signOf(std::size_t index) {
   return index % 2 == 0 ? 1.0 : -1.0;
 }
 
-/// Orders pieces from left to right at the slab's top.
+/// Orders pieces from left to right along the slab's top.
 bool isLeftOf(const Crossing& a, const Crossing& b) {
   return a.enter < b.enter || (a.enter == b.enter && a.leave < b.leave);
 }
@@ -124,7 +124,7 @@ double splitOf(const Crossing& piece, double at) {
   return piece.enter + (piece.leave - piece.enter) * at;
 }
 
-/// For each piece the least place where one of those after it leaves, and infinity at the end.
+/// For each index, the least `leave` among the pieces from there on; infinity at the end.
 template <typename LeaveOf>
 void findLowestAfter(std::size_t count, const LeaveOf& leaveOf, std::vector<double>& lowestAfter) {
   lowestAfter.resize(count + 1);

@@ -34,7 +34,7 @@ struct FilterTaps {
 /// out[x] = sum of the taps of x over `in`, whose first pixel has the index `origin`.
 void filterRow(const float* in, int origin, const FilterTaps* taps, float* out, int count);
 
-/// A block of premultiplied pixels with a ring of transparent ones about it.
+/// A block of premultiplied pixels surrounded by a ring of transparent ones.
 struct RingedBlock {
   const float* pixels = nullptr;  ///< of the ring's corner
   int width = 0;                  ///< without the ring

@@ -16,7 +16,7 @@ struct ShapePoint {
 
 class EllipseShape {
  public:
-  /// Covers nothing unless all is finite and both radii are positive.
+  /// Empty unless all values are finite and both radii are positive.
   EllipseShape(double centerX, double centerY, double radiusX, double radiusY, int canvasWidth);
 
   void cover(int y, RowCoverage& row) const;
@@ -34,8 +34,8 @@ class EllipseShape {
   int canvasWidth_;
 };
 
-/// A closed polygon, inside by the even-odd rule. Crossing edges are split where they cross, so that the
-/// covered area is exact.
+/// A closed polygon filled by the even-odd rule. Edges are split where they intersect, so coverage is exact,
+/// except in rows so dense that they are sampled (see DensePolygon.h).
 class PolygonShape {
  public:
   /// From its upper end to its lower one; never horizontal.

@@ -1,5 +1,5 @@
-// Flooding a byte map from a seed, by runs of a row: the same pixels as a breadth-first flood with four
-// neighbours. Called on the main thread; the map is the caller's.
+// Floods a byte map from a seed, one horizontal run at a time. Reaches the same pixels as a breadth-first
+// flood with 4-connectivity. Called on the main thread; the map is the caller's.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace orvanel::kernels {
 
-/// What the map holds for a pixel that the flood has reached.
+/// The map's value for a pixel that the flood has reached.
 inline constexpr std::byte floodedFlag{2};
 
 /// Marks every pixel connected with the seed through pixels of value 1, `width` to a row; the seed itself

@@ -1,5 +1,5 @@
-// How kernels get at the pixels of one tile: rows of 128 pixels, aligned to 64 bytes and regular, whether
-// the tile is uniform, shared or irregular. Objects live on a task's stack and belong to its thread.
+// Access to the pixels of one tile as rows of 128 regular pixels, aligned to 64 bytes, whether the tile is
+// uniform, shared or irregular. Objects live on a task's stack and belong to its thread.
 // Kernels always write whole tiles, so that the padding beyond an edge stays finite.
 #pragma once
 
@@ -60,8 +60,7 @@ class TileEditor {
 void gatherRegion(const Surface& surface, const PixelRect& region, std::byte* destination,
                   std::size_t bytesPerRow);
 
-/// The one pixel value that the region's tiles hold in common, when all are uniform and alike. The region
-/// lies within the surface.
+/// The region's pixel value if all its tiles are uniform and equal. The region lies within the surface.
 [[nodiscard]] std::optional<std::uint64_t> uniformPixelOf(const Surface& surface, const PixelRect& region);
 
 /// Calls `work` for every tile index of a surface, in parallel.

@@ -1,4 +1,4 @@
-// The shifted copy that several kernels come down to. Called on the main thread, spreads over tiles.
+// The shifted copy shared by several kernels. Called on the main thread; runs in parallel over tiles.
 #pragma once
 
 #include "raster/Surface.h"
