@@ -34,7 +34,7 @@ const Surface& photo() {
   return *layer;
 }
 
-/// Bytes of its own: once an edit has replaced them, only the history knows them.
+/// An unshared copy, so that only the history holds its bytes once an edit has replaced them.
 Surface copiedPhoto() {
   Surface copy = photo();
   for (int index = 0; index < copy.tileCount(); ++index) static_cast<void>(copy.editTile(index));
@@ -104,7 +104,7 @@ void measure(benchmark::State& state, const Workload& workload, Phase phase) {
   const bool hasLimit = phase == Phase::doing && workload.movedSide > 0;
   double limit = 0.0;
   for (auto _ : state) {
-    // Taken in turns, since memory that the machine has to find first costs both alike.
+    // Interleaved, because fetching fresh memory affects both alike.
     if (hasLimit) limit += limitSeconds(workload);
     const DocumentPtr document = photoDocument(workload.layers);
     workload.prepare(document);

@@ -1,5 +1,5 @@
-// Documents and their history: what a new canvas costs, what a snapshot costs the calling thread, and
-// what a long history of small edits adds to a photo.
+// Documents and their history: the cost of a new canvas, of a snapshot on the calling thread, and of a long
+// history of small edits to a photo.
 #include <benchmark/benchmark.h>
 
 #include <array>

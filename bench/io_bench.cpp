@@ -133,7 +133,7 @@ BENCHMARK(SizeBesideZlib6)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 
-/// What the main thread does of a save.
+/// The part of a save that runs on the main thread.
 void SaveOnMainThread(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));
@@ -180,7 +180,7 @@ BENCHMARK(LoadPhotos)
     ->UseRealTime()
     ->Iterations(2);
 
-/// The same by a program of its own, which ends with it.
+/// The same in a separate process.
 void LoadPhotosAsProcess(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   photos.saveOnce();

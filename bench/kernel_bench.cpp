@@ -26,7 +26,7 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-/// What one iteration works through: pixels and bytes of the surface that the workload is about.
+/// The pixels and bytes that one iteration processes.
 void report(benchmark::State& state, const Surface& surface) {
   const double pixels = static_cast<double>(surface.width()) * surface.height() / 1e6;
   state.counters["megapixels"] = benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate);
@@ -38,7 +38,7 @@ const Surface& photo() {
   return *layer;
 }
 
-/// A mask of which every tile holds data.
+/// A mask without uniform tiles.
 const Surface& photoMask(int channel) {
   static const auto masks = [] {
     std::array<Surface, 2> made{Surface(maskPixelFormat, side, side), Surface(maskPixelFormat, side, side)};
@@ -64,7 +64,7 @@ void copyTile(const Surface& source, Surface& destination, int index) {
   std::memcpy(destination.overwriteTile(index), tile.data(), source.tileBytes());
 }
 
-/// The same pixels in tiles of its own, whose memory has been touched.
+/// An unshared copy whose memory has been touched.
 Surface unsharedCopy(const Surface& source) {
   Surface copy(source.format(), source.width(), source.height());
   tbb::parallel_for(0, source.tileCount(), [&](int index) { copyTile(source, copy, index); });
@@ -177,7 +177,7 @@ void intersectMasks(benchmark::State& state) {
   inPlace(state, photoMask(0), [](Surface& mask) { context().intersectMasks(mask, photoMask(1)); });
 }
 
-/// Tiles of data that are empty but for a dot in the middle, so that each must be read to its end.
+/// Data tiles that are empty except for a dot in the middle, so that each must be scanned.
 Surface allButEmpty(PixelFormat format) {
   Surface surface(format, side, side);
   for (int index = 0; index < surface.tileCount(); ++index) (void)surface.editTile(index);

@@ -1,5 +1,4 @@
-// The editor as a process of its own: how long it takes to show itself, and what it costs while nobody
-// touches it.
+// The editor as a separate process: the time to its first frame, and its cost while idle.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -16,7 +15,7 @@ namespace {
 
 constexpr int patience = 20000;
 
-/// The editor with settings of its own, started and waited for until its first frame.
+/// The editor with separate settings, started and awaited until its first frame.
 class RunningEditor {
  public:
   explicit RunningEditor(const QStringList& arguments) {

@@ -76,7 +76,7 @@ TEST(SelectionBounds, FindsScatteredPixelsWhereverTheyLie) {
   });
 }
 
-TEST(SelectionBounds, WhatLiesInTheTilesBeyondTheEdgeDoesNotCount) {
+TEST(SelectionBounds, TilePaddingBeyondTheEdgeIsIgnored) {
   Surface mask(PixelFormat::r16Float, 100, 50);
   std::byte* bytes = mask.editTile(0);
   auto* halves = reinterpret_cast<std::uint16_t*>(bytes);
@@ -87,7 +87,7 @@ TEST(SelectionBounds, WhatLiesInTheTilesBeyondTheEdgeDoesNotCount) {
   EXPECT_EQ(context().selectionBounds(mask), (PixelRect{99, 7, 1, 1}));
 }
 
-TEST(SelectionBounds, NegativeValuesAndNotANumberAreNotSelected) {
+TEST(SelectionBounds, NegativeValuesAndNaNAreNotSelected) {
   Surface mask = reference::maskOf(130, 3, [](int x, int y) {
     return x == 5 && y == 1 ? std::numeric_limits<float>::quiet_NaN() : x == 6 ? -1.0F : -0.0F;
   });
@@ -147,7 +147,7 @@ TEST(TrimBounds, AUniformCanvasHasNone) {
   }
 }
 
-TEST(TrimBounds, IsWhatDiffersFromTheBorder) {
+TEST(TrimBounds, ContainsEverythingThatDiffersFromTheBorder) {
   for (const PixelFormat format : {PixelFormat::rgba8Unorm, PixelFormat::rgba16Float}) {
     const std::uint64_t border = format == PixelFormat::rgba8Unorm ? white : 0x3C003C003C003C00U;
     Surface canvas = surfaceOf(format, 300, 257, border);
@@ -256,7 +256,7 @@ void expectEdges(const Surface& surface) {
   }
 }
 
-TEST(CheckEdgeUniformity, KnowsTheFirstColourOfEachEdgeAndWhetherAllAreLikeIt) {
+TEST(CheckEdgeUniformity, ReportsTheFirstColourOfEachEdgeAndWhetherTheEdgeIsUniform) {
   forEveryInstructionSet([] {
     std::mt19937 random(44);
     for (const PixelFormat format : reference::layerFormats) {

@@ -157,12 +157,12 @@ class FlattenedStack : public testing::Test {
   float opacity = 0.5F;
 };
 
-TEST_F(FlattenedStack, FlatteningAgainWithoutAChangeMakesNoTile) {
+TEST_F(FlattenedStack, FlatteningAgainWithoutAChangeRecomputesNoTile) {
   EXPECT_GT(flatten(canvas, CompositeScope::changedTiles).tilesMade, 0);
   EXPECT_EQ(flatten(canvas, CompositeScope::changedTiles).tilesMade, 0);
 }
 
-TEST_F(FlattenedStack, AChangeOfOneTileMakesThatTileOnlyAndTheFoldersTileWhereItLiesInAFolder) {
+TEST_F(FlattenedStack, ChangingOneTileRecomputesOnlyThatTileAndItsFoldersTile) {
   flatten(canvas, CompositeScope::changedTiles);
   fillRandomTile(layers[0], 5, random);
   EXPECT_EQ(flatten(canvas, CompositeScope::changedTiles).tilesMade, 1);
@@ -206,7 +206,7 @@ TEST_F(FlattenedStack, RandomEditsLeaveTheCompositeEqualToFlatteningEverything) 
   }
 }
 
-TEST_F(FlattenedStack, WritingIntoTheCompositeFromElsewhereIsMendedByTheNextRun) {
+TEST_F(FlattenedStack, TheNextRunRepairsAnOverwrittenTileOfTheComposite) {
   flatten(canvas, CompositeScope::changedTiles);
   const Surface before = canvas;
   canvas.setUniform(3, 0);
@@ -224,7 +224,7 @@ TEST(CompositePlan, AnEmptyPlanClearsTheCanvasAndTakesNoMemory) {
   }
 }
 
-TEST(CompositePlan, UniformTilesGiveUniformTilesWithTheSamePixelsAsSpreadOutOnes) {
+TEST(CompositePlan, UniformInputsGiveUniformTilesWithTheSamePixelsAsDataTiles) {
   std::mt19937 random(32);
   for (const ColorMode mode : allColorModes) {
     Surface uniform(layerPixelFormat(mode), 256, 128);

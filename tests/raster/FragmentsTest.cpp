@@ -1,4 +1,4 @@
-// What the passes put on the screen, compared with a picture computed pixel by pixel.
+// The output of the passes, compared with an image computed pixel by pixel.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -22,7 +22,7 @@ constexpr std::array zooms{0.01F, 0.03F, 1.0F / 12.0F, 0.1F, 0.25F, 1.0F / 3.0F,
                            0.99F, 1.0F,  1.37F,        2.0F, 3.0F,  7.0F,        12.0F,   64.0F, 400.0F};
 constexpr std::array scales{1.0F, 1.25F, 2.0F};
 
-/// A picture with a margin that no pass may touch.
+/// An image with a margin that no pass may touch.
 class Picture {
  public:
   Picture(int width, int height)
@@ -147,7 +147,7 @@ TEST(DocumentPass, HidesSwitchedOffChannels) {
   expectDocumentDrawn(texture, view, 70, 60, {0.0F, 0.0F, 0.0F});
 }
 
-TEST(DocumentPass, ShowsNoNumberAsZeroAndInfinityAsTheLargestValue) {
+TEST(DocumentPass, ShowsNaNAsZeroAndInfinityAsTheLargestValue) {
   Surface texture(PixelFormat::rgba16Float, 4, 1);
   const std::uint64_t nan = 0x7E00;
   const std::uint64_t infinity = 0x7C00;
@@ -165,7 +165,7 @@ TEST(DocumentPass, ShowsNoNumberAsZeroAndInfinityAsTheLargestValue) {
   EXPECT_EQ(picture.at(3, 0), 0xFFFF0000U);
 }
 
-TEST(DocumentPass, KeepsEightBitColoursAsTheyAre) {
+TEST(DocumentPass, LeavesEightBitColoursUnchanged) {
   Surface texture(PixelFormat::rgba8Unorm, 256, 1);
   std::vector<std::uint32_t> pixels(256);
   for (std::uint32_t i = 0; i < 256; ++i) pixels[i] = 0xFF000000U | i << 16 | (255 - i) << 8 | (i ^ 0x5AU);
@@ -177,7 +177,7 @@ TEST(DocumentPass, KeepsEightBitColoursAsTheyAre) {
   }
 }
 
-TEST(DocumentPass, DrawsNothingOfATextureThatIsNotTheCanvas) {
+TEST(DocumentPass, IgnoresATextureOfAnotherSizeThanTheCanvas) {
   const Surface texture(PixelFormat::rgba8Unorm, 20, 20);
   Picture picture(30, 30);
   picture.draw(fragments::document, DocumentUniforms{viewOf(30, 30, 21, 20, 1.0F, 1.0F)}, &texture);

@@ -8,7 +8,7 @@
 namespace orvanel {
 namespace {
 
-TEST(HalfFloat, everyHalfComesBackAsItself) {
+TEST(HalfFloat, EveryHalfSurvivesTheRoundTrip) {
   for (std::uint32_t bits = 0; bits <= 0xFFFFU; ++bits) {
     const auto half = static_cast<std::uint16_t>(bits);
     const float value = halfToFloat(half);
@@ -21,7 +21,7 @@ TEST(HalfFloat, everyHalfComesBackAsItself) {
   }
 }
 
-TEST(HalfFloat, everyFiniteHalfHasItsValue) {
+TEST(HalfFloat, EveryFiniteHalfHasItsValue) {
   for (std::uint32_t bits = 0; bits < 0x7C00U; ++bits) {
     const int exponent = static_cast<int>(bits >> 10);
     const int fraction = static_cast<int>(bits & 0x3FFU);
@@ -32,7 +32,7 @@ TEST(HalfFloat, everyFiniteHalfHasItsValue) {
   }
 }
 
-TEST(HalfFloat, halfwayGoesToTheEvenNeighbour) {
+TEST(HalfFloat, TiesRoundToEven) {
   for (std::uint32_t bits = 0; bits < 0x7BFFU; ++bits) {
     const auto low = static_cast<std::uint16_t>(bits);
     const auto high = static_cast<std::uint16_t>(bits + 1);
@@ -43,7 +43,7 @@ TEST(HalfFloat, halfwayGoesToTheEvenNeighbour) {
   }
 }
 
-TEST(HalfFloat, theRangeEndsInInfinity) {
+TEST(HalfFloat, ValuesBeyondTheRangeBecomeInfinite) {
   EXPECT_EQ(floatToHalf(65504.0F), 0x7BFF);
   EXPECT_EQ(floatToHalf(std::nextafter(65520.0F, 0.0F)), 0x7BFF);
   EXPECT_EQ(floatToHalf(65520.0F), 0x7C00);
@@ -51,7 +51,7 @@ TEST(HalfFloat, theRangeEndsInInfinity) {
   EXPECT_EQ(floatToHalf(-0.0F), 0x8000);
 }
 
-TEST(HalfFloat, sanitizedValuesAreFinite) {
+TEST(HalfFloat, SanitizedValuesAreFinite) {
   const float infinity = std::numeric_limits<float>::infinity();
   EXPECT_EQ(sanitized(std::numeric_limits<float>::quiet_NaN()), 0.0F);
   EXPECT_EQ(sanitized(infinity), 65504.0F);

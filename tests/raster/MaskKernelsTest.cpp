@@ -38,7 +38,7 @@ TEST(AddMasks, TakesTheLargerOfTheTwo) {
   checkCombination(&MetalContext::addMasks, [](double d, double s) { return std::max(d, s); });
 }
 
-TEST(SubtractMasks, LeavesAtMostWhatTheOperandLeaves) {
+TEST(SubtractMasks, IsLimitedByTheComplementOfTheOperand) {
   checkCombination(&MetalContext::subtractMasks, [](double d, double s) { return std::min(d, 1.0 - s); });
 }
 
@@ -80,7 +80,7 @@ TEST(CombiningMasks, EmptyAndFullTilesCostNoPixels) {
   }
 }
 
-TEST(CombiningMasks, TheOperandAndItsCopiesStayAsTheyWere) {
+TEST(CombiningMasks, TheOperandAndItsCopiesAreUnchanged) {
   std::mt19937 random(13);
   Surface mask = reference::randomMask(300, 257, random);
   const Surface operand = reference::randomMask(300, 257, random);
@@ -93,7 +93,7 @@ TEST(CombiningMasks, TheOperandAndItsCopiesStayAsTheyWere) {
   EXPECT_EQ(reference::imageOf(maskCopy).pixels, maskImage.pixels);
 }
 
-TEST(CombiningMasks, ValuesFromAFileCountAsKernelsReadThem) {
+TEST(CombiningMasks, IrregularValuesAreSanitisedOnReading) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float infinity = std::numeric_limits<float>::infinity();
   Surface mask = reference::maskOf(130, 2, [](int x, int) { return 0.001F * static_cast<float>(x); });
@@ -158,7 +158,7 @@ TEST(FillMaskWithSelection, MixesTheValueInByTheSelection) {
   });
 }
 
-TEST(TranslateMask, ShiftsAndBringsNothingInFromOutside) {
+TEST(TranslateMask, ShiftsAndFillsWithZero) {
   std::mt19937 random(16);
   for (const auto& [width, height] : reference::sizes) {
     const Surface source = reference::randomMask(width, height, random);

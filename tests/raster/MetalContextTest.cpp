@@ -152,7 +152,7 @@ TEST(ClearTexture, InAGreyModeTheFirstComponentIsGreyAndTheLastAlpha) {
   EXPECT_EQ(composite->pixelAt(1, 1), 0x99333333U);
 }
 
-TEST(ClearTexture, AnAlphaThatIsStoredAsNothingLeavesNoColour) {
+TEST(ClearTexture, AnAlphaThatRoundsToZeroLeavesNoColour) {
   const MetalContext context(ShaderLibrary::standard());
   for (const ColorMode mode : allColorModes) {
     const Texture layer = context.makeTexture(layerPixelFormat(mode), 3, 3);
@@ -245,7 +245,7 @@ TEST(ConvertTexture, EveryPairOfModesConvertsByValueAndNeverChangesAlpha) {
   });
 }
 
-TEST(ConvertTexture, GreyThereAndBackThroughRgbIsExact) {
+TEST(ConvertTexture, GreyToRgbAndBackIsExact) {
   const MetalContext context(ShaderLibrary::standard());
   std::mt19937 random(6);
   const Surface grey = randomSurface(PixelFormat::rg8Unorm, 200, 100, random);

@@ -55,7 +55,7 @@ void mapColors(Case& one, const std::function<double(double)>& change) {
   }
 }
 
-TEST(InvertColors, MixesTheOppositeInAndLeavesAlphaAlone) {
+TEST(InvertColors, MixesInTheComplementAndLeavesAlphaAlone) {
   forEveryCase(21, [](Case& one, const Surface* selection) {
     mapColors(one, [](double c) { return 1.0 - c; });
     context().invertColors(one.layer, one.mode, selection);
@@ -96,7 +96,7 @@ TEST(InvertColors, AUniformLayerStaysUniform) {
     EXPECT_EQ(layer.tile(index), Tile::uniform(0x80EFDFCFU));
 }
 
-TEST(InvertColors, AnOpaqueTileIsStillKnownAsOpaque) {
+TEST(InvertColors, AnOpaqueTileKeepsItsTrait) {
   std::mt19937 random(24);
   Surface layer(PixelFormat::rgba8Unorm, 128, 128);
   fillRandomTile(layer, 0, random);
@@ -128,7 +128,7 @@ TEST(LevelsAdjust, FollowsTheCurveWithinOneUnit) {
   }
 }
 
-/// One tile of a surface as a surface of its own.
+/// One tile of a surface as a separate surface.
 Surface tileAlone(const Surface& surface, int index) {
   const PixelRect rect = surface.tileRect(index);
   Surface alone(surface.format(), rect.width, rect.height);
@@ -212,7 +212,7 @@ TEST(FillWithSelection, MixesInPremultipliedForm) {
   }
 }
 
-TEST(FillWithSelection, WhatIsNotSelectedKeepsItsBytes) {
+TEST(FillWithSelection, UnselectedPixelsKeepTheirBytes) {
   std::mt19937 random(27);
   Surface layer = randomSurface(PixelFormat::rgba16Float, 300, 257, random);
   const Surface before = layer;
@@ -279,7 +279,7 @@ TEST(ExtractMaskedPixels, CopiesTheRectangleWeightedByTheMask) {
   });
 }
 
-TEST(TranslateLayerPixels, ShiftsExactlyAndBringsTransparencyIn) {
+TEST(TranslateLayerPixels, ShiftsExactlyAndFillsWithTransparency) {
   std::mt19937 random(31);
   for (const PixelFormat format : reference::layerFormats) {
     for (const auto& [width, height] : reference::sizes) {
@@ -312,7 +312,7 @@ TEST(TranslateLayerPixels, WholeTilesAreSharedAndEmptyOnesTakeNoMemory) {
   EXPECT_EQ(withData, 4);
 }
 
-TEST(BrushStroke, LaysOneDabOverTheTilesBeneathIt) {
+TEST(BrushStroke, BlendsOneDabIntoTheTilesUnderIt) {
   Surface layer(PixelFormat::rgba8Unorm, 300, 300);
   BrushParams params;
   params.centerX = 64.0F;

@@ -148,7 +148,7 @@ TEST(ResampleTexture, TheSameSizeSharesEveryTile) {
   }
 }
 
-TEST(ResampleTexture, AnEvenPictureStaysEvenAndTakesNoMemory) {
+TEST(ResampleTexture, AUniformImageStaysUniformAndTakesNoMemory) {
   Surface source(PixelFormat::rgba8Unorm, 700, 500);
   source.fill(0xFF336699U);
   for (const ResampleMethod method : {bicubic, bilinear, nearest}) {

@@ -12,7 +12,7 @@ using reference::context;
 using reference::Image;
 using reference::maskAt;
 
-/// The share of a pixel's area, by a grid of points.
+/// The covered share of a pixel's area, estimated on a grid of points.
 double sampledArea(int x, int y, int grid, const std::function<bool(double, double)>& isInside) {
   int hits = 0;
   for (int j = 0; j < grid; ++j) {
@@ -35,7 +35,7 @@ bool isInsidePolygon(const std::vector<PolygonPoint>& points, double x, double y
   return inside;
 }
 
-/// Convolves with a Gaussian that reaches far, the edges replicated.
+/// Convolves with a Gaussian of large reach, edges replicated.
 Image blurred(const Image& image, double sigma) {
   const int reach = static_cast<int>(std::ceil(5.0 * sigma));
   std::vector<double> weights;
@@ -145,7 +145,7 @@ TEST(FillEllipseMask, ItsWholeAreaIsPiTimesBothRadii) {
   EXPECT_EQ(maskAt(mask, 0, 0), 0.0F);
 }
 
-TEST(FillEllipseMask, NoRadiusAndNoNumberCoverNothing) {
+TEST(FillEllipseMask, NonPositiveRadiiAndNaNCoverNothing) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   Surface mask(PixelFormat::r16Float, 20, 20);
   for (const auto& [radius, center] : {std::pair{0.0F, 5.0F}, {-3.0F, 5.0F}, {nan, 5.0F}, {4.0F, nan}}) {
@@ -201,7 +201,7 @@ TEST(FillRectMask, AWideFeatherStaysWithinAThousandthOfTheGaussian) {
       forEveryInstructionSet([&] {
         Surface mask(PixelFormat::r16Float, width, height);
         context().fillRectMask(mask, rect, feather);
-        // Beside the rounding to half floats.
+        // In addition to the rounding to half floats.
         reference::expectImage(mask, expected, 5e-4);
       });
     }
@@ -276,7 +276,7 @@ TEST(FillPolygonMask, CrossingsAndNestedLoopsFollowTheEvenOddRule) {
   }
 }
 
-/// Even-odd coverage by many lines to a row of pixels, each of which is exact from left to right.
+/// Even-odd coverage from many scan lines per pixel row, each exact horizontally.
 Image scanned(const std::vector<PolygonPoint>& points, int width, int height, int linesPerRow) {
   Image image(width, height);
   for (int line = 0; line < height * linesPerRow; ++line) {
@@ -301,7 +301,7 @@ Image scanned(const std::vector<PolygonPoint>& points, int width, int height, in
   return image;
 }
 
-TEST(FillPolygonMask, ManyEdgesThatCrossInOnePixelAreTakenApart) {
+TEST(FillPolygonMask, EdgesThatIntersectWithinAPixelAreSplit) {
   std::uniform_real_distribution<float> place(-30.0F, 300.0F);
   for (const unsigned seed : {3U, 62U}) {
     std::mt19937 random(seed);
@@ -318,7 +318,7 @@ TEST(FillPolygonMask, ManyEdgesThatCrossInOnePixelAreTakenApart) {
   }
 }
 
-TEST(FillPolygonMask, RowsThatVeryManyEdgesCrossAreSampled) {
+TEST(FillPolygonMask, DenselyCrossedRowsAreSampled) {
   std::mt19937 random(65);
   std::uniform_real_distribution<float> place(-20.0F, 290.0F);
   std::vector<PolygonPoint> points;
@@ -404,7 +404,7 @@ TEST(FillPolygonMask, FlatEdgesAcrossManyColumnsAndBeyondTheCanvasKeepTheirArea)
   });
 }
 
-TEST(FillPolygonMask, PointsThatAreNoNumbersAreLeftOut) {
+TEST(FillPolygonMask, NonFinitePointsAreIgnored) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   Surface mask(PixelFormat::r16Float, 20, 20);
   context().fillPolygonMask(mask, std::vector<PolygonPoint>{{2, 2}, {nan, 4}, {10, 2}, {10, 9}, {2, 9}});

@@ -16,7 +16,7 @@ struct Ellipse {
   float centerX, centerY, radiusX, radiusY;
 };
 
-/// The share of each pixel that an ellipse covers, by many lines to a row, each exact from left to right.
+/// An ellipse's coverage of each pixel, from many scan lines per pixel row, each exact horizontally.
 Image covered(const Ellipse& e, int width, int height) {
   constexpr int linesPerRow = 200;
   const auto centerX = static_cast<double>(e.centerX);

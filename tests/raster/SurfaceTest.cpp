@@ -147,7 +147,7 @@ TEST(Surface, CopyingARectangleLeavesAllOtherPixelsAlone) {
   }
 }
 
-TEST(Surface, CopyingEvenPixelsTakesNoMemory) {
+TEST(Surface, CopyingUniformPixelsTakesNoMemory) {
   Surface source(PixelFormat::rgba8Unorm, 640, 640);
   source.fill(0xFF336699U);
   Surface destination(PixelFormat::rgba8Unorm, 640, 640);
@@ -161,7 +161,7 @@ TEST(Surface, CopyingEvenPixelsTakesNoMemory) {
   EXPECT_EQ(tileMemory::bytesInUse(), before);
 }
 
-TEST(Surface, ACopyThatTurnsOutEvenTakesNoMemory) {
+TEST(Surface, ACopyWithAUniformResultTakesNoMemory) {
   Surface source(PixelFormat::rgba16Float, 256, 128);
   const std::vector<std::uint64_t> white(64 * 128, 0x3C003C003C003C00ULL);
   source.writeRect({0, 0, 64, 128}, reinterpret_cast<const std::byte*>(white.data()), 64 * 8);
@@ -193,7 +193,7 @@ TEST(Surface, ACopyIsMarkedIrregularWhereItHoldsSuchPixels) {
   EXPECT_TRUE(destination.tile(0).has(TileTrait::irregular));
 }
 
-TEST(Surface, EqualPixelsAreEqualHoweverTheyAreHeld) {
+TEST(Surface, UniformAndDataTilesWithEqualPixelsCompareEqual) {
   for (const PixelFormat format :
        {PixelFormat::r16Float, PixelFormat::rgba8Unorm, PixelFormat::rgba16Float}) {
     Surface even(format, 200, 150);
@@ -201,7 +201,7 @@ TEST(Surface, EqualPixelsAreEqualHoweverTheyAreHeld) {
     Surface spread = even;
     for (int index = 0; index < spread.tileCount(); ++index) (void)spread.editTile(index);
     Surface other = spread;
-    // What a tile holds beyond the canvas is no pixel.
+    // A tile's padding beyond the canvas is not part of the image.
     std::byte* bytes = other.editTile(3);
     bytes[static_cast<std::size_t>(72 * other.pixelBytes())] = std::byte{9};
     EXPECT_TRUE(even.equals(spread));
@@ -217,7 +217,7 @@ TEST(Surface, EqualPixelsAreEqualHoweverTheyAreHeld) {
   }
 }
 
-TEST(Surface, ARecipeIsForgottenByAnyChange) {
+TEST(Surface, AnyChangeResetsTheRecipe) {
   Surface surface(PixelFormat::rgba8Unorm, 256, 128);
   surface.rememberRecipes();
   surface.setRecipe(0, 77);

@@ -28,13 +28,13 @@ void release(const std::vector<std::byte*>& blocks) {
   for (std::byte* block : blocks) tileMemory::release(block, blockBytes);
 }
 
-/// How many bytes of these blocks have memory behind them.
+/// The number of resident bytes of these blocks.
 std::size_t residentBytes(const std::vector<std::byte*>& blocks) {
   constexpr std::size_t pageBytes = 4096;
   std::size_t resident = 0;
   for (std::byte* block : blocks) {
     std::array<unsigned char, blockBytes / pageBytes> pages{};
-    // A block whose slab has gone isn't mapped any more.
+    // Blocks of returned slabs are no longer mapped.
     if (mincore(block, blockBytes, pages.data()) != 0) continue;
     const auto present = [](unsigned char page) { return (page & 1U) != 0; };
     resident += static_cast<std::size_t>(std::count_if(pages.begin(), pages.end(), present)) * pageBytes;
@@ -56,7 +56,7 @@ TEST(TileMemory, GivesBackWhatItHandedOut) {
   EXPECT_EQ(tileMemory::bytesInUse(), before);
 }
 
-TEST(TileMemory, WhatAnEditGaveUpIsAtHandForTheNext) {
+TEST(TileMemory, MemoryReleasedByOneEditIsReusedByTheNext) {
   const auto kept = writtenBlocks(32 * mebibyte);
   const auto given = writtenBlocks(32 * mebibyte);
   release(given);
@@ -83,7 +83,7 @@ TEST(TileMemory, TheReserveGrowsByWhatAnEditMissed) {
   tileMemory::trim();
   const auto first = writtenBlocks(64 * mebibyte);
   tileMemory::trim();
-  // Never written by anybody, and yet there is memory behind them.
+  // Never written to, yet backed by memory.
   std::vector<std::byte*> next(64 * mebibyte / blockBytes);
   for (std::byte*& block : next) block = tileMemory::allocate(blockBytes);
   EXPECT_GE(residentBytes(next), 60 * mebibyte);
@@ -91,7 +91,7 @@ TEST(TileMemory, TheReserveGrowsByWhatAnEditMissed) {
   release(first);
 }
 
-TEST(TileMemory, TheReserveGoesBackWhenItIsIdle) {
+TEST(TileMemory, AnIdleReserveIsReturnedToTheSystem) {
   tileMemory::giveBackReserve();
   const tileMemory::ScopedIdleTime idle(std::chrono::milliseconds(1));
   const auto kept = writtenBlocks(16 * mebibyte);
@@ -101,7 +101,7 @@ TEST(TileMemory, TheReserveGoesBackWhenItIsIdle) {
   release(kept);
 }
 
-TEST(TileMemory, FreeBlocksBesideUsedOnesGiveTheirMemoryBack) {
+TEST(TileMemory, FreeBlocksInUsedSlabsReturnTheirMemory) {
   const auto blocks = writtenBlocks(8 * mebibyte);
   std::vector<std::byte*> used;
   std::vector<std::byte*> freed;

@@ -117,7 +117,7 @@ TEST(AffineTransform, TheIdentitySharesEveryTile) {
     EXPECT_EQ(destination.tile(index).buffer(), source.tile(index).buffer());
 }
 
-TEST(AffineTransform, ShrinkingFarAveragesInsteadOfMissing) {
+TEST(AffineTransform, StrongReductionAveragesInsteadOfAliasing) {
   // Thin stripes: one in eight columns is white.
   Surface source(PixelFormat::rgba8Unorm, 1024, 64);
   source.fill(0xFF000000U);
@@ -163,7 +163,7 @@ Surface wavySurface(PixelFormat format, int width, int height) {
   return surface;
 }
 
-TEST(AffineTransform, ASlantingSquashTakesTheMeanOfWhatAPixelCovers) {
+TEST(AffineTransform, ADiagonalSquashAveragesEachPixelsFootprint) {
   for (const PixelFormat format : {PixelFormat::r16Float, PixelFormat::rg16Unorm, PixelFormat::rgba8Unorm}) {
     const Surface source = wavySurface(format, 150, 140);
     // Squashed to a twentieth along one diagonal; along the other stretched, as it is, and shrunk.
@@ -186,7 +186,7 @@ TEST(AffineTransform, ASlantingSquashTakesTheMeanOfWhatAPixelCovers) {
   }
 }
 
-TEST(AffineTransform, AFlatLayerKeepsItsColorHoweverSlantingItIsSquashed) {
+TEST(AffineTransform, AUniformLayerKeepsItsColorUnderADiagonalSquash) {
   constexpr std::uint64_t color = 0xFFE6994DU;
   Surface source(PixelFormat::rgba8Unorm, 1000, 1000);
   source.fill(color);
@@ -203,7 +203,7 @@ TEST(AffineTransform, AFlatLayerKeepsItsColorHoweverSlantingItIsSquashed) {
   }
 }
 
-TEST(AffineTransform, TheLargestReductionsEnd) {
+TEST(AffineTransform, ExtremeReductionsTerminate) {
   Surface source(PixelFormat::rgba8Unorm, 300, 200);
   source.fill(0xFFFFFFFFU);
   for (const float huge : {1e6F, 1e20F, 3e38F}) {
@@ -228,7 +228,7 @@ TEST(AffineTransform, AWholeLayerCanShrinkToOnePixel) {
   EXPECT_EQ(context().layerContentBounds(destination, ColorMode::grayscale8, false), (PixelRect{0, 0, 1, 1}));
 }
 
-TEST(AffineTransform, AFlatLayerKeepsItsColorHoweverFarItShrinks) {
+TEST(AffineTransform, AUniformLayerKeepsItsColorUnderAnyReduction) {
   constexpr std::uint64_t color = 0xFFE6994DU;
   for (const auto& [width, height] : {std::pair{2048, 2048}, {8192, 1024}, {16384, 64}, {64, 16384}}) {
     Surface source(PixelFormat::rgba8Unorm, width, height);
@@ -268,7 +268,7 @@ TEST(AffineTransform, ASpeckOfALayerIsFoundAtOnce) {
   EXPECT_TRUE(!bounds || *bounds == (PixelRect{20, 20, 1, 1}));
 }
 
-TEST(AffineTransform, WhatIsNoNumberGivesAnEmptyLayer) {
+TEST(AffineTransform, ANonFiniteMatrixGivesAnEmptyLayer) {
   std::mt19937 random(73);
   const Surface source = randomSurface(PixelFormat::rgba8Unorm, 60, 60, random);
   for (const float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {

@@ -1,4 +1,4 @@
-// Keeps background work waiting while alive, so that a test sees the time before compression.
+// Blocks background work while alive, so that a test can observe the state before compression.
 #pragma once
 
 #include <memory>

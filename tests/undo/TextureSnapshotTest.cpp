@@ -16,7 +16,7 @@ namespace {
 
 class TextureSnapshots : public testing::Test {
  protected:
-  /// Smooth values, as photographs have them.
+  /// Smooth values, as in photographs.
   static Surface photo(PixelFormat format, int width, int height) {
     Surface surface(format, width, height);
     std::mt19937 random(9);
@@ -60,7 +60,7 @@ TEST_F(TextureSnapshots, ASnapshotRestoresTheSameBytesBeforeAndAfterItsCompressi
   }
 }
 
-TEST_F(TextureSnapshots, TheBytesComeBackWhenNobodyHoldsTheTilesAnyMore) {
+TEST_F(TextureSnapshots, RestoresFromCompressedBytesOnceTheTilesAreGone) {
   const Surface original = photo(PixelFormat::rgba16Float, 300, 200);
   std::shared_ptr<TextureSnapshot> snapshot;
   {
@@ -142,7 +142,7 @@ TEST_F(TextureSnapshots, TheCostFallsWithCompression) {
   EXPECT_GT(snapshot->compressedSize(), 0);
 }
 
-TEST_F(TextureSnapshots, ATileThatCameBackFromTheHistoryIsNotCompressedAgain) {
+TEST_F(TextureSnapshots, ARestoredTileIsNotCompressedAgain) {
   Surface surface = photo(PixelFormat::rgba16Float, 512, 512);
   const auto first = TextureSnapshot::capture(surface, context);
   TextureSnapshot::waitForCompression();
@@ -177,7 +177,7 @@ TEST_F(TextureSnapshots, TilesHeldByManySnapshotsAreCompressedOnceAndTheirCostIs
   EXPECT_GT(together, alone);
 }
 
-TEST_F(TextureSnapshots, CompressionLetsGoOfTheRawTiles) {
+TEST_F(TextureSnapshots, CompressionReleasesTheRawTiles) {
   Surface surface = photo(PixelFormat::rgba16Float, 512, 512);
   const std::size_t held = tileMemory::bytesInUse();
   const auto snapshot = TextureSnapshot::capture(surface, context);
@@ -202,7 +202,7 @@ TEST_F(TextureSnapshots, EditsAfterTheCaptureDoNotReachIt) {
   const Surface original = surface;
   for (int round = 0; round < 20; ++round) {
     const auto snapshot = TextureSnapshot::capture(surface, context);
-    // Racing with the compression on purpose.
+    // Deliberately races with the compression.
     for (int index = 0; index < surface.tileCount(); ++index) {
       std::byte* bytes = surface.editTile(index);
       std::memset(bytes, round, surface.tileBytes());
@@ -246,7 +246,7 @@ TEST_F(TextureSnapshots, ALargerDestinationGetsTheRegionAndKeepsTheRest) {
   EXPECT_EQ(larger.pixelAt(10, 200), 0x11223344U);
 }
 
-TEST_F(TextureSnapshots, AReadySnapshotPutsBackTheVeryTilesThatItTook) {
+TEST_F(TextureSnapshots, AReadySnapshotRestoresTheIdenticalTiles) {
   Surface surface = photo(PixelFormat::rgba16Float, 200, 150);
   const std::uint64_t version = surface.tile(0).version();
   const auto snapshot = TextureSnapshot::captureReady(surface, context);
@@ -260,7 +260,7 @@ TEST_F(TextureSnapshots, AReadySnapshotPutsBackTheVeryTilesThatItTook) {
   snapshot->restore(surface, context);
   EXPECT_EQ(surface.tile(0).version(), version);
   EXPECT_TRUE(surface.equals(photo(PixelFormat::rgba16Float, 200, 150)));
-  // What was decompressed once is at hand from then on.
+  // Tiles decompressed once are kept from then on.
   context.clearTexture(surface, ColorMode::rgb16, {});
   EXPECT_EQ(tileMemory::bytesInUse(), whileReady);
 }

@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A record that writes down what is asked of it.
+/// A record that logs the calls it receives.
 class LoggedOperation : public UndoableOperation {
  public:
   LoggedOperation(QString name, std::int64_t cost, std::vector<QString>* log = nullptr)
@@ -222,7 +222,7 @@ TEST_F(UndoStackTest, AnUndoneRunIsDroppedBeforeMerging) {
   EXPECT_EQ(stack.currentIndex.value(), 0);
 }
 
-TEST_F(UndoStackTest, ObserversHearOfEveryChangeOfTheRecords) {
+TEST_F(UndoStackTest, ObserversAreNotifiedOfEveryChangeOfTheRecords) {
   int changes = 0;
   const auto observer = stack.revision.addNotifier([&] { ++changes; });
   stack.push(record("x"));
@@ -234,7 +234,7 @@ TEST_F(UndoStackTest, ObserversHearOfEveryChangeOfTheRecords) {
   EXPECT_EQ(changes, 4);
 }
 
-TEST_F(UndoStackTest, TheRecordsBesideThePositionAreKeptReady) {
+TEST_F(UndoStackTest, TheRecordsNextToThePositionAreKeptReady) {
   std::vector<std::shared_ptr<LoggedOperation>> records;
   const auto ready = [&records] {
     QString marks;
