@@ -60,7 +60,7 @@ class CellGrid {
         columns_(cellsAcross + 2 * margin),
         rows_(cellsDown + 2 * margin),
         stride_((columns_ + tileSide - 1) / tileSide * tileSide),
-        values_(static_cast<std::size_t>(stride_) * static_cast<std::size_t>(rows_) + slack) {}
+        values_(static_cast<std::size_t>(stride_) * static_cast<std::size_t>(rows_)) {}
 
   [[nodiscard]] int margin() const { return margin_; }
   [[nodiscard]] int columns() const { return columns_; }
@@ -73,8 +73,6 @@ class CellGrid {
   [[nodiscard]] const float* row(int index) const { return const_cast<CellGrid*>(this)->row(index); }
 
  private:
-  static constexpr std::size_t slack = 128;  // a block of sums reads beyond the last row by its shift
-
   int margin_;
   int columns_;
   int rows_;
