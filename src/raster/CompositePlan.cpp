@@ -216,8 +216,10 @@ class TileComposer {
   StripAccumulator accumulator_;
 };
 
+/// No mistake when it doesn't: a mask for which there was no memory at the canvas's new size keeps the old
+/// one.
 bool fits(const Surface& canvas, const Surface* other) {
-  return other == nullptr || fitInSize(canvas, *other);
+  return other == nullptr || haveSameSize(canvas, *other);
 }
 
 /// True when the record's colour mode is that of the pixels it comes with.

@@ -307,18 +307,12 @@ TEST(CompositePlan, ManyHugeValuesStayFiniteAndAnOpaqueLayerHidesThem) {
   }
 }
 
-TEST(CompositePlanDeathTest, SourcesOfAnotherSizeAreAMistakeAndLeftOut) {
+TEST(CompositePlan, SourcesOfAnotherSizeAreLeftOut) {
   Surface canvas(PixelFormat::rgba8Unorm, 200, 200);
   Surface stray(PixelFormat::rgba8Unorm, 100, 100);
   stray.fill(0xFFFFFFFFU);
   CompositePlan plan(canvas);
-  const auto compositeStray = [&] {
-    plan.compositeLayer(0, paramsOf(BlendMode::normal, 1.0F, ColorMode::rgb8, false), stray, nullptr);
-  };
-  EXPECT_DEATH(compositeStray(), "different sizes");
-  setMistakesFatal(false);
-  compositeStray();
-  setMistakesFatal(true);
+  plan.compositeLayer(0, paramsOf(BlendMode::normal, 1.0F, ColorMode::rgb8, false), stray, nullptr);
   plan.run(CompositeScope::changedTiles);
   EXPECT_EQ(canvas.pixelAt(10, 10), 0U);
 }
