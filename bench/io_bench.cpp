@@ -168,7 +168,7 @@ BENCHMARK(LoadOneLayer)
     ->UseRealTime()
     ->Iterations(3);
 
-/// What the main thread does of a save.
+/// The part of a save that runs on the main thread.
 void SaveOnMainThread(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));

@@ -53,11 +53,13 @@ void stepForward(Document& document, HistoryOracle& oracle, Counts& counts) {
 void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts) {
   Document& document = commands.document();
   document.setDirty(false);
+  UndoStack& history = writableHistory(document);
+  const std::uint64_t revision = history.revision.value();
   const std::string_view name = commands.runOne();
   SCOPED_TRACE(name);
-  UndoStack& history = writableHistory(document);
-  if (history.memoryBudget.value() < usualBudget) {
-    // Costs still move while snapshots compress: the limit is exact only once they are through.
+  if (history.memoryBudget.value() < usualBudget && history.revision.value() != revision) {
+    // Costs still move while snapshots compress: the limit is exact only once they are through. Undoing can
+    // raise costs as well, but nothing is evicted before the next push.
     TextureSnapshot::waitForCompression();
     history.enforceLimits();
   }
