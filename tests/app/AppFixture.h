@@ -1,4 +1,4 @@
-// An application state with scripted answers, the file commands, and the main window on request.
+// An application state with scripted dialogs, the file commands, and optionally the main window.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@
 
 namespace orvanel {
 
-/// Lets events run until the condition holds; false when it doesn't within half a minute.
+/// Processes events until the condition holds; false after half a minute.
 inline bool waitUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();
@@ -41,7 +41,7 @@ class AppFixture : public testing::Test {
     QApplication::processEvents();
   }
 
-  /// The window hears of new documents; without one, this does.
+  /// Adds new documents to the window state, as the main window does.
   void hearNotifications() {
     const auto add = [this](const std::any& object) {
       state.windowState.addDocument(std::any_cast<DocumentPtr>(object));

@@ -6,7 +6,7 @@
 
 #include "app/Appearance.h"
 
-// Settings and shared lists go to a place of their own, which is gone afterwards.
+// Settings and shared lists are kept in a temporary folder.
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   testing::InitGoogleMock(&argc, argv);

@@ -44,7 +44,7 @@ TEST_F(ClosingTest, ASavedDocumentClosesWithoutAQuestion) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(ClosingTest, CancelKeepsAndDontSaveLetsGo) {
+TEST_F(ClosingTest, CancelKeepsTheDocumentAndDontSaveClosesIt) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
   dialogs.saveAnswers.push(SaveAnswer::cancel);
   windowState.closeDocument(document->id);
@@ -54,7 +54,7 @@ TEST_F(ClosingTest, CancelKeepsAndDontSaveLetsGo) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
+TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsCloseSilently) {
   state.userDefaults.setValue(UserDefaults::confirmUnsavedChangesKey, false);
   windowState.closeDocument(addUnsaved(QStringLiteral("Sky"))->id);
   EXPECT_THAT(openNames(), IsEmpty());
@@ -63,7 +63,7 @@ TEST_F(ClosingTest, WithoutConfirmationUnsavedDocumentsGoSilently) {
   EXPECT_THAT(dialogs.questions, IsEmpty());
 }
 
-TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
+TEST_F(ClosingTest, SaveWritesToTheDocumentsFile) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Sky"));
   document->setSource(path("Sky.Tessel"), std::nullopt);
   dialogs.saveAnswers.push(SaveAnswer::save);
@@ -74,7 +74,7 @@ TEST_F(ClosingTest, SaveOfADocumentGoesToItsFile) {
   EXPECT_TRUE(QFile::exists(path("Sky.Tessel")));
 }
 
-TEST_F(ClosingTest, AnUntitledDocumentAsksWhere) {
+TEST_F(ClosingTest, SavingAnUntitledDocumentAsksForADestination) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.savePaths.push(path("Sea.tessel"));
@@ -105,7 +105,7 @@ TEST_F(ClosingTest, AFlatSourceIsOverwrittenInPlace) {
   EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::blue));
 }
 
-TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksWhere) {
+TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksForADestination) {
   const DocumentPtr document = openUnsaved(writeImage("photo.png"));
   document->addLayer(QStringLiteral("Second"));
   dialogs.saveAnswers.push(SaveAnswer::save);
@@ -117,7 +117,7 @@ TEST_F(ClosingTest, AFlatSourceThatGainedALayerAsksWhere) {
   EXPECT_EQ(QImage(path("photo.png")).pixelColor(0, 0), QColor(Qt::red));
 }
 
-TEST_F(ClosingTest, AFailedSaveKeepsTheDocumentAndItsMark) {
+TEST_F(ClosingTest, AFailedSaveKeepsTheDocumentOpenAndDirty) {
   const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
   dialogs.saveAnswers.push(SaveAnswer::save);
   dialogs.savePaths.push(path("no such folder/Sea.tessel"));
@@ -145,7 +145,7 @@ TEST_F(ClosingTest, QuittingStopsAtTheFirstRefusalAndKeepsAllOpen) {
   EXPECT_FALSE(a->isDirty.value());
 }
 
-TEST_F(ClosingTest, QuittingWithNothingUnsavedAsksNothing) {
+TEST_F(ClosingTest, QuittingWithoutUnsavedChangesAsksNothing) {
   AppDelegate delegate(state, files, {});
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
   addDocument(QStringLiteral("A"));
@@ -169,7 +169,7 @@ TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
   EXPECT_TRUE(QFile::exists(path("A.tessel")));
 }
 
-TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
+TEST_F(ClosingTest, QuittingWaitsForQueuedSaves) {
   for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) {
     const DocumentPtr document = addUnsaved(QString::fromLatin1(name));
     document->setSource(path(name), std::nullopt);
@@ -181,7 +181,7 @@ TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
   EXPECT_THAT(dialogs.questions, IsEmpty());
 }
 
-TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
+TEST_F(ClosingTest, ClosingADocumentWithAQueuedSaveWritesItFirst) {
   const DocumentPtr first = addUnsaved(QStringLiteral("A"));
   const DocumentPtr second = addUnsaved(QStringLiteral("B"));
   first->setSource(path("A.tessel"), std::nullopt);
@@ -204,7 +204,7 @@ TEST_F(ClosingTest, AnEditDuringASaveIsAskedAboutWhenTheDocumentCloses) {
   EXPECT_THAT(openNames(), ElementsAre("A"));
 }
 
-TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsksAfterAll) {
+TEST_F(ClosingTest, ClosingDuringASaveThatFailsAsks) {
   const DocumentPtr document = addUnsaved(QStringLiteral("A"));
   document->setSource(path("no such folder/A.tessel"), std::nullopt);
   files.save(document);
@@ -239,7 +239,7 @@ TEST_F(ClosingTest, TheCloseButtonClosesTabsFirst) {
 
 // Starting.
 
-TEST_F(ClosingTest, StartingOpensNothingByItself) {
+TEST_F(ClosingTest, StartingOpensNoDocument) {
   AppDelegate(state, files, {}).applicationDidFinishLaunching();
   EXPECT_THAT(openNames(), IsEmpty());
 }

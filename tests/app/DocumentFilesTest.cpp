@@ -42,14 +42,14 @@ TEST_F(DocumentFilesTest, ANewDocumentHasTheTypedSizeAndTheChosenMode) {
   EXPECT_FALSE(made->isDirty.value());
 }
 
-TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreAllCalledUntitled) {
+TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreCalledUntitled) {
   dialogs.newDocument = NewDocumentEntry{QStringLiteral("10"), QStringLiteral("10"), 2};
   files.newDocument();
   files.newDocument();
   EXPECT_THAT(openNames(), ElementsAre("Untitled", "Untitled"));
 }
 
-TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
+TEST_F(DocumentFilesTest, SizesOutOfRangeCreateNoDocument) {
   for (const char* typed : {"0", "16385", "abc", "", "-5", "12.5", "99999999999"}) {
     dialogs.warnings.clear();
     dialogs.newDocument = NewDocumentEntry{QString::fromLatin1(typed), QStringLiteral("10"), 2};
@@ -62,7 +62,7 @@ TEST_F(DocumentFilesTest, SizesOutOfRangeMakeNothing) {
   EXPECT_THAT(openNames(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ACancelledDialogMakesNothing) {
+TEST_F(DocumentFilesTest, ACancelledDialogCreatesNoDocument) {
   files.newDocument();
   EXPECT_THAT(openNames(), IsEmpty());
   EXPECT_THAT(dialogs.warnings, IsEmpty());
@@ -80,7 +80,7 @@ TEST_F(DocumentFilesTest, FilesOpenInTheOrderTheyWereNamed) {
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, OnlyFailuresAreNamedAndTheRestOpens) {
+TEST_F(DocumentFilesTest, FailuresAreListedAndTheOtherFilesOpen) {
   const QString good = writeImage("good.png");
   const QString noImage = writeText("broken.png", "no picture");
   const QString noDocument = writeText("broken.tessel", "no archive");
@@ -101,7 +101,7 @@ TEST_F(DocumentFilesTest, OneFailureHasItsOwnTitle) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("missing.png: "));
 }
 
-TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
+TEST_F(DocumentFilesTest, ADirectoryIsNotADocument) {
   QDir(folder.path()).mkdir(QStringLiteral("pictures"));
   files.open({path("pictures")});
   ASSERT_TRUE(waitForFiles());
@@ -109,7 +109,7 @@ TEST_F(DocumentFilesTest, ADirectoryIsNoDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("pictures: "));
 }
 
-TEST_F(DocumentFilesTest, AFailedDropSaysSoInItsOwnWords) {
+TEST_F(DocumentFilesTest, AFailedDropHasItsOwnMessage) {
   files.openDropped({writeText("broken.png", "no picture"), writeImage("good.png")});
   ASSERT_TRUE(waitForFiles());
   EXPECT_THAT(openNames(), ElementsAre("good"));
@@ -137,7 +137,7 @@ TEST_F(DocumentFilesTest, SaveAsSetsFileNameAndFlagsAndWrites) {
   document->setDirty(true);
   dialogs.savePaths.push(path("Evening sky.tessel"));
   files.saveAs(document);
-  // All of it holds at once; only the writing takes its time.
+  // The document changes at once; the file is written in the background.
   EXPECT_EQ(document->sourceFileURL.value(), path("Evening sky.tessel"));
   EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
   EXPECT_EQ(document->name.value(), "Evening sky");
@@ -160,7 +160,7 @@ TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
+TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndLeavesTheDocumentDirty) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   dialogs.savePaths.push(path("no such folder/Sky.tessel"));
   files.saveAs(document);
@@ -173,7 +173,7 @@ TEST_F(DocumentFilesTest, AFailedSaveAsKeepsNameAndFileAndMarksTheDocument) {
   EXPECT_THAT(dialogs.warnings[0].second, StartsWith("Sky.tessel: "));
 }
 
-TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
+TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheDirtyFlagAtOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.savePaths.push(path("Sky.tessel"));
   files.saveAs(document);
@@ -189,7 +189,7 @@ TEST_F(DocumentFilesTest, SaveWritesInPlaceAndClearsTheMarkEarly) {
   EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 2);
 }
 
-TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
+TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   document->setSource(path("no such folder/Sky.TESSEL"), std::nullopt);
   document->setDirty(true);
@@ -201,7 +201,7 @@ TEST_F(DocumentFilesTest, AFailedSaveMarksTheDocumentAgainAndSaysSoOnce) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn) {
+TEST_F(DocumentFilesTest, AQueuedSaveKeepsTheDocumentDirtyUntilItBegins) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->setSource(path("first.tessel"), std::nullopt);
@@ -218,7 +218,7 @@ TEST_F(DocumentFilesTest, ASaveWhileAnotherRunsWaitsAndKeepsTheMarkUntilItsTurn)
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASecondSaveOfADocumentWritesWhatIsCurrentWhenTheFirstHasEnded) {
+TEST_F(DocumentFilesTest, AQueuedSaveWritesTheDocumentAsItIsWhenTheSaveBegins) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   document->setSource(path("Sky.tessel"), std::nullopt);
   document->setDirty(true);
@@ -262,7 +262,7 @@ TEST_F(DocumentFilesTest, EveryFailedSaveIsReportedWithItsFile) {
   }
 }
 
-TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) {
+TEST_F(DocumentFilesTest, ASaveAsDuringAnotherSaveBeginsWhenThatSaveEnds) {
   const DocumentPtr first = addDocument(QStringLiteral("First"));
   const DocumentPtr second = addDocument(QStringLiteral("Second"));
   first->setSource(path("first.tessel"), std::nullopt);
@@ -278,7 +278,7 @@ TEST_F(DocumentFilesTest, ASaveAsWhileAnotherSaveRunsBeginsWhenThatOneHasEnded) 
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ASaveAsThatFollowsAFailedSaveOfTheSameDocumentLeavesNoMark) {
+TEST_F(DocumentFilesTest, ASaveAsAfterAFailedSaveLeavesTheDocumentClean) {
   const DocumentPtr document = addDocument(QStringLiteral("Photo"));
   document->setSource(path("no such folder/photo.tessel"), std::nullopt);
   document->setDirty(true);
@@ -304,7 +304,7 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
-TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
+TEST_F(DocumentFilesTest, SavingAnUnchangedDocumentWritesNothing) {
   const QString photo = writeImage("photo.jpg");
   const DocumentPtr document = openOne(photo);
   ASSERT_TRUE(QFile::remove(photo));
@@ -315,11 +315,11 @@ TEST_F(DocumentFilesTest, SavingWhatIsInItsFileAlreadyWritesNothing) {
   EXPECT_THAT(filesIn(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ADocumentWithoutAFileCanBeSavedThoughItIsUntouched) {
+TEST_F(DocumentFilesTest, AnUnchangedDocumentWithoutAFileCanBeSaved) {
   EXPECT_TRUE(DocumentFiles::canSave(*addDocument(QStringLiteral("Untitled"))));
 }
 
-TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
+TEST_F(DocumentFilesTest, AFailedFlatSaveLeavesTheDocumentDirty) {
   const DocumentPtr document = openOne(writeImage("photo.png"));
   document->setSource(path("no such folder/photo.png"), Document::ImageFileFormat::png);
   document->setDirty(true);
@@ -330,7 +330,7 @@ TEST_F(DocumentFilesTest, AFailedFlatSaveMarksTheDocumentAgain) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
 }
 
-TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
+TEST_F(DocumentFilesTest, ADocumentThatNoFlatFileCanHoldLeadsToSaveAs) {
   int asked = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
                                                                  [&](const std::any&) { ++asked; }));
@@ -352,7 +352,7 @@ TEST_F(DocumentFilesTest, WhatAFlatFileCannotHoldLeadsToSaveAs) {
 
 // Exporting.
 
-TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
+TEST_F(DocumentFilesTest, AnExportDoesNotChangeTheDocument) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->setDirty(true);
   document->setSource(path("Picture.tessel"), std::nullopt);
@@ -372,7 +372,7 @@ TEST_F(DocumentFilesTest, AnExportLeavesTheDocumentAlone) {
   EXPECT_EQ(document->name.value(), "Picture");
 }
 
-TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
+TEST_F(DocumentFilesTest, AnExportIncludesEditsThatWereNeverShown) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   document->fillSelection({0.0F, 1.0F, 0.0F, 1.0F});
   dialogs.exportTargets.push({path("out.png"), 0});
@@ -381,7 +381,7 @@ TEST_F(DocumentFilesTest, AnExportShowsWhatWasNeverDrawnOnScreen) {
   EXPECT_EQ(QImage(path("out.png")).pixelColor(1, 1), QColor(Qt::green));
 }
 
-TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
+TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageReportProgress) {
   std::vector<double> fractions;
   const auto subscription = files.activity.fraction.addNotifier([&] {
     if (const auto fraction = files.activity.fraction.value()) fractions.push_back(*fraction);
@@ -400,7 +400,7 @@ TEST_F(DocumentFilesTest, ExportingAndOpeningAnImageTellHowFarTheyAre) {
   EXPECT_TRUE(std::ranges::is_sorted(fractions));
 }
 
-TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
+TEST_F(DocumentFilesTest, AFailedExportIsReported) {
   const DocumentPtr document = addDocument(QStringLiteral("Picture"));
   dialogs.exportTargets.push({path("no such folder/out.png"), 0});
   files.exportImage(document);
@@ -417,7 +417,7 @@ TEST_F(DocumentFilesTest, AFailedExportSaysSo) {
   EXPECT_THAT(filesIn(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ExtensionsNameTheirFormats) {
+TEST_F(DocumentFilesTest, ExtensionsSelectTheirFormats) {
   EXPECT_EQ(exportRowForName(QStringLiteral("a.png")), 0);
   EXPECT_EQ(exportRowForName(QStringLiteral("a.JPEG")), 1);
   EXPECT_EQ(exportRowForName(QStringLiteral("a.tif")), 2);

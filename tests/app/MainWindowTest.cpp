@@ -71,7 +71,7 @@ class MainWindowTest : public AppFixture {
   }
 };
 
-TEST_F(MainWindowTest, TheEmptyWindowSaysThatNothingIsOpen) {
+TEST_F(MainWindowTest, AWindowWithoutDocumentsSaysSo) {
   EXPECT_EQ(window->windowTitle(), "Orvanel");
   EXPECT_FALSE(window->isWindowModified());
   EXPECT_TRUE(window->contentView().tabBar().isHidden());
@@ -86,7 +86,7 @@ TEST_F(MainWindowTest, TheEmptyWindowSaysThatNothingIsOpen) {
   EXPECT_TRUE(item("File", "Open...")->isEnabled());
 }
 
-TEST_F(MainWindowTest, TheMenusHoldTheirItemsInOrder) {
+TEST_F(MainWindowTest, TheMenusContainTheirItemsInOrder) {
   EXPECT_THAT(titles(*menu("File")), ElementsAre("New...", "Open...", "Open Recent", "Save", "Save As...",
                                                  "Export Image...", "-", "Quit"));
   EXPECT_THAT(titles(*menu("View")), ElementsAre("Zoom In", "Zoom Out", "100%", "Fit on Screen"));
@@ -94,7 +94,7 @@ TEST_F(MainWindowTest, TheMenusHoldTheirItemsInOrder) {
   EXPECT_THAT(titles(*menu("Help")), ElementsAre("About Orvanel"));
 }
 
-TEST_F(MainWindowTest, TheItemsHaveTheirKeys) {
+TEST_F(MainWindowTest, TheItemsHaveTheirShortcuts) {
   const std::tuple<const char*, const char*, QKeySequence> keys[] = {
       {"File", "New...", QKeySequence(Qt::CTRL | Qt::Key_N)},
       {"File", "Open...", QKeySequence(Qt::CTRL | Qt::Key_O)},
@@ -154,7 +154,7 @@ TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {
   EXPECT_EQ(window->windowTitle(), QStringLiteral("one[*] — Orvanel"));
 }
 
-TEST_F(MainWindowTest, TheMarkOfUnsavedChangesShowsInTitleAndTab) {
+TEST_F(MainWindowTest, UnsavedChangesShowInTitleAndTab) {
   open({writeImage("one.png")});
   state.windowState.activeDocument()->addLayer(QStringLiteral("Second"));
   EXPECT_TRUE(window->isWindowModified());
@@ -209,7 +209,7 @@ TEST_F(MainWindowTest, TheWindowMenuStepsThroughTheTabs) {
   EXPECT_EQ(activeName(), "three");
 }
 
-TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoLastUsed) {
+TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoMostRecentDocuments) {
   open({writeImage("one.png"), writeImage("two.png"), writeImage("three.png")});
   pressAndRelease(canvas(), Qt::Key_Tab, Qt::ControlModifier);
   EXPECT_EQ(activeName(), "two");
@@ -219,7 +219,7 @@ TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoLastUsed) {
   EXPECT_EQ(activeName(), "one");
 }
 
-TEST_F(MainWindowTest, AnOpenedDocumentHasTheKeyboardWithoutAClick) {
+TEST_F(MainWindowTest, AnOpenedDocumentHasKeyboardFocus) {
   QApplication::setActiveWindow(window.get());
   open({writeImage("one.png"), writeImage("two.png")});
   ASSERT_EQ(window->focusWidget(), &canvas());
@@ -310,18 +310,18 @@ TEST_F(MainWindowTest, ARecreatedWindowKeepsItsSizeWithinTheRun) {
   EXPECT_EQ(window->size(), QSize(777, 555));
 }
 
-TEST_F(MainWindowTest, ANameThatLooksLikeTheMarkIsShownAsItIs) {
+TEST_F(MainWindowTest, ANameThatLooksLikeThePlaceholderIsShownVerbatim) {
   addDocument(QStringLiteral("a[*]b"));
   QApplication::processEvents();
   EXPECT_EQ(window->windowTitle(), QStringLiteral("a[*][*]b[*] — Orvanel"));
 }
 
-TEST_F(MainWindowTest, AboutIsAsked) {
+TEST_F(MainWindowTest, AboutIsRequested) {
   item("Help", "About Orvanel")->trigger();
   EXPECT_EQ(dialogs.aboutShown, 1);
 }
 
-TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
+TEST(NewDocumentDialogTest, BeginsWithTheDefaultValues) {
   const NewDocumentDialog dialog;
   EXPECT_EQ(dialog.widthField->text(), "1024");
   EXPECT_EQ(dialog.heightField->text(), "768");
@@ -335,7 +335,7 @@ TEST(NewDocumentDialogTest, BeginsWithItsOwnValues) {
   EXPECT_EQ(dialog.entry().colorModeIndex, 2);
 }
 
-TEST_F(MainWindowTest, AltAloneLeavesTheKeyboardWithTheCanvas) {
+TEST_F(MainWindowTest, AltAloneLeavesTheFocusOnTheCanvas) {
   open({writeImage("photo.png")});
   window->activateWindow();
   canvas().setFocus();

@@ -13,12 +13,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Writes nothing; each save ends when the test says so, and what happened is kept as a list.
+/// Writes nothing. Each save ends when the test says so; calls are logged.
 class ScriptedWriter : public SaveQueueClient {
  public:
   std::vector<std::string> log;
   std::function<void(const SaveRequest&)> duringReport;
-  /// Every save ends by itself as soon as events are processed.
+  /// Whether every save ends as soon as events are processed.
   bool endsByItself = false;
 
   void beginSave(const SaveRequest& request, Done done) override {
@@ -93,7 +93,7 @@ TEST_F(SaveQueueTest, ARequestForTheRunningSaveRunsAfterIt) {
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "saved sky", "begin Sky sky"));
 }
 
-TEST_F(SaveQueueTest, RepeatedRequestsThatStillWaitAreOne) {
+TEST_F(SaveQueueTest, RepeatedQueuedRequestsAreMerged) {
   save(sky, "sky");
   for (int press = 0; press < 5; ++press) save(sky, "sky");
   save(sea, "sea");
@@ -155,7 +155,7 @@ TEST_F(SaveQueueTest, ARequestMadeDuringAReportIsKept) {
               ElementsAre("failed sky", "report sky: The disk is full.", "begin Sky elsewhere"));
 }
 
-TEST_F(SaveQueueTest, TheQueueKnowsWhoseSavesItHolds) {
+TEST_F(SaveQueueTest, TheQueueKnowsWhichDocumentsItHolds) {
   save(sky, "sky");
   save(sea, "sea");
   EXPECT_TRUE(queue.contains(sky->id));
@@ -192,7 +192,7 @@ TEST_F(SaveQueueTest, SettlingAllWaitsForEverySave) {
                                             "begin Sky sky", "saved sky"));
 }
 
-TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
+TEST_F(SaveQueueTest, AQueuedSaveKeepsItsDocumentAlive) {
   save(sky, "sky");
   save(sea, "sea");
   sea.reset();
@@ -202,7 +202,7 @@ TEST_F(SaveQueueTest, ADocumentThatWaitsIsWrittenThoughNobodyElseHoldsIt) {
   writer.succeed();
 }
 
-TEST_F(SaveQueueTest, AFinishedSaveLetsGoOfItsDocument) {
+TEST_F(SaveQueueTest, AFinishedSaveReleasesItsDocument) {
   const std::weak_ptr<Document> held = sea;
   save(sea, "sea");
   sea.reset();

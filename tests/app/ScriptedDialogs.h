@@ -1,4 +1,4 @@
-// Answers the editor's questions from a list prepared by the test, and keeps what it was told.
+// Answers the editor's dialogs from prepared lists, and records what it was asked and told.
 #pragma once
 
 #include <functional>
@@ -20,13 +20,13 @@ class ScriptedDialogs : public Dialogs {
   std::vector<std::string> proposals;
   int aboutShown = 0;
 
-  // Answers in order; without one left, every question is cancelled.
+  // Answers in order. Once they run out, every dialog is cancelled.
   std::queue<SaveAnswer> saveAnswers;
   std::queue<QString> savePaths;
   std::queue<ExportTarget> exportTargets;
   std::optional<NewDocumentEntry> newDocument;
   QStringList filesToOpen;
-  /// Runs while a question stands.
+  /// Runs while a dialog is open.
   std::function<void()> duringQuestion;
 
   void showWarning(const QString& message, const QString& informativeText) override {

@@ -31,14 +31,14 @@ void writeList(const QByteArray& text) {
 class SettingsTest : public testing::Test {
  protected:
   SettingsTest() {
-    // Recent files of the test before may still be on their way to the list.
+    // Recent files of the previous test may still be waiting to be published.
     QThreadPool::globalInstance()->waitForDone();
     QSettings().clear();
     QFile::remove(listPath());
   }
 };
 
-TEST_F(SettingsTest, RegisteredDefaultsHoldUntilAValueIsStored) {
+TEST_F(SettingsTest, RegisteredDefaultsApplyUntilAValueIsStored) {
   UserDefaults defaults;
   EXPECT_TRUE(defaults.confirmUnsavedChanges());
   EXPECT_EQ(defaults.layerThumbnailSize(), 48);
@@ -48,7 +48,7 @@ TEST_F(SettingsTest, RegisteredDefaultsHoldUntilAValueIsStored) {
   EXPECT_EQ(UserDefaults().layerThumbnailSize(), 64);
 }
 
-TEST_F(SettingsTest, AStoredTextOfTheWrongKindDoesNotCount) {
+TEST_F(SettingsTest, AStoredValueOfTheWrongTypeIsIgnored) {
   UserDefaults defaults;
   defaults.setValue(UserDefaults::layerThumbnailSizeKey, QStringLiteral("large"));
   EXPECT_EQ(defaults.layerThumbnailSize(), 48);
@@ -82,7 +82,7 @@ TEST_F(SettingsTest, RecentDocumentsKeepTheTenNewest) {
   EXPECT_TRUE(recent.paths().isEmpty());
 }
 
-TEST_F(SettingsTest, APublishedFileStandsInTheDesktopsList) {
+TEST_F(SettingsTest, APublishedFileAppearsInTheDesktopsList) {
   ASSERT_TRUE(publishRecentFile(QStringLiteral("/pictures/a & b.tessel")));
   const QByteArray text = listText();
   EXPECT_TRUE(text.contains("href=\"file:///pictures/a%20&amp;%20b.tessel\"")) << text.toStdString();
@@ -100,7 +100,7 @@ TEST_F(SettingsTest, PublishingAgainRefreshesTheEntry) {
   EXPECT_EQ(text.count("count=\"2\""), 1);
 }
 
-TEST_F(SettingsTest, OtherProgramsEntriesStayAsTheyAre) {
+TEST_F(SettingsTest, EntriesOfOtherProgramsAreUnchanged) {
   const QByteArray other =
       R"(<?xml version="1.0" encoding="UTF-8"?>
 <xbel version="1.0"
@@ -130,7 +130,7 @@ TEST_F(SettingsTest, OtherProgramsEntriesStayAsTheyAre) {
   EXPECT_EQ(text.count("name=\"Orvanel\""), 1);
 }
 
-TEST_F(SettingsTest, AListThatCannotBeReadStaysAsItIs) {
+TEST_F(SettingsTest, AnUnreadableListIsLeftUnchanged) {
   const QByteArray broken = "<xbel version=\"1.0\"><bookmark href=\"file:///x\">";
   writeList(broken);
   EXPECT_FALSE(publishRecentFile(QStringLiteral("/pictures/a.png")));

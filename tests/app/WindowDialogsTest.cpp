@@ -21,7 +21,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// Answers each dialog as soon as it stands, in the order of the steps given.
+/// Answers dialogs as they open, one step each, in order.
 class WindowDialogsTest : public testing::Test {
  protected:
   template <typename DialogType>
@@ -95,7 +95,7 @@ class WindowDialogsTest : public testing::Test {
 
 // Alerts.
 
-TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
+TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonVerbatim) {
   whenShown<QMessageBox>([](QMessageBox& box) {
     EXPECT_EQ(box.text(), "Failed to Save");
     EXPECT_EQ(box.informativeText(), "<b>photo</b>: The disk is full.");
@@ -105,7 +105,7 @@ TEST_F(WindowDialogsTest, AnAlertShowsMessageAndReasonAsTheyAre) {
   dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("<b>photo</b>: The disk is full."));
 }
 
-TEST_F(WindowDialogsTest, ALongListOfFailuresStaysOnTheScreen) {
+TEST_F(WindowDialogsTest, ALongListOfFailuresFitsTheScreen) {
   QStringList lines;
   for (int i = 1; i <= 20; ++i) lines << QStringLiteral("photo %1.png: damaged").arg(i);
   whenShown<QMessageBox>([&](QMessageBox& box) {
@@ -146,7 +146,7 @@ TEST_F(WindowDialogsTest, SeveralFilesCanBeOpened) {
   EXPECT_EQ(dialogs.askForFilesToOpen(), QStringList({path("a.png"), path("b.tessel")}));
 }
 
-TEST_F(WindowDialogsTest, ACancelledPanelAnswersNothing) {
+TEST_F(WindowDialogsTest, ACancelledPanelGivesNoAnswer) {
   for (int i = 0; i < 3; ++i) whenShown<QFileDialog>([](QFileDialog& panel) { panel.reject(); });
   EXPECT_THAT(dialogs.askForFilesToOpen(), IsEmpty());
   EXPECT_EQ(dialogs.askWhereToSave(path("a.tessel")), std::nullopt);
@@ -164,7 +164,7 @@ TEST_F(WindowDialogsTest, TheSavePanelProposesAndCompletesTheName) {
   EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("other.tessel"));
 }
 
-TEST_F(WindowDialogsTest, ADocumentIsNotSavedUnderAnImagesName) {
+TEST_F(WindowDialogsTest, ADocumentIsNotSavedUnderAnImageExtension) {
   typeName(QStringLiteral("photo.png"));
   whenShown<QFileDialog>([](QFileDialog& panel) {
     EXPECT_EQ(nameField(panel).text(), "photo.tessel");

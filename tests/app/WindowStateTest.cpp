@@ -70,7 +70,7 @@ TEST_F(WindowStateTest, AnActiveIDThatMatchesNothingIsNoDocument) {
   EXPECT_EQ(window.activeDocument(), nullptr);
 }
 
-TEST_F(WindowStateTest, OnlyARealChangeOfTheActiveDocumentNotifies) {
+TEST_F(WindowStateTest, AnEqualActiveDocumentDoesNotNotify) {
   addABC();
   int notified = 0;
   const auto notifier = window.activeDocumentID.addNotifier([&] { ++notified; });
@@ -111,7 +111,7 @@ TEST_F(WindowStateTest, AnUntitledDocumentIsLikeTheActiveOne) {
   EXPECT_EQ(made->colorMode.value(), ColorMode::grayscale8);
 }
 
-TEST_F(WindowStateTest, SwitchingBringsTheDocumentToTheFrontOfTheOrder) {
+TEST_F(WindowStateTest, SwitchingMovesTheDocumentToTheFrontOfTheUsageOrder) {
   addABC();
   window.switchToDocument(a->id);
   EXPECT_EQ(activeName(), "A");
@@ -121,7 +121,7 @@ TEST_F(WindowStateTest, SwitchingBringsTheDocumentToTheFrontOfTheOrder) {
   EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
 }
 
-TEST_F(WindowStateTest, SwitchingBringsBackTheDocumentsTool) {
+TEST_F(WindowStateTest, SwitchingRestoresTheDocumentsTool) {
   addABC();
   tools.selectTool(Tool::zoom);
   window.switchToDocument(a->id);
@@ -134,7 +134,7 @@ TEST_F(WindowStateTest, SwitchingBringsBackTheDocumentsTool) {
   EXPECT_EQ(tools.currentTool(), Tool::magicWand);
 }
 
-TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoLastUsed) {
+TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoMostRecent) {
   addABC();
   EXPECT_TRUE(window.cycleNextDocument());
   EXPECT_EQ(activeName(), "B");
@@ -225,7 +225,7 @@ TEST_F(WindowStateTest, OpenDocumentsPostTheirChanges) {
   EXPECT_EQ(steps.count, 3);
 }
 
-TEST_F(WindowStateTest, AClosedDocumentPostsNoMore) {
+TEST_F(WindowStateTest, AClosedDocumentPostsNothing) {
   addABC();
   window.closeDocument(b->id);
   const test::PostCounter activeLayer(notification::activeLayerChanged);
@@ -271,7 +271,7 @@ TEST_F(WindowStateTest, ClosingAnUnknownDocumentDoesNothing) {
   EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
 }
 
-TEST_F(WindowStateTest, AClosedDocumentIsLetGo) {
+TEST_F(WindowStateTest, AClosedDocumentIsReleased) {
   std::weak_ptr<Document> watched = add(QStringLiteral("Only"));
   window.closeDocument(watched.lock()->id);
   EXPECT_TRUE(watched.expired());
@@ -291,9 +291,9 @@ TEST_F(WindowStateTest, OnlyUnsavedDocumentsAreAskedAbout) {
   EXPECT_THAT(names(), ElementsAre("B", "C"));
 }
 
-TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
+TEST_F(WindowStateTest, ADocumentIsCheckedForChangesAfterItsSavesEnd) {
   addABC();
-  // A save that fails gives the mark back.
+  // A failed save leaves the document dirty.
   window.settleSaves = [this](const Document& closing) {
     EXPECT_EQ(closing.id, a->id);
     a->setDirty(true);
@@ -303,7 +303,7 @@ TEST_F(WindowStateTest, ADocumentIsJudgedAfterRunningSavesHaveEnded) {
   EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
 }
 
-TEST_F(WindowStateTest, TheFirstRefusalKeepsAllOpen) {
+TEST_F(WindowStateTest, TheFirstRefusalKeepsAllDocumentsOpen) {
   addABC();
   for (const DocumentPtr& document : {a, b, c}) document->setDirty(true);
   std::vector<std::string> asked;
@@ -360,7 +360,7 @@ TEST_F(WindowStateTest, ClosingTheOthersOfTheActiveOneKeepsItsTemporaryTool) {
   EXPECT_EQ(tools.currentTool(), Tool::zoom);
 }
 
-TEST_F(WindowStateTest, ARefusalKeepsTheOthersOpen) {
+TEST_F(WindowStateTest, ARefusalKeepsTheOtherDocumentsOpen) {
   addABC();
   b->setDirty(true);
   c->setDirty(true);
