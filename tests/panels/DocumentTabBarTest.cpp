@@ -65,7 +65,7 @@ TEST_F(DocumentTabBarTest, ShowsATabForEachDocumentInOrder) {
   EXPECT_GE(bar.newTabButton()->x(), left);
 }
 
-TEST_F(DocumentTabBarTest, KeepsTheTabsOfDocumentsThatStay) {
+TEST_F(DocumentTabBarTest, KeepsTheTabsOfDocumentsThatRemainOpen) {
   showDocuments(3);
   DocumentTab* kept = bar.tabs()[2];
   documents.erase(documents.begin());
@@ -76,7 +76,7 @@ TEST_F(DocumentTabBarTest, KeepsTheTabsOfDocumentsThatStay) {
   EXPECT_FALSE(bar.tabs()[1]->isSelected());
 }
 
-TEST_F(DocumentTabBarTest, AClickAsksForTheDocumentAndChangesNothingItself) {
+TEST_F(DocumentTabBarTest, AClickRequestsTheDocumentAndChangesNothingItself) {
   showDocuments(2);
   bar.tabs()[0]->click();
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("select"), documents[0]->id)));
@@ -86,7 +86,7 @@ TEST_F(DocumentTabBarTest, AClickAsksForTheDocumentAndChangesNothingItself) {
   EXPECT_TRUE(bar.tabs()[1]->isChecked());
 }
 
-TEST_F(DocumentTabBarTest, TheCloseButtonShowsUnderThePointer) {
+TEST_F(DocumentTabBarTest, TheCloseButtonAppearsUnderThePointer) {
   showDocuments(2);
   DocumentTab& tab = *bar.tabs()[1];
   EXPECT_FALSE(tab.closeButton()->isVisible());
@@ -120,7 +120,7 @@ TEST_F(DocumentTabBarTest, ATabFollowsItsDocumentsName) {
   EXPECT_GT(bar.tabs()[1]->x(), before);
 }
 
-TEST_F(DocumentTabBarTest, TheContextMenuOffersTheOthersOnlyWhenThereAreSome) {
+TEST_F(DocumentTabBarTest, TheContextMenuOffersToCloseOthersOnlyIfThereAreAny) {
   showDocuments(1);
   const auto titles = [](const DocumentTab& tab) {
     std::vector<std::string> result;
@@ -153,13 +153,13 @@ TEST_F(DocumentTabBarTest, AChosenContextItemActsOnItsTab) {
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("closeOthers"), documents[0]->id)));
 }
 
-TEST_F(DocumentTabBarTest, TheLastButtonAsksForANewDocument) {
+TEST_F(DocumentTabBarTest, TheLastButtonRequestsANewDocument) {
   showDocuments(1);
   bar.newTabButton()->click();
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("new"), QUuid())));
 }
 
-TEST_F(DocumentTabBarTest, ManyTabsSlideWithTheActiveOneInView) {
+TEST_F(DocumentTabBarTest, ManyTabsScrollToKeepTheActiveOneInView) {
   showDocuments(30);
   const auto isInView = [this](std::size_t index) {
     const DocumentTab& tab = *bar.tabs()[index];

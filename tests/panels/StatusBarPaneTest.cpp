@@ -14,7 +14,7 @@ DocumentPtr makeDocument(int width = 100, int height = 80, ColorMode mode = Colo
   return Document::create(QStringLiteral("Picture"), width, height, mode, MetalContext::shared());
 }
 
-/// A record of a given weight that can lose some of it, as snapshots do when they are compressed.
+/// A record with a given memory cost.
 class WeightedOperation : public UndoableOperation {
  public:
   explicit WeightedOperation(std::int64_t bytes) : bytes_(bytes) {}
@@ -45,7 +45,7 @@ TEST(CursorPositionTextTest, ShowsDashesOutsideTheCanvas) {
   EXPECT_EQ(cursorPositionText(std::nullopt, Document::DragSize{3, 4}), "X: --  Y: --");
 }
 
-TEST(CursorPositionTextTest, ShowsTheSizeOfARunningDrag) {
+TEST(CursorPositionTextTest, ShowsTheSizeDuringADrag) {
   EXPECT_EQ(cursorPositionText(QPointF(12, 7), std::nullopt), "X: 12  Y: 7");
   EXPECT_EQ(cursorPositionText(QPointF(12, 7), Document::DragSize{30, 40}), "X: 12  Y: 7  W: 30  H: 40");
 }
@@ -111,7 +111,7 @@ TEST(StatusBarPaneTest, ShowsWhatTheHistoryHolds) {
   EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 1.5 MB");
 }
 
-TEST(StatusBarPaneTest, LetsGoOfTheDocumentBefore) {
+TEST(StatusBarPaneTest, StopsFollowingThePreviousDocument) {
   const DocumentPtr before = makeDocument();
   const DocumentPtr after = makeDocument(10, 20);
   StatusBarPane pane;
