@@ -1,4 +1,4 @@
-// Bytes for tests of files: noise, repetition, and what zlib, an independent judge, makes of a stream.
+// Test data for files: noise, repetition, and inflation by zlib as an independent reference.
 #pragma once
 
 #include <zlib.h>
@@ -21,7 +21,7 @@ inline Bytes noise(std::size_t size, unsigned seed) {
   return bytes;
 }
 
-/// Bytes of which about half can be foretold.
+/// Bytes that compress to about half their size.
 inline Bytes halfNoise(std::size_t size, unsigned seed) {
   Bytes bytes = noise(size, seed);
   for (std::size_t i = 1; i < size; i += 2) bytes[i] = static_cast<std::byte>(i / 4096);
@@ -33,7 +33,7 @@ inline Bytes bytesOf(std::string_view text) {
   return {first, first + text.size()};
 }
 
-/// Inflates a raw deflate stream of exactly `size` bytes with nothing behind it.
+/// Inflates a raw deflate stream to exactly `size` bytes, with nothing after it.
 inline std::optional<Bytes> inflateWithZlib(std::span<const std::byte> deflated, std::size_t size) {
   z_stream stream{};
   if (inflateInit2(&stream, -15) != Z_OK) return std::nullopt;

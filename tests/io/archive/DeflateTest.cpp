@@ -19,7 +19,7 @@ Bytes joined(const std::vector<Bytes>& chunks) {
   return stream;
 }
 
-/// Gives the stream out in pieces of one size.
+/// Feeds the stream in pieces of a given size.
 InflateStream inPieces(const Bytes& stream, std::size_t pieceSize) {
   return InflateStream([rest = std::span<const std::byte>(stream),
                         pieceSize]() mutable -> Described<std::span<const std::byte>> {
@@ -29,7 +29,7 @@ InflateStream inPieces(const Bytes& stream, std::size_t pieceSize) {
   });
 }
 
-TEST(Deflate, chunksJoinIntoOneStream) {
+TEST(Deflate, chunksFormOneStream) {
   const std::vector<Bytes> chunks{testing::halfNoise(100'000, 1), testing::noise(70'000, 2), Bytes(50'000),
                                   testing::bytesOf("a"), testing::halfNoise(33, 3)};
   Bytes whole;
@@ -43,7 +43,7 @@ TEST(Deflate, emptyChunkAddsNothing) {
   EXPECT_EQ(testing::inflateWithZlib(joined({}), 0), Bytes());
 }
 
-TEST(Deflate, noiseGrowsByLessThanAThousandth) {
+TEST(Deflate, noiseGrowsByLessThanOnePerMille) {
   const Bytes bytes = testing::noise(1'000'000, 4);
   const ByteBuffer deflated = deflateChunk(bytes);
   EXPECT_LE(deflated.size(), bytes.size() + bytes.size() / 1000);
@@ -54,7 +54,7 @@ TEST(Deflate, repetitionShrinks) {
   EXPECT_LT(deflateChunk(Bytes(1'000'000)).size(), 10'000U);
 }
 
-TEST(Crc32, agreesWithZlibAndJoins) {
+TEST(Crc32, agreesWithZlibAndCombines) {
   const Bytes bytes = testing::noise(100'003, 5);
   const auto* raw = reinterpret_cast<const Bytef*>(bytes.data());
   EXPECT_EQ(crc32(bytes), ::crc32(0, raw, static_cast<uInt>(bytes.size())));
@@ -66,7 +66,7 @@ TEST(Crc32, agreesWithZlibAndJoins) {
   }
 }
 
-TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
+TEST(InflateStream, inflatesInPiecesOfAnySize) {
   const Bytes bytes = testing::halfNoise(300'000, 6);
   const Bytes stream = joined({bytes});
   for (const std::size_t inputPiece : {std::size_t{1}, std::size_t{1000}, stream.size()}) {
@@ -83,7 +83,7 @@ TEST(InflateStream, givesTheBytesBackInPiecesOfAnySize) {
   }
 }
 
-TEST(InflateStream, tellsALongerStreamFromAFinishedOne) {
+TEST(InflateStream, isNotAtTheEndBeforeTheLastByte) {
   const Bytes bytes = testing::halfNoise(10'000, 7);
   const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 4096);
@@ -103,7 +103,7 @@ TEST(InflateStream, failsWhenTheStreamEndsTooEarly) {
   }
 }
 
-TEST(InflateStream, failsOnMoreThanTheStreamHolds) {
+TEST(InflateStream, failsWhenAskedForMoreThanTheStreamHolds) {
   const Bytes bytes = testing::halfNoise(20'000, 9);
   const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 512);

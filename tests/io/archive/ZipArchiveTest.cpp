@@ -70,7 +70,7 @@ class ZipArchiveTest : public ::testing::Test {
       entryOf("layers/A.layerdata", ArchiveEntry::Method::deflated, pixels_, 100'000)};
 };
 
-TEST_F(ZipArchiveTest, isReadByTheLibraryThatDidNotCompressIt) {
+TEST_F(ZipArchiveTest, isReadByAnIndependentLibrary) {
   ASSERT_TRUE(write(entries_).has_value());
   EXPECT_EQ(readWithLibrary(path(), "manifest.json"), manifest_);
   EXPECT_EQ(readWithLibrary(path(), "preview.png"), picture_);
@@ -92,7 +92,7 @@ TEST_F(ZipArchiveTest, keepsOrderMethodsAndSizes) {
   EXPECT_LT(reader->entries()[2].storedSize, pixels_.size());
 }
 
-TEST_F(ZipArchiveTest, sizeOfASingleChunkNeedNotBeTold) {
+TEST_F(ZipArchiveTest, theSizeOfASingleChunkMayBeUnknown) {
   std::vector<ArchiveEntry> entries = entries_;
   entries[1].size.reset();
   ASSERT_TRUE(write(entries).has_value());
@@ -122,7 +122,7 @@ TEST_F(ZipArchiveTest, cancelledWritingLeavesNoFile) {
   EXPECT_FALSE(QFile::exists(path()));
 }
 
-TEST_F(ZipArchiveTest, streamsGiveTheBytesBack) {
+TEST_F(ZipArchiveTest, streamsReadBackTheirBytes) {
   ASSERT_TRUE(write(entries_).has_value());
   const auto reader = ZipReader::open(path().toStdString());
   auto stream = reader->stream(*reader->find("layers/A.layerdata"));
@@ -137,7 +137,7 @@ TEST_F(ZipArchiveTest, streamsGiveTheBytesBack) {
   EXPECT_FALSE(reader->find("layers/a.layerdata").has_value());
 }
 
-TEST_F(ZipArchiveTest, finishChecksWhatWasNotRead) {
+TEST_F(ZipArchiveTest, finishVerifiesTheUnreadRest) {
   ASSERT_TRUE(write(entries_).has_value());
   const auto reader = ZipReader::open(path().toStdString());
   for (std::size_t i = 0; i < 3; ++i) {
@@ -146,7 +146,7 @@ TEST_F(ZipArchiveTest, finishChecksWhatWasNotRead) {
   }
 }
 
-TEST_F(ZipArchiveTest, fullDiskAtAnyPlaceFailsAndLeavesNothing) {
+TEST_F(ZipArchiveTest, aDiskThatFillsUpAtAnyPointLeavesNoFile) {
   ASSERT_TRUE(write(entries_).has_value());
   QFile written(path());
   const std::int64_t size = written.size();
@@ -161,7 +161,7 @@ TEST_F(ZipArchiveTest, fullDiskAtAnyPlaceFailsAndLeavesNothing) {
   }
 }
 
-TEST_F(ZipArchiveTest, bytesThatChangedOnTheDiskAreNoticed) {
+TEST_F(ZipArchiveTest, corruptionOnTheDiskIsDetected) {
   // Flips one byte of what reaches the disk.
   class Corrupting final : public FileOperations {
    public:
@@ -194,7 +194,7 @@ Described<ZipReader> open(const Bytes& archive) {
   return ZipReader::openBytes(archive);
 }
 
-/// Whether the archive opens and all its entries are sound.
+/// Whether the archive opens and all its entries are intact.
 bool isSound(const Bytes& archive) {
   const auto reader = open(archive);
   if (!reader) return false;
@@ -219,7 +219,7 @@ ZipFixture honest() {
   return fixture;
 }
 
-TEST(HostileArchive, honestOneIsSound) {
+TEST(HostileArchive, aValidArchiveIsAccepted) {
   EXPECT_TRUE(isSound(honest().make()));
 }
 
@@ -279,7 +279,7 @@ TEST(HostileArchive, twoEntriesOfOneName) {
   EXPECT_FALSE(open(fixture.make()).has_value());
 }
 
-TEST(HostileArchive, namesThatAreNone) {
+TEST(HostileArchive, invalidNames) {
   for (const std::string& name : {std::string(), std::string("\xC3\x28"), std::string("\xED\xA0\x80"),
                                   std::string("\xFF"), std::string(2000, 'a')}) {
     ZipFixture fixture = honest();
@@ -288,7 +288,7 @@ TEST(HostileArchive, namesThatAreNone) {
   }
 }
 
-TEST(HostileArchive, hundredThousandEntries) {
+TEST(HostileArchive, aHundredThousandEntries) {
   ZipFixture fixture;
   for (int i = 0; i < 100'000; ++i) fixture.add(ZipFixture::stored(std::to_string(i), {}));
   const auto reader = open(fixture.make());
@@ -305,7 +305,7 @@ TEST(HostileArchive, encryptedOrUnknownMethod) {
   EXPECT_FALSE(isSound(fixture.make()));
 }
 
-TEST(HostileArchive, anyByteWrong) {
+TEST(HostileArchive, anyCorruptByte) {
   const Bytes whole = honest().make();
   for (std::size_t place = 0; place < whole.size(); ++place) {
     for (const unsigned flip : {0x01U, 0x80U, 0xFFU}) {
@@ -313,7 +313,7 @@ TEST(HostileArchive, anyByteWrong) {
       archive[place] ^= static_cast<std::byte>(flip);
       const auto reader = open(archive);
       if (!reader) continue;
-      // Not every field is one that matters; whatever is changed, an entry is right or can't be read.
+      // Some fields aren't used. Whatever is changed, an entry is right or can't be read.
       for (std::size_t i = 0; i < reader->entries().size(); ++i) {
         const auto read = reader->readAll(i, whole.size() * largestInflation);
         if (!read) continue;

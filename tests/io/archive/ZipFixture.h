@@ -1,4 +1,4 @@
-// Makes ZIP archives by hand, byte for byte, so that tests can also make those no honest writer would.
+// Builds ZIP archives byte by byte, including malformed ones that no library writes.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ class ZipFixture {
     std::uint32_t storedSize = 0;
     std::uint32_t size = 0;
     std::uint16_t flags = 0x800;  ///< names are UTF-8
-    /// Another entry whose bytes this one claims as its own.
+    /// Another entry whose data this entry points to.
     int sharesWith = -1;
   };
 
@@ -111,7 +111,7 @@ class ZipFixture {
   static void text(Bytes& out, std::string_view value) {
     for (const char c : value) out.push_back(static_cast<std::byte>(c));
   }
-  /// What the local header and the directory have in common.
+  /// The fields that the local header and the central directory share.
   static void describe(Bytes& out, const Entry& entry) {
     number(out, 20, 2);
     number(out, entry.flags, 2);

@@ -1,4 +1,4 @@
-// Documents for tests of files, and the comparison of two of them.
+// Documents for file tests, and their comparison.
 #pragma once
 
 #include <QDir>
@@ -10,7 +10,7 @@
 
 namespace orvanel::testing {
 
-/// Pixels of plausible values for the format, some tiles left uniform.
+/// Fills a surface with plausible values for its format; some tiles stay uniform.
 inline void scribble(Surface& surface, unsigned seed) {
   std::mt19937 random(seed);
   const auto step = static_cast<std::size_t>(surface.pixelBytes());
@@ -26,7 +26,7 @@ inline void scribble(Surface& surface, unsigned seed) {
   }
 }
 
-/// A surface of such pixels.
+/// A new surface, filled by `scribble`.
 inline Texture scribbled(PixelFormat format, int width, int height, unsigned seed) {
   const Texture surface = MetalContext::shared().makeTexture(format, width, height);
   scribble(*surface, seed);
@@ -38,7 +38,8 @@ inline std::shared_ptr<LayerMask> scribbledMask(int width, int height, unsigned 
   return std::make_shared<LayerMask>(QUuid::createUuid(), std::make_shared<MaskTexture>(values), isEnabled);
 }
 
-/// Layers, folders in folders, masks on layers with and without pixels, and every property off its default.
+/// Layers, nested folders, masks on layers with and without pixels, and every property at a value other than
+/// its default.
 inline DocumentPtr richDocument(ColorMode mode, int width = 300, int height = 270) {
   const auto pixels = [&](unsigned seed) { return scribbled(layerPixelFormat(mode), width, height, seed); };
   const auto bottom = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Bottom")}, pixels(1));
@@ -75,7 +76,7 @@ inline bool sameMask(const std::shared_ptr<LayerMask>& a, const std::shared_ptr<
                           a->maskTexture->texture->equals(*b->maskTexture->texture));
 }
 
-/// Equal in everything that a file keeps; else the name of the first node that differs.
+/// The name of the first node that differs in anything that a file keeps; empty when there is none.
 inline QString firstDifference(const LayerNodeList& a, const LayerNodeList& b) {
   if (a.size() != b.size()) return QStringLiteral("number of nodes");
   for (std::size_t i = 0; i < a.size(); ++i) {

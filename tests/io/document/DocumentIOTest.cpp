@@ -46,7 +46,7 @@ class DocumentIOTest : public ::testing::Test {
     return reader->entries()[*reader->find(entry)].size;
   }
 
-  /// Lets the event loop run until the condition holds.
+  /// Processes events until the condition holds; false after a minute.
   static bool waitFor(const std::function<bool()>& condition) {
     QElapsedTimer timer;
     timer.start();
@@ -58,7 +58,7 @@ class DocumentIOTest : public ::testing::Test {
   QTemporaryDir directory_;
 };
 
-TEST_F(DocumentIOTest, everythingThatAFileKeepsComesBack) {
+TEST_F(DocumentIOTest, everythingInAFileIsRestored) {
   for (const ColorMode mode : allColorModes) {
     const DocumentPtr document = richDocument(mode);
     ASSERT_TRUE(save(document).has_value());
@@ -68,7 +68,7 @@ TEST_F(DocumentIOTest, everythingThatAFileKeepsComesBack) {
   }
 }
 
-TEST_F(DocumentIOTest, loadedDocumentStartsAfresh) {
+TEST_F(DocumentIOTest, loadedDocumentHasANewIdentityAndNoHistory) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   ASSERT_TRUE(save(document).has_value());
   const DocumentPtr loaded = *load();
@@ -82,7 +82,7 @@ TEST_F(DocumentIOTest, loadedDocumentStartsAfresh) {
   EXPECT_FALSE(layer->isMaskSelected.value());
 }
 
-TEST_F(DocumentIOTest, entriesStandInTreeOrder) {
+TEST_F(DocumentIOTest, entriesAreInTreeOrder) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   ASSERT_TRUE(save(document).has_value());
   const LayerNodeList& roots = document->rootNodes.value();
@@ -97,13 +97,13 @@ TEST_F(DocumentIOTest, entriesStandInTreeOrder) {
   EXPECT_EQ(sizeOf(masked + ".mask.layerdata"), 24U + 300U * 270U * 2U);
 }
 
-TEST_F(DocumentIOTest, greyLayersTakeTwoBytesAPixel) {
+TEST_F(DocumentIOTest, greyLayersTakeTwoBytesPerPixel) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8, 3, 2);
   ASSERT_TRUE(save(document).has_value());
   EXPECT_EQ(sizeOf(entryPaths()[2]), 24U + 12U);
 }
 
-TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
+TEST_F(DocumentIOTest, previewShowsTheComposite) {
   const DocumentPtr document =
       Document::create(QStringLiteral("Blue"), 300, 1200, ColorMode::rgb8, MetalContext::shared());
   document->fillSelection({32 / 255.0F, 64 / 255.0F, 128 / 255.0F, 1.0F});
@@ -146,7 +146,7 @@ TEST_F(DocumentIOTest, uniformLayersStayUniform) {
   EXPECT_EQ(firstDifference(*document, *loaded), QString());
 }
 
-TEST_F(DocumentIOTest, valuesThatAreNoNumbersKeepTheirBytes) {
+TEST_F(DocumentIOTest, notANumberAndInfinityKeepTheirBytes) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   Surface& pixels = test::writable(document->rootNodes.value()[0].layer()->texture.value());
   const std::array<std::uint16_t, 4> odd{0x7E00, 0x7C00, 0xFC00, 0x4000};
@@ -159,8 +159,8 @@ TEST_F(DocumentIOTest, valuesThatAreNoNumbersKeepTheirBytes) {
   EXPECT_FALSE(read.tile(1).has(TileTrait::irregular));
 }
 
-TEST_F(DocumentIOTest, valueOfAMaskBeyondZeroToOneIsNoticedAnywhere) {
-  // Nine halves: whoever looks at several at a time has one left over.
+TEST_F(DocumentIOTest, maskValuesOutsideZeroToOneAreDetectedAnywhere) {
+  // Nine halves: vector code has a remainder of one.
   const DocumentPtr document = richDocument(ColorMode::rgb16, 3, 3);
   const std::shared_ptr<LayerMask> mask = testing::scribbledMask(3, 3, 1);
   test::put(document->rootNodes.value()[0].layer()->mask, mask);
@@ -191,7 +191,7 @@ TEST_F(DocumentIOTest, savesOverAnOlderFile) {
   EXPECT_EQ(testing::filesIn(directory_.path()), QStringList{QStringLiteral("image.tessel")});
 }
 
-TEST_F(DocumentIOTest, fullDiskAtAnyPlaceLeavesTheOldFile) {
+TEST_F(DocumentIOTest, aDiskThatFillsUpAtAnyPointLeavesTheOldFile) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8);
   ASSERT_TRUE(save(document).has_value());
   const QByteArray old = testing::contentsOf(path());
@@ -219,7 +219,7 @@ TEST_F(DocumentIOTest, readOnlyDirectoryLeavesTheOldFile) {
   EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(disk.created)));
 }
 
-TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
+TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsOfTheCall) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   ASSERT_TRUE(save(document).has_value());
   const DocumentPtr before = *load();
@@ -236,7 +236,7 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
       [&](double done) { progress.push_back(done); });
   EXPECT_TRUE(DocumentIO::isSaving());
   EXPECT_EQ(finished, 0);
-  // Edits after the call go to the document, not to the file.
+  // Edits after the call change the document, not the file.
   document->selectNode(document->rootNodes.value()[0].id());
   document->clearActive();
   document->setName(QStringLiteral("Later"));
@@ -267,7 +267,7 @@ TEST_F(DocumentIOTest, cancelledSaveLeavesTheOldFileAndNothingElse) {
   EXPECT_FALSE(DocumentIO::isSaving());
 }
 
-TEST_F(DocumentIOTest, cancelledLoadHandsOutNoDocument) {
+TEST_F(DocumentIOTest, cancelledLoadDeliversNoDocument) {
   ASSERT_TRUE(save(richDocument(ColorMode::rgb8)).has_value());
   const auto cancellation = std::make_shared<Cancellation>();
   QObject receiver;
@@ -301,7 +301,7 @@ TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
   EXPECT_LE(told, static_cast<int>(built->requests.size()));
 }
 
-TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {
+TEST_F(DocumentIOTest, secondSimultaneousSaveWritesNothingAndSucceeds) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   const DocumentPtr other = richDocument(ColorMode::grayscale8);
   QObject receiver;
@@ -317,7 +317,7 @@ TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {
   EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("other.tessel"))));
 }
 
-TEST_F(DocumentIOTest, synchronousSaveDoesNotMindABackgroundOne) {
+TEST_F(DocumentIOTest, synchronousSaveRunsBesideABackgroundSave) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   QObject receiver;
   bool finished = false;
@@ -330,7 +330,7 @@ TEST_F(DocumentIOTest, synchronousSaveDoesNotMindABackgroundOne) {
   ASSERT_TRUE(waitFor([&] { return finished; }));
 }
 
-TEST_F(DocumentIOTest, failedBackgroundSaveSaysSoOnce) {
+TEST_F(DocumentIOTest, failedBackgroundSaveIsReportedOnce) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   QObject receiver;
   int failures = 0;
@@ -344,7 +344,7 @@ TEST_F(DocumentIOTest, failedBackgroundSaveSaysSoOnce) {
   EXPECT_FALSE(DocumentIO::isSaving());
 }
 
-TEST_F(DocumentIOTest, nobodyIsCalledWhoHasGone) {
+TEST_F(DocumentIOTest, deletedReceiversAreNotCalled) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   auto receiver = std::make_unique<QObject>();
   bool called = false;
@@ -374,7 +374,7 @@ TEST_F(DocumentIOTest, loadsInTheBackground) {
   EXPECT_FALSE(progress.empty());
 }
 
-TEST_F(DocumentIOTest, failedLoadSaysSoOnce) {
+TEST_F(DocumentIOTest, failedLoadIsReportedOnce) {
   QObject receiver;
   int failures = 0;
   DocumentIO::load(path(QStringLiteral("missing.tessel")), MetalContext::shared(), &receiver,
@@ -387,7 +387,7 @@ TEST_F(DocumentIOTest, failedLoadSaysSoOnce) {
   ASSERT_TRUE(waitFor([&] { return failures == 1; }));
 }
 
-TEST(DocumentPath, isToldByExtensionOrDirectory) {
+TEST(DocumentPath, isRecognisedByExtensionOrDirectory) {
   const QTemporaryDir directory;
   EXPECT_TRUE(DocumentIO::isDocumentPath(QStringLiteral("a.tessel")));
   EXPECT_TRUE(DocumentIO::isDocumentPath(QStringLiteral("a.TESSEL")));

@@ -1,4 +1,4 @@
-// A process that saves two versions of a document in turn until somebody kills it.
+// A process that saves two versions of a document in turn until it is killed.
 #pragma once
 
 #include <QString>

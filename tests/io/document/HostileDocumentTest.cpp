@@ -65,7 +65,7 @@ std::string failureOf(const ZipFixture& archive) {
   return result.has_value() ? std::string() : result.error().toStdString();
 }
 
-TEST(DocumentReader, readsAFileMadeByAnotherHand) {
+TEST(DocumentReader, readsAFileOfAnotherWriter) {
   const auto document = load(fixture(manifest(layerNode())));
   ASSERT_TRUE(document.has_value()) << document.error().toStdString();
   const auto layer = (*document)->rootNodes.value()[0].layer();
@@ -82,7 +82,7 @@ TEST(DocumentReader, orderOfEntriesDoesNotMatter) {
   EXPECT_EQ(failureOf(archive), "");
 }
 
-TEST(DocumentReader, unknownNumbersFallBack) {
+TEST(DocumentReader, unknownEnumeratorsFallBackToDefaults) {
   const std::string node =
       R"({"blendMode":99,"id":"11111111-2222-3333-4444-55555555AAAA","isLocked":false,"isVisible":true,"name":"L",)"
       R"("opacity":1,"type":"layer"})";
@@ -95,7 +95,7 @@ TEST(DocumentReader, unknownNumbersFallBack) {
   EXPECT_EQ((*document)->rootNodes.value()[0].blendMode().value(), BlendMode::normal);
 }
 
-TEST(DocumentReader, nodesOfNoKnownKindAreLeftOutWithTheirChildren) {
+TEST(DocumentReader, nodesOfUnknownTypesAreSkippedWithTheirChildren) {
   const std::string inner = layerNode("22222222-2222-3333-4444-55555555AAAA");
   const auto folder = [&](const std::string& id, const std::string& type) {
     return R"({"blendMode":0,"id":")" + id +
@@ -115,7 +115,7 @@ TEST(DocumentReader, nodesOfNoKnownKindAreLeftOutWithTheirChildren) {
   EXPECT_EQ(found->children.value().size(), 1U);
 }
 
-TEST(DocumentReader, theIdOfNothingButZerosIsAnIdLikeAnyOther) {
+TEST(DocumentReader, theAllZeroIdIsValid) {
   const std::string zeros = "00000000-0000-0000-0000-000000000000";
   const std::string folder = R"({"blendMode":0,"id":")" + zeros +
                              R"(","isLocked":false,"isVisible":true,"name":"F","opacity":1,"type":"folder",)"
@@ -172,7 +172,7 @@ TEST(DocumentReader, maskWithoutAUuidIsDropped) {
   EXPECT_EQ((*document)->rootNodes.value()[0].layer()->mask.value(), nullptr);
 }
 
-TEST(DocumentReader, selectionIsKeptAsItStands) {
+TEST(DocumentReader, selectedNodeIDIsKeptEvenWithoutSuchANode) {
   const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
   const std::string strange = "99999999-2222-3333-4444-55555555AAAA";
   auto document = load(fixture(manifest(layerNode(), canvas, 2, R"(,"selectedNodeID":")" + strange + "\"")));
@@ -182,7 +182,7 @@ TEST(DocumentReader, selectionIsKeptAsItStands) {
   EXPECT_FALSE((*document)->selectedNodeID.value().has_value());
 }
 
-TEST(DocumentReader, colorsThatAreNoneKeepTheDefault) {
+TEST(DocumentReader, invalidColorsFallBackToTheDefaults) {
   const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
   const auto foreground = [&](const std::string& text) {
     const auto document =
@@ -264,7 +264,7 @@ TEST(HostileDocument, truncatedAnywhere) {
   }
 }
 
-TEST(HostileDocument, opacityThatIsNoNumber) {
+TEST(HostileDocument, opacityThatIsNotANumber) {
   for (const char* opacity : {"NaN", "nan", "Infinity", "1e999", "\"1\"", "null"}) {
     std::string node = layerNode();
     node.replace(node.find("\"opacity\":1"), 11, std::string("\"opacity\":") + opacity);
@@ -278,7 +278,7 @@ TEST(HostileDocument, opacityBeyondItsRangeIsClamped) {
   EXPECT_EQ((*load(fixture(manifest(node))))->rootNodes.value()[0].opacity().value(), 1.0F);
 }
 
-TEST(HostileDocument, nestingWithoutEnd) {
+TEST(HostileDocument, endlessNesting) {
   std::string nodes;
   for (int i = 0; i < 100'000; ++i) {
     nodes +=
@@ -292,7 +292,7 @@ TEST(HostileDocument, nestingWithoutEnd) {
             "");
 }
 
-TEST(HostileDocument, aDeepHonestTreeComesBack) {
+TEST(HostileDocument, aDeepValidTreeIsRestored) {
   auto folder = std::make_shared<LayerFolder>(QStringLiteral("Core"));
   for (int i = 1; i < 1000; ++i) {
     folder = std::make_shared<LayerFolder>(NodeValues{.name = QStringLiteral("F")}, LayerNodeList{folder});
@@ -338,7 +338,7 @@ TEST(HostileDocument, manyIsolatingFoldersOnAHugeCanvasAreRefusedBeforeTheyAreMa
   EXPECT_NE(failureOf(fixture(manifest(nodes, R"("canvasWidth":16384,"canvasHeight":16384)"))), "");
 }
 
-TEST(HostileDocument, nestedFoldersMayNotMultiplyPixelsBeyondMemory) {
+TEST(HostileDocument, nestedFoldersMayNotExceedMemory) {
   std::string nodes = layerNode();
   for (int i = 0; i < 100; ++i) nodes = isolatingFolder(i, nodes);
   EXPECT_EQ(failureOf(fixture(manifest(nodes))), "");
@@ -347,7 +347,7 @@ TEST(HostileDocument, nestedFoldersMayNotMultiplyPixelsBeyondMemory) {
   EXPECT_EQ(failureOf(fixture(manifest(nodes))), "The document needs more memory than there is.");
 }
 
-TEST(HostileDocument, pixelsThatMemoryCanNotHoldAreRefused) {
+TEST(HostileDocument, pixelsThatExceedMemoryAreRefused) {
   const LayerdataHeader header = LayerdataHeader::of(PixelFormat::rgba8Unorm, 300, 300);
   const std::string text = manifest(layerNode(), R"("canvasWidth":300,"canvasHeight":300)");
   const ZipFixture archive = fixture(text, layerdata(header, 300 * 300 * 4));
@@ -356,14 +356,14 @@ TEST(HostileDocument, pixelsThatMemoryCanNotHoldAreRefused) {
   EXPECT_EQ(failureOf(archive), "The document needs more memory than there is.");
 }
 
-TEST(HostileDocument, entriesNobodyAskedForMayNotInflateWithoutEnd) {
+TEST(HostileDocument, unreferencedEntriesMayNotInflateWithoutLimit) {
   ZipFixture archive = fixture(manifest(layerNode()));
   archive.add(ZipFixture::deflated("layers/stray.layerdata", Bytes(70'000'000)));
   EXPECT_EQ(failureOf(archive), "The archive holds more than its document can need.");
 }
 
 TEST(HostileDocument, bombOfZerosInflatesOnlyAsFarAsTheHeaderAllows) {
-  // A thousand to one: 60 MB that claim to be a layer of 3 x 2.
+  // 60 MB, compressed a thousand to one, that claim to be a layer of 3 x 2.
   const Bytes zeros(60'000'000);
   const auto start = smallHeader.encoded();
   Bytes bomb(start.begin(), start.end());
@@ -374,13 +374,13 @@ TEST(HostileDocument, bombOfZerosInflatesOnlyAsFarAsTheHeaderAllows) {
   EXPECT_NE(failureOf(fixture(text)), "");
 }
 
-TEST(HostileDocument, anyByteOfAnArchiveWrong) {
+TEST(HostileDocument, anyCorruptByteOfAnArchive) {
   const Bytes whole = fixture(manifest(layerNode())).make();
   for (std::size_t place = 0; place < whole.size(); ++place) {
     for (const unsigned flip : {0x01U, 0x40U, 0xFFU}) {
       Bytes archive = whole;
       archive[place] ^= static_cast<std::byte>(flip);
-      // Some fields don't matter; whatever is changed, the pixels are right or there is no document.
+      // Some fields aren't used. Whatever is changed, the pixels are right or loading fails.
       const auto document = load(archive);
       if (!document || (*document)->rootNodes.value().empty()) continue;
       const auto layer = (*document)->rootNodes.value()[0].layer();

@@ -16,7 +16,7 @@ QString readString(std::string_view text) {
   return json.hasFailed() ? QStringLiteral("failed") : value;
 }
 
-/// Whether one value of any kind is all there is.
+/// Whether the text is exactly one JSON value.
 bool isSound(std::string_view text) {
   JsonReader json(text);
   json.skip();
@@ -24,7 +24,7 @@ bool isSound(std::string_view text) {
   return !json.hasFailed();
 }
 
-TEST(JsonReader, readsTexts) {
+TEST(JsonReader, readsStrings) {
   EXPECT_EQ(readString(R"("plain")"), QStringLiteral("plain"));
   EXPECT_EQ(readString(R"(  ""  )"), QString());
   EXPECT_EQ(readString(R"("\"\\\/\b\f\n\r\t")"), QStringLiteral("\"\\/\b\f\n\r\t"));
@@ -32,7 +32,7 @@ TEST(JsonReader, readsTexts) {
   EXPECT_EQ(readString("\"é🎨\""), QString::fromUtf8("é🎨"));
 }
 
-TEST(JsonReader, refusesTextsThatAreNone) {
+TEST(JsonReader, refusesInvalidStrings) {
   for (const char* text :
        {R"("open)", R"("\x")", R"("\u12")", R"("\u12g4")", R"("\ud83c")", R"("\ud83c\u0041")", R"("\udfa8")",
         "\"line\nbreak\"", "\"\xC3\x28\"", "\"\xED\xA0\x80\"", "plain", ""}) {
@@ -93,7 +93,7 @@ TEST(JsonReader, walksObjectsAndArrays) {
   EXPECT_TRUE(flag);
 }
 
-TEST(JsonReader, skipsWhateverIsSound) {
+TEST(JsonReader, skipsAnyValidValue) {
   for (const char* text : {"null", "[]", "{}", "[[],{}]", R"({"a":{"b":[1,"x",{"c":null}]},"d":[]})",
                            "[1,[2,[3]]]", R"([{"a":1},{"b":[true,false]}])", " [ ] "}) {
     EXPECT_TRUE(isSound(text)) << text;
@@ -110,7 +110,7 @@ TEST(JsonReader, skipsValuesOfAnyDepth) {
   EXPECT_FALSE(isSound(std::string(depth, '[') + std::string(depth - 1, ']')));
 }
 
-TEST(JsonReader, staysQuietAfterAFailure) {
+TEST(JsonReader, readsNothingAfterAFailure) {
   JsonReader json("[1, oops, 2]");
   int elements = 0;
   json.array([&] {

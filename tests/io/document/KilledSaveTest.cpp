@@ -30,7 +30,7 @@ bool holdsVersion(const Document& document, int version) {
   return true;
 }
 
-/// Waits until the saver has told of one more save; how long that took, or nothing if it never did.
+/// Waits until the saver reports another save; the time that took, or nothing if it never did.
 std::optional<std::chrono::microseconds> awaitSave(QProcess& saver) {
   const auto start = std::chrono::steady_clock::now();
   char saved = 0;
@@ -52,8 +52,8 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
     QProcess saver;
     saver.start(QCoreApplication::applicationFilePath(),
                 {QString::fromLatin1(testing::saveForeverArgument), path});
-    // The first save warms up, the second tells how long one takes; the kill falls somewhere in a later one,
-    // however busy the machine is.
+    // The first save is a warm-up and the second is timed, so that the kill falls within a later save however
+    // busy the machine is.
     ASSERT_TRUE(awaitSave(saver).has_value());
     const auto duration = awaitSave(saver);
     ASSERT_TRUE(duration.has_value());
@@ -68,7 +68,7 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
     const bool isFirst = holdsVersion(**loaded, 0);
     EXPECT_TRUE(isFirst || holdsVersion(**loaded, 1)) << "round " << round;
     ++found[isFirst ? 0 : 1];
-    // A killed process can't tidy up behind itself.
+    // A killed process can't remove its temporary file.
     for (const QString& left : testing::filesIn(directory.path())) {
       if (left.startsWith(QStringLiteral("dunmarrow_save_"))) QFile::remove(directory.filePath(left));
     }

@@ -11,7 +11,7 @@ std::vector<int> valuesOf(std::span<const std::byte> bytes) {
   return values;
 }
 
-TEST(LayerdataHeader, standsByteForByte) {
+TEST(LayerdataHeader, hasAFixedByteLayout) {
   const LayerdataHeader header = LayerdataHeader::of(PixelFormat::rg8Unorm, 3, 2);
   EXPECT_EQ(valuesOf(header.encoded()), (std::vector<int>{'V', 'K', 'R', 'M', 1, 0, 0, 0, 3, 0, 0, 0,
                                                           2,   0,   0,   0,   6, 0, 0, 0, 0, 0, 0, 0}));
@@ -38,14 +38,14 @@ TEST(LayerdataHeader, codesAreFixed) {
   EXPECT_EQ(layerdataCode(PixelFormat::r16Float), 4);
 }
 
-TEST(LayerdataHeader, unknownFormatsAndCodesAreHalfFloats) {
+TEST(LayerdataHeader, unknownFormatsAndCodesFallBackToHalfFloats) {
   EXPECT_EQ(layerdataCode(PixelFormat::bgra8Unorm), 3);
   EXPECT_EQ(layerdataFormat(5), PixelFormat::rgba16Float);
   EXPECT_EQ(layerdataFormat(65535), PixelFormat::rgba16Float);
   EXPECT_EQ(LayerdataHeader::of(PixelFormat::bgra8Unorm, 10, 1).bytesPerRow, 80U);
 }
 
-TEST(LayerdataHeader, needsTheWholeHeaderAndItsMagic) {
+TEST(LayerdataHeader, requiresAWholeHeaderAndItsMagic) {
   const auto bytes = LayerdataHeader::of(PixelFormat::rgba8Unorm, 5, 5).encoded();
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     EXPECT_FALSE(LayerdataHeader::decode(std::span(bytes).first(length)).has_value());
@@ -57,7 +57,7 @@ TEST(LayerdataHeader, needsTheWholeHeaderAndItsMagic) {
   }
 }
 
-TEST(LayerdataHeader, versionRowBytesAndFlagsAreNotJudged) {
+TEST(LayerdataHeader, versionRowBytesAndFlagsAreIgnored) {
   LayerdataHeader header = LayerdataHeader::of(PixelFormat::rgba8Unorm, 5, 5);
   header.headerVersion = 77;
   header.bytesPerRow = 1;

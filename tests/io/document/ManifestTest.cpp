@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// A manifest with one layer, in which a test changes a word.
+/// A manifest with one layer, in which a test replaces one piece of text.
 std::string manifestText(std::string_view from = "", std::string_view to = "") {
   std::string text = R"({
   "document" : {"backgroundColor" : "FFFFFF", "canvasHeight" : 20, "canvasWidth" : 30, "colorMode" : 2,
@@ -71,7 +71,7 @@ TEST(Manifest, unknownKeysAreIgnored) {
   EXPECT_EQ(failureOf(manifestText("\"type\" : \"layer\"", R"("type" : "layer", "later" : {"id" : 7})")), "");
 }
 
-TEST(Manifest, everyRequiredKeyIsMissed) {
+TEST(Manifest, missingRequiredKeysAreRefused) {
   for (const char* key : {"canvasHeight", "canvasWidth", "colorMode", "name", "formatVersion", "generator",
                           "metadata", "createdAt", "modifiedAt", "nodes", "document", "blendMode", "isLocked",
                           "isVisible", "opacity", "type", "isEnabled"}) {
@@ -90,7 +90,7 @@ TEST(Manifest, optionalKeysMayBeMissingOrNull) {
   EXPECT_FALSE(manifest->document.foregroundColor.has_value());
 }
 
-TEST(Manifest, valuesOfAnotherTypeAreRefused) {
+TEST(Manifest, valuesOfTheWrongTypeAreRefused) {
   EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : \"30\"")), "");
   EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : 30.5")), "");
   EXPECT_NE(failureOf(manifestText("\"canvasWidth\" : 30", "\"canvasWidth\" : 1e300")), "");
@@ -103,7 +103,7 @@ TEST(Manifest, valuesOfAnotherTypeAreRefused) {
   EXPECT_NE(failureOf(manifestText("\"mask\" : {", "\"mask\" : [{")), "");
 }
 
-TEST(Manifest, anotherVersionIsRefusedBeforeAnythingElseIsLookedAt) {
+TEST(Manifest, anUnknownVersionIsRefusedBeforeAnythingElseIsRead) {
   for (const char* version : {"2", "4", "0", "-3"}) {
     const std::string text = std::string(R"({"formatVersion" : )") + version + R"(, "nodes" : "not nodes"})";
     EXPECT_TRUE(QString::fromStdString(failureOf(text)).contains(QStringLiteral("format version")))
@@ -113,7 +113,7 @@ TEST(Manifest, anotherVersionIsRefusedBeforeAnythingElseIsLookedAt) {
       QString::fromStdString(failureOf(R"({"formatVersion" : 3})")).contains(QStringLiteral("version")));
 }
 
-TEST(Manifest, textThatIsNoJsonIsRefused) {
+TEST(Manifest, invalidJsonIsRefused) {
   const std::string whole = manifestText();
   for (std::size_t length = 0; length < whole.size(); ++length) {
     EXPECT_NE(failureOf(whole.substr(0, length)), "") << length;
@@ -146,13 +146,13 @@ TEST(Manifest, foldersNestToAnyDepth) {
   EXPECT_EQ(again->nodes.back().depth, depth - 1);
 }
 
-TEST(Manifest, foldersThatDoNotEndAreRefused) {
+TEST(Manifest, unterminatedFoldersAreRefused) {
   const std::string whole = nestedFolders(1000);
   EXPECT_NE(failureOf(whole.substr(0, whole.size() / 2)), "");
   EXPECT_NE(failureOf(whole.substr(0, whole.size() - 3) + "}"), "");
 }
 
-TEST(Manifest, aNodeHasOneListOfChildren) {
+TEST(Manifest, aNodeHasOnlyOneListOfChildren) {
   EXPECT_NE(failureOf(manifestText("\"type\" : \"layer\"",
                                    R"("children" : [], "type" : "folder", "children" : [])")),
             "");
@@ -220,7 +220,7 @@ TEST(Manifest, writesSortedKeysAndNoNulls) {
   EXPECT_FALSE(text.contains("selectedNodeID"));
   EXPECT_TRUE(text.contains("\"children\" : []"));
   EXPECT_TRUE(text.contains("\"opacity\" : 0.3,"));
-  // Another JSON reader agrees, and another writer that sorts its keys has them in the same order.
+  // Qt's JSON reader accepts it, and Qt's writer, which sorts keys, writes them in the same order.
   QJsonParseError error;
   const QJsonDocument parsed = QJsonDocument::fromJson(text, &error);
   ASSERT_EQ(error.error, QJsonParseError::NoError);
@@ -244,12 +244,12 @@ TEST(Manifest, readsWhatItWrote) {
   EXPECT_EQ(encodeManifest(*decoded), text);
 }
 
-TEST(Manifest, emptyTreeGivesAnEmptyArray) {
+TEST(Manifest, anEmptyTreeIsWrittenAsAnEmptyArray) {
   const DocumentPtr document = Document::create({.name = QStringLiteral("Empty")}, MetalContext::shared());
   EXPECT_TRUE(encodeManifest(*describeDocument(*document)).contains("\"nodes\" : []"));
 }
 
-TEST(Manifest, whatCannotBeReadIsNotWritten) {
+TEST(Manifest, valuesThatTheReaderRefusesAreNotWritten) {
   const DocumentPtr document = smallDocument(std::numeric_limits<float>::quiet_NaN());
   EXPECT_FALSE(describeDocument(*document).has_value());
 }

@@ -46,7 +46,7 @@ class AtomicFileTest : public ::testing::Test {
   QTemporaryDir directory_;
 };
 
-TEST_F(AtomicFileTest, makesAFile) {
+TEST_F(AtomicFileTest, createsAFile) {
   ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
   EXPECT_EQ(contents(path()), "new");
   EXPECT_EQ(files(), QStringList{QStringLiteral("picture.png")});
@@ -60,7 +60,7 @@ TEST_F(AtomicFileTest, replacesAFileAndKeepsItsPermissions) {
   EXPECT_EQ(permissions(path()), 0640U);
 }
 
-TEST_F(AtomicFileTest, letsGoOfTheReplacedFileInTheBackground) {
+TEST_F(AtomicFileTest, closesTheReplacedFileInTheBackground) {
   put(path(), "old");
   waitForBackgroundWork();
   const auto openFiles = [] {
@@ -72,7 +72,7 @@ TEST_F(AtomicFileTest, letsGoOfTheReplacedFileInTheBackground) {
   EXPECT_EQ(openFiles(), before);
 }
 
-TEST_F(AtomicFileTest, newFileHasTheOrdinaryPermissions) {
+TEST_F(AtomicFileTest, newFileHasTheDefaultPermissions) {
   const mode_t mask = ::umask(0027);
   ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
   ::umask(mask);
@@ -101,7 +101,7 @@ TEST_F(AtomicFileTest, writesUnderATemporaryNameBesideTheDestination) {
       << names.front().toStdString();
 }
 
-TEST_F(AtomicFileTest, isGoneWhenItIsNotCommitted) {
+TEST_F(AtomicFileTest, isRemovedUnlessCommitted) {
   put(path(), "old");
   {
     const auto file = AtomicFile::create(path());
@@ -111,12 +111,12 @@ TEST_F(AtomicFileTest, isGoneWhenItIsNotCommitted) {
   EXPECT_EQ(files().size(), 1);
 }
 
-TEST_F(AtomicFileTest, takesLateWritesAtEarlierPlaces) {
+TEST_F(AtomicFileTest, allowsLaterWritesAtEarlierPositions) {
   const Bytes body = testing::noise(9'000'000, 1);
   const auto file = AtomicFile::create(path());
   ASSERT_TRUE((*file)->write(bytesOf("head????")).has_value());
   ASSERT_TRUE((*file)->write(body).has_value());
-  // Part of this lies on the disk already, part of it in the buffer.
+  // Part of this is on the disk already, the rest is still buffered.
   for (const std::int64_t place : {4, 4'194'300, 8'999'000}) {
     (*file)->seek(place);
     ASSERT_TRUE((*file)->write(bytesOf("sizesize")).has_value());
@@ -166,12 +166,12 @@ TEST_F(AtomicFileTest, leavesTheOldFileWhenTheCheckFails) {
   EXPECT_EQ(contents(path()), "old");
 }
 
-TEST_F(AtomicFileTest, noticesAFileThatWasCutShortOnTheDisk) {
+TEST_F(AtomicFileTest, detectsAFileThatWasTruncatedOnTheDisk) {
   put(path(), "old");
   const auto file = AtomicFile::create(path());
   ASSERT_TRUE((*file)->write(testing::noise(5'000'000, 3)).has_value());
   (*file)->seek(0);
-  // What another program does to the file while it is being written.
+  // Another program truncates the file while it is being written.
   class Truncating final : public FileOperations {
     int sync(int handle) override { return ::ftruncate(handle, 100); }
   } disk;
@@ -180,7 +180,7 @@ TEST_F(AtomicFileTest, noticesAFileThatWasCutShortOnTheDisk) {
   EXPECT_EQ(contents(path()), "old");
 }
 
-TEST_F(AtomicFileTest, goesElsewhereOnlyWhereTheDirectoryTakesNoFile) {
+TEST_F(AtomicFileTest, usesTheTemporaryDirectoryOnlyIfTheDestinationsIsReadOnly) {
   put(path(), "old");
   testing::ReadOnlyDirectory disk(QFileInfo(directory_.path()).canonicalFilePath().toStdString());
   const ScopedFileOperations scope(disk);

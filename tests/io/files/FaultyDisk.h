@@ -1,4 +1,4 @@
-// Disks that fail in told ways, for tests of writing.
+// File operations that fail in given ways, for tests of writing.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace orvanel::testing {
 
-/// Takes `capacity` bytes and is full from then on; the last write before that is a short one.
+/// Accepts `capacity` bytes; the write that exceeds them is short, and later ones fail.
 class FullDisk final : public FileOperations {
  public:
   explicit FullDisk(std::int64_t capacity) : room_(capacity) {}
@@ -29,7 +29,7 @@ class FullDisk final : public FileOperations {
   std::int64_t room_;
 };
 
-/// A directory that takes no new file.
+/// A directory in which no file can be created.
 class ReadOnlyDirectory final : public FileOperations {
  public:
   explicit ReadOnlyDirectory(std::string directory) : prefix_(std::move(directory) + "/") {}
@@ -50,14 +50,14 @@ class ReadOnlyDirectory final : public FileOperations {
     return FileOperations::renameFile(from, to);
   }
 
-  /// What was made elsewhere.
+  /// The file that was created elsewhere.
   std::string created;
 
  private:
   std::string prefix_;
 };
 
-/// Fails at one step after the writing.
+/// Fails at one step after writing.
 class FailingStep final : public FileOperations {
  public:
   enum class Step { sync, rename };

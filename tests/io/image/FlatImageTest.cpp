@@ -68,7 +68,7 @@ TEST_F(FlatImages, TheModeFollowsColorSpaceAndDepth) {
   EXPECT_EQ(colorMode({true, 16, 32}), ColorMode::grayscale16);
   EXPECT_EQ(colorMode({false, 8, 32}), ColorMode::rgb8);
   EXPECT_EQ(colorMode({false, 16, 64}), ColorMode::rgb16);
-  // Colour counts as grey by its pixel size alone.
+  // Whether an image is grey depends on its pixel size alone.
   EXPECT_EQ(colorMode({false, 8, 8}), ColorMode::grayscale8);
   EXPECT_EQ(colorMode({false, 5, 16}), ColorMode::grayscale8);
 }
@@ -147,7 +147,7 @@ TEST_F(FlatImages, AnEmbeddedProfileIsConvertedToSrgb) {
   EXPECT_NE(got & 0xFFU, 100U);
 }
 
-TEST_F(FlatImages, GreyIsGreyHoweverTheReaderSpreadsIt) {
+TEST_F(FlatImages, GreyStaysGreyWhenTheDecoderExpandsItToColor) {
   QImage grey(20, 10, QImage::Format_Grayscale8);
   grey.fill(90);
   EXPECT_EQ(opened(saved(grey, QStringLiteral("grey.tiff"), "tiff"))->colorMode.value(),
@@ -158,7 +158,7 @@ TEST_F(FlatImages, GreyIsGreyHoweverTheReaderSpreadsIt) {
   EXPECT_EQ(opened(saved(colour, QStringLiteral("colour.tiff"), "tiff"))->colorMode.value(), ColorMode::rgb8);
 }
 
-TEST_F(FlatImages, AHeaderOfGreyWithAlphaOrOfAnyDamageIsReadWithinItsBounds) {
+TEST_F(FlatImages, GreyWithAlphaIsReadFromTheHeaderAndDamagedHeadersAreReadWithinBounds) {
   QByteArray greyAlpha("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x01\0\0\0\x01\x10\x04", 26);
   ASSERT_TRUE(traitsOfPng(greyAlpha).has_value());
   EXPECT_TRUE(traitsOfPng(greyAlpha)->isMonochrome);
@@ -174,7 +174,7 @@ TEST_F(FlatImages, AHeaderOfGreyWithAlphaOrOfAnyDamageIsReadWithinItsBounds) {
   }
 }
 
-TEST_F(FlatImages, AProfileCountsEvenWhereAllPixelsOfAColourImageAreGrey) {
+TEST_F(FlatImages, AProfileAppliesToAColourImageWhosePixelsAreAllGrey) {
   QImage image(8, 8, QImage::Format_RGB32);
   image.fill(qRgb(100, 100, 100));
   image.setColorSpace(QColorSpace(QColorSpace::Primaries::SRgb, 1.0F));
@@ -182,7 +182,7 @@ TEST_F(FlatImages, AProfileCountsEvenWhereAllPixelsOfAColourImageAreGrey) {
   EXPECT_GT(pixelsOf(document).pixelAt(2, 2) & 0xFFU, 150U);
 }
 
-TEST_F(FlatImages, AnImageThatMemoryCanNotHoldIsRefused) {
+TEST_F(FlatImages, AnImageThatExceedsMemoryIsRefused) {
   QImage image(500, 400, QImage::Format_RGB32);
   image.fill(Qt::red);
   const QString path = saved(image, QStringLiteral("big.png"), "png");
@@ -192,26 +192,26 @@ TEST_F(FlatImages, AnImageThatMemoryCanNotHoldIsRefused) {
   EXPECT_EQ(result.error().message, QStringLiteral("The image needs more memory than there is."));
 }
 
-TEST_F(FlatImages, AnExportWithoutMemoryForItHasNoResult) {
+TEST_F(FlatImages, AnExportWithoutMemoryFails) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   const ConstTexture composite = document->composite();
   const tileMemory::ScopedSurfaceFailure refusal(0);
   EXPECT_FALSE(exportImage(*composite, ColorMode::rgb16, Format::png, context));
 }
 
-TEST_F(FlatImages, AFileThatIsAllExtensionGivesItsWholeName) {
+TEST_F(FlatImages, AFileNameThatIsAllExtensionIsKeptWhole) {
   EXPECT_EQ(documentName(QStringLiteral("/a/.png")), QStringLiteral(".png"));
   EXPECT_EQ(documentName(QStringLiteral("/a/b.c.png")), QStringLiteral("b.c"));
 }
 
-TEST_F(FlatImages, AnotherDecodableExtensionHasNoFormatToSaveIn) {
+TEST_F(FlatImages, AnotherReadableExtensionHasNoFormatToSaveIn) {
   QImage image(5, 5, QImage::Format_RGB32);
   image.fill(Qt::red);
   const DocumentPtr document = opened(saved(image, QStringLiteral("picture.ppm"), "ppm"));
   EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
 }
 
-TEST_F(FlatImages, WhatIsNoImageFailsToLoadWithAReason) {
+TEST_F(FlatImages, AFileThatIsNotAnImageFailsToLoadWithAReason) {
   const QString path = folder.filePath(QStringLiteral("text.png"));
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -225,7 +225,7 @@ TEST_F(FlatImages, WhatIsNoImageFailsToLoadWithAReason) {
   }
 }
 
-TEST_F(FlatImages, ATruncatedImageOfEveryLengthNeitherCrashesNorHangs) {
+TEST_F(FlatImages, ATruncatedImageNeitherCrashesNorHangs) {
   QImage image(64, 48, QImage::Format_RGB32);
   image.fill(Qt::cyan);
   for (const char* format : {"png", "jpeg", "bmp", "tiff"}) {
@@ -269,7 +269,7 @@ TEST_F(FlatImages, EveryFormatIsWrittenAndReadsBack) {
   }
 }
 
-/// What was told, in order; only the thread that works may tell.
+/// Records progress in order; reports must come from the working thread.
 struct ToldProgress {
   std::vector<double> steps;
 
@@ -288,7 +288,7 @@ struct ToldProgress {
   }
 };
 
-TEST_F(FlatImages, OpeningTellsOfHeaderPixelsAndTiles) {
+TEST_F(FlatImages, OpeningReportsHeaderPixelsAndTiles) {
   QImage color(90, 70, QImage::Format_RGB32);
   color.fill(qRgb(200, 40, 90));
   for (const QImage& image : {color, color.convertToFormat(QImage::Format_Grayscale8)}) {
@@ -301,7 +301,7 @@ TEST_F(FlatImages, OpeningTellsOfHeaderPixelsAndTiles) {
   EXPECT_TRUE(told.steps.empty() || told.steps.back() < 1.0);
 }
 
-TEST_F(FlatImages, WritingPutsTheFileInPlaceAndTellsOfEveryStep) {
+TEST_F(FlatImages, WritingPutsTheFileInPlaceAndReportsEveryStep) {
   Surface composite(PixelFormat::rgba8Unorm, 90, 70);
   composite.fill(0xFF5A28C8U);
   for (const Format format : {Format::png, Format::jpeg, Format::tiff, Format::gif, Format::bmp}) {
@@ -315,7 +315,7 @@ TEST_F(FlatImages, WritingPutsTheFileInPlaceAndTellsOfEveryStep) {
   }
 }
 
-TEST_F(FlatImages, ALargePngTellsOfItsBands) {
+TEST_F(FlatImages, ALargePngReportsItsBands) {
   const Surface composite(PixelFormat::rgba8Unorm, 2000, 1000);
   ToldProgress told;
   ASSERT_TRUE(exportImage(composite, ColorMode::rgb8, Format::png, context, told.listener()));
@@ -349,7 +349,7 @@ TEST_F(FlatImages, CancelledWorkEndsWithoutAnImageOrAFile) {
   }
 }
 
-TEST_F(FlatImages, AFileThatCanNotBeWrittenIsAFailedExport) {
+TEST_F(FlatImages, AnUnwritableFileFailsTheExport) {
   const Surface composite(PixelFormat::rgba8Unorm, 9, 7);
   ToldProgress told;
   const FileResult<void> result =
@@ -384,7 +384,7 @@ TEST_F(FlatImages, FormatsWithoutAlphaAreWrittenOverWhite) {
   EXPECT_TRUE(gif->startsWith("GIF89a"));
 }
 
-TEST_F(FlatImages, DeepDocumentsAreWrittenWithEightBitsAndBrightValuesClamp) {
+TEST_F(FlatImages, SixteenBitDocumentsAreWrittenAtEightBitsAndClamped) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   Surface& pixels = test::writable(document->rootNodes.value().front().layer()->texture.value());
   pixels.fill(0x3C00000038004000ULL);  // red 2.0, green 0.5, blue 0, opaque
@@ -392,7 +392,7 @@ TEST_F(FlatImages, DeepDocumentsAreWrittenWithEightBitsAndBrightValuesClamp) {
   EXPECT_EQ(back.pixel(10, 10), qRgb(255, 128, 0));
 }
 
-TEST_F(FlatImages, ASecondLayerMakesTheDocumentNoLongerFlat) {
+TEST_F(FlatImages, ADocumentWithASecondLayerIsNotFlat) {
   QImage image(10, 10, QImage::Format_RGB32);
   image.fill(Qt::blue);
   const DocumentPtr document = opened(saved(image, QStringLiteral("flat.png"), "png"));

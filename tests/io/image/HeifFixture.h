@@ -1,4 +1,4 @@
-// HEIC files for tests, made by libheif's own encoder where it comes with one.
+// HEIC files for tests, made by libheif's encoder if one is installed.
 #pragma once
 
 #include <libheif/heif.h>
@@ -17,14 +17,14 @@
 
 namespace orvanel::testing {
 
-/// While alive, what this thread leaks isn't counted: the encoder forgets its own parameters.
+/// Suppresses leak detection on this thread while alive: the encoder leaks its parameters.
 #ifdef __SANITIZE_ADDRESS__
 using UncountedLeaks = __lsan::ScopedDisabler;
 #else
 struct UncountedLeaks {};
 #endif
 
-/// The library's functions for writing, found by name: no other test needs it.
+/// The library's functions for writing, looked up at run time so that nothing else links it.
 struct HeifWriter {
   QLibrary library{QStringLiteral("heif"), 1};
 
@@ -58,8 +58,7 @@ struct HeifWriter {
   }
 };
 
-/// The file of a picture with straight alpha or none, with its colour profile; nothing when the library
-/// fails.
+/// Encodes an image with straight alpha or none, and its colour profile; nothing when the library fails.
 inline std::optional<QByteArray> heicOf(const QImage& picture) {
   [[maybe_unused]] const UncountedLeaks encodersLeaks;
   const HeifWriter& api = HeifWriter::shared();
@@ -103,7 +102,7 @@ inline std::optional<QByteArray> heicOf(const QImage& picture) {
   return file.readAll();
 }
 
-/// The same file, announcing another size for its pictures.
+/// The same file with another declared image size.
 inline QByteArray heicAnnouncing(QByteArray file, std::uint32_t width, std::uint32_t height) {
   constexpr qsizetype behindNameAndVersion = 8;
   for (qsizetype at = file.indexOf("ispe"); at >= 0; at = file.indexOf("ispe", at + 1)) {

@@ -78,7 +78,7 @@ TEST_F(HeicFiles, AnEmbeddedProfileIsConvertedToSrgb) {
               lossOfCompression);
 }
 
-TEST_F(HeicFiles, ASizeThatNoCanvasHasIsRefused) {
+TEST_F(HeicFiles, ASizeBeyondTheLargestCanvasIsRefused) {
   const QByteArray bytes = fileOf(plain(qRgb(1, 2, 3)));
   for (const auto& [width, height] :
        {std::pair{30000U, 48U}, std::pair{64U, 30000U}, std::pair{100000U, 100000U},
@@ -90,7 +90,7 @@ TEST_F(HeicFiles, ASizeThatNoCanvasHasIsRefused) {
   }
 }
 
-TEST_F(HeicFiles, AnImageThatMemoryCanNotHoldIsRefusedBeforeItIsDecoded) {
+TEST_F(HeicFiles, AnImageThatExceedsMemoryIsRefusedBeforeDecoding) {
   const QByteArray bytes = testing::heicAnnouncing(fileOf(plain(qRgb(1, 2, 3))), 16384, 16384);
   const ScopedMemoryLimit limit(std::uint64_t{1} << 30U);
   const auto image = read(bytes);
@@ -98,13 +98,13 @@ TEST_F(HeicFiles, AnImageThatMemoryCanNotHoldIsRefusedBeforeItIsDecoded) {
   EXPECT_EQ(image.error().message, QStringLiteral("The image needs more memory than there is."));
 }
 
-TEST_F(HeicFiles, PixelsBeyondTheAnnouncedSizeNeedTheirMemoryToo) {
+TEST_F(HeicFiles, PixelsBeyondTheDeclaredSizeCountAgainstMemory) {
   const QByteArray bytes = testing::heicAnnouncing(fileOf(plain(qRgb(1, 2, 3))), 2, 2);
   const ScopedMemoryLimit limit(10000);
   EXPECT_FALSE(read(bytes).has_value());
 }
 
-TEST_F(HeicFiles, ATruncatedFileOfAnyLengthIsRefusedOrOpensInItsSize) {
+TEST_F(HeicFiles, ATruncatedFileIsRefusedOrOpensAtItsFullSize) {
   const QByteArray bytes = fileOf(plain(qRgb(200, 90, 30)));
   for (qsizetype length = 0; length < bytes.size(); length += 1 + bytes.size() / 97) {
     const auto image = read(bytes.first(length));
@@ -114,7 +114,7 @@ TEST_F(HeicFiles, ATruncatedFileOfAnyLengthIsRefusedOrOpensInItsSize) {
   }
 }
 
-TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsSomeImage) {
+TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsAnImage) {
   const QByteArray bytes = fileOf(plain(qRgb(200, 90, 30)));
   std::mt19937 random(7);
   for (int round = 0; round < 100; ++round) {
@@ -130,7 +130,7 @@ TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsSomeImage) {
   }
 }
 
-TEST(HeicNames, WhatIsNoPictureIsRefusedWithAReason) {
+TEST(HeicNames, AFileThatIsNotAnImageIsRefusedWithAReason) {
   const QTemporaryDir folder;
   QFile file(folder.filePath(QStringLiteral("text.heic")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));

@@ -34,7 +34,7 @@ class ImageColors : public ::testing::Test {
   MetalContext& context = MetalContext::shared();
 };
 
-/// The value of a grey pixel, opaque, whatever the depth.
+/// The 8-bit value of an opaque grey pixel of any depth.
 double greyAt(const FlatImage& image, int x, int y) {
   const std::uint64_t pixel = image.pixels->pixelAt(x, y);
   if (image.mode == ColorMode::grayscale8) return static_cast<double>(pixel & 0xFFU) / 255.0;
@@ -71,7 +71,7 @@ TEST_F(ImageColors, APaletteOfTwoColorsIsColor) {
   }
 }
 
-TEST_F(ImageColors, OneColorBesideBlackMakesAPaletteColor) {
+TEST_F(ImageColors, OneColorBesideBlackIsColor) {
   EXPECT_EQ(opened(twoColors(qRgb(0, 0, 0), qRgb(7, 7, 8)), "png").mode, ColorMode::rgb8);
 }
 
@@ -94,7 +94,7 @@ TEST_F(ImageColors, TwoGreysAreGrey) {
   EXPECT_EQ(muted.pixels->pixelAt(3, 4), 0xFFC8U);
 }
 
-TEST_F(ImageColors, ALongerPaletteIsColorEvenWhereItHoldsNothingButGreys) {
+TEST_F(ImageColors, ALongerPaletteIsColorEvenIfAllItsEntriesAreGrey) {
   QImage palette(16, 16, QImage::Format_Indexed8);
   palette.setColorTable({qRgb(0, 0, 0), qRgb(90, 90, 90), qRgb(180, 180, 180)});
   palette.fill(1);
@@ -118,7 +118,7 @@ TEST_F(ImageColors, AGreyProfileIsConvertedAndTheImageStaysGrey) {
   }
 }
 
-TEST_F(ImageColors, TheGammaOfAPngCountsForGreyAsForColor) {
+TEST_F(ImageColors, TheGammaOfAPngAppliesToGreyAndColor) {
   constexpr std::uint32_t linear = 100000;
   QImage grey(4, 4, QImage::Format_Grayscale8);
   grey.fill(100);
@@ -129,7 +129,7 @@ TEST_F(ImageColors, TheGammaOfAPngCountsForGreyAsForColor) {
   EXPECT_EQ(opened(testing::pngWithGamma(grey, linear)).pixels->pixelAt(1, 1), 0xFFA8A8A8U);
 }
 
-TEST_F(ImageColors, DeepGreyIsConvertedFromAllOfItsBits) {
+TEST_F(ImageColors, SixteenBitGreyIsConvertedAtFullDepth) {
   QImage image(256, 1, QImage::Format_Grayscale16);
   auto* row = reinterpret_cast<quint16*>(image.scanLine(0));
   for (int x = 0; x < 256; ++x) row[x] = static_cast<quint16>(x * 4);
@@ -141,7 +141,7 @@ TEST_F(ImageColors, DeepGreyIsConvertedFromAllOfItsBits) {
   }
 }
 
-TEST_F(ImageColors, BlackAndWhiteStayWhatTheyAreUnderAnyProfile) {
+TEST_F(ImageColors, BlackAndWhiteAreUnchangedByAnyProfile) {
   QImage image = twoColors(qRgb(0, 0, 0), qRgb(255, 255, 255));
   const FlatImage found = opened(testing::pngWithGamma(image, 100000));
   ASSERT_EQ(found.mode, ColorMode::grayscale8);

@@ -1,4 +1,4 @@
-// Image files for tests of colour: profiles and chunks that no encoder at hand writes.
+// Image files for colour tests, with profiles and chunks that the available encoders do not write.
 #pragma once
 
 #include <zlib.h>
@@ -15,7 +15,7 @@ inline void appendBigEndian(QByteArray& bytes, std::uint32_t value) {
   for (const int shift : {24, 16, 8, 0}) bytes.append(static_cast<char>(value >> shift & 0xFFU));
 }
 
-/// A grey ICC profile whose values are a power of light; 1.0 is light itself.
+/// A grey ICC profile with this gamma; 1.0 is linear light.
 inline QColorSpace greyProfile(double gamma) {
   constexpr std::uint32_t headerBytes = 128;
   constexpr std::uint32_t whiteAt = headerBytes + 4 + 2 * 12;
@@ -49,7 +49,7 @@ inline QByteArray pngOf(const QImage& image) {
   return bytes;
 }
 
-/// A PNG with a `gAMA` chunk right behind its header.
+/// A PNG with a `gAMA` chunk right after its header.
 inline QByteArray pngWithGamma(const QImage& image, std::uint32_t hundredThousandths) {
   constexpr qsizetype behindHeader = 33;
   QByteArray chunk("gAMA");
