@@ -12,7 +12,7 @@
 namespace orvanel::bench {
 namespace {
 
-/// A well-mixed number for a place of a grid.
+/// A hash of a grid position.
 std::uint32_t mixed(std::uint32_t x, std::uint32_t y, std::uint32_t seed) {
   std::uint32_t value = x * 0x9E3779B1U ^ y * 0x85EBCA77U ^ seed * 0xC2B2AE3DU;
   value = (value ^ value >> 15U) * 0x2C1B3C6DU;
@@ -24,7 +24,7 @@ float unit(std::uint32_t bits) {
   return static_cast<float>(bits >> 8U) / 16777216.0F;
 }
 
-/// Random values on a grid, smoothly joined.
+/// Value noise: random values on a grid, interpolated smoothly.
 float smoothNoise(float x, float y, std::uint32_t seed) {
   const float left = std::floor(x);
   const float top = std::floor(y);
@@ -55,7 +55,7 @@ std::array<float, 3> photoPixel(int x, int y, std::uint32_t seed) {
   const std::array<float, 3> base{light * (0.8F + 0.4F * tint), light, light * (1.2F - 0.4F * tint)};
   std::array<float, 3> pixel{};
   for (std::uint32_t channel = 0; channel < 3; ++channel) {
-    // Photons arrive at random: the noise grows with the root of the light.
+    // Shot noise grows with the square root of the light.
     const std::uint32_t bits =
         mixed(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), seed * 3 + channel);
     const float bell = unit(bits << 8U) + unit(bits << 4U) + unit(bits) - 1.5F;

@@ -1,4 +1,4 @@
-// Layers as photographs are: smooth light, fine texture and the noise of a sensor, from fixed seeds.
+// Synthetic photographs: smooth gradients, fine texture and sensor noise, from fixed seeds.
 #pragma once
 
 #include <QImage>
@@ -8,7 +8,7 @@
 
 namespace orvanel::bench {
 
-/// Whether a layer holds what a camera's 8-bit file gives, or values between as edits leave them.
+/// Whether a layer holds values from an 8-bit file, or the full precision that edits leave.
 enum class Depth { fromEightBits, full };
 
 /// An `rgba16Float` surface, opaque.

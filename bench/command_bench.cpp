@@ -1,6 +1,5 @@
-// The document's commands as a user feels them: doing each on a photo of 4096 x 4096 pixels, undoing it at
-// once, and undoing and redoing it after the history has been compressed. Times are of the calling thread's
-// wait alone; what happens between is not counted.
+// The document's commands on a photo of 4096 x 4096 pixels: doing each one, undoing it at once, and undoing
+// and redoing it after the history has been compressed. Only the time that the caller waits is measured.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
@@ -35,14 +34,14 @@ const Surface& photo() {
   return *layer;
 }
 
-/// Bytes of its own: once an edit has replaced them, only the history knows them.
+/// A copy that shares no tiles, so that after an edit only the history holds the old ones.
 Surface copiedPhoto() {
   Surface copy = photo();
   for (int index = 0; index < copy.tileCount(); ++index) static_cast<void>(copy.editTile(index));
   return copy;
 }
 
-/// Surfaces that share one copy of the photo until they are written to.
+/// Surfaces that share the tiles of one copy of the photo.
 std::vector<Texture> photos(int count) {
   const Surface pixels = copiedPhoto();
   std::vector<Texture> surfaces;
@@ -77,7 +76,7 @@ struct Workload {
   Command command;
   int layers = 1;
   Command prepare = [](const DocumentPtr&) {};
-  /// Sides of the surfaces that must be written anew whatever the command costs besides; none when 0.
+  /// The side of the surfaces that the command has to write completely; 0 when it writes none.
   int movedSide = 0;
 };
 
@@ -89,7 +88,7 @@ double secondsOf(const std::function<void()>& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The limit of commands that move all pixels: as many tiles of fresh memory, each filled by one copy.
+/// The limit of commands that move all pixels: allocating as many tiles and copying into each once.
 double limitSeconds(const Workload& workload) {
   std::vector<Texture> surfaces = photos(workload.layers);
   return secondsOf([&] {
@@ -109,7 +108,7 @@ void measure(benchmark::State& state, const Workload& workload, Phase phase) {
   const bool hasLimit = phase == Phase::doing && workload.movedSide > 0;
   double limit = 0.0;
   for (auto _ : state) {
-    // Taken in turns, since memory that the machine has to find first costs both alike.
+    // The limit and the command alternate, so that the cost of fresh memory affects both alike.
     if (hasLimit) limit += limitSeconds(workload);
     const DocumentPtr document = documentOf(photos(workload.layers));
     workload.prepare(document);
@@ -197,7 +196,7 @@ void registerWorkloads() {
 
 [[maybe_unused]] const bool areRegistered = (registerWorkloads(), true);
 
-/// Twenty layers of their own: what the process grows to while their mode changes.
+/// The peak memory of a mode change of twenty layers that share no tiles.
 void changeColorModeMemory(benchmark::State& state) {
   for (auto _ : state) {
     const double without = residentBytes();

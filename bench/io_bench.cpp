@@ -1,5 +1,5 @@
-// Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
-// them: writing and reading a file of that size, memory that nobody has touched, decoding alone.
+// Saving, loading, opening and exporting at practical sizes. The limits of the machine are measured beside
+// them: writing and reading a file of that size, touching fresh memory, and decoding alone.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 #include <zlib.h>
@@ -39,7 +39,7 @@ bench::Depth depthOf(const benchmark::State& state) {
   return state.range(0) == 0 ? bench::Depth::fromEightBits : bench::Depth::full;
 }
 
-/// A document of photographs and the file it is saved to; one at a time.
+/// A document of photographs and the file it is saved to. Only one exists at a time.
 class PhotoDocument {
  public:
   explicit PhotoDocument(bench::Depth depth) {
@@ -51,7 +51,7 @@ class PhotoDocument {
                                   bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i))));
     }
     document_ = Document::create(std::move(contents), MetalContext::shared());
-    // Flattened beforehand, as a document on the screen is.
+    // Flattened in advance, as a visible document is.
     static_cast<void>(document_->composite());
   }
 
@@ -133,7 +133,7 @@ BENCHMARK(SizeBesideZlib6)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1);
 
-/// What the main thread does of a save.
+/// The part of a save that runs on the main thread.
 void SaveOnMainThread(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));
@@ -180,7 +180,7 @@ BENCHMARK(LoadPhotos)
     ->UseRealTime()
     ->Iterations(2);
 
-/// The same by a program of its own, which ends with it.
+/// The same in a separate process, start and exit included.
 void LoadPhotosAsProcess(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   photos.saveOnce();
@@ -202,7 +202,7 @@ BENCHMARK(LoadPhotosAsProcess)
     ->UseRealTime()
     ->Iterations(3);
 
-/// The limit: a file of the same size, written, brought to the disk and read again.
+/// The limit: writing a file of the same size, flushing it to the disk and reading it again.
 void LimitWriteSyncRead(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   photos.saveOnce();

@@ -1,5 +1,5 @@
-// The raster kernels one by one on a photo of 4096 x 4096 pixels. Beside them stand the limits of this
-// machine, measured in the same run: two threads that merely copy, or read, the same bytes.
+// The raster kernels one by one on a photo of 4096 x 4096 pixels. The limits of the machine are measured in
+// the same run: copying, or reading, the same bytes with all threads.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
@@ -26,7 +26,7 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-/// What one iteration works through: pixels and bytes of the surface that the workload is about.
+/// The pixels and bytes of the workload's surface, processed by each iteration.
 void report(benchmark::State& state, const Surface& surface) {
   const double pixels = static_cast<double>(surface.width()) * surface.height() / 1e6;
   state.counters["megapixels"] = benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate);
@@ -38,7 +38,7 @@ const Surface& photo() {
   return *layer;
 }
 
-/// A mask of which every tile holds data.
+/// A mask without uniform tiles.
 const Surface& photoMask(int channel) {
   static const auto masks = [] {
     std::array<Surface, 2> made{Surface(maskPixelFormat, side, side), Surface(maskPixelFormat, side, side)};
@@ -64,14 +64,14 @@ void copyTile(const Surface& source, Surface& destination, int index) {
   std::memcpy(destination.overwriteTile(index), tile.data(), source.tileBytes());
 }
 
-/// The same pixels in tiles of its own, whose memory has been touched.
+/// A copy that shares no tiles, in memory that has been touched.
 Surface unsharedCopy(const Surface& source) {
   Surface copy(source.format(), source.width(), source.height());
   tbb::parallel_for(0, source.tileCount(), [&](int index) { copyTile(source, copy, index); });
   return copy;
 }
 
-/// Runs a kernel that works in place; every iteration finds the same pixels, held by nobody else.
+/// Runs a kernel in place; every iteration begins with the same pixels in unshared tiles.
 template <typename Kernel>
 void inPlace(benchmark::State& state, const Surface& pixels, const Kernel& kernel) {
   Surface layer = unsharedCopy(pixels);
@@ -94,7 +94,7 @@ void copySurface(benchmark::State& state, const Surface& source) {
   report(state, source);
 }
 
-/// As fast as the machine reads: vectorised for whatever it has.
+/// Reads as fast as the machine can, with its widest vectors.
 [[gnu::target_clones("avx512f", "avx2", "default"), gnu::optimize("O3")]] std::uint64_t xorOf(
     const std::uint64_t* words, std::size_t count) {
   std::uint64_t sum = 0;
@@ -177,7 +177,7 @@ void intersectMasks(benchmark::State& state) {
   inPlace(state, photoMask(0), [](Surface& mask) { context().intersectMasks(mask, photoMask(1)); });
 }
 
-/// Tiles of data that are empty but for a dot in the middle, so that each must be read to its end.
+/// All zero except for one dot in the middle, but without uniform tiles, so that every tile has to be read.
 Surface allButEmpty(PixelFormat format) {
   Surface surface(format, side, side);
   for (int index = 0; index < surface.tileCount(); ++index) (void)surface.editTile(index);
@@ -261,7 +261,7 @@ void wand(benchmark::State& state, unsigned specks) {
   report(state, layer);
 }
 
-// Moving pixels.
+// Transforms.
 
 void translateContent(benchmark::State& state) {
   Surface layer(PixelFormat::rgba16Float, 8192, 8192);

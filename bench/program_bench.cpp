@@ -1,5 +1,5 @@
-// The editor as a process of its own: how long it takes to show itself, and what it costs, and how often it
-// wakes, while nobody touches it.
+// The editor as a separate process: the time to its first frame, and its processor use and wake-ups while
+// idle.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 constexpr int patience = 20000;
 
-/// The editor with settings of its own, started and waited for until its first frame.
+/// An editor process with settings of its own; the constructor returns after its first frame.
 class RunningEditor {
  public:
   explicit RunningEditor(const QStringList& arguments) {
@@ -45,18 +45,18 @@ class RunningEditor {
 
   [[nodiscard]] bool isShown() const { return isShown_; }
   [[nodiscard]] double secondsToFirstFrame() const { return secondsToFirstFrame_; }
-  /// Of all its threads since it began.
+  /// Processor time of all threads since the start.
   [[nodiscard]] double processorSeconds() const {
     QFile file(QStringLiteral("/proc/%1/stat").arg(process_.processId()));
     if (!file.open(QIODevice::ReadOnly)) return 0.0;
-    // The fields behind the name in brackets: state is the first, user and system time the 12th and 13th.
+    // Fields after the name in brackets: the state comes first, user and system time are the 12th and 13th.
     const QByteArray line = file.readAll();
     const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
     return (fields.value(11).toDouble() + fields.value(12).toDouble()) /
            static_cast<double>(sysconf(_SC_CLK_TCK));
   }
 
-  /// How often its threads have woken from a wait since they began.
+  /// How often its threads have woken from a wait since the start.
   struct WakeUps {
     double ofMainThread = 0.0;
     double ofOtherThreads = 0.0;
@@ -68,7 +68,7 @@ class RunningEditor {
     for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
       QFile file(threads.filePath(thread + QStringLiteral("/status")));
       if (!file.open(QIODevice::ReadOnly)) continue;
-      // A thread that waits gives up the processor of its own accord, once for each time it is woken.
+      // A thread switches voluntarily whenever it starts to wait: once for every time it was woken.
       constexpr char field[] = "\nvoluntary_ctxt_switches:";
       const QByteArray status = file.readAll();
       const QByteArray rest = status.mid(status.indexOf(field) + static_cast<int>(sizeof(field)) - 1);
