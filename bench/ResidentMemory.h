@@ -1,4 +1,4 @@
-// Resident memory of this process, for benchmarks that count it.
+// Resident memory of this process.
 #pragma once
 
 #include <unistd.h>

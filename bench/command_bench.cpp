@@ -1,6 +1,5 @@
-// The document's commands as a user feels them: doing each on a photo of 4096 x 4096 pixels, undoing it at
-// once, and undoing and redoing it after the history has been compressed. Times are of the calling thread's
-// wait alone; what happens between is not counted.
+// The document's commands on a photo of 4096 x 4096 pixels: doing each one, undoing it at once, and undoing
+// and redoing it after the history has been compressed. Only the time that the caller waits is measured.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
@@ -43,7 +42,7 @@ Surface copiedPhoto() {
   return copy;
 }
 
-/// Surfaces that share one copy of the photo until they are written to.
+/// Surfaces that share the tiles of one copy of the photo.
 std::vector<Texture> photos(int count) {
   const Surface pixels = copiedPhoto();
   std::vector<Texture> surfaces;
@@ -78,7 +77,7 @@ struct Workload {
   Command command;
   int layers = 1;
   Command prepare = [](const DocumentPtr&) {};
-  /// Sides of the surfaces that must be written anew whatever the command costs besides; none when 0.
+  /// The side of the surfaces that the command has to write completely; 0 when it writes none.
   int movedSide = 0;
 };
 
@@ -90,7 +89,7 @@ double secondsOf(const std::function<void()>& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The limit of commands that move all pixels: as many tiles of fresh memory, each filled by one copy.
+/// The limit of commands that move all pixels: allocating as many tiles and copying into each once.
 double limitSeconds(const Workload& workload) {
   std::vector<Texture> surfaces = photos(workload.layers);
   return secondsOf([&] {

@@ -54,7 +54,7 @@ void snapshotWholeLayer(benchmark::State& state) {
 }
 BENCHMARK(snapshotWholeLayer)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
 
-/// Iterations keep growing the history, so there is one; the counters are the result.
+/// Every iteration would grow the history, so there is only one; the counters are the result.
 void fiftySnapshotsBetweenSmallEdits(benchmark::State& state) {
   const auto layer = photo(4096);
   std::mt19937 random(5);

@@ -1,4 +1,4 @@
-// How much stays undoable within the memory budget, and what counting a long history costs.
+// How many edits stay undoable within the memory budget, and what adding up a long history costs.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -19,7 +19,7 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-/// A document of one layer whose history holds that many records.
+/// A document with one layer and a limit on the number of records.
 DocumentPtr documentOf(const Texture& pixels, int maxOperations) {
   const auto layer = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Layer")}, pixels);
   DocumentPtr document = Document::create({.name = QStringLiteral("History"),
@@ -74,7 +74,7 @@ BENCHMARK(cheapEditsOnTheLargestCanvas)->Unit(benchmark::kMillisecond)->Iteratio
 
 enum class Pace { withPauses, withoutPauses };
 
-/// Squares of a photograph inverted at random places; each is selected first, which is a record as well.
+/// Inverts squares of a photograph at random places. Selecting each square is a record as well.
 void smallEditsOfAPhoto(benchmark::State& state, int edits, Pace pace) {
   constexpr int side = 8192;
   constexpr int editSide = 300;

@@ -1,5 +1,5 @@
-// Saving, loading, opening and exporting at the sizes people work at. Limits of this machine stand beside
-// them: writing and reading a file of that size, memory that nobody has touched, decoding alone.
+// Saving, loading, opening and exporting at practical sizes. The limits of the machine are measured beside
+// them: writing and reading a file of that size, touching fresh memory, and decoding alone.
 #include <benchmark/benchmark.h>
 #include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
@@ -40,7 +40,7 @@ bench::Depth depthOf(const benchmark::State& state) {
   return state.range(0) == 0 ? bench::Depth::fromEightBits : bench::Depth::full;
 }
 
-/// A document of photographs and the file it is saved to; one at a time.
+/// A document of photographs and the file it is saved to. Only one exists at a time.
 class PhotoDocument {
  public:
   explicit PhotoDocument(bench::Depth depth) {
@@ -52,7 +52,7 @@ class PhotoDocument {
                                   bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i))));
     }
     document_ = Document::create(std::move(contents), MetalContext::shared());
-    // Flattened beforehand, as a document on the screen is.
+    // Flattened in advance, as a visible document is.
     static_cast<void>(document_->composite());
   }
 
@@ -237,7 +237,7 @@ BENCHMARK(LoadPhotosAsProcess)
     ->UseRealTime()
     ->Iterations(3);
 
-/// The limit: a file of the same size, written, brought to the disk and read again.
+/// The limit: writing a file of the same size, flushing it to the disk and reading it again.
 void LimitWriteSyncRead(benchmark::State& state) {
   const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
   photos.saveOnce();

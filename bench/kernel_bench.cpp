@@ -1,5 +1,5 @@
-// The raster kernels one by one on a photo of 4096 x 4096 pixels. Beside them stand the limits of this
-// machine, measured in the same run: two threads that merely copy, or read, the same bytes.
+// The raster kernels one by one on a photo of 4096 x 4096 pixels. The limits of the machine are measured in
+// the same run: copying, or reading, the same bytes with all threads.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
@@ -71,7 +71,7 @@ Surface unsharedCopy(const Surface& source) {
   return copy;
 }
 
-/// Runs a kernel that works in place; every iteration finds the same pixels, held by nobody else.
+/// Runs a kernel in place; every iteration begins with the same pixels in unshared tiles.
 template <typename Kernel>
 void inPlace(benchmark::State& state, const Surface& pixels, const Kernel& kernel) {
   Surface layer = unsharedCopy(pixels);
@@ -94,7 +94,7 @@ void copySurface(benchmark::State& state, const Surface& source) {
   report(state, source);
 }
 
-/// As fast as the machine reads: vectorised for whatever it has.
+/// Reads as fast as the machine can, with its widest vectors.
 [[gnu::target_clones("avx512f", "avx2", "default"), gnu::optimize("O3")]] std::uint64_t xorOf(
     const std::uint64_t* words, std::size_t count) {
   std::uint64_t sum = 0;
@@ -271,7 +271,7 @@ void wand(benchmark::State& state, unsigned specks) {
   report(state, layer);
 }
 
-// Moving pixels.
+// Transforms.
 
 void translateContent(benchmark::State& state) {
   Surface layer(PixelFormat::rgba16Float, 8192, 8192);

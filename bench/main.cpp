@@ -1,5 +1,5 @@
-// The entry point of the benchmarks. Workloads register themselves; this gives them the application
-// object that image plugins and widgets ask for, without a display.
+// The entry point of the benchmarks. Workloads register themselves; image plugins and widgets need the
+// application object, which runs without a display.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>

@@ -44,18 +44,18 @@ class RunningEditor {
 
   [[nodiscard]] bool isShown() const { return isShown_; }
   [[nodiscard]] double secondsToFirstFrame() const { return secondsToFirstFrame_; }
-  /// Of all its threads since it began.
+  /// Processor time of all threads since the start.
   [[nodiscard]] double processorSeconds() const {
     QFile file(QStringLiteral("/proc/%1/stat").arg(process_.processId()));
     if (!file.open(QIODevice::ReadOnly)) return 0.0;
-    // The fields behind the name in brackets: state is the first, user and system time the 12th and 13th.
+    // Fields after the name in brackets: the state comes first, user and system time are the 12th and 13th.
     const QByteArray line = file.readAll();
     const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
     return (fields.value(11).toDouble() + fields.value(12).toDouble()) /
            static_cast<double>(sysconf(_SC_CLK_TCK));
   }
 
-  /// How often its threads have woken from a wait since they began.
+  /// How often its threads have woken from a wait since the start.
   struct WakeUps {
     double ofMainThread = 0.0;
     double ofOtherThreads = 0.0;
@@ -67,7 +67,7 @@ class RunningEditor {
     for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
       QFile file(threads.filePath(thread + QStringLiteral("/status")));
       if (!file.open(QIODevice::ReadOnly)) continue;
-      // A thread that waits gives up the processor of its own accord, once for each time it is woken.
+      // A thread switches voluntarily whenever it starts to wait: once for every time it was woken.
       constexpr char field[] = "\nvoluntary_ctxt_switches:";
       const QByteArray status = file.readAll();
       const QByteArray rest = status.mid(status.indexOf(field) + static_cast<int>(sizeof(field)) - 1);

@@ -1,5 +1,5 @@
-// Flattening, snapshots and surfaces at the sizes people work at. Each workload stands beside the limit
-// of this machine, measured in the same run: two threads that merely read the same bytes.
+// Flattening, snapshots and surfaces at practical sizes. The limit of the machine is measured in the same
+// run: reading the same bytes with all threads.
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
@@ -74,7 +74,7 @@ struct Stack {
   }
 };
 
-/// One stack at a time: a full one takes 2.5 GiB.
+/// Only one stack exists at a time; a full one takes 2.5 GiB.
 Stack& stackOf(ColorMode mode, bool masked, int filledPercent) {
   static std::unique_ptr<Stack> current;
   static int currentKey = -1;
@@ -92,7 +92,7 @@ void reportThroughput(benchmark::State& state, std::int64_t bytes) {
   state.counters["megapixels"] = static_cast<double>(side) * side / 1e6;
 }
 
-/// As fast as the machine reads: vectorised for whatever it has.
+/// Reads as fast as the machine can, with its widest vectors.
 [[gnu::target_clones("avx512f", "avx2", "default"), gnu::optimize("O3")]] std::uint64_t xorOf(
     const std::uint64_t* words, std::size_t count) {
   std::uint64_t sum = 0;

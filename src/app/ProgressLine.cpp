@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <chrono>
 
-#include "model/NotificationCenter.h"
+#include "tools/NotificationCenter.h"
 #include "panels/PanelStyle.h"
 
 namespace orvanel {

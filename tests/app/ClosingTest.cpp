@@ -145,7 +145,7 @@ TEST_F(ClosingTest, QuittingStopsAtTheFirstRefusalAndKeepsAllOpen) {
   EXPECT_FALSE(a->isDirty.value());
 }
 
-TEST_F(ClosingTest, QuittingWithNothingUnsavedAsksNothing) {
+TEST_F(ClosingTest, QuittingWithoutUnsavedChangesAsksNothing) {
   AppDelegate delegate(state, files, {});
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
   addDocument(QStringLiteral("A"));
@@ -169,7 +169,7 @@ TEST_F(ClosingTest, QuittingWaitsForARunningSave) {
   EXPECT_TRUE(QFile::exists(path("A.tessel")));
 }
 
-TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
+TEST_F(ClosingTest, QuittingWaitsForQueuedSaves) {
   for (const char* name : {"A.tessel", "B.tessel", "C.tessel"}) {
     const DocumentPtr document = addUnsaved(QString::fromLatin1(name));
     document->setSource(path(name), std::nullopt);
@@ -181,7 +181,7 @@ TEST_F(ClosingTest, QuittingWaitsForSavesThatHaveNotBegun) {
   EXPECT_THAT(dialogs.questions, IsEmpty());
 }
 
-TEST_F(ClosingTest, ClosingADocumentWhoseSaveWaitsWritesItFirst) {
+TEST_F(ClosingTest, ClosingADocumentWithAQueuedSaveWritesItFirst) {
   const DocumentPtr first = addUnsaved(QStringLiteral("A"));
   const DocumentPtr second = addUnsaved(QStringLiteral("B"));
   first->setSource(path("A.tessel"), std::nullopt);

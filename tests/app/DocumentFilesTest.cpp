@@ -42,7 +42,7 @@ TEST_F(DocumentFilesTest, ANewDocumentHasTheTypedSizeAndTheChosenMode) {
   EXPECT_FALSE(made->isDirty.value());
 }
 
-TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreAllCalledUntitled) {
+TEST_F(DocumentFilesTest, NewDocumentsFromTheDialogAreCalledUntitled) {
   dialogs.newDocument = NewDocumentEntry{QStringLiteral("10"), QStringLiteral("10"), 2};
   files.newDocument();
   files.newDocument();
@@ -478,7 +478,7 @@ TEST_F(DocumentFilesTest, AFailedExportIsReported) {
   EXPECT_THAT(filesIn(), IsEmpty());
 }
 
-TEST_F(DocumentFilesTest, ExtensionsNameTheirFormats) {
+TEST_F(DocumentFilesTest, ExtensionsSelectTheirFormats) {
   EXPECT_EQ(exportRowForName(QStringLiteral("a.png")), 0);
   EXPECT_EQ(exportRowForName(QStringLiteral("a.JPEG")), 1);
   EXPECT_EQ(exportRowForName(QStringLiteral("a.tif")), 2);

@@ -31,7 +31,7 @@ TEST_F(ExportFormatHelperTest, StartsWithTheFirstFormat) {
   EXPECT_EQ(nameField().text(), "Picture.png");
 }
 
-TEST_F(ExportFormatHelperTest, AnotherFormatReplacesWhateverWasTyped) {
+TEST_F(ExportFormatHelperTest, AnotherFormatReplacesTheTypedName) {
   ExportFormatHelper helper(panel, QStringLiteral("Picture"), true);
   helper.selectRow(0);
   nameField().setText(QStringLiteral("typed.png"));

@@ -86,7 +86,7 @@ TEST_F(MainWindowTest, TheEmptyWindowShowsThatNothingIsOpen) {
   EXPECT_TRUE(item("File", "Open...")->isEnabled());
 }
 
-TEST_F(MainWindowTest, TheMenusHoldTheirItemsInOrder) {
+TEST_F(MainWindowTest, TheMenusContainTheirItemsInOrder) {
   EXPECT_THAT(titles(*menu("File")), ElementsAre("New...", "Open...", "Open Recent", "Save", "Save As...",
                                                  "Export Image...", "-", "Quit"));
   EXPECT_THAT(titles(*menu("View")), ElementsAre("Zoom In", "Zoom Out", "100%", "Fit on Screen"));
@@ -94,7 +94,7 @@ TEST_F(MainWindowTest, TheMenusHoldTheirItemsInOrder) {
   EXPECT_THAT(titles(*menu("Help")), ElementsAre("About Orvanel"));
 }
 
-TEST_F(MainWindowTest, TheItemsHaveTheirKeys) {
+TEST_F(MainWindowTest, TheItemsHaveTheirShortcuts) {
   const std::tuple<const char*, const char*, QKeySequence> keys[] = {
       {"File", "New...", QKeySequence(Qt::CTRL | Qt::Key_N)},
       {"File", "Open...", QKeySequence(Qt::CTRL | Qt::Key_O)},
@@ -209,7 +209,7 @@ TEST_F(MainWindowTest, TheWindowMenuStepsThroughTheTabs) {
   EXPECT_EQ(activeName(), "three");
 }
 
-TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoLastUsed) {
+TEST_F(MainWindowTest, ControlTabAlternatesBetweenTheTwoMostRecentDocuments) {
   open({writeImage("one.png"), writeImage("two.png"), writeImage("three.png")});
   pressAndRelease(canvas(), Qt::Key_Tab, Qt::ControlModifier);
   EXPECT_EQ(activeName(), "two");

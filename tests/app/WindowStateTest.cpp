@@ -70,7 +70,7 @@ TEST_F(WindowStateTest, AnUnknownActiveIDMeansNoActiveDocument) {
   EXPECT_EQ(window.activeDocument(), nullptr);
 }
 
-TEST_F(WindowStateTest, OnlyARealChangeOfTheActiveDocumentNotifies) {
+TEST_F(WindowStateTest, AnEqualActiveDocumentDoesNotNotify) {
   addABC();
   int notified = 0;
   const auto notifier = window.activeDocumentID.addNotifier([&] { ++notified; });
@@ -134,7 +134,7 @@ TEST_F(WindowStateTest, SwitchingRestoresTheDocumentsTool) {
   EXPECT_EQ(tools.currentTool(), Tool::magicWand);
 }
 
-TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoLastUsed) {
+TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoMostRecent) {
   addABC();
   EXPECT_TRUE(window.cycleNextDocument());
   EXPECT_EQ(activeName(), "B");
@@ -225,7 +225,7 @@ TEST_F(WindowStateTest, OpenDocumentsPostTheirChanges) {
   EXPECT_EQ(steps.count, 3);
 }
 
-TEST_F(WindowStateTest, AClosedDocumentPostsNoMore) {
+TEST_F(WindowStateTest, AClosedDocumentPostsNothing) {
   addABC();
   window.closeDocument(b->id);
   const test::PostCounter activeLayer(notification::activeLayerChanged);
@@ -303,7 +303,7 @@ TEST_F(WindowStateTest, ClosingWaitsForRunningSaves) {
   EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
 }
 
-TEST_F(WindowStateTest, TheFirstRefusalKeepsAllOpen) {
+TEST_F(WindowStateTest, TheFirstRefusalKeepsAllDocumentsOpen) {
   addABC();
   for (const DocumentPtr& document : {a, b, c}) document->setDirty(true);
   std::vector<std::string> asked;
@@ -360,7 +360,7 @@ TEST_F(WindowStateTest, ClosingTheOthersOfTheActiveOneKeepsItsTemporaryTool) {
   EXPECT_EQ(tools.currentTool(), Tool::zoom);
 }
 
-TEST_F(WindowStateTest, ARefusalKeepsTheOthersOpen) {
+TEST_F(WindowStateTest, ARefusalKeepsTheOtherDocumentsOpen) {
   addABC();
   b->setDirty(true);
   c->setDirty(true);

@@ -1,4 +1,4 @@
-// The indicators over the canvas: where they lie, what they show, and what dragging them does.
+// The scroll indicators over the canvas: geometry, state and dragging.
 #include <gtest/gtest.h>
 
 #include <QAccessible>
@@ -36,7 +36,7 @@ TEST_F(CanvasContainerTest, LaysOutTheViewAndItsIndicators) {
   EXPECT_EQ(vertical().geometry(), QRect(487, 3, 10, 181));
 }
 
-TEST_F(CanvasContainerTest, IsTheGroupNamedCanvas) {
+TEST_F(CanvasContainerTest, IsAnAccessibleGroupNamedCanvas) {
   EXPECT_EQ(container().objectName(), QStringLiteral("canvas"));
   EXPECT_EQ(container().accessibleName(), QStringLiteral("canvas"));
   QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&container());
@@ -45,7 +45,7 @@ TEST_F(CanvasContainerTest, IsTheGroupNamedCanvas) {
   EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("canvas"));
 }
 
-TEST_F(CanvasContainerTest, HidesAnIndicatorWhereTheCanvasFits) {
+TEST_F(CanvasContainerTest, HidesTheIndicatorOfAnAxisOnWhichTheCanvasFits) {
   EXPECT_FALSE(horizontal().isHidden());
   EXPECT_FALSE(vertical().isHidden());
   test::zoomTo(*document, 0.4);
@@ -86,7 +86,7 @@ TEST_F(CanvasContainerTest, DraggingAKnobScrolls) {
   EXPECT_FALSE(horizontal().isDragging());
 }
 
-TEST_F(CanvasContainerTest, TheVerticalKnobGoesDownWithTheView) {
+TEST_F(CanvasContainerTest, DraggingTheVerticalKnobDownScrollsDown) {
   const double before = vertical().knobPosition();
   test::sendMouse(vertical(), QEvent::MouseButtonPress, {5, 50});
   test::sendMouse(vertical(), QEvent::MouseMove, {5, 90}, Qt::NoButton, Qt::LeftButton);
@@ -100,7 +100,7 @@ TEST_F(CanvasContainerTest, TheWheelOverAnIndicatorScrollsTheCanvas) {
   EXPECT_EQ(document->viewportOffset.value(), QPointF(100, 140));
 }
 
-TEST(OverlayScrollIndicator, ItsKnobIsProportionalButNeverShorterThanTwentyFour) {
+TEST(OverlayScrollIndicator, TheKnobIsProportionalButAtLeastTwentyFourPointsLong) {
   OverlayScrollIndicator indicator(Qt::Horizontal, nullptr);
   indicator.resize(200, 10);
   EXPECT_EQ(indicator.knobProportion(), 0.5);

@@ -1,4 +1,4 @@
-// Scrolling, zooming and keys through the view's real events.
+// Scrolling, zooming and keys, driven by real events.
 #include <gtest/gtest.h>
 
 #include <QLineEdit>
@@ -62,7 +62,7 @@ TEST_F(CanvasInputTest, ShiftTurnsTheWheelSideways) {
   EXPECT_EQ(offset(), QPointF(460, 500));
 }
 
-TEST_F(CanvasInputTest, ScrollingEndsAtTheBoundsAndIsSilentThere) {
+TEST_F(CanvasInputTest, ScrollingStopsAtTheBoundsWithoutNotifying) {
   document->setViewportOffset(QPointF(-200, -140));
   const test::ChangeRecorder changes(*document);
   const auto moves = [&] { return changes.count<change::ViewChanged>(ViewProperty::viewportOffset); };
@@ -83,7 +83,7 @@ TEST_F(CanvasInputTest, ACanvasThatFitsDoesNotScroll) {
   EXPECT_EQ(scrollChanges, 0);
 }
 
-TEST_F(CanvasInputTest, OneWheelClickWithOptionZoomsOneStep) {
+TEST_F(CanvasInputTest, OneWheelClickWithAltZoomsOneStep) {
   altWheel(oneClickUp);
   EXPECT_EQ(document->zoomLevelIndex.value(), 15);
   altWheel(-oneClickUp);
@@ -91,14 +91,14 @@ TEST_F(CanvasInputTest, OneWheelClickWithOptionZoomsOneStep) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 13);
 }
 
-TEST_F(CanvasInputTest, AWheelTurnedSidewaysByOptionZoomsAllTheSame) {
+TEST_F(CanvasInputTest, AltZoomsEvenWhenTheWheelDeltaIsHorizontal) {
   altWheel({120, 0});
   EXPECT_EQ(document->zoomLevelIndex.value(), 15);
   altWheel({-120, 0});
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
-TEST_F(CanvasInputTest, ClicksStepAtASumOfTwenty) {
+TEST_F(CanvasInputTest, WheelClicksStepWhenTheirSumReachesTwenty) {
   altWheel({0, 57});
   EXPECT_EQ(view().scrollZoomAccumulator(), 19.0);
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
@@ -109,7 +109,7 @@ TEST_F(CanvasInputTest, ClicksStepAtASumOfTwenty) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
-TEST_F(CanvasInputTest, PreciseDeltasStepAtASumOfFifty) {
+TEST_F(CanvasInputTest, PreciseDeltasStepWhenTheirSumReachesFifty) {
   altWheel({0, 10}, Qt::ScrollBegin, {0, 30});
   altWheel({0, 10}, Qt::ScrollUpdate, {0, 19});
   EXPECT_EQ(view().scrollZoomAccumulator(), 49.0);
@@ -119,7 +119,7 @@ TEST_F(CanvasInputTest, PreciseDeltasStepAtASumOfFifty) {
   EXPECT_EQ(view().scrollZoomAccumulator(), 0.0);
 }
 
-TEST_F(CanvasInputTest, TheZoomSumStartsAndEndsWithTheGesture) {
+TEST_F(CanvasInputTest, TheZoomAccumulatorIsResetWhenAGestureBeginsAndEnds) {
   altWheel({0, 10}, Qt::ScrollUpdate, {0, 40});
   altWheel({0, 10}, Qt::ScrollBegin, {0, 20});
   EXPECT_EQ(view().scrollZoomAccumulator(), 20.0);
@@ -138,14 +138,14 @@ TEST_F(CanvasInputTest, ZoomKeepsThePointUnderThePointer) {
   EXPECT_EQ(offset(), QPointF(600, 400));
 }
 
-TEST_F(CanvasInputTest, ZoomSlidesAtTheEdges) {
+TEST_F(CanvasInputTest, ZoomStaysWithinTheScrollBounds) {
   test::zoomToIndex(*document, 15);
   document->setViewportOffset(QPointF(-100, -75));
   sendWheel(view(), {400, 300}, noPixels, -oneClickUp, Qt::AltModifier);
   EXPECT_EQ(offset(), QPointF(-200, -150));
 }
 
-TEST_F(CanvasInputTest, APinchStepsPastAFifth) {
+TEST_F(CanvasInputTest, APinchStepsBeyondOneFifth) {
   sendGesture(view(), Qt::BeginNativeGesture, 0, {100, 100});
   sendGesture(view(), Qt::ZoomNativeGesture, 0.19, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
@@ -161,7 +161,7 @@ TEST_F(CanvasInputTest, APinchStepsPastAFifth) {
   EXPECT_EQ(view().magnifyAccumulator(), 0.0);
 }
 
-TEST_F(CanvasInputTest, APinchAtTheEndsOfTheTableOnlyStartsAgain) {
+TEST_F(CanvasInputTest, APinchAtTheEndsOfTheTableOnlyResetsItsAccumulator) {
   test::zoomToIndex(*document, 28);
   sendGesture(view(), Qt::ZoomNativeGesture, 0.25, {100, 100});
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
@@ -185,7 +185,7 @@ TEST_F(CanvasInputTest, WithoutADocumentScrollAndPinchDoNothing) {
   EXPECT_FALSE(view().viewToClampedDocument({1, 1}).has_value());
 }
 
-TEST_F(CanvasInputTest, ConversionsComeWholeFractionalAndClamped) {
+TEST_F(CanvasInputTest, ViewPointsConvertToFractionalWholeAndClampedDocumentPoints) {
   test::zoomToIndex(*document, 15);
   document->setViewportOffset(QPointF(-10, 20));
   EXPECT_EQ(view().viewToDocument({5, 5}).value(), QPointF(-7.5, 22.5));
@@ -195,7 +195,7 @@ TEST_F(CanvasInputTest, ConversionsComeWholeFractionalAndClamped) {
   EXPECT_EQ(view().viewToClampedDocument({399, 299}).value(), QPointF(2000, 1500));
 }
 
-TEST_F(CanvasInputTest, KeysZoomWithTheCommandModifierAlone) {
+TEST_F(CanvasInputTest, ZoomKeysNeedTheCommandModifierAlone) {
   pressKey(view(), Qt::Key_Equal, Qt::ControlModifier);
   EXPECT_EQ(document->zoomLevelIndex.value(), 15);
   pressKey(view(), Qt::Key_Plus, Qt::ControlModifier);
@@ -228,7 +228,7 @@ TEST_F(CanvasInputTest, ZoomNotificationsActAtTheViewsCentre) {
   EXPECT_EQ(offset(), QPointF(0, 0));
 }
 
-TEST_F(CanvasInputTest, ActualSizeNeverLeavesASmallCanvasOutside) {
+TEST_F(CanvasInputTest, ActualSizeBringsASmallCanvasBackIntoView) {
   const auto small = test::makeDocument(300, 200);
   test::keepInitialZoom(*small);
   pane.setDocument(small);
@@ -250,7 +250,7 @@ TEST_F(CanvasInputTest, SpaceHoldsTheHand) {
   EXPECT_EQ(tools.toolStack.value(), (std::vector{Tool::zoom}));
 }
 
-TEST_F(CanvasInputTest, SpaceWithTheHandInForcePushesNothing) {
+TEST_F(CanvasInputTest, SpacePushesNothingWhileTheHandIsSelected) {
   pressKey(view(), Qt::Key_Space);
   EXPECT_EQ(tools.toolStack.value(), (std::vector{Tool::hand}));
   tools.selectTool(Tool::zoom);
@@ -258,11 +258,11 @@ TEST_F(CanvasInputTest, SpaceWithTheHandInForcePushesNothing) {
   EXPECT_EQ(tools.toolStack.value(), (std::vector{Tool::zoom}));
 }
 
-TEST_F(CanvasInputTest, ControlTabCyclesDocumentsAndLettingControlGoCommits) {
+TEST_F(CanvasInputTest, ControlTabCyclesDocumentsAndReleasingControlCommits) {
   test::PostCounter next(notification::cycleNextDocument);
   test::PostCounter previous(notification::cyclePreviousDocument);
   test::PostCounter commit(notification::commitMRUCycle);
-  // The toolkit's modifiers are those before a modifier key took effect on some desktops, after it on others.
+  // On some desktops an event's modifiers exclude the modifier key that caused it, on others they include it.
   sendKey(view(), QEvent::KeyPress, Qt::Key_Control, Qt::NoModifier);
   sendKey(view(), QEvent::KeyPress, Qt::Key_Tab, Qt::ControlModifier);
   EXPECT_EQ(next.count, 1);
@@ -279,13 +279,13 @@ TEST_F(CanvasInputTest, ControlTabCyclesDocumentsAndLettingControlGoCommits) {
   EXPECT_EQ(previous.count, 1);
 }
 
-TEST_F(CanvasInputTest, EveryModifierChangeWithoutControlCommits) {
+TEST_F(CanvasInputTest, AnyModifierChangeWithoutControlCommits) {
   test::PostCounter commit(notification::commitMRUCycle);
   pressKey(view(), Qt::Key_Shift);
   EXPECT_EQ(commit.count, 2);
 }
 
-TEST_F(CanvasInputTest, TheCursorPositionIsTheWholePixelInsideTheCanvas) {
+TEST_F(CanvasInputTest, TheCursorPositionIsTheCanvasPixelUnderThePointer) {
   test::zoomToIndex(*document, 15);
   test::moveMouse(view(), {5, 9});
   EXPECT_EQ(document->cursorDocumentPosition.value(), std::optional(QPointF(2, 4)));
@@ -309,7 +309,7 @@ TEST_F(CanvasInputTest, TheLastPixelIsInsideAndTheNextIsNot) {
   EXPECT_EQ(small->cursorDocumentPosition.value(), std::nullopt);
 }
 
-TEST(CanvasFocus, ComesBackToTheCanvasUnlessTextIsBeingTyped) {
+TEST(CanvasFocus, ReturnsToTheCanvasUnlessTextIsBeingTyped) {
   ToolState tools;
   QWidget window;
   auto* layout = new QVBoxLayout(&window);

@@ -1,4 +1,4 @@
-// When each pass draws, and the bytes it binds.
+// When each pass draws, and the uniforms it binds.
 #include "canvas/CanvasLayers.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using test::makeDocument;
 
 constexpr CanvasViewContext viewContext{1920, 1080, 640, 480, 12.5, -3, 2, 1.25};
 
-/// What a pass records: exactly one draw.
+/// The one draw that a pass records.
 RenderEncoder::Draw recordedDraw(const CanvasViewLayer& pass, const Document* document) {
   RenderEncoder encoder({nullptr, 0, 0, 0});
   pass.render(encoder, viewContext, document);
@@ -33,7 +33,7 @@ MetalContext& context() {
   return MetalContext::shared();
 }
 
-TEST(BackgroundPass, AlwaysDrawsItsGrey) {
+TEST(BackgroundPass, AlwaysDrawsGrey) {
   const BackgroundLayer pass(context());
   EXPECT_EQ(pass.name(), "Background");
   EXPECT_TRUE(pass.shouldRender(viewContext, nullptr));

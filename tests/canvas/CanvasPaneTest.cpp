@@ -1,4 +1,4 @@
-// The pane as a whole: first fit, switching, painting at every scale, dropped files.
+// The pane as a whole: the initial fit, switching documents, painting and dropped files.
 #include "canvas/CanvasPaneView.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ TEST_F(CanvasPaneTest, SaysThatNoDocumentIsOpen) {
   EXPECT_EQ(texts, (QStringList{"No Document Open", "Create a new document or open an existing one."}));
 }
 
-TEST_F(CanvasPaneTest, FitsADocumentOnceWhenItFirstHasAPlace) {
+TEST_F(CanvasPaneTest, FitsADocumentOnceWhenItIsFirstShown) {
   const auto document = test::makeDocument(1600, 800);
   pane.setDocument(document);
   EXPECT_TRUE(document->needsInitialZoom.value());
@@ -47,7 +47,7 @@ TEST_F(CanvasPaneTest, FitsADocumentOnceWhenItFirstHasAPlace) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
-TEST_F(CanvasPaneTest, FitsADocumentThatComesIntoAnOpenWindow) {
+TEST_F(CanvasPaneTest, FitsADocumentThatOpensInAVisibleWindow) {
   pane.show();
   const auto document = test::makeDocument(1600, 800);
   pane.setDocument(document);
@@ -84,7 +84,7 @@ TEST_F(CanvasPaneTest, ShowsAChangedPropertyOfANode) {
   EXPECT_TRUE(test::runUntil([&] { return shownAt(200, 150) != 0xFFFFFFFFU; }));
 }
 
-TEST_F(CanvasPaneTest, HoldsACanvasThatComesToFitAtTheCentre) {
+TEST_F(CanvasPaneTest, CentresACanvasThatFitsAfterAResize) {
   pane.show();
   const auto document = test::makeDocument(500, 400);
   test::keepInitialZoom(*document);
@@ -94,7 +94,7 @@ TEST_F(CanvasPaneTest, HoldsACanvasThatComesToFitAtTheCentre) {
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }
 
-TEST_F(CanvasPaneTest, ForgetsAClosedDocument) {
+TEST_F(CanvasPaneTest, KeepsNoClosedDocumentAlive) {
   pane.show();
   auto document = test::makeDocument(20, 20);
   const std::weak_ptr<Document> watched = document;
@@ -115,7 +115,7 @@ TEST_F(CanvasPaneTest, OpensDroppedFiles) {
     QDragEnterEvent enter({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&target, &enter);
     EXPECT_TRUE(enter.isAccepted());
-    // A source that proposes a move would delete its files once they were moved.
+    // A source that proposes a move deletes its files after a drop that accepts it.
     QDropEvent event({10, 10}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::ShiftModifier);
     ASSERT_EQ(event.proposedAction(), Qt::MoveAction);
     QApplication::sendEvent(&target, &event);

@@ -1,4 +1,4 @@
-// The rules of a frame.
+// What a frame flattens, draws and presents.
 #include "canvas/CanvasRenderer.h"
 
 #include <gtest/gtest.h>
@@ -53,14 +53,14 @@ TEST_F(CanvasRendererTest, ShowsTheCheckerboardThroughAnEmptyTree) {
   EXPECT_EQ(view.at(10, 10), surround);
 }
 
-TEST_F(CanvasRendererTest, PassesAreFixedAndInOrder) {
+TEST_F(CanvasRendererTest, HasTheFourPassesInOrder) {
   std::vector<std::string> names;
   for (const auto& pass : renderer.layers()) names.push_back(pass->name());
   EXPECT_EQ(names, (std::vector<std::string>{"Background", "Checkerboard", "Document", "Pixel Grid"}));
   EXPECT_TRUE(renderer.toolOverlayLayers.empty());
 }
 
-TEST_F(CanvasRendererTest, TouchesNoPixelWhileNothingChanges) {
+TEST_F(CanvasRendererTest, WritesNoPixelsWhileNothingChanges) {
   renderer.drawInMTKView(view);
   std::fill(view.pixels.begin(), view.pixels.end(), 0x12345678U);
   now += 1.0;
@@ -105,7 +105,7 @@ TEST_F(CanvasRendererTest, PaintsWhatWasEdited) {
   EXPECT_EQ(view.at(50, 40), red);
 }
 
-TEST_F(CanvasRendererTest, FlattensForPropertiesThatSetNoFlag) {
+TEST_F(CanvasRendererTest, FlattensAfterAPropertyThatSetsNoFlag) {
   renderer.drawInMTKView(view);
   document->setOpacity(background()->id, 0.5F);
   EXPECT_FALSE(document->needsCompositing.value());
@@ -116,7 +116,7 @@ TEST_F(CanvasRendererTest, FlattensForPropertiesThatSetNoFlag) {
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
 }
 
-TEST_F(CanvasRendererTest, PropertiesThatDoNotShowFlattenNothing) {
+TEST_F(CanvasRendererTest, InvisiblePropertiesFlattenNothing) {
   renderer.drawInMTKView(view);
   document->rename(background()->id, QStringLiteral("Sky"));
   document->setLocked(background()->id, true);
@@ -129,7 +129,7 @@ TEST_F(CanvasRendererTest, PropertiesThatDoNotShowFlattenNothing) {
   EXPECT_EQ(composited(), 2U);
 }
 
-TEST_F(CanvasRendererTest, FlattensForAMaskThatIsSwitched) {
+TEST_F(CanvasRendererTest, FlattensAfterAMaskIsSwitchedOff) {
   test::addMask(*background());
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
@@ -149,8 +149,8 @@ TEST_F(CanvasRendererTest, AFrameLeavesTheCompositeCurrent) {
   EXPECT_EQ(document->compositor().lastCompositingHash(), DocumentCompositor::compositingHash(*document));
 }
 
-TEST_F(CanvasRendererTest, ALongFlatteningIsSpreadOverFrames) {
-  // More tiles than are made between two looks at the clock.
+TEST_F(CanvasRendererTest, ALongFlatteningIsSpreadOverSeveralFrames) {
+  // More tiles than the compositor makes between two checks of its deadline.
   document = makeDocument(1024, 1024);
   renderer.document = document;
   renderer.flatteningPerFrame = std::chrono::milliseconds(0);
@@ -164,7 +164,7 @@ TEST_F(CanvasRendererTest, ALongFlatteningIsSpreadOverFrames) {
   }
 }
 
-TEST_F(CanvasRendererTest, AnEditDuringALongFlatteningStartsItAnew) {
+TEST_F(CanvasRendererTest, AnEditDuringALongFlatteningRestartsIt) {
   document = makeDocument(1024, 1024);
   renderer.document = document;
   renderer.flatteningPerFrame = std::chrono::milliseconds(0);
@@ -177,7 +177,7 @@ TEST_F(CanvasRendererTest, AnEditDuringALongFlatteningStartsItAnew) {
   }
 }
 
-TEST_F(CanvasRendererTest, StopsWithoutDocumentCompositeOrDrawable) {
+TEST_F(CanvasRendererTest, StopsWithoutADocumentACompositeOrADrawable) {
   view.isHidden = true;
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::stopped);
   EXPECT_TRUE(document->needsCompositing.value());
@@ -212,7 +212,7 @@ TEST_F(CanvasRendererTest, TheOutlineMovesTwentyUnitsASecond) {
   EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 10.0F);
 }
 
-TEST_F(CanvasRendererTest, TheOutlineMovesByTheWholeGapAfterHiding) {
+TEST_F(CanvasRendererTest, TheOutlineCatchesUpAfterBeingHidden) {
   renderer.drawInMTKView(view);
   view.isHidden = true;
   now += 2.0;
@@ -224,7 +224,7 @@ TEST_F(CanvasRendererTest, TheOutlineMovesByTheWholeGapAfterHiding) {
   EXPECT_FLOAT_EQ(renderer.selectionAnimationOffset(), 60.0F);
 }
 
-TEST_F(CanvasRendererTest, TheOutlinesPhaseIsTakenBackOnlyPastEightThousand) {
+TEST_F(CanvasRendererTest, TheOutlinesPhaseWrapsBeyondEightThousand) {
   renderer.drawInMTKView(view);
   now += 400.0;
   renderer.drawInMTKView(view);

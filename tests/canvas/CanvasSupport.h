@@ -1,4 +1,4 @@
-// What tests of the canvas share: documents at a given zoom, a drawable without a window, and input events.
+// Helpers for canvas tests: zooming a document, a drawable without a window, and synthetic input events.
 #pragma once
 
 #include <QApplication>
@@ -27,26 +27,26 @@ inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(rea
 
 namespace orvanel::test {
 
-/// Zooms to an entry of the table.
+/// Zooms to an entry of `zoomTable`.
 inline void zoomToIndex(Document& document, int index) {
   DocumentEdit edit(document, editKind::state);
   edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
   edit.set(&Document::zoomLevelIndex, index, ViewProperty::zoom);
 }
 
-/// Zooms to any factor.
+/// Zooms to a factor outside the table.
 inline void zoomTo(Document& document, double zoom) {
   DocumentEdit edit(document, editKind::state);
   edit.set(&Document::customZoomLevel, zoom, ViewProperty::zoom);
 }
 
-/// Leaves the zoom as it is when the document first comes into a view.
+/// Prevents the fit to the view when the document is first shown.
 inline void keepInitialZoom(Document& document) {
   DocumentEdit edit(document, editKind::state);
   edit.set(&Document::needsInitialZoom, false, ViewProperty::needsInitialZoom);
 }
 
-/// A view without a window: memory to draw into, and counters.
+/// A view without a window: a pixel buffer and a count of presented frames.
 class PlainView : public MTKView {
  public:
   PlainView(int width, int height)
@@ -83,7 +83,7 @@ inline void runEventLoop(int milliseconds) {
   while (timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::AllEvents, 5);
 }
 
-/// Lets events run until the condition holds; false when it doesn't within some seconds.
+/// Processes events until the condition holds; false after five seconds.
 [[nodiscard]] inline bool runUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();

@@ -1,4 +1,4 @@
-// Frames come when asked for, and no more than the screen can show.
+// Frames are drawn on request only, at most one per screen refresh.
 #include "canvas/FramePacer.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ namespace {
 using test::runEventLoop;
 using test::runUntil;
 
-TEST(FramePacer, StaysStillUntilItIsStarted) {
+TEST(FramePacer, DrawsNothingBeforeItIsStarted) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.request();
@@ -31,7 +31,7 @@ TEST(FramePacer, DrawsOneFrameForManyRequests) {
   EXPECT_EQ(frames, 1);
 }
 
-TEST(FramePacer, DrawsNothingMoreUntilItIsAskedAgain) {
+TEST(FramePacer, DrawsNothingUntilTheNextRequest) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.start();
@@ -42,7 +42,7 @@ TEST(FramePacer, DrawsNothingMoreUntilItIsAskedAgain) {
   EXPECT_TRUE(runUntil([&] { return frames == 2; }));
 }
 
-TEST(FramePacer, AFrameMayAskForTheNext) {
+TEST(FramePacer, AFrameMayRequestTheNext) {
   int frames = 0;
   FramePacer* asked = nullptr;
   FramePacer pacer([&] {
@@ -55,7 +55,7 @@ TEST(FramePacer, AFrameMayAskForTheNext) {
   EXPECT_EQ(frames, 3);
 }
 
-TEST(FramePacer, ForgetsARequestWhenItIsStopped) {
+TEST(FramePacer, StoppingCancelsAPendingRequest) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.start();
@@ -66,7 +66,7 @@ TEST(FramePacer, ForgetsARequestWhenItIsStopped) {
   EXPECT_EQ(frames, 1);
 }
 
-TEST(FramePacer, IsStartedOnceHoweverOften) {
+TEST(FramePacer, StartingTwiceIsStartingOnce) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.start();

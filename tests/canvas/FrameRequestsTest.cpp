@@ -1,4 +1,4 @@
-// What makes the canvas draw a frame: the document's changes, each once, and nothing else while it is idle.
+// Which changes make the canvas draw a frame. Each draws exactly one; an idle canvas draws none.
 #include <gtest/gtest.h>
 
 #include "CanvasSupport.h"
@@ -7,7 +7,7 @@
 namespace orvanel {
 namespace {
 
-/// Shows nothing, and counts the frames that ask.
+/// An overlay that draws nothing and counts frames.
 class FrameCounter : public CanvasViewLayer {
  public:
   [[nodiscard]] std::string name() const override { return "Frame Counter"; }
@@ -35,9 +35,9 @@ class FrameRequestsTest : public testing::Test {
     settle();
   }
 
-  /// Long enough for many frames, were they asked for.
+  /// Runs the event loop long enough for several frames.
   static void settle() { test::runEventLoop(100); }
-  /// Frames that are drawn because of what `action` does.
+  /// The number of frames that `action` causes.
   template <typename Action>
   int framesAfter(const Action& action) {
     const int before = counter->frames;
@@ -64,7 +64,7 @@ TEST_F(FrameRequestsTest, APropertyDeepInTheTreeDrawsOneFrame) {
   EXPECT_EQ(framesAfter([&] { document->setBlendMode(deep, BlendMode::multiply); }), 1);
 }
 
-TEST_F(FrameRequestsTest, AnEqualValueDrawsNone) {
+TEST_F(FrameRequestsTest, AnEqualValueDrawsNoFrame) {
   const QUuid deep = test::idOf(*document, "Deep");
   EXPECT_EQ(framesAfter([&] { document->setOpacity(deep, 1.0F); }), 0);
   EXPECT_EQ(framesAfter([&] { document->setViewportOffset(document->viewportOffset.value()); }), 0);
@@ -94,7 +94,7 @@ TEST_F(FrameRequestsTest, AChangeOfTheViewDrawsOneFrame) {
   EXPECT_EQ(framesAfter([&] { document->setChannelVisibility({1, 0, 1}); }), 1);
 }
 
-TEST_F(FrameRequestsTest, ManyEditsBetweenTwoFramesDrawOne) {
+TEST_F(FrameRequestsTest, EditsBetweenTwoFramesShareTheNextFrame) {
   EXPECT_EQ(framesAfter([&] {
               for (int i = 0; i < 5; ++i) document->invertActive();
               document->zoomIn();
@@ -102,12 +102,12 @@ TEST_F(FrameRequestsTest, ManyEditsBetweenTwoFramesDrawOne) {
             1);
 }
 
-TEST_F(FrameRequestsTest, ACompositeMadeForAnotherReaderDrawsOneFrame) {
+TEST_F(FrameRequestsTest, ACompositeMadeOutsideAFrameDrawsOneFrame) {
   test::put(document->needsCompositing, true);
   EXPECT_EQ(framesAfter([&] { static_cast<void>(document->composite()); }), 1);
 }
 
-TEST_F(FrameRequestsTest, ALongFlatteningDrawsFramesUntilItIsDone) {
+TEST_F(FrameRequestsTest, ALongFlatteningDrawsFramesUntilItIsFinished) {
   const DocumentPtr large = test::makeDocument(1024, 1024);
   pane.canvasView().renderer().flatteningPerFrame = std::chrono::milliseconds(0);
   pane.setDocument(large);
@@ -116,7 +116,7 @@ TEST_F(FrameRequestsTest, ALongFlatteningDrawsFramesUntilItIsDone) {
   EXPECT_EQ(framesAfter([] {}), 0);
 }
 
-TEST_F(FrameRequestsTest, ADocumentThatIsNoLongerShownDrawsNone) {
+TEST_F(FrameRequestsTest, ADocumentThatIsNoLongerShownDrawsNoFrame) {
   const DocumentPtr other = test::makeDocument(20, 20);
   pane.setDocument(other);
   settle();
@@ -124,7 +124,7 @@ TEST_F(FrameRequestsTest, ADocumentThatIsNoLongerShownDrawsNone) {
   EXPECT_EQ(framesAfter([&] { other->invertActive(); }), 1);
 }
 
-TEST_F(FrameRequestsTest, AHiddenCanvasDrawsNone) {
+TEST_F(FrameRequestsTest, AHiddenCanvasDrawsNoFrame) {
   pane.hide();
   settle();
   EXPECT_EQ(framesAfter([&] { document->invertActive(); }), 0);

@@ -1,4 +1,4 @@
-// Dragging with the hand, through the view that forwards the events.
+// Dragging with the hand tool, through the view that forwards the events.
 #include <gtest/gtest.h>
 
 #include "CanvasSupport.h"
@@ -37,20 +37,20 @@ TEST_F(HandToolTest, StopsAtTheBounds) {
   EXPECT_EQ(document->viewportOffset.value(), QPointF(-200, -150));
 }
 
-TEST_F(HandToolTest, ClosesWhileItHolds) {
+TEST_F(HandToolTest, ShowsAClosedHandWhileDragging) {
   test::sendMouse(view(), QEvent::MouseButtonPress, {100, 100});
   EXPECT_EQ(view().cursor().shape(), Qt::ClosedHandCursor);
   test::sendMouse(view(), QEvent::MouseButtonRelease, {100, 100}, Qt::LeftButton, Qt::NoButton);
   EXPECT_EQ(view().cursor().shape(), Qt::OpenHandCursor);
 }
 
-TEST_F(HandToolTest, LeavesOtherButtonsAlone) {
+TEST_F(HandToolTest, IgnoresOtherButtons) {
   test::sendMouse(view(), QEvent::MouseButtonPress, {100, 100}, Qt::RightButton, Qt::RightButton);
   test::sendMouse(view(), QEvent::MouseMove, {150, 150}, Qt::NoButton, Qt::RightButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }
 
-TEST_F(HandToolTest, AToolWithoutHandlerHasNoGestures) {
+TEST_F(HandToolTest, AToolWithoutAHandlerIgnoresDrags) {
   tools.selectTool(Tool::brush);
   EXPECT_EQ(view().cursor().shape(), Qt::ArrowCursor);
   test::dragMouse(view(), {100, 100}, {130, 80});
@@ -58,7 +58,7 @@ TEST_F(HandToolTest, AToolWithoutHandlerHasNoGestures) {
   EXPECT_TRUE(document->undoStack.operations().empty());
 }
 
-TEST_F(HandToolTest, AGestureEndsForItsHandlerWhenTheToolChanges) {
+TEST_F(HandToolTest, ChangingTheToolEndsTheGesture) {
   test::sendMouse(view(), QEvent::MouseButtonPress, {100, 100});
   tools.selectTool(Tool::brush);
   test::sendMouse(view(), QEvent::MouseMove, {50, 50}, Qt::NoButton, Qt::LeftButton);

@@ -1,5 +1,5 @@
-// On a screen of 1.25 device pixels a view point: one pixel of a frame is one pixel of the screen, wherever
-// the view lies in its window.
+// At a device pixel ratio of 1.25, every frame pixel maps to exactly one screen pixel, wherever the view lies
+// in its window.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -25,8 +25,8 @@ DocumentPtr makeNoise(int width, int height) {
   return document;
 }
 
-TEST(ScaledPaint, PutsTheFramePixelForPixelOnTheScreen) {
-  // It fits the view, so that no indicator lies over it.
+TEST(ScaledPaint, ShowsEveryFramePixelAsOneScreenPixel) {
+  // The canvas fits the view, so no scroll indicator covers it.
   const DocumentPtr document = makeNoise(280, 190);
   ToolState tools;
   for (const QPoint position : {QPoint(0, 0), QPoint(8, 4), QPoint(3, 5), QPoint(1, 2)}) {
@@ -52,7 +52,7 @@ TEST(ScaledPaint, PutsTheFramePixelForPixelOnTheScreen) {
 
       const int left = static_cast<int>(std::lround(position.x() * 1.25));
       const int top = static_cast<int>(std::lround(position.y() * 1.25));
-      // The outermost pixels may be shared with what lies beside the view.
+      // The outermost pixels may be blended with neighbouring widgets.
       int differing = 0;
       for (int y = 1; y + 1 < height; ++y) {
         for (int x = 1; x + 1 < width; ++x) {

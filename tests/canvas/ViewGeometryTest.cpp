@@ -1,4 +1,4 @@
-// Where the document lies in the view.
+// The geometry between view and document.
 #include "canvas/ViewGeometry.h"
 
 #include <gtest/gtest.h>
@@ -35,14 +35,14 @@ TEST(OffsetBounds, HoldACanvasThatFitsAtZero) {
   EXPECT_EQ(boundedOffset({{800, 600}, {400, 1200}, {}, 1.0}, {50, 70}), QPointF(0, 70));
 }
 
-TEST(OffsetBounds, LetHalfAViewOfSurroundInOnEachSide) {
+TEST(OffsetBounds, AllowHalfAViewOfSurroundOnEachSide) {
   const Placement placement{{800, 600}, {1000, 2000}, {}, 2.0};
   EXPECT_EQ(boundedOffset(placement, {-1e6, -1e6}), QPointF(-200, -150));
   EXPECT_EQ(boundedOffset(placement, {1e6, 1e6}), QPointF(800, 1850));
   EXPECT_EQ(boundedOffset(placement, {-199, 1849}), QPointF(-199, 1849));
 }
 
-TEST(ZoomAboutAPoint, KeepsThePointUnlessTheBoundsForbid) {
+TEST(ZoomAboutAPoint, KeepsThePointWithinTheScrollBounds) {
   const Placement after{{800, 600}, {4000, 3000}, {}, 2.0};
   const QPointF kept = offsetKeeping(after, {1000, 1000}, {400, 300});
   EXPECT_EQ(kept, QPointF(800, 850));
@@ -58,7 +58,7 @@ TEST(IndicatorState, IsHiddenWhereTheCanvasFits) {
   EXPECT_FALSE(indicatorState(800, 800, 0, 1.01).isHidden);
 }
 
-TEST(IndicatorState, RunsFromZeroToOneBetweenTheEndsOfScrolling) {
+TEST(IndicatorState, RunsFromZeroToOneOverTheScrollRange) {
   EXPECT_DOUBLE_EQ(indicatorState(800, 1000, -400, 1.0).doubleValue, 0.0);
   EXPECT_DOUBLE_EQ(indicatorState(800, 1000, 600, 1.0).doubleValue, 1.0);
   EXPECT_DOUBLE_EQ(indicatorState(800, 1000, 100, 1.0).doubleValue, 0.5);

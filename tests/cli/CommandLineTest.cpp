@@ -38,7 +38,7 @@ class CommandLineTest : public testing::Test {
     return path(name);
   }
 
-  /// A grey and a coloured thing in a folder, and an empty layer above.
+  /// A layer with a small rectangle inside a folder, below an empty layer.
   QString writeLayered(const char* name) {
     const DocumentPtr document =
         Document::create(QStringLiteral("Layered"), 64, 48, ColorMode::rgb16, MetalContext::shared());
@@ -71,7 +71,7 @@ class CommandLineTest : public testing::Test {
     return json.object();
   }
 
-  /// One line on standard error that begins with the file, and nothing on standard output.
+  /// Expects one line on standard error that begins with the file, and no standard output.
   static void expectFailure(const Outcome& outcome, const QString& file) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, QByteArray());
@@ -138,7 +138,7 @@ TEST_F(CommandLineTest, InfoOfAMissingOrBrokenFileFails) {
   expectFailure(run({QStringLiteral("info"), folder.path()}), folder.path());
 }
 
-TEST_F(CommandLineTest, OutputThatGoesNowhereFails) {
+TEST_F(CommandLineTest, UnwritableStandardOutputFails) {
   const Outcome outcome = run({QStringLiteral("info"), writeImage("photo.png")}, QStringLiteral("/dev/full"));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.errors, StartsWith("standard output: "));
@@ -157,7 +157,7 @@ TEST_F(CommandLineTest, ConvertWritesByTheExtension) {
   }
 }
 
-TEST_F(CommandLineTest, ADocumentSurvivesBeingConvertedToItself) {
+TEST_F(CommandLineTest, ADocumentConvertsToAnEqualDocument) {
   const QString source = writeLayered("layered.tessel");
   const QJsonObject before = info(source);
   ASSERT_EQ(run({QStringLiteral("convert"), source, path("copy.tessel")}).status, 0);
@@ -205,7 +205,7 @@ TEST_F(CommandLineTest, AnUnknownExtensionFailsBeforeAnythingIsRead) {
   expectFailure(run({QStringLiteral("convert"), path("missing.png"), path("out")}), path("out"));
 }
 
-TEST_F(CommandLineTest, WrongUsageIsTold) {
+TEST_F(CommandLineTest, WrongUsageIsReported) {
   const QStringList wrong[] = {
       {},
       {QStringLiteral("frobnicate")},
@@ -227,7 +227,7 @@ TEST_F(CommandLineTest, WrongUsageIsTold) {
   }
 }
 
-TEST_F(CommandLineTest, HelpAndVersionAreAnswers) {
+TEST_F(CommandLineTest, HelpAndVersionSucceed) {
   const Outcome help = run({QStringLiteral("--help")});
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(help.errors, "");
@@ -239,7 +239,7 @@ TEST_F(CommandLineTest, HelpAndVersionAreAnswers) {
   EXPECT_EQ(version.output, QByteArray("orvanel-cli 0.1\n"));
 }
 
-TEST_F(CommandLineTest, NamesMayHoldAnything) {
+TEST_F(CommandLineTest, FileNamesMayContainAnyCharacters) {
   const QString odd = writeImage("ein Bild – 写真 \"x\".png");
   EXPECT_EQ(info(odd)["name"], QStringLiteral("ein Bild – 写真 \"x\""));
 }

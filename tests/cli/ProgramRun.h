@@ -1,4 +1,4 @@
-// Runs the headless program as a process, as it is installed.
+// Runs the command-line program as a process.
 #pragma once
 
 #include <QByteArray>
@@ -16,11 +16,11 @@ struct Outcome {
 
 struct ProgramInput {
   QByteArray standardInput;
-  /// Takes the standard output away from the outcome.
+  /// Redirects standard output, so that the outcome has none.
   QString outputFile;
 };
 
-/// Without a display, in a locale that knows no UTF-8.
+/// Runs it without a display, in a locale without UTF-8.
 [[nodiscard]] Outcome runProgram(const QStringList& arguments, const ProgramInput& input = {});
 
 }  // namespace orvanel::test

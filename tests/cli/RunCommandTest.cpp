@@ -22,7 +22,7 @@ class RunCommandTest : public testing::Test {
  protected:
   [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
 
-  /// Runs steps, given as JSON, on a new document.
+  /// Runs JSON steps on a new document.
   [[nodiscard]] static Outcome run(const char* script, const QString& output = {},
                                    const char* input = "new:60x40:2") {
     QStringList arguments{QStringLiteral("run"), QStringLiteral("-"), QString::fromUtf8(input)};
@@ -30,7 +30,7 @@ class RunCommandTest : public testing::Test {
     return runProgram(arguments, {.standardInput = script, .outputFile = {}});
   }
 
-  /// What each `state` of a script printed.
+  /// The output of each `state` step of a script.
   [[nodiscard]] static std::vector<QJsonObject> states(const Outcome& outcome) {
     EXPECT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_EQ(outcome.errors, "");
@@ -40,7 +40,7 @@ class RunCommandTest : public testing::Test {
     }
     return result;
   }
-  /// The last state that a script printed.
+  /// The output of the last `state` step.
   [[nodiscard]] static QJsonObject state(const char* script, const char* input = "new:60x40:2") {
     const std::vector<QJsonObject> all = states(run(script, {}, input));
     EXPECT_FALSE(all.empty());
@@ -58,7 +58,7 @@ class RunCommandTest : public testing::Test {
   QTemporaryDir folder;
 };
 
-TEST_F(RunCommandTest, StateTellsEverythingOfANewDocument) {
+TEST_F(RunCommandTest, StateDescribesANewDocumentCompletely) {
   const QJsonObject facts = state(R"([{"do": "state"}])");
   EXPECT_EQ(facts["canvasWidth"], 60);
   EXPECT_EQ(facts["canvasHeight"], 40);
@@ -128,7 +128,7 @@ TEST_F(RunCommandTest, NodesAreNamedByIdOrName) {
   EXPECT_EQ(facts["operations"], 9);
 }
 
-TEST_F(RunCommandTest, MasksAreMadeFilledAppliedAndRemoved) {
+TEST_F(RunCommandTest, MasksAreAddedFilledAppliedAndRemoved) {
   const std::vector<QJsonObject> all = states(run(R"([
     {"do": "ellipse", "cx": 20, "cy": 20, "rx": 10, "ry": 8}, {"do": "addMask"}, {"do": "deselect"},
     {"do": "editMask", "on": true}, {"do": "set", "maskEnabled": false}, {"do": "state"},
@@ -142,7 +142,7 @@ TEST_F(RunCommandTest, MasksAreMadeFilledAppliedAndRemoved) {
   EXPECT_EQ(all[2]["undoActionName"], QStringLiteral("Remove Layer Mask"));
 }
 
-TEST_F(RunCommandTest, BlackAndWhitePointsMayMeetAtEitherEnd) {
+TEST_F(RunCommandTest, BlackAndWhitePointsMayCoincideAtEitherEnd) {
   const auto grayAfter = [&](const char* levels) {
     const QByteArray script =
         R"([{"do": "fill", "color": [0.5, 0.5, 0.5, 1]}, {"do": "levels", "gamma": 1, )" +
@@ -156,7 +156,7 @@ TEST_F(RunCommandTest, BlackAndWhitePointsMayMeetAtEitherEnd) {
   EXPECT_EQ(grayAfter(R"("black": 0, "white": 255)"), 128);
 }
 
-TEST_F(RunCommandTest, WithoutAMaskEditsOfTheMaskGoToThePixelsUntilThereIsOne) {
+TEST_F(RunCommandTest, EditingTheMaskEditsThePixelsWhileThereIsNoMask) {
   const QByteArray script = R"([
     {"do": "editMask", "on": true}, {"do": "fill", "color": [1, 0, 0, 1]}, {"do": "save", "path": ")" +
                             path("before.png").toUtf8() + R"("},
@@ -166,7 +166,7 @@ TEST_F(RunCommandTest, WithoutAMaskEditsOfTheMaskGoToThePixelsUntilThereIsOne) {
   EXPECT_EQ(QImage(path("after.png")).pixelColor(5, 5).alpha(), 0);
 }
 
-TEST_F(RunCommandTest, PixelsTravelThroughTheClipboard) {
+TEST_F(RunCommandTest, PixelsAreCopiedThroughTheClipboard) {
   const QJsonObject facts = state(R"([
     {"do": "paste"}, {"do": "rectangle", "x": 3, "y": 4, "width": 5, "height": 6}, {"do": "cut"},
     {"do": "paste"}, {"do": "move", "dx": 10, "dy": -2}, {"do": "state"}])");
@@ -177,7 +177,7 @@ TEST_F(RunCommandTest, PixelsTravelThroughTheClipboard) {
   EXPECT_EQ(facts["undoActionName"], QStringLiteral("Move"));
 }
 
-TEST_F(RunCommandTest, TransformsCarryTheToolsNames) {
+TEST_F(RunCommandTest, TransformsAreRecordedUnderTheToolsNames) {
   const std::vector<QJsonObject> all = states(run(R"([
     {"do": "addLayer", "name": "A"}, {"do": "rectangle", "x": 20, "y": 10, "width": 12, "height": 8},
     {"do": "fill", "color": [0, 0, 1, 1]}, {"do": "deselect"},
@@ -232,7 +232,7 @@ TEST_F(RunCommandTest, SelectionsOfEveryKind) {
   EXPECT_EQ(all[7]["undoActionName"], QStringLiteral("Select Mask"));
 }
 
-TEST_F(RunCommandTest, WhatDoesNotApplyEndsQuietly) {
+TEST_F(RunCommandTest, InapplicableStepsAreIgnored) {
   const QJsonObject facts = state(R"([
     {"do": "deselect"}, {"do": "copy"}, {"do": "paste"}, {"do": "crop"}, {"do": "trim"}, {"do": "applyMask"},
     {"do": "removeNode"}, {"do": "colorMode", "mode": 2}, {"do": "wand", "x": -5, "y": 900},
@@ -241,7 +241,7 @@ TEST_F(RunCommandTest, WhatDoesNotApplyEndsQuietly) {
   EXPECT_EQ(facts["isDirty"], false);
 }
 
-TEST_F(RunCommandTest, AMalformedStepIsNamedByItsNumber) {
+TEST_F(RunCommandTest, AMalformedStepIsReportedByItsNumber) {
   const Outcome outcome = run(R"([{"do": "clear"}, {"do": "state"}, {"do": "fill"}])");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.errors, "-: step 3: \"color\" is missing\n");
@@ -290,7 +290,7 @@ TEST_F(RunCommandTest, AFolderDoesNotMoveIntoItself) {
   EXPECT_EQ(outcome.errors, "-: step 3: a folder can't be moved into itself\n");
 }
 
-TEST_F(RunCommandTest, WhatIsNoScriptIsRefusedBeforeAnythingRuns) {
+TEST_F(RunCommandTest, AnInvalidScriptIsRefusedBeforeAnythingRuns) {
   for (const char* script :
        {"", "{", "{}", "3", "[3]", "[{}]", R"([{"do": 3}])", R"([{"do": "state"}, []])"}) {
     const Outcome outcome = run(script);
@@ -303,7 +303,7 @@ TEST_F(RunCommandTest, WhatIsNoScriptIsRefusedBeforeAnythingRuns) {
   EXPECT_THAT(missing.errors, StartsWith(path("no.json").toStdString() + ": "));
 }
 
-TEST_F(RunCommandTest, AStepThatSaysSomethingTwiceIsRefused) {
+TEST_F(RunCommandTest, AStepWithADuplicateKeyIsRefused) {
   const auto reason = [](const char* script) { return run(script).errors; };
   EXPECT_EQ(reason(R"([{"do": "clear", "do": "invert"}])"), "-: step 1: \"do\" is given twice\n");
   EXPECT_EQ(reason(R"([{"do": "state"}, {"do": "move", "dx": 1, "dy": 0, "d\u0078": 1}])"),
@@ -313,7 +313,7 @@ TEST_F(RunCommandTest, AStepThatSaysSomethingTwiceIsRefused) {
             "-: step 1: \"do\" is given twice\n");
 }
 
-TEST_F(RunCommandTest, ANewDocumentHasALegalSizeAndMode) {
+TEST_F(RunCommandTest, ANewDocumentNeedsAValidSizeAndMode) {
   for (const char* input : {"new:0x5:2", "new:5x0:2", "new:16385x5:2", "new:5x5:4", "new:5x5", "new:-5x5:2",
                             "new:5x5:2x", "new:99999999999x5:2"}) {
     const Outcome outcome = run("[]", {}, input);
@@ -323,7 +323,7 @@ TEST_F(RunCommandTest, ANewDocumentHasALegalSizeAndMode) {
   EXPECT_EQ(state(R"([{"do": "state"}])", "new:16384x1:3")["canvasWidth"], 16384);
 }
 
-TEST_F(RunCommandTest, TimesOfTheStepsGoToStandardError) {
+TEST_F(RunCommandTest, StepTimesAreWrittenToStandardError) {
   const Outcome outcome = runProgram(
       {QStringLiteral("run"), QStringLiteral("--time"), QStringLiteral("-"), QStringLiteral("new:5x5:2")},
       {.standardInput = R"([{"do": "clear"}, {"do": "undo"}])", .outputFile = {}});
@@ -332,7 +332,7 @@ TEST_F(RunCommandTest, TimesOfTheStepsGoToStandardError) {
   EXPECT_THAT(outcome.errors, testing::MatchesRegex("step 1 clear: [0-9.]+ ms\nstep 2 undo: [0-9.]+ ms\n"));
 }
 
-TEST_F(RunCommandTest, BehindTwoDashesEverythingIsAFile) {
+TEST_F(RunCommandTest, ArgumentsAfterTwoDashesAreFiles) {
   QFile script(path("--time"));
   ASSERT_TRUE(script.open(QIODevice::WriteOnly));
   script.write("[]");
@@ -346,7 +346,7 @@ TEST_F(RunCommandTest, BehindTwoDashesEverythingIsAFile) {
   EXPECT_TRUE(QFile::exists(path("out.png")));
 }
 
-TEST_F(RunCommandTest, AnUnknownOutputNameIsToldBeforeTheScriptIsRead) {
+TEST_F(RunCommandTest, AnUnknownOutputExtensionIsRefusedBeforeTheScriptIsRead) {
   const Outcome outcome = run("no script", path("out.xyz"));
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.errors, StartsWith(path("out.xyz").toStdString() + ": "));

@@ -5,7 +5,7 @@
 
 #include "io/document/EndlessSaver.h"
 
-// Image plugins and queued calls want an application object; none of this needs a display.
+// Image plugins and queued calls need an application object, but no display.
 int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   if (argc == 3 && std::strcmp(argv[1], orvanel::testing::saveForeverArgument) == 0) {

@@ -65,7 +65,7 @@ TEST_F(DocumentTabBarTest, ShowsATabForEachDocumentInOrder) {
   EXPECT_GE(bar.newTabButton()->x(), left);
 }
 
-TEST_F(DocumentTabBarTest, KeepsTheTabsOfDocumentsThatStay) {
+TEST_F(DocumentTabBarTest, KeepsTheTabsOfDocumentsThatRemainOpen) {
   showDocuments(3);
   DocumentTab* kept = bar.tabs()[2];
   documents.erase(documents.begin());
@@ -86,7 +86,7 @@ TEST_F(DocumentTabBarTest, AClickOnlyRequestsTheDocument) {
   EXPECT_TRUE(bar.tabs()[1]->isChecked());
 }
 
-TEST_F(DocumentTabBarTest, TheCloseButtonShowsUnderThePointer) {
+TEST_F(DocumentTabBarTest, TheCloseButtonAppearsUnderThePointer) {
   showDocuments(2);
   DocumentTab& tab = *bar.tabs()[1];
   EXPECT_FALSE(tab.closeButton()->isVisible());

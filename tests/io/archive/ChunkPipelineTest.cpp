@@ -22,7 +22,7 @@ int numberOf(const Chunk& chunk) {
   return index;
 }
 
-TEST(ChunkPipeline, givesAllChunksInOrder) {
+TEST(ChunkPipeline, deliversAllChunksInOrder) {
   for (const int window : {1, 2, 7, 1000}) {
     ChunkPipeline pipeline(300, window, numbered);
     for (int i = 0; i < 300; ++i) {
@@ -48,7 +48,7 @@ TEST(ChunkPipeline, staysWithinItsWindow) {
   EXPECT_EQ(made.load(), 200);
 }
 
-TEST(ChunkPipeline, canBeLeftAtAnyPoint) {
+TEST(ChunkPipeline, canBeAbandonedAtAnyPoint) {
   for (int takes = 0; takes < 30; ++takes) {
     std::atomic<int> alive{0};
     {

@@ -29,7 +29,7 @@ InflateStream inPieces(const Bytes& stream, std::size_t pieceSize) {
   });
 }
 
-TEST(Deflate, chunksJoinIntoOneStream) {
+TEST(Deflate, chunksFormOneStream) {
   const std::vector<Bytes> chunks{testing::halfNoise(100'000, 1), testing::noise(70'000, 2), Bytes(50'000),
                                   testing::bytesOf("a"), testing::halfNoise(33, 3)};
   Bytes whole;
@@ -43,7 +43,7 @@ TEST(Deflate, emptyChunkIsValid) {
   EXPECT_EQ(testing::inflateWithZlib(joined({}), 0), Bytes());
 }
 
-TEST(Deflate, noiseGrowsByLessThanAThousandth) {
+TEST(Deflate, noiseGrowsByLessThanOnePerMille) {
   const Bytes bytes = testing::noise(1'000'000, 4);
   const ByteBuffer deflated = deflateChunk(bytes);
   EXPECT_LE(deflated.size(), bytes.size() + bytes.size() / 1000);
@@ -54,7 +54,7 @@ TEST(Deflate, repetitionShrinks) {
   EXPECT_LT(deflateChunk(Bytes(1'000'000)).size(), 10'000U);
 }
 
-TEST(Crc32, agreesWithZlibAndJoins) {
+TEST(Crc32, agreesWithZlibAndCombines) {
   const Bytes bytes = testing::noise(100'003, 5);
   const auto* raw = reinterpret_cast<const Bytef*>(bytes.data());
   EXPECT_EQ(crc32(bytes), ::crc32(0, raw, static_cast<uInt>(bytes.size())));
@@ -103,7 +103,7 @@ TEST(InflateStream, failsWhenTheStreamEndsTooEarly) {
   }
 }
 
-TEST(InflateStream, failsOnMoreThanTheStreamHolds) {
+TEST(InflateStream, failsWhenAskedForMoreThanTheStreamHolds) {
   const Bytes bytes = testing::halfNoise(20'000, 9);
   const Bytes stream = joined({bytes});
   InflateStream inflate = inPieces(stream, 512);

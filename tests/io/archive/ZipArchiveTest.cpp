@@ -137,7 +137,7 @@ TEST_F(ZipArchiveTest, streamsReturnTheBytes) {
   EXPECT_FALSE(reader->find("layers/a.layerdata").has_value());
 }
 
-TEST_F(ZipArchiveTest, finishChecksWhatWasNotRead) {
+TEST_F(ZipArchiveTest, finishVerifiesTheUnreadRest) {
   ASSERT_TRUE(write(entries_).has_value());
   const auto reader = ZipReader::open(path().toStdString());
   for (std::size_t i = 0; i < 3; ++i) {
@@ -288,7 +288,7 @@ TEST(HostileArchive, invalidNames) {
   }
 }
 
-TEST(HostileArchive, hundredThousandEntries) {
+TEST(HostileArchive, aHundredThousandEntries) {
   ZipFixture fixture;
   for (int i = 0; i < 100'000; ++i) fixture.add(ZipFixture::stored(std::to_string(i), {}));
   const auto reader = open(fixture.make());
@@ -305,7 +305,7 @@ TEST(HostileArchive, encryptedOrUnknownMethod) {
   EXPECT_FALSE(isSound(fixture.make()));
 }
 
-TEST(HostileArchive, anyByteWrong) {
+TEST(HostileArchive, anyCorruptByte) {
   const Bytes whole = honest().make();
   for (std::size_t place = 0; place < whole.size(); ++place) {
     for (const unsigned flip : {0x01U, 0x80U, 0xFFU}) {

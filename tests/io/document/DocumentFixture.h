@@ -26,7 +26,7 @@ inline void scribble(Surface& surface, unsigned seed) {
   }
 }
 
-/// A surface of such pixels.
+/// A new surface, filled by `scribble`.
 inline Texture scribbled(PixelFormat format, int width, int height, unsigned seed) {
   const Texture surface = MetalContext::shared().makeTexture(format, width, height);
   scribble(*surface, seed);
@@ -38,7 +38,8 @@ inline std::shared_ptr<LayerMask> scribbledMask(int width, int height, unsigned 
   return std::make_shared<LayerMask>(QUuid::createUuid(), std::make_shared<MaskTexture>(values), isEnabled);
 }
 
-/// Layers, folders in folders, masks on layers with and without pixels, and every property off its default.
+/// Layers, nested folders, masks on layers with and without pixels, and every property at a value other than
+/// its default.
 inline DocumentPtr richDocument(ColorMode mode, int width = 300, int height = 270) {
   const auto pixels = [&](unsigned seed) { return scribbled(layerPixelFormat(mode), width, height, seed); };
   const auto bottom = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Bottom")}, pixels(1));

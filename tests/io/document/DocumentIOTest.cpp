@@ -48,7 +48,7 @@ class DocumentIOTest : public ::testing::Test {
     return reader->entries()[*reader->find(entry)].size;
   }
 
-  /// Lets the event loop run until the condition holds.
+  /// Processes events until the condition holds; false after a minute.
   static bool waitFor(const std::function<bool()>& condition) {
     QElapsedTimer timer;
     timer.start();
@@ -84,7 +84,7 @@ TEST_F(DocumentIOTest, loadedDocumentStartsClean) {
   EXPECT_FALSE(layer->isMaskSelected.value());
 }
 
-TEST_F(DocumentIOTest, entriesStandInTreeOrder) {
+TEST_F(DocumentIOTest, entriesAreInTreeOrder) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   ASSERT_TRUE(save(document).has_value());
   const LayerNodeList& roots = document->rootNodes.value();
@@ -99,13 +99,13 @@ TEST_F(DocumentIOTest, entriesStandInTreeOrder) {
   EXPECT_EQ(sizeOf(masked + ".mask.layerdata"), 24U + 300U * 270U * 2U);
 }
 
-TEST_F(DocumentIOTest, greyLayersTakeTwoBytesAPixel) {
+TEST_F(DocumentIOTest, greyLayersTakeTwoBytesPerPixel) {
   const DocumentPtr document = richDocument(ColorMode::grayscale8, 3, 2);
   ASSERT_TRUE(save(document).has_value());
   EXPECT_EQ(sizeOf(entryPaths()[2]), 24U + 12U);
 }
 
-TEST_F(DocumentIOTest, previewIsAPictureOfTheComposite) {
+TEST_F(DocumentIOTest, previewShowsTheComposite) {
   const DocumentPtr document =
       Document::create(QStringLiteral("Blue"), 300, 1200, ColorMode::rgb8, MetalContext::shared());
   document->fillSelection({32 / 255.0F, 64 / 255.0F, 128 / 255.0F, 1.0F});
@@ -221,7 +221,7 @@ TEST_F(DocumentIOTest, readOnlyDirectoryLeavesTheOldFile) {
   EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(disk.created)));
 }
 
-TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
+TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsOfTheCall) {
   const DocumentPtr document = richDocument(ColorMode::rgb16);
   ASSERT_TRUE(save(document).has_value());
   const DocumentPtr before = *load();
@@ -238,7 +238,7 @@ TEST_F(DocumentIOTest, backgroundSaveWritesTheDocumentAsItWas) {
       [&](double done) { progress.push_back(done); });
   EXPECT_TRUE(DocumentIO::isSaving());
   EXPECT_EQ(finished, 0);
-  // Edits after the call go to the document, not to the file.
+  // Edits after the call change the document, not the file.
   document->selectNode(document->rootNodes.value()[0].id());
   document->clearActive();
   document->setName(QStringLiteral("Later"));
@@ -283,7 +283,7 @@ TEST_F(DocumentIOTest, cancelledSaveLeavesTheOldFileAndNothingElse) {
   EXPECT_FALSE(DocumentIO::isSaving());
 }
 
-TEST_F(DocumentIOTest, cancelledLoadHandsOutNoDocument) {
+TEST_F(DocumentIOTest, cancelledLoadDeliversNoDocument) {
   ASSERT_TRUE(save(richDocument(ColorMode::rgb8)).has_value());
   const auto cancellation = std::make_shared<Cancellation>();
   QObject receiver;
@@ -316,7 +316,7 @@ TEST_F(DocumentIOTest, fillingStopsBetweenBandsWhenItIsCancelled) {
   EXPECT_LE(told, static_cast<int>(opened->requests.size()));
 }
 
-TEST_F(DocumentIOTest, secondSaveMeanwhileWritesNothingAndSucceeds) {
+TEST_F(DocumentIOTest, secondSimultaneousSaveWritesNothingAndSucceeds) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   const DocumentPtr other = richDocument(ColorMode::grayscale8);
   QObject receiver;
@@ -402,7 +402,7 @@ TEST_F(DocumentIOTest, failedLoadReportsOnce) {
   ASSERT_TRUE(waitFor([&] { return failures == 1; }));
 }
 
-TEST(DocumentPath, isToldByExtensionOrDirectory) {
+TEST(DocumentPath, isRecognisedByExtensionOrDirectory) {
   const QTemporaryDir directory;
   EXPECT_TRUE(DocumentIO::isDocumentPath(QStringLiteral("a.tessel")));
   EXPECT_TRUE(DocumentIO::isDocumentPath(QStringLiteral("a.TESSEL")));

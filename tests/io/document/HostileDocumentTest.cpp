@@ -83,7 +83,7 @@ TEST(DocumentReader, orderOfEntriesDoesNotMatter) {
   EXPECT_EQ(failureOf(archive), "");
 }
 
-TEST(DocumentReader, unknownNumbersFallBack) {
+TEST(DocumentReader, unknownEnumeratorsFallBackToDefaults) {
   const std::string node =
       R"({"blendMode":99,"id":"11111111-2222-3333-4444-55555555AAAA","isLocked":false,"isVisible":true,"name":"L",)"
       R"("opacity":1,"type":"layer"})";
@@ -279,7 +279,7 @@ TEST(HostileDocument, opacityIsClamped) {
   EXPECT_EQ((*load(fixture(manifest(node))))->rootNodes.value()[0].opacity().value(), 1.0F);
 }
 
-TEST(HostileDocument, nestingWithoutEnd) {
+TEST(HostileDocument, endlessNesting) {
   std::string nodes;
   for (int i = 0; i < 100'000; ++i) {
     nodes +=
@@ -398,7 +398,7 @@ TEST(HostileDocument, zeroBombInflatesOnlyToTheDeclaredSize) {
   EXPECT_NE(failureOf(fixture(text)), "");
 }
 
-TEST(HostileDocument, anyByteOfAnArchiveWrong) {
+TEST(HostileDocument, anyCorruptByteOfAnArchive) {
   const Bytes whole = fixture(manifest(layerNode())).make();
   for (std::size_t place = 0; place < whole.size(); ++place) {
     for (const unsigned flip : {0x01U, 0x40U, 0xFFU}) {

@@ -110,7 +110,7 @@ TEST(JsonReader, skipsValuesOfAnyDepth) {
   EXPECT_FALSE(isSound(std::string(depth, '[') + std::string(depth - 1, ']')));
 }
 
-TEST(JsonReader, staysQuietAfterAFailure) {
+TEST(JsonReader, readsNothingAfterAFailure) {
   JsonReader json("[1, oops, 2]");
   int elements = 0;
   json.array([&] {

@@ -52,8 +52,8 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
     QProcess saver;
     saver.start(QCoreApplication::applicationFilePath(),
                 {QString::fromLatin1(testing::saveForeverArgument), path});
-    // The first save warms up, the second tells how long one takes; the kill falls somewhere in a later one,
-    // however busy the machine is.
+    // The first save is a warm-up and the second is timed, so that the kill falls within a later save however
+    // busy the machine is.
     ASSERT_TRUE(awaitSave(saver).has_value());
     const auto duration = awaitSave(saver);
     ASSERT_TRUE(duration.has_value());

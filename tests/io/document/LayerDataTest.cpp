@@ -38,14 +38,14 @@ TEST(LayerdataHeader, codesAreFixed) {
   EXPECT_EQ(layerdataCode(PixelFormat::r16Float), 4);
 }
 
-TEST(LayerdataHeader, unknownFormatsAndCodesAreHalfFloats) {
+TEST(LayerdataHeader, unknownFormatsAndCodesFallBackToHalfFloats) {
   EXPECT_EQ(layerdataCode(PixelFormat::bgra8Unorm), 3);
   EXPECT_EQ(layerdataFormat(5), PixelFormat::rgba16Float);
   EXPECT_EQ(layerdataFormat(65535), PixelFormat::rgba16Float);
   EXPECT_EQ(LayerdataHeader::of(PixelFormat::bgra8Unorm, 10, 1).bytesPerRow, 80U);
 }
 
-TEST(LayerdataHeader, needsTheWholeHeaderAndItsMagic) {
+TEST(LayerdataHeader, requiresAWholeHeaderAndItsMagic) {
   const auto bytes = LayerdataHeader::of(PixelFormat::rgba8Unorm, 5, 5).encoded();
   for (std::size_t length = 0; length < bytes.size(); ++length) {
     EXPECT_FALSE(LayerdataHeader::decode(std::span(bytes).first(length)).has_value());

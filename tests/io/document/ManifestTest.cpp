@@ -152,7 +152,7 @@ TEST(Manifest, unterminatedFoldersAreRejected) {
   EXPECT_NE(failureOf(whole.substr(0, whole.size() - 3) + "}"), "");
 }
 
-TEST(Manifest, aNodeHasOneListOfChildren) {
+TEST(Manifest, aNodeHasOnlyOneListOfChildren) {
   EXPECT_NE(failureOf(manifestText("\"type\" : \"layer\"",
                                    R"("children" : [], "type" : "folder", "children" : [])")),
             "");
@@ -244,7 +244,7 @@ TEST(Manifest, readsWhatItWrote) {
   EXPECT_EQ(encodeManifest(*decoded), text);
 }
 
-TEST(Manifest, emptyTreeGivesAnEmptyArray) {
+TEST(Manifest, anEmptyTreeIsWrittenAsAnEmptyArray) {
   const DocumentPtr document = Document::create({.name = QStringLiteral("Empty")}, MetalContext::shared());
   EXPECT_TRUE(encodeManifest(*describeDocument(*document)).contains("\"nodes\" : []"));
 }

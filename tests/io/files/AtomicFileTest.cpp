@@ -72,7 +72,7 @@ TEST_F(AtomicFileTest, closesTheReplacedFileInTheBackground) {
   EXPECT_EQ(openFiles(), before);
 }
 
-TEST_F(AtomicFileTest, newFileHasTheOrdinaryPermissions) {
+TEST_F(AtomicFileTest, newFileHasTheDefaultPermissions) {
   const mode_t mask = ::umask(0027);
   ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
   ::umask(mask);
@@ -166,7 +166,7 @@ TEST_F(AtomicFileTest, leavesTheOldFileWhenTheCheckFails) {
   EXPECT_EQ(contents(path()), "old");
 }
 
-TEST_F(AtomicFileTest, noticesAFileThatWasCutShortOnTheDisk) {
+TEST_F(AtomicFileTest, detectsAFileThatWasTruncatedOnTheDisk) {
   put(path(), "old");
   const auto file = AtomicFile::create(path());
   ASSERT_TRUE((*file)->write(testing::noise(5'000'000, 3)).has_value());

@@ -158,7 +158,7 @@ TEST_F(FlatImages, GreyStaysGreyEvenIfTheReaderExpandsIt) {
   EXPECT_EQ(opened(saved(colour, QStringLiteral("colour.tiff"), "tiff"))->colorMode.value(), ColorMode::rgb8);
 }
 
-TEST_F(FlatImages, AHeaderOfGreyWithAlphaOrOfAnyDamageIsReadWithinItsBounds) {
+TEST_F(FlatImages, GreyWithAlphaIsReadFromTheHeaderAndDamagedHeadersAreReadWithinBounds) {
   QByteArray greyAlpha("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x01\0\0\0\x01\x10\x04", 26);
   ASSERT_TRUE(traitsOfPng(greyAlpha).has_value());
   EXPECT_TRUE(traitsOfPng(greyAlpha)->isMonochrome);
@@ -220,7 +220,7 @@ TEST_F(FlatImages, AFileThatIsNotAnImageFailsToLoadWithAReason) {
   }
 }
 
-TEST_F(FlatImages, ATruncatedImageOfEveryLengthNeitherCrashesNorHangs) {
+TEST_F(FlatImages, ATruncatedImageNeitherCrashesNorHangs) {
   QImage image(64, 48, QImage::Format_RGB32);
   image.fill(Qt::cyan);
   for (const char* format : {"png", "jpeg", "bmp", "tiff"}) {
@@ -379,7 +379,7 @@ TEST_F(FlatImages, FormatsWithoutAlphaAreWrittenOverWhite) {
   EXPECT_TRUE(gif->startsWith("GIF89a"));
 }
 
-TEST_F(FlatImages, DeepDocumentsAreWrittenWithEightBitsAndBrightValuesClamp) {
+TEST_F(FlatImages, SixteenBitDocumentsAreWrittenAtEightBitsAndClamped) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   Surface& pixels = test::writable(document->rootNodes.value().front().layer()->texture.value());
   pixels.fill(0x3C00000038004000ULL);  // red 2.0, green 0.5, blue 0, opaque
@@ -387,7 +387,7 @@ TEST_F(FlatImages, DeepDocumentsAreWrittenWithEightBitsAndBrightValuesClamp) {
   EXPECT_EQ(back.pixel(10, 10), qRgb(255, 128, 0));
 }
 
-TEST_F(FlatImages, ASecondLayerMakesTheDocumentNoLongerFlat) {
+TEST_F(FlatImages, ADocumentWithASecondLayerIsNotFlat) {
   QImage image(10, 10, QImage::Format_RGB32);
   image.fill(Qt::blue);
   const DocumentPtr document = opened(saved(image, QStringLiteral("flat.png"), "png"));

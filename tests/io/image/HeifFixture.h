@@ -24,7 +24,7 @@ using UncountedLeaks = __lsan::ScopedDisabler;
 struct UncountedLeaks {};
 #endif
 
-/// The library's functions for writing, found by name: no other test needs it.
+/// The library's functions for writing, looked up at run time so that nothing else links it.
 struct HeifWriter {
   QLibrary library{QStringLiteral("heif"), 1};
 
@@ -58,8 +58,7 @@ struct HeifWriter {
   }
 };
 
-/// The file of a picture with straight alpha or none, with its colour profile; nothing when the library
-/// fails.
+/// Encodes an image with straight alpha or none, and its colour profile; nothing when the library fails.
 inline std::optional<QByteArray> heicOf(const QImage& picture) {
   [[maybe_unused]] const UncountedLeaks encodersLeaks;
   const HeifWriter& api = HeifWriter::shared();
@@ -103,7 +102,7 @@ inline std::optional<QByteArray> heicOf(const QImage& picture) {
   return file.readAll();
 }
 
-/// The same file, announcing another size for its pictures.
+/// The same file with another declared image size.
 inline QByteArray heicAnnouncing(QByteArray file, std::uint32_t width, std::uint32_t height) {
   constexpr qsizetype behindNameAndVersion = 8;
   for (qsizetype at = file.indexOf("ispe"); at >= 0; at = file.indexOf("ispe", at + 1)) {

@@ -104,7 +104,7 @@ TEST_F(HeicFiles, PixelsBeyondTheDeclaredSizeCountAgainstMemory) {
   EXPECT_FALSE(read(bytes).has_value());
 }
 
-TEST_F(HeicFiles, ATruncatedFileOfAnyLengthIsRefusedOrOpensInItsSize) {
+TEST_F(HeicFiles, ATruncatedFileIsRefusedOrOpensAtItsFullSize) {
   const QByteArray bytes = fileOf(plain(qRgb(200, 90, 30)));
   for (qsizetype length = 0; length < bytes.size(); length += 1 + bytes.size() / 97) {
     const auto image = read(bytes.first(length));
@@ -114,7 +114,7 @@ TEST_F(HeicFiles, ATruncatedFileOfAnyLengthIsRefusedOrOpensInItsSize) {
   }
 }
 
-TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsSomeImage) {
+TEST_F(HeicFiles, ADamagedFileIsRefusedOrOpensAsAnImage) {
   const QByteArray bytes = fileOf(plain(qRgb(200, 90, 30)));
   std::mt19937 random(7);
   for (int round = 0; round < 100; ++round) {

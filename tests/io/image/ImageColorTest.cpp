@@ -36,7 +36,7 @@ class ImageColors : public ::testing::Test {
   MetalContext& context = MetalContext::shared();
 };
 
-/// The value of a grey pixel, opaque, whatever the depth.
+/// The 8-bit value of an opaque grey pixel of any depth.
 double greyAt(const FlatImage& image, int x, int y) {
   const std::uint64_t pixel = image.pixels->pixelAt(x, y);
   if (image.mode == ColorMode::grayscale8) return static_cast<double>(pixel & 0xFFU) / 255.0;
@@ -193,7 +193,7 @@ TEST_F(ImageColors, DeepGreyIsConvertedFromAllOfItsBits) {
   }
 }
 
-TEST_F(ImageColors, BlackAndWhiteStayWhatTheyAreUnderAnyProfile) {
+TEST_F(ImageColors, BlackAndWhiteAreUnchangedByAnyProfile) {
   QImage image = twoColors(qRgb(0, 0, 0), qRgb(255, 255, 255));
   const FlatImage found = opened(testing::pngWithGamma(image, 100000));
   ASSERT_EQ(found.mode, ColorMode::grayscale8);

@@ -14,7 +14,7 @@
 namespace orvanel {
 namespace {
 
-/// Pixels with smooth parts, edges and noise, so that every filter is the best one somewhere.
+/// Gradients, edges and noise, so that every PNG filter is the best one for some row.
 std::vector<std::uint8_t> pixelsOf(int width, int height, int channels) {
   std::mt19937 random(11);
   std::vector<std::uint8_t> pixels;
@@ -80,7 +80,7 @@ TEST(EightBit, roundsAndClamps) {
   }
 }
 
-TEST(Preview, fitsABoxAndNeverGrows) {
+TEST(Preview, fitsABoxAndIsNeverEnlarged) {
   EXPECT_EQ(previewSize(300, 1200), QSize(128, 512));
   EXPECT_EQ(previewSize(200, 100), QSize(200, 100));
   EXPECT_EQ(previewSize(4000, 1), QSize(512, 1));
@@ -90,7 +90,7 @@ TEST(Preview, fitsABoxAndNeverGrows) {
   EXPECT_EQ(previewSize(1, 1), QSize(1, 1));
 }
 
-TEST(Preview, keepsSmallPicturesAsTheyAre) {
+TEST(Preview, keepsSmallImagesUnchanged) {
   Surface composite(PixelFormat::rgba8Unorm, 3, 2);
   const std::vector<std::uint8_t> pixels{1, 2, 3, 255, 4, 5, 6, 255, 7,  8,  9,  128,
                                          9, 8, 7, 255, 6, 5, 4, 255, 30, 20, 10, 255};
@@ -105,7 +105,7 @@ TEST(Preview, keepsSmallPicturesAsTheyAre) {
 }
 
 TEST(Preview, averagesByCoverage) {
-  // Each pixel of the preview lies over two columns, one of them without any coverage.
+  // Each pixel of the preview covers two columns, one of them fully transparent.
   Surface composite(PixelFormat::rgba16Float, 1024, 2);
   for (int x = 0; x < 1024; x += 2) {
     for (int y = 0; y < 2; ++y) {
