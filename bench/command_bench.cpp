@@ -211,7 +211,7 @@ void editASecondApart(benchmark::State& state) {
         kernel += secondsOf([&] { context().invertColors(alone, ColorMode::rgb16, nullptr); }) / edits;
       }
     }
-    const DocumentPtr document = photoDocument(1);
+    const DocumentPtr document = documentOf(photos(1));
     pause();
     state.counters["first_ms"] = secondsOf([&] { document->invertActive(); }) * 1e3;
     double slowest = 0.0;

@@ -114,7 +114,7 @@ TEST_F(CancellingTest, ACancelledSaveOfAnImageLeavesItAsItWas) {
   ASSERT_TRUE(waitForFiles());
   const DocumentPtr document = state.windowState.activeDocument();
   const QByteArray before = contents(path("photo.png"));
-  document->isDirty = true;
+  document->setDirty(true);
   {
     const BackgroundBlock block;
     files.save(document);

@@ -130,7 +130,7 @@ TEST_F(DocumentFilesTest, AnIncompleteImageOpensWithOneWarningAndIsNotSavedOverI
   int asked = 0;
   subscriptions.push_back(NotificationCenter::standard().observe(notification::saveAsDocument,
                                                                  [&](const std::any&) { ++asked; }));
-  document->isDirty = true;
+  document->setDirty(true);
   files.save(document);
   EXPECT_EQ(asked, 1);
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.jpg")}));
@@ -371,7 +371,7 @@ TEST_F(DocumentFilesTest, AnImageKeepsItsMetadataWhenItIsSavedAndExported) {
   ASSERT_TRUE(image.save(path("scan.png")));
   const DocumentPtr scan = openOne(path("scan.png"));
   openOne(writeImage("other.png"));
-  scan->isDirty = true;
+  scan->setDirty(true);
   files.save(scan);
   dialogs.exportTargets.push({path("copy.jpg"), 1});
   files.exportImage(scan);

@@ -62,6 +62,7 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
     // raise costs as well, but nothing is evicted before the next push.
     TextureSnapshot::waitForCompression();
     history.enforceLimits();
+    DocumentEdit(document, editKind::state).tell(change::HistoryChanged{});
   }
   const bool isRecorded = oracle.recordCommand(
       document, {.opacityNode = changesOpacity(name) ? document.selectedNodeID.value() : std::nullopt,

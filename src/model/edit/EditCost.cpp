@@ -36,6 +36,13 @@ bool holdsData(const Surface& surface) {
   return false;
 }
 
+/// Tiles of a surface of another size that can hold data: all of them, or, where all tiles are uniform, those
+/// that the old canvas's edges cut.
+std::uint64_t tilesMadeFrom(const Surface& old, std::uint64_t newTiles) {
+  const auto edges = 2 * static_cast<std::uint64_t>(old.tilesAcross() + old.tilesDown());
+  return holdsData(old) ? newTiles : std::min(newTiles, edges);
+}
+
 }  // namespace
 
 int tilesRewritten(const Surface& surface, const Surface* weight) {
@@ -59,16 +66,20 @@ std::uint64_t ofTiles(const Document& document, const Surface& surface, int tile
 
 std::uint64_t ofCanvas(const Document& document, int width, int height, ColorMode mode) {
   const std::uint64_t tiles = tilesUnder(width, height);
+  const auto layerTileBytes =
+      tilePixelCount * static_cast<std::uint64_t>(bytesPerPixel(layerPixelFormat(mode)));
   std::uint64_t bytes = 0;
+  std::uint64_t flattened = 0;
   for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
-    const ConstTexture pixels = layer->surface(SurfaceKind::pixels);
-    const ConstTexture mask = layer->surface(SurfaceKind::mask);
-    if (pixels != nullptr && holdsData(*pixels)) {
-      bytes += tiles * tilePixelCount * static_cast<std::uint64_t>(bytesPerPixel(layerPixelFormat(mode)));
+    for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
+      const ConstTexture surface = layer->surface(kind);
+      if (surface == nullptr) continue;
+      const std::uint64_t made = tilesMadeFrom(*surface, tiles);
+      bytes += made * (kind == SurfaceKind::mask ? surface->tileBytes() : layerTileBytes);
+      flattened += made;
     }
-    if (mask != nullptr && holdsData(*mask)) bytes += tiles * mask->tileBytes();
   }
-  return bytes == 0 ? 0 : bytes + tiles * flattenedTileBytes(document, mode);
+  return bytes + std::min(flattened, tiles) * flattenedTileBytes(document, mode);
 }
 
 std::uint64_t ofPaste(const Document& document, const PixelClipboard& clipboard) {

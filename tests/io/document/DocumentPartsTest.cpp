@@ -19,10 +19,16 @@ class DocumentParts : public ::testing::Test {
   static constexpr int height = 2900;
 
   DocumentParts() {
-    document_ = Document::createEmpty(QStringLiteral("Large"), width, height, ColorMode::rgb16,
-                                      MetalContext::shared());
-    document_->rootNodes = LayerNodeList{testing::scribbledLayer(*document_, QStringLiteral("Only"), 5)};
-    document_->selectedNodeID = document_->rootNodes.value().front().id();
+    const auto layer = std::make_shared<Layer>(
+        NodeValues{.name = QStringLiteral("Only")},
+        testing::scribbled(layerPixelFormat(ColorMode::rgb16), width, height, 5));
+    document_ = Document::create({.name = QStringLiteral("Large"),
+                                  .width = width,
+                                  .height = height,
+                                  .colorMode = ColorMode::rgb16,
+                                  .rootNodes = {layer},
+                                  .selectedNodeID = layer->id},
+                                 MetalContext::shared());
     EXPECT_TRUE(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()).has_value());
     bytes_ = contentsOf(path());
   }
