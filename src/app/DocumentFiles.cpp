@@ -31,9 +31,7 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
       dialogs_(dialogs),
       opener_(appState.metalContext, activity, dialogs),
       writer_(appState.metalContext, activity) {
-  opener_.onOpened = [this](const DocumentPtr& document, const ImageMetadataPtr& metadata) {
-    documentOpened(document, metadata);
-  };
+  opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -66,9 +64,9 @@ void DocumentFiles::reportRefusedEdit() {
   QMetaObject::invokeMethod(
       this,
       [this] {
-        dialogs_.showNotEnoughMemory(
-            QStringLiteral("There is not enough memory for this edit. The document has not changed. Close other "
-                           "documents or programs and try again."));
+        dialogs_.showNotEnoughMemory(QStringLiteral(
+            "There is not enough memory for this edit. The document has not changed. Close other "
+            "documents or programs and try again."));
       },
       Qt::QueuedConnection);
 }
@@ -94,19 +92,7 @@ QStringList DocumentFiles::openablePaths(const QStringList& paths) {
   return absolute;
 }
 
-void DocumentFiles::keepMetadata(const Document& document, const ImageMetadataPtr& metadata) {
-  std::erase_if(imageMetadata_,
-                [this](const auto& kept) { return !appState_.windowState.findDocument(kept.first); });
-  if (metadata) imageMetadata_.emplace(document.id, metadata);
-}
-
-ImageMetadataPtr DocumentFiles::metadataOf(const Document& document) const {
-  const auto kept = imageMetadata_.find(document.id);
-  return kept == imageMetadata_.end() ? nullptr : kept->second;
-}
-
-void DocumentFiles::documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata) {
-  keepMetadata(*document, metadata);
+void DocumentFiles::documentOpened(const DocumentPtr& document) {
   if (const auto& path = document->sourceFileURL.value()) noteRecentDocument(*path);
   NotificationCenter::standard().post(notification::openedImageDocument, document);
 }
@@ -176,8 +162,7 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (request.flatFormat) {
-    writer_.writeImage(*request.document, request.path, *request.flatFormat, metadataOf(*request.document),
-                       std::move(done));
+    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
   } else {
     writer_.writeDocument(request.document, request.path, std::move(done));
   }
@@ -200,7 +185,7 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
     if (result || result.error().isCancelled) return;
     dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
   };
-  writer_.writeImage(*document, target->path, format, metadataOf(*document), report);
+  writer_.writeImage(*document, target->path, format, report);
 }
 
 void DocumentFiles::cancelAll() {

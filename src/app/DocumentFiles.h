@@ -68,10 +68,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
  private:
   [[nodiscard]] QStringList openablePaths(const QStringList& paths);
-  void documentOpened(const DocumentPtr& document, const ImageMetadataPtr& metadata);
-  void keepMetadata(const Document& document, const ImageMetadataPtr& metadata);
-  /// The metadata of the image file that the document was opened from.
-  [[nodiscard]] ImageMetadataPtr metadataOf(const Document& document) const;
+  void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
@@ -91,8 +88,6 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   AppState& appState_;
   Dialogs& dialogs_;
-  /// By document id, for open documents that came from images.
-  std::map<QUuid, ImageMetadataPtr> imageMetadata_;
   DocumentOpener opener_;
   DocumentWriter writer_;
   SaveQueue saves_{*this};

@@ -71,16 +71,15 @@ void DocumentOpener::imageRead(const BatchPtr& batch, const QString& path,
     return;
   }
   if (!image->warning.isEmpty()) batch->warnings << fileMessage(path, image->warning);
-  fileEnded(batch, path, documentOfFlatImage(*image, path, context_), image->metadata);
+  fileEnded(batch, path, documentOfFlatImage(*image, path, context_));
 }
 
 void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
-                               const FileResult<DocumentPtr>& result,
-                               const std::shared_ptr<const ImageMetadata>& metadata) {
+                               const FileResult<DocumentPtr>& result) {
   // Not every step can be interrupted, so a result may arrive after the batch was cancelled.
   if (batch->cancellation->isCancelled()) return;
   if (result) {
-    if (onOpened) onOpened(*result, metadata);
+    if (onOpened) onOpened(*result);
   } else {
     batch->errors << fileMessage(path, result.error().message);
   }

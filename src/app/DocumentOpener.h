@@ -29,8 +29,8 @@ class DocumentOpener : public QObject {
   /// All must outlive this object.
   DocumentOpener(MetalContext& context, FileActivity& activity, Dialogs& dialogs);
 
-  /// Called with each opened document and its image's metadata, if any.
-  std::function<void(const DocumentPtr&, const std::shared_ptr<const ImageMetadata>&)> onOpened;
+  /// Called with each opened document.
+  std::function<void(const DocumentPtr&)> onOpened;
 
   /// Takes absolute paths. After the last file, one alert lists those that failed and another those that
   /// opened incompletely.
@@ -47,8 +47,7 @@ class DocumentOpener : public QObject {
   void openNext(const BatchPtr& batch);
   void openImage(const BatchPtr& batch, const QString& path, const Progress& progress);
   void imageRead(const BatchPtr& batch, const QString& path, const FileResult<FlatImage>& image);
-  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result,
-                 const std::shared_ptr<const ImageMetadata>& metadata = nullptr);
+  void fileEnded(const BatchPtr& batch, const QString& path, const FileResult<DocumentPtr>& result);
   void finish(const BatchPtr& batch);
   [[nodiscard]] static QString failureTitle(const Batch& batch);
 

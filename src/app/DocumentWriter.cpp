@@ -41,14 +41,13 @@ void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& p
 }
 
 void DocumentWriter::writeImage(const Document& document, const QString& path,
-                                Document::ImageFileFormat format, const ImageMetadataPtr& metadata,
-                                Done done) {
+                                Document::ImageFileFormat format, Done done) {
   const JobPtr job = begin(std::move(done));
   const std::shared_ptr<FrozenComposite> picture = document.freezeComposite();
   const Progress progress = progressOnMainThread(
       this, [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
   runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
-                   path, format, metadata, job, progress] {
+                   metadata = ImageMetadata::of(document), path, format, job, progress] {
     FileResult<void> result =
         writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get());
     runOnMainThread([guard, job, result = std::move(result)] {

@@ -16,9 +16,6 @@
 namespace orvanel {
 
 class MetalContext;
-class ImageMetadata;
-/// Null if there is none.
-using ImageMetadataPtr = std::shared_ptr<const ImageMetadata>;
 
 class DocumentWriter : public QObject {
   Q_OBJECT
@@ -29,12 +26,11 @@ class DocumentWriter : public QObject {
   /// Both must outlive this object.
   DocumentWriter(MetalContext& context, FileActivity& activity);
 
-  // `done` is called once, later, on the main thread. The document's composite must be up to date.
+  // `done` is called once, later, on the main thread.
   /// Writes the document with all its layers. Only one such write may run at a time.
   void writeDocument(const DocumentPtr& document, const QString& path, Done done);
-  /// Writes the composite as a flat image, with as much of the metadata as the format can carry.
-  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format,
-                  const ImageMetadataPtr& metadata, Done done);
+  /// Writes the composite as a flat image, with as much of its source's metadata as the format can carry.
+  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
 
   [[nodiscard]] bool isWriting() const { return !running_.empty(); }
   /// Cancels all writes that have not yet replaced their file; they end with a cancellation error.

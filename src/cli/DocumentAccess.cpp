@@ -4,6 +4,7 @@
 #include "io/document/DocumentIO.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
+#include "io/image/ImageMetadata.h"
 #include "model/DocumentCompositor.h"
 
 namespace orvanel {
@@ -38,7 +39,7 @@ CommandResult writeDocument(Document& document, const QString& path) {
   const std::optional<Document::ImageFileFormat> format = imageFileFormat(path);
   const FileResult<void> written =
       format ? writeFlatImage(document.freezeComposite().get(), document.colorMode.value(), *format, path,
-                              document.context())
+                              document.context(), {}, ImageMetadata::of(document).get())
              : DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
   if (!written) return failed(path, written.error().message);
   return {};

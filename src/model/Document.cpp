@@ -146,7 +146,8 @@ DocumentChanges Document::wholeDocument() const {
   for (const std::shared_ptr<Layer>& layer : allLayers()) {
     for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
       const ConstTexture surface = layer->surface(kind);
-      if (surface != nullptr) changes.emplace_back(change::PixelsChanged{layer->id, kind, everyTile(*surface)});
+      if (surface != nullptr)
+        changes.emplace_back(change::PixelsChanged{layer->id, kind, everyTile(*surface)});
     }
     changes.emplace_back(change::ThumbnailsChanged{layer->id});
   }
@@ -236,6 +237,11 @@ void Document::setSource(const std::optional<QString>& path, const std::optional
   DocumentEdit edit(*this, editKind::state);
   edit.set(&Document::sourceFileURL, path, FileProperty::source);
   edit.set(&Document::sourceFileFormat, format, FileProperty::source);
+}
+
+void Document::setSourceMetadata(const std::shared_ptr<const SourceMetadata>& metadata) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::sourceMetadata, metadata, FileProperty::source);
 }
 
 }  // namespace orvanel

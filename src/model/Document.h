@@ -23,6 +23,7 @@
 #include "model/PixelClipboard.h"
 #include "model/Property.h"
 #include "model/Selection.h"
+#include "model/SourceMetadata.h"
 #include "model/Tool.h"
 #include "raster/MetalContext.h"
 #include "undo/UndoStack.h"
@@ -121,6 +122,8 @@ class Document : public std::enable_shared_from_this<Document> {
   Property<std::optional<QString>> sourceFileURL;
   /// Set when the source is a flat image.
   Property<std::optional<ImageFileFormat>> sourceFileFormat;
+  /// Metadata of the image it was opened from, for the images it is written to.
+  Property<std::shared_ptr<const SourceMetadata>> sourceMetadata;
   Property<bool> needsInitialZoom{true};
   Property<Tool> selectedTool{Tool::hand};
   /// The chosen member of each tool group, by the group's identity.
@@ -170,8 +173,8 @@ class Document : public std::enable_shared_from_this<Document> {
   void removeNode(const QUuid& nodeID);
   /// On top inside the folder; nothing when there is no such folder or it lies in the node.
   void moveNode(const QUuid& nodeID, const QUuid& toFolder);
-  /// `index` is counted after the node has left its place, and clamped. Without such a folder the node goes to
-  /// the root list; nothing when the folder lies in the node. No flags are set.
+  /// `index` is counted after the node has left its place, and clamped. Without such a folder the node goes
+  /// to the root list; nothing when the folder lies in the node. No flags are set.
   void moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index);
   void duplicateNode(const QUuid& nodeID);
 
@@ -271,6 +274,7 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Whether there are changes that no file holds.
   void setDirty(bool isDirty);
   void setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format);
+  void setSourceMetadata(const std::shared_ptr<const SourceMetadata>& metadata);
 
   /// Whether an edit may take this many bytes of pixels; if not, tells that it was refused. Commands ask by
   /// themselves, for the most that they can need, and then do nothing.

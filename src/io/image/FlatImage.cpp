@@ -231,6 +231,7 @@ DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, Met
                                           context);
   document->setSource(file.absoluteFilePath(),
                       image.warning.isEmpty() ? imageFileFormat(path) : std::nullopt);
+  document->setSourceMetadata(image.metadata);
   return document;
 }
 

@@ -114,6 +114,10 @@ Exiv2::byte* bytesOf(const QByteArray& bytes) {
 ImageMetadata::ImageMetadata(std::unique_ptr<Contents> contents, std::optional<PixelDensity> density)
     : contents_(std::move(contents)), density_(density) {}
 
+std::shared_ptr<const ImageMetadata> ImageMetadata::of(const Document& document) {
+  return std::dynamic_pointer_cast<const ImageMetadata>(document.sourceMetadata.value());
+}
+
 ImageMetadata::~ImageMetadata() = default;
 
 std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QIODevice& file,

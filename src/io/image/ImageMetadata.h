@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 
+#include "model/Document.h"
+
 namespace orvanel {
 
 /// Pixels per metre.
@@ -17,7 +19,7 @@ struct PixelDensity {
   int downPerMeter = 0;
 };
 
-class ImageMetadata {
+class ImageMetadata : public SourceMetadata {
  public:
   /// Whether the decoder has applied the file's orientation to the pixels.
   enum class Orientation { applied, ignored };
@@ -25,9 +27,9 @@ class ImageMetadata {
   /// Null when the file has no readable metadata. `file` must be the one at `path`.
   [[nodiscard]] static std::shared_ptr<const ImageMetadata> read(const QString& path, QIODevice& file,
                                                                  Orientation orientation);
-  ~ImageMetadata();
-  ImageMetadata(const ImageMetadata&) = delete;
-  ImageMetadata& operator=(const ImageMetadata&) = delete;
+  /// Of the image that the document was opened from; null when there is none.
+  [[nodiscard]] static std::shared_ptr<const ImageMetadata> of(const Document& document);
+  ~ImageMetadata() override;
 
   [[nodiscard]] const std::optional<PixelDensity>& density() const { return density_; }
 
