@@ -39,7 +39,7 @@ class CanvasRenderer {
   /// Drawn above `layers`, in order.
   std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
   /// How long a frame works at the flattened image. What takes longer shows as far as it has come.
-  std::chrono::milliseconds flatteningPerFrame{100};
+  std::chrono::milliseconds flatteningPerFrame{250};
 
   FrameResult drawInMTKView(MTKView& view);
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
