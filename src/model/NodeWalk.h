@@ -12,9 +12,9 @@
 namespace orvanel {
 
 enum class WalkStep {
-  descend,  ///< into the folder; a layer is simply passed
+  descend,  ///< into a folder, or past a layer
   skip,     ///< the folder's contents
-  stop,     ///< ends the whole walk
+  stop,     ///< the whole walk
 };
 
 /// Calls `enter(node, folder, index)` for each node, with its parent folder (null at the root) and its index
