@@ -61,8 +61,8 @@ QString usageOf(const Subcommand& command) {
            QString::fromStdString(std::string(command.arguments)));
 }
 
-/// Takes options out of what follows a subcommand; behind "--" everything is an argument. Nothing when there
-/// is one that the subcommand doesn't know, which is left in `unknown`.
+/// Separates options from arguments; everything after "--" is an argument. Returns none for an option that
+/// the subcommand doesn't know, and stores it in `unknown`.
 std::optional<Invocation> invocationOf(const Subcommand& command, const QStringList& rest, QString& unknown) {
   Invocation invocation;
   bool takesOptions = true;

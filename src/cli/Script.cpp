@@ -14,7 +14,7 @@ QString quoted(const QString& name) {
   return u'"' + name + u'"';
 }
 
-/// The value of an argument. No command takes anything nested deeper than points, which are arrays of arrays.
+/// Reads an argument's value. Nothing nests deeper than points, which are arrays of arrays.
 QJsonValue readValue(JsonReader& json, int depth = 0) {
   constexpr int deepest = 2;
   switch (json.kind()) {
@@ -39,7 +39,7 @@ QJsonValue readValue(JsonReader& json, int depth = 0) {
   return {};
 }
 
-/// The next step's members; one that is given twice is a fault.
+/// Reads the next step's members; a duplicate is an error.
 QJsonObject readStep(JsonReader& json, std::size_t number) {
   QJsonObject step;
   json.object([&](const QString& name) {
