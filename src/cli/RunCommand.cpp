@@ -40,7 +40,7 @@ tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path) {
   if (!match.hasMatch() || width < 1 || height < 1 || width > maximumCanvasSide ||
       height > maximumCanvasSide) {
     return failed(path,
-                  QStringLiteral("A new document is new:WIDTHxHEIGHT:MODE, with sides of 1 to %1 pixels "
+                  QStringLiteral("A new document must be new:WIDTHxHEIGHT:MODE, with sides of 1 to %1 pixels "
                                  "and a mode of 0 to 3.")
                       .arg(maximumCanvasSide));
   }
