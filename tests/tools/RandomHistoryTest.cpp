@@ -104,7 +104,7 @@ TEST_P(RandomHistory, EveryStepRestoresItsCopy) {
   EXPECT_EQ(mirror.difference(), "");
   std::cout << "seed " << plan.seed << ", " << displayName(plan.mode) << ": " << stepsPerRun << " steps, "
             << counts.records << " records, " << counts.undos << " undos, " << counts.redos << " redos, "
-            << oracle.evicted() << " evicted, " << mirror.changes() << " changes told and mirrored\n";
+            << oracle.evicted() << " evicted, " << mirror.changes() << " changes reported and mirrored\n";
 }
 
 TEST_P(RandomHistory, RecordsMayOutliveTheirDocumentAndThenDoNothing) {
