@@ -31,7 +31,7 @@ struct SelectionPath {
   struct Polygon {
     friend bool operator==(const Polygon&, const Polygon&) = default;
   };
-  /// What the path was made from, so that the exact shape can be drawn without flattening curves.
+  /// The shape that the path was made from, so that it can be drawn exactly, without flattening curves.
   using ShapeHint = std::variant<Rect, Ellipse, Polygon>;
 
   /// In drawing order.

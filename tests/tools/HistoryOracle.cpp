@@ -162,9 +162,9 @@ void HistoryOracle::expectPosition(const Document& document) const {
   EXPECT_EQ(history.redoActionName(), nameAt(index_ + 1));
 }
 
-/// A new node is active until its insertion is undone; a moved node is active after either step. A removed
-/// node is active again after undo. After redo it is the node the command chose, or, if the list became
-/// empty, the node that was active before.
+/// A new node is active until its insertion is undone; a moved node is active after either step. After
+/// undoing a removal, the removed node is active; after redoing it, the node that the command chose or, if
+/// the list became empty, the node that was active before.
 std::optional<HistoryOracle::ActiveNodes> HistoryOracle::activeNodesOf(const QString& name,
                                                                        const CommandFacts& facts,
                                                                        const DocumentState& now,

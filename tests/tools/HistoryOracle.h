@@ -72,7 +72,7 @@ enum class RecordKind { contents, selection, canvas };
 
 /// Facts about a command that the document's state alone doesn't reveal.
 struct CommandFacts {
-  /// The node whose opacity the command changed; merges with a last record that did the same.
+  /// The node whose opacity the command changed. The record merges with a previous one for the same node.
   std::optional<QUuid> opacityNode;
   /// The node that the command moved.
   std::optional<QUuid> movedNode;

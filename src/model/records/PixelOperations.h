@@ -13,7 +13,7 @@
 
 namespace orvanel {
 
-/// What every record of pixels is made from. `snapshotBefore` holds the whole surface before the change.
+/// The arguments common to all pixel records. `snapshotBefore` holds the whole surface before the change.
 struct PixelEdit {
   QString actionName;
   DocumentPtr document;
