@@ -42,8 +42,8 @@ void CanvasContainerView::setDocument(const std::shared_ptr<Document>& document)
   document_ = document;
   if (document != nullptr) {
     changes_ = document->changes().observe([this](const DocumentChanges& changes) {
-      const bool isMoved = containsAny<change::ViewChanged>(changes, ViewProperty::zoom,
-                                                            ViewProperty::viewportOffset);
+      const bool isMoved =
+          containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset);
       if (isMoved || contains<change::CanvasChanged>(changes)) refreshIndicators();
     });
   }
@@ -53,7 +53,7 @@ void CanvasContainerView::setDocument(const std::shared_ptr<Document>& document)
 void CanvasContainerView::refreshIndicators() {
   const auto refresh = [](OverlayScrollIndicator& indicator, const viewGeometry::IndicatorState& state) {
     indicator.setVisible(!state.isHidden);
-    // Under the pointer the knob is where the user holds it.
+    // While the knob is dragged, the pointer determines its position.
     if (!indicator.isDragging()) indicator.show(state.knobProportion, state.doubleValue);
   };
   const auto shown = document_.lock();
@@ -94,7 +94,7 @@ void CanvasContainerView::resizeEvent(QResizeEvent* event) {
   refreshIndicators();
 }
 
-// The wheel scrolls the canvas over its indicators too.
+// The wheel also scrolls the canvas over the indicators.
 bool CanvasContainerView::eventFilter(QObject* watched, QEvent* event) {
   const auto* indicator = dynamic_cast<const OverlayScrollIndicator*>(watched);
   if (indicator == nullptr || event->type() != QEvent::Wheel) return QWidget::eventFilter(watched, event);

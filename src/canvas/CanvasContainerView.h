@@ -1,4 +1,4 @@
-// The canvas with its two scroll indicators over it. Owned by the canvas pane; main thread only.
+// The canvas with two overlaid scroll indicators. Owned by the canvas pane; main thread only.
 #pragma once
 
 #include <QWidget>
@@ -19,7 +19,7 @@ class CanvasContainerView : public QWidget {
   [[nodiscard]] OverlayScrollIndicator& verticalIndicator() { return *verticalIndicator_; }
 
   void setDocument(const std::shared_ptr<Document>& document);
-  /// Shows or hides the indicators and sets them to where the view stands.
+  /// Shows or hides the indicators and updates them to the view's position.
   void refreshIndicators();
 
  protected:

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view vertexFunction = "layerVertexShader";
 constexpr std::array backgroundColor{0.5803922F, 0.5803922F, 0.6117647F, 0.0F};
-/// Device pixels that a document pixel spans at least when the grid shows.
+/// Smallest size of a document pixel, in device pixels, at which the grid shows.
 constexpr double smallestGridCell = 40.0;
 
 template <typename Uniforms>

@@ -1,5 +1,5 @@
-// The passes every canvas draws, bottom first: background, checkerboard, document, pixel grid. Owned by the
-// renderer; called inside a frame on the main thread. Pipelines are found once; a missing one is fatal.
+// The passes of every canvas, bottom first: background, checkerboard, document, pixel grid. Owned by the
+// renderer; called inside a frame on the main thread. Pipelines are looked up once; a missing one is fatal.
 #pragma once
 
 #include "raster/MetalContext.h"
@@ -8,7 +8,7 @@
 
 namespace orvanel {
 
-/// The header of every pass's uniforms.
+/// The common part of every pass's uniforms.
 [[nodiscard]] CanvasViewUniforms viewUniforms(const CanvasViewContext& context);
 
 /// The grey around the canvas; covers every pixel.
@@ -24,7 +24,7 @@ class BackgroundLayer : public CanvasViewLayer {
   RenderPipeline pipelineState_;
 };
 
-/// What shows through where the document is transparent.
+/// The checkerboard behind transparent parts of the document.
 class CheckerboardLayer : public CanvasViewLayer {
  public:
   explicit CheckerboardLayer(const MetalContext& context);
@@ -37,7 +37,7 @@ class CheckerboardLayer : public CanvasViewLayer {
   RenderPipeline pipelineState_;
 };
 
-/// The flattened image, through the document's channel switches.
+/// The flattened image, filtered by the document's channel switches.
 class DocumentLayer : public CanvasViewLayer {
  public:
   explicit DocumentLayer(const MetalContext& context);
@@ -50,7 +50,7 @@ class DocumentLayer : public CanvasViewLayer {
   RenderPipeline pipelineState_;
 };
 
-/// Lines between document pixels, once these are large on the screen.
+/// Lines between document pixels, shown once these are large on the screen.
 class PixelGridLayer : public CanvasViewLayer {
  public:
   explicit PixelGridLayer(const MetalContext& context);

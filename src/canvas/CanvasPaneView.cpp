@@ -13,16 +13,16 @@ CanvasPaneView::CanvasPaneView(MetalContext& context, ToolState& toolState, QWid
 }
 
 void CanvasPaneView::setDocument(const std::shared_ptr<Document>& document) {
-  // The canvas has its document before it shows, so that it never shows an old one.
+  // Set the document before showing the canvas, so that it never shows the old one.
   canvasView_.update(document);
   const bool comesUp = document != nullptr && canvasView_.container().isHidden();
   canvasView_.container().setVisible(document != nullptr);
   noDocumentView_->setVisible(document == nullptr);
-  // A document that has just opened takes keys at once, without a click on it first.
+  // A newly opened document takes keyboard input at once, without a click.
   if (comesUp) canvasView_.container().mtkView().takeFocus();
 }
 
-// Both fill the pane at all times, so that a canvas that comes up has its final size at once.
+// Both fill the pane at all times, so that the canvas already has its final size when it is shown.
 void CanvasPaneView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   canvasView_.container().setGeometry(rect());

@@ -1,4 +1,4 @@
-// The middle of the main window: the canvas of the active document, or a word that none is open. Main
+// The middle of the main window: the canvas of the active document, or a placeholder if none is open. Main
 // thread only.
 #pragma once
 
@@ -17,10 +17,10 @@ class CanvasPaneView : public QWidget {
   /// `context` and `toolState` must outlive the pane.
   CanvasPaneView(MetalContext& context, ToolState& toolState, QWidget* parent = nullptr);
 
-  /// Opens files dropped on the pane; whoever sets it also tells the user of failures.
+  /// Opens files dropped on the pane and reports failures to the user.
   std::function<void(const QStringList&)> openFiles;
 
-  /// Shows the document, or that there is none.
+  /// Shows the document, or the placeholder for null.
   void setDocument(const std::shared_ptr<Document>& document);
 
   [[nodiscard]] CanvasView& canvasView() { return canvasView_; }

@@ -9,9 +9,9 @@
 namespace orvanel {
 namespace {
 
-/// Phase units a second.
+/// Phase units per second.
 constexpr float selectionAnimationSpeed = 20.0F;
-/// The outline's pattern repeats every so many phase units; far out the phase is taken back by whole repeats.
+/// Period of the outline's pattern, in phase units. A large phase is reduced by whole periods.
 constexpr float selectionPatternLength = 8.0F;
 constexpr float largestAnimationOffset = 8000.0F;
 

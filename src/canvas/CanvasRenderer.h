@@ -1,4 +1,4 @@
-// The frame of a canvas: has the document flattened where it is stale, then draws the passes. Lives as long
+// Renders a frame of a canvas: has the document flatten what is stale, then draws the passes. Lives as long
 // as its view's binding; main thread only. Panning and zooming never flatten anything.
 #pragma once
 
@@ -16,42 +16,42 @@
 
 namespace orvanel {
 
-/// Seconds of a clock that never goes back.
+/// Seconds on a monotonic clock.
 using MediaClock = std::function<double()>;
 [[nodiscard]] double steadySeconds();
 
 enum class FrameResult {
-  stopped,    ///< there was nothing to draw, or nothing to draw it into
-  unchanged,  ///< the last frame still stands; no pixel was touched
+  stopped,    ///< nothing to draw, or no drawable
+  unchanged,  ///< the last frame is still valid; no pixel was written
   drawn,
-  unfinished,  ///< the document is flattened in part: the next frame goes on
+  unfinished,  ///< the document is only partly flattened; the next frame continues
 };
 
 class CanvasRenderer {
  public:
-  /// Makes the passes; a pipeline that can't be made is fatal.
+  /// Makes the passes; failing to make a pipeline is fatal.
   explicit CanvasRenderer(MetalContext& context, MediaClock mediaClock = steadySeconds);
   CanvasRenderer(const CanvasRenderer&) = delete;
   CanvasRenderer& operator=(const CanvasRenderer&) = delete;
 
-  /// The document on show.
+  /// The document being shown.
   std::weak_ptr<Document> document;
   /// Drawn above `layers`, in order.
   std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
-  /// How long a frame works at the flattened image. What takes longer shows as far as it has come.
+  /// Time budget for flattening per frame. An unfinished image is shown as far as it has come.
   std::chrono::milliseconds flatteningPerFrame{250};
 
   FrameResult drawInMTKView(MTKView& view);
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
 
-  /// Bottom first; never changed.
+  /// Bottom first; never changes.
   [[nodiscard]] const std::vector<std::shared_ptr<CanvasViewLayer>>& layers() const { return layers_; }
-  /// Device pixels.
+  /// In device pixels.
   [[nodiscard]] QSizeF viewportSize() const { return viewportSize_; }
   [[nodiscard]] double scaleFactor() const { return scaleFactor_; }
-  /// Running phase of the moving outline around a selection.
+  /// Phase of the moving outline around a selection.
   [[nodiscard]] float selectionAnimationOffset() const { return selectionAnimationOffset_; }
-  /// Media clock at the last frame; 0 before the first.
+  /// Media clock at the last frame; initially 0.
   [[nodiscard]] double lastFrameTime() const { return lastFrameTime_; }
 
  private:
@@ -64,7 +64,7 @@ class CanvasRenderer {
   double scaleFactor_ = 1.0;
   float selectionAnimationOffset_ = 0.0F;
   double lastFrameTime_ = 0.0;
-  /// Of the picture that stands in the drawable.
+  /// Identifies the picture in the drawable.
   std::optional<std::uint64_t> lastFrameFingerprint_;
 };
 

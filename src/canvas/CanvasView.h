@@ -1,4 +1,4 @@
-// Binds the model to the canvas: makes the container, owns its renderer, hands the active document down.
+// Binds the model to the canvas: creates the container, owns its renderer, passes on the active document.
 // Owned by the canvas pane; main thread only.
 #pragma once
 
@@ -17,12 +17,12 @@ class CanvasView {
   [[nodiscard]] CanvasContainerView& container() { return *container_; }
   [[nodiscard]] CanvasRenderer& renderer() { return renderer_; }
 
-  /// Shows the document, or none.
+  /// Shows the document, or nothing for null.
   void update(const std::shared_ptr<Document>& document);
 
  private:
   CanvasRenderer renderer_;
-  /// Goes before the renderer it draws with.
+  /// Destroyed before the renderer it uses.
   std::unique_ptr<CanvasContainerView> container_;
 };
 

@@ -5,9 +5,9 @@
 namespace orvanel::eventTranslation {
 namespace {
 
-/// An ordinary wheel turns by this many of the toolkit's units a click.
+/// The toolkit's units per click of an ordinary wheel.
 constexpr double unitsPerClick = 120.0;
-/// The lock modifier in the native state of the desktops that tell it.
+/// The Caps Lock bit of the native modifiers, on desktops that report it.
 constexpr quint32 nativeLockMask = 0x2;
 
 int translatedKey(const QKeyEvent& event) {
@@ -32,7 +32,7 @@ int translatedKey(const QKeyEvent& event) {
   }
 }
 
-/// With Control held the toolkit's text is a control character; the key itself still tells what it types.
+/// With Control held the toolkit's text is a control character, so the text is derived from the key.
 QString translatedCharacters(const QKeyEvent& event) {
   const int key = event.key();
   if (key < 0x20 || key > 0xFFFF) return {};
@@ -55,7 +55,7 @@ Qt::KeyboardModifier modifierOf(int key) {
   }
 }
 
-/// Only one axis of an ordinary wheel moves, and with Alt held some desktops turn it sideways.
+/// Only one axis of an ordinary wheel moves; some desktops swap the axes while Alt is held.
 double mainDelta(QPointF delta) {
   return delta.y() != 0.0 ? delta.y() : delta.x();
 }
@@ -98,7 +98,7 @@ EventRecord mouseRecord(const QMouseEvent& event) {
 
 WheelRecord wheelRecord(const QWheelEvent& event) {
   WheelRecord record;
-  // The pixel deltas of X11 count wheel clicks in the driver's own units and can't be relied on.
+  // X11's pixel deltas count wheel clicks in driver-specific units and are unreliable.
   record.hasPreciseDeltas =
       !event.pixelDelta().isNull() && QGuiApplication::platformName() != QLatin1String("xcb");
   record.delta =
@@ -108,7 +108,7 @@ WheelRecord wheelRecord(const QWheelEvent& event) {
   if ((record.modifiers & modifier::option) != 0) {
     record.delta = {0.0, mainDelta(record.delta)};
   } else if ((record.modifiers & modifier::shift) != 0 && record.delta.x() == 0.0) {
-    // The desktop's habit: Shift makes an ordinary wheel a horizontal one.
+    // As is usual on desktops, Shift makes an ordinary wheel scroll horizontally.
     record.delta = {record.delta.y(), 0.0};
   }
   return record;

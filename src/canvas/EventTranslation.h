@@ -1,4 +1,4 @@
-// The toolkit's input events in the editor's vocabulary. Main thread only.
+// Translates the toolkit's input events into the editor's vocabulary. Main thread only.
 #pragma once
 
 #include <QKeyEvent>
@@ -10,15 +10,15 @@
 namespace orvanel::eventTranslation {
 
 [[nodiscard]] std::uint32_t modifierBits(Qt::KeyboardModifiers modifiers);
-/// Shift, Control, Alt, Meta and Caps Lock, which change modifiers rather than type.
+/// Whether the key is a modifier: Shift, Control, Alt, Meta or Caps Lock.
 [[nodiscard]] bool isModifierKey(int key);
-/// Of a modifier key: the modifiers that hold after the event.
+/// For a modifier key, the record holds the modifiers in effect after the event.
 [[nodiscard]] EventRecord keyRecord(const QKeyEvent& event);
 [[nodiscard]] EventRecord mouseRecord(const QMouseEvent& event);
 
-/// How a wheel or touchpad moved.
+/// A movement of a wheel or touchpad.
 struct WheelRecord {
-  /// Logical pixels when precise, otherwise clicks of an ordinary wheel.
+  /// Logical pixels if precise, otherwise clicks of an ordinary wheel.
   QPointF delta;
   bool hasPreciseDeltas = false;
   Qt::ScrollPhase phase = Qt::NoScrollPhase;

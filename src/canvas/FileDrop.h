@@ -7,9 +7,9 @@
 
 namespace orvanel::fileDrop {
 
-/// The local files a drag carries, in its order; other addresses are left out.
+/// The local files of a drag, in its order; other URLs are omitted.
 [[nodiscard]] QStringList localFiles(const QMimeData& data);
-/// Takes the files as copies, whatever the source proposes: after a move it would delete its own.
+/// Accepts the drop as a copy whatever the source proposes, because after a move it would delete its files.
 void acceptAsCopy(QDropEvent& event);
 
 }  // namespace orvanel::fileDrop

@@ -1,5 +1,5 @@
-// Decides when a canvas draws a frame: at most once a screen refresh, and only after something that may have
-// changed the picture. Owned by the canvas view; main thread only.
+// Decides when a canvas draws a frame: at most once per screen refresh, and only after something that may
+// have changed the picture. Owned by the canvas view; main thread only.
 #pragma once
 
 #include <QElapsedTimer>
@@ -9,20 +9,20 @@
 
 namespace orvanel {
 
-/// Frames are asked for by the document's changes and by input on the canvas. While nobody asks, nothing wakes
-/// the program.
+/// The document's changes and input on the canvas request frames. Without requests, nothing wakes the
+/// program.
 class FramePacer : public QObject {
  public:
   explicit FramePacer(std::function<void()> frame);
 
-  /// Frames a second at most.
+  /// Maximum number of frames per second.
   void setRefreshRate(double hertz);
-  /// From now on frames come when asked for. Starting twice is starting once.
+  /// Starts drawing frames on request. Does nothing if already started.
   void start();
   void stop();
   [[nodiscard]] bool isRunning() const { return isRunning_; }
 
-  /// Asks for one frame as soon as the refresh rate allows; nothing while stopped.
+  /// Requests one frame as soon as the refresh rate allows. Does nothing while stopped.
   void request();
 
  private:

@@ -1,4 +1,4 @@
-// A view that frames are drawn into: what the renderer needs to know of it. Main thread only.
+// The renderer's interface to the view it draws into. Main thread only.
 #pragma once
 
 #include <QSizeF>
@@ -12,11 +12,11 @@ class MTKView {
  public:
   virtual ~MTKView() = default;
 
-  /// The memory of the next frame, still holding the last one; none while nothing can be shown.
+  /// The memory for the next frame, still holding the last one; none while nothing can be shown.
   [[nodiscard]] virtual std::optional<Drawable> currentDrawable() = 0;
-  /// Device pixels.
+  /// In device pixels.
   [[nodiscard]] virtual QSizeF drawableSize() const = 0;
-  /// Device pixels per view point of the window, or else of the screen; none without either.
+  /// Device pixels per view point of the window or, failing that, of the screen; none without either.
   [[nodiscard]] virtual std::optional<double> backingScaleFactor() const = 0;
   /// Puts the drawn frame on the screen.
   virtual void present() = 0;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int symbolSide = 64;
 
-/// A symbol drawn at the screen's own resolution, whichever screen the window is on.
+/// A symbol drawn at the native resolution of whichever screen the window is on.
 class SymbolView : public QWidget {
  public:
   SymbolView() { setFixedHeight(symbolSide); }

@@ -1,4 +1,4 @@
-// What stands in place of the canvas while no document is open. Owned by the canvas pane; main thread only.
+// The placeholder for the canvas while no document is open. Owned by the canvas pane; main thread only.
 #pragma once
 
 #include <QStringList>
@@ -11,7 +11,7 @@ class NoDocumentView : public QWidget {
  public:
   explicit NoDocumentView(QWidget* parent = nullptr);
 
-  /// Opens dropped files, and tells the user when that fails.
+  /// Opens dropped files and reports failures to the user.
   std::function<void(const QStringList&)> openFiles;
 
  protected:

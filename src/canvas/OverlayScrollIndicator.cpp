@@ -8,7 +8,7 @@ namespace orvanel {
 namespace {
 
 constexpr double shortestKnob = 24.0;
-/// The knob is slimmer than its track until the pointer comes near.
+/// The knob is thinner than its track until the pointer is near.
 constexpr double restingInset = 1.5;
 constexpr double hoveredInset = 0.5;
 const QColor restingColor(44, 44, 52, 130);
@@ -64,7 +64,7 @@ void OverlayScrollIndicator::leaveEvent(QEvent* event) {
   QWidget::leaveEvent(event);
 }
 
-// The canvas may come to fit while the knob is held; the release never arrives then.
+// The canvas may start to fit while the knob is held; the release event then never arrives.
 void OverlayScrollIndicator::hideEvent(QHideEvent* event) {
   isDragging_ = false;
   isHovered_ = false;

@@ -1,5 +1,5 @@
-// A translucent scroll indicator over an edge of the canvas. Owned by the canvas container; main thread only.
-// Values run from 0 at the left or top end to 1; lengths are view points.
+// A translucent scroll indicator at an edge of the canvas. Owned by the canvas container; main thread only.
+// Values run from 0 at the left or top end to 1; lengths are in view points.
 #pragma once
 
 #include <QWidget>
@@ -20,9 +20,9 @@ class OverlayScrollIndicator : public QWidget {
   void show(double knobProportion, double doubleValue);
 
   [[nodiscard]] double trackLength() const { return isHorizontal_ ? width() : height(); }
-  /// Never shorter than a pointer can catch.
+  /// Has a minimum, so that the pointer can always grab the knob.
   [[nodiscard]] double knobLength() const;
-  /// Distance of the knob's start from the track's left or top end.
+  /// Distance of the knob's start from the left or top end of the track.
   [[nodiscard]] double knobPosition() const { return doubleValue_ * (trackLength() - knobLength()); }
   [[nodiscard]] bool isDragging() const { return isDragging_; }
 

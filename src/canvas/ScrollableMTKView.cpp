@@ -15,7 +15,7 @@
 namespace orvanel {
 namespace {
 
-/// What shows where no frame could be drawn: the grey around the canvas.
+/// Shown where no frame could be drawn: the grey around the canvas.
 const QColor clearColor = QColor::fromRgbF(0.5803922F, 0.5803922F, 0.6117647F);
 
 }  // namespace
@@ -41,9 +41,9 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   if (previous != nullptr && previous != document) previous->setCursorDocumentPosition(std::nullopt);
   document_ = document;
   if (document != nullptr) {
-    // Any change may show, and a frame that finds nothing new touches no pixel.
+    // Any change may be visible; a frame that finds nothing new writes no pixels.
     changes_ = document->changes().observe([this](const DocumentChanges& changes) {
-      // The frame being drawn shows what it has just had flattened.
+      // The current frame already shows what it has just flattened.
       const bool isOwnFlattening = isDrawing_ && changes.size() == 1 && contains<change::Composited>(changes);
       if (!isOwnFlattening) requestRedraw();
     });
@@ -54,7 +54,7 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
 
 void ScrollableMTKView::tryInitialZoom() {
   const auto shown = document();
-  // Before the window is up the size is a default one that means nothing.
+  // Before the window is shown the size is a meaningless default.
   if (shown == nullptr || !shown->needsInitialZoom.value() || !isVisible() || width() <= 0 || height() <= 0) {
     return;
   }
@@ -93,13 +93,13 @@ void ScrollableMTKView::drawFrame() {
   isDrawing_ = true;
   const FrameResult result = renderer_.drawInMTKView(*this);
   isDrawing_ = false;
-  // A flattening that takes long goes on in the next frame, and the window stays alive in between.
+  // A long flattening continues in the next frame, so that the window stays responsive.
   if (result == FrameResult::unfinished) requestRedraw();
 }
 
 void ScrollableMTKView::paintEvent(QPaintEvent* event) {
   if (frame_.size() != drawablePixels()) {
-    // The view has just been given another size: what is put on the screen is always a frame of this size.
+    // The view may just have been resized: always present a frame of the current size.
     isPainting_ = true;
     drawFrame();
     isPainting_ = false;
@@ -111,7 +111,7 @@ void ScrollableMTKView::paintEvent(QPaintEvent* event) {
   const QPointF wholeCorner(std::round(corner.x()), std::round(corner.y()));
   if (!hasFrame || corner != wholeCorner) painter.fillRect(event->rect(), clearColor);
   if (!hasFrame) return;
-  // One pixel of the frame is one pixel of the screen, at fractional scales too.
+  // Map each frame pixel to exactly one screen pixel, at fractional scales too.
   painter.setWorldTransform(QTransform::fromTranslate(wholeCorner.x(), wholeCorner.y()) *
                             toDevice.inverted());
   painter.drawImage(QPoint(0, 0), frame_);

@@ -1,5 +1,5 @@
-// The drawing surface of a canvas and the first to hear its input: scrolling, zooming, keys, and the events
-// it forwards to the current tool's handler. Presents what the renderer drew. Main thread only.
+// The drawing surface of a canvas and the first receiver of its input: scrolling, zooming, keys, and the
+// events it forwards to the current tool's handler. Presents what the renderer drew. Main thread only.
 #pragma once
 
 #include <QImage>
@@ -14,8 +14,8 @@
 #include "canvas/FramePacer.h"
 #include "canvas/MTKView.h"
 #include "canvas/ViewGeometry.h"
-#include "tools/NotificationCenter.h"
 #include "tools/CanvasToolHandler.h"
+#include "tools/NotificationCenter.h"
 #include "tools/ToolState.h"
 
 class QNativeGestureEvent;
@@ -30,28 +30,28 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
 
   /// Called after scrolling and zooming.
   std::function<void()> onScrollChanged;
-  /// Opens dropped files, and tells the user when that fails.
+  /// Opens dropped files and reports failures to the user.
   std::function<void(const QStringList&)> openFiles;
 
   [[nodiscard]] std::shared_ptr<Document> document() const { return document_.lock(); }
   void setDocument(const std::shared_ptr<Document>& document);
-  /// Fits a document that has not been fitted yet, once the view stands in a window with a size.
+  /// Fits a document that hasn't been fitted yet, once the view is in a visible window and has a size.
   void tryInitialZoom();
   void zoomInAbout(QPointF viewPoint);
   void zoomOutAbout(QPointF viewPoint);
 
-  // What tools ask for.
+  // The interface for tools.
   [[nodiscard]] QSizeF viewSize() const override { return size(); }
   [[nodiscard]] std::optional<QPointF> viewToDocument(QPointF viewPoint) const override;
   void scrollTo(QPointF documentOffset) override;
   void showCursor(const QCursor& cursor) override { setCursor(cursor); }
   void requestRedraw() override { pacer_.request(); }
-  /// The whole pixel under a view point, which may lie outside the canvas; none without a document.
+  /// The whole pixel at a view point, possibly outside the canvas; none without a document.
   [[nodiscard]] std::optional<QPoint> viewToPixel(QPointF viewPoint) const;
-  /// Document coordinates held within the canvas; none without a document.
+  /// Document coordinates clamped to the canvas; none without a document.
   [[nodiscard]] std::optional<QPointF> viewToClampedDocument(QPointF viewPoint) const;
 
-  // What the renderer asks for.
+  // The interface for the renderer.
   [[nodiscard]] std::optional<Drawable> currentDrawable() override;
   [[nodiscard]] QSizeF drawableSize() const override;
   [[nodiscard]] std::optional<double> backingScaleFactor() const override { return devicePixelRatioF(); }
@@ -60,7 +60,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] double scrollZoomAccumulator() const { return scrollZoomAccumulator_; }
   [[nodiscard]] double magnifyAccumulator() const { return magnifyAccumulator_; }
 
-  /// Takes the keyboard, unless text is being typed in the window.
+  /// Takes keyboard focus unless the user is typing text in the window.
   void takeFocus();
 
  protected:
@@ -119,7 +119,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   ToolState& toolState_;
   std::weak_ptr<Document> document_;
   std::map<Tool, std::shared_ptr<CanvasToolHandler>> toolHandlers_;
-  /// Owns the gesture of the mouse button that is down.
+  /// The handler of the mouse gesture in progress.
   std::shared_ptr<CanvasToolHandler> activeHandler_;
   std::shared_ptr<CanvasToolHandler> currentToolHandler_;
   double scrollZoomAccumulator_ = 0.0;

@@ -13,7 +13,7 @@
 namespace orvanel {
 namespace {
 
-/// View points that one click of an ordinary wheel stands for.
+/// View points per click of an ordinary wheel.
 constexpr double pointsPerClick = 40.0;
 constexpr double preciseZoomThreshold = 50.0;
 constexpr double clickZoomThreshold = 20.0;
@@ -29,7 +29,7 @@ bool isTextInput(const QWidget* widget) {
 }  // namespace
 
 bool ScrollableMTKView::event(QEvent* event) {
-  // Overlays may follow any input, whether it changes the document or not.
+  // Overlays may follow any input, even if the document doesn't change.
   if (event->isInputEvent()) requestRedraw();
   if (event->type() == QEvent::NativeGesture) {
     handleNativeGesture(*static_cast<QNativeGestureEvent*>(event));
@@ -193,7 +193,7 @@ void ScrollableMTKView::keyReleaseEvent(QKeyEvent* event) {
     handleFlagsChanged(record);
     return QWidget::keyReleaseEvent(event);
   }
-  // A repeating key is reported as released between its repeats, though it is still held down.
+  // Auto-repeat reports releases although the key is still held down.
   if (record.isRepeat) return;
   const auto handler = handlerOfCurrentTool();
   if (handler != nullptr && handler->keyUp(record, toolContext())) return;
@@ -209,7 +209,7 @@ void ScrollableMTKView::popTemporaryHand() {
   if (std::exchange(spaceHoldsHand_, false)) toolState_.popTool();
 }
 
-// Keys that are let go elsewhere are never reported here.
+// Keys released while another widget has focus are never reported here.
 void ScrollableMTKView::focusOutEvent(QFocusEvent* event) {
   popTemporaryHand();
   modifiers_ = 0;

@@ -45,7 +45,8 @@ QPointF offsetKeeping(const Placement& placement, QPointF documentPoint, QPointF
 IndicatorState indicatorState(double viewLength, double canvasLength, double offset, double zoom) {
   const double visible = viewLength / zoom;
   if (visible >= canvasLength) return {};
-  // Half a view of surround can be scrolled in at either end, so a whole view comes on top of the canvas.
+  // At most half a view of surround can be scrolled in at either end, so the total is the canvas plus one
+  // view.
   return {false, visible / (canvasLength + visible),
           std::clamp((offset + visible / 2.0) / canvasLength, 0.0, 1.0)};
 }

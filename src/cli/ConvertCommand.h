@@ -1,4 +1,5 @@
-// `convert IN OUT`: reads a document or image and writes it by OUT's extension, replacing OUT in one step.
+// `convert IN OUT`: reads a document or image and writes it in the format of OUT's extension, replacing OUT
+// atomically.
 #pragma once
 
 #include "cli/CommandLine.h"

@@ -1,5 +1,5 @@
-// Reads and writes whole documents for the headless program: the native format or a flat image, by the
-// file's extension. Main thread only.
+// Reads and writes whole documents for the headless program, in the native format or as a flat image,
+// depending on the file's extension. Main thread only.
 #pragma once
 
 #include <QString>
@@ -9,12 +9,13 @@
 
 namespace orvanel {
 
-/// A document, or an image as a document of one layer.
+/// Reads a document, or an image as a document of one layer.
 [[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path);
 
-/// Whether a document can be written under this name, by its extension.
+/// Checks that a document can be written under this name, judging by its extension.
 [[nodiscard]] CommandResult checkWritableName(const QString& path);
-/// Flattens the document and writes it by the extension of `path`, which is replaced in one step.
+/// Flattens the document and writes it in the format of the extension of `path`, which is replaced
+/// atomically.
 [[nodiscard]] CommandResult writeDocument(Document& document, const QString& path);
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-// What the headless program says of a document, as parts of a JSON object. Main thread only.
+// Descriptions of a document by the headless program, as parts of a JSON object. Main thread only.
 #pragma once
 
 #include <QUuid>
@@ -9,11 +9,11 @@
 
 namespace orvanel {
 
-/// The upper-case text, or null.
+/// Writes the id in upper case, or null.
 void writeOptionalID(JsonWriter& json, const std::optional<QUuid>& id);
-/// [x, y, width, height], or null.
+/// Writes [x, y, width, height], or null.
 void writeBounds(JsonWriter& json, const std::optional<PixelRect>& bounds);
-/// An array of the nodes as in a document's manifest; a layer also has `contentBounds`.
+/// Writes an array of the nodes as in a document's manifest; layers also have `contentBounds`.
 void writeNodes(JsonWriter& json, const Document& document);
 
 }  // namespace orvanel

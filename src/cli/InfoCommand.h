@@ -1,4 +1,4 @@
-// `info FILE`: what a document or image holds, as one JSON object on standard output.
+// `info FILE`: describes a document or image as one JSON object on standard output.
 #pragma once
 
 #include <QByteArray>
@@ -10,7 +10,7 @@ namespace orvanel {
 
 [[nodiscard]] CommandResult runInfo(const Invocation& invocation);
 
-/// The facts of a document; nodes as in a document's manifest, layers with the bounds of their content.
+/// Describes a document; nodes as in its manifest, layers with the bounds of their content.
 [[nodiscard]] QByteArray describeAsJson(const Document& document);
 
 }  // namespace orvanel

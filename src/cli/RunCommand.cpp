@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// A script of a million steps is shorter.
+/// Enough for a script of a million steps.
 constexpr qint64 mostScriptBytes = 256LL << 20;
 
 tl::unexpected<CommandFailure> failed(const QString& file, const QString& reason) {
@@ -30,7 +30,7 @@ tl::expected<QByteArray, CommandFailure> readScript(const QString& path) {
   return text;
 }
 
-/// A blank document for new:WIDTHxHEIGHT:MODE, otherwise the file's.
+/// Makes a blank document for new:WIDTHxHEIGHT:MODE, otherwise reads the file.
 tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path) {
   if (!path.startsWith(QStringLiteral("new:"))) return readDocument(path);
   static const QRegularExpression form(QStringLiteral("^new:(\\d{1,5})x(\\d{1,5}):([0-3])\\z"));
@@ -40,7 +40,7 @@ tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path) {
   if (!match.hasMatch() || width < 1 || height < 1 || width > maximumCanvasSide ||
       height > maximumCanvasSide) {
     return failed(path,
-                  QStringLiteral("A new document is new:WIDTHxHEIGHT:MODE, with sides of 1 to %1 pixels "
+                  QStringLiteral("A new document must be new:WIDTHxHEIGHT:MODE, with sides of 1 to %1 pixels "
                                  "and a mode of 0 to 3.")
                       .arg(maximumCanvasSide));
   }

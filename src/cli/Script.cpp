@@ -14,7 +14,7 @@ QString quoted(const QString& name) {
   return u'"' + name + u'"';
 }
 
-/// The value of an argument. No command takes anything nested deeper than points, which are arrays of arrays.
+/// Reads an argument's value. Nothing nests deeper than points, which are arrays of arrays.
 QJsonValue readValue(JsonReader& json, int depth = 0) {
   constexpr int deepest = 2;
   switch (json.kind()) {
@@ -39,7 +39,7 @@ QJsonValue readValue(JsonReader& json, int depth = 0) {
   return {};
 }
 
-/// The next step's members; one that is given twice is a fault.
+/// Reads the next step's members; a duplicate is an error.
 QJsonObject readStep(JsonReader& json, std::size_t number) {
   QJsonObject step;
   json.object([&](const QString& name) {
@@ -71,7 +71,7 @@ QJsonValue StepArguments::value(const QString& name) {
 
 QString StepArguments::text(const QString& name) {
   const QJsonValue found = value(name);
-  if (!found.isString()) fail(QStringLiteral("%1 must be a text").arg(quoted(name)));
+  if (!found.isString()) fail(QStringLiteral("%1 must be a string").arg(quoted(name)));
   return found.toString();
 }
 
@@ -122,10 +122,10 @@ std::vector<double> StepArguments::numbers(const QString& name, std::size_t coun
 std::vector<std::array<double, 2>> StepArguments::points(const QString& name, NumberRange range) {
   const QJsonValue found = value(name);
   std::vector<std::array<double, 2>> result;
-  if (!found.isArray()) fail(QStringLiteral("%1 must be an array of points").arg(quoted(name)));
+  if (!found.isArray()) fail(QStringLiteral("%1 must be an array of [x, y] pairs").arg(quoted(name)));
   for (const QJsonValue element : found.toArray()) {
     const QJsonArray point = element.toArray();
-    if (point.size() != 2) fail(QStringLiteral("%1 must hold points of two numbers").arg(quoted(name)));
+    if (point.size() != 2) fail(QStringLiteral("%1 must be an array of [x, y] pairs").arg(quoted(name)));
     result.push_back({checked(name, point.at(0), range), checked(name, point.at(1), range)});
   }
   return result;
@@ -154,7 +154,7 @@ tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& tex
   if (characters.starts_with(byteOrderMark)) characters.remove_prefix(byteOrderMark.size());
   JsonReader json(characters);
   if (!json.hasFailed() && json.kind() != JsonReader::Kind::array) {
-    json.fail(QStringLiteral("a script is an array of steps"));
+    json.fail(QStringLiteral("a script must be an array of steps"));
   }
   std::vector<ScriptStep> steps;
   json.array([&] {
@@ -163,7 +163,7 @@ tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& tex
     QJsonObject step = isObject ? readStep(json, number) : QJsonObject();
     const QJsonValue command = step.take(QStringLiteral("do"));
     if (!command.isString()) {
-      json.fail(QStringLiteral("step %1: a step is an object with a \"do\"").arg(number));
+      json.fail(QStringLiteral("step %1: a step must be an object with a \"do\"").arg(number));
     }
     steps.push_back({command.toString(), step});
   });

@@ -1,5 +1,5 @@
-// A script of the headless program: an array of objects, each with "do" and its arguments. Here a script is
-// read and its arguments are checked; what the steps do is in `ScriptCommands`. Main thread only.
+// A script of the headless program: an array of objects, each with "do" and its arguments. Parses scripts and
+// checks arguments; `ScriptCommands` carries out the steps. Main thread only.
 #pragma once
 
 #include <QJsonObject>
@@ -13,17 +13,17 @@
 
 namespace orvanel {
 
-/// Failures are sentences for the user.
+/// Errors are messages for the user.
 using StepResult = tl::expected<void, QString>;
 
-/// Both ends included. At most what the 32-bit floats of the kernels hold.
+/// Inclusive at both ends. The default is the range of the kernels' 32-bit floats.
 struct NumberRange {
   double least = -static_cast<double>(std::numeric_limits<float>::max());
   double most = static_cast<double>(std::numeric_limits<float>::max());
 };
 
-/// The arguments of one step, asked for by name. The first fault is kept and every later question is
-/// answered with a default; `finish` tells, after all questions and before anything is done.
+/// The arguments of one step, queried by name. The first error is kept, and all later queries return
+/// defaults. Call `finish` after all queries and before acting on them.
 class StepArguments {
  public:
   explicit StepArguments(QJsonObject object) : object_(std::move(object)) {}
@@ -35,15 +35,15 @@ class StepArguments {
   [[nodiscard]] int integer(const QString& name, int least = std::numeric_limits<int>::min(),
                             int most = std::numeric_limits<int>::max());
   [[nodiscard]] bool isNull(const QString& name);
-  /// Exactly `count` numbers.
+  /// Requires exactly `count` numbers.
   [[nodiscard]] std::vector<double> numbers(const QString& name, std::size_t count, NumberRange range = {});
-  /// Any count of [x, y].
+  /// Any number of [x, y] pairs.
   [[nodiscard]] std::vector<std::array<double, 2>> points(const QString& name, NumberRange range = {});
-  /// The index of a text in a list of allowed ones.
+  /// The index of a text in the list of allowed values.
   [[nodiscard]] int choice(const QString& name, const QStringList& allowed);
 
   void fail(const QString& reason);
-  /// Fails for the first fault, or for an argument that nobody asked for.
+  /// Fails with the first error, or for an argument that was never queried.
   [[nodiscard]] StepResult finish() const;
 
  private:
@@ -60,7 +60,7 @@ struct ScriptStep {
   QJsonObject arguments;
 };
 
-/// Fails with a sentence for what is no array of objects that each have a "do", and nothing twice.
+/// Fails with a message unless the text is an array of objects that each have a "do", without duplicate keys.
 [[nodiscard]] tl::expected<std::vector<ScriptStep>, QString> parseScript(const QByteArray& text);
 
 }  // namespace orvanel

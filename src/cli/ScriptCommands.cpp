@@ -18,9 +18,9 @@ ScriptCommand commandNamed(const std::string& name) {
 }  // namespace
 
 ScriptRun::ScriptRun(DocumentPtr edited)
-    : document(std::move(edited)), changes_(document->changes().observe([this](const DocumentChanges& changes) {
-        isRefused |= contains<change::EditRefused>(changes);
-      })) {}
+    : document(std::move(edited)),
+      changes_(document->changes().observe(
+          [this](const DocumentChanges& changes) { isRefused |= contains<change::EditRefused>(changes); })) {}
 
 StepResult performStep(ScriptRun& run, const ScriptStep& step) {
   const ScriptCommand prepare = commandNamed(step.command.toStdString());
@@ -32,7 +32,7 @@ StepResult performStep(ScriptRun& run, const ScriptStep& step) {
   if (StepResult checked = arguments.finish(); !checked) return checked;
   run.isRefused = false;
   const StepResult performed = perform();
-  if (run.isRefused) return tl::make_unexpected(QStringLiteral("there is not enough memory for this edit"));
+  if (run.isRefused) return tl::make_unexpected(QStringLiteral("not enough memory for this edit"));
   return performed;
 }
 

@@ -1,5 +1,5 @@
-// The commands of scripts. Each takes its arguments and answers with what is then to be done, through what
-// the menus, panels and tools of the editor call, so that it leaves the same records. Main thread only.
+// The commands of scripts. Each reads its arguments and returns an action, which calls what the editor's
+// menus, panels and tools call and so leaves the same records. Main thread only.
 #pragma once
 
 #include <QString>
@@ -14,24 +14,24 @@
 
 namespace orvanel {
 
-/// What a script works on.
+/// The state of a running script.
 struct ScriptRun {
   explicit ScriptRun(DocumentPtr edited);
 
   DocumentPtr document;
   std::optional<PixelClipboard> pixelClipboard;
-  /// The document refused an edit since the step began.
+  /// Whether the document has refused an edit since the step began.
   bool isRefused = false;
 
  private:
   ChangeStream::Subscription changes_;
 };
 
-/// Carries out one step. Fails for an unknown command, wrong arguments or a file that can't be written; what
-/// the editor would pass over quietly is no failure.
+/// Runs one step. Fails for an unknown command, invalid arguments or a file that can't be written. A command
+/// that has no effect in the editor doesn't fail.
 [[nodiscard]] StepResult performStep(ScriptRun& run, const ScriptStep& step);
 
-/// Called only when the arguments were right.
+/// Called only if all arguments are valid.
 using ScriptAction = std::function<StepResult()>;
 using ScriptCommand = ScriptAction (*)(ScriptRun& run, StepArguments& arguments);
 
@@ -40,13 +40,13 @@ struct NamedCommand {
   ScriptCommand prepare;
 };
 
-// All commands, by what they work on.
+// All commands, grouped by what they work on.
 [[nodiscard]] std::span<const NamedCommand> treeCommands();
 [[nodiscard]] std::span<const NamedCommand> selectionCommands();
 [[nodiscard]] std::span<const NamedCommand> pixelCommands();
 [[nodiscard]] std::span<const NamedCommand> documentCommands();
 
-/// An action that can't fail.
+/// Wraps a call that can't fail as an action.
 template <typename Call>
 ScriptAction action(Call call) {
   return [call = std::move(call)]() -> StepResult {
@@ -55,7 +55,7 @@ ScriptAction action(Call call) {
   };
 }
 
-/// A command of the document, without arguments.
+/// A document command without arguments.
 template <auto method>
 ScriptAction onDocument(ScriptRun& run, StepArguments& /*arguments*/) {
   return action([&run] { ((*run.document).*method)(); });

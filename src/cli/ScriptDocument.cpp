@@ -1,5 +1,4 @@
-// The commands of scripts on the document as a whole: its canvas, its history, its file and what is said of
-// it.
+// Script commands on the document as a whole: canvas, history, file and state.
 #include <array>
 #include <utility>
 
@@ -37,7 +36,7 @@ ScriptAction canvasSize(ScriptRun& run, StepArguments& arguments) {
 
 ScriptAction trim(ScriptRun& run, StepArguments& /*arguments*/) {
   return action([&run] {
-    // Where the editor would beep there is nothing to hear.
+    // The editor would beep here; a script ignores the result.
     static_cast<void>(run.document->trim());
   });
 }
@@ -73,7 +72,7 @@ ScriptAction save(ScriptRun& run, StepArguments& arguments) {
     CommandResult written = checkWritableName(path);
     if (written) written = writeDocument(*run.document, path);
     if (!written) return failed(path + QStringLiteral(": ") + written.error().reason);
-    // A flat copy is an export and leaves the document as unsaved as it was.
+    // Saving a flat copy is an export and leaves the document unsaved.
     if (isDocumentName(path)) run.document->setDirty(false);
     return {};
   };

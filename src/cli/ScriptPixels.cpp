@@ -1,4 +1,4 @@
-// The commands of scripts on pixels and masks.
+// Script commands on pixels and masks.
 #include <QTransform>
 #include <array>
 #include <functional>
@@ -58,7 +58,7 @@ ScriptAction levels(ScriptRun& run, StepArguments& arguments) {
   });
 }
 
-/// Runs one transform under its record; without content, or on a locked layer, nothing.
+/// Performs one transform under one record; does nothing without content or on a locked layer.
 void transformContent(const ScriptRun& run, const QString& actionName,
                       const std::function<void(LayerTransform&)>& change) {
   const std::unique_ptr<LayerTransform> transform = LayerTransform::begin(run.document, actionName);

@@ -1,4 +1,4 @@
-// The commands of scripts that select.
+// Script commands that select.
 #include <array>
 #include <cmath>
 
@@ -10,7 +10,7 @@ namespace orvanel {
 namespace {
 
 constexpr double largestFeather = 1000.0;
-/// Far beyond every canvas; within it edges keep their slope to a small part of a pixel.
+/// Far beyond every canvas; up to here the slopes of edges stay accurate to a fraction of a pixel.
 constexpr NumberRange polygonRange{-1e6, 1e6};
 
 float featherOf(StepArguments& arguments) {

@@ -1,4 +1,4 @@
-// The commands of scripts on nodes: the active one, the tree, properties.
+// Script commands on nodes: the active one, the tree, properties.
 #include <array>
 #include <functional>
 #include <utility>
@@ -9,7 +9,7 @@
 namespace orvanel {
 namespace {
 
-/// The node of an id, or the first one of a name, depth first; without one the step fails.
+/// Finds a node by its id or, depth first, by its name; fails the step if there is none.
 std::optional<LayerNode> nodeOf(const ScriptRun& run, StepArguments& arguments, const QString& argument) {
   const QString text = arguments.text(argument);
   const QUuid id = uuidFromText(text);
@@ -30,7 +30,7 @@ std::optional<QUuid> folderOf(const ScriptRun& run, StepArguments& arguments, co
   return node ? std::optional(node->id()) : std::nullopt;
 }
 
-/// Whether `id` is the node or lies in it.
+/// Whether `id` is the node itself or one of its descendants.
 bool holds(const LayerNode& node, const QUuid& id) {
   if (node.id() == id) return true;
   const std::shared_ptr<LayerFolder> folder = node.folder();
@@ -130,7 +130,8 @@ ScriptAction set(ScriptRun& run, StepArguments& arguments) {
   }
   if (arguments.has(QStringLiteral("maskEnabled"))) {
     const bool value = arguments.boolean(QStringLiteral("maskEnabled"));
-    changes.emplace_back([&, value](const LayerNode& target) { document.setMaskEnabled(target.id(), value); });
+    changes.emplace_back(
+        [&, value](const LayerNode& target) { document.setMaskEnabled(target.id(), value); });
   }
   return action([=] {
     if (node) {

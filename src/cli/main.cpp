@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Libraries' remarks would blur the one line that says what went wrong; only a fatal one is passed on.
+/// Drops messages from libraries, which would obscure our one-line error; only fatal ones are printed.
 void keepQuiet(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
   if (type == QtFatalMsg) std::fprintf(stderr, "%s\n", qPrintable(message));
 }
@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("orvanel-cli"));
   const auto exitCode = orvanel::runCommandLine(QCoreApplication::arguments().mid(1));
-  // Nothing of use is left to do, but a task still queued holds memory that would count as leaked.
+  // Tasks still queued hold memory that would count as leaked.
   orvanel::waitForBackgroundWork();
   return static_cast<int>(exitCode);
 }

@@ -11,8 +11,8 @@ struct ChangeStream::Observers {
   bool isDelivering = false;
 
   void deliver(const DocumentChanges& changes) {
-    // A handler may subscribe or end subscriptions, its own included, so the walk finds its place anew after
-    // every call. Whoever subscribes meanwhile begins with the next batch.
+    // A handler may subscribe, or end any subscription including its own, so the position is looked up again
+    // after every call. New subscribers start with the next batch.
     const std::uint64_t end = nextID;
     for (auto it = handlers.begin(); it != handlers.end() && it->first < end;) {
       const std::uint64_t id = it->first;

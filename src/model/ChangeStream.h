@@ -1,4 +1,4 @@
-// The one signal of a document. Observers are called once per edit, after it is complete, with everything it
+// A document's only signal. Observers are called once per edit, after it is complete, with everything it
 // changed. Owned by the document; main thread only.
 #pragma once
 
@@ -21,8 +21,8 @@ class ChangeStream {
   ChangeStream(const ChangeStream&) = delete;
   ChangeStream& operator=(const ChangeStream&) = delete;
 
-  /// Observers are called in the order of their subscriptions. A handler may edit the document: its changes
-  /// are delivered to everybody after the current batch.
+  /// Observers are called in order of subscription. A handler may edit the document; its changes are
+  /// delivered to all observers after the current batch.
   [[nodiscard]] Subscription observe(Handler handler) const;
 
  private:
@@ -33,8 +33,8 @@ class ChangeStream {
   std::shared_ptr<Observers> observers_;
 };
 
-/// Ends with its owner, which may outlive the document. An ended one is never called again, even in the
-/// middle of a delivery.
+/// Ends when destroyed, and may outlive the document. An ended subscription is never called again, even
+/// during a delivery.
 class ChangeStream::Subscription {
  public:
   Subscription() = default;

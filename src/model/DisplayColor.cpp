@@ -31,7 +31,7 @@ std::optional<DisplayColor> DisplayColor::fromHexText(const QString& text) {
       return std::nullopt;
     }
   }
-  // A negative number gives the low bytes of its two's complement.
+  // A negative number yields the low bytes of its two's complement.
   const auto bits = static_cast<unsigned>(isNegative ? -value : value);
   const auto component = [bits](unsigned shift) {
     return static_cast<float>((bits >> shift) & 255U) / 255.0F;
@@ -41,7 +41,7 @@ std::optional<DisplayColor> DisplayColor::fromHexText(const QString& text) {
 
 Color4 channelValues(const DisplayColor& color, ColorMode mode) {
   if (!isGrayscale(mode)) return {color.red, color.green, color.blue, color.alpha};
-  // In double precision the three weights add up to exactly one, so white stays white.
+  // In double precision the three weights sum to exactly 1, so white stays white.
   const double weighted = 0.299 * static_cast<double>(color.red) + 0.587 * static_cast<double>(color.green) +
                           0.114 * static_cast<double>(color.blue);
   const auto grey = static_cast<float>(weighted);

@@ -1,4 +1,4 @@
-// A display colour: sRGB, straight alpha, components 0 to 1, made into channel values at the point of use.
+// A display colour: sRGB, straight alpha, components 0 to 1. Converted to channel values at the point of use.
 #pragma once
 
 #include <QString>
@@ -19,14 +19,14 @@ struct DisplayColor {
   static constexpr DisplayColor white() { return {1.0F, 1.0F, 1.0F, 1.0F}; }
   friend bool operator==(const DisplayColor&, const DisplayColor&) = default;
 
-  /// Six upper-case hexadecimal digits RRGGBB, each component rounded to 8 bits; alpha isn't kept.
+  /// Six upper-case hexadecimal digits RRGGBB, each component rounded to 8 bits; alpha is dropped.
   [[nodiscard]] QString hexText() const;
-  /// The colour of a text of exactly six characters that reads as a base-16 integer; a leading sign passes.
+  /// Parses exactly six characters as a base-16 integer; a leading sign is accepted.
   [[nodiscard]] static std::optional<DisplayColor> fromHexText(const QString& text);
 };
 
-/// The four channel values of a colour in a mode; in a grey mode the first component is
-/// 0.299 r + 0.587 g + 0.114 b (ITU-R BT.601) and the last is alpha.
+/// A colour's four channel values in a mode. In a grey mode the first component is 0.299 r + 0.587 g + 0.114
+/// b (ITU-R BT.601) and the last is alpha.
 [[nodiscard]] Color4 channelValues(const DisplayColor& color, ColorMode mode);
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-// The commands that replace every surface of a document: its size and its colour mode.
+// Commands that replace every surface of a document: its size and its colour mode.
 #include <functional>
 #include <utility>
 #include <vector>
@@ -13,17 +13,17 @@ namespace {
 
 const QString canvasSizeName = QStringLiteral("Canvas Size");
 
-/// Puts old pixels into a surface of the new size.
+/// Transfers old pixels to a surface of the new size.
 using Transfer = std::function<void(const Surface& from, Surface& to)>;
 
-/// Where the old canvas begins on the new one, by the anchor's direction; halves truncate toward zero.
+/// Offset of the old canvas on the new one for an anchor direction; halves truncate toward zero.
 int anchorOffset(int anchor, int growth) {
   if (anchor == -1) return 0;
   return anchor == 1 ? growth : growth / 2;
 }
 
-/// The mask at another size, with the same identity; null when its surface can't be made. Where nothing is
-/// transferred the new mask shows.
+/// The mask at another size, with the same identity; null if its surface can't be made. Pixels that aren't
+/// transferred are shown.
 std::shared_ptr<LayerMask> maskAtSize(const LayerMask& old, int width, int height, const Transfer& transfer,
                                       const MetalContext& context) {
   std::shared_ptr<MaskTexture> contents = MaskTexture::create(width, height, context);
@@ -33,7 +33,7 @@ std::shared_ptr<LayerMask> maskAtSize(const LayerMask& old, int width, int heigh
   return std::make_shared<LayerMask>(old.id, std::move(contents), old.isEnabled.value());
 }
 
-/// The size commands' common shape. `transfer` moves the pixels of layers and masks alike.
+/// The common part of the size commands. `transfer` moves the pixels of both layers and masks.
 template <typename Record>
 void changeSize(DocumentEdit& edit, const DocumentPtr& document, int width, int height,
                 const QString& actionName, const Transfer& transfer) {

@@ -1,5 +1,5 @@
-// What a document tells its observers: one value for each kind of change, the same from a command, a step of
-// a gesture, undo or redo. A change names what is new; observers read the new state from the document.
+// What a document reports to its observers: one type per kind of change, the same for a command, a step of a
+// gesture, undo or redo. A change names what is new; observers read the new state from the document.
 #pragma once
 
 #include <QString>
@@ -20,7 +20,7 @@ enum class NodeProperty {
   isVisible,
   isLocked,
   isExpanded,
-  mask,  ///< attached, taken off or replaced; its pixels are new as well
+  mask,  ///< attached, removed or replaced; its pixels are new as well
   isMaskEnabled,
   isMaskLinked,
   isMaskSelected,
@@ -43,8 +43,8 @@ enum class FileProperty { name, isDirty, source };
 
 namespace change {
 
-/// Positions hold one after the other: each is true once the changes before it in the batch have been followed.
-/// A folder is inserted empty, and its children follow one by one; it is removed with all it holds.
+/// Positions apply in sequence: each is valid after all earlier changes of the batch. A folder is inserted
+/// empty, then its children one by one; it is removed with everything in it.
 struct NodeInserted {
   QUuid nodeID;
   TreePosition position;
@@ -53,7 +53,7 @@ struct NodeRemoved {
   QUuid nodeID;
   TreePosition position;
 };
-/// `to` is counted after the node has left `from`.
+/// `to` is counted after the node's removal.
 struct NodeMoved {
   QUuid nodeID;
   TreePosition from;
@@ -69,31 +69,31 @@ struct PixelsChanged {
   SurfaceKind kind = SurfaceKind::pixels;
   std::vector<int> tiles;
 };
-/// The listed tiles of the selection's mask, or its flags alone. All tiles when the selection is another
-/// object than before.
+/// The listed tiles of the selection's mask, or only its flags. Lists all tiles when the selection object was
+/// replaced.
 struct SelectionChanged {
   std::vector<int> tiles;
 };
-/// The canvas has another size or colour mode, and every surface was replaced.
+/// The canvas has a new size or colour mode, and every surface was replaced.
 struct CanvasChanged {};
 struct ActiveNodeChanged {};
 struct ViewChanged {
   ViewProperty property = ViewProperty::zoom;
 };
-/// The records or the position among them.
+/// The list of records or the position in it.
 struct HistoryChanged {};
-/// An undo or redo was carried out, even one that had nothing to do.
+/// An undo or redo was performed, even one with nothing to do.
 struct HistoryStepped {};
 struct FileStateChanged {
   FileProperty property = FileProperty::name;
 };
-/// The flattened image has been made anew, all of it or as far as it has come.
+/// The flattened image was updated, completely or in part.
 struct Composited {};
-/// Images or their dirty marks, of a layer or, without one, of the composite.
+/// Thumbnails or their dirty marks, of a layer or, without one, of the composite.
 struct ThumbnailsChanged {
   std::optional<QUuid> layerID;
 };
-/// An edit didn't begin, because the memory it may need isn't there. The document is as it was.
+/// An edit was refused because there wasn't enough memory. The document is unchanged.
 struct EditRefused {
   std::uint64_t bytesNeeded = 0;
 };
@@ -107,10 +107,10 @@ using DocumentChange =
                  change::HistoryStepped, change::FileStateChanged, change::Composited,
                  change::ThumbnailsChanged, change::EditRefused>;
 
-/// The changes of one edit, in their order.
+/// The changes of one edit, in order.
 using DocumentChanges = std::vector<DocumentChange>;
 
-/// Whether a batch has a change of this kind.
+/// Whether a batch contains a change of this kind.
 template <typename Kind>
 [[nodiscard]] bool contains(const DocumentChanges& changes) {
   for (const DocumentChange& change : changes) {
@@ -119,8 +119,8 @@ template <typename Kind>
   return false;
 }
 
-/// Whether a batch has a change of this kind with one of these properties, as changes of nodes, view and file
-/// carry.
+/// Whether a batch contains a change of this kind with one of these properties. For changes of nodes, view
+/// and file.
 template <typename Kind, typename... Properties>
 [[nodiscard]] bool containsAny(const DocumentChanges& changes, Properties... properties) {
   for (const DocumentChange& change : changes) {

@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// Which node this is enters too: two nodes with equal values that change places change the image.
+/// Identities are hashed too: swapping two nodes with equal values changes the image.
 void foldIdentity(Hasher& hasher, const QUuid& id) {
   std::array<std::uint64_t, 2> words{};
   static_assert(sizeof(id) == sizeof(words));
@@ -28,7 +28,7 @@ constexpr std::uint64_t folderMark = 3;
 constexpr std::uint64_t endOfFolder = ~std::uint64_t{0};
 
 std::uint64_t packedValues(float opacity, BlendMode blendMode, bool isVisible, std::uint64_t mask) {
-  // Adding positive zero turns negative zero, which composites the same, into it.
+  // Adding positive zero normalises negative zero, which composites the same.
   return (std::uint64_t{std::bit_cast<std::uint32_t>(opacity + 0.0F)} << 32U) | (mask << 16U) |
          (std::uint64_t{rawValue(blendMode)} << 8U) | std::uint64_t{isVisible};
 }
@@ -39,7 +39,7 @@ std::uint64_t maskState(const Layer& layer) {
   return mask->isEnabled.value() ? enabledMask : disabledMask;
 }
 
-/// Tiles between two looks at the clock.
+/// Tiles between two checks of the deadline.
 constexpr int tilesPerTurn = 32;
 
 }  // namespace
@@ -108,8 +108,7 @@ bool DocumentCompositor::advance(Run& run, int tiles) {
 }
 
 std::unique_ptr<DocumentCompositor::Run> DocumentCompositor::beginRun(const Document& document,
-                                                                      Surface& composite,
-                                                                      Sources sources) {
+                                                                      Surface& composite, Sources sources) {
   texturePoolIndex_ = 0;
   auto run = std::make_unique<Run>(composite, sources);
   std::vector<CompositePlan::Target> targets{CompositePlan::canvasTarget()};
@@ -181,11 +180,11 @@ Texture DocumentCompositor::acquireTemporaryTexture(int width, int height, Color
     ++texturePoolIndex_;
     if (slotFits(slot)) return texturePool_[slot];
   }
-  // A slot that doesn't fit stays where it is, and the surface wanted lies in the following one.
+  // A slot that doesn't fit stays in place; the surface goes into the next one.
   slot = static_cast<std::size_t>(texturePoolIndex_);
   ++texturePoolIndex_;
   const bool isOccupied = slot < texturePool_.size();
-  // Nobody of this run holds what lies there: where it fits it serves on, with its finished tiles.
+  // This run doesn't use the slot yet: a surface that fits is reused, with its finished tiles.
   if (isOccupied && slotFits(slot)) return texturePool_[slot];
   Texture surface = context_.makeTexture(format, width, height);
   if (surface == nullptr) fatalFault("Failed to create temporary texture");
@@ -200,7 +199,7 @@ Texture DocumentCompositor::acquireTemporaryTexture(int width, int height, Color
 FrozenComposite::FrozenComposite(const Document& document)
     : composite_(*document.compositedTexture.value()), compositor_(document.context()) {
   if (document.isCompositeCurrent()) return;
-  // Copies of the temporaries bring their finished tiles along.
+  // Copies of the temporaries keep their finished tiles.
   for (const Texture& surface : document.compositor().texturePool()) {
     compositor_.texturePool_.push_back(std::make_shared<Surface>(*surface));
   }

@@ -1,5 +1,6 @@
-// Flattens a document's tree: decides what goes into which target and leaves the pixels to a `CompositePlan`.
-// Owned by its document; main thread only. `FrozenComposite` does the same on another thread.
+// Flattens a document's tree: plans which surface goes into which target, and leaves the pixels to a
+// `CompositePlan`. Owned by its document; main thread only. `FrozenComposite` does the same on another
+// thread.
 #pragma once
 
 #include <chrono>
@@ -17,7 +18,7 @@ namespace orvanel {
 class DocumentCompositor {
  public:
   using Deadline = std::chrono::steady_clock::time_point;
-  /// Whether the document says that its flattened image is out of date.
+  /// Whether the document has marked its flattened image as out of date.
   enum class Freshness { stale, unknown };
 
   explicit DocumentCompositor(MetalContext& context);
@@ -25,36 +26,36 @@ class DocumentCompositor {
   DocumentCompositor(DocumentCompositor&&) = delete;
   DocumentCompositor& operator=(DocumentCompositor&&) = delete;
 
-  /// A hash over the properties that change the flattened image without touching pixels: opacity, blend
-  /// mode, visibility, masks and shape of the whole tree, invisible nodes included.
+  /// Hashes the properties that change the flattened image without touching pixels: opacity, blend mode,
+  /// visibility, masks and shape of the whole tree, invisible nodes included.
   [[nodiscard]] static std::int64_t compositingHash(const Document& document);
-  /// The hash of the tree that was last flattened, or is being flattened; 0 at first.
+  /// The hash of the tree last flattened, or being flattened; initially 0.
   [[nodiscard]] std::int64_t lastCompositingHash() const { return lastCompositingHash_; }
 
-  /// Whether the tree was flattened to its end as it is now, as far as its properties tell.
+  /// Whether the tree has been flattened completely, judging by its current properties.
   [[nodiscard]] bool isCurrent(const Document& document) const;
-  /// Flattens the visible nodes into `composite` until the deadline, and goes on from there at the next call
-  /// as long as nothing has changed. True once all of it is made.
+  /// Flattens the visible nodes into `composite` until the deadline; the next call continues if nothing has
+  /// changed. True once complete.
   bool flatten(const Document& document, Surface& composite, Freshness freshness, Deadline deadline);
-  /// The composite is another surface now: what was flattened says nothing of it.
+  /// Forgets what was flattened, because the composite is a new surface.
   void forget();
-  /// All of it at once, whatever was made before.
+  /// Flattens everything at once, regardless of earlier work.
   CompositeReport compositeDocument(const Document& document, Surface& composite,
                                     CompositeScope scope = CompositeScope::changedTiles);
 
-  /// Temporaries of isolating folders, kept from run to run.
+  /// Temporaries of isolating folders, kept between runs.
   [[nodiscard]] const std::vector<Texture>& texturePool() const { return texturePool_; }
-  /// The next slot to hand out; after a run, the number of slots it went through.
+  /// The next slot to hand out; after a run, the number of slots it used.
   [[nodiscard]] int texturePoolIndex() const { return texturePoolIndex_; }
 
  private:
   friend class FrozenComposite;
 
-  /// Whether a run reads the document's own surfaces, or copies that another thread may read.
+  /// Whether a run reads the document's own surfaces or copies that another thread may read.
   enum class Sources { live, copied };
   struct Run {
     Run(Surface& target, Sources kept) : composite(target), plan(target), sources(kept) {}
-    /// The surface, or its copy, kept for as long as the run.
+    /// Keeps the surface, or its copy, alive for the duration of the run.
     const Surface& hold(const ConstTexture& surface);
 
     Surface& composite;
@@ -80,20 +81,20 @@ class DocumentCompositor {
   int texturePoolIndex_ = 0;
   std::int64_t lastCompositingHash_ = 0;
   bool hasFlattened_ = false;
-  /// What a deadline has interrupted.
+  /// The run interrupted by a deadline.
   std::unique_ptr<Run> run_;
 };
 
-/// The flattened image of one moment. Made on the main thread in time proportional to nodes and tiles; what
-/// wasn't flattened then is flattened by the first thread that asks for it.
+/// The flattened image of one moment. Creation, on the main thread, takes time proportional to nodes and
+/// tiles. Whatever wasn't flattened then is flattened by the first thread that asks for it.
 class FrozenComposite {
  public:
-  /// The document has a composite.
+  /// The document must have a composite.
   explicit FrozenComposite(const Document& document);
   FrozenComposite(const FrozenComposite&) = delete;
   FrozenComposite& operator=(const FrozenComposite&) = delete;
 
-  /// The image, finished; null once `isCancelled` says so, which is asked every few milliseconds. Any thread.
+  /// The finished image; null once `isCancelled`, polled every few milliseconds, returns true. Any thread.
   [[nodiscard]] const Surface* surface(const std::function<bool()>& isCancelled = {});
 
  private:

@@ -1,4 +1,4 @@
-// The commands on the active node's pixels, and on masks as a layer's part.
+// Commands on the active node's pixels, and on layer masks.
 #include <utility>
 
 #include "model/Document.h"
@@ -18,7 +18,7 @@ ColorMode modeOfLayers(PixelFormat format) {
   fatalFault("No color mode has layers of this format");
 }
 
-/// Copied pixels in the layer format of the mode; null when a surface can't be made.
+/// Copied pixels in the mode's layer format; null if a surface can't be made.
 Texture pixelsInMode(const PixelClipboard& clipboard, ColorMode mode, const MetalContext& context) {
   const auto width = static_cast<int>(clipboard.width);
   const auto height = static_cast<int>(clipboard.height);
@@ -38,7 +38,7 @@ std::uint64_t costOfRewriting(const Document& document, const Surface& surface,
   return editCost::ofTiles(document, surface, editCost::tilesRewritten(surface, weight));
 }
 
-/// Takes the mask off; edits go to the pixels again.
+/// Removes the mask and makes the pixels the target of edits.
 void dropMask(DocumentEdit& edit, Layer& layer) {
   edit.setMask(layer, nullptr);
   edit.setMaskThumbnail(layer, nullptr, layer.maskThumbnailDirty.value());
@@ -91,8 +91,7 @@ void Document::invertActive() {
   const std::shared_ptr<Layer> layer = activeLayer();
   if (layer == nullptr || layer->texture.value() == nullptr) return;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
-  const std::shared_ptr<const Selection> selected =
-      kind == SurfaceKind::mask ? nullptr : activeSelection();
+  const std::shared_ptr<const Selection> selected = kind == SurfaceKind::mask ? nullptr : activeSelection();
   if (!edit.admits(costOfRewriting(*this, *layer->surface(kind), selected))) return;
   PixelEdit record{.actionName = QStringLiteral("Invert"),
                    .document = shared_from_this(),
@@ -105,7 +104,7 @@ void Document::invertActive() {
   if (kind == SurfaceKind::mask) {
     context_.invertMask(edit.surface(*layer, kind));
   } else {
-    // A copy, which shares the tiles: the selection's own surface is rewritten by later commands.
+    // A copy that shares the tiles: later commands rewrite the selection's own surface.
     if (selected != nullptr) weight = std::make_shared<Surface>(*selected->maskTexture->texture);
     context_.invertColors(edit.surface(*layer, kind), mode, weight.get());
   }

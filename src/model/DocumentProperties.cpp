@@ -1,4 +1,4 @@
-// The commands on one property of a node.
+// Commands that change one property of a node.
 #include <utility>
 
 #include "model/Document.h"
@@ -19,8 +19,8 @@ void Document::setOpacity(const QUuid& nodeID, float opacity) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
-  edit.recordOpacityChange(std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID,
-                                                                    node->opacity().value(), opacity));
+  edit.recordOpacityChange(
+      std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID, node->opacity().value(), opacity));
 }
 
 void Document::setBlendMode(const QUuid& nodeID, BlendMode blendMode) {
@@ -46,8 +46,7 @@ void Document::setVisible(const QUuid& nodeID, bool isVisible) {
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->isVisible().value() == isVisible) return;
   edit.setVisible(*node, isVisible);
-  edit.record(
-      std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
+  edit.record(std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
 }
 
 void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {

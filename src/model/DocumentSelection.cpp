@@ -1,4 +1,4 @@
-// The commands on the selection. None of them makes the document dirty.
+// Commands on the selection. None of them makes the document dirty.
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
 #include "model/records/SelectionChangeOperation.h"
@@ -19,7 +19,7 @@ void Document::changeSelection(DocumentEdit& edit, const QString& actionName,
                                const std::function<void(Selection&)>& change) {
   const std::shared_ptr<Selection> current = edit.selection();
   if (current == nullptr) return;
-  // Without a record the selection changes all the same; only the step back is missing.
+  // If no record can be made the selection still changes; it just can't be undone.
   const std::shared_ptr<SelectionChangeOperation> record =
       SelectionChangeOperation::create(actionName, shared_from_this());
   change(*current);

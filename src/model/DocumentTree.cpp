@@ -1,4 +1,4 @@
-// The commands on the shape of the tree.
+// Commands that change the structure of the tree.
 #include <algorithm>
 #include <utility>
 
@@ -21,7 +21,7 @@ std::shared_ptr<LayerMask> copyOfMask(const LayerMask& source, const MetalContex
   return std::make_shared<LayerMask>(QUuid::createUuid(), std::move(contents), source.isEnabled.value());
 }
 
-/// What a copy has in common with its source: all but the identity and the lock.
+/// What a copy shares with its source: everything but the identity and the lock.
 NodeValues valuesOfCopy(const LayerNode& source) {
   return {.name = source.name().value() + copySuffix,
           .opacity = source.opacity().value(),
@@ -46,7 +46,7 @@ std::shared_ptr<Layer> copyOfLayer(const LayerNode& node, const Document& docume
   return copy;
 }
 
-/// Copies with fresh ids and no locks, descendants included.
+/// Copies a node and its descendants, unlocked and with new ids.
 LayerNode copyOfNode(const LayerNode& node, const Document& document) {
   LayerNodeList copies;
   std::vector<LayerNodeList> outerCopies;
@@ -73,7 +73,8 @@ LayerNode copyOfNode(const LayerNode& node, const Document& document) {
   return copies.front();
 }
 
-/// A new node lies directly above the active one, on top inside an active folder, otherwise on top of all.
+/// A new node goes directly above the active one, to the top of an active folder, or otherwise to the top of
+/// the root.
 TreePosition positionForNewNode(const Document& document) {
   const TreePosition top{.parentID = std::nullopt, .index = std::ssize(document.rootNodes.value())};
   const std::optional<LayerNode> active = document.activeNode();
@@ -90,8 +91,8 @@ TreePosition positionForNewNode(const Document& document) {
 
 void Document::addLayer(const QString& requestedName) {
   DocumentEdit edit(*this, editKind::addition);
-  addNewLayer(edit, std::make_shared<Layer>(NodeValues{.name = uniqueNodeName(requestedName)},
-                                            makeLayerTexture()));
+  addNewLayer(edit,
+              std::make_shared<Layer>(NodeValues{.name = uniqueNodeName(requestedName)}, makeLayerTexture()));
 }
 
 void Document::addNewLayer(DocumentEdit& edit, const std::shared_ptr<Layer>& layer) {
@@ -115,7 +116,7 @@ void Document::removeNode(const QUuid& nodeID) {
   const std::optional<LayerNode> node = findNode(nodeID);
   const std::optional<NodeLocation> location = parentAndIndex(nodeID);
   if (!node || !location) return;
-  // Looks at the node itself only: a folder may take the last layer with it.
+  // Checks only the node itself: deleting a folder may delete the last layer.
   if (node->layer() != nullptr && layerCount() < 2) return;
 
   auto record = std::make_shared<RemoveNodeOperation>(shared_from_this(), nodeID);

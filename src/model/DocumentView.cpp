@@ -1,4 +1,4 @@
-// The commands on how the document is seen. None of them is recorded.
+// Commands on the view of the document. None of them is recorded.
 #include <algorithm>
 #include <cmath>
 
@@ -10,16 +10,16 @@ namespace {
 
 constexpr int lastZoomIndex = static_cast<int>(zoomTable.size()) - 1;
 constexpr int actualSizeIndex = 14;
-/// Zooms up to this one are shown as a percentage, larger ones as a factor.
+/// Zooms up to this value are shown as a percentage, larger ones as a factor.
 constexpr double largestPercentZoom = 8.0;
-/// View points that stay free around a fitted canvas, both sides together.
+/// Total margin around a fitted canvas, both sides together, in view points.
 constexpr double fitMargin = 40.0;
 
 bool hasFraction(double value) {
   return value != std::trunc(value);
 }
 
-/// Index of the last entry for which `isBelow` holds, 0 when there is none.
+/// Index of the last entry for which `isBelow` holds, or 0.
 template <typename Predicate>
 int lastIndexWhere(Predicate isBelow) {
   const auto after = std::partition_point(zoomTable.begin(), zoomTable.end(), isBelow);

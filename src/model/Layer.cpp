@@ -59,7 +59,7 @@ LayerFolder::~LayerFolder() {
   while (!orphans.empty()) {
     const std::shared_ptr<LayerFolder> folder = orphans.back().folder();
     orphans.pop_back();
-    // The last owner goes here: its children join the list before it does.
+    // If this is a folder's last owner, its children join the list before it goes.
     if (folder == nullptr || folder.use_count() > 1) continue;
     const LayerNodeList& inner = folder->children.value();
     orphans.insert(orphans.end(), inner.begin(), inner.end());
@@ -94,8 +94,7 @@ Property<float>& LayerNode::opacity() const {
 }
 
 Property<BlendMode>& LayerNode::blendMode() const {
-  return std::visit([](const auto& payload) -> Property<BlendMode>& { return payload->blendMode; },
-                    payload_);
+  return std::visit([](const auto& payload) -> Property<BlendMode>& { return payload->blendMode; }, payload_);
 }
 
 Property<bool>& LayerNode::isVisible() const {
@@ -111,7 +110,7 @@ QString uuidText(const QUuid& id) {
 }
 
 QUuid uuidFromText(const QString& text) {
-  // The platform's reader takes braces and trailing text too; only the canonical form comes back the same.
+  // Qt's parser also accepts braces and trailing text; only the canonical form survives a round trip.
   const QUuid id = QUuid::fromString(text);
   return uuidText(id).compare(text, Qt::CaseInsensitive) == 0 ? id : QUuid();
 }

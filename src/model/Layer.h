@@ -1,6 +1,6 @@
-// The nodes of an image: layers, folders, and the masks on layers. Shared by the tree and by the undo
-// records that may bring them back. Main thread only; background work takes surfaces, never nodes.
-// Everybody may read a node; its document's commands alone change it.
+// The nodes of an image: layers, folders, and the masks on layers. Shared by the tree and by undo records
+// that may restore them. Main thread only; background work takes surfaces, never nodes. Anyone may read a
+// node; only its document's commands change it.
 #pragma once
 
 #include <QImage>
@@ -22,14 +22,14 @@ namespace orvanel {
 /// Thumbnails compare by identity.
 using Thumbnail = std::shared_ptr<const QImage>;
 
-/// A surface of the document as readers see it.
+/// A read-only view of one of the document's surfaces.
 using ConstTexture = std::shared_ptr<const Surface>;
 
-/// A single-channel surface of values 0 to 1 (`r16Float`) of fixed size: 1 shows or selects, 0 hides.
-/// Its owner writes it; those who hold it as `const` only read.
+/// A single-channel surface (`r16Float`) of fixed size with values 0 to 1: 1 shows or selects, 0 hides. Its
+/// owner writes it; holders of a `const` pointer only read.
 class MaskTexture {
  public:
-  /// All zero; null when the surface can't be made.
+  /// All zero; null if the surface can't be made.
   [[nodiscard]] static std::shared_ptr<MaskTexture> create(int width, int height,
                                                            const MetalContext& context);
   /// Wraps a finished surface.
@@ -41,7 +41,7 @@ class MaskTexture {
   const int height;
 
   [[nodiscard]] Surface& pixels() { return *pixels_; }
-  /// Takes all pixels of a mask of the same size; of another size, nothing.
+  /// Copies all pixels from a mask of the same size; does nothing if sizes differ.
   void copyContents(const MaskTexture& other);
 
  private:
@@ -58,7 +58,7 @@ class LayerMask {
   Property<bool> isEnabled;
 };
 
-/// What a new layer or folder begins with.
+/// The initial values of a new layer or folder.
 struct NodeValues {
   QUuid id = QUuid::createUuid();
   QString name = {};
@@ -76,16 +76,16 @@ class Layer : public std::enable_shared_from_this<Layer> {
 
   const QUuid id;
   Property<QString> name;
-  /// Canvas-size pixels in the layer format of the document's mode; none only while being built.
+  /// Canvas-size pixels in the layer format of the document's mode; null only during construction.
   Property<ConstTexture> texture;
   Property<float> opacity{1.0F};
   Property<BlendMode> blendMode{BlendMode::normal};
   Property<bool> isVisible{true};
   Property<bool> isLocked{false};
   Property<std::shared_ptr<LayerMask>> mask;
-  /// Whether moves and transforms carry the mask along with the pixels.
+  /// Whether moves and transforms apply to the mask together with the pixels.
   Property<bool> isMaskLinked{true};
-  /// Whether edits go to the mask.
+  /// Whether the mask is the target of edits.
   Property<bool> isMaskSelected{false};
   Property<Thumbnail> thumbnailImage;
   Property<bool> thumbnailDirty{true};
@@ -94,11 +94,11 @@ class Layer : public std::enable_shared_from_this<Layer> {
   Property<std::vector<Thumbnail>> channelThumbnails;
   Property<bool> channelThumbnailsDirty{true};
 
-  /// Whether edits go to the mask, because it is selected and exists.
+  /// Whether edits go to the mask: it is selected and exists.
   [[nodiscard]] bool editsMask() const { return isMaskSelected.value() && mask.value() != nullptr; }
-  /// The surface that edits go to: the mask's, otherwise `texture` (possibly none).
+  /// The target of edits: the mask's surface, otherwise `texture` (possibly null).
   [[nodiscard]] ConstTexture activeEditTexture() const;
-  /// The mask's surface, or `texture`; none when the layer has no such surface.
+  /// The mask's surface or `texture`; null if the layer has no such surface.
   [[nodiscard]] ConstTexture surface(SurfaceKind kind) const;
 };
 
@@ -116,7 +116,7 @@ class LayerNode {
   /// The folder, or null for a layer.
   [[nodiscard]] std::shared_ptr<LayerFolder> folder() const;
 
-  // What both kinds have.
+  // Properties common to both kinds.
   [[nodiscard]] Property<QString>& name() const;
   [[nodiscard]] Property<float>& opacity() const;
   [[nodiscard]] Property<BlendMode>& blendMode() const;
@@ -129,11 +129,10 @@ class LayerNode {
   std::variant<std::shared_ptr<Layer>, std::shared_ptr<LayerFolder>> payload_;
 };
 
-/// Bottom first: the last element lies on top.
+/// Bottom first: the last element is on top.
 using LayerNodeList = std::vector<LayerNode>;
 
-/// Whether a folder of these values is transparent to compositing: its children blend with what lies beneath
-/// the folder.
+/// Whether a folder with these values is pass-through: its children blend with what lies beneath the folder.
 [[nodiscard]] constexpr bool passesThrough(float opacity, BlendMode blendMode) {
   return opacity >= 1.0F && blendMode == BlendMode::normal;
 }
@@ -142,7 +141,7 @@ class LayerFolder {
  public:
   explicit LayerFolder(const QString& folderName, QUuid folderID = QUuid::createUuid());
   explicit LayerFolder(const NodeValues& values, LayerNodeList contents = {}, bool isOpen = true);
-  /// Takes the tree beneath it apart without recursion, however deep that is.
+  /// Destroys the subtree iteratively, so that deep nesting can't overflow the stack.
   ~LayerFolder();
   LayerFolder(const LayerFolder&) = delete;
   LayerFolder& operator=(const LayerFolder&) = delete;
@@ -156,16 +155,16 @@ class LayerFolder {
   Property<bool> isLocked{false};
   Property<bool> isExpanded{true};
 
-  /// Whether its children flatten into a surface of the folder's own; one without children has none.
+  /// Whether the children are flattened into a surface of the folder's own. False for an empty folder.
   [[nodiscard]] bool isIsolating() const;
 };
 
-/// Every node's text form: 36 characters, upper case.
+/// The text form of a node's id: 36 characters, upper case.
 [[nodiscard]] QString uuidText(const QUuid& id);
-/// The UUID of a canonical text in either case; null for anything else.
+/// Parses a canonical UUID in either case; null for anything else.
 [[nodiscard]] QUuid uuidFromText(const QString& text);
 
-/// The node of this id at any depth.
+/// The node with this id, at any depth.
 [[nodiscard]] std::optional<LayerNode> findNode(const QUuid& id, const LayerNodeList& list);
 /// Appends all layers, depth first in list order.
 void collectLayers(const LayerNodeList& list, std::vector<std::shared_ptr<Layer>>& layers);

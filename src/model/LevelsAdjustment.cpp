@@ -11,10 +11,10 @@
 namespace orvanel {
 namespace {
 
-/// The points are set on the scale of 8 bits in every colour mode.
+/// Points are set on the 8-bit scale in every colour mode.
 constexpr float pointScale = 255.0F;
 
-/// Pixels beyond this number are sampled on a grid.
+/// Larger surfaces are sampled on a grid.
 constexpr double mostSamples = 500000.0;
 
 constexpr double redWeight = 299.0;
@@ -22,7 +22,7 @@ constexpr double greenWeight = 587.0;
 constexpr double blueWeight = 114.0;
 constexpr double sumOfWeights = 1000.0;
 
-/// Whole weights keep the greys exact, so that each falls into its own bin.
+/// Integer weights keep greys exact, so that each falls into its own bin.
 double brightness(double red, double green, double blue) {
   return (redWeight * red + greenWeight * green + blueWeight * blue) / sumOfWeights;
 }
@@ -34,7 +34,7 @@ Channel channelAt(const std::byte* pixel, std::size_t channel) {
   return value;
 }
 
-/// From 0 for black to 255 for white.
+/// Brightness from 0 (black) to 255 (white).
 double brightnessOf(const std::byte* pixel, PixelFormat format) {
   constexpr double unitsPerByte = 257.0;
   constexpr double white = 255.0;

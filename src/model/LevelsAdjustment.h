@@ -1,6 +1,6 @@
-// One adjustment of a layer's levels, from its beginning to its end: previewed as often as wanted, each time
-// from the pixels of the beginning, then kept under one record or taken back. Owned by the window or command
-// that adjusts; main thread only. Works on the layer's colours, never on its mask.
+// A levels adjustment of a layer: previewed any number of times, each time from the original pixels, then
+// committed under one record or cancelled. Owned by the window or command that performs it; main thread only.
+// Changes the layer's colours, never its mask.
 #pragma once
 
 #include <QUuid>
@@ -17,37 +17,37 @@
 namespace orvanel {
 
 struct Levels {
-  float blackPoint = 0.0F;    ///< 0 to 255, on the scale of 8 bits
+  float blackPoint = 0.0F;    ///< 0 to 255, on the 8-bit scale
   float whitePoint = 255.0F;  ///< 0 to 255
   float gamma = 1.0F;         ///< 0.1 to 9.99
   friend bool operator==(const Levels&, const Levels&) = default;
 };
 
-/// How many pixels have each brightness, on the scale of 8 bits.
+/// Number of pixels for each brightness, on the 8-bit scale.
 using LevelsHistogram = std::array<std::int64_t, 256>;
 
-/// Over all pixels of a layer's surface, or a grid of about 500000 of them; alpha isn't considered. For any
-/// thread that holds its own copy of the surface.
+/// Counts all pixels of a layer's surface, or a grid of about 500000 of them; alpha is ignored. Any thread
+/// that holds its own copy of the surface.
 [[nodiscard]] LevelsHistogram levelsHistogram(const Surface& pixels);
 
 class LevelsAdjustment {
  public:
-  /// Begins on the active layer; nothing when the active node has no pixels of its own.
+  /// Begins on the active layer; none if the active node has no pixels of its own.
   [[nodiscard]] static std::optional<LevelsAdjustment> begin(const DocumentPtr& document);
 
   [[nodiscard]] const QUuid& layerID() const { return edit_->layerID(); }
-  /// The pixels at the beginning.
+  /// The original pixels.
   [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const {
     return edit_->snapshotBefore();
   }
-  /// False once it was kept, taken back or ended by the document. Then each of these does nothing.
+  /// False once committed, cancelled or ended by the document; the operations below then do nothing.
   [[nodiscard]] bool isOpen() const { return edit_->isOpen(); }
 
-  /// Shows the levels within the selection, or everywhere without one.
+  /// Previews the levels within the selection, or everywhere without one.
   void apply(const Levels& levels);
-  /// Keeps what is shown, under one record.
+  /// Keeps the preview under one record.
   void commit() { edit_->keep(); }
-  /// Puts back the pixels of the beginning; no record.
+  /// Restores the original pixels; leaves no record.
   void cancel() { edit_->takeBack(); }
 
  private:

@@ -1,5 +1,5 @@
-// Walks over a tree of nodes, depth first in list order, a folder before its children. They keep their own
-// stack, so that no depth of folders exhausts the thread's.
+// Depth-first walks over a tree of nodes in list order, a folder before its children. They use an explicit
+// stack, so that deep nesting can't overflow the thread's.
 #pragma once
 
 #include <cstddef>
@@ -12,14 +12,14 @@
 namespace orvanel {
 
 enum class WalkStep {
-  descend,  ///< into the folder, or on past a layer
-  skip,     ///< what the folder holds
+  descend,  ///< into a folder, or past a layer
+  skip,     ///< the folder's contents
   stop,     ///< the whole walk
 };
 
-/// Calls `enter(node, folder, index)` for each node, with the folder that holds it (null at the root) and its
-/// index there, and `leave(folder)` after the children of every folder that was descended into. The tree
-/// must not change meanwhile.
+/// Calls `enter(node, folder, index)` for each node, with its parent folder (null at the root) and its index
+/// there, and `leave(folder)` after the children of every folder that was descended into. The tree must not
+/// change during the walk.
 template <typename Enter, typename Leave>
 void walkNodes(const LayerNodeList& roots, const Enter& enter, const Leave& leave) {
   struct Level {

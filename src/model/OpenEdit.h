@@ -1,6 +1,6 @@
-// An edit that stays open while the user tries things: a drag, a free transform, an adjustment. Its document
-// knows it, and ends it before anything pulls the ground from under it. Owned by the tool, window or script
-// that performs it; main thread only.
+// An edit that stays open while the user experiments: a drag, a free transform, an adjustment. Its document
+// knows it, and ends it before changing anything it depends on. Owned by the tool, window or script that
+// performs it; main thread only.
 #pragma once
 
 #include <memory>
@@ -17,12 +17,12 @@ class OpenEdit {
   OpenEdit& operator=(const OpenEdit&) = delete;
   virtual ~OpenEdit();
 
-  /// False once it was kept, taken back or ended, or its document was closed. Every operation of a closed edit
-  /// does nothing.
+  /// False once it was kept, taken back or ended, or its document was closed. All operations on a closed edit
+  /// do nothing.
   [[nodiscard]] bool isOpen() const { return isOpen_ && !document_.expired(); }
 
-  /// Ends it as a change of tool does: what it shows is kept under its record; if it shows nothing new there
-  /// is none.
+  /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
+  /// changed.
   virtual void end() = 0;
 
  protected:

@@ -1,5 +1,5 @@
-// An open edit of the selection: changed as often as wanted, each time from the selection of the beginning,
-// then kept under one record. Owned as `OpenEdit` says; main thread only.
+// An open edit of the selection: changed any number of times, each time from the original selection, then
+// kept under one record. Ownership as for `OpenEdit`; main thread only.
 #pragma once
 
 #include <QString>
@@ -15,15 +15,15 @@ class SelectionChangeOperation;
 
 class OpenSelectionEdit final : public OpenEdit {
  public:
-  /// Makes the selection if there is none. Without memory for it the edit can change nothing.
+  /// Makes a selection if there is none. Without memory for it, the edit has no effect.
   OpenSelectionEdit(const DocumentPtr& document, const QString& actionName);
   ~OpenSelectionEdit() override;
 
-  /// Puts back the selection of the beginning, then has `write` change it, mask and flags.
+  /// Restores the original selection, then calls `write` to change its mask and flags.
   void show(const std::function<void(const Document& document, Selection& selection)>& write);
-  /// Keeps what is shown. It leaves a record unless nothing was selected before and nothing is now.
+  /// Keeps what is shown. Leaves no record if nothing was selected before and nothing is now.
   void keep();
-  /// An edit that never showed anything leaves no record.
+  /// Leaves no record if the edit never showed anything.
   void end() override;
 
  private:

@@ -1,5 +1,5 @@
-// An open edit of one layer's pixels, or of its mask: shown as often as wanted, each time from the pixels of
-// the beginning, then kept under one record or taken back. Owned as `OpenEdit` says; main thread only.
+// An open edit of one layer's pixels or mask: shown any number of times, each time from the original pixels,
+// then kept under one record or taken back. Ownership as for `OpenEdit`; main thread only.
 #pragma once
 
 #include <QString>
@@ -16,11 +16,11 @@ class StoredResultOperation;
 
 class OpenSurfaceEdit final : public OpenEdit {
  public:
-  /// Which record keeps the result.
+  /// Selects the record that keeps the result.
   enum class Purpose { transform, levels };
 
-  /// Begins on a surface that the layer has; null, and told of, when the memory that it may need isn't there.
-  /// Without memory to capture the surface the edit leaves no record.
+  /// Begins on an existing surface of the layer. If the edit may need more memory than there is, reports a
+  /// refusal and returns null. If the surface can't be captured, the edit leaves no record.
   [[nodiscard]] static std::unique_ptr<OpenSurfaceEdit> begin(const DocumentPtr& document,
                                                               const std::shared_ptr<Layer>& layer,
                                                               SurfaceKind kind, Purpose purpose,
@@ -28,16 +28,16 @@ class OpenSurfaceEdit final : public OpenEdit {
   ~OpenSurfaceEdit() override;
 
   [[nodiscard]] const QUuid& layerID() const { return layer_->id; }
-  /// The pixels of the beginning.
+  /// The original pixels.
   [[nodiscard]] const Surface& original() const { return original_; }
-  /// The same as the record has them; null when they couldn't be captured.
+  /// The original pixels as the record holds them; null if they couldn't be captured.
   [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const { return snapshotBefore_; }
 
-  /// Has `draw` write the surface, which stands as it was last shown.
+  /// Calls `draw` to write the surface, which still holds what was last shown.
   void show(const std::function<void(const Document& document, Surface& live)>& draw);
   /// Keeps what is shown, under one record.
   void keep();
-  /// Puts back the pixels of the beginning; no record.
+  /// Restores the original pixels; leaves no record.
   void takeBack();
   void end() override;
 

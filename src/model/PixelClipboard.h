@@ -1,4 +1,4 @@
-// Copied pixels: a rectangle with the place it was taken from. A plain value that outlives its document,
+// Copied pixels: a rectangle and its original position. A plain value that outlives its document and is
 // shared by all documents.
 #pragma once
 
@@ -11,9 +11,9 @@
 namespace orvanel {
 
 struct PixelClipboard {
-  /// The rectangle's pixels; transparent outside the selection of the time.
+  /// The rectangle's pixels; transparent outside the selection they were copied under.
   std::shared_ptr<const TextureSnapshot> snapshot;
-  /// Left and top of the rectangle in the canvas it was copied from.
+  /// Left and top of the rectangle on the source canvas.
   std::int64_t originX = 0;
   std::int64_t originY = 0;
   std::int64_t width = 0;

@@ -1,5 +1,5 @@
-// A value of the document model that anybody may read. Only the model's own edits write it, and every write
-// shows up in the document's stream of changes. Main thread only.
+// A value of the document model that anyone may read. Only the model's own edits write it, and every write is
+// reported in the document's stream of changes. Main thread only.
 #pragma once
 
 #include <utility>

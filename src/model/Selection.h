@@ -1,6 +1,6 @@
-// What is selected: a mask of canvas size and two flags that summarise it. A document shows its own as `const`
-// and lets commands alone change it. Main thread only.
-// A kernel that can't run leaves the mask as it was; the flags change all the same.
+// The selection: a mask of canvas size and two flags that summarise it. A document exposes its own as
+// `const`; only commands change it. If a kernel can't run, the mask stays as it was but the flags still
+// change. Main thread only.
 #pragma once
 
 #include <memory>
@@ -12,24 +12,24 @@ namespace orvanel {
 
 class Selection {
  public:
-  /// The part of a selection's state that undo needs beside the pixels.
+  /// The part of a selection's state that undo needs besides the pixels.
   struct Flags {
     bool hasSelection = false;
     bool isFullSelection = false;
     friend bool operator==(const Flags&, const Flags&) = default;
   };
 
-  /// Nothing selected; null when the mask's surface can't be made.
+  /// An empty selection; null if the mask's surface can't be made.
   [[nodiscard]] static std::shared_ptr<Selection> create(int width, int height, const MetalContext& context);
   explicit Selection(const std::shared_ptr<MaskTexture>& mask) : maskTexture(mask), mask_(mask) {}
 
   const std::shared_ptr<const MaskTexture> maskTexture;
-  /// False: the mask is empty, and operations act on everything.
+  /// If false, the mask is empty and operations apply to everything.
   Property<bool> hasSelection{false};
-  /// True: all of the canvas is selected. Implies `hasSelection`.
+  /// If true, the whole canvas is selected. Implies `hasSelection`.
   Property<bool> isFullSelection{false};
 
-  /// The mask's pixels for writing; the writer brings the flags up to date.
+  /// The mask's pixels for writing; the writer must update the flags.
   [[nodiscard]] Surface& pixels() { return mask_->pixels(); }
   [[nodiscard]] MaskTexture& mask() { return *mask_; }
 
@@ -39,12 +39,12 @@ class Selection {
   void invert(const MetalContext& context);
 
   // The shapes replace the whole mask. Units are document pixels; a feather of 0 keeps the edge hard.
-  /// `rect` has no negative part; a side below 1 selects nothing.
+  /// `rect` must not have negative coordinates; a side below 1 selects nothing.
   void setRect(const PixelRect& rect, float feather, const MetalContext& context);
   /// A radius that isn't positive selects nothing.
   void setEllipse(float centerX, float centerY, float radiusX, float radiusY, float feather,
                   const MetalContext& context);
-  /// Two points or fewer change nothing at all.
+  /// Does nothing with two points or fewer.
   void setPolygon(std::span<const PolygonPoint> points, const MetalContext& context);
 
   /// True where the mask is above 0; false outside the canvas.
@@ -52,7 +52,7 @@ class Selection {
 
   [[nodiscard]] Flags flags() const { return {hasSelection.value(), isFullSelection.value()}; }
   void restoreFlags(const Flags& flags);
-  /// Reads the flags off the mask, after a kernel wrote it.
+  /// Derives the flags from the mask, after a kernel wrote it.
   void refreshFlags(const MetalContext& context);
 
  private:

@@ -3,7 +3,7 @@
 namespace orvanel {
 namespace {
 
-/// Length of a control arm for a quarter of a unit circle: 4/3 (sqrt(2) - 1).
+/// Control arm length for a quarter of a unit circle: 4/3 (sqrt(2) - 1).
 constexpr double circleArm = 0.5522847498;
 
 BezierPoint corner(double x, double y) {

@@ -1,5 +1,5 @@
-// The outline of a shape while it is being drawn; it never says what is selected. A plain value, document
-// coordinates.
+// The outline of a shape while it is being drawn; it doesn't define what is selected. A plain value in
+// document coordinates.
 #pragma once
 
 #include <QPointF>
@@ -9,7 +9,7 @@
 
 namespace orvanel {
 
-/// An anchor with the control points of the cubic segments that arrive and leave there.
+/// An anchor with the control points of its incoming and outgoing cubic segments.
 struct BezierPoint {
   QPointF position;
   QPointF controlIn;
@@ -31,7 +31,7 @@ struct SelectionPath {
   struct Polygon {
     friend bool operator==(const Polygon&, const Polygon&) = default;
   };
-  /// What the path was made from, so that the exact shape can be drawn without flattening the curves.
+  /// The shape that the path was made from, so that it can be drawn exactly, without flattening curves.
   using ShapeHint = std::variant<Rect, Ellipse, Polygon>;
 
   /// In drawing order.
@@ -40,7 +40,7 @@ struct SelectionPath {
   bool isClosed = false;
 
   [[nodiscard]] static SelectionPath rect(double x, double y, double width, double height);
-  /// Four cubic segments from the top, clockwise; the largest error is 0.027 % of the radius.
+  /// Four cubic segments clockwise from the top; the largest error is 0.027 % of the radius.
   [[nodiscard]] static SelectionPath ellipse(double cx, double cy, double rx, double ry);
 
   friend bool operator==(const SelectionPath&, const SelectionPath&) = default;

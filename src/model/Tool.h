@@ -1,4 +1,4 @@
-// The tools by name, in palette order: part of each document's memory.
+// The tools by name, in palette order. Each document remembers its tool.
 #pragma once
 
 #include <QString>
@@ -27,14 +27,14 @@ inline constexpr std::array allTools{Tool::hand,          Tool::move,        Too
                                      Tool::magicWand,     Tool::brush,       Tool::eraser,
                                      Tool::eyedropper,    Tool::zoom,        Tool::freeTransform};
 
-/// "hand", "move", ...: the tool's identity as text.
+/// The tool's identity as text: "hand", "move", ...
 [[nodiscard]] QString rawValue(Tool tool);
 [[nodiscard]] QString displayName(Tool tool);
 /// Name of the tool's symbol.
 [[nodiscard]] QString iconName(Tool tool);
-/// The letter shown beside the name, when there is one.
+/// The letter shown beside the name, if any.
 [[nodiscard]] std::optional<QChar> shortcutLetter(Tool tool);
-/// The display name, followed by the letter in parentheses when there is one.
+/// The display name, followed by the letter in parentheses if there is one.
 [[nodiscard]] QString toolTip(Tool tool);
 
 }  // namespace orvanel

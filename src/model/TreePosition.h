@@ -1,4 +1,4 @@
-// Where a node sits in a document's tree, as a plain value that outlives the folder it names.
+// A node's position in a document's tree, as a plain value that outlives the folder it names.
 #pragma once
 
 #include <QUuid>
@@ -8,7 +8,7 @@
 namespace orvanel {
 
 struct TreePosition {
-  /// The folder; absent at root level.
+  /// The parent folder; none at root level.
   std::optional<QUuid> parentID;
   /// Counted from the bottom.
   std::int64_t index = 0;

@@ -1,5 +1,5 @@
-// What a tool does on the canvas, and what it may ask of the view it works in. The view owns one handler
-// per tool and forwards its events; handlers never see widgets. Main thread only.
+// A tool's behaviour on the canvas, and its interface to the view. The view owns one handler per tool and
+// forwards its events; handlers never see widgets. Main thread only.
 #pragma once
 
 #include <QCursor>
@@ -15,22 +15,22 @@
 
 namespace orvanel {
 
-/// The canvas as tools see it. View points have their origin at the top left.
+/// The canvas as seen by tools. View points have their origin at the top left.
 class ToolCanvas {
  public:
   virtual ~ToolCanvas() = default;
 
   [[nodiscard]] virtual QSizeF viewSize() const = 0;
-  /// Document coordinates of a view point; none without a document.
+  /// Converts a view point to document coordinates; none without a document.
   [[nodiscard]] virtual std::optional<QPointF> viewToDocument(QPointF viewPoint) const = 0;
-  /// Moves the viewport as far towards `documentOffset` as its bounds allow.
+  /// Moves the viewport as close to `documentOffset` as its bounds allow.
   virtual void scrollTo(QPointF documentOffset) = 0;
   virtual void showCursor(const QCursor& cursor) = 0;
-  /// Asks for a frame soon.
+  /// Requests a frame.
   virtual void requestRedraw() = 0;
 };
 
-/// Made fresh for each event; `view` is borrowed for the call.
+/// Made for each event; `view` is borrowed for the call.
 struct ToolContext {
   ToolCanvas* view = nullptr;
   std::weak_ptr<Document> document;
@@ -51,7 +51,7 @@ class CanvasToolHandler {
   virtual void mouseUp(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
   virtual void mouseMoved(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
 
-  /// True when the key was consumed.
+  /// Returns true if the key was consumed.
   virtual bool keyDown(const EventRecord&, const ToolContext&) { return false; }
   virtual bool keyUp(const EventRecord&, const ToolContext&) { return false; }
   virtual void flagsChanged(const EventRecord&, const ToolContext&) {}

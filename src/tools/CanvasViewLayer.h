@@ -1,5 +1,5 @@
-// A pass of the on-screen picture, and the view state all passes share. Passes are owned by the renderer or
-// by the tool whose overlay they draw, and are called inside a frame on the main thread.
+// A pass of the on-screen picture, and the view state shared by all passes. Passes are owned by the renderer
+// or by the tool whose overlay they draw, and are called inside a frame on the main thread.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace orvanel {
 
-/// How the document lies in the view in one frame.
+/// The placement of the document in the view for one frame.
 struct CanvasViewContext {
   double viewportWidth = 0.0;    ///< device pixels
   double viewportHeight = 0.0;   ///< device pixels
@@ -26,11 +26,11 @@ class CanvasViewLayer {
   virtual ~CanvasViewLayer() = default;
 
   [[nodiscard]] virtual std::string name() const = 0;
-  /// `document` is null when none is on show.
+  /// `document` is null if none is shown.
   [[nodiscard]] virtual bool shouldRender(const CanvasViewContext& context,
                                           const Document* document) const = 0;
-  /// Records the draw. Everything the picture depends on goes through the encoder, which tells by it
-  /// whether the picture has to be drawn again.
+  /// Records the draw. Everything the picture depends on must go through the encoder, which uses it to decide
+  /// whether a redraw is needed.
   virtual void render(RenderEncoder& encoder, const CanvasViewContext& context,
                       const Document* document) const = 0;
 };

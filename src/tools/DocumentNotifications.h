@@ -1,5 +1,5 @@
-// Posts what a document's changes mean in the vocabulary of notifications, for those that watch all documents
-// rather than one. Owned by the window, one for each open document; main thread only.
+// Posts a document's changes as notifications, for observers of all documents rather than one. Owned by the
+// window, one per open document; main thread only.
 #pragma once
 
 #include "model/Document.h"

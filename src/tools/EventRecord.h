@@ -1,5 +1,5 @@
-// What a tool is told of the user's input: plain values in the editor's own vocabulary, so that tools and
-// key filters know nothing of the toolkit. Made by the view that received the event; any thread.
+// User input as tools see it: plain values in the editor's own vocabulary, so that tools and key filters
+// don't depend on the toolkit. Made by the view that received the event; any thread.
 #pragma once
 
 #include <QString>
@@ -7,7 +7,7 @@
 
 namespace orvanel {
 
-/// Modifier bits as commands test them. The physical Control key is the command modifier.
+/// Modifier bits as tested by commands. The physical Control key is the command modifier.
 namespace modifier {
 inline constexpr std::uint32_t capsLock = 0x10000;
 inline constexpr std::uint32_t shift = 0x20000;
@@ -15,7 +15,7 @@ inline constexpr std::uint32_t option = 0x80000;
 inline constexpr std::uint32_t command = 0x100000;
 }  // namespace modifier
 
-/// Codes of the keys that act without regard to what they type; other keys are told by their characters.
+/// Codes of keys that act regardless of the text they produce; other keys are identified by their characters.
 namespace keyCode {
 inline constexpr int none = -1;
 inline constexpr int returnKey = 36;
@@ -30,9 +30,9 @@ inline constexpr int forwardDelete = 117;
 struct EventRecord {
   std::uint32_t modifiers = 0;
   int key = keyCode::none;
-  /// What the key types when no modifier but Shift is held.
+  /// The text the key produces with no modifier but Shift.
   QString characters;
-  /// The key is held down and repeats.
+  /// Whether this is an auto-repeat of a held key.
   bool isRepeat = false;
   int clickCount = 0;
 };

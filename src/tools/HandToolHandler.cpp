@@ -7,7 +7,7 @@ void HandToolHandler::endDrag() {
   offsetStart_ = std::nullopt;
 }
 
-// A temporary hand may go while the button is down; nobody will report the release then.
+// A temporary hand may end while the button is down; the release is then never reported.
 void HandToolHandler::toolDeactivated(const ToolContext& context) {
   (void)context;
   endDrag();
@@ -32,7 +32,7 @@ void HandToolHandler::mouseDragged(const EventRecord& event, const ToolContext& 
   (void)event;
   const auto document = context.document.lock();
   if (document == nullptr || context.view == nullptr || !dragStart_ || !offsetStart_) return;
-  // Another document may have come to the front while the button is down.
+  // Another document may have become active while the button is down.
   if (document != draggedDocument_.lock()) return;
   context.view->scrollTo(*offsetStart_ - (viewPoint - *dragStart_) / document->zoom());
 }

@@ -1,4 +1,4 @@
-// The hand: drags the document through the view. Owned by the canvas view; main thread only.
+// The hand: drags the document in the view. Owned by the canvas view; main thread only.
 #pragma once
 
 #include <memory>

@@ -10,8 +10,8 @@
 namespace orvanel {
 namespace {
 
-/// a, b, c, d, tx and ty of the way back; some are not finite where there is none. Qt's own inverse gives up
-/// on determinants below 1e-12, which two strong reductions reach.
+/// a, b, c, d, tx and ty of the inverse; not all finite if there is none. Qt's own inverse rejects
+/// determinants below 1e-12, which two strong reductions reach.
 std::array<float, 6> inverseOf(const QTransform& m) {
   const double determinant = m.m11() * m.m22() - m.m12() * m.m21();
   const auto entry = [determinant](double cofactor) { return static_cast<float>(cofactor / determinant); };
@@ -32,11 +32,10 @@ std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& documen
   const ConstTexture target = layer->activeEditTexture();
   if (target == nullptr) return nullptr;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
-  const std::optional<PixelRect> content = document->context().layerContentBounds(
-      *target, document->colorMode.value(), kind == SurfaceKind::mask);
+  const std::optional<PixelRect> content =
+      document->context().layerContentBounds(*target, document->colorMode.value(), kind == SurfaceKind::mask);
   if (!content) return nullptr;
-  auto edit =
-      OpenSurfaceEdit::begin(document, layer, kind, OpenSurfaceEdit::Purpose::transform, actionName);
+  auto edit = OpenSurfaceEdit::begin(document, layer, kind, OpenSurfaceEdit::Purpose::transform, actionName);
   if (edit == nullptr) return nullptr;
   return std::unique_ptr<LayerTransform>(new LayerTransform(std::move(edit), *content));
 }

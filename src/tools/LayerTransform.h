@@ -1,6 +1,6 @@
-// One transform of the active layer's content, or of its mask's while that is selected: shown as often as
-// wanted, each time from the pixels of the beginning, then kept under one record or taken back. Owned by the
-// tool or command that transforms; main thread only. Boxes and matrices are in document coordinates.
+// A transform of the active layer's content, or of its mask's if that is selected: previewed any number of
+// times, each time from the original pixels, then committed under one record or cancelled. Owned by the tool
+// or command that transforms; main thread only. Boxes and matrices are in document coordinates.
 #pragma once
 
 #include <QRectF>
@@ -15,34 +15,34 @@ namespace orvanel {
 
 class LayerTransform {
  public:
-  /// Begins on the active layer; null when it is locked, a folder or without content, and
-  /// when the memory that it may need is not there.
+  /// Begins on the active layer; null if it is locked, a folder or empty, or if the edit may need more memory
+  /// than there is.
   [[nodiscard]] static std::unique_ptr<LayerTransform> begin(const DocumentPtr& document,
                                                              const QString& actionName);
   LayerTransform(const LayerTransform&) = delete;
   LayerTransform& operator=(const LayerTransform&) = delete;
 
-  /// False once it was kept, taken back or ended by the document. Then showing, keeping and taking back do
+  /// False once committed, cancelled or ended by the document; previewing, committing and cancelling then do
   /// nothing.
   [[nodiscard]] bool isOpen() const { return edit_->isOpen(); }
 
-  /// The bounds of the content at the beginning.
+  /// The bounds of the original content.
   [[nodiscard]] const PixelRect& contentRect() const { return contentRect_; }
 
-  /// Whole pixels; what leaves the canvas is lost at the end.
+  /// In whole pixels. Content that leaves the canvas is lost at the end.
   void translate(int dx, int dy);
-  /// From the content box into `box`, whose sides are at least 1.
+  /// Maps the content box to `box`, whose sides are at least 1.
   void scaleTo(const QRectF& box);
-  /// Radians about the centre of the content box; positive turns clockwise on the screen.
+  /// Radians about the centre of the content box; positive is clockwise on the screen.
   void rotate(float angle);
   /// Whether the matrix has an inverse whose entries 32-bit floats can hold.
   [[nodiscard]] static bool canInvert(const QTransform& matrix);
-  /// An affine matrix that can be inverted, applied to row vectors.
+  /// Applies an invertible affine matrix to row vectors.
   void transform(const QTransform& matrix);
 
-  /// Keeps what is shown, under one record.
+  /// Keeps the preview under one record.
   void commit() { edit_->keep(); }
-  /// Puts back the pixels of the beginning; no record.
+  /// Restores the original pixels; leaves no record.
   void cancel() { edit_->takeBack(); }
 
  private:

@@ -8,10 +8,10 @@
 namespace orvanel {
 namespace {
 
-/// The tolerance is set on the scale of 8 bits in every colour mode.
+/// The tolerance is on the 8-bit scale in every colour mode.
 constexpr float toleranceScale = 255.0F;
 
-/// Grey layers as colours: the seed is read, and compared, in four channels.
+/// A grey layer as colours: the seed is read, and compared, in four channels.
 ConstTexture colorsOfGrey(const ConstTexture& grey, ColorMode mode, const MetalContext& context) {
   Texture colors = context.makeTexture(compositePixelFormat(mode), grey->width(), grey->height());
   if (colors != nullptr) context.convertTexture(*grey, *colors, mode, folderColorMode(mode));
@@ -39,7 +39,7 @@ ConstTexture sampleOf(Document& document, bool sampleAllLayers) {
 }
 
 Color4 colorAt(const Surface& sample, int x, int y) {
-  // As the kernels read it: what is no number counts as 0.
+  // Like the kernels, treats NaN as 0.
   const std::uint64_t pixel = regularPixel(sample.pixelAt(x, y), sample.format());
   Color4 color{};
   for (unsigned channel = 0; channel < 4; ++channel) {
@@ -61,7 +61,7 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
   }
   ConstTexture sample = sampleOf(*document, settings.sampleAllLayers);
   if (sample == nullptr) return nullptr;
-  // The choice may have any shape, and is combined from a shape of its own.
+  // Any tile may match, and combining the match needs a mask of its own.
   constexpr std::uint64_t masks = 3;
   const auto maskTileBytes = static_cast<std::uint64_t>(tilePixels) * bytesPerPixel(maskPixelFormat);
   if (!document->admitsEdit(masks * maskTileBytes * static_cast<std::uint64_t>(sample->tileCount()))) {

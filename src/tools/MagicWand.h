@@ -1,5 +1,6 @@
-// The magic wand's choice of pixels like a seed, from press to release: as often as the tolerance changes,
-// each time from the selection of the press. Owned by the tool or command that selects; main thread only.
+// A magic wand gesture: selects pixels similar to a seed, any number of times as the tolerance changes,
+// always starting from the selection at the press. Owned by the tool or command that selects; main thread
+// only.
 #pragma once
 
 #include <memory>
@@ -13,20 +14,20 @@ namespace orvanel {
 
 class MagicWand {
  public:
-  /// Presses at a pixel. Null outside the canvas, and when there is nothing to sample: the active node is
-  /// no layer.
+  /// Starts a gesture at a pixel. Null outside the canvas, or if there is nothing to sample because the
+  /// active node isn't a layer.
   [[nodiscard]] static std::unique_ptr<MagicWand> press(const DocumentPtr& document, int x, int y,
                                                         SelectionMode mode,
                                                         const MagicWandSettings& settings);
   MagicWand(const MagicWand&) = delete;
   MagicWand& operator=(const MagicWand&) = delete;
 
-  /// Selects what lies within the settings' tolerance. Without memory for it the selection of the press
-  /// stands.
+  /// Selects the pixels within the settings' tolerance. If memory runs out, the selection at the press is
+  /// kept.
   void select(const MagicWandSettings& settings);
-  /// Ends the gesture under its record.
+  /// Ends the gesture and records it.
   void release() { gesture_.close(); }
-  /// False once it was released, or its document ended it.
+  /// False once released, or ended by the document.
   [[nodiscard]] bool isOpen() const { return gesture_.isOpen(); }
 
  private:

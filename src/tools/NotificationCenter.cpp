@@ -31,8 +31,8 @@ NotificationCenter::Subscription NotificationCenter::observe(std::string_view na
 }
 
 void NotificationCenter::post(std::string_view name, const std::any& object) {
-  // A handler may subscribe or end subscriptions, its own included: the walk looks up its place anew after
-  // every call, and whoever subscribes in mid-post waits for the next one.
+  // A handler may subscribe, or end any subscription including its own, so the position is looked up again
+  // after every call. New subscribers start with the next post.
   const std::uint64_t end = nextID_;
   for (auto it = observers_.begin(); it != observers_.end() && it->first < end;) {
     const std::uint64_t id = it->first;

@@ -1,5 +1,5 @@
-// The command vocabulary: named notifications between the model, the tools and the views.
-// One centre for the process; main thread only. Observers are called in the order they subscribed.
+// The command vocabulary: named notifications between the model, the tools and the views. One centre per
+// process; main thread only. Observers are called in order of subscription.
 #pragma once
 
 #include <any>
@@ -42,10 +42,10 @@ inline constexpr std::string_view thumbnailsDidUpdate = "thumbnailsDidUpdate";
 
 class NotificationCenter {
  public:
-  /// `object` is what the poster sent along: a `std::shared_ptr<Document>`, or nothing.
+  /// `object` is the poster's argument: a `std::shared_ptr<Document>`, or nothing.
   using Handler = std::function<void(const std::any& object)>;
 
-  /// Ends with its owner; an ended subscription is never called again, even in mid-post.
+  /// Ends when destroyed; an ended subscription is never called again, even during a post.
   class Subscription {
    public:
     Subscription() = default;

@@ -1,5 +1,5 @@
-// One change of the selection by a tool, from press to release, under one record. A shape replaces what is
-// selected, or is combined with it. Owned by the tool or command that selects; main thread only.
+// A tool's change of the selection, from press to release, under one record. A shape replaces the selection
+// or is combined with it. Owned by the tool or command that selects; main thread only.
 #pragma once
 
 #include <QString>
@@ -14,12 +14,12 @@ enum class SelectionMode { replace, add, subtract, intersect };
 
 class SelectionGesture {
  public:
-  /// Opens the record; makes the selection if there is none.
+  /// Opens the record; makes a selection if there is none.
   SelectionGesture(const DocumentPtr& document, const QString& actionName) : edit_(document, actionName) {}
 
-  /// `fill` writes the shape, and its flags, into the selection it is given; one that answers false has failed,
-  /// and the selection of the beginning stands. With nothing selected every mode is a replacement. Each shape
-  /// starts from the selection of the beginning. Without memory for a shape to combine, nothing changes.
+  /// `fill` writes the shape and its flags into the selection it is given. If it returns false, or there is
+  /// no memory to combine the shape, the original selection is restored. Every shape starts from the original
+  /// selection. With nothing selected, every mode replaces.
   template <typename Fill>
   void selectShape(SelectionMode mode, const Fill& fill) {
     if constexpr (std::is_void_v<std::invoke_result_t<Fill, Selection&>>) {
@@ -34,9 +34,9 @@ class SelectionGesture {
   /// Selects nothing.
   void clear();
 
-  /// Ends the gesture. It leaves a record unless nothing was selected before and nothing is now.
+  /// Ends the gesture. Leaves no record unless something was selected before or is now.
   void close() { edit_.keep(); }
-  /// False once it was closed, or its document ended it.
+  /// False once closed, or ended by the document.
   [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 
  private:
@@ -45,12 +45,12 @@ class SelectionGesture {
   OpenSelectionEdit edit_;
 };
 
-/// Combines a shape with a selection that isn't empty, and brings the flags up to date.
+/// Combines a shape with a non-empty selection and updates the flags.
 void combineMask(Selection& selection, const Surface& shapeMask, SelectionMode mode,
                  const MetalContext& context);
 
-/// The whole pixels under a rectangle that was drawn from (x, y): grown to pixel edges, clipped to the
-/// canvas; empty when it lies outside. Document coordinates.
+/// The whole pixels covered by a rectangle drawn from (x, y), in document coordinates: expanded to pixel
+/// edges and clipped to the canvas; empty if it lies outside.
 [[nodiscard]] PixelRect drawnRect(const Document& document, double x, double y, double width, double height);
 
 }  // namespace orvanel

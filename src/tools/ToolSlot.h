@@ -1,4 +1,4 @@
-// A place in the tool palette: one tool, or a group of which one member shows. A plain value.
+// A slot of the tool palette: one tool, or a group that shows one member. A plain value.
 #pragma once
 
 #include <QString>
@@ -13,7 +13,7 @@ namespace orvanel {
 class ToolSlot {
  public:
   [[nodiscard]] static ToolSlot single(Tool tool) { return ToolSlot(tool); }
-  /// `tools` has at least one member.
+  /// `tools` must have at least one member.
   [[nodiscard]] static ToolSlot group(std::vector<Tool> tools) { return ToolSlot(std::move(tools)); }
 
   /// The tools' raw values, joined with hyphens.

@@ -1,6 +1,6 @@
-// Which tool is in force and how the tools are set. One for the application; the settings are global, the
-// choice of tool and of group members is also remembered by each document. Main thread only.
-// Every change of tool posts `toolChanged`.
+// The current tool and the tools' settings. One per application; the settings are global, and each document
+// also remembers the chosen tool and group members. Main thread only. Every change of tool posts
+// `toolChanged`.
 #pragma once
 
 #include <QHash>
@@ -15,7 +15,7 @@
 
 namespace orvanel {
 
-/// Document pixels; `hardness`, `flow` and `spacing` run from 0 to 1.
+/// Lengths are in document pixels; `hardness`, `flow` and `spacing` run from 0 to 1.
 struct BrushSettings {
   float size = 20.0F;
   float hardness = 0.8F;
@@ -55,9 +55,9 @@ class ToolState {
   ToolState(const ToolState&) = delete;
   ToolState& operator=(const ToolState&) = delete;
 
-  /// The last element is the tool in force; those before it wait for temporary tools to end.
+  /// The last element is the current tool; those before it resume when temporary tools end.
   QProperty<std::vector<Tool>> toolStack{std::vector{Tool::hand}};
-  /// The member last chosen of each group, by the slot's identity.
+  /// The last chosen member of each group, keyed by the slot's identity.
   QProperty<QHash<QString, Tool>> selectedVariants;
   QProperty<BrushSettings> brushSettings;
   QProperty<EraserSettings> eraserSettings;
@@ -65,26 +65,26 @@ class ToolState {
   QProperty<MagicWandSettings> magicWandSettings;
   QProperty<ZoomSettings> zoomSettings;
 
-  /// Held weakly: null when none is active or it has been closed.
+  /// Held weakly; null if no document is active or it has been closed.
   [[nodiscard]] std::shared_ptr<Document> activeDocument() const { return activeDocument_.lock(); }
   void setActiveDocument(const std::shared_ptr<Document>& document) { activeDocument_ = document; }
-  /// Makes the document (or none) active and takes over its group members, then its tool.
+  /// Makes the document (or none) active and restores its group members and its tool.
   void switchToDocument(const std::shared_ptr<Document>& document);
 
   [[nodiscard]] Tool currentTool() const;
-  /// Makes a tool permanent, ends temporary ones and has the active document remember the choice.
+  /// Makes a tool current, ends temporary ones and stores the choice in the active document.
   void selectTool(Tool tool);
-  /// A temporary tool, until `popTool` or any `selectTool`; documents don't remember it.
+  /// Activates a temporary tool, until `popTool` or any `selectTool`; documents don't remember it.
   void pushTool(Tool tool);
   void popTool();
   void setToolStack(std::vector<Tool> stack) { toolStack = std::move(stack); }
 
-  /// A click on the slot or its key: a group that is in force steps to its next member, any other group
-  /// comes back with its last one.
+  /// Handles a click on the slot or its key: the current group advances to its next member, any other group
+  /// resumes its last one.
   void activateSlot(const ToolSlot& slot);
   /// Chooses a member of a group from its menu.
   void selectVariant(const ToolSlot& slot, Tool tool);
-  /// The tool that the slot shows.
+  /// The tool shown in the slot.
   [[nodiscard]] Tool shownTool(const ToolSlot& slot) const;
 
  private:

@@ -96,7 +96,7 @@ TEST_F(CanvasRendererTest, DrawsAfterEveryChangeOfTheView) {
   EXPECT_EQ(composited(), 1U);
 }
 
-TEST_F(CanvasRendererTest, PaintsWhatWasEdited) {
+TEST_F(CanvasRendererTest, DrawsAnEdit) {
   renderer.drawInMTKView(view);
   document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);

@@ -20,7 +20,7 @@
 #include "model/edit/DocumentEdit.h"
 #include "tools/PostCounter.h"
 
-/// Lets failures show points. Found by the argument's own namespace, under the name the framework looks for.
+/// Lets failures print points. The framework finds it by name in the argument's namespace.
 inline void PrintTo(const QPointF& point, std::ostream* stream) {  // NOLINT(readability-identifier-naming)
   *stream << '(' << point.x() << ", " << point.y() << ')';
 }

@@ -66,7 +66,7 @@ TEST(FramePacer, StoppingCancelsAPendingRequest) {
   EXPECT_EQ(frames, 1);
 }
 
-TEST(FramePacer, StartingTwiceIsStartingOnce) {
+TEST(FramePacer, StartingTwiceHasNoFurtherEffect) {
   int frames = 0;
   FramePacer pacer([&] { ++frames; });
   pacer.start();

@@ -251,7 +251,7 @@ TEST_F(RunCommandTest, AMalformedStepIsReportedByItsNumber) {
   expectStepFailure(R"([{"do": "fill", "color": [1, 0, 0, 1.5]}])", "\"color\"");
   expectStepFailure(R"([{"do": "fill", "color": [1, 0, "0", 1]}])", "\"color\"");
   expectStepFailure(R"([{"do": "select", "node": "Nobody"}])", "unknown node \"Nobody\"");
-  expectStepFailure(R"([{"do": "select", "node": 3}])", "\"node\" must be a text");
+  expectStepFailure(R"([{"do": "select", "node": 3}])", "\"node\" must be a string");
   expectStepFailure(R"([{"do": "editMask", "on": 1}])", "\"on\" must be true or false");
   expectStepFailure(R"([{"do": "move", "dx": 1.5, "dy": 0}])", "\"dx\" must be a whole number");
   expectStepFailure(R"([{"do": "move", "dx": 1e99, "dy": 0}])", "\"dx\" must lie between");

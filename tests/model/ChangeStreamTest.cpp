@@ -12,7 +12,7 @@ namespace {
 
 using namespace test;
 
-TEST(ChangeStreamTest, AnEditIsToldOnceWithAllItChanged) {
+TEST(ChangeStreamTest, AnEditIsReportedOnceWithEverythingItChanged) {
   const DocumentPtr document = makeDocument();
   const ChangeRecorder changes(*document);
   document->addLayer("L");
@@ -25,7 +25,7 @@ TEST(ChangeStreamTest, AnEditIsToldOnceWithAllItChanged) {
   EXPECT_EQ(changes.count<change::FileStateChanged>(FileProperty::isDirty), 1U);
 }
 
-TEST(ChangeStreamTest, AFolderComesEmptyAndItsChildrenFollow) {
+TEST(ChangeStreamTest, AFolderIsInsertedEmptyFollowedByItsChildren) {
   const DocumentPtr document = makeDocument();
   document->addFolder("F");
   document->addLayer("a");
@@ -41,7 +41,7 @@ TEST(ChangeStreamTest, AFolderComesEmptyAndItsChildrenFollow) {
   EXPECT_EQ(inserted[2].position, (TreePosition{folder, 1}));
 }
 
-TEST(ChangeStreamTest, AMoveIsOneChangeWithBothPlaces) {
+TEST(ChangeStreamTest, AMoveIsOneChangeWithBothPositions) {
   const DocumentPtr document = makeDocument();
   document->addFolder("F");
   const QUuid folder = idOf(*document, "F");
@@ -56,7 +56,7 @@ TEST(ChangeStreamTest, AMoveIsOneChangeWithBothPlaces) {
   EXPECT_EQ(changes.count<change::NodeInserted>() + changes.count<change::NodeRemoved>(), 0U);
 }
 
-TEST(ChangeStreamTest, PixelsNameTheTilesThatAreNew) {
+TEST(ChangeStreamTest, PixelChangesListTheChangedTiles) {
   const DocumentPtr document = makeDocument(400, 300);
   document->ensureSelection();
   writableSelection(*document).setRect({130, 10, 140, 20}, 0.0F, document->context());
@@ -67,7 +67,7 @@ TEST(ChangeStreamTest, PixelsNameTheTilesThatAreNew) {
   EXPECT_EQ(changes.of<change::PixelsChanged>().front().kind, SurfaceKind::pixels);
 }
 
-TEST(ChangeStreamTest, ASelectionThatIsRestoredClearedAndRefilledIsToldOnce) {
+TEST(ChangeStreamTest, ASelectionRestoredClearedAndRefilledInOneEditIsReportedOnce) {
   const DocumentPtr document = makeDocument();
   document->selectAll();
   const ChangeRecorder changes(*document);
@@ -78,7 +78,7 @@ TEST(ChangeStreamTest, ASelectionThatIsRestoredClearedAndRefilledIsToldOnce) {
   EXPECT_EQ(changes.batches, 2);
 }
 
-TEST(ChangeStreamTest, WhatAHandlerChangesIsToldAfterTheCurrentBatch) {
+TEST(ChangeStreamTest, ChangesMadeByAHandlerAreDeliveredAfterTheCurrentBatch) {
   const DocumentPtr document = makeDocument();
   std::vector<std::string> told;
   const auto editor = document->changes().observe([&](const DocumentChanges& changes) {
@@ -92,14 +92,14 @@ TEST(ChangeStreamTest, WhatAHandlerChangesIsToldAfterTheCurrentBatch) {
   EXPECT_EQ(told, (std::vector<std::string>{"editor", "history", "editor", "view"}));
 }
 
-TEST(ChangeStreamTest, AnEndedSubscriptionHearsNothingMore) {
+TEST(ChangeStreamTest, AnEndedSubscriptionIsNotCalledAgain) {
   const DocumentPtr document = makeDocument();
   int told = 0;
   std::optional<ChangeStream::Subscription> second;
   const auto first = document->changes().observe([&](const DocumentChanges&) { second.reset(); });
   second = document->changes().observe([&](const DocumentChanges&) { ++told; });
   document->addLayer("L");
-  EXPECT_EQ(told, 0) << "ended by an observer before it, in the same delivery";
+  EXPECT_EQ(told, 0) << "ended by an earlier observer in the same delivery";
 }
 
 TEST(ChangeStreamTest, ASubscriptionMayOutliveItsDocument) {
@@ -111,7 +111,7 @@ TEST(ChangeStreamTest, ASubscriptionMayOutliveItsDocument) {
   subscription = {};
 }
 
-TEST(ChangeStreamTest, WhatDoesNotApplyTellsNobody) {
+TEST(ChangeStreamTest, CommandsThatDoNotApplyNotifyNobody) {
   const DocumentPtr document = makeDocument();
   const ChangeRecorder changes(*document);
   document->removeNode(idOf(*document, "Background"));

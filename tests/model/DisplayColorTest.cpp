@@ -14,11 +14,11 @@ TEST(DisplayColorTest, WritesSixUpperCaseDigits) {
   EXPECT_EQ((DisplayColor{1.5F, -1.0F, 0.0F, 1.0F}.hexText()), "FF0000");
 }
 
-TEST(DisplayColorTest, ReadsEitherCaseAsOpaqueColour) {
+TEST(DisplayColorTest, ReadsEitherCaseAsAnOpaqueColour) {
   EXPECT_EQ(DisplayColor::fromHexText("ff00AB"), (DisplayColor{1.0F, 0.0F, 171.0F / 255.0F, 1.0F}));
 }
 
-TEST(DisplayColorTest, EveryByteValueSurvivesTheText) {
+TEST(DisplayColorTest, EveryByteValueSurvivesARoundTrip) {
   for (int value = 0; value < 256; ++value) {
     const auto component = static_cast<float>(value) / 255.0F;
     const DisplayColor color{component, 0.0F, 1.0F, 1.0F};
@@ -26,12 +26,12 @@ TEST(DisplayColorTest, EveryByteValueSurvivesTheText) {
   }
 }
 
-TEST(DisplayColorTest, ALeadingSignPassesBeforeFiveDigits) {
+TEST(DisplayColorTest, ALeadingSignIsAcceptedBeforeFiveDigits) {
   EXPECT_EQ(DisplayColor::fromHexText("+12345"), DisplayColor::fromHexText("012345"));
   EXPECT_EQ(DisplayColor::fromHexText("-00001"), DisplayColor::fromHexText("FFFFFF"));
 }
 
-TEST(DisplayColorTest, RefusesAllOtherTexts) {
+TEST(DisplayColorTest, RejectsAllOtherTexts) {
   for (const char* text :
        {"", "12345", "1234567", "#12345", "12345g", " 12345", "++1234", "0x1234", "+-1234"}) {
     EXPECT_EQ(DisplayColor::fromHexText(text), std::nullopt) << text;

@@ -1,4 +1,4 @@
-// The commands that replace every surface: size of image and canvas, crop, trim, colour mode.
+// Commands that replace every surface: image size, canvas size, crop, trim and colour mode.
 #include <gtest/gtest.h>
 
 #include "model/DocumentCompositor.h"
@@ -11,7 +11,7 @@ namespace {
 using namespace test;
 using reference::Color;
 
-/// What a blit leaves on a surface that begins with `ground`: old pixel (x, y) at (x + dx, y + dy).
+/// The expected result of a blit to a surface filled with `ground`: old pixel (x, y) at (x + dx, y + dy).
 Surface blitted(const Surface& old, int width, int height, int dx, int dy, std::uint64_t ground = 0) {
   Surface result(old.format(), width, height);
   result.fill(ground);
@@ -31,7 +31,7 @@ const std::uint64_t showing = floatToHalf(1.0F);
 
 class DocumentCanvasTest : public testing::TestWithParam<ColorMode> {
  protected:
-  /// A masked layer, one inside a folder, and a disabled mask.
+  /// A masked layer, a layer inside a folder, and a disabled mask.
   void SetUp() override {
     addRandomMask(*masked, random);
     document->addFolder("F");
@@ -42,7 +42,7 @@ class DocumentCanvasTest : public testing::TestWithParam<ColorMode> {
     put(inner->mask.value()->isEnabled, false);
     selectRandomly(*document, random);
   }
-  /// Every layer and mask is the old one, shifted onto a canvas of the new size; what is new is empty, and
+  /// Expects every layer and mask to be shifted onto a canvas of the new size; new pixels are transparent and
   /// shown by masks.
   void expectShifted(const PixelState& before, int width, int height, int dx, int dy) const {
     const PixelState after = pixelState(*document);
@@ -55,7 +55,7 @@ class DocumentCanvasTest : public testing::TestWithParam<ColorMode> {
     }
     expectFreshCanvas(width, height);
   }
-  /// Size, display surfaces and an empty selection, as every change of size leaves them.
+  /// Expects the new size, matching display surfaces and an empty selection, as after every change of size.
   void expectFreshCanvas(int width, int height) const {
     EXPECT_EQ(document->canvasWidth.value(), width);
     EXPECT_EQ(document->canvasHeight.value(), height);
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, DocumentCanvasTest, testing::ValuesIn(allColorMo
 
 // Canvas size.
 
-TEST_P(DocumentCanvasTest, AnchorsSayWhereTheOldCanvasStays) {
+TEST_P(DocumentCanvasTest, AnchorsDetermineWhereTheOldCanvasStays) {
   struct Case {
     int anchor;
     int growth;
@@ -102,14 +102,14 @@ TEST_P(DocumentCanvasTest, CanvasSizeCycle) {
   expectPixelCycle(*document, "Canvas Size", [&] { document->resizeCanvas(300, 100, 0, 0); });
 }
 
-TEST_P(DocumentCanvasTest, GrowingLeavesTheNewAreaOfAMaskedLayerVisibleIfTransparent) {
+TEST_P(DocumentCanvasTest, TheNewAreaOfAMaskedLayerIsTransparentAndUnmasked) {
   document->resizeCanvas(pixelWidth + 200, pixelHeight, -1, -1);
   EXPECT_EQ(masked->texture.value()->pixelAt(pixelWidth + 199, 0), 0U);
   EXPECT_EQ(maskPixelsOf(*masked).pixelAt(pixelWidth + 199, 0), showing);
   EXPECT_EQ(maskPixelsOf(*masked).pixelAt(pixelWidth, pixelHeight - 1), showing);
 }
 
-TEST_P(DocumentCanvasTest, TheSameSizeKeepsThePixelsDropsTheSelectionAndIsRecorded) {
+TEST_P(DocumentCanvasTest, TheSameSizeKeepsThePixelsDropsTheSelectionAndLeavesARecord) {
   const PixelState before = pixelState(*document);
   const std::int64_t records = recordCount(*document);
   document->resizeCanvas(pixelWidth, pixelHeight, 0, 0);
@@ -120,7 +120,7 @@ TEST_P(DocumentCanvasTest, TheSameSizeKeepsThePixelsDropsTheSelectionAndIsRecord
 
 // Image size.
 
-TEST_P(DocumentCanvasTest, ImageSizeIsUndoneUnderTheNameOfCanvasSize) {
+TEST_P(DocumentCanvasTest, ImageSizeIsRecordedAsCanvasSize) {
   for (const ResampleMethod method :
        {ResampleMethod::bicubic, ResampleMethod::bilinear, ResampleMethod::nearestNeighbor}) {
     expectPixelCycle(*document, "Canvas Size", [&] { document->resizeImage(301, 70, method); });
@@ -147,7 +147,7 @@ TEST_P(DocumentCanvasTest, NearestNeighbourTakesThePixelUnderEachCentre) {
   expectFreshCanvas(301, 70);
 }
 
-TEST_P(DocumentCanvasTest, EveryMethodKeepsAPlainColourAndAPlainMask) {
+TEST_P(DocumentCanvasTest, EveryMethodPreservesAUniformColourAndMask) {
   writableSelection(*document).clear(document->context());
   document->selectNode(masked->id);
   document->fillSelection({0.25F, 0.25F, 0.25F, 1.0F});
@@ -166,8 +166,8 @@ TEST_P(DocumentCanvasTest, EveryMethodKeepsAPlainColourAndAPlainMask) {
   }
 }
 
-TEST_P(DocumentCanvasTest, BilinearHalvingAveragesUnderATriangle) {
-  // Shrinking by two widens the triangle to reach over four pixels, with weights 1, 3, 3 and 1 eighths.
+TEST_P(DocumentCanvasTest, BilinearHalvingAveragesWithATriangleFilter) {
+  // Halving widens the triangle to four pixels, with weights 1/8, 3/8, 3/8 and 1/8.
   const DocumentPtr row = makeDocument(8, 1, GetParam());
   const std::shared_ptr<Layer> layer = row->allLayers().front();
   row->context().clearTexture(writable(layer->texture.value()), GetParam(), {0.0F, 0.0F, 0.0F, 1.0F});
@@ -187,7 +187,7 @@ TEST_P(DocumentCanvasTest, BilinearHalvingAveragesUnderATriangle) {
 TEST_P(DocumentCanvasTest, CropTakesTheRectangle) {
   const PixelState before = pixelState(*document);
   expectPixelCycle(*document, "Cut out", [&] { document->crop({11, 13, 131, 40}, "Cut out"); });
-  EXPECT_EQ(difference(pixelState(*document), before), "") << "with the pixels outside of the rectangle";
+  EXPECT_EQ(difference(pixelState(*document), before), "") << "including the pixels outside the rectangle";
   document->redo();
   expectShifted(before, 131, 40, -11, -13);
 }
@@ -200,7 +200,7 @@ TEST_P(DocumentCanvasTest, CropsToTheBoundsOfTheSelection) {
   expectShifted(before, 64, 5, -20, -30);
 }
 
-TEST_P(DocumentCanvasTest, EverySelectedPixelCountsForTheBounds) {
+TEST_P(DocumentCanvasTest, EverySelectedPixelCountsTowardsTheBounds) {
   select(*document, reference::maskOf(pixelWidth, pixelHeight, [](int x, int y) {
     return (x == 7 && y == 100) || (x == 140 && y == 3) ? 1.0F / 1024.0F : 0.0F;
   }));
@@ -208,7 +208,7 @@ TEST_P(DocumentCanvasTest, EverySelectedPixelCountsForTheBounds) {
   expectFreshCanvas(134, 98);
 }
 
-TEST_P(DocumentCanvasTest, WithoutSelectedPixelsNothingIsCropped) {
+TEST_P(DocumentCanvasTest, CropDoesNothingWithoutSelectedPixels) {
   select(*document, filledMask(pixelWidth, pixelHeight, 0.0F));
   expectNothing(*document, [&] { document->cropToSelection(); });
   writableSelection(*document).clear(document->context());
@@ -217,7 +217,7 @@ TEST_P(DocumentCanvasTest, WithoutSelectedPixelsNothingIsCropped) {
   expectNothing(*document, [&] { document->cropToSelection(); });
 }
 
-/// White all around a rectangle of black, on the topmost layer.
+/// Fills the topmost layer with white around a black rectangle.
 void drawFramed(Document& document, const PixelRect& rect) {
   Surface& pixels = writable(document.allLayers().back()->texture.value());
   const ColorMode mode = document.colorMode.value();
@@ -229,7 +229,7 @@ void drawFramed(Document& document, const PixelRect& rect) {
   static_cast<void>(document.composite());
 }
 
-TEST_P(DocumentCanvasTest, TrimsUniformEdgesOffTheComposite) {
+TEST_P(DocumentCanvasTest, TrimRemovesUniformEdgesOfTheComposite) {
   drawFramed(*document, {12, 8, 100, 90});
   const PixelState before = pixelState(*document);
   expectPixelCycle(*document, "Trim", [&] { EXPECT_TRUE(document->trim()); });
@@ -237,7 +237,7 @@ TEST_P(DocumentCanvasTest, TrimsUniformEdgesOffTheComposite) {
   expectShifted(before, 100, 90, -12, -8);
 }
 
-TEST_P(DocumentCanvasTest, WithoutAUniformEdgeThereIsNothingToTrim) {
+TEST_P(DocumentCanvasTest, TrimDoesNothingWithoutAUniformEdge) {
   writable(inner->texture.value()) = randomPixels(GetParam(), random);
   put(document->needsCompositing, true);
   static_cast<void>(document->composite());
@@ -246,7 +246,7 @@ TEST_P(DocumentCanvasTest, WithoutAUniformEdgeThereIsNothingToTrim) {
   expectNothing(*document, [&] { EXPECT_FALSE(document->trim()); });
 }
 
-TEST_P(DocumentCanvasTest, WithoutACompositeThereIsNothingToTrim) {
+TEST_P(DocumentCanvasTest, TrimDoesNothingWithoutAComposite) {
   const ConstTexture composite = document->compositedTexture.value();
   put(document->compositedTexture, nullptr);
   const std::int64_t records = recordCount(*document);
@@ -255,9 +255,9 @@ TEST_P(DocumentCanvasTest, WithoutACompositeThereIsNothingToTrim) {
   EXPECT_EQ(document->canvasWidth.value(), pixelWidth);
 }
 
-// What all changes of size share.
+// Common to all changes of size.
 
-TEST_P(DocumentCanvasTest, EachMarksTheDocumentAndAllThumbnails) {
+TEST_P(DocumentCanvasTest, EverySizeCommandMarksTheDocumentAndAllThumbnails) {
   const std::array<std::function<void()>, 3> commands{
       [&] { document->resizeImage(50, 60, ResampleMethod::bilinear); },
       [&] { document->resizeCanvas(70, 80, 0, 0); },
@@ -276,7 +276,7 @@ TEST_P(DocumentCanvasTest, EachMarksTheDocumentAndAllThumbnails) {
   }
 }
 
-TEST_P(DocumentCanvasTest, ObserversAreToldOnceAndEverythingHasItsNewSizeThen) {
+TEST_P(DocumentCanvasTest, ObserversAreNotifiedOnceWhenEverythingHasItsNewSize) {
   int told = 0;
   const auto subscription = document->changes().observe([&](const DocumentChanges& changes) {
     ++told;
@@ -291,13 +291,13 @@ TEST_P(DocumentCanvasTest, ObserversAreToldOnceAndEverythingHasItsNewSizeThen) {
   EXPECT_EQ(told, 1);
 }
 
-TEST_P(DocumentCanvasTest, ASelectionIsThereAfterwardsEvenIfNoneWasBefore) {
+TEST_P(DocumentCanvasTest, ASelectionExistsAfterwardsEvenIfThereWasNone) {
   put(document->selection, nullptr);
   document->resizeCanvas(70, 80, 0, 0);
   expectFreshCanvas(70, 80);
 }
 
-TEST_P(DocumentCanvasTest, UndoAndRedoLeaveAnEmptySelectionOfTheSize) {
+TEST_P(DocumentCanvasTest, UndoAndRedoLeaveAnEmptySelectionOfTheRightSize) {
   document->crop({3, 4, 40, 50}, "Crop");
   document->selectAll();
   document->undo();
@@ -308,13 +308,13 @@ TEST_P(DocumentCanvasTest, UndoAndRedoLeaveAnEmptySelectionOfTheSize) {
   expectFreshCanvas(40, 50);
 }
 
-TEST_P(DocumentCanvasTest, ALayerWithoutPixelsIsPassedOver) {
+TEST_P(DocumentCanvasTest, ALayerWithoutPixelsIsSkipped) {
   put(inner->texture, nullptr);
   expectPixelCycle(*document, "Canvas Size", [&] { document->resizeCanvas(70, 80, 0, 0); });
   EXPECT_EQ(inner->texture.value(), nullptr);
 }
 
-TEST_P(DocumentCanvasTest, ADocumentWithoutLayersStillChangesItsCanvas) {
+TEST_P(DocumentCanvasTest, ADocumentWithoutLayersCanBeResized) {
   const DocumentPtr empty = Document::create(
       {.name = "Empty", .width = 30, .height = 20, .colorMode = GetParam()}, MetalContext::shared());
   expectPixelCycle(*empty, "Canvas Size", [&] { empty->resizeCanvas(70, 80, 0, 0); });
@@ -323,13 +323,13 @@ TEST_P(DocumentCanvasTest, ADocumentWithoutLayersStillChangesItsCanvas) {
   EXPECT_EQ(empty->compositedTexture.value()->height(), 80);
 }
 
-TEST_P(DocumentCanvasTest, AMaskWithoutASurfaceStaysAsItIs) {
+TEST_P(DocumentCanvasTest, AMaskWhoseSurfaceCannotBeMadeStaysAsItIs) {
   const DocumentPtr single = makeRandomDocument(GetParam(), random);
   const std::shared_ptr<Layer> layer = single->allLayers().front();
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   const PixelState before = pixelState(*single);
   {
-    // Two snapshots and the layer's new surface are made; the mask's can't be.
+    // Two snapshots and the layer's new surface can be made; the mask's can't.
     const tileMemory::ScopedSurfaceFailure failure(3, 1);
     single->resizeCanvas(70, 80, -1, -1);
   }
@@ -344,20 +344,20 @@ TEST_P(DocumentCanvasTest, AMaskWithoutASurfaceStaysAsItIs) {
   EXPECT_TRUE(maskPixelsOf(*layer).equals(blitted(*before.layers[0].mask, 70, 80, 0, 0)));
 }
 
-TEST_P(DocumentCanvasTest, ASelectionWithoutASurfaceIsGone) {
+TEST_P(DocumentCanvasTest, ASelectionWhoseSurfaceCannotBeMadeIsDropped) {
   const auto withoutSelectionSurface = [this](int madeBefore, const std::function<void()>& command) {
     const tileMemory::ScopedSurfaceFailure failure(madeBefore, 1);
     command();
     EXPECT_EQ(document->selection.value(), nullptr);
   };
-  // Four layers and masks are captured and made anew, and two display surfaces.
+  // Four layers and masks are captured and remade, then two display surfaces.
   withoutSelectionSurface(4 + 4 + 2, [&] { document->resizeCanvas(70, 80, 0, 0); });
   document->ensureSelection();
   withoutSelectionSurface(4 + 2, [&] { document->undo(); });
   EXPECT_EQ(document->canvasWidth.value(), pixelWidth);
 }
 
-TEST_P(DocumentCanvasTest, ALayerWithoutASurfaceIsFatal) {
+TEST_P(DocumentCanvasTest, ALayerWhoseSurfaceCannotBeMadeIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const std::array<std::function<void()>, 3> commands{
       [&] { document->resizeImage(50, 60, ResampleMethod::bilinear); },
@@ -378,7 +378,7 @@ TEST_P(DocumentCanvasTest, ALayerWithoutASurfaceIsFatal) {
 
 // Colour mode.
 
-/// A pixel as a mode shows it.
+/// A pixel as shown in a mode.
 Color converted(const Color& pixel, ColorMode from, ColorMode to) {
   if (!isGrayscale(to) || isGrayscale(from)) return pixel;
   const double grey = 0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2];
@@ -408,7 +408,7 @@ TEST_P(DocumentCanvasTest, ColourModeCycle) {
   }
 }
 
-TEST_P(DocumentCanvasTest, MasksAndSelectionKeepTheirIdentityThroughAChangeOfMode) {
+TEST_P(DocumentCanvasTest, MasksAndSelectionKeepTheirIdentityWhenTheModeChanges) {
   const std::shared_ptr<LayerMask> mask = masked->mask.value();
   const std::shared_ptr<const Selection> selection = document->selection.value();
   const ColorMode to = GetParam() == ColorMode::rgb8 ? ColorMode::grayscale16 : ColorMode::rgb8;
@@ -419,7 +419,7 @@ TEST_P(DocumentCanvasTest, MasksAndSelectionKeepTheirIdentityThroughAChangeOfMod
   EXPECT_EQ(document->selection.value(), selection);
 }
 
-TEST_P(DocumentCanvasTest, ChangingToTheCurrentModeRecordsNothing) {
+TEST_P(DocumentCanvasTest, ChangingToTheCurrentModeLeavesNoRecord) {
   expectNothing(*document, [&] { document->changeColorMode(GetParam()); });
 }
 

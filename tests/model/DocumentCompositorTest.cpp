@@ -19,7 +19,7 @@ constexpr std::uint64_t opaqueGreen = 0xFF00FF00U;
 
 class DocumentCompositorTest : public testing::Test {
  protected:
-  /// Background, F[L], with L wholly red.
+  /// Background, F[L], with L entirely red.
   void SetUp() override {
     document->addFolder("F");
     document->addLayer("L");
@@ -61,7 +61,7 @@ class DocumentCompositorTest : public testing::Test {
   std::shared_ptr<Layer> layer;
 };
 
-TEST_F(DocumentCompositorTest, HashChangesWithEveryPropertyThatShows) {
+TEST_F(DocumentCompositorTest, HashChangesWithEveryVisibleProperty) {
   std::vector<std::uint64_t> hashes{hash()};
   const auto expectNew = [&] {
     const std::uint64_t now = hash();
@@ -86,7 +86,7 @@ TEST_F(DocumentCompositorTest, HashChangesWithEveryPropertyThatShows) {
   expectNew();
 }
 
-TEST_F(DocumentCompositorTest, HashIgnoresWhatDoesNotShow) {
+TEST_F(DocumentCompositorTest, HashIgnoresInvisibleProperties) {
   const std::uint64_t before = hash();
   put(layer->name, QStringLiteral("other"));
   put(layer->isLocked, true);
@@ -98,7 +98,7 @@ TEST_F(DocumentCompositorTest, HashIgnoresWhatDoesNotShow) {
   EXPECT_EQ(hash(), before);
 }
 
-TEST_F(DocumentCompositorTest, HashTakesNegativeZeroForZero) {
+TEST_F(DocumentCompositorTest, HashTreatsNegativeZeroAsZero) {
   put(layer->opacity, 0.0F);
   const std::uint64_t before = hash();
   const auto twin = std::make_shared<Layer>("L", layer->id);
@@ -108,7 +108,7 @@ TEST_F(DocumentCompositorTest, HashTakesNegativeZeroForZero) {
   EXPECT_EQ(hash(), before);
 }
 
-TEST_F(DocumentCompositorTest, HashFindsANewOrderOfEqualNodes) {
+TEST_F(DocumentCompositorTest, HashDetectsReorderingOfEqualNodes) {
   document->addLayer("M");
   const std::uint64_t before = hash();
   document->moveNode(idOf(*document, "M"), folder->id, 0);
@@ -116,7 +116,7 @@ TEST_F(DocumentCompositorTest, HashFindsANewOrderOfEqualNodes) {
   EXPECT_NE(hash(), before);
 }
 
-TEST_F(DocumentCompositorTest, HashFindsANodeThatEntersAFolder) {
+TEST_F(DocumentCompositorTest, HashDetectsANodeMovedIntoAFolder) {
   document->moveNode(layer->id, std::nullopt, 99);
   ASSERT_EQ(treeText(*document), "Background, F[], L");
   const std::uint64_t before = hash();
@@ -124,7 +124,7 @@ TEST_F(DocumentCompositorTest, HashFindsANodeThatEntersAFolder) {
   EXPECT_NE(hash(), before);
 }
 
-TEST_F(DocumentCompositorTest, TheTopNodeCovers) {
+TEST_F(DocumentCompositorTest, TheTopNodeCoversThoseBelow) {
   composite();
   EXPECT_EQ(compositePixel(), opaqueRed);
   document->moveNode(idOf(*document, "Background"), std::nullopt, 99);
@@ -140,14 +140,14 @@ TEST_F(DocumentCompositorTest, AnEmptyTreeGivesATransparentComposite) {
   EXPECT_TRUE(document->compositedTexture.value()->equals(Surface(PixelFormat::rgba8Unorm, 40, 30)));
 }
 
-TEST_F(DocumentCompositorTest, WithoutACompositeThereIsNothingToDo) {
+TEST_F(DocumentCompositorTest, NothingHappensWithoutAComposite) {
   put(document->compositedTexture, nullptr);
   EXPECT_EQ(document->composite(), nullptr);
   EXPECT_TRUE(document->advanceComposite(std::chrono::milliseconds(1)));
   EXPECT_EQ(document->freezeComposite(), nullptr);
 }
 
-TEST_F(DocumentCompositorTest, TheCompositeIsCurrentWhoeverAsks) {
+TEST_F(DocumentCompositorTest, TheCompositeIsAlwaysCurrentWhenRead) {
   put(document->needsCompositing, false);
   static_cast<void>(document->composite());
   document->selectNode(layer->id);
@@ -156,12 +156,12 @@ TEST_F(DocumentCompositorTest, TheCompositeIsCurrentWhoeverAsks) {
   EXPECT_EQ(document->composite()->pixelAt(39, 29), opaqueGreen);
   EXPECT_FALSE(document->needsCompositing.value());
   document->setVisible(layer->id, false);
-  EXPECT_FALSE(document->needsCompositing.value()) << "the hash tells";
+  EXPECT_FALSE(document->needsCompositing.value()) << "detected by the hash";
   EXPECT_EQ(document->composite()->pixelAt(39, 29), 0xFFFFFFFFU);
   EXPECT_TRUE(document->isCompositeCurrent());
 }
 
-TEST_F(DocumentCompositorTest, FlatteningGoesOnWhereADeadlineStoppedIt) {
+TEST_F(DocumentCompositorTest, FlatteningResumesAfterADeadline) {
   document->resizeCanvas(128 * 40, 128 * 5, -1, -1);
   document->selectNode(layer->id);
   document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 0.5F});
@@ -175,7 +175,7 @@ TEST_F(DocumentCompositorTest, FlatteningGoesOnWhereADeadlineStoppedIt) {
   EXPECT_TRUE(made.equals(anew));
 }
 
-TEST_F(DocumentCompositorTest, AnEditInTheMiddleOfAFlatteningBeginsAnother) {
+TEST_F(DocumentCompositorTest, AnEditDuringFlatteningRestartsIt) {
   document->resizeCanvas(128 * 40, 128 * 5, -1, -1);
   EXPECT_FALSE(document->advanceComposite(std::chrono::milliseconds(0)));
   document->selectNode(layer->id);
@@ -185,7 +185,7 @@ TEST_F(DocumentCompositorTest, AnEditInTheMiddleOfAFlatteningBeginsAnother) {
   EXPECT_EQ(document->composite()->pixelAt(299, 199), opaqueGreen);
 }
 
-TEST_F(DocumentCompositorTest, AFrozenCompositeIsThatOfItsMoment) {
+TEST_F(DocumentCompositorTest, AFrozenCompositeShowsTheMomentItWasFrozen) {
   isolate(*folder);
   const auto frozen = document->freezeComposite();
   const Surface expected = *document->composite();
@@ -196,13 +196,13 @@ TEST_F(DocumentCompositorTest, AFrozenCompositeIsThatOfItsMoment) {
   EXPECT_TRUE(frozen->surface()->equals(expected));
 }
 
-TEST_F(DocumentCompositorTest, ACancelledFrozenCompositeGivesNothing) {
+TEST_F(DocumentCompositorTest, ACancelledFrozenCompositeYieldsNothing) {
   const auto frozen = document->freezeComposite();
   EXPECT_EQ(frozen->surface([] { return true; }), nullptr);
   EXPECT_NE(frozen->surface(), nullptr);
 }
 
-TEST_F(DocumentCompositorTest, InvisibleNodesArePassedOverWithAllTheyContain) {
+TEST_F(DocumentCompositorTest, InvisibleNodesAreSkippedWithTheirDescendants) {
   put(folder->isVisible, false);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
@@ -212,7 +212,7 @@ TEST_F(DocumentCompositorTest, InvisibleNodesArePassedOverWithAllTheyContain) {
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
 }
 
-TEST_F(DocumentCompositorTest, ALayerWithoutPixelsIsPassedOver) {
+TEST_F(DocumentCompositorTest, ALayerWithoutPixelsIsSkipped) {
   put(layer->texture, nullptr);
   composite();
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
@@ -245,13 +245,13 @@ TEST_F(DocumentCompositorTest, OnlyOpaqueNormalFoldersPassThrough) {
 TEST_F(DocumentCompositorTest, ChildrenOfAnIsolatingFolderBlendOnlyWithEachOther) {
   put(layer->blendMode, BlendMode::difference);
   composite();
-  EXPECT_EQ(compositePixel(), 0xFFFFFF00U) << "passing through, red differs from the white beneath";
+  EXPECT_EQ(compositePixel(), 0xFFFFFF00U) << "passing through, red is blended with the white beneath";
   put(folder->blendMode, BlendMode::multiply);
   composite();
-  EXPECT_EQ(compositePixel(), opaqueRed) << "isolated, red lies alone and then multiplies white";
+  EXPECT_EQ(compositePixel(), opaqueRed) << "isolated, red stands alone and then multiplies white";
 }
 
-TEST_F(DocumentCompositorTest, AnEmptyFolderTakesNoTemporary) {
+TEST_F(DocumentCompositorTest, AnEmptyFolderNeedsNoTemporary) {
   put(folder->children, LayerNodeList{});
   put(folder->opacity, 0.5F);
   composite();
@@ -259,7 +259,7 @@ TEST_F(DocumentCompositorTest, AnEmptyFolderTakesNoTemporary) {
   EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
 }
 
-TEST_F(DocumentCompositorTest, NeighbouringFoldersHaveTheirOwnTemporaries) {
+TEST_F(DocumentCompositorTest, SiblingFoldersHaveTheirOwnTemporaries) {
   isolate(*folder);
   addIsolatedFolder("G", "M");
   composite();
@@ -281,7 +281,7 @@ TEST_F(DocumentCompositorTest, NestedFoldersHaveTheirOwnTemporaries) {
   EXPECT_EQ(poolSize(), 2U);
 }
 
-TEST_F(DocumentCompositorTest, TemporariesHaveTheCompositesFormat) {
+TEST_F(DocumentCompositorTest, TemporariesHaveTheFormatOfTheComposite) {
   for (const ColorMode mode : allColorModes) {
     const DocumentPtr other = makeDocument(20, 10, mode);
     other->addFolder("F");
@@ -304,7 +304,7 @@ TEST_F(DocumentCompositorTest, AGreyFolderIsCompositedAsRgb) {
   EXPECT_EQ(grey->composite()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
 }
 
-TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysBehindInThePool) {
+TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysInThePool) {
   isolate(*folder);
   composite();
   ASSERT_EQ(poolSize(), 1U);
@@ -317,14 +317,14 @@ TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysBehindInThePool) {
   EXPECT_EQ(compositor.texturePoolIndex(), 2);
 }
 
-TEST_F(DocumentCompositorTest, AfterAResizeThePoolSettles) {
+TEST_F(DocumentCompositorTest, ThePoolSettlesAfterAResize) {
   isolate(*folder);
   addIsolatedFolder("G", "M");
   composite();
   resizeCanvas(50, 20);
   composite();
   const std::vector<Texture> settled = compositor.texturePool();
-  EXPECT_EQ(settled.size(), 3U) << "the second slot was free to be replaced";
+  EXPECT_EQ(settled.size(), 3U) << "the second slot was free for reuse";
   EXPECT_EQ(compositor.texturePoolIndex(), 3);
   put(layer->opacity, 0.25F);
   composite();
@@ -342,13 +342,13 @@ TEST_F(DocumentCompositorTest, AnUnchangedTreeMakesNoTiles) {
 TEST_F(DocumentCompositorTest, AnEditRemakesOnlyItsTiles) {
   resizeCanvas(512, 384);
   isolate(*folder);
-  EXPECT_EQ(composite().tilesMade, 2 * 12) << "of the canvas and of the folder's temporary";
+  EXPECT_EQ(composite().tilesMade, 2 * 12) << "tiles of the canvas and of the folder's temporary";
   const auto pixel = static_cast<std::uint32_t>(opaqueGreen);
-  writable(layer->texture.value()).writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel),
-                                    sizeof(pixel));
+  writable(layer->texture.value())
+      .writeRect({300, 200, 1, 1}, reinterpret_cast<const std::byte*>(&pixel), sizeof(pixel));
   EXPECT_EQ(composite().tilesMade, 2);
   put(nodeNamed(*document, "Background").opacity(), 0.5F);
-  EXPECT_EQ(composite().tilesMade, 12) << "the folder above stays as it is";
+  EXPECT_EQ(composite().tilesMade, 12) << "the folder above is unchanged";
 }
 
 TEST(DocumentCompositorDeathTest, ATemporaryThatCannotBeMadeIsFatal) {

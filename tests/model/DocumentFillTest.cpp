@@ -1,4 +1,4 @@
-// Fills of every colour and alpha, and edits while a mask is selected that isn't there.
+// Fills with every colour and alpha, and edits while a missing mask is selected.
 #include <gtest/gtest.h>
 
 #include "model/LevelsAdjustment.h"
@@ -12,7 +12,7 @@ using namespace test;
 class DocumentFillTest : public testing::TestWithParam<ColorMode> {
  protected:
   [[nodiscard]] Surface pixels() const { return pixelsOf(*layer); }
-  /// Runs an edit on fresh pixels, with the missing mask selected or not, and gives what it left.
+  /// Runs an edit on fresh pixels, with or without the missing mask selected, and returns the result.
   [[nodiscard]] Surface edited(bool isMaskSelected, const std::function<void()>& edit) const {
     put(layer->isMaskSelected, isMaskSelected);
     edit();
@@ -28,7 +28,7 @@ class DocumentFillTest : public testing::TestWithParam<ColorMode> {
 
 INSTANTIATE_TEST_SUITE_P(Modes, DocumentFillTest, testing::ValuesIn(allColorModes), modeName);
 
-TEST_P(DocumentFillTest, EverythingOrAFullSelectionGivesTheSameBytesForEveryColour) {
+TEST_P(DocumentFillTest, FillingEverythingEqualsFillingAFullSelection) {
   for (const DisplayColor color :
        {DisplayColor{0.75F, 0.25F, 0.5F, 0.5F}, DisplayColor{0.3F, 0.1F, 0.7F, 0.6F},
         DisplayColor{1.0F, 0.5F, 0.0F, 0.0F}, DisplayColor{1.0F, 0.5F, 0.0F, 0.001F},
@@ -45,14 +45,14 @@ TEST_P(DocumentFillTest, EverythingOrAFullSelectionGivesTheSameBytesForEveryColo
   }
 }
 
-TEST_P(DocumentFillTest, AnAlphaThatIsStoredAsNothingLeavesEmptyPixels) {
+TEST_P(DocumentFillTest, AnAlphaThatRoundsToZeroLeavesTransparentPixels) {
   document->fillSelection({1.0F, 0.5F, 0.0F, 1e-8F});
   EXPECT_EQ(document->context().layerContentBounds(pixels(), GetParam(), false), std::nullopt);
   for (int index = 0; index < pixels().tileCount(); ++index)
     EXPECT_EQ(pixels().tile(index), Tile::uniform(0));
 }
 
-TEST_P(DocumentFillTest, EveryEditGoesToThePixelsWhileTheSelectedMaskIsMissing) {
+TEST_P(DocumentFillTest, EveryEditGoesToThePixelsIfTheSelectedMaskIsMissing) {
   const std::vector<std::function<void()>> edits{
       [&] {
         document->fillSelection({0.2F, 0.4F, 0.6F, 0.8F});
@@ -74,11 +74,11 @@ TEST_P(DocumentFillTest, EveryEditGoesToThePixelsWhileTheSelectedMaskIsMissing) 
     EXPECT_TRUE(pixels().equals(before));
     EXPECT_TRUE(edited(true, edit).equals(expected));
     EXPECT_TRUE(pixels().equals(before));
-    EXPECT_TRUE(layer->isMaskSelected.value()) << "an edit leaves the choice of its target";
+    EXPECT_TRUE(layer->isMaskSelected.value()) << "an edit doesn't change its target";
   }
 }
 
-TEST_P(DocumentFillTest, ARecordOfThePixelsStaysOneWhenAMaskComesLater) {
+TEST_P(DocumentFillTest, ARecordOfThePixelsIgnoresAMaskAddedLater) {
   put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::black());
   const Surface filled = pixels();

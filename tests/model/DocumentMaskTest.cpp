@@ -1,4 +1,4 @@
-// Masks as a layer's part: adding, applying and removing them.
+// Adding, applying and removing layer masks.
 #include <gtest/gtest.h>
 
 #include "model/PixelSupport.h"
@@ -23,7 +23,7 @@ class DocumentMaskTest : public testing::TestWithParam<ColorMode> {
 
 INSTANTIATE_TEST_SUITE_P(Modes, DocumentMaskTest, testing::ValuesIn(allColorModes), modeName);
 
-TEST_P(DocumentMaskTest, AddedWithoutASelectionItHidesNothing) {
+TEST_P(DocumentMaskTest, WithoutASelectionTheNewMaskHidesNothing) {
   expectPixelCycle(*document, "Add Layer Mask", [&] { document->addLayerMask(layer); });
   document->redo();
   EXPECT_TRUE(maskIs(filledMask(pixelWidth, pixelHeight, 1.0F)));
@@ -33,7 +33,7 @@ TEST_P(DocumentMaskTest, AddedWithoutASelectionItHidesNothing) {
   EXPECT_TRUE(layer->isMaskLinked.value());
 }
 
-TEST_P(DocumentMaskTest, AddedUnderASelectionItEqualsTheSelectionWhichStays) {
+TEST_P(DocumentMaskTest, TheNewMaskEqualsTheSelectionWhichIsKept) {
   selectRandomly(*document, random);
   const SelectionState before = selectionState(*document);
   expectPixelCycle(*document, "Add Layer Mask", [&] { document->addLayerMask(layer); });
@@ -52,14 +52,14 @@ TEST_P(DocumentMaskTest, TheNewMaskIsACopyOfTheSelection) {
   EXPECT_TRUE(selectionMask(*document).equals(filledMask(pixelWidth, pixelHeight, 1.0F)));
 }
 
-TEST_P(DocumentMaskTest, ASelectionOfNothingHidesNothing) {
+TEST_P(DocumentMaskTest, AnEmptySelectionGivesAMaskThatHidesNothing) {
   document->selectAll();
   document->deselect();
   document->addLayerMask(layer);
   EXPECT_TRUE(maskIs(filledMask(pixelWidth, pixelHeight, 1.0F)));
 }
 
-TEST_P(DocumentMaskTest, EachNewMaskHasAnIdentityOfItsOwn) {
+TEST_P(DocumentMaskTest, EachNewMaskHasItsOwnIdentity) {
   document->addLayerMask(layer);
   const QUuid first = layer->mask.value()->id;
   document->removeLayerMask(layer);
@@ -73,7 +73,7 @@ TEST_P(DocumentMaskTest, ALayerHasOnlyOneMask) {
   EXPECT_EQ(layer->mask.value(), mask);
 }
 
-TEST_P(DocumentMaskTest, WithoutASurfaceThereIsNoMask) {
+TEST_P(DocumentMaskTest, NoMaskIsAddedIfItsSurfaceCannotBeMade) {
   for (const bool hasSelection : {false, true}) {
     if (hasSelection) selectRandomly(*document, random);
     const ChangeRecorder changes(*document);
@@ -91,7 +91,7 @@ TEST_P(DocumentMaskTest, AnyLayerCanBeGivenAMask) {
   EXPECT_EQ(activeName(*document), "Active");
 }
 
-TEST_P(DocumentMaskTest, ApplyingMultipliesAlphaAndTakesTheMaskOff) {
+TEST_P(DocumentMaskTest, ApplyingMultipliesAlphaAndRemovesTheMask) {
   addRandomMask(*layer, random);
   const Surface before = pixelsOf(*layer);
   const Surface mask = maskPixelsOf(*layer);
@@ -104,7 +104,7 @@ TEST_P(DocumentMaskTest, ApplyingMultipliesAlphaAndTakesTheMaskOff) {
                          }));
 }
 
-TEST_P(DocumentMaskTest, ApplyingIgnoresSelectionAndDisabling) {
+TEST_P(DocumentMaskTest, ApplyingIgnoresTheSelectionAndDisabledState) {
   addRandomMask(*layer, random);
   document->applyLayerMask(layer);
   const Surface applied = pixelsOf(*layer);
@@ -115,7 +115,7 @@ TEST_P(DocumentMaskTest, ApplyingIgnoresSelectionAndDisabling) {
   EXPECT_TRUE(pixelsOf(*layer).equals(applied));
 }
 
-TEST_P(DocumentMaskTest, RemovingChangesNoPixelsAndUndoBringsTheSameMaskBack) {
+TEST_P(DocumentMaskTest, RemovingChangesNoPixelsAndUndoRestoresTheSameMask) {
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   const Surface pixels = pixelsOf(*layer);
   expectPixelCycle(*document, "Remove Layer Mask", [&] { document->removeLayerMask(layer); });
@@ -125,7 +125,7 @@ TEST_P(DocumentMaskTest, RemovingChangesNoPixelsAndUndoBringsTheSameMaskBack) {
   EXPECT_TRUE(pixelsOf(*layer).equals(pixels));
 }
 
-TEST_P(DocumentMaskTest, TakingTheSelectedMaskOffMovesEditsBackToThePixels) {
+TEST_P(DocumentMaskTest, RemovingTheSelectedMaskMakesThePixelsTheTarget) {
   for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
     addRandomMask(*layer, random);
     put(layer->isMaskSelected, true);
@@ -142,7 +142,7 @@ TEST_P(DocumentMaskTest, TakingTheSelectedMaskOffMovesEditsBackToThePixels) {
   }
 }
 
-TEST_P(DocumentMaskTest, TakingAnUnselectedMaskOffSaysNothingOfTheActiveLayer) {
+TEST_P(DocumentMaskTest, RemovingAnUnselectedMaskDoesNotReportTheActiveLayer) {
   for (const auto takeOff : {&Document::applyLayerMask, &Document::removeLayerMask}) {
     addRandomMask(*layer, random);
     const ChangeRecorder changes(*document);
@@ -152,13 +152,13 @@ TEST_P(DocumentMaskTest, TakingAnUnselectedMaskOffSaysNothingOfTheActiveLayer) {
   }
 }
 
-TEST_P(DocumentMaskTest, AddingTellsOfNewThumbnails) {
+TEST_P(DocumentMaskTest, AddingReportsNewThumbnails) {
   const ChangeRecorder changes(*document);
   document->addLayerMask(layer);
   EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 1U);
 }
 
-TEST_P(DocumentMaskTest, EachCommandMarksTheDocument) {
+TEST_P(DocumentMaskTest, EveryCommandMarksTheDocument) {
   EXPECT_TRUE(marksEdited(*document, [&] { document->addLayerMask(layer); }));
   EXPECT_TRUE(marksEdited(*document, [&] { document->removeLayerMask(layer); }));
   document->addLayerMask(layer);
@@ -175,20 +175,20 @@ TEST_P(DocumentMaskTest, WithoutAMaskThereIsNothingToApplyOrRemove) {
   EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 0U);
 }
 
-TEST_P(DocumentMaskTest, WithoutPixelsAMaskIsNotApplied) {
+TEST_P(DocumentMaskTest, AMaskIsNotAppliedToALayerWithoutPixels) {
   addRandomMask(*layer, random);
   put(layer->texture, nullptr);
   expectNothing(*document, [&] { document->applyLayerMask(layer); });
 }
 
-TEST_P(DocumentMaskTest, WithoutASnapshotAMaskIsNotApplied) {
+TEST_P(DocumentMaskTest, AMaskIsNotAppliedWithoutASnapshot) {
   addRandomMask(*layer, random);
   put(layer->isMaskSelected, true);
   const tileMemory::ScopedSurfaceFailure failure(0);
   expectNothing(*document, [&] { document->applyLayerMask(layer); });
 }
 
-TEST_P(DocumentMaskTest, ALockDoesNotHoldThemBack) {
+TEST_P(DocumentMaskTest, ALockDoesNotPreventMaskCommands) {
   put(layer->isLocked, true);
   document->addLayerMask(layer);
   document->removeLayerMask(layer);

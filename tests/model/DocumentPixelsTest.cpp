@@ -13,7 +13,7 @@ using reference::expectImage;
 
 constexpr DisplayColor glaze{0.75F, 0.25F, 0.5F, 0.5F};
 
-/// The colour as a mode's pixels show it: grey as r = g = b.
+/// The colour as shown in a mode: grey as r = g = b.
 Color shown(const DisplayColor& color, ColorMode mode) {
   const std::array<double, 4> rgba{static_cast<double>(color.red), static_cast<double>(color.green),
                                    static_cast<double>(color.blue), static_cast<double>(color.alpha)};
@@ -26,7 +26,7 @@ class DocumentPixelsTest : public testing::TestWithParam<ColorMode> {
  protected:
   [[nodiscard]] ColorMode mode() const { return GetParam(); }
   [[nodiscard]] Surface pixels() const { return pixelsOf(*layer); }
-  /// A selected mask of random contents.
+  /// Adds a selected mask with random contents.
   void editMask() {
     addRandomMask(*layer, random);
     put(layer->isMaskSelected, true);
@@ -49,7 +49,7 @@ TEST_P(DocumentPixelsTest, FillsTheWholeLayerWithoutASelection) {
   expectImage(pixels(), plainImage(shown(glaze, mode())));
 }
 
-TEST_P(DocumentPixelsTest, FillsUnderASelectionInPremultipliedForm) {
+TEST_P(DocumentPixelsTest, FillsTheSelectionWithPremultipliedBlending) {
   selectRandomly(*document, random);
   const Surface before = pixels();
   expectPixelCycle(*document, "Fill", [&] { document->fillSelection(glaze); });
@@ -75,7 +75,7 @@ TEST_P(DocumentPixelsTest, FillingUnderAFullSelectionEqualsFillingEverything) {
   EXPECT_TRUE(pixels().equals(everything));
 }
 
-TEST_P(DocumentPixelsTest, AClearedSelectionLimitsNothing) {
+TEST_P(DocumentPixelsTest, AnEmptySelectionLimitsNothing) {
   document->selectAll();
   document->deselect();
   ASSERT_NE(document->selection.value(), nullptr);
@@ -83,7 +83,7 @@ TEST_P(DocumentPixelsTest, AClearedSelectionLimitsNothing) {
   expectImage(pixels(), plainImage({1.0, 1.0, 1.0, 1.0}));
 }
 
-TEST_P(DocumentPixelsTest, FillsTheMaskWithTheColoursFirstComponent) {
+TEST_P(DocumentPixelsTest, FillsTheMaskWithTheFirstColourComponent) {
   editMask();
   const Surface layerBefore = pixels();
   expectPixelCycle(*document, "Fill", [&] { document->fillSelection(glaze); });
@@ -93,7 +93,7 @@ TEST_P(DocumentPixelsTest, FillsTheMaskWithTheColoursFirstComponent) {
   expectImage(maskPixelsOf(*layer), plainImage({value, value, value, value}));
 }
 
-TEST_P(DocumentPixelsTest, FillsTheMaskUnderASelection) {
+TEST_P(DocumentPixelsTest, FillsTheMaskWithinTheSelection) {
   editMask();
   selectRandomly(*document, random);
   const Surface before = maskPixelsOf(*layer);
@@ -107,7 +107,7 @@ TEST_P(DocumentPixelsTest, FillsTheMaskUnderASelection) {
               }));
 }
 
-TEST_P(DocumentPixelsTest, FillCarriesTheNameItIsGiven) {
+TEST_P(DocumentPixelsTest, AFillCarriesTheGivenName) {
   document->fillSelection(glaze, QStringLiteral("Pour"));
   EXPECT_EQ(document->undoStack.undoActionName(), "Pour");
   document->selectAll();
@@ -115,13 +115,13 @@ TEST_P(DocumentPixelsTest, FillCarriesTheNameItIsGiven) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Pour");
 }
 
-TEST_P(DocumentPixelsTest, ASelectedButMissingMaskLeavesThePixelsTheTarget) {
+TEST_P(DocumentPixelsTest, TheLayerIsTheTargetIfTheSelectedMaskIsMissing) {
   put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::black());
   expectImage(pixels(), plainImage({0.0, 0.0, 0.0, 1.0}));
 }
 
-TEST_P(DocumentPixelsTest, AnUnselectedMaskStaysAsItIs) {
+TEST_P(DocumentPixelsTest, AnUnselectedMaskIsUnchanged) {
   addRandomMask(*layer, random);
   const Surface mask = maskPixelsOf(*layer);
   document->fillSelection(glaze);
@@ -132,13 +132,13 @@ TEST_P(DocumentPixelsTest, AnUnselectedMaskStaysAsItIs) {
 
 // Clear.
 
-TEST_P(DocumentPixelsTest, ClearEmptiesTheLayer) {
+TEST_P(DocumentPixelsTest, ClearMakesTheLayerTransparent) {
   expectPixelCycle(*document, "Clear", [&] { document->clearActive(); });
   document->redo();
   EXPECT_TRUE(pixels().equals(Surface(layerPixelFormat(mode()), pixelWidth, pixelHeight)));
 }
 
-TEST_P(DocumentPixelsTest, ClearUnderASelectionFadesByItsWeight) {
+TEST_P(DocumentPixelsTest, ClearWithinASelectionFadesByItsWeight) {
   selectRandomly(*document, random);
   const Surface before = pixels();
   expectPixelCycle(*document, "Clear", [&] { document->clearActive(); });
@@ -148,14 +148,14 @@ TEST_P(DocumentPixelsTest, ClearUnderASelectionFadesByItsWeight) {
               }));
 }
 
-TEST_P(DocumentPixelsTest, ClearWithTheMaskSelectedTurnsTheMaskWhite) {
+TEST_P(DocumentPixelsTest, ClearTurnsASelectedMaskWhite) {
   editMask();
   expectPixelCycle(*document, "Clear", [&] { document->clearActive(); });
   document->redo();
   EXPECT_TRUE(maskPixelsOf(*layer).equals(filledMask(pixelWidth, pixelHeight, 1.0F)));
 }
 
-TEST_P(DocumentPixelsTest, ClearRevealsTheMaskUnderASelection) {
+TEST_P(DocumentPixelsTest, ClearRevealsTheMaskWithinTheSelection) {
   editMask();
   selectRect(*document, {10, 20, 120, 30});
   const Surface before = maskPixelsOf(*layer);
@@ -171,7 +171,7 @@ TEST_P(DocumentPixelsTest, ClearRevealsTheMaskUnderASelection) {
 
 // Invert.
 
-TEST_P(DocumentPixelsTest, InvertsColoursAndLeavesAlpha) {
+TEST_P(DocumentPixelsTest, InvertsColoursButNotAlpha) {
   const Surface before = pixels();
   expectPixelCycle(*document, "Invert", [&] { document->invertActive(); });
   document->redo();
@@ -180,7 +180,7 @@ TEST_P(DocumentPixelsTest, InvertsColoursAndLeavesAlpha) {
   expectImage(pixels(), expected);
 }
 
-TEST_P(DocumentPixelsTest, InvertsUnderASelectionByItsWeight) {
+TEST_P(DocumentPixelsTest, InvertsWithinASelectionByItsWeight) {
   selectRandomly(*document, random);
   const Surface before = pixels();
   expectPixelCycle(*document, "Invert", [&] { document->invertActive(); });
@@ -196,7 +196,7 @@ TEST_P(DocumentPixelsTest, InvertsUnderASelectionByItsWeight) {
   expectImage(pixels(), expected);
 }
 
-TEST_P(DocumentPixelsTest, InvertsTheWholeMaskWhateverIsSelected) {
+TEST_P(DocumentPixelsTest, InvertsTheWholeMaskRegardlessOfTheSelection) {
   editMask();
   selectRect(*document, {10, 20, 30, 40});
   const Surface before = maskPixelsOf(*layer);
@@ -209,9 +209,9 @@ TEST_P(DocumentPixelsTest, InvertsTheWholeMaskWhateverIsSelected) {
               }));
 }
 
-// When they apply, and what they set.
+// Preconditions and flags.
 
-TEST_P(DocumentPixelsTest, EachMarksTheDocumentAndTheThumbnails) {
+TEST_P(DocumentPixelsTest, EveryCommandMarksTheDocumentAndTheThumbnails) {
   const std::array<std::function<void()>, 3> commands{[&] { document->fillSelection(glaze); },
                                                       [&] { document->clearActive(); },
                                                       [&] { document->invertActive(); }};
@@ -225,7 +225,7 @@ TEST_P(DocumentPixelsTest, EachMarksTheDocumentAndTheThumbnails) {
   }
 }
 
-TEST_P(DocumentPixelsTest, NoneTouchesTheSelection) {
+TEST_P(DocumentPixelsTest, NoCommandChangesTheSelection) {
   selectRandomly(*document, random);
   const SelectionState before = selectionState(*document);
   document->fillSelection(glaze);
@@ -239,7 +239,7 @@ TEST_P(DocumentPixelsTest, NoneTouchesTheSelection) {
   EXPECT_EQ(difference(selectionState(*document), before), "");
 }
 
-TEST_P(DocumentPixelsTest, ALockDoesNotHoldThemBack) {
+TEST_P(DocumentPixelsTest, ALockDoesNotPreventThem) {
   put(layer->isLocked, true);
   const Surface before = pixels();
   document->invertActive();
@@ -250,7 +250,7 @@ TEST_P(DocumentPixelsTest, ALockDoesNotHoldThemBack) {
   EXPECT_EQ(recordCount(*document), 3);
 }
 
-TEST_P(DocumentPixelsTest, NothingHappensWithoutAnActiveLayerThatHasPixels) {
+TEST_P(DocumentPixelsTest, NothingHappensWithoutAnActiveLayerWithPixels) {
   document->selectAll();
   const auto expectQuiet = [&] {
     expectNothing(*document, [&] {
@@ -270,7 +270,7 @@ TEST_P(DocumentPixelsTest, NothingHappensWithoutAnActiveLayerThatHasPixels) {
   expectQuiet();
 }
 
-TEST_P(DocumentPixelsTest, WithoutASnapshotThereIsNeitherEditNorRecord) {
+TEST_P(DocumentPixelsTest, WithoutASnapshotNothingIsEditedOrRecorded) {
   for (const bool hasSelection : {false, true}) {
     if (hasSelection) selectRandomly(*document, random);
     const tileMemory::ScopedSurfaceFailure failure(0);
@@ -284,7 +284,7 @@ TEST_P(DocumentPixelsTest, WithoutASnapshotThereIsNeitherEditNorRecord) {
 
 // Copy and cut.
 
-TEST_P(DocumentPixelsTest, CopyTakesTheSelectionsBoundsUnderItsMask) {
+TEST_P(DocumentPixelsTest, CopyTakesTheSelectionsBoundsMaskedByItsWeight) {
   Surface weight = reference::randomMask(pixelWidth, pixelHeight, random);
   const Surface outside = reference::maskOf(pixelWidth, pixelHeight, [](int x, int y) {
     return x >= 5 && x < 140 && y >= 7 && y < 130 ? 1.0F : 0.0F;
@@ -329,12 +329,12 @@ TEST_P(DocumentPixelsTest, WithoutASelectionThereIsNothingToCopyOrCut) {
   expectQuiet();
   document->ensureSelection();
   expectQuiet();
-  // A selection that says it is one, but selects no pixel.
+  // A selection flagged as present that selects no pixel.
   select(*document, filledMask(pixelWidth, pixelHeight, 0.0F));
   expectQuiet();
 }
 
-TEST_P(DocumentPixelsTest, CopyTakesThePixelsEvenWhileTheMaskIsSelected) {
+TEST_P(DocumentPixelsTest, CopyTakesThePixelsEvenIfTheMaskIsSelected) {
   document->selectAll();
   editMask();
   Surface held(layerPixelFormat(mode()), pixelWidth, pixelHeight);
@@ -342,7 +342,7 @@ TEST_P(DocumentPixelsTest, CopyTakesThePixelsEvenWhileTheMaskIsSelected) {
   expectImage(held, reference::imageOf(pixels()));
 }
 
-TEST_P(DocumentPixelsTest, CutIsCopyThenAFillUnderItsName) {
+TEST_P(DocumentPixelsTest, CutIsCopyFollowedByAFillUnderItsName) {
   selectRandomly(*document, random);
   const Surface before = pixels();
   const PixelClipboard plain = copied();
@@ -351,7 +351,7 @@ TEST_P(DocumentPixelsTest, CutIsCopyThenAFillUnderItsName) {
   ASSERT_TRUE(cut);
   EXPECT_EQ(cut->snapshot->decompressedData(), plain.snapshot->decompressedData());
   EXPECT_EQ(cut->snapshot->region(), plain.snapshot->region());
-  EXPECT_TRUE(pixels().equals(before)) << "undone";
+  EXPECT_TRUE(pixels().equals(before)) << "after undo";
   document->redo();
   const Surface after = pixels();
   document->undo();
@@ -359,7 +359,7 @@ TEST_P(DocumentPixelsTest, CutIsCopyThenAFillUnderItsName) {
   EXPECT_TRUE(pixels().equals(after)) << "the same effect as clearing";
 }
 
-TEST_P(DocumentPixelsTest, CutWithTheMaskSelectedHidesThere) {
+TEST_P(DocumentPixelsTest, CutHidesTheSelectionInASelectedMask) {
   editMask();
   selectRect(*document, {10, 20, 30, 40});
   const Surface layerBefore = pixels();
@@ -369,20 +369,20 @@ TEST_P(DocumentPixelsTest, CutWithTheMaskSelectedHidesThere) {
   EXPECT_EQ(reference::maskAt(maskPixelsOf(*layer), 39, 59), 0.0F);
 }
 
-TEST_P(DocumentPixelsTest, CutWithoutASnapshotCutsNothing) {
+TEST_P(DocumentPixelsTest, CutDoesNothingWithoutAClipboardSnapshot) {
   selectRandomly(*document, random);
-  // The copy's surface, but not its snapshot.
+  // The copy's surface can be made, its snapshot can't.
   const tileMemory::ScopedSurfaceFailure failure(1);
   expectNothing(*document, [&] { EXPECT_FALSE(document->cutPixels()); });
 }
 
-TEST_P(DocumentPixelsTest, CutWithoutAnEditsSnapshotStillCopies) {
+TEST_P(DocumentPixelsTest, CutStillCopiesWithoutASnapshotForTheEdit) {
   selectRandomly(*document, random);
   const tileMemory::ScopedSurfaceFailure failure(2);
   expectNothing(*document, [&] { EXPECT_TRUE(document->cutPixels()); });
 }
 
-TEST(DocumentPixelsDeathTest, ACopyWithoutASurfaceIsFatal) {
+TEST(DocumentPixelsDeathTest, ACopyWhoseSurfaceCannotBeMadeIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto copyWithout = [] {
     const DocumentPtr document = makeDocument();
@@ -395,7 +395,7 @@ TEST(DocumentPixelsDeathTest, ACopyWithoutASurfaceIsFatal) {
 
 // Paste.
 
-TEST_P(DocumentPixelsTest, PasteLandsWhereThePixelsCameFromOnANewLayer) {
+TEST_P(DocumentPixelsTest, PasteAddsALayerAtTheOriginalPosition) {
   selectRect(*document, {17, 23, 120, 99});
   const PixelClipboard clipboard = copied();
   const Surface source = pixels();
@@ -419,13 +419,13 @@ TEST_P(DocumentPixelsTest, PasteLandsWhereThePixelsCameFromOnANewLayer) {
               }));
 }
 
-TEST_P(DocumentPixelsTest, PasteFollowsTheRuleForNewLayers) {
+TEST_P(DocumentPixelsTest, PasteInsertsLikeANewLayer) {
   document->selectAll();
   const PixelClipboard clipboard = copied();
   document->addLayer("Top");
   document->selectNode(layer->id);
   EXPECT_TRUE(marksEdited(*document, [&] { document->pastePixels(clipboard); }));
-  EXPECT_EQ(treeText(*document), "Background, Pasted Layer, Top") << "above the active one";
+  EXPECT_EQ(treeText(*document), "Background, Pasted Layer, Top") << "above the active layer";
   document->addFolder("F");
   document->pastePixels(clipboard);
   document->pastePixels(clipboard);
@@ -436,7 +436,7 @@ TEST_P(DocumentPixelsTest, PasteFollowsTheRuleForNewLayers) {
   EXPECT_EQ(document->rootNodes.value().back().id(), document->selectedNodeID.value());
 }
 
-TEST_P(DocumentPixelsTest, TheClipboardOutlivesItsDocumentAndReachesAnother) {
+TEST_P(DocumentPixelsTest, TheClipboardOutlivesItsDocumentAndWorksInAnother) {
   selectRect(*document, {17, 23, 40, 50});
   const PixelClipboard clipboard = copied();
   document->pastePixels(clipboard);
@@ -469,7 +469,7 @@ TEST_P(DocumentPixelsTest, PasteOutsideASmallerCanvasGivesAnEmptyLayer) {
   EXPECT_EQ(small->undoStack.undoActionName(), "Add Layer");
 }
 
-TEST_P(DocumentPixelsTest, PasteIntoAnotherModeConvertsAsChangingTheModeDoes) {
+TEST_P(DocumentPixelsTest, PasteConvertsLikeAChangeOfMode) {
   document->selectAll();
   const PixelClipboard clipboard = copied();
   document->pastePixels(clipboard);
@@ -486,7 +486,7 @@ TEST_P(DocumentPixelsTest, PasteIntoAnotherModeConvertsAsChangingTheModeDoes) {
 TEST_P(DocumentPixelsTest, PasteWithoutATemporarySurfaceLeavesNoLayer) {
   document->selectAll();
   const PixelClipboard clipboard = copied();
-  // The new layer's surface, but not the one for the clipboard's pixels.
+  // The new layer's surface can be made, the one for the clipboard's pixels can't.
   const tileMemory::ScopedSurfaceFailure failure(1);
   expectNothing(*document, [&] { document->pastePixels(clipboard); });
   EXPECT_EQ(treeText(*document), "Background");

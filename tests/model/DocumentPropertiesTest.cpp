@@ -1,4 +1,4 @@
-// The commands on one property of a node.
+// Commands that change one property of a node.
 #include <gtest/gtest.h>
 
 #include "model/records/RecordSupport.h"
@@ -22,7 +22,7 @@ class DocumentPropertiesTest : public testing::Test {
     EXPECT_EQ(newRecords(), 0U);
     EXPECT_FALSE(document->isDirty.value());
   }
-  /// The change is kept, dirty, and leaves the finding of new values to the compositor.
+  /// Expects one record and a dirty document; the compositor detects new values by itself.
   void expectOneRecord(const QString& actionName, std::int64_t cost) {
     EXPECT_EQ(newRecords(), 1U);
     EXPECT_EQ(document->undoStack.undoActionName(), actionName);
@@ -35,7 +35,7 @@ class DocumentPropertiesTest : public testing::Test {
   std::size_t records = 0;
 };
 
-/// Every command applies to layers and to folders.
+/// All commands apply to layers and folders alike.
 class AnyNodePropertiesTest : public DocumentPropertiesTest, public testing::WithParamInterface<const char*> {
  protected:
   void SetUp() override {
@@ -60,7 +60,7 @@ TEST_P(AnyNodePropertiesTest, OpacityCycle) {
   EXPECT_EQ(node.opacity().value(), 0.25F);
 }
 
-TEST_P(AnyNodePropertiesTest, ARunOfOpacityChangesIsOneStepBackToItsBeginning) {
+TEST_P(AnyNodePropertiesTest, ConsecutiveOpacityChangesAreOneUndoStep) {
   for (const float opacity : {0.75F, 0.5F, 0.25F}) document->setOpacity(id, opacity);
   EXPECT_EQ(newRecords(), 1U);
   document->undo();
@@ -106,7 +106,7 @@ TEST_P(AnyNodePropertiesTest, LockCycle) {
   EXPECT_TRUE(node.isLocked().value());
 }
 
-TEST_P(AnyNodePropertiesTest, ValuesThatStandAlreadyLeaveNoRecord) {
+TEST_P(AnyNodePropertiesTest, EqualValuesLeaveNoRecord) {
   document->setOpacity(id, 1.0F);
   document->setBlendMode(id, BlendMode::normal);
   document->rename(id, node.name().value());
@@ -115,7 +115,7 @@ TEST_P(AnyNodePropertiesTest, ValuesThatStandAlreadyLeaveNoRecord) {
   expectNothingHappened();
 }
 
-TEST_P(AnyNodePropertiesTest, EachPropertyIsToldOnce) {
+TEST_P(AnyNodePropertiesTest, EachPropertyIsReportedOnce) {
   const ChangeRecorder changes(*document);
   document->setOpacity(id, 0.5F);
   document->setBlendMode(id, BlendMode::darken);
@@ -129,7 +129,7 @@ TEST_P(AnyNodePropertiesTest, EachPropertyIsToldOnce) {
   for (const auto& change : changes.of<change::NodePropertyChanged>()) EXPECT_EQ(change.nodeID, id);
 }
 
-TEST_P(AnyNodePropertiesTest, AnEmptyNameKeepsTheOldOne) {
+TEST_P(AnyNodePropertiesTest, AnEmptyNameIsIgnored) {
   const QString old = node.name().value();
   document->rename(id, QString());
   EXPECT_EQ(node.name().value(), old);
@@ -150,7 +150,7 @@ TEST_P(AnyNodePropertiesTest, OnlyOpacityChangesAreMerged) {
   EXPECT_EQ(node.name().value(), "A");
 }
 
-TEST_F(DocumentPropertiesTest, AnAbsentNodeIsPassedOver) {
+TEST_F(DocumentPropertiesTest, AnAbsentNodeIsSkipped) {
   const QUuid nobody = QUuid::createUuid();
   document->setOpacity(nobody, 0.5F);
   document->setBlendMode(nobody, BlendMode::darken);
@@ -160,7 +160,7 @@ TEST_F(DocumentPropertiesTest, AnAbsentNodeIsPassedOver) {
   expectNothingHappened();
 }
 
-TEST_F(DocumentPropertiesTest, OpacityChangesOfDifferentNodesStayApart) {
+TEST_F(DocumentPropertiesTest, OpacityChangesOfDifferentNodesAreNotMerged) {
   document->setOpacity(idOf(*document, "Layer"), 0.5F);
   document->setOpacity(idOf(*document, "Folder"), 0.5F);
   EXPECT_EQ(newRecords(), 2U);

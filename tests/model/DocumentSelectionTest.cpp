@@ -18,8 +18,8 @@ class DocumentSelectionTest : public testing::TestWithParam<ColorMode> {
   [[nodiscard]] bool maskIs(const Surface& expected) const {
     return selectionMask(*document).equals(expected);
   }
-  /// Runs a command on the existing selection that leaves one record of this name, then undo, redo and undo:
-  /// mask and flags go along, pixels stay, and the command itself sets no flag of the document.
+  /// Runs a command on an existing selection that leaves one record of this name, then undo, redo and undo.
+  /// Mask and flags must follow, pixels must stay, and the command must set no flag of the document.
   void expectSelectionCycle(const QString& actionName, const std::function<void()>& command) const {
     const PixelState pixels = pixelState(*document);
     const SelectionState before = selectionState(*document);
@@ -35,7 +35,7 @@ class DocumentSelectionTest : public testing::TestWithParam<ColorMode> {
     EXPECT_EQ(difference(selectionState(*document), after), "");
     document->undo();
     EXPECT_EQ(difference(selectionState(*document), before), "");
-    EXPECT_EQ(document->selection.value(), object) << "the object stays";
+    EXPECT_EQ(document->selection.value(), object) << "the same object is kept";
     EXPECT_EQ(difference(pixelState(*document), pixels), "");
     document->redo();
   }
@@ -49,7 +49,7 @@ class DocumentSelectionTest : public testing::TestWithParam<ColorMode> {
 
 INSTANTIATE_TEST_SUITE_P(Modes, DocumentSelectionTest, testing::ValuesIn(allColorModes), modeName);
 
-TEST_P(DocumentSelectionTest, IsMadeAtCanvasSizeOnFirstNeedAndKept) {
+TEST_P(DocumentSelectionTest, IsMadeOnceAtCanvasSizeWhenFirstNeeded) {
   EXPECT_EQ(document->selection.value(), nullptr);
   document->ensureSelection();
   const std::shared_ptr<const Selection> made = document->selection.value();
@@ -62,7 +62,7 @@ TEST_P(DocumentSelectionTest, IsMadeAtCanvasSizeOnFirstNeedAndKept) {
   EXPECT_EQ(flags(), all);
 }
 
-TEST_P(DocumentSelectionTest, OnlyASelectionOfSomethingIsActive) {
+TEST_P(DocumentSelectionTest, OnlyANonEmptySelectionIsActive) {
   EXPECT_EQ(document->activeSelection(), nullptr);
   document->ensureSelection();
   EXPECT_EQ(document->activeSelection(), nullptr);
@@ -77,7 +77,7 @@ TEST_P(DocumentSelectionTest, SelectAllCycle) {
   EXPECT_EQ(flags(), all);
 }
 
-TEST_P(DocumentSelectionTest, TheFirstSelectionIsUndoneToAnEmptyOne) {
+TEST_P(DocumentSelectionTest, UndoingTheFirstSelectionLeavesAnEmptyOne) {
   document->selectAll();
   EXPECT_EQ(recordCount(*document), 1);
   document->undo();
@@ -122,7 +122,7 @@ TEST_P(DocumentSelectionTest, InvertCycleBetweenNoneAndAll) {
   EXPECT_EQ(flags(), none);
 }
 
-TEST_P(DocumentSelectionTest, WithoutASelectionThereIsNothingToDropOrInvert) {
+TEST_P(DocumentSelectionTest, WithoutASelectionDeselectAndInvertDoNothing) {
   expectNothing(*document, [&] {
     document->deselect();
     document->invertSelection();
@@ -148,14 +148,14 @@ TEST_P(DocumentSelectionTest, TheTransparencyOfAnyLayerCanBeSelected) {
   EXPECT_FALSE(maskIs(empty));
 }
 
-TEST_P(DocumentSelectionTest, ATransparentLayerGivesASelectionOfNothing) {
+TEST_P(DocumentSelectionTest, ATransparentLayerGivesAnEmptySelection) {
   document->addLayer("Transparent");
   document->selectLayerTransparency(*document->activeLayer());
   EXPECT_TRUE(maskIs(empty));
   EXPECT_EQ(flags(), partial);
 }
 
-TEST_P(DocumentSelectionTest, AnOpaqueLayerGivesASelectionThatIsNotCalledFull) {
+TEST_P(DocumentSelectionTest, AnOpaqueLayerGivesASelectionThatIsNotFlaggedFull) {
   document->fillSelection(DisplayColor::white());
   document->selectLayerTransparency(*layer);
   EXPECT_TRUE(maskIs(full));
@@ -185,7 +185,7 @@ TEST_P(DocumentSelectionTest, MaskCycle) {
   EXPECT_TRUE(maskIs(maskPixelsOf(*layer)));
 }
 
-TEST_P(DocumentSelectionTest, TheSelectedMaskIsACopy) {
+TEST_P(DocumentSelectionTest, SelectingAMaskCopiesIt) {
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   document->selectMask(*mask);
   const Surface selected = selectionMask(*document);
@@ -193,7 +193,7 @@ TEST_P(DocumentSelectionTest, TheSelectedMaskIsACopy) {
   EXPECT_TRUE(maskIs(selected));
 }
 
-TEST_P(DocumentSelectionTest, AMaskOfAnotherSizeLeavesTheSelectedPixelsButIsSelected) {
+TEST_P(DocumentSelectionTest, AMaskOfAnotherSizeSetsTheFlagsButNotThePixels) {
   selectRandomly(*document, random);
   const Surface before = selectionMask(*document);
   writableSelection(*document).restoreFlags(none);
@@ -203,7 +203,7 @@ TEST_P(DocumentSelectionTest, AMaskOfAnotherSizeLeavesTheSelectedPixelsButIsSele
   EXPECT_EQ(flags(), partial);
 }
 
-TEST_P(DocumentSelectionTest, WithoutPixelsThereIsNothingToSelectBy) {
+TEST_P(DocumentSelectionTest, WithoutASourceSurfaceNothingIsSelected) {
   put(layer->texture, nullptr);
   put(document->compositedTexture, nullptr);
   document->selectLayerTransparency(*layer);
@@ -212,7 +212,7 @@ TEST_P(DocumentSelectionTest, WithoutPixelsThereIsNothingToSelectBy) {
   EXPECT_EQ(recordCount(*document), 0);
 }
 
-TEST_P(DocumentSelectionTest, WithoutASurfaceThereIsNoSelection) {
+TEST_P(DocumentSelectionTest, NoSelectionIsMadeWithoutMemory) {
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);
   const tileMemory::ScopedSurfaceFailure failure(0);
   expectNothing(*document, [&] {
@@ -238,7 +238,7 @@ TEST_P(DocumentSelectionTest, WithoutASnapshotTheSelectionChangesButCannotBeUndo
   EXPECT_EQ(recordCount(*document), 0);
 }
 
-TEST_P(DocumentSelectionTest, AResultThatCannotBeCapturedIsUndoneButNotRedone) {
+TEST_P(DocumentSelectionTest, AResultThatCannotBeCapturedCanBeUndoneButNotRedone) {
   selectRandomly(*document, random);
   const SelectionState before = selectionState(*document);
   {
@@ -252,7 +252,7 @@ TEST_P(DocumentSelectionTest, AResultThatCannotBeCapturedIsUndoneButNotRedone) {
   EXPECT_EQ(difference(selectionState(*document), before), "");
 }
 
-TEST_P(DocumentSelectionTest, ALongHistoryOfSelectionsIsWalkedBackExactly) {
+TEST_P(DocumentSelectionTest, ALongHistoryOfSelectionsIsUndoneAndRedoneExactly) {
   document->selectAll();
   std::vector<SelectionState> states{selectionState(*document)};
   const std::shared_ptr<LayerMask> mask = addRandomMask(*layer, random);

@@ -72,7 +72,7 @@ TEST(DocumentTest, CheckerboardHasSquaresOfEightPixels) {
   EXPECT_EQ(board.pixelAt(0, 0), board.pixelAt(8, 8));
 }
 
-TEST(DocumentTest, EmptyOneHasNoNodes) {
+TEST(DocumentTest, AnEmptyDocumentHasNoNodes) {
   const DocumentPtr document = Document::create(
       {.name = "Empty", .width = 4, .height = 3, .colorMode = ColorMode::grayscale8}, context());
   EXPECT_TRUE(document->rootNodes.value().empty());
@@ -93,7 +93,7 @@ TEST(DocumentDeathTest, SurfacesThatCannotBeMadeAreFatal) {
   EXPECT_DEATH(createWith(2), "Failed to create layer texture");
 }
 
-TEST(DocumentTest, ChangingTheActiveNodeIsToldOnce) {
+TEST(DocumentTest, ChangingTheActiveNodeIsReportedOnce) {
   const DocumentPtr document = makeDocument();
   const ChangeRecorder changes(*document);
   document->selectNode(document->selectedNodeID.value());
@@ -103,7 +103,7 @@ TEST(DocumentTest, ChangingTheActiveNodeIsToldOnce) {
   EXPECT_EQ(changes.count<change::ActiveNodeChanged>(), 1U);
 }
 
-TEST(DocumentTest, AStaleActiveNodeIsNone) {
+TEST(DocumentTest, AnActiveIdWithoutANodeReadsAsNone) {
   const DocumentPtr document = makeDocument();
   document->selectNode(QUuid::createUuid());
   EXPECT_EQ(document->activeNode(), std::nullopt);
@@ -128,7 +128,7 @@ TEST_F(DocumentTreeQueryTest, FindsNodesAtAnyDepth) {
   EXPECT_EQ(document->findNode(QUuid::createUuid()), std::nullopt);
 }
 
-TEST_F(DocumentTreeQueryTest, TellsParentAndIndex) {
+TEST_F(DocumentTreeQueryTest, FindsParentAndIndex) {
   const auto root = document->parentAndIndex(idOf(*document, "F"));
   ASSERT_TRUE(root);
   EXPECT_EQ(root->folder, nullptr);
@@ -146,7 +146,7 @@ TEST_F(DocumentTreeQueryTest, CountsLayersButNotFolders) {
   EXPECT_EQ(document->allLayers()[1]->name.value(), "inner");
 }
 
-TEST_F(DocumentTreeQueryTest, NamesAreUniqueAtAllDepths) {
+TEST_F(DocumentTreeQueryTest, UniqueNamesConsiderAllDepths) {
   EXPECT_EQ(document->allNodeNames(), (std::set<QString>{"Background", "F", "G", "deep", "inner"}));
   EXPECT_EQ(document->uniqueNodeName("other"), "other");
   EXPECT_EQ(document->uniqueNodeName("deep"), "deep 2");
@@ -164,7 +164,7 @@ TEST_F(DocumentTreeQueryTest, MemoryCountsPixelsAndMasksAsPackedRows) {
   EXPECT_EQ(document->memoryUsage(), 2 * 40 * 30 * 4 + 40 * 30 * 2);
 }
 
-TEST(DocumentTest, OnlyOneUnmaskedLayerIsAFlatImage) {
+TEST(DocumentTest, OnlyASingleUnmaskedLayerIsAFlatImage) {
   const DocumentPtr document = makeDocument();
   EXPECT_TRUE(document->canSaveAsFlatImage());
   const std::shared_ptr<Layer> background = document->allLayers().front();
@@ -179,7 +179,7 @@ TEST(DocumentTest, OnlyOneUnmaskedLayerIsAFlatImage) {
   EXPECT_FALSE(document->canSaveAsFlatImage());
 }
 
-TEST(DocumentTest, AFolderThatHoldsTheOnlyLayerIsNoFlatImage) {
+TEST(DocumentTest, AFolderAroundTheOnlyLayerIsNoFlatImage) {
   const DocumentPtr document = makeDocument();
   document->addFolder("F");
   document->moveNode(idOf(*document, "Background"), idOf(*document, "F"));
@@ -187,7 +187,7 @@ TEST(DocumentTest, AFolderThatHoldsTheOnlyLayerIsNoFlatImage) {
   EXPECT_FALSE(document->canSaveAsFlatImage());
 }
 
-TEST(DocumentTest, UndoAndRedoOfAnEmptyHistoryStillLeaveItDirty) {
+TEST(DocumentTest, UndoAndRedoOfAnEmptyHistoryStillMakeItDirty) {
   for (void (Document::*step)() : {&Document::undo, &Document::redo}) {
     const DocumentPtr document = makeDocument();
     put(document->needsCompositing, false);
@@ -209,7 +209,7 @@ TEST(DocumentTest, UndoingBackToTheSavedStateIsStillDirty) {
   EXPECT_TRUE(document->isDirty.value());
 }
 
-TEST(DocumentTest, EqualWritesNotifyNobody) {
+TEST(DocumentTest, EqualValuesNotifyNobody) {
   const DocumentPtr document = makeDocument();
   const ChangeRecorder changes(*document);
   document->setChannelVisibility(ChannelVisibility{1, 1, 1});

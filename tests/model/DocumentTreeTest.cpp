@@ -13,7 +13,7 @@ class DocumentTreeTest : public testing::Test {
  protected:
   void SetUp() override { settle(); }
 
-  /// As after a save and a frame.
+  /// Clears the flags as a save and a frame would.
   void settle() {
     document->setDirty(false);
     put(document->needsCompositing, false);
@@ -27,7 +27,7 @@ class DocumentTreeTest : public testing::Test {
   DocumentPtr document = makeDocument();
 };
 
-TEST_F(DocumentTreeTest, ANewLayerLiesDirectlyAboveTheActiveNode) {
+TEST_F(DocumentTreeTest, ANewLayerGoesDirectlyAboveTheActiveNode) {
   document->addLayer("Layer");
   activate(*document, "Background");
   document->addLayer("Layer");
@@ -36,7 +36,7 @@ TEST_F(DocumentTreeTest, ANewLayerLiesDirectlyAboveTheActiveNode) {
   EXPECT_TRUE(isEdited());
 }
 
-TEST_F(DocumentTreeTest, ANewLayerIsTransparentAndOfCanvasSize) {
+TEST_F(DocumentTreeTest, ANewLayerIsTransparentAndHasCanvasSize) {
   document->addLayer("Layer");
   const std::shared_ptr<Layer> layer = nodeNamed(*document, "Layer").layer();
   EXPECT_TRUE(layer->texture.value()->equals(Surface(PixelFormat::rgba8Unorm, 40, 30)));
@@ -44,7 +44,7 @@ TEST_F(DocumentTreeTest, ANewLayerIsTransparentAndOfCanvasSize) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Add Layer");
 }
 
-TEST_F(DocumentTreeTest, ANewLayerLandsOnTopInsideAnActiveFolder) {
+TEST_F(DocumentTreeTest, ANewLayerGoesToTheTopOfAnActiveFolder) {
   document->addFolder("Folder");
   const std::shared_ptr<LayerFolder> folder = nodeNamed(*document, "Folder").folder();
   put(folder->isExpanded, false);
@@ -52,10 +52,10 @@ TEST_F(DocumentTreeTest, ANewLayerLandsOnTopInsideAnActiveFolder) {
   activate(*document, "Folder");
   document->addLayer("b");
   EXPECT_EQ(treeText(*document), "Background, Folder[a, b]");
-  EXPECT_FALSE(folder->isExpanded.value()) << "stays collapsed as it was";
+  EXPECT_FALSE(folder->isExpanded.value()) << "a collapsed folder stays collapsed";
 }
 
-TEST_F(DocumentTreeTest, ANewNodeGoesIntoTheFolderOfTheActiveNode) {
+TEST_F(DocumentTreeTest, ANewNodeGoesIntoTheParentOfTheActiveNode) {
   document->addFolder("Folder");
   document->addLayer("a");
   document->addLayer("c");
@@ -66,7 +66,7 @@ TEST_F(DocumentTreeTest, ANewNodeGoesIntoTheFolderOfTheActiveNode) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Add Folder");
 }
 
-TEST_F(DocumentTreeTest, WithoutAnActiveNodeANewOneLiesOnTop) {
+TEST_F(DocumentTreeTest, WithoutAnActiveNodeANewOneGoesToTheTop) {
   document->addLayer("a");
   document->selectNode(std::nullopt);
   document->addLayer("b");
@@ -87,7 +87,7 @@ TEST(DocumentTreeDeathTest, ALayerWithoutPixelsIsFatal) {
                "Failed to create layer texture");
 }
 
-TEST_F(DocumentTreeTest, TheLastLayerStays) {
+TEST_F(DocumentTreeTest, TheLastLayerCannotBeRemoved) {
   document->addFolder("Folder");
   settle();
   remove("Background");
@@ -99,7 +99,7 @@ TEST_F(DocumentTreeTest, TheLastLayerStays) {
   EXPECT_TRUE(isEdited());
 }
 
-TEST_F(DocumentTreeTest, AFolderMayTakeTheLastLayerWithIt) {
+TEST_F(DocumentTreeTest, RemovingAFolderMayRemoveTheLastLayer) {
   document->addFolder("Folder");
   document->moveNode(idOf(*document, "Background"), idOf(*document, "Folder"));
   remove("Folder");
@@ -107,14 +107,14 @@ TEST_F(DocumentTreeTest, AFolderMayTakeTheLastLayerWithIt) {
   EXPECT_EQ(document->selectedNodeID.value(), std::nullopt) << "the root list is empty";
 }
 
-TEST_F(DocumentTreeTest, RemovingTheTopActivatesTheNewTop) {
+TEST_F(DocumentTreeTest, RemovingTheTopNodeActivatesTheNewTop) {
   document->addLayer("a");
   document->addLayer("b");
   remove("b");
   EXPECT_EQ(activeName(*document), "a");
 }
 
-TEST_F(DocumentTreeTest, RemovingActivatesTheNodeThatTookThePlace) {
+TEST_F(DocumentTreeTest, RemovingActivatesTheNodeThatTakesItsPlace) {
   document->addLayer("a");
   document->addLayer("b");
   remove("a");
@@ -131,7 +131,7 @@ TEST_F(DocumentTreeTest, RemovingTheOnlyChildActivatesItsFolder) {
   EXPECT_EQ(activeName(*document), "Folder");
 }
 
-TEST_F(DocumentTreeTest, UnknownNodesAreLeftAlone) {
+TEST_F(DocumentTreeTest, UnknownNodesAreIgnored) {
   const QUuid unknown = QUuid::createUuid();
   document->addFolder("Folder");
   settle();
@@ -155,7 +155,7 @@ TEST_F(DocumentTreeTest, MovingIntoAFolderPutsTheNodeOnTopAndActivatesIt) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Move Layer");
 }
 
-TEST_F(DocumentTreeTest, MovingToAnIndexCountsAfterTheNodeHasLeft) {
+TEST_F(DocumentTreeTest, AMovesIndexIsCountedAfterTheNodesRemoval) {
   for (const char* name : {"a", "b", "c"}) document->addLayer(name);
   document->moveNode(idOf(*document, "a"), std::nullopt, 2);
   EXPECT_EQ(treeText(*document), "Background, b, a, c");
@@ -165,7 +165,7 @@ TEST_F(DocumentTreeTest, MovingToAnIndexCountsAfterTheNodeHasLeft) {
   EXPECT_EQ(treeText(*document), "b, Background, a, c");
 }
 
-TEST_F(DocumentTreeTest, MovingToAnIndexLeavesActivityAndFlagsAlone) {
+TEST_F(DocumentTreeTest, MovingToAnIndexChangesNeitherActiveNodeNorFlags) {
   document->addLayer("a");
   document->addFolder("Folder");
   settle();
@@ -177,14 +177,14 @@ TEST_F(DocumentTreeTest, MovingToAnIndexLeavesActivityAndFlagsAlone) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Move Layer");
 }
 
-TEST_F(DocumentTreeTest, MovingUnderALayerLandsAtRootLevel) {
+TEST_F(DocumentTreeTest, MovingIntoALayerMovesToTheRoot) {
   document->addFolder("Folder");
   document->addLayer("a");
   document->moveNode(idOf(*document, "a"), idOf(*document, "Background"), 0);
   EXPECT_EQ(treeText(*document), "a, Background, Folder[]");
 }
 
-TEST_F(DocumentTreeTest, ACopyLiesDirectlyAboveItsSource) {
+TEST_F(DocumentTreeTest, ACopyGoesDirectlyAboveItsSource) {
   document->addLayer("a");
   document->duplicateNode(idOf(*document, "Background"));
   EXPECT_EQ(treeText(*document), "Background, Background Copy, a");
@@ -288,7 +288,7 @@ TEST_F(DocumentTreeTest, NoMoveLosesANode) {
   EXPECT_FALSE(document->isDirty.value());
 }
 
-TEST_F(DocumentTreeTest, NoDepthIsTooDeep) {
+TEST_F(DocumentTreeTest, NestingDepthIsUnlimited) {
   constexpr int depth = 20000;
   LayerNodeList nodes{std::make_shared<Layer>(NodeValues{.name = "deep"}, document->makeLayerTexture())};
   const QUuid deepest = nodes.front().id();

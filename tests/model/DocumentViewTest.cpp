@@ -36,7 +36,7 @@ TEST_F(DocumentViewTest, CustomZoomOverridesTheTable) {
   EXPECT_EQ(document->zoom(), 0.3);
 }
 
-TEST_F(DocumentViewTest, SteppingEndsAtBothEndsOfTheTable) {
+TEST_F(DocumentViewTest, SteppingStopsAtBothEndsOfTheTable) {
   put(document->zoomLevelIndex, 28);
   document->zoomIn();
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
@@ -69,7 +69,7 @@ TEST_F(DocumentViewTest, SteppingFromACustomZoomGoesToTheNextEntry) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 13);
 }
 
-TEST_F(DocumentViewTest, SteppingFromACustomZoomThatIsAnEntryLeavesIt) {
+TEST_F(DocumentViewTest, SteppingMovesOffACustomZoomThatEqualsAnEntry) {
   put(document->customZoomLevel, 2.0);
   document->zoomIn();
   EXPECT_EQ(document->zoomLevelIndex.value(), 16);
@@ -78,7 +78,7 @@ TEST_F(DocumentViewTest, SteppingFromACustomZoomThatIsAnEntryLeavesIt) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
-TEST_F(DocumentViewTest, SteppingFromBeyondTheTableEndsAtItsEnds) {
+TEST_F(DocumentViewTest, SteppingFromBeyondTheTableStopsAtItsEnds) {
   put(document->customZoomLevel, 500.0);
   document->zoomIn();
   EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
@@ -99,7 +99,7 @@ TEST_F(DocumentViewTest, ActualSizeKeepsTheOffset) {
   EXPECT_EQ(document->viewportOffset.value(), QPointF(5.0, 6.0));
 }
 
-TEST_F(DocumentViewTest, FittingLandsExactlyWithAMargin) {
+TEST_F(DocumentViewTest, FittingLeavesAnExactMargin) {
   put(document->zoomLevelIndex, 3);
   document->setViewportOffset(QPointF(5.0, 6.0));
   document->zoomFitOnScreen(90.0, 240.0);
@@ -119,7 +119,7 @@ TEST_F(DocumentViewTest, FittingMayZoomInUpToTheLimit) {
   EXPECT_EQ(large->customZoomLevel.value(), 0.01);
 }
 
-TEST_F(DocumentViewTest, FittingNeedsRoomBesideTheMargin) {
+TEST_F(DocumentViewTest, FittingNeedsMoreRoomThanTheMargin) {
   document->setViewportOffset(QPointF(5.0, 6.0));
   document->zoomFitOnScreen(40.0, 500.0);
   document->zoomFitOnScreen(500.0, 12.0);

@@ -9,7 +9,7 @@ namespace {
 
 using namespace test;
 
-/// The composite of every tile, made from nothing by a compositor without a memory.
+/// All tiles of the composite, made from scratch by a new compositor.
 Surface flattenedAnew(Document& document) {
   const Surface& kept = *document.compositedTexture.value();
   Surface fresh(kept.format(), kept.width(), kept.height());
@@ -24,7 +24,7 @@ TEST_P(FlattenTest, RemakingChangedTilesEqualsFlatteningEverything) {
     std::mt19937 random(seed);
     const DocumentPtr document = randomDocument(GetParam(), FolderKinds::all, random);
     for (int step = 0; step < 40; ++step) {
-      // The random edits write past the document, which can't know of them.
+      // The random edits bypass the document, so it can't know about them.
       put(document->needsCompositing, true);
       ASSERT_TRUE(document->composite()->equals(flattenedAnew(*document)))
           << "seed " << seed << ", step " << step;
@@ -34,7 +34,7 @@ TEST_P(FlattenTest, RemakingChangedTilesEqualsFlatteningEverything) {
   }
 }
 
-TEST_P(FlattenTest, AgreesWithTheTruthToHalfAUnitWithoutIsolation) {
+TEST_P(FlattenTest, AgreesWithTheReferenceToHalfAUnitWithoutIsolation) {
   for (unsigned seed = 11; seed <= 14; ++seed) {
     std::mt19937 random(seed);
     const DocumentPtr document = randomDocument(GetParam(), FolderKinds::passThroughOnly, random);
@@ -43,9 +43,9 @@ TEST_P(FlattenTest, AgreesWithTheTruthToHalfAUnitWithoutIsolation) {
   }
 }
 
-// A temporary's rounding may fall the other way than the truth's by one unit, and the blend modes above it
-// at most double that.
-TEST_P(FlattenTest, AgreesWithTheTruthToAFewUnitsThroughIsolatingFolders) {
+// A temporary may round differently from the reference by one unit, and the blend modes above it can at most
+// double that.
+TEST_P(FlattenTest, AgreesWithTheReferenceToAFewUnitsThroughIsolatingFolders) {
   for (unsigned seed = 21; seed <= 26; ++seed) {
     std::mt19937 random(seed);
     const DocumentPtr document = randomDocument(GetParam(), FolderKinds::all, random);

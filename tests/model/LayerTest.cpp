@@ -16,7 +16,7 @@ std::shared_ptr<MaskTexture> filledMask(int width, int height, float value) {
   return mask;
 }
 
-TEST(MaskTextureTest, HoldsHalfFloatsThatBeginAtZero) {
+TEST(MaskTextureTest, HoldsHalfFloatsInitiallyZero) {
   const auto mask = MaskTexture::create(7, 5, MetalContext::shared());
   ASSERT_NE(mask, nullptr);
   EXPECT_EQ(mask->texture->format(), PixelFormat::r16Float);
@@ -25,7 +25,7 @@ TEST(MaskTextureTest, HoldsHalfFloatsThatBeginAtZero) {
   EXPECT_EQ(mask->texture->pixelAt(6, 4), 0U);
 }
 
-TEST(MaskTextureTest, IsNotMadeWithoutASurface) {
+TEST(MaskTextureTest, CannotBeMadeWithoutASurface) {
   const tileMemory::ScopedSurfaceFailure failure(0);
   EXPECT_EQ(MaskTexture::create(7, 5, MetalContext::shared()), nullptr);
 }
@@ -39,7 +39,7 @@ TEST(MaskTextureTest, CopiesContentsOfTheSameSize) {
   EXPECT_FALSE(destination->texture->equals(*source->texture));
 }
 
-TEST(MaskTextureTest, LeavesContentsAloneWhenSizesDiffer) {
+TEST(MaskTextureTest, KeepsItsContentsIfSizesDiffer) {
   const auto source = filledMask(7, 6, 1.0F);
   const auto destination = MaskTexture::create(7, 5, MetalContext::shared());
   destination->copyContents(*source);
@@ -64,7 +64,7 @@ TEST(LayerTest, BeginsVisibleOpaqueAndUnlocked) {
   EXPECT_TRUE(layer.channelThumbnails.value().empty());
 }
 
-TEST(LayerTest, EditsGoToTheMaskOnlyWhenThereIsOne) {
+TEST(LayerTest, EditsGoToTheMaskOnlyIfThereIsOne) {
   Layer layer("L");
   EXPECT_EQ(layer.activeEditTexture(), nullptr);
   put(layer.texture, MetalContext::shared().makeTexture(PixelFormat::rgba8Unorm, 7, 5));
@@ -76,7 +76,7 @@ TEST(LayerTest, EditsGoToTheMaskOnlyWhenThereIsOne) {
   EXPECT_EQ(layer.activeEditTexture(), layer.texture.value());
 }
 
-TEST(LayerTest, ChoosingTheMaskIsToldOnce) {
+TEST(LayerTest, SelectingTheMaskIsReportedOnce) {
   const DocumentPtr document = makeDocument();
   const std::shared_ptr<Layer> layer = document->allLayers().front();
   const ChangeRecorder changes(*document);
@@ -87,7 +87,7 @@ TEST(LayerTest, ChoosingTheMaskIsToldOnce) {
   EXPECT_EQ(changes.count<change::NodePropertyChanged>(NodeProperty::isMaskSelected), 1U);
 }
 
-TEST(LayerNodeTest, ReachesWhatBothKindsHave) {
+TEST(LayerNodeTest, AccessesPropertiesOfBothKinds) {
   const auto layer = std::make_shared<Layer>("L");
   const auto folder = std::make_shared<LayerFolder>("F");
   const LayerNode layerNode(layer);
@@ -113,7 +113,7 @@ TEST(LayerNodeTest, ReachesWhatBothKindsHave) {
   EXPECT_NE(layerNode, folderNode);
 }
 
-TEST(TreeWalkTest, MeetsAFolderBeforeItsChildren) {
+TEST(TreeWalkTest, VisitsAFolderBeforeItsChildren) {
   const auto inner = std::make_shared<Layer>("inner");
   const auto folder = std::make_shared<LayerFolder>("folder");
   const auto top = std::make_shared<Layer>("top");

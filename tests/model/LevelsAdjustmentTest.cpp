@@ -15,7 +15,7 @@ using reference::Color;
 
 constexpr Levels strong{.blackPoint = 51.0F, .whitePoint = 204.0F, .gamma = 2.0F};
 
-/// A colour channel under levels, in full weight.
+/// A colour channel with levels applied at full weight.
 double leveled(double value, const Levels& levels) {
   const double black = static_cast<double>(levels.blackPoint) / 255.0;
   const double white = static_cast<double>(levels.whitePoint) / 255.0;
@@ -51,7 +51,7 @@ class LevelsAdjustmentTest : public testing::TestWithParam<ColorMode> {
 
 INSTANTIATE_TEST_SUITE_P(Modes, LevelsAdjustmentTest, testing::ValuesIn(allColorModes), modeName);
 
-TEST_P(LevelsAdjustmentTest, BeginsWithLevelsThatChangeNothing) {
+TEST_P(LevelsAdjustmentTest, TheDefaultLevelsChangeNothing) {
   EXPECT_EQ(Levels{}.blackPoint, 0.0F);
   EXPECT_EQ(Levels{}.whitePoint, 255.0F);
   EXPECT_EQ(Levels{}.gamma, 1.0F);
@@ -62,7 +62,7 @@ TEST_P(LevelsAdjustmentTest, BeginsWithLevelsThatChangeNothing) {
   reference::expectImage(pixels(), reference::imageOf(before));
 }
 
-TEST_P(LevelsAdjustmentTest, StretchesColoursBetweenThePointsAndLeavesAlpha) {
+TEST_P(LevelsAdjustmentTest, StretchesColoursBetweenThePointsAndPreservesAlpha) {
   const Surface before = pixels();
   LevelsAdjustment adjustment = begin();
   adjustment.apply(strong);
@@ -89,7 +89,7 @@ TEST_P(LevelsAdjustmentTest, WhiteAtOrBelowBlackIsAStepAtBlack) {
   const reference::Image now = reference::imageOf(pixels());
   for (std::size_t i = 0; i < old.pixels.size(); ++i) {
     for (std::size_t c = 0; c < 3; ++c) {
-      // Whether black itself is on the upper side isn't said.
+      // The side that black itself falls on is unspecified.
       if (std::abs(old.pixels[i][c] - 100.0 / 255.0) < 1e-6) continue;
       ASSERT_EQ(now.pixels[i][c], old.pixels[i][c] > 100.0 / 255.0 ? 1.0 : 0.0);
     }
@@ -107,7 +107,7 @@ TEST_P(LevelsAdjustmentTest, ASelectionLimitsPreviewAndResult) {
   expectLeveled(before, strong);
 }
 
-TEST_P(LevelsAdjustmentTest, ThePreviewFollowsTheSelectionOfTheMoment) {
+TEST_P(LevelsAdjustmentTest, ThePreviewUsesTheCurrentSelection) {
   const Surface before = pixels();
   LevelsAdjustment adjustment = begin();
   adjustment.apply(strong);
@@ -119,7 +119,7 @@ TEST_P(LevelsAdjustmentTest, ThePreviewFollowsTheSelectionOfTheMoment) {
   expectLeveled(before, strong);
 }
 
-TEST_P(LevelsAdjustmentTest, WorksOnThePixelsWhileTheMaskIsSelected) {
+TEST_P(LevelsAdjustmentTest, ChangesThePixelsEvenIfTheMaskIsSelected) {
   addRandomMask(*layer, random);
   put(layer->isMaskSelected, true);
   const Surface before = pixels();
@@ -148,19 +148,19 @@ TEST_P(LevelsAdjustmentTest, CommittingWithoutAChangeStillLeavesARecord) {
   EXPECT_TRUE(pixels().equals(before));
 }
 
-TEST_P(LevelsAdjustmentTest, ACommitHoldsBothSides) {
+TEST_P(LevelsAdjustmentTest, ACommittedRecordHoldsBothSides) {
   LevelsAdjustment adjustment = begin();
   adjustment.apply(strong);
   adjustment.commit();
   TextureSnapshot::waitForCompression();
   const auto after = TextureSnapshot::capture(*layer->texture.value(), document->context());
   TextureSnapshot::waitForCompression();
-  // The new snapshot halves the share of the record's second one and counts the other half itself.
+  // The new snapshot shares the tiles of the record's second one, so each is charged half.
   EXPECT_EQ(document->undoStack.totalMemoryCost(),
             adjustment.snapshotBefore()->compressedSize() + after->compressedSize());
 }
 
-TEST_P(LevelsAdjustmentTest, APreviewAsksForCompositingOnly) {
+TEST_P(LevelsAdjustmentTest, APreviewOnlyRequestsCompositing) {
   LevelsAdjustment adjustment = begin();
   document->setDirty(false);
   put(document->needsCompositing, false);
@@ -170,7 +170,7 @@ TEST_P(LevelsAdjustmentTest, APreviewAsksForCompositingOnly) {
   EXPECT_EQ(recordCount(*document), 0);
 }
 
-TEST_P(LevelsAdjustmentTest, CancelReturnsTheExactPixelsOfTheBeginning) {
+TEST_P(LevelsAdjustmentTest, CancelRestoresTheOriginalPixelsExactly) {
   const Surface before = pixels();
   LevelsAdjustment adjustment = begin();
   for (int i = 1; i < 30; ++i) {
@@ -192,7 +192,7 @@ TEST_P(LevelsAdjustmentTest, CommitMarksTheThumbnails) {
   EXPECT_TRUE(marksThumbnails(*layer, [&] { adjustment.commit(); }));
 }
 
-TEST_P(LevelsAdjustmentTest, AnotherActiveLayerDoesNotMoveTheAdjustment) {
+TEST_P(LevelsAdjustmentTest, ActivatingAnotherLayerDoesNotRetargetTheAdjustment) {
   LevelsAdjustment adjustment = begin();
   document->addLayer("Other");
   const Surface before = pixels();
@@ -200,7 +200,7 @@ TEST_P(LevelsAdjustmentTest, AnotherActiveLayerDoesNotMoveTheAdjustment) {
   expectLeveled(before, strong);
 }
 
-TEST_P(LevelsAdjustmentTest, DoesNotBeginWithoutAnActiveLayerThatHasPixels) {
+TEST_P(LevelsAdjustmentTest, DoesNotBeginWithoutAnActiveLayerWithPixels) {
   document->addFolder("F");
   EXPECT_FALSE(LevelsAdjustment::begin(document));
   document->selectNode(std::nullopt);
@@ -231,7 +231,7 @@ TEST_P(LevelsAdjustmentTest, AResultThatCannotBeCapturedIsReadAtTheFirstUndo) {
   EXPECT_TRUE(pixels().equals(after));
 }
 
-TEST_P(LevelsAdjustmentTest, ARemovedLayerEndsItQuietly) {
+TEST_P(LevelsAdjustmentTest, RemovingTheLayerEndsItSilently) {
   document->addLayer("Other");
   document->selectNode(layer->id);
   LevelsAdjustment adjustment = begin();
@@ -245,7 +245,7 @@ TEST_P(LevelsAdjustmentTest, ARemovedLayerEndsItQuietly) {
   EXPECT_TRUE(pixels().equals(before));
 }
 
-TEST_P(LevelsAdjustmentTest, AClosedDocumentEndsItQuietly) {
+TEST_P(LevelsAdjustmentTest, ClosingTheDocumentEndsItSilently) {
   LevelsAdjustment adjustment = begin();
   const Surface before = pixels();
   document.reset();
@@ -261,7 +261,7 @@ std::int64_t total(const LevelsHistogram& histogram) {
   return std::accumulate(histogram.begin(), histogram.end(), std::int64_t{0});
 }
 
-TEST(LevelsHistogramTest, CountsEachPixelOnceWhateverItsAlpha) {
+TEST(LevelsHistogramTest, CountsEachPixelOnceRegardlessOfAlpha) {
   Surface pixels(PixelFormat::rgba8Unorm, 4, 1);
   const std::array<std::uint32_t, 4> row{0x00FFFFFFU, 0xFFFFFFFFU, 0xFF000000U, 0x80010101U};
   pixels.writeRect({0, 0, 4, 1}, reinterpret_cast<const std::byte*>(row.data()), sizeof(row));
@@ -277,7 +277,7 @@ TEST(LevelsHistogramTest, EveryGreyFallsIntoItsOwnBinInEveryMode) {
     Surface pixels(layerPixelFormat(mode), 256, 1);
     const auto step = static_cast<std::size_t>(pixels.pixelBytes());
     for (std::uint64_t grey = 0; grey < 256; ++grey) {
-      // Half floats hold no 255ths: the middle of the bin stands for it.
+      // Half floats can't represent multiples of 1/255, so use the middle of the bin.
       const std::uint64_t half =
           floatToHalf((static_cast<float>(grey) + (grey < 255 ? 0.5F : 0.0F)) / 255.0F);
       const std::array<std::uint64_t, 4> bits{grey, grey * 257U, grey | grey << 8U | grey << 16U,
@@ -321,12 +321,13 @@ TEST(LevelsHistogramTest, ValuesBeyondTheScaleAreClampedToItsEnds) {
 TEST(LevelsHistogramTest, ReadsEveryPixelOfASmallCanvasAndAGridOfALargeOne) {
   EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rgba8Unorm, 512, 512))), 512 * 512);
   EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rgba8Unorm, 1000, 500))), 500000);
-  EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rgba8Unorm, 1001, 500))), 501 * 250) << "one more";
+  EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rgba8Unorm, 1001, 500))), 501 * 250)
+      << "one column more";
   EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rgba8Unorm, 2000, 1000))), 1000 * 500);
   EXPECT_EQ(total(levelsHistogram(Surface(PixelFormat::rg8Unorm, 2001, 1001))), 667 * 334);
 }
 
-TEST(LevelsHistogramTest, TheGridBeginsAtTheFirstPixel) {
+TEST(LevelsHistogramTest, TheGridStartsAtTheFirstPixel) {
   Surface pixels(PixelFormat::rg8Unorm, 2000, 1000);
   const std::array<std::uint16_t, 3> row{0x0AU, 0x14U, 0x1EU};
   pixels.writeRect({0, 0, 3, 1}, reinterpret_cast<const std::byte*>(row.data()), sizeof(row));

@@ -1,4 +1,4 @@
-// What tests of the model share: small documents, a readable form of their trees, and a recorder of changes.
+// Helpers for tests of the model: small documents, readable trees, and a recorder of changes.
 #pragma once
 
 #include <QStringList>
@@ -11,7 +11,7 @@
 #include "model/Document.h"
 #include "model/TestDoor.h"
 
-/// Lets failures show texts rather than bytes; found by this name in the argument's own namespace.
+/// Lets failures print texts rather than bytes; the framework finds it by name in the argument's namespace.
 // NOLINTNEXTLINE(readability-identifier-naming)
 inline void PrintTo(const QString& text, std::ostream* stream) {
   *stream << '"' << text.toStdString() << '"';
@@ -34,7 +34,7 @@ inline QString treeText(const LayerNodeList& nodes) {
   return parts.join(QStringLiteral(", "));
 }
 
-/// The names bottom first, a folder's children in brackets behind it.
+/// The names bottom first, each folder followed by its children in brackets.
 inline QString treeText(const Document& document) {
   return treeText(document.rootNodes.value());
 }
@@ -49,7 +49,7 @@ inline std::optional<LayerNode> nodeNamed(const QString& name, const LayerNodeLi
   return std::nullopt;
 }
 
-/// The first node of that name, which the test knows to be there.
+/// The first node of that name, which must exist.
 inline LayerNode nodeNamed(const Document& document, const QString& name) {
   return nodeNamed(name, document.rootNodes.value()).value();
 }
@@ -67,7 +67,7 @@ inline void activate(Document& document, const QString& name) {
   document.selectNode(idOf(document, name));
 }
 
-/// Gives a layer an enabled mask, all zero.
+/// Gives a layer an enabled mask of zeros.
 inline std::shared_ptr<LayerMask> addMask(Layer& layer) {
   const Surface& pixels = *layer.texture.value();
   auto mask = std::make_shared<LayerMask>(
@@ -76,7 +76,7 @@ inline std::shared_ptr<LayerMask> addMask(Layer& layer) {
   return mask;
 }
 
-/// Follows a document's changes while it lives.
+/// Records a document's changes while it lives.
 class ChangeRecorder {
  public:
   explicit ChangeRecorder(const Document& document)
@@ -102,7 +102,7 @@ class ChangeRecorder {
   [[nodiscard]] std::size_t count() const {
     return of<Kind>().size();
   }
-  /// How often a property of a node, the view or the file was told of.
+  /// How often a property of a node, the view or the file was reported.
   template <typename Kind, typename Property>
   [[nodiscard]] std::size_t count(Property property) const {
     std::size_t count = 0;

@@ -1,6 +1,5 @@
-// What tests of pixels share: a document with random contents and everything of it that a command may
-// change as one comparable value. Expected pixels are computed in double precision from the rules of
-// arithmetic, one pixel after the other.
+// Helpers for tests of pixels: a document with random contents, and everything a command may change as one
+// comparable value. Expected pixels are computed one by one in double precision.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,7 +16,7 @@
 
 namespace orvanel::test {
 
-/// More than a tile each way, and no multiple of one.
+/// More than one tile each way, and not a multiple of the tile size.
 inline constexpr int pixelWidth = 150;
 inline constexpr int pixelHeight = 131;
 
@@ -40,7 +39,7 @@ inline std::shared_ptr<LayerMask> addRandomMask(Layer& layer, std::mt19937& rand
   return mask;
 }
 
-/// A partial selection with these contents.
+/// A partial selection with random contents.
 inline void select(Document& document, const Surface& mask) {
   document.ensureSelection();
   writable(document.selection.value()->maskTexture->texture) = mask;
@@ -75,8 +74,8 @@ inline Surface filledMask(int width, int height, float value) {
   return mask;
 }
 
-/// Every pixel of a surface replaced by what `rule` makes of it, where `weight` is the mask at it. A pixel
-/// whose alpha becomes 0 is left with no colour; only the weight that changes nothing keeps it as it is.
+/// Applies `rule` to every pixel of a surface; `weight` is the mask's value there. A pixel whose alpha
+/// becomes 0 loses its colour, unless the weight leaves it unchanged.
 inline reference::Image mapped(
     const Surface& surface, const Surface& mask, double idleWeight,
     const std::function<reference::Color(const reference::Color&, double weight)>& rule) {
@@ -98,7 +97,7 @@ inline reference::Image plainImage(const reference::Color& color) {
   return image;
 }
 
-/// Canvas, layers and masks: what the history of pixels must bring back.
+/// Canvas, layers and masks: everything that undo and redo of pixel edits must restore.
 struct PixelState {
   struct LayerPixels {
     QUuid id;
@@ -141,7 +140,7 @@ inline bool areEqual(const std::optional<Surface>& a, const std::optional<Surfac
   return a.has_value() == b.has_value() && (!a || a->equals(*b));
 }
 
-/// What differs first, or nothing.
+/// Describes the first difference; empty if there is none.
 inline std::string difference(const PixelState& a, const PixelState& b) {
   if (a.width != b.width || a.height != b.height) return "canvas size";
   if (a.mode != b.mode) return "colour mode";
@@ -177,13 +176,13 @@ inline std::string difference(const SelectionState& a, const SelectionState& b) 
   return a.flags == b.flags ? std::string() : "flags";
 }
 
-/// Records that are applied, without those to redo.
+/// The number of applied records, excluding those to redo.
 inline std::int64_t recordCount(const Document& document) {
   return document.undoStack.currentIndex.value() + 1;
 }
 
-/// Runs a command that leaves one record of this name, then undo, redo and undo. Each leaves pixels and masks
-/// as they were on its side of the command, and the document dirty and in need of compositing.
+/// Runs a command that leaves one record of this name, then undo, redo and undo. Each must restore pixels and
+/// masks as they were on its side of the command, and leave the document dirty and in need of compositing.
 inline void expectPixelCycle(Document& document, const QString& actionName,
                              const std::function<void()>& command) {
   const PixelState before = pixelState(document);
@@ -206,7 +205,7 @@ inline void expectPixelCycle(Document& document, const QString& actionName,
   step(&Document::undo, before);
 }
 
-/// Clears both flags, runs the command, and tells whether it set both.
+/// Clears both flags, runs the command, and returns whether it set both.
 inline bool marksEdited(Document& document, const std::function<void()>& command) {
   document.setDirty(false);
   put(document.needsCompositing, false);
@@ -215,7 +214,7 @@ inline bool marksEdited(Document& document, const std::function<void()>& command
   return document.isDirty.value();
 }
 
-/// Makes all thumbnails clean, runs the command, and tells whether they are all out of date.
+/// Cleans all thumbnails, runs the command, and returns whether all of them are stale.
 inline bool marksThumbnails(Layer& layer, const std::function<void()>& command) {
   put(layer.thumbnailDirty, false);
   put(layer.maskThumbnailDirty, false);
@@ -225,7 +224,7 @@ inline bool marksThumbnails(Layer& layer, const std::function<void()>& command) 
          layer.channelThumbnailsDirty.value();
 }
 
-/// Runs a command that doesn't apply: no pixel, no selection, no record and no flag changes.
+/// Runs a command that doesn't apply and expects pixels, selection, records and flags to be unchanged.
 inline void expectNothing(Document& document, const std::function<void()>& command) {
   const PixelState before = pixelState(document);
   const SelectionState selectionBefore = selectionState(document);

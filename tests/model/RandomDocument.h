@@ -1,4 +1,4 @@
-// Seeded random documents and edits, for tests that hold for any tree.
+// Seeded random documents and edits, for properties that hold for any tree.
 #pragma once
 
 #include <random>
@@ -10,10 +10,10 @@ namespace orvanel::test {
 
 enum class FolderKinds { passThroughOnly, all };
 
-/// Folders, masks, invisible nodes and all blend modes over several tiles with ragged edges.
+/// Folders, masks, invisible nodes and all blend modes, over several tiles including partial ones.
 [[nodiscard]] DocumentPtr randomDocument(ColorMode mode, FolderKinds folders, std::mt19937& random);
 
-/// One change of a property, of pixels, of a mask, of the tree, or a step in the history.
+/// Changes a property, pixels, a mask or the tree, or performs an undo or redo.
 void editRandomly(Document& document, std::mt19937& random);
 
 }  // namespace orvanel::test

@@ -95,7 +95,7 @@ double largestExcess(const Surface& composite, const Picture& truth, double slac
       const auto allowed = [&](double value) { return twin::tolerance(composite.format(), value) * slack; };
       excess = std::max(excess, std::abs(made.alpha - wanted.alpha) - allowed(wanted.alpha));
       if (made.alpha <= 0.0 || wanted.alpha <= 0.0) continue;
-      // Where hardly anything covers, an error made under a folder counts by what it covers.
+      // Errors made under a folder are weighted by coverage, because low coverage amplifies them.
       const double weight = slack > 1.0 ? std::min(made.alpha, wanted.alpha) : 1.0;
       for (std::size_t c = 0; c < wanted.color.size(); ++c) {
         const double difference = std::abs(made.color[c] - wanted.color[c]) * weight;

@@ -1,5 +1,5 @@
-// The slow truth of flattening: the whole canvas, node by node, in double precision. An isolated folder
-// gets a picture of its own, rounded to the format that its temporary has.
+// A slow reference for flattening: the whole canvas, node by node, in double precision. An isolated folder
+// gets an image of its own, rounded to its temporary's format.
 #pragma once
 
 #include <vector>
@@ -9,13 +9,13 @@
 
 namespace orvanel::test {
 
-/// Row by row.
+/// Pixels in row order.
 using Picture = std::vector<twin::Pixel>;
 
 [[nodiscard]] Picture flattenReference(const Document& document);
 
-/// The largest excess of any channel over what it may differ from the truth; at most 0 when all agree.
-/// `slack` widens the tolerance, in units of the format's own rounding.
+/// The largest amount by which any channel exceeds its permitted deviation from the reference; at most 0 if
+/// all agree. `slack` widens the tolerance, in units of the format's rounding.
 [[nodiscard]] double largestExcess(const Surface& composite, const Picture& truth, double slack);
 
 }  // namespace orvanel::test

@@ -1,4 +1,4 @@
-// Edits that may need more memory than there is: they don't begin, say so, and leave everything as it was.
+// Edits refused for lack of memory: they don't begin, report the refusal, and leave everything unchanged.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -24,7 +24,10 @@ const std::vector<Command> commands{
     {"fillUnderASelection", [](Document& d) { d.fillSelection(DisplayColor::black()); }},
     {"imageSize", [](Document& d) { d.resizeImage(300, 260, ResampleMethod::bicubic); }},
     {"canvasSize", [](Document& d) { d.resizeCanvas(300, 260, 0, 0); }},
-    {"crop", [](Document& d) { d.crop({1, 2, 90, 80}, QStringLiteral("Crop")); }},
+    {"crop",
+     [](Document& d) {
+       d.crop({1, 2, 90, 80}, QStringLiteral("Crop"));
+     }},
     {"colorMode", [](Document& d) { d.changeColorMode(ColorMode::rgb8); }},
     {"applyMask", [](Document& d) { d.applyLayerMask(d.activeLayer()); }},
     {"paste", [](Document& d) { d.pastePixels(d.copyPixels().value()); }},
@@ -45,7 +48,7 @@ class RefusedEditTest : public testing::TestWithParam<std::size_t> {
   DocumentPtr document = makeRandomDocument(ColorMode::rgb16, random);
 };
 
-TEST_P(RefusedEditTest, LeavesEverythingAsItWasAndSaysSo) {
+TEST_P(RefusedEditTest, LeavesEverythingUnchangedAndReportsTheRefusal) {
   TextureSnapshot::waitForCompression();
   const PixelState before = pixelState(*document);
   const SelectionState selectionBefore = selectionState(*document);
@@ -64,7 +67,7 @@ TEST_P(RefusedEditTest, LeavesEverythingAsItWasAndSaysSo) {
 INSTANTIATE_TEST_SUITE_P(Commands, RefusedEditTest, testing::Range<std::size_t>(0, commands.size()),
                          [](const auto& tested) { return commands[tested.param].name; });
 
-TEST(RefusedEdits, WhatTakesNoMemoryIsNeverRefused) {
+TEST(RefusedEdits, EditsThatNeedNoMemoryAreNeverRefused) {
   const DocumentPtr document = makeDocument(2000, 1500);
   const ScopedMemoryLimit limit(0);
   const ChangeRecorder changes(*document);

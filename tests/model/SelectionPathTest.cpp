@@ -7,14 +7,14 @@
 namespace orvanel {
 namespace {
 
-TEST(SelectionPathTest, BeginsOpenEmptyAndWithoutAShape) {
+TEST(SelectionPathTest, IsInitiallyOpenEmptyAndWithoutAShape) {
   const SelectionPath path;
   EXPECT_TRUE(path.points.empty());
   EXPECT_FALSE(path.isClosed);
   EXPECT_TRUE(std::holds_alternative<SelectionPath::Polygon>(path.shapeHint));
 }
 
-TEST(SelectionPathTest, RectangleGoesRoundFromItsOriginWithoutCurves) {
+TEST(SelectionPathTest, RectangleStartsAtItsOriginAndHasNoCurves) {
   const SelectionPath path = SelectionPath::rect(3.5, -2.0, 10.0, 4.25);
   ASSERT_EQ(path.points.size(), 4U);
   EXPECT_EQ(path.points[0].position, QPointF(3.5, -2.0));
@@ -29,7 +29,7 @@ TEST(SelectionPathTest, RectangleGoesRoundFromItsOriginWithoutCurves) {
   EXPECT_EQ(path.shapeHint, SelectionPath::ShapeHint(SelectionPath::Rect{{3.5, -2.0}, {10.0, 4.25}}));
 }
 
-TEST(SelectionPathTest, EllipseGoesRoundFromItsTop) {
+TEST(SelectionPathTest, EllipseStartsAtItsTop) {
   constexpr double k = 0.5522847498;
   const SelectionPath path = SelectionPath::ellipse(10.0, 20.0, 4.0, 3.0);
   const std::vector<BezierPoint> expected{
@@ -43,7 +43,7 @@ TEST(SelectionPathTest, EllipseGoesRoundFromItsTop) {
   EXPECT_EQ(path.shapeHint, SelectionPath::ShapeHint(SelectionPath::Ellipse{{10.0, 20.0}, {4.0, 3.0}}));
 }
 
-TEST(SelectionPathTest, EllipseStaysWithinThreeHundredthsOfAPercentOfTheTruth) {
+TEST(SelectionPathTest, EllipseIsAccurateToThreeHundredthsOfAPercent) {
   const SelectionPath path = SelectionPath::ellipse(0.0, 0.0, 1.0, 1.0);
   for (std::size_t i = 0; i < 4; ++i) {
     const BezierPoint& from = path.points[i];

@@ -28,7 +28,7 @@ class SelectionTest : public testing::Test {
   std::shared_ptr<Selection> selection = Selection::create(width, height, context);
 };
 
-TEST_F(SelectionTest, BeginsWithNothingSelected) {
+TEST_F(SelectionTest, IsInitiallyEmpty) {
   ASSERT_NE(selection, nullptr);
   EXPECT_EQ(selection->maskTexture->width, width);
   EXPECT_EQ(selection->maskTexture->height, height);
@@ -37,7 +37,7 @@ TEST_F(SelectionTest, BeginsWithNothingSelected) {
   EXPECT_EQ(selection->flags(), none);
 }
 
-TEST_F(SelectionTest, IsNotMadeWithoutASurface) {
+TEST_F(SelectionTest, CannotBeMadeWithoutASurface) {
   const tileMemory::ScopedSurfaceFailure failure(0);
   EXPECT_EQ(Selection::create(width, height, context), nullptr);
 }
@@ -58,7 +58,7 @@ TEST_F(SelectionTest, SelectsAllAndClears) {
   EXPECT_EQ(selection->flags(), none);
 }
 
-TEST_F(SelectionTest, InvertingNoneGivesAllAndAllGivesNone) {
+TEST_F(SelectionTest, InvertSwapsNoneAndAll) {
   selection->invert(context);
   EXPECT_TRUE(isFilledWith(1.0F));
   EXPECT_EQ(selection->flags(), all);
@@ -67,7 +67,7 @@ TEST_F(SelectionTest, InvertingNoneGivesAllAndAllGivesNone) {
   EXPECT_EQ(selection->flags(), none);
 }
 
-TEST_F(SelectionTest, InvertingAPartialSelectionLeavesItPartial) {
+TEST_F(SelectionTest, APartialSelectionStaysPartialWhenInverted) {
   selection->setRect({2, 3, 10, 5}, 0.0F, context);
   selection->invert(context);
   EXPECT_EQ(selection->flags(), partial);
@@ -106,7 +106,7 @@ TEST_F(SelectionTest, OnePixelLessThanTheCanvasIsPartial) {
   }
 }
 
-TEST_F(SelectionTest, ARectangleBeyondTheCanvasIsPartialThoughItCoversEverything) {
+TEST_F(SelectionTest, ARectangleBeyondTheCanvasIsPartialAlthoughItCoversEverything) {
   selection->setRect({0, 0, width + 1, height}, 0.0F, context);
   EXPECT_EQ(selection->flags(), partial);
   EXPECT_TRUE(isFilledWith(1.0F));
@@ -124,7 +124,7 @@ TEST_F(SelectionTest, ARectangleWithoutAreaSelectsNothing) {
 TEST_F(SelectionTest, FeatherBlursTheEdgeWithASigmaOfHalfItsRadius) {
   selection->setRect({0, 0, 15, height}, 4.0F, context);
   EXPECT_EQ(selection->flags(), partial);
-  // Edges that touch the canvas don't fade, so each row is the Gaussian's integral across the edge at 15.
+  // Edges at the canvas border don't fade, so each row is the Gaussian's integral across the edge at 15.
   for (int x = 0; x < width; ++x) {
     const double distance = 15.0 - (x + 0.5);
     const double expected = 0.5 * (1.0 + std::erf(distance / (2.0 * std::sqrt(2.0))));
@@ -133,13 +133,13 @@ TEST_F(SelectionTest, FeatherBlursTheEdgeWithASigmaOfHalfItsRadius) {
   }
 }
 
-TEST_F(SelectionTest, FeatherOfTheWholeCanvasLeavesItFull) {
+TEST_F(SelectionTest, FeatheringTheWholeCanvasLeavesItFull) {
   selection->setRect({0, 0, width, height}, 5.0F, context);
   EXPECT_EQ(selection->flags(), all);
   EXPECT_TRUE(isFilledWith(1.0F));
 }
 
-TEST_F(SelectionTest, EllipseIsSolidInsideEmptyOutsideAndCoversItsArea) {
+TEST_F(SelectionTest, EllipseIsSolidInsideEmptyOutsideAndHasTheRightArea) {
   selection->selectAll(context);
   selection->setEllipse(15.0F, 10.0F, 9.0F, 6.0F, 0.0F, context);
   EXPECT_EQ(selection->flags(), partial);
@@ -189,7 +189,7 @@ TEST_F(SelectionTest, PolygonReplacesTheMask) {
   EXPECT_EQ(at(13, 3), 0.0F);
 }
 
-TEST_F(SelectionTest, WhereAPolygonOverlapsItselfItIsOutside) {
+TEST_F(SelectionTest, OverlapsWithinAPolygonAreOutside) {
   const std::array<PolygonPoint, 10> twice{{{0.0F, 0.0F},
                                             {20.0F, 0.0F},
                                             {20.0F, 20.0F},
@@ -205,7 +205,7 @@ TEST_F(SelectionTest, WhereAPolygonOverlapsItselfItIsOutside) {
   EXPECT_EQ(at(10, 10), 0.0F);
 }
 
-TEST_F(SelectionTest, APolygonOverTheCanvasIsStillPartial) {
+TEST_F(SelectionTest, APolygonOverTheWholeCanvasIsStillPartial) {
   const std::array<PolygonPoint, 4> around{{{-5.0F, -5.0F}, {50.0F, -5.0F}, {50.0F, 50.0F}, {-5.0F, 50.0F}}};
   selection->setPolygon(around, context);
   EXPECT_EQ(selection->flags(), partial);
@@ -249,7 +249,7 @@ TEST_F(SelectionTest, NoPointOutsideTheCanvasIsSelected) {
   EXPECT_FALSE(selection->isPointSelected(0, -1));
 }
 
-TEST_F(SelectionTest, FlagsAreReadOffTheMaskAfterAKernelWroteIt) {
+TEST_F(SelectionTest, FlagsAreDerivedFromTheMaskAfterAKernelWroteIt) {
   Surface& contents = writable(selection->maskTexture->texture);
   const auto flagsOf = [&](const Surface& now) {
     contents = now;

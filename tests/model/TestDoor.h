@@ -1,5 +1,5 @@
-// Lets tests set up states that no command leads to. Nothing outside the model can write like this, and
-// nothing tells observers of it.
+// Lets tests set up states that no command produces. Code outside the model can't write like this, and
+// observers aren't notified.
 #pragma once
 
 #include <memory>
@@ -23,17 +23,17 @@ inline Surface& writable(const ConstTexture& surface) {
   return const_cast<Surface&>(*surface);
 }
 
-/// The document's selection for writing; it has one.
+/// The document's selection for writing; it must exist.
 inline Selection& writableSelection(const Document& document) {
   return const_cast<Selection&>(*document.selection.value());
 }
 
-/// Takes a node out of the tree without a record; nothing when it isn't there.
+/// Removes a node from the tree without a record; does nothing if it isn't there.
 inline std::optional<LayerNode> detach(Document& document, const QUuid& nodeID) {
   return DocumentEdit(document, editKind::state).removeNode(nodeID);
 }
 
-/// Puts a node into the tree without a record.
+/// Inserts a node into the tree without a record.
 inline void attach(Document& document, const LayerNode& node, const TreePosition& position) {
   DocumentEdit(document, editKind::state).insertNode(node, position);
 }

@@ -9,14 +9,14 @@
 namespace orvanel {
 namespace {
 
-TEST(ToolTest, StandsInPaletteOrder) {
+TEST(ToolTest, AreInPaletteOrder) {
   ASSERT_EQ(allTools.size(), 12U);
   for (std::size_t i = 0; i < allTools.size(); ++i) EXPECT_EQ(static_cast<std::size_t>(allTools[i]), i);
   EXPECT_EQ(rawValue(allTools.front()), "hand");
   EXPECT_EQ(rawValue(allTools.back()), "freeTransform");
 }
 
-TEST(ToolTest, HasItsOwnIdentityNameAndIcon) {
+TEST(ToolTest, HaveTheirOwnIdentityNameAndIcon) {
   std::set<QString> identities;
   std::set<QString> titles;
   std::set<QString> icons;
@@ -33,7 +33,7 @@ TEST(ToolTest, HasItsOwnIdentityNameAndIcon) {
   EXPECT_EQ(iconName(Tool::polygonalLassoSelect), "skew");
 }
 
-TEST(ToolTest, TipShowsTheLetterInParentheses) {
+TEST(ToolTest, ToolTipShowsTheLetterInParentheses) {
   EXPECT_EQ(toolTip(Tool::move), "Move (V)");
   EXPECT_EQ(toolTip(Tool::ellipseSelect), "Ellipse Select (M)");
 }

@@ -7,11 +7,12 @@
 namespace orvanel::test {
 namespace {
 
-/// Copies the bytes of these tiles alone. A surface of another kind is begun anew.
+/// Copies the bytes of these tiles only. A surface of another size or format is replaced.
 void copyTiles(const Surface& from, const std::vector<int>& tiles, std::optional<Surface>& to) {
   const bool isAlike = to && to->format() == from.format() && to->bounds() == from.bounds();
   if (!isAlike) {
-    EXPECT_EQ(tiles.size(), static_cast<std::size_t>(from.tileCount())) << "all of a new surface is new";
+    EXPECT_EQ(tiles.size(), static_cast<std::size_t>(from.tileCount()))
+        << "all tiles of a new surface are new";
     to.emplace(from.format(), from.width(), from.height());
   }
   std::vector<std::byte> rows(from.tileBytes());
@@ -251,7 +252,7 @@ DocumentMirror::View DocumentMirror::viewOf(const Document& document) {
           .channels = document.channelVisibility.value()};
 }
 
-// Comparing.
+// Comparison.
 
 std::string DocumentMirror::nodeDifference(const LayerNode& real, const Node& node) const {
   if (node.isFolder != (real.folder() != nullptr)) return "kind";
@@ -290,7 +291,8 @@ std::string DocumentMirror::nodesDifference(const LayerNodeList& nodes, const st
 }
 
 std::string DocumentMirror::difference() const {
-  if (width_ != followed_.canvasWidth.value() || height_ != followed_.canvasHeight.value()) return "canvas size";
+  if (width_ != followed_.canvasWidth.value() || height_ != followed_.canvasHeight.value())
+    return "canvas size";
   if (mode_ != followed_.colorMode.value()) return "colour mode";
   if (const std::string found = nodesDifference(followed_.rootNodes.value(), roots_); !found.empty()) {
     return found;

@@ -1,5 +1,5 @@
-// A second document, built from nothing but the first one's stream of changes and from reading what the changes
-// name. Whatever changes without being told makes the two differ.
+// A second document, built only from the first one's stream of changes and the state these changes refer to.
+// Any unreported change makes the two differ.
 #pragma once
 
 #include <cstddef>
@@ -15,12 +15,12 @@ namespace orvanel::test {
 
 class DocumentMirror {
  public:
-  /// Begins with the whole document and follows it for as long as both live.
+  /// Begins with the whole document and follows it while both live.
   explicit DocumentMirror(const Document& followed);
   DocumentMirror(const DocumentMirror&) = delete;
   DocumentMirror& operator=(const DocumentMirror&) = delete;
 
-  /// What differs first from the document as it stands, or nothing.
+  /// The first difference from the document's current state; empty if there is none.
   [[nodiscard]] std::string difference() const;
   [[nodiscard]] std::size_t changes() const { return changes_; }
 

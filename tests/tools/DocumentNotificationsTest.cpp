@@ -1,5 +1,4 @@
-// What a document's changes mean in the vocabulary of notifications: each once an edit, none without a
-// change.
+// How a document's changes become notifications: each is posted once per edit, and none without a change.
 #include "tools/DocumentNotifications.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +26,7 @@ class DocumentNotificationsTest : public testing::Test {
   [[nodiscard]] std::shared_ptr<Layer> layer(const char* name) const {
     return test::nodeNamed(*document, QString::fromUtf8(name)).layer();
   }
-  /// As after every thumbnail was made.
+  /// Clears all dirty marks, as making the thumbnails does.
   void thumbnailsAreMade() const {
     for (const std::shared_ptr<Layer>& each : document->allLayers()) {
       put(each->thumbnailDirty, false);
@@ -51,7 +50,7 @@ class DocumentNotificationsTest : public testing::Test {
   PostCounter undoRedoPerformed{notification::undoRedoPerformed};
 };
 
-TEST_F(DocumentNotificationsTest, AnotherActiveNodeIsPostedOnce) {
+TEST_F(DocumentNotificationsTest, ANewActiveNodeIsPostedOnce) {
   document->selectNode(idOf("Folder"));
   expectPosts(1, 0, 0);
   document->selectNode(std::nullopt);
@@ -63,14 +62,14 @@ TEST_F(DocumentNotificationsTest, TheSameActiveNodeIsNotPosted) {
   expectPosts(0, 0, 0);
 }
 
-TEST_F(DocumentNotificationsTest, ACommandThatMovesTheActiveNodePostsOnce) {
+TEST_F(DocumentNotificationsTest, ACommandThatChangesTheActiveNodePostsOnce) {
   document->addLayer(QStringLiteral("New"));
   expectPosts(1, 0, 0);
   document->removeNode(idOf("New"));
   expectPosts(1, 0, 0);
 }
 
-TEST_F(DocumentNotificationsTest, SwitchingBetweenPixelsAndMaskIsAChangeOfTheActiveLayer) {
+TEST_F(DocumentNotificationsTest, SwitchingBetweenPixelsAndMaskChangesTheActiveLayer) {
   const std::shared_ptr<Layer> deep = layer("Deep");
   test::addMask(*deep);
   document->setMaskSelected(deep->id, true);
@@ -81,7 +80,7 @@ TEST_F(DocumentNotificationsTest, SwitchingBetweenPixelsAndMaskIsAChangeOfTheAct
   expectPosts(1, 0, 0);
 }
 
-TEST_F(DocumentNotificationsTest, AnEditThatOutdatesThumbnailsPostsOnce) {
+TEST_F(DocumentNotificationsTest, AnEditThatInvalidatesThumbnailsPostsOnce) {
   thumbnailsAreMade();
   document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
   expectPosts(0, 1, 0);
@@ -93,7 +92,7 @@ TEST_F(DocumentNotificationsTest, AnEditOfSeveralLayersPostsThumbnailsOnce) {
   expectPosts(0, 1, 0);
 }
 
-TEST_F(DocumentNotificationsTest, ThumbnailsThatAreOutOfDateAlreadyAreNotPostedAgain) {
+TEST_F(DocumentNotificationsTest, StaleThumbnailsAreNotPostedAgain) {
   thumbnailsAreMade();
   document->invertActive();
   expectPosts(0, 1, 0);
@@ -110,7 +109,7 @@ TEST_F(DocumentNotificationsTest, UndoAndRedoArePostedOnceEach) {
   expectPosts(0, 0, 1);
 }
 
-TEST_F(DocumentNotificationsTest, AStepWithNothingToDoIsPostedAsWell) {
+TEST_F(DocumentNotificationsTest, AStepWithNothingToDoIsAlsoPosted) {
   const DocumentPtr fresh = test::makeDocument();
   const DocumentNotifications ofFresh(*fresh);
   fresh->undo();
@@ -119,7 +118,7 @@ TEST_F(DocumentNotificationsTest, AStepWithNothingToDoIsPostedAsWell) {
   expectPosts(0, 0, 1);
 }
 
-TEST_F(DocumentNotificationsTest, AnUndoPostsEverythingItBringsBackOnce) {
+TEST_F(DocumentNotificationsTest, AnUndoPostsEachNotificationOnce) {
   document->removeNode(idOf("Deep"));
   expectPosts(1, 0, 0);
   document->undo();
@@ -139,7 +138,7 @@ TEST_F(DocumentNotificationsTest, OtherChangesPostNothing) {
   expectPosts(0, 0, 0);
 }
 
-TEST_F(DocumentNotificationsTest, NothingIsPostedOnceTheyAreGone) {
+TEST_F(DocumentNotificationsTest, NothingIsPostedAfterDestruction) {
   notifications = nullptr;
   document->selectNode(std::nullopt);
   document->undo();

@@ -46,7 +46,7 @@ void collectParents(const LayerNodeList& nodes, const std::optional<QUuid>& pare
   }
 }
 
-/// Readable in failures.
+/// A text for failure messages.
 std::string textOf(const std::optional<QUuid>& id) {
   return id ? uuidText(*id).toStdString() : "none";
 }
@@ -162,9 +162,9 @@ void HistoryOracle::expectPosition(const Document& document) const {
   EXPECT_EQ(history.redoActionName(), nameAt(index_ + 1));
 }
 
-/// New nodes are active until they are undone, moved ones after either step. A removed one is active again
-/// once it is back; without it, what the command chose, unless its list is empty: then what was active
-/// before.
+/// A new node is active until its insertion is undone; a moved node is active after either step. After
+/// undoing a removal, the removed node is active; after redoing it, the node that the command chose or, if
+/// the list became empty, the node that was active before.
 std::optional<HistoryOracle::ActiveNodes> HistoryOracle::activeNodesOf(const QString& name,
                                                                        const CommandFacts& facts,
                                                                        const DocumentState& now,
@@ -190,7 +190,7 @@ bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& 
                  [](const auto& record, const Step& step) { return record == step.record.lock(); });
   if (isSame) {
     expectUnchanged(document);
-    // The user chooses nodes and targets, opens folders and switches masks beside the history.
+    // The user activates nodes, selects targets, expands folders and switches masks without records.
     active_ = activeNow;
     unrecorded_.accept(document);
     return false;
@@ -205,8 +205,8 @@ bool HistoryOracle::recordCommand(const Document& document, const CommandFacts& 
   step.selectionBefore = selection_;
   step.selectionAfter = SelectionState::of(document);
   if (step.kind == RecordKind::selection) {
-    EXPECT_EQ(now->outline, states_.back()->outline) << "a selection changes nothing else";
-    EXPECT_TRUE(now->pixels == states_.back()->pixels) << "a selection changes nothing else";
+    EXPECT_EQ(now->outline, states_.back()->outline) << "a selection command changes nothing else";
+    EXPECT_TRUE(now->pixels == states_.back()->pixels) << "a selection command changes nothing else";
   } else {
     const SelectionState expected = step.kind == RecordKind::canvas ? SelectionState{} : selection_;
     EXPECT_TRUE(step.selectionAfter == expected) << "the selection differs";

@@ -1,5 +1,5 @@
-// A plain model of a document's history: a deep copy of the document for every position, and what the
-// selection must be. Tests compare a document with it after every step.
+// A simple model of a document's history: a deep copy of the document for every position, and the expected
+// selection. Tests compare a document with it after every step.
 #pragma once
 
 #include <QStringList>
@@ -14,7 +14,7 @@
 
 namespace orvanel::test {
 
-/// Everything that the history of pixels, masks and tree must bring back, as plain values.
+/// Everything that pixel, mask and tree records must restore, as plain values.
 struct DocumentState {
   /// Canvas, mode, and every node in order with its identity and properties.
   QString outline;
@@ -27,27 +27,27 @@ struct DocumentState {
   friend bool operator==(const DocumentState&, const DocumentState&) = default;
 };
 
-/// A missing selection is the same as an empty one.
+/// A missing selection equals an empty one.
 struct SelectionState {
   bool hasSelection = false;
   bool isFullSelection = false;
-  /// Empty when all is zero.
+  /// Empty if all values are zero.
   std::vector<std::byte> mask;
 
   [[nodiscard]] static SelectionState of(const Document& document);
   friend bool operator==(const SelectionState&, const SelectionState&) = default;
 };
 
-/// What no record keeps and no step may change: it stays with its node, or its mask, through all of history.
+/// State that isn't recorded and no step may change: it stays with its node or mask throughout the history.
 class UnrecordedState {
  public:
   explicit UnrecordedState(const Document& document) { accept(document); }
 
-  /// Takes things as they stand, after the user has changed them.
+  /// Accepts the current state, after the user has changed it.
   void accept(const Document& document) { follow(document, Change::allowed); }
-  /// Nothing known has changed; what is new is taken as it stands.
+  /// Expects all known values to be unchanged, and adopts new ones.
   void expectUnchanged(const Document& document) { follow(document, Change::none); }
-  /// The layer has lost its mask: edits go to its pixels.
+  /// The layer has lost its mask, so edits go to its pixels.
   void maskHasGone(const QUuid& layerID) { editsMask_[layerID] = false; }
 
  private:
@@ -61,20 +61,20 @@ class UnrecordedState {
 
   std::map<QUuid, bool> isExpanded_;  ///< by folder
   std::map<QUuid, bool> editsMask_;   ///< by layer
-  std::map<QUuid, bool> isEnabled_;   ///< by the first mask of a line
-  /// A change of the canvas gives a layer another mask object, which stands for the one before.
+  std::map<QUuid, bool> isEnabled_;   ///< by the first mask in a chain of replacements
+  /// A change of the canvas replaces a layer's mask object; the new one continues the old one's state.
   std::map<QUuid, QUuid> firstOfLine_;  ///< by mask
   std::map<QUuid, QUuid> attached_;     ///< the mask of each layer in the tree
 };
 
-/// What a record touches, which decides what a step over it does to the selection.
+/// What a record changes; determines how a step over it affects the selection.
 enum class RecordKind { contents, selection, canvas };
 
-/// What a document's state alone doesn't tell of a command.
+/// Facts about a command that the document's state alone doesn't reveal.
 struct CommandFacts {
-  /// The command changed the opacity of this node, which merges with a last record that did the same.
+  /// The node whose opacity the command changed. The record merges with a previous one for the same node.
   std::optional<QUuid> opacityNode;
-  /// The command moved this node.
+  /// The node that the command moved.
   std::optional<QUuid> movedNode;
 };
 
@@ -82,9 +82,9 @@ class HistoryOracle {
  public:
   explicit HistoryOracle(const Document& document);
 
-  /// Follows a command that has just run: the document must have gained one record (or merged it into the
-  /// last), lost its redo tail and perhaps its oldest records; or nothing at all must have happened.
-  /// Returns whether there is a new record.
+  /// Checks a command that has just run: either it added one record (or merged it into the last one), dropped
+  /// the redo tail and possibly evicted the oldest records, or nothing happened at all. Returns whether there
+  /// is a new record.
   bool recordCommand(const Document& document, const CommandFacts& facts);
   void undo(const Document& document);
   void redo(const Document& document);
@@ -95,21 +95,21 @@ class HistoryOracle {
  private:
   using NodeID = std::optional<QUuid>;
   enum class Direction { undo, redo };
-  /// Which node is active after steps over a record that decides it.
+  /// The active nodes after undo and redo of a record that determines them.
   struct ActiveNodes {
     NodeID afterUndo;
     NodeID afterRedo;
   };
 
   struct Step {
-    /// Not kept alive: an evicted record that lived on would share in the bytes of those that stay.
+    /// Weak, because an evicted record kept alive would share in the cost of those that remain.
     std::weak_ptr<UndoableOperation> record;
     QString name;
     RecordKind kind = RecordKind::contents;
     SelectionState selectionBefore;
     SelectionState selectionAfter;
     std::optional<QUuid> opacityNode;
-    /// Nothing for a record that leaves the active node alone.
+    /// None for a record that doesn't affect the active node.
     std::optional<ActiveNodes> activeNodes;
     /// The layer whose mask the record attaches or detaches.
     NodeID maskedLayer;
@@ -127,7 +127,7 @@ class HistoryOracle {
                                                          const NodeID& activeNow) const;
 
   std::deque<Step> steps_;
-  States states_;  ///< one more than steps; `states_[i]` stands after i steps
+  States states_;  ///< one more than steps; `states_[i]` is the state after i steps
   SelectionState selection_;
   NodeID active_;
   UnrecordedState unrecorded_;

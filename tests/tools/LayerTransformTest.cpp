@@ -37,11 +37,11 @@ class LayerTransforms : public testing::TestWithParam<ColorMode> {
   std::optional<Surface> before;
 };
 
-TEST_P(LayerTransforms, BeginsWithTheBoxOfTheContent) {
+TEST_P(LayerTransforms, ContentRectIsTheBoundsOfTheContent) {
   EXPECT_EQ(begin("Move")->contentRect(), box);
 }
 
-TEST_P(LayerTransforms, AMoveShiftsWholePixelsUnderOneRecord) {
+TEST_P(LayerTransforms, AMoveShiftsByWholePixelsUnderOneRecord) {
   const std::size_t records = document->undoStack.operations().size();
   const auto move = begin("Move");
   move->translate(100, 100);
@@ -58,7 +58,7 @@ TEST_P(LayerTransforms, AMoveShiftsWholePixelsUnderOneRecord) {
   EXPECT_TRUE(layer->texture.value()->equals(after));
 }
 
-TEST_P(LayerTransforms, ContentComesBackFromBeyondTheEdgeUntilTheEnd) {
+TEST_P(LayerTransforms, ContentBeyondTheEdgeCanComeBackWhileTheTransformIsOpen) {
   const auto move = begin("Move");
   move->translate(-500, 0);
   EXPECT_EQ(content(), std::nullopt);
@@ -78,7 +78,7 @@ TEST_P(LayerTransforms, AScaleFillsTheGivenBox) {
 TEST_P(LayerTransforms, AQuarterTurnIsClockwiseAboutTheCentreOfTheBox) {
   const auto rotate = begin("Rotate");
   rotate->rotate(std::numbers::pi_v<float> / 2.0F);
-  // 12 x 6 about (16, 11) becomes 6 x 12.
+  // 12 x 6 centred at (16, 11) becomes 6 x 12.
   const PixelRect turned = content().value();
   EXPECT_NEAR(turned.x, 13, 1);
   EXPECT_NEAR(turned.y, 5, 1);
@@ -87,21 +87,21 @@ TEST_P(LayerTransforms, AQuarterTurnIsClockwiseAboutTheCentreOfTheBox) {
   EXPECT_EQ(layer->texture.value()->pixelAt(16, 8), before->pixelAt(15, 10));
 }
 
-TEST_P(LayerTransforms, AMatrixMapsForwardAndTakesRowVectors) {
+TEST_P(LayerTransforms, AMatrixMapsForwardAndActsOnRowVectors) {
   const auto transform = begin("Free Transform");
-  // x' = y, y' = x: the box with its sides exchanged.
+  // x' = y, y' = x: the box with width and height swapped.
   transform->transform(QTransform(0.0, 1.0, 1.0, 0.0, 2.0, 3.0));
   EXPECT_EQ(content(), (PixelRect{8 + 2, 10 + 3, 6, 12}));
 }
 
-TEST_P(LayerTransforms, StrongReductionsCanBeInvertedAndSingularMatricesCannot) {
+TEST_P(LayerTransforms, StrongReductionsAreInvertibleAndSingularMatricesAreNot) {
   EXPECT_TRUE(LayerTransform::canInvert(QTransform(1e-7, 0.0, 0.0, 1e-7, 3.0, 4.0)));
   EXPECT_FALSE(LayerTransform::canInvert(QTransform(1.0, 1.0, 1.0, 1.0, 0.0, 0.0)));
   EXPECT_FALSE(LayerTransform::canInvert(QTransform(0.0, 0.0, 0.0, 0.0, 0.0, 0.0)));
   EXPECT_FALSE(LayerTransform::canInvert(QTransform(1e-30, 0.0, 0.0, 1.0, 1e30, 0.0)));
 }
 
-TEST_P(LayerTransforms, WithoutADragTheRecordChangesNothing) {
+TEST_P(LayerTransforms, CommittingWithoutADragLeavesARecordThatChangesNothing) {
   const auto transform = begin("Free Transform");
   transform->commit();
   EXPECT_EQ(document->undoStack.undoActionName(), "Free Transform");
@@ -109,7 +109,7 @@ TEST_P(LayerTransforms, WithoutADragTheRecordChangesNothing) {
   EXPECT_TRUE(document->isDirty.value());
 }
 
-TEST_P(LayerTransforms, CancelPutsTheStartBackAndLeavesNoRecord) {
+TEST_P(LayerTransforms, CancelRestoresTheOriginalAndLeavesNoRecord) {
   const std::size_t records = document->undoStack.operations().size();
   const auto transform = begin("Free Transform");
   transform->rotate(1.0F);
@@ -118,7 +118,7 @@ TEST_P(LayerTransforms, CancelPutsTheStartBackAndLeavesNoRecord) {
   EXPECT_EQ(document->undoStack.operations().size(), records);
 }
 
-TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
+TEST_P(LayerTransforms, TheMaskIsTransformedIfSelected) {
   const std::shared_ptr<LayerMask> mask = addMask(*layer);
   document->context().fillRectMask(writable(mask->maskTexture->texture), {5, 5, 4, 4}, 0.0F);
   put(layer->isMaskSelected, true);
@@ -132,7 +132,7 @@ TEST_P(LayerTransforms, AMaskIsTransformedWhileItIsSelected) {
   EXPECT_EQ(document->context().selectionBounds(*mask->maskTexture->texture), (PixelRect{5, 5, 4, 4}));
 }
 
-TEST_P(LayerTransforms, ALockedLayerAFolderAndAnEmptyLayerStayAsTheyAre) {
+TEST_P(LayerTransforms, LockedLayersFoldersAndEmptyLayersAreNotTransformed) {
   put(layer->isLocked, true);
   EXPECT_EQ(begin("Move"), nullptr);
   document->addFolder(QStringLiteral("Folder"));

@@ -15,7 +15,7 @@ constexpr MagicWandSettings exact{.tolerance = 0.0F, .antialiased = false};
 
 class MagicWands : public testing::TestWithParam<ColorMode> {
  protected:
-  /// A filled rectangle on the active layer.
+  /// Fills a rectangle on the active layer.
   void paint(const PixelRect& rect, const DisplayColor& color) const {
     document->ensureSelection();
     writableSelection(*document).setRect(rect, 0.0F, document->context());
@@ -39,7 +39,7 @@ class MagicWands : public testing::TestWithParam<ColorMode> {
   static constexpr DisplayColor dark{0.2F, 0.2F, 0.2F, 1.0F};
 };
 
-TEST_P(MagicWands, SelectsWhatHangsTogetherWithTheSeed) {
+TEST_P(MagicWands, SelectsPixelsConnectedToTheSeed) {
   paint({5, 5, 4, 4}, dark);
   paint({9, 9, 4, 4}, dark);  // touches only at a corner
   press(6, 6, exact);
@@ -47,7 +47,7 @@ TEST_P(MagicWands, SelectsWhatHangsTogetherWithTheSeed) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Magic Wand");
 }
 
-TEST_P(MagicWands, SelectsAllThatIsAlikeWhenNotContiguous) {
+TEST_P(MagicWands, SelectsAllSimilarPixelsWhenNotContiguous) {
   paint({5, 5, 4, 4}, dark);
   paint({20, 20, 4, 4}, dark);
   MagicWandSettings settings = exact;
@@ -63,7 +63,7 @@ TEST_P(MagicWands, APixelUnlikeItsNeighboursIsSelectedAlone) {
   EXPECT_EQ(bounds(), (PixelRect{7, 7, 1, 1}));
 }
 
-TEST_P(MagicWands, ToleranceIsOnTheScaleOfEightBits) {
+TEST_P(MagicWands, ToleranceIsOnTheEightBitScale) {
   paint({0, 0, 20, 30}, {100.0F / 255.0F, 100.0F / 255.0F, 100.0F / 255.0F, 1.0F});
   paint({20, 0, 20, 30}, {110.0F / 255.0F, 110.0F / 255.0F, 110.0F / 255.0F, 1.0F});
   MagicWandSettings settings = exact;
@@ -76,7 +76,7 @@ TEST_P(MagicWands, ToleranceIsOnTheScaleOfEightBits) {
   EXPECT_TRUE(document->selection.value()->isFullSelection.value());
 }
 
-TEST_P(MagicWands, ModesCombineWithTheSelectionOfThePress) {
+TEST_P(MagicWands, ModesCombineWithTheSelectionAtThePress) {
   paint({0, 0, 10, 30}, dark);
   paint({10, 0, 10, 30}, {0.6F, 0.6F, 0.6F, 1.0F});
   press(3, 3, exact);
@@ -86,7 +86,7 @@ TEST_P(MagicWands, ModesCombineWithTheSelectionOfThePress) {
   EXPECT_EQ(bounds(), (PixelRect{10, 0, 10, 30}));
 }
 
-TEST_P(MagicWands, EveryChangeOfToleranceBeginsFromTheSelectionOfThePress) {
+TEST_P(MagicWands, EveryToleranceStartsFromTheSelectionAtThePress) {
   paint({0, 0, 10, 30}, dark);
   press(3, 3, exact);
   const auto wand = MagicWand::press(document, 30, 3, SelectionMode::add, exact);
@@ -109,10 +109,10 @@ TEST_P(MagicWands, SamplesTheCompositeOfAllLayers) {
   EXPECT_TRUE(document->selection.value()->isFullSelection.value()) << "the white layer beneath";
   paint({0, 0, 3, 3}, dark);
   press(1, 1, settings);
-  EXPECT_EQ(bounds(), (PixelRect{0, 0, 3, 3})) << "what has just been painted";
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 3, 3})) << "the rectangle just painted";
 }
 
-TEST_P(MagicWands, SamplesTheMaskThatIsBeingEdited) {
+TEST_P(MagicWands, SamplesTheMaskBeingEdited) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
   document->context().fillRectMask(writable(addMask(*layer)->maskTexture->texture), {3, 4, 5, 6}, 0.0F);
   put(layer->isMaskSelected, true);
@@ -120,7 +120,7 @@ TEST_P(MagicWands, SamplesTheMaskThatIsBeingEdited) {
   EXPECT_EQ(bounds(), (PixelRect{3, 4, 5, 6}));
 }
 
-TEST_P(MagicWands, WithoutMemoryForTheFloodTheSelectionOfThePressStands) {
+TEST_P(MagicWands, IfTheFloodRunsOutOfMemoryTheSelectionAtThePressIsKept) {
   document->selectAll();
   const auto wand = MagicWand::press(document, 5, 5, SelectionMode::replace, exact);
   {
@@ -132,7 +132,7 @@ TEST_P(MagicWands, WithoutMemoryForTheFloodTheSelectionOfThePressStands) {
   EXPECT_EQ(bounds(), (PixelRect{0, 0, 40, 30}));
 }
 
-TEST_P(MagicWands, NothingHappensOutsideOrOnAFolder) {
+TEST_P(MagicWands, NothingHappensOutsideTheCanvasOrOnAFolder) {
   EXPECT_EQ(MagicWand::press(document, -1, 0, SelectionMode::replace, exact), nullptr);
   EXPECT_EQ(MagicWand::press(document, 40, 0, SelectionMode::replace, exact), nullptr);
   EXPECT_EQ(MagicWand::press(document, 0, 30, SelectionMode::replace, exact), nullptr);
@@ -141,7 +141,7 @@ TEST_P(MagicWands, NothingHappensOutsideOrOnAFolder) {
   EXPECT_EQ(document->selection.value(), nullptr);
 }
 
-TEST_P(MagicWands, AntialiasingSoftensStairsAndLeavesEdgesCrisp) {
+TEST_P(MagicWands, AntialiasingSoftensStairsAndKeepsStraightEdgesCrisp) {
   paint({0, 0, 20, 30}, dark);
   MagicWandSettings settings = exact;
   settings.antialiased = true;

@@ -21,7 +21,7 @@ class NotificationCenterTest : public testing::Test {
   std::vector<std::string> log;
 };
 
-TEST_F(NotificationCenterTest, ObserversHearTheirNameInOrderOfSubscription) {
+TEST_F(NotificationCenterTest, ObserversAreCalledForTheirNameInOrderOfSubscription) {
   const Subscription first = logging("zoomIn", "first");
   const Subscription other = logging("zoomOut", "other");
   const Subscription second = logging("zoomIn", "second");
@@ -29,7 +29,7 @@ TEST_F(NotificationCenterTest, ObserversHearTheirNameInOrderOfSubscription) {
   EXPECT_THAT(log, ElementsAre("first", "second"));
 }
 
-TEST_F(NotificationCenterTest, ThePostersObjectArrives) {
+TEST_F(NotificationCenterTest, ThePostersObjectIsDelivered) {
   int received = 0;
   const Subscription subscription =
       center.observe("n", [&](const std::any& object) { received = std::any_cast<int>(object); });
@@ -37,7 +37,7 @@ TEST_F(NotificationCenterTest, ThePostersObjectArrives) {
   EXPECT_EQ(received, 7);
 }
 
-TEST_F(NotificationCenterTest, AnEndedSubscriptionIsSilent) {
+TEST_F(NotificationCenterTest, AnEndedSubscriptionIsNotCalled) {
   { const Subscription ended = logging("n", "ended"); }
   Subscription replaced = logging("n", "replaced");
   replaced = logging("n", "replacement");
@@ -45,14 +45,14 @@ TEST_F(NotificationCenterTest, AnEndedSubscriptionIsSilent) {
   EXPECT_THAT(log, ElementsAre("replacement"));
 }
 
-TEST_F(NotificationCenterTest, AMovedSubscriptionLivesOn) {
+TEST_F(NotificationCenterTest, AMovedSubscriptionStaysActive) {
   Subscription from = logging("n", "moved");
   const Subscription to = std::move(from);
   center.post("n");
   EXPECT_THAT(log, ElementsAre("moved"));
 }
 
-TEST_F(NotificationCenterTest, AHandlerMayEndItselfAndOthersInMidPost) {
+TEST_F(NotificationCenterTest, AHandlerMayEndItselfAndOthersDuringAPost) {
   std::optional<Subscription> self;
   std::optional<Subscription> later;
   self = center.observe("n", [&](const std::any&) {
@@ -67,7 +67,7 @@ TEST_F(NotificationCenterTest, AHandlerMayEndItselfAndOthersInMidPost) {
   EXPECT_THAT(log, ElementsAre("self", "last", "last"));
 }
 
-TEST_F(NotificationCenterTest, WhoSubscribesInMidPostWaitsForTheNext) {
+TEST_F(NotificationCenterTest, SubscribersAddedDuringAPostWaitForTheNext) {
   std::vector<Subscription> added;
   const Subscription adding =
       center.observe("n", [&](const std::any&) { added.push_back(logging("n", "new")); });

@@ -1,5 +1,5 @@
-// Edits that stay open, against everything that pulls the ground from under them: the document ends them first,
-// as a change of tool does, and its history stays exact.
+// Open edits against everything that changes what they depend on: the document ends them first, as a change
+// of tool does, and its history stays exact.
 #include "model/OpenEdit.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ namespace {
 
 using namespace test;
 
-/// An open edit behind one face, whatever kind it is.
+/// A common interface to every kind of open edit.
 struct Opened {
   std::function<bool()> isOpen;
   std::function<void()> show;
@@ -88,7 +88,10 @@ const std::vector<Pull> pulls{
     {"redo", [](Document& d) { d.redo(); }},
     {"imageSize", [](Document& d) { d.resizeImage(90, 80, ResampleMethod::bilinear); }},
     {"canvasSize", [](Document& d) { d.resizeCanvas(180, 170, 0, 0); }},
-    {"crop", [](Document& d) { d.crop({10, 10, 60, 50}, QStringLiteral("Crop")); }},
+    {"crop",
+     [](Document& d) {
+       d.crop({10, 10, 60, 50}, QStringLiteral("Crop"));
+     }},
     {"colorMode", [](Document& d) { d.changeColorMode(ColorMode::grayscale16); }},
     {"fill", [](Document& d) { d.fillSelection(DisplayColor::black()); }},
     {"clear", [](Document& d) { d.clearActive(); }},
@@ -111,7 +114,7 @@ class OpenEditTest : public testing::TestWithParam<Pair> {
     document->setOpacity(layer->id, 1.0F);
   }
 
-  /// Undo to the beginning and redo to the end meet the same states both ways.
+  /// Undoing to the beginning and redoing to the end must pass through the same states.
   void expectExactHistory() const {
     const auto walk = [this](void (Document::*step)(), std::int64_t end) {
       std::vector<PixelState> states{pixelState(*document)};
@@ -123,7 +126,7 @@ class OpenEditTest : public testing::TestWithParam<Pair> {
     };
     const auto last = std::ssize(document->undoStack.operations()) - 1;
     while (document->undoStack.currentIndex.value() < last) document->redo();
-    // The first record adds the layer whose pixels no record has.
+    // Stop at the first record: it adds the layer, whose initial pixels aren't recorded.
     const std::vector<PixelState> back = walk(&Document::undo, 0);
     const std::vector<PixelState> forth = walk(&Document::redo, last);
     ASSERT_EQ(back.size(), forth.size());
@@ -136,7 +139,7 @@ class OpenEditTest : public testing::TestWithParam<Pair> {
   DocumentPtr document = makeRandomDocument(ColorMode::rgb16, random);
 };
 
-TEST_P(OpenEditTest, EndsBeforeItsGroundGoes) {
+TEST_P(OpenEditTest, EndsBeforeWhatItDependsOnChanges) {
   const auto& [opening, pull] = GetParam();
   const Opened edit = openings[opening].begin(document);
   edit.show();
@@ -144,19 +147,20 @@ TEST_P(OpenEditTest, EndsBeforeItsGroundGoes) {
   const std::int64_t records = recordCount(*document);
   pulls[pull].command(*document);
   EXPECT_FALSE(edit.isOpen());
-  EXPECT_GE(std::ssize(document->undoStack.operations()), records) << "what it showed is kept under a record";
+  EXPECT_GE(std::ssize(document->undoStack.operations()), records) << "its result is kept under a record";
 
   const PixelState settled = pixelState(*document);
   const std::int64_t settledRecords = recordCount(*document);
   edit.show();
   edit.keep();
-  EXPECT_EQ(difference(pixelState(*document), settled), "") << "a closed edit changes nothing any more";
+  EXPECT_EQ(difference(pixelState(*document), settled), "") << "a closed edit has no further effect";
   EXPECT_EQ(recordCount(*document), settledRecords);
   expectExactHistory();
 }
 
 INSTANTIATE_TEST_SUITE_P(Pairs, OpenEditTest,
-                         testing::Combine(testing::Range<std::size_t>(0, 5), testing::Range<std::size_t>(0, 12)),
+                         testing::Combine(testing::Range<std::size_t>(0, 5),
+                                          testing::Range<std::size_t>(0, 12)),
                          [](const testing::TestParamInfo<Pair>& tested) {
                            return openings[std::get<0>(tested.param)].name + "And" +
                                   pulls[std::get<1>(tested.param)].name;
@@ -164,7 +168,7 @@ INSTANTIATE_TEST_SUITE_P(Pairs, OpenEditTest,
 
 class OpenEdits : public OpenEditTest {};
 
-TEST_F(OpenEdits, WhatStandsOnNothingThatGoesStaysOpen) {
+TEST_F(OpenEdits, AnEditUnaffectedByOtherCommandsStaysOpen) {
   LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
   levels.apply({.blackPoint = 30.0F});
   const QUuid layer = *document->selectedNodeID.value();
@@ -179,7 +183,7 @@ TEST_F(OpenEdits, WhatStandsOnNothingThatGoesStaysOpen) {
   EXPECT_EQ(document->undoStack.undoActionName(), QStringLiteral("Levels"));
 }
 
-TEST_F(OpenEdits, ACommandOnTheSelectionEndsItsGesture) {
+TEST_F(OpenEdits, ACommandOnTheSelectionEndsASelectionGesture) {
   SelectionGesture gesture(document, QStringLiteral("Ellipse Select"));
   gesture.selectShape(SelectionMode::replace, [&](Selection& shape) {
     shape.setEllipse(40.0F, 40.0F, 20.0F, 20.0F, 0.0F, document->context());
@@ -188,12 +192,12 @@ TEST_F(OpenEdits, ACommandOnTheSelectionEndsItsGesture) {
   EXPECT_FALSE(gesture.isOpen());
   document->undo();
   EXPECT_TRUE(document->selection.value()->hasSelection.value());
-  EXPECT_FALSE(document->selection.value()->isFullSelection.value()) << "the ellipse";
+  EXPECT_FALSE(document->selection.value()->isFullSelection.value()) << "the ellipse is restored";
   document->undo();
   EXPECT_FALSE(document->selection.value()->hasSelection.value());
 }
 
-TEST_F(OpenEdits, OneThatShowedNothingLeavesNoRecord) {
+TEST_F(OpenEdits, AnEditThatShowedNothingLeavesNoRecord) {
   const std::int64_t records = recordCount(*document);
   const PixelState before = pixelState(*document);
   const LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
@@ -208,7 +212,7 @@ TEST_F(OpenEdits, OneThatShowedNothingLeavesNoRecord) {
   EXPECT_EQ(difference(pixelState(*document), before), "");
 }
 
-TEST_F(OpenEdits, UndoTakesBackWhatAnOpenEditShows) {
+TEST_F(OpenEdits, UndoRevertsWhatAnOpenEditShows) {
   const PixelState before = pixelState(*document);
   LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
   levels.apply({.blackPoint = 100.0F});

@@ -1,4 +1,4 @@
-// Counts the posts of one name while it lives.
+// Counts the posts of one notification while it lives.
 #pragma once
 
 #include <any>

@@ -56,8 +56,8 @@ void moveIntoFolder(RandomCommands& c) {
   c.document().moveNode(node->id(), target->id());
 }
 
-/// To the root, into a folder, or, where the other node is a layer or goes along with this one, to the root
-/// again.
+/// Moves to the root or into a folder. A layer as the parent means the root; a parent inside the node means
+/// no move.
 void moveToIndex(RandomCommands& c) {
   const auto node = c.anyNode();
   const auto parent = c.anyNode();
@@ -67,7 +67,7 @@ void moveToIndex(RandomCommands& c) {
   c.document().moveNode(node->id(), parentID, c.below(6) - 1);
 }
 
-/// Shows or hides some nodes at once, as a drag over the list of layers does.
+/// Shows or hides several nodes at once, as dragging over the layer list does.
 void showOrHideMany(RandomCommands& c) {
   std::vector<QUuid> nodeIDs;
   forEachNode(c.document().rootNodes.value(), [&](const LayerNode& node) {
@@ -172,7 +172,7 @@ bool hasRoom(const RandomCommands& c) {
   return c.document().layerCount() < mostLayers;
 }
 
-// Names that are told in failures, and how often a command is drawn.
+// Names, shown in failures, and relative frequencies of the commands.
 struct Entry {
   std::string_view name;
   int weight;
@@ -205,7 +205,8 @@ constexpr std::array table{
           }},
     Entry{"edit mask", 4,
           [](RandomCommands& c) {
-            onActiveLayer(c, [&](const auto& layer) { c.document().setMaskSelected(layer->id, c.below(2) == 0); });
+            onActiveLayer(
+                c, [&](const auto& layer) { c.document().setMaskSelected(layer->id, c.below(2) == 0); });
           }},
     Entry{"opacity", 4,
           [](RandomCommands& c) {
@@ -263,10 +264,7 @@ constexpr std::array table{
           [](RandomCommands& c) {
             onActiveLayer(c, [&](const auto& layer) { c.document().selectLayerTransparency(*layer); });
           }},
-    Entry{"select channel", 1,
-          [](RandomCommands& c) {
-            c.document().selectChannel(c.below(4));
-          }},
+    Entry{"select channel", 1, [](RandomCommands& c) { c.document().selectChannel(c.below(4)); }},
     Entry{"select mask", 1,
           [](RandomCommands& c) {
             onActiveLayer(c, [&](const auto& layer) {
@@ -298,10 +296,7 @@ constexpr std::array table{
             c.document().resizeCanvas(side(c), side(c), c.below(3) - 1, c.below(3) - 1);
           }},
     Entry{"crop", 1, [](RandomCommands& c) { c.document().cropToSelection(); }},
-    Entry{"trim", 1,
-          [](RandomCommands& c) {
-            static_cast<void>(c.document().trim());
-          }},
+    Entry{"trim", 1, [](RandomCommands& c) { static_cast<void>(c.document().trim()); }},
     Entry{"color mode", 1,
           [](RandomCommands& c) {
             c.document().changeColorMode(allColorModes[static_cast<std::size_t>(c.below(4))]);

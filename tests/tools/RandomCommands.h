@@ -1,12 +1,11 @@
-// Seeded random commands on a document: every command that leaves a record, and what the
-// user changes between them without one.
+// Seeded random commands on a document: every command that leaves a record, and unrecorded changes by the
+// user in between.
 #pragma once
 
 #include <optional>
 #include <random>
 #include <string_view>
 
-#include "model/Document.h"
 #include "model/Document.h"
 
 namespace orvanel::test {
@@ -15,11 +14,11 @@ class RandomCommands {
  public:
   RandomCommands(DocumentPtr document, unsigned seed);
 
-  /// Runs one command and tells its name.
+  /// Runs one command and returns its name.
   std::string_view runOne();
   [[nodiscard]] int below(int bound);
 
-  // What the commands draw from.
+  // Random choices for the commands.
   [[nodiscard]] Document& document() const { return *document_; }
   [[nodiscard]] const DocumentPtr& shared() const { return document_; }
   [[nodiscard]] float fraction();
@@ -27,7 +26,7 @@ class RandomCommands {
   [[nodiscard]] std::optional<LayerNode> anyNode();
 
   std::optional<PixelClipboard> clipboard;
-  /// The node that the last command moved, if it did that.
+  /// The node moved by the last command, if any.
   std::optional<QUuid> movedNode;
 
  private:
@@ -37,7 +36,7 @@ class RandomCommands {
 
 /// Whether the command changes the opacity of the active node.
 [[nodiscard]] bool changesOpacity(std::string_view command);
-/// Whether the command leaves the document as saved as it was, although it leaves a record.
+/// Whether the command leaves a record but doesn't make the document dirty.
 [[nodiscard]] bool keepsClean(std::string_view command);
 
 }  // namespace orvanel::test

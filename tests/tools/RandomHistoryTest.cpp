@@ -1,4 +1,4 @@
-// Thousands of random commands, undos and redos, each step compared with a deep copy of its position.
+// Thousands of random commands, undos and redos, each compared with a deep copy of the expected state.
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -58,8 +58,8 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
   const std::string_view name = commands.runOne();
   SCOPED_TRACE(name);
   if (history.memoryBudget.value() < usualBudget && history.revision.value() != revision) {
-    // Costs still move while snapshots compress: the limit is exact only once they are through. Undoing can
-    // raise costs as well, but nothing is evicted before the next push.
+    // Costs change while snapshots compress, so the limit is exact only afterwards. Undoing can raise costs
+    // too, but nothing is evicted before the next push.
     TextureSnapshot::waitForCompression();
     history.enforceLimits();
     DocumentEdit(document, editKind::state).tell(change::HistoryChanged{});
@@ -74,7 +74,7 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
   EXPECT_TRUE(history.totalMemoryCost() <= history.memoryBudget.value() || history.operations().size() == 1);
 }
 
-TEST_P(RandomHistory, EveryStepStandsWhereItsCopyStands) {
+TEST_P(RandomHistory, EveryStepRestoresItsCopy) {
   const Plan& plan = GetParam();
   DocumentPtr document =
       Document::create(QStringLiteral("Random"), 150, 140, plan.mode, MetalContext::shared());
@@ -94,20 +94,20 @@ TEST_P(RandomHistory, EveryStepStandsWhereItsCopyStands) {
     } else {
       runCommand(commands, oracle, counts);
     }
-    EXPECT_EQ(mirror.difference(), "") << "the stream of changes left it out";
+    EXPECT_EQ(mirror.difference(), "") << "the change wasn't reported";
     if (commands.below(12) == 0) TextureSnapshot::waitForCompression();
   }
-  // The whole way back and forth again.
+  // Undo everything, then redo everything.
   const std::size_t length = document->undoStack.operations().size();
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepBack(*document, oracle, counts);
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepForward(*document, oracle, counts);
   EXPECT_EQ(mirror.difference(), "");
   std::cout << "seed " << plan.seed << ", " << displayName(plan.mode) << ": " << stepsPerRun << " steps, "
             << counts.records << " records, " << counts.undos << " undos, " << counts.redos << " redos, "
-            << oracle.evicted() << " evicted, " << mirror.changes() << " changes told and mirrored\n";
+            << oracle.evicted() << " evicted, " << mirror.changes() << " changes reported and mirrored\n";
 }
 
-TEST_P(RandomHistory, RecordsOutliveTheirDocumentAndThenDoNothing) {
+TEST_P(RandomHistory, RecordsMayOutliveTheirDocumentAndThenDoNothing) {
   const Plan& plan = GetParam();
   std::vector<UndoStack::Record> records;
   {
@@ -130,9 +130,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Plan{1, ColorMode::rgb8, 100, usualBudget}, Plan{2, ColorMode::rgb16, 100, usualBudget},
                     Plan{3, ColorMode::grayscale8, 100, usualBudget},
                     Plan{4, ColorMode::grayscale16, 100, usualBudget},
-                    // Evicting by count.
+                    // Eviction by count.
                     Plan{5, ColorMode::rgb8, 9, usualBudget}, Plan{6, ColorMode::grayscale16, 4, usualBudget},
-                    // Evicting by bytes.
+                    // Eviction by bytes.
                     Plan{7, ColorMode::rgb16, 100, 900'000}, Plan{8, ColorMode::grayscale8, 100, 150'000}));
 
 }  // namespace

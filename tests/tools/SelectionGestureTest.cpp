@@ -27,14 +27,14 @@ class SelectionGestures : public testing::Test {
   DocumentPtr document = makeDocument();
 };
 
-TEST_F(SelectionGestures, AShapeReplacesWhatWasSelected) {
+TEST_F(SelectionGestures, AShapeReplacesTheSelection) {
   selectRect(SelectionMode::replace, {0, 0, 10, 10});
   selectRect(SelectionMode::replace, {20, 0, 5, 5});
   EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{20, 0, 5, 5}));
   EXPECT_EQ(selection().flags(), (Selection::Flags{true, false}));
 }
 
-TEST_F(SelectionGestures, ModesCombineWithWhatWasSelected) {
+TEST_F(SelectionGestures, ModesCombineWithTheSelection) {
   selectRect(SelectionMode::replace, {0, 0, 10, 10});
   selectRect(SelectionMode::add, {8, 0, 10, 10});
   EXPECT_EQ(valueAt(17, 5), 1.0F);
@@ -55,7 +55,7 @@ TEST_F(SelectionGestures, WithNothingSelectedEveryModeReplaces) {
   }
 }
 
-TEST_F(SelectionGestures, FlagsFollowTheCombinedMask) {
+TEST_F(SelectionGestures, FlagsAreDerivedFromTheCombinedMask) {
   selectRect(SelectionMode::replace, {0, 0, 40, 20});
   selectRect(SelectionMode::add, {0, 10, 40, 20});
   EXPECT_EQ(selection().flags(), (Selection::Flags{true, true}));
@@ -65,7 +65,7 @@ TEST_F(SelectionGestures, FlagsFollowTheCombinedMask) {
   EXPECT_EQ(selection().flags(), (Selection::Flags{false, false}));
 }
 
-TEST_F(SelectionGestures, NothingBeforeAndNothingNowLeavesNoRecord) {
+TEST_F(SelectionGestures, NothingSelectedBeforeOrAfterLeavesNoRecord) {
   SelectionGesture click(document, QStringLiteral("Rectangle Select"));
   click.clear();
   click.close();
@@ -81,7 +81,7 @@ TEST_F(SelectionGestures, NothingBeforeAndNothingNowLeavesNoRecord) {
   EXPECT_EQ(valueAt(2, 2), 1.0F);
 }
 
-TEST_F(SelectionGestures, ADroppedGestureLeavesNoRecord) {
+TEST_F(SelectionGestures, ADestroyedGestureLeavesNoRecord) {
   { const SelectionGesture gesture(document, QStringLiteral("Lasso Select")); }
   EXPECT_EQ(records(), 0U);
 }
@@ -98,12 +98,12 @@ TEST_F(SelectionGestures, WithoutMemoryForTheShapeNothingChanges) {
   EXPECT_EQ(records(), 2U);
 }
 
-TEST_F(SelectionGestures, SelectingDoesNotMakeDirty) {
+TEST_F(SelectionGestures, SelectingDoesNotMakeTheDocumentDirty) {
   selectRect(SelectionMode::replace, {0, 0, 3, 3});
   EXPECT_FALSE(document->isDirty.value());
 }
 
-TEST_F(SelectionGestures, ADrawnRectangleGrowsToPixelEdgesAndIsClipped) {
+TEST_F(SelectionGestures, ADrawnRectangleIsExpandedToPixelEdgesAndClipped) {
   EXPECT_EQ(drawnRect(*document, 1.2, 1.2, 1.9, 1.9), (PixelRect{1, 1, 3, 3}));
   EXPECT_EQ(drawnRect(*document, 5.0, 6.0, -3.0, -2.0), (PixelRect{2, 4, 3, 2}));
   EXPECT_EQ(drawnRect(*document, -10.0, -10.0, 1000.0, 12.0), (PixelRect{0, 0, 40, 2}));

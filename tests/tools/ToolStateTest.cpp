@@ -37,7 +37,7 @@ TEST_F(ToolStateTest, AnEmptyStackReadsAsTheHand) {
   EXPECT_EQ(state.currentTool(), Tool::hand);
 }
 
-TEST_F(ToolStateTest, SelectingIsToldEveryTime) {
+TEST_F(ToolStateTest, EverySelectionOfAToolIsPosted) {
   state.selectTool(Tool::move);
   state.selectTool(Tool::move);
   EXPECT_EQ(state.currentTool(), Tool::move);
@@ -55,7 +55,7 @@ TEST_F(ToolStateTest, AnEqualStackNotifiesNobody) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(ToolStateTest, TemporaryToolsComeAndGo) {
+TEST_F(ToolStateTest, TemporaryToolsArePushedAndPopped) {
   state.selectTool(Tool::move);
   state.pushTool(Tool::hand);
   state.pushTool(Tool::hand);
@@ -78,7 +78,7 @@ TEST_F(ToolStateTest, SelectingEndsTemporaryTools) {
   EXPECT_THAT(state.toolStack.value(), ElementsAre(Tool::brush));
 }
 
-TEST_F(ToolStateTest, TheActiveDocumentRemembersChosenTools) {
+TEST_F(ToolStateTest, TheActiveDocumentRemembersTheSelectedTool) {
   const DocumentPtr document = makeDocument();
   state.setActiveDocument(document);
   state.activateSlot(rectangles);
@@ -95,13 +95,13 @@ TEST_F(ToolStateTest, DocumentsDoNotRememberTemporaryTools) {
   EXPECT_EQ(document->selectedTool.value(), Tool::move);
 }
 
-TEST_F(ToolStateTest, AGroupFirstComesWithItsFirstMember) {
+TEST_F(ToolStateTest, AGroupIsFirstActivatedWithItsFirstMember) {
   state.activateSlot(lassos);
   EXPECT_EQ(state.currentTool(), Tool::lassoSelect);
   EXPECT_TRUE(state.selectedVariants.value().isEmpty());
 }
 
-TEST_F(ToolStateTest, AGroupInForceCycles) {
+TEST_F(ToolStateTest, ActivatingTheCurrentGroupCyclesItsMembers) {
   state.activateSlot(lassos);
   state.activateSlot(lassos);
   EXPECT_EQ(state.currentTool(), Tool::polygonalLassoSelect);
@@ -110,7 +110,7 @@ TEST_F(ToolStateTest, AGroupInForceCycles) {
   EXPECT_EQ(state.currentTool(), Tool::lassoSelect);
 }
 
-TEST_F(ToolStateTest, AGroupComesBackWithItsLastMemberWithoutCycling) {
+TEST_F(ToolStateTest, ReactivatingAGroupResumesItsLastMember) {
   state.selectVariant(lassos, Tool::polygonalLassoSelect);
   state.selectTool(Tool::move);
   state.activateSlot(lassos);
@@ -119,7 +119,7 @@ TEST_F(ToolStateTest, AGroupComesBackWithItsLastMemberWithoutCycling) {
   EXPECT_EQ(state.currentTool(), Tool::lassoSelect);
 }
 
-TEST_F(ToolStateTest, ASingleSlotIsJustSelected) {
+TEST_F(ToolStateTest, ASlotWithOneToolSelectsIt) {
   state.pushTool(Tool::zoom);
   state.activateSlot(toolSlots()[4]);
   EXPECT_THAT(state.toolStack.value(), ElementsAre(Tool::magicWand));

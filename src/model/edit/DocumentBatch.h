@@ -1,4 +1,4 @@
-// What an edit under way has done so far, until its end makes it known. Owned by the document; main thread.
+// What the current edit has done so far; reported when it ends. Owned by the document; main thread only.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@
 namespace orvanel {
 
 struct Document::Batch {
-  /// A surface that was given out for writing, as it was before.
+  /// The previous contents of a surface that was handed out for writing.
   struct TouchedSurface {
     std::shared_ptr<Layer> layer;
     SurfaceKind kind = SurfaceKind::pixels;

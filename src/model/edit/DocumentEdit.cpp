@@ -20,7 +20,7 @@ std::optional<QUuid> idOf(const std::shared_ptr<LayerFolder>& folder) {
   return folder != nullptr ? std::optional(folder->id) : std::nullopt;
 }
 
-/// The folder of this id; null for the root list, and where there is no such folder.
+/// The folder with this id; null for the root list or an unknown id.
 std::shared_ptr<LayerFolder> folderAt(const Document& document, const std::optional<QUuid>& folderID) {
   const std::optional<LayerNode> node = folderID ? document.findNode(*folderID) : std::nullopt;
   return node ? node->folder() : nullptr;
@@ -70,7 +70,7 @@ void DocumentEdit::tellThumbnails(const QUuid& layerID) {
 
 bool DocumentEdit::admits(std::uint64_t bytes) {
   if (bytes == 0 || pixelsFitInMemory(bytes)) return true;
-  // Nothing was written, so nothing else follows from the edit.
+  // Nothing was written, so the edit has no other effects.
   document_.batch_->changes.emplace_back(change::EditRefused{bytes});
   return false;
 }
@@ -114,7 +114,7 @@ bool DocumentEdit::moveNode(const QUuid& nodeID, const TreePosition& position) {
   const std::optional<LayerNode> node = document_.findNode(nodeID);
   const std::optional<TreePosition> from = document_.treePosition(nodeID);
   if (!node || !from || (position.parentID && holds(*node, *position.parentID))) return false;
-  // One change rather than two: what the batch has from here on is replaced by it.
+  // Reports one move: it replaces the batch's changes from here on.
   DocumentChanges& changes = document_.batch_->changes;
   const std::size_t before = changes.size();
   removeNode(nodeID);
@@ -197,7 +197,7 @@ Surface& DocumentEdit::surface(Layer& layer, SurfaceKind kind) {
     known->renewsThumbnails |= kind_.renewsThumbnails;
   }
   done();
-  // Surfaces are made for writing; what readers hold of them is const.
+  // Surfaces are created writable; only readers' pointers are const.
   return const_cast<Surface&>(*standing);
 }
 
@@ -247,9 +247,9 @@ std::shared_ptr<Selection> DocumentEdit::ensureSelection() {
 
 void DocumentEdit::resetSelection() {
   touchSelection();
-  PropertyWriter::write(document_.selection, Selection::create(document_.canvasWidth.value(),
-                                                               document_.canvasHeight.value(),
-                                                               document_.context()));
+  PropertyWriter::write(
+      document_.selection,
+      Selection::create(document_.canvasWidth.value(), document_.canvasHeight.value(), document_.context()));
 }
 
 // The canvas.
@@ -281,11 +281,11 @@ void DocumentEdit::rebuildDisplayTextures() {
 }
 
 bool DocumentEdit::flatten(std::chrono::steady_clock::time_point deadline) {
-  // What this edit has written so far is flattened too.
+  // Flattening also covers what this edit has written so far.
   const bool isWritten = std::exchange(document_.batch_->recomposites, false);
   const bool isMarked = PropertyWriter::write(document_.needsCompositing, false);
-  const auto freshness = isWritten || isMarked ? DocumentCompositor::Freshness::stale
-                                               : DocumentCompositor::Freshness::unknown;
+  const auto freshness =
+      isWritten || isMarked ? DocumentCompositor::Freshness::stale : DocumentCompositor::Freshness::unknown;
   Surface& composite = const_cast<Surface&>(*document_.compositedTexture.value());
   const bool isDone = document_.compositor_->flatten(document_, composite, freshness, deadline);
   tell(change::Composited{});

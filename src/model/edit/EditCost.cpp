@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t tilePixelCount = tilePixels;
 
-/// The composite and the temporaries of isolating folders: surfaces that follow every edit of pixels.
+/// The composite and the temporaries of isolating folders, which every edit of pixels updates.
 std::uint64_t flattenedSurfaces(const Document& document) {
   std::uint64_t count = 1;
   forEachNode(document.rootNodes.value(), [&](const LayerNode& node) {
@@ -36,8 +36,8 @@ bool holdsData(const Surface& surface) {
   return false;
 }
 
-/// Tiles of a surface of another size that can hold data: all of them, or, where all tiles are uniform, those
-/// that the old canvas's edges cut.
+/// Tiles of a resized surface that can hold data: all of them or, if all tiles are uniform, those cut by the
+/// old canvas's edges.
 std::uint64_t tilesMadeFrom(const Surface& old, std::uint64_t newTiles) {
   const auto edges = 2 * static_cast<std::uint64_t>(old.tilesAcross() + old.tilesDown());
   return holdsData(old) ? newTiles : std::min(newTiles, edges);
@@ -84,12 +84,12 @@ std::uint64_t ofCanvas(const Document& document, int width, int height, ColorMod
 
 std::uint64_t ofPaste(const Document& document, const PixelClipboard& clipboard) {
   const ColorMode mode = document.colorMode.value();
-  // A tile more on each side, because the rectangle may lie anywhere on the grid.
+  // One more tile on each side, because the rectangle needn't be aligned to the grid.
   const std::uint64_t tiles = tilesUnder(static_cast<int>(clipboard.width) + 2 * tileSide,
                                          static_cast<int>(clipboard.height) + 2 * tileSide);
   const auto layerBytes = static_cast<std::uint64_t>(bytesPerPixel(layerPixelFormat(mode)));
   const auto copiedBytes = static_cast<std::uint64_t>(bytesPerPixel(clipboard.pixelFormat));
-  // The copied pixels, their conversion, the layer and what it is flattened into.
+  // The copied pixels, their conversion, the layer and the surfaces it is flattened into.
   return tiles * (tilePixelCount * (copiedBytes + 2 * layerBytes) + flattenedTileBytes(document, mode));
 }
 

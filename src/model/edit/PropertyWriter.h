@@ -1,4 +1,4 @@
-// The write access to properties. Private to the model: `DocumentEdit` uses it and tells of what it wrote.
+// Write access to properties. Private to the model: `DocumentEdit` uses it and reports what it wrote.
 #pragma once
 
 #include <type_traits>
@@ -10,7 +10,7 @@ namespace orvanel {
 
 class PropertyWriter {
  public:
-  /// Stores the value; false, and nothing written, when it equals the one that stands.
+  /// Stores the value; returns false and writes nothing if it equals the current one.
   template <typename T>
   static bool write(Property<T>& property, std::type_identity_t<T> value) {
     if (property.value_ == value) return false;

@@ -1,5 +1,5 @@
-// What a surface held at one moment, by the identities of its tiles: enough to tell later which tiles have
-// other contents, without a look at any pixel. A plain value; any thread.
+// The identities of a surface's tiles at one moment: enough to find the tiles that have changed since,
+// without reading pixels. A plain value; any thread.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +14,8 @@ class SurfaceTrace {
   SurfaceTrace() = default;
   explicit SurfaceTrace(const Surface& surface);
 
-  /// Indices of the tiles of `now` that may hold other pixels, in ascending order; all of them when it has
-  /// another size or format.
+  /// Indices of the tiles of `now` that may hold other pixels, in ascending order; all of them if its size or
+  /// format differs.
   [[nodiscard]] std::vector<int> changedTiles(const Surface& now) const;
 
  private:

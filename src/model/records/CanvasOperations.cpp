@@ -34,7 +34,7 @@ void setAllReady(const SnapshotList& list, bool isReady) {
 
 using Capture = std::shared_ptr<TextureSnapshot> (*)(const Surface& surface, const MetalContext& context);
 
-/// Ready at once where the whole document may be.
+/// Keeps small documents as a whole ready for the next step.
 Capture captureFor(const Document& document) {
   if (document.memoryUsage() <= TextureSnapshot::mostReadyBytes) return &TextureSnapshot::captureReady;
   return &TextureSnapshot::capture;

@@ -1,16 +1,15 @@
-// Records of changes to every surface of a document at once: its size, or its colour mode. Both sides are
-// kept as snapshots, so that a step is exact and nothing is resampled twice. Each step makes new surfaces;
-// what the tree no longer holds is passed over. Pushed after the change. Only documents that are small enough
-// are kept ready for the next step as a whole.
-// Owned by the history; main thread only.
+// Records of changes to every surface of a document at once: its size or its colour mode. Both sides are kept
+// as snapshots, so that a step is exact and nothing is resampled twice. Each step makes new surfaces and
+// skips layers that are no longer in the tree. Pushed after the change. Only small documents are kept ready
+// for the next step as a whole. Owned by the history; main thread only.
 #pragma once
 
 #include <QUuid>
 #include <memory>
 #include <vector>
 
-#include "undo/TextureSnapshot.h"
 #include "model/records/DocumentOperation.h"
+#include "undo/TextureSnapshot.h"
 
 namespace orvanel {
 
@@ -18,7 +17,7 @@ struct LayerSnapshot {
   QUuid layerID;
   std::shared_ptr<TextureSnapshot> snapshot;
 };
-/// In tree order. A surface that can't be captured is left out.
+/// In tree order. Surfaces that can't be captured are omitted.
 using SnapshotList = std::vector<LayerSnapshot>;
 
 [[nodiscard]] SnapshotList snapshotsOfLayers(const Document& document);

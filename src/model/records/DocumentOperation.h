@@ -1,5 +1,5 @@
-// What every record of a document's history begins with: its menu word and its document, held weakly.
-// Owned by the history; main thread only.
+// Base class of all records of a document's history: the name shown in the menu, and the document, held
+// weakly. Owned by the history; main thread only.
 #pragma once
 
 #include <QString>
@@ -21,7 +21,7 @@ class DocumentOperation : public UndoableOperation {
 
   void setActionName(QString actionName) { actionName_ = std::move(actionName); }
 
-  /// Null once the document is closed: the step then does nothing.
+  /// Null once the document is closed; the step then does nothing.
   [[nodiscard]] DocumentPtr document() const { return document_.lock(); }
 
  private:

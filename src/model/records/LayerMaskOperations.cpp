@@ -20,7 +20,7 @@ void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
 }
 
 void LayerMaskOperation::detachMask(DocumentEdit& edit) {
-  // A change of the canvas gives a layer another mask object: the one that goes now is the one to bring back.
+  // A change of the canvas replaces the mask object: keep the one that is now detached.
   if (const std::shared_ptr<LayerMask>& current = layer_->mask.value()) mask_ = current;
   edit.setMask(*layer_, nullptr);
   edit.setMaskThumbnail(*layer_, nullptr, true);

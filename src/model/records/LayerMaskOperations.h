@@ -1,13 +1,13 @@
-// Records of a mask's presence on a layer. They hold layer and mask, so that a removed mask keeps its
-// pixels through any number of steps. Pushed after the change; each step leaves the document dirty.
+// Records of adding, removing and applying a layer's mask. They hold layer and mask, so that a removed mask
+// keeps its pixels through any number of steps. Pushed after the change; each step leaves the document dirty.
 // Owned by the history; main thread only.
 #pragma once
 
 #include <memory>
 
-#include "undo/TextureSnapshot.h"
 #include "model/edit/DocumentEdit.h"
 #include "model/records/DocumentOperation.h"
+#include "undo/TextureSnapshot.h"
 
 namespace orvanel {
 
@@ -16,15 +16,15 @@ class LayerMaskOperation : public DocumentOperation {
   LayerMaskOperation(QString actionName, const DocumentPtr& document, std::shared_ptr<Layer> layer,
                      std::shared_ptr<LayerMask> mask);
 
-  /// What a step over such a record entails by itself.
+  /// The effects of a step over such a record.
   static constexpr EditKind stepKind{.isUnsavedChange = true, .renewsThumbnails = true};
 
   void attachMask(DocumentEdit& edit) const;
-  /// Keeps the mask that the layer has now. Also turns edits back to the pixels.
+  /// Detaches and keeps the layer's current mask, and makes the pixels the target of edits.
   void detachMask(DocumentEdit& edit);
 
   [[nodiscard]] Layer& layer() const { return *layer_; }
-  /// The record's share of the mask's tiles, for the time that the mask is off its layer.
+  /// The record's share of the mask's tiles while the mask is detached.
   [[nodiscard]] std::int64_t heldMaskBytes() const;
 
  private:
@@ -50,10 +50,10 @@ class RemoveLayerMaskOperation final : public LayerMaskOperation {
   [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? heldMaskBytes() : 0; }
 };
 
-/// A mask that has been multiplied into the layer's alpha and taken off.
+/// A mask that was multiplied into the layer's alpha and removed.
 class ApplyLayerMaskOperation final : public LayerMaskOperation {
  public:
-  /// `beforeSnapshot` holds the layer's whole surface as it was before.
+  /// `beforeSnapshot` holds the layer's whole surface before the change.
   ApplyLayerMaskOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
                           std::shared_ptr<LayerMask> mask, std::shared_ptr<TextureSnapshot> beforeSnapshot,
                           ColorMode colorMode);

@@ -25,7 +25,7 @@ std::int64_t heldBytesOf(const LayerNode& node) {
   return bytes;
 }
 
-/// "Delete Layer", "Delete Folder", or the bare verb when there is no node.
+/// "Delete Layer", "Delete Folder", or the bare verb if there is no node.
 QString nameByKind(const QString& verb, const std::optional<LayerNode>& node) {
   if (!node) return verb;
   return verb + (node->folder() != nullptr ? QStringLiteral(" Folder") : QStringLiteral(" Layer"));

@@ -1,6 +1,6 @@
-// Records of changes to the shape of the node tree. They hold the nodes themselves, so that undo puts the
-// same object back, surfaces and all, and copies no pixels. Pushed after the change has been made.
-// Owned by the history; main thread only.
+// Records of changes to the structure of the node tree. They hold the nodes themselves, so that undo restores
+// the same objects, surfaces included, and copies no pixels. Pushed after the change. Owned by the history;
+// main thread only.
 #pragma once
 
 #include <QUuid>
@@ -12,7 +12,7 @@
 
 namespace orvanel {
 
-/// A layer that has been inserted; its place is read from the tree at creation.
+/// An inserted layer; its position is read from the tree at creation.
 class AddLayerOperation final : public DocumentOperation {
  public:
   AddLayerOperation(const DocumentPtr& document, std::shared_ptr<Layer> layer,
@@ -20,7 +20,7 @@ class AddLayerOperation final : public DocumentOperation {
 
   void redo() override;
   void undo() override;
-  /// The layer's share of its tiles while the layer is undone; until then they are the document's.
+  /// The layer's share of its tiles while its insertion is undone; otherwise they are the document's.
   [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
@@ -29,7 +29,7 @@ class AddLayerOperation final : public DocumentOperation {
   std::optional<QUuid> previousSelection_;
 };
 
-/// A folder that has been inserted.
+/// An inserted folder.
 class AddFolderOperation final : public DocumentOperation {
  public:
   AddFolderOperation(const DocumentPtr& document, std::shared_ptr<LayerFolder> folder,
@@ -45,14 +45,14 @@ class AddFolderOperation final : public DocumentOperation {
   std::optional<QUuid> previousSelection_;
 };
 
-/// A node that is about to be removed: created while it still stands in the tree.
+/// A removed node; the record is created while the node is still in the tree.
 class RemoveNodeOperation final : public DocumentOperation {
  public:
   RemoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID);
 
   void redo() override;
   void undo() override;
-  /// The node's share of all tiles in it while it is removed.
+  /// The node's share of all its tiles while it is removed.
   [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
@@ -61,7 +61,7 @@ class RemoveNodeOperation final : public DocumentOperation {
   std::optional<QUuid> previousSelection_;
 };
 
-/// A node that changes its place: created before the move, told its destination after it.
+/// A moved node; the record is created before the move and given the destination after it.
 class MoveNodeOperation final : public DocumentOperation {
  public:
   MoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID, const TreePosition& sourcePosition);
@@ -80,7 +80,7 @@ class MoveNodeOperation final : public DocumentOperation {
   std::optional<TreePosition> destPosition_;
 };
 
-/// A copy that has been inserted.
+/// An inserted copy.
 class DuplicateNodeOperation final : public DocumentOperation {
  public:
   DuplicateNodeOperation(const DocumentPtr& document, const QUuid& duplicateID,

@@ -72,7 +72,7 @@ std::int64_t InvertLayerOperation::memoryCost() const {
 }
 
 void InvertLayerOperation::redoOn(Target target) {
-  // Inverting twice is no change: begin from the pixels of the time, whatever stands there now.
+  // Inverting twice would cancel out, so start from the original pixels whatever the surface holds now.
   restoreBefore(target);
   const MetalContext& context = target.document.context();
   if (useMask()) {

@@ -1,19 +1,19 @@
-// Records of changes to the pixels of one layer or of its mask. Two strategies: where a few numbers tell the
-// whole edit, redo runs its kernel again; otherwise the record keeps the result as a second snapshot.
-// They name the layer by id, so a step does nothing while the layer, or the mask it worked on, is absent.
-// Owned by the history; main thread only.
+// Records of changes to the pixels of one layer or of its mask. If a few numbers describe the whole edit,
+// redo runs its kernel again; otherwise the record keeps the result as a second snapshot. They name the layer
+// by id, so a step does nothing while the layer, or the mask it worked on, is absent. Owned by the history;
+// main thread only.
 #pragma once
 
 #include <QUuid>
 #include <memory>
 #include <optional>
 
-#include "undo/TextureSnapshot.h"
 #include "model/records/DocumentOperation.h"
+#include "undo/TextureSnapshot.h"
 
 namespace orvanel {
 
-/// What every record of pixels begins with. `snapshotBefore` holds the whole surface as it was.
+/// The arguments common to all pixel records. `snapshotBefore` holds the whole surface before the change.
 struct PixelEdit {
   QString actionName;
   DocumentPtr document;
@@ -30,7 +30,7 @@ class PixelOperation : public DocumentOperation {
   void setReady(bool isReady) override { snapshotBefore_->setReady(isReady); }
 
  protected:
-  /// `kind` tells which of the layer's surfaces is the target.
+  /// `kind` selects the layer's surface that is the target.
   PixelOperation(PixelEdit edit, SurfaceKind kind);
 
   struct Target {
@@ -53,7 +53,8 @@ class PixelOperation : public DocumentOperation {
 
 // Replayed edits.
 
-/// The whole surface filled with one colour, or the whole mask with one value. Pushed to be carried out.
+/// Fills the whole surface with one colour, or the whole mask with one value. Pushed before the change, which
+/// its first redo makes.
 class FillLayerOperation final : public PixelOperation {
  public:
   FillLayerOperation(PixelEdit edit, const Color4& fillColor, ColorMode colorMode);
@@ -67,7 +68,7 @@ class FillLayerOperation final : public PixelOperation {
   float maskFillValue_ = 0.0F;
 };
 
-/// The whole layer made transparent. Pushed after the change.
+/// Makes the whole layer transparent. Pushed after the change.
 class ClearLayerOperation final : public PixelOperation {
  public:
   ClearLayerOperation(PixelEdit edit, ColorMode colorMode);
@@ -78,13 +79,12 @@ class ClearLayerOperation final : public PixelOperation {
   ColorMode colorMode_;
 };
 
-/// Colours, or a whole mask, inverted. Keeps the selection that was in force, whatever becomes of the
-/// document's. Pushed after the change.
+/// Inverts colours, or a whole mask. Keeps the selection that applied, whatever happens to the document's.
+/// Pushed after the change.
 class InvertLayerOperation final : public PixelOperation {
  public:
-  /// `selectionTexture` may be none.
-  InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture,
-                       SurfaceKind kind);
+  /// `selectionTexture` may be null.
+  InvertLayerOperation(PixelEdit edit, ColorMode colorMode, Texture selectionTexture, SurfaceKind kind);
   [[nodiscard]] std::int64_t memoryCost() const override;
 
  private:
@@ -99,7 +99,7 @@ class InvertLayerOperation final : public PixelOperation {
 class StoredResultOperation : public PixelOperation {
  public:
   [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotAfter() const { return snapshotAfter_; }
-  /// Taken once, when the edit is finished.
+  /// Set once, when the edit is finished.
   void setSnapshotAfter(std::shared_ptr<TextureSnapshot> snapshot) { snapshotAfter_ = std::move(snapshot); }
   [[nodiscard]] std::int64_t memoryCost() const override;
   [[nodiscard]] std::uint64_t bytesToStep() const override;
@@ -115,15 +115,17 @@ class StoredResultOperation : public PixelOperation {
 
 class BrushStrokeOperation final : public StoredResultOperation {
  public:
-  explicit BrushStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
+  explicit BrushStrokeOperation(PixelEdit edit)
+      : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
 };
 
 class EraserStrokeOperation final : public StoredResultOperation {
  public:
-  explicit EraserStrokeOperation(PixelEdit edit) : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
+  explicit EraserStrokeOperation(PixelEdit edit)
+      : StoredResultOperation(std::move(edit), SurfaceKind::pixels) {}
 };
 
-/// Reads its result off the surface at the first undo: a history that is never undone doesn't pay for it.
+/// Captures its result from the surface at the first undo: edits that are never undone don't pay for it.
 class LazyResultOperation : public StoredResultOperation {
  protected:
   using StoredResultOperation::StoredResultOperation;
@@ -146,7 +148,7 @@ class LevelsOperation final : public LazyResultOperation {
 class MoveLayerOperation final : public StoredResultOperation {
  public:
   MoveLayerOperation(PixelEdit edit, SurfaceKind kind) : StoredResultOperation(std::move(edit), kind) {}
-  /// Named "Move". Takes the snapshot of what stands now; null without such a surface or snapshot.
+  /// Named "Move". Captures the current surface; null without a surface or a snapshot of it.
   [[nodiscard]] static std::shared_ptr<MoveLayerOperation> create(const DocumentPtr& document,
                                                                   const Layer& layer, SurfaceKind kind);
 };

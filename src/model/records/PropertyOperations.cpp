@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int64_t batchEntryCost = 24;
 
-/// One walk over the tree, however many nodes change.
+/// Walks the tree once, however many nodes change.
 void setVisibility(Document& document, const QHash<QUuid, bool>& values) {
   DocumentEdit edit(document, editKind::record);
   forEachNode(document.rootNodes.value(), [&](const LayerNode& node) {
@@ -27,7 +27,7 @@ std::shared_ptr<UndoableOperation> OpacityChangeOperation::coalescedWith(
     const UndoableOperation& next) const {
   const auto* change = dynamic_cast<const OpacityChangeOperation*>(&next);
   if (change == nullptr || change->nodeID() != nodeID()) return nullptr;
-  // With the document gone there is nothing left to record, and this record stands for both as it is.
+  // Once the document is gone there is nothing left to record, and this record stands for both unchanged.
   const DocumentPtr target = change->document();
   const float last = target != nullptr ? change->newValue() : newValue();
   return std::make_shared<OpacityChangeOperation>(target, nodeID(), oldValue(), last);

@@ -1,6 +1,5 @@
-// Records of a change of one property of a node: two values and the node's id, almost without cost. A step
-// on a node that is absent does nothing until the node comes back.
-// Owned by the history; main thread only.
+// Records of a change of one node property: two values and the node's id, at almost no cost. A step does
+// nothing while its node is absent. Owned by the history; main thread only.
 #pragma once
 
 #include <QUuid>
@@ -13,7 +12,7 @@
 
 namespace orvanel {
 
-/// Bytes a property record counts, whatever its objects really take.
+/// Bytes counted for a property record, whatever its objects really take.
 inline constexpr std::int64_t propertyRecordCost = 64;
 
 /// `setter` is the edit's operation that writes the property.
@@ -52,12 +51,13 @@ class PropertyChangeOperation : public DocumentOperation {
 class OpacityChangeOperation final : public PropertyChangeOperation<float, &DocumentEdit::setOpacity> {
  public:
   OpacityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, float oldValue, float newValue);
-  /// A run of changes of one node is one record from the first old value to the last new one.
+  /// Consecutive changes of one node become one record, from the first old value to the last new one.
   [[nodiscard]] std::shared_ptr<UndoableOperation> coalescedWith(
       const UndoableOperation& next) const override;
 };
 
-class BlendModeChangeOperation final : public PropertyChangeOperation<BlendMode, &DocumentEdit::setBlendMode> {
+class BlendModeChangeOperation final
+    : public PropertyChangeOperation<BlendMode, &DocumentEdit::setBlendMode> {
  public:
   BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID, BlendMode oldValue,
                            BlendMode newValue);

@@ -1,21 +1,21 @@
-// The record of a changed selection: mask and flags before and after. It rewrites the document's selection
-// of the moment, which a change of the canvas may have replaced. Owned by the history; main thread only.
+// The record of a changed selection: mask and flags before and after. A step rewrites the document's current
+// selection, which a change of the canvas may have replaced. Owned by the history; main thread only.
 #pragma once
 
 #include <memory>
 #include <optional>
 
-#include "undo/TextureSnapshot.h"
 #include "model/records/DocumentOperation.h"
+#include "undo/TextureSnapshot.h"
 
 namespace orvanel {
 
 class SelectionChangeOperation final : public DocumentOperation {
  public:
-  /// Takes the state before; null when the document has no selection or it can't be captured.
+  /// Captures the state before; null if the document has no selection or it can't be captured.
   [[nodiscard]] static std::shared_ptr<SelectionChangeOperation> create(QString actionName,
                                                                         const DocumentPtr& document);
-  /// Takes the state after, in the place of an earlier one. Without a selection nothing.
+  /// Captures the state after, replacing an earlier one. Does nothing without a selection.
   void captureAfter();
 
   void redo() override;

@@ -12,7 +12,7 @@ using namespace test;
 
 class CanvasOperationsTest : public testing::TestWithParam<ColorMode> {
  protected:
-  /// A bare layer, a masked one in a folder, and one with a disabled mask.
+  /// An unmasked layer, a masked one in a folder, and one with a disabled mask.
   void SetUp() override {
     document->addFolder("F");
     document->addLayer("inner");
@@ -43,7 +43,7 @@ class CanvasOperationsTest : public testing::TestWithParam<ColorMode> {
 
 INSTANTIATE_TEST_SUITE_P(Modes, CanvasOperationsTest, testing::ValuesIn(allColorModes), modeName);
 
-TEST_P(CanvasOperationsTest, SnapshotsComeInTheOrderOfTheTree) {
+TEST_P(CanvasOperationsTest, SnapshotsAreInTreeOrder) {
   const SnapshotList pixels = snapshotsOfLayers(*document);
   ASSERT_EQ(pixels.size(), 3U);
   for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(pixels[i].layerID, layers[i]->id);
@@ -54,7 +54,7 @@ TEST_P(CanvasOperationsTest, SnapshotsComeInTheOrderOfTheTree) {
   EXPECT_EQ(masks[0].snapshot->pixelFormat(), maskPixelFormat);
 }
 
-TEST_P(CanvasOperationsTest, SurfacesThatAreMissingOrCannotBeCapturedAreLeftOut) {
+TEST_P(CanvasOperationsTest, SurfacesThatAreMissingOrCannotBeCapturedAreOmitted) {
   put(layers[1]->texture, nullptr);
   EXPECT_EQ(snapshotsOfLayers(*document).size(), 2U);
   EXPECT_EQ(snapshotsOfMasks(*document).size(), 2U);
@@ -90,7 +90,7 @@ TEST_P(CanvasOperationsTest, EachStepMakesNewSurfaces) {
   EXPECT_NE(document->selection.value(), selection);
 }
 
-TEST_P(CanvasOperationsTest, MasksSurviveWithTheirStateUnderNewIdentities) {
+TEST_P(CanvasOperationsTest, MasksKeepTheirStateUnderNewIdentities) {
   std::vector<QUuid> seen{layers[2]->mask.value()->id};
   document->crop({31, 17, 100, 101}, "Crop");
   for (const auto step : {&UndoableOperation::undo, &UndoableOperation::redo, &UndoableOperation::undo}) {
@@ -103,7 +103,7 @@ TEST_P(CanvasOperationsTest, MasksSurviveWithTheirStateUnderNewIdentities) {
   }
 }
 
-TEST_P(CanvasOperationsTest, AMaskKeepsTheEnablingItHasNow) {
+TEST_P(CanvasOperationsTest, AMaskKeepsItsCurrentEnabledState) {
   document->crop({31, 17, 100, 101}, "Crop");
   put(layers[1]->mask.value()->isEnabled, false);
   put(layers[2]->mask.value()->isEnabled, true);
@@ -112,7 +112,7 @@ TEST_P(CanvasOperationsTest, AMaskKeepsTheEnablingItHasNow) {
   EXPECT_TRUE(layers[2]->mask.value()->isEnabled.value());
 }
 
-TEST_P(CanvasOperationsTest, AStepIsToldOnce) {
+TEST_P(CanvasOperationsTest, AStepIsReportedOnce) {
   document->resizeCanvas(70, 80, 0, 0);
   const ChangeRecorder changes(*document);
   newest().undo();
@@ -122,7 +122,7 @@ TEST_P(CanvasOperationsTest, AStepIsToldOnce) {
   EXPECT_EQ(changes.count<change::PixelsChanged>(), layers.size());
 }
 
-TEST_P(CanvasOperationsTest, RecordsLeaveTheDocumentsFlagsToTheDocument) {
+TEST_P(CanvasOperationsTest, RecordsDoNotSetTheDocumentsFlags) {
   document->crop({31, 17, 100, 101}, "Crop");
   UndoableOperation& crop = newest();
   EXPECT_FALSE(marksEdited(*document, [&] { crop.undo(); }));
@@ -130,7 +130,7 @@ TEST_P(CanvasOperationsTest, RecordsLeaveTheDocumentsFlagsToTheDocument) {
   EXPECT_FALSE(marksEdited(*document, [&] { newest().undo(); }));
 }
 
-TEST_P(CanvasOperationsTest, WhatTheTreeNoLongerHoldsIsPassedOver) {
+TEST_P(CanvasOperationsTest, LayersThatHaveLeftTheTreeAreSkipped) {
   document->crop({31, 17, 100, 101}, "Crop");
   UndoableOperation& record = newest();
   const Surface cropped = pixelsOf(*layers[1]);
@@ -138,11 +138,11 @@ TEST_P(CanvasOperationsTest, WhatTheTreeNoLongerHoldsIsPassedOver) {
   put(layers[2]->mask, nullptr);
   record.undo();
   EXPECT_TRUE(pixelsOf(*layers[1]).equals(cropped));
-  EXPECT_EQ(layers[2]->mask.value(), nullptr) << "a record makes no mask where none is";
+  EXPECT_EQ(layers[2]->mask.value(), nullptr) << "a record makes no mask where there is none";
   EXPECT_EQ(pixelsOf(*layers[2]).width(), pixelWidth);
 }
 
-TEST_P(CanvasOperationsTest, AFolderUnderALayersIdentityIsPassedOver) {
+TEST_P(CanvasOperationsTest, AFolderWithALayersIdentityIsSkipped) {
   CanvasState before = CanvasState::of(*document);
   before.layers.front().layerID = idOf(*document, "F");
   before.masks.front().layerID = idOf(*document, "F");
@@ -184,7 +184,7 @@ TEST_P(CanvasOperationsTest, SurfacesHaveTheModeOfTheRecord) {
   EXPECT_TRUE(pixelsOf(*layers[0]).equals(*before.layers[0].pixels));
 }
 
-TEST_P(CanvasOperationsTest, SurfacesOfAChangeOfModeHaveTheSizeOfTheRecord) {
+TEST_P(CanvasOperationsTest, SurfacesOfAModeChangeHaveTheSizeOfTheRecord) {
   const PixelState before = pixelState(*document);
   document->changeColorMode(otherMode());
   UndoableOperation& record = newest();
@@ -193,7 +193,7 @@ TEST_P(CanvasOperationsTest, SurfacesOfAChangeOfModeHaveTheSizeOfTheRecord) {
   EXPECT_TRUE(pixelsOf(*layers[0]).equals(*before.layers[0].pixels));
 }
 
-TEST_P(CanvasOperationsTest, AChangeOfModeGivesBackTheOldFormatAndBytes) {
+TEST_P(CanvasOperationsTest, UndoingAModeChangeRestoresFormatAndBytes) {
   const PixelState before = pixelState(*document);
   const SelectionState selectionBefore = selectionState(*document);
   const std::shared_ptr<LayerMask> mask = layers[1]->mask.value();
@@ -227,7 +227,7 @@ TEST_P(CanvasOperationsTest, EveryStepMarksAllThumbnails) {
   }
 }
 
-TEST_P(CanvasOperationsTest, CostIsThatOfAllSnapshots) {
+TEST_P(CanvasOperationsTest, CostIsTheSumOfAllSnapshots) {
   CanvasState before = CanvasState::of(*document);
   for (const std::shared_ptr<Layer>& layer : layers)
     writable(layer->texture.value()) = randomPixels(GetParam(), random);
@@ -242,7 +242,7 @@ TEST_P(CanvasOperationsTest, CostIsThatOfAllSnapshots) {
   EXPECT_EQ(change.memoryCost(), costOf(before.layers) + costOf(after.layers));
 }
 
-TEST_P(CanvasOperationsTest, ARecordLargerThanTheBudgetEvictsTheOlderOnesAndStays) {
+TEST_P(CanvasOperationsTest, ARecordLargerThanTheBudgetEvictsOlderOnesAndStays) {
   writableHistory(*document).memoryBudget = 1;
   document->crop({31, 17, 100, 101}, "Crop");
   ASSERT_EQ(document->undoStack.operations().size(), 1U);
@@ -251,7 +251,7 @@ TEST_P(CanvasOperationsTest, ARecordLargerThanTheBudgetEvictsTheOlderOnesAndStay
   EXPECT_EQ(document->canvasWidth.value(), pixelWidth);
 }
 
-TEST_P(CanvasOperationsTest, ALayerWithoutASurfaceIsFatal) {
+TEST_P(CanvasOperationsTest, ALayerWhoseSurfaceCannotBeMadeIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   document->crop({31, 17, 100, 101}, "Crop");
   EXPECT_DEATH(
@@ -262,7 +262,7 @@ TEST_P(CanvasOperationsTest, ALayerWithoutASurfaceIsFatal) {
       "Failed to create layer texture");
 }
 
-TEST_P(CanvasOperationsTest, AClosedDocumentEndsThemQuietly) {
+TEST_P(CanvasOperationsTest, StepsOfAClosedDocumentDoNothing) {
   const auto crop = std::make_shared<CropOperation>("Crop", document, CanvasState::of(*document),
                                                     CanvasState::of(*document));
   const auto change =

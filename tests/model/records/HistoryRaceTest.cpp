@@ -1,6 +1,6 @@
-// Compression in the background against undo, redo, eviction and the end of records and documents. Nobody
-// waits for anybody, so each run meets other moments; what is left must be the same whoever came first. Under
-// ThreadSanitizer the accesses themselves are watched.
+// Background compression racing against undo, redo, eviction and the destruction of records and documents.
+// Nothing synchronises them, so every run interleaves differently, but the outcome must always be the same.
+// Under ThreadSanitizer, the accesses themselves are checked.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ Bytes bytesOf(const Surface& surface) {
   return bytes;
 }
 
-/// A document under random edits, with the pixels on both sides of each record.
+/// A document with random edits, and the pixels on both sides of each record.
 class EditedDocument {
  public:
   explicit EditedDocument(unsigned seed)
@@ -35,7 +35,7 @@ class EditedDocument {
   [[nodiscard]] Document& document() const { return *document_; }
   [[nodiscard]] UndoStack& history() const { return writableHistory(*document_); }
   [[nodiscard]] Surface& surface() const { return writable(document_->allLayers().front()->texture.value()); }
-  /// Keeps the pixels that another document has, tiles and all.
+  /// Shares the pixels of another document, tiles and all.
   void sharePixelsOf(const EditedDocument& other) {
     surface() = other.surface();
     first_ = pixels();
@@ -43,7 +43,7 @@ class EditedDocument {
 
   void edit() {
     const Bytes before = pixels();
-    // Not everywhere: some tiles stay, and are shared by many records.
+    // Leaves some tiles unchanged, so that many records share them.
     Surface weight = reference::randomMask(pixelWidth, pixelHeight, random_);
     weight.setUniform(static_cast<int>(random_() % 4), 0);
     select(*document_, weight);
@@ -55,7 +55,7 @@ class EditedDocument {
     sides_[history().operations().back().get()] = {before, pixels()};
   }
 
-  /// An edit, an undo or a redo, and sometimes a moment for the other threads.
+  /// An edit, an undo or a redo, and sometimes a pause for the other threads.
   void step() {
     const auto choice = random_() % 8;
     if (choice < 4) {
@@ -88,7 +88,7 @@ class EditedDocument {
   };
 
   [[nodiscard]] Bytes pixels() const { return bytesOf(surface()); }
-  /// The pixels are those of the history's position.
+  /// Expects the pixels at the history's current position.
   void expectPlace() const {
     const std::vector<UndoStack::Record>& records = history().operations();
     const std::int64_t index = history().currentIndex.value();
@@ -107,7 +107,7 @@ class EditedDocument {
 
 class HistoryRace : public testing::Test {
  protected:
-  /// Whatever was going on, all pixel memory is given back in the end.
+  /// Expects all pixel memory to be released in the end.
   void TearDown() override {
     TextureSnapshot::waitForCompression();
     EXPECT_EQ(tileMemory::bytesInUse(), bytesBefore_);
@@ -115,7 +115,7 @@ class HistoryRace : public testing::Test {
 
  private:
   void SetUp() override {
-    // What the program makes once, and keeps.
+    // Allocations that the program makes once and keeps.
     EditedDocument(0).edit();
     TextureSnapshot::waitForCompression();
     bytesBefore_ = tileMemory::bytesInUse();
@@ -124,7 +124,7 @@ class HistoryRace : public testing::Test {
   std::size_t bytesBefore_ = 0;
 };
 
-TEST_F(HistoryRace, UndoAndRedoFindTheirPixelsAtAnyMoment) {
+TEST_F(HistoryRace, UndoAndRedoRestoreTheirPixelsAtAnyMoment) {
   for (unsigned round = 0; round < 60 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
     EditedDocument edited(round);
@@ -133,12 +133,12 @@ TEST_F(HistoryRace, UndoAndRedoFindTheirPixelsAtAnyMoment) {
   }
 }
 
-TEST_F(HistoryRace, EvictionByBytesLeavesAHistoryThatHolds) {
+TEST_F(HistoryRace, EvictionByBytesLeavesAValidHistory) {
   for (unsigned round = 0; round < 60 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
     EditedDocument edited(round);
     UndoStack& history = edited.history();
-    // From less than one record to a few: what they cost while they are compressed decides which are left.
+    // From less than one record to a few: costs during compression determine which records remain.
     history.memoryBudget = edited.surface().byteSize() * (1 + round % 7) / 2;
     for (int step = 0; step < 20; ++step) {
       edited.step();
@@ -156,7 +156,7 @@ TEST_F(HistoryRace, EvictionByBytesLeavesAHistoryThatHolds) {
   }
 }
 
-TEST_F(HistoryRace, RecordsEndInAnyOrderWhileTheyAreCompressed) {
+TEST_F(HistoryRace, RecordsMayEndInAnyOrderDuringCompression) {
   std::mt19937 random(97);
   for (unsigned round = 0; round < 60; ++round) {
     std::vector<UndoStack::Record> records;
@@ -168,7 +168,7 @@ TEST_F(HistoryRace, RecordsEndInAnyOrderWhileTheyAreCompressed) {
     }
     std::shuffle(records.begin(), records.end(), random);
     while (!records.empty()) {
-      // Its document has gone: a step does nothing, and costs and readiness are still its own.
+      // The document is gone: a step does nothing, but cost and readiness are still available.
       const UndoStack::Record& record = records.back();
       record->undo();
       record->redo();
@@ -179,10 +179,10 @@ TEST_F(HistoryRace, RecordsEndInAnyOrderWhileTheyAreCompressed) {
   }
 }
 
-TEST_F(HistoryRace, DocumentsThatShareTilesEndInAnyOrder) {
+TEST_F(HistoryRace, DocumentsThatShareTilesMayEndInAnyOrder) {
   for (unsigned round = 0; round < 40 && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
-    // Both of one colour mode, so that a tile of the one can be a tile of the other.
+    // Both have the same colour mode, so that they can share tiles.
     auto one = std::make_unique<EditedDocument>(round);
     auto other = std::make_unique<EditedDocument>(round + static_cast<unsigned>(allColorModes.size()));
     other->sharePixelsOf(*one);

@@ -21,7 +21,7 @@ class LayerMaskOperationsTest : public testing::Test {
     put(layer->maskThumbnailImage, std::make_shared<const QImage>(2, 1, QImage::Format_RGBA8888));
     put(layer->maskThumbnailDirty, false);
   }
-  /// What the command would have done before the push.
+  /// Does what the command does before it pushes the record.
   void takeMaskOff() {
     put(layer->mask, nullptr);
     put(layer->isMaskSelected, false);
@@ -74,7 +74,7 @@ TEST_F(LayerMaskOperationsTest, TheMaskKeepsItsPixels) {
   EXPECT_TRUE(layer->mask.value()->maskTexture->texture->equals(before));
 }
 
-TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLayerOnce) {
+TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedReportsTheActiveLayerOnce) {
   put(layer->isMaskSelected, true);
   AddLayerMaskOperation record(document, layer, mask);
   const ChangeRecorder changes(*document);
@@ -87,11 +87,11 @@ TEST_F(LayerMaskOperationsTest, UndoingAddWithTheMaskSelectedTellsOfTheActiveLay
   EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 1U);
   record.redo();
   record.undo();
-  EXPECT_EQ(targetsTold(), 1U) << "it wasn't selected any more";
+  EXPECT_EQ(targetsTold(), 1U) << "the mask was no longer selected";
   EXPECT_EQ(changes.count<change::ThumbnailsChanged>(), 3U);
 }
 
-TEST_F(LayerMaskOperationsTest, EachStepLeavesTheDocumentDirty) {
+TEST_F(LayerMaskOperationsTest, EveryStepMakesTheDocumentDirty) {
   AddLayerMaskOperation record(document, layer, mask);
   document->setDirty(false);
   record.undo();

@@ -73,7 +73,7 @@ TEST_F(LayerTreeOperationsTest, MoveCycleKeepsTheMovedNodeActive) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Move Layer");
 }
 
-TEST_F(LayerTreeOperationsTest, MoveToAnIndexSelectsOnUndoAndRedo) {
+TEST_F(LayerTreeOperationsTest, MoveToAnIndexActivatesTheNodeOnUndoAndRedo) {
   document->moveNode(id("b"), std::nullopt, 0);
   EXPECT_EQ(treeText(*document), "b, Background, F[a], c");
   EXPECT_EQ(activeName(*document), "Background");
@@ -86,7 +86,7 @@ TEST_F(LayerTreeOperationsTest, MoveToAnIndexSelectsOnUndoAndRedo) {
   EXPECT_EQ(activeName(*document), "b");
 }
 
-TEST_F(LayerTreeOperationsTest, UndoBringsBackTheSameObject) {
+TEST_F(LayerTreeOperationsTest, UndoRestoresTheSameObject) {
   const LayerNode removed = nodeNamed(*document, "a");
   const ConstTexture pixels = removed.layer()->texture.value();
   document->removeNode(removed.id());
@@ -95,20 +95,20 @@ TEST_F(LayerTreeOperationsTest, UndoBringsBackTheSameObject) {
   EXPECT_EQ(removed.layer()->texture.value(), pixels);
 }
 
-TEST_F(LayerTreeOperationsTest, NamesOutliveUndoAndRedo) {
+TEST_F(LayerTreeOperationsTest, RestoredNodesKeepTheirNames) {
   document->addLayer("c");
   document->undo();
   put(nodeNamed(*document, "c").name(), QStringLiteral("c 2"));
   document->redo();
   EXPECT_EQ(document->allNodeNames(), (std::set<QString>{"Background", "F", "a", "b", "c 2"}));
-  EXPECT_EQ(document->layerCount(), 5) << "two nodes may then share a name";
+  EXPECT_EQ(document->layerCount(), 5) << "two nodes may share a name afterwards";
 }
 
-TEST_F(LayerTreeOperationsTest, RedoOfDeletingAnOnlyChildSelectsWhatWasSelectedBefore) {
+TEST_F(LayerTreeOperationsTest, RedoOfDeletingAnOnlyChildActivatesWhatWasActiveBefore) {
   document->removeNode(id("a"));
   activate(*document, "c");
   document->removeNode(id("b"));
-  EXPECT_EQ(activeName(*document), "F") << "the command itself goes to the folder";
+  EXPECT_EQ(activeName(*document), "F") << "the command itself activates the folder";
   document->undo();
   EXPECT_EQ(activeName(*document), "c");
   activate(*document, "Background");
@@ -116,7 +116,7 @@ TEST_F(LayerTreeOperationsTest, RedoOfDeletingAnOnlyChildSelectsWhatWasSelectedB
   EXPECT_EQ(activeName(*document), "c");
 }
 
-TEST_F(LayerTreeOperationsTest, RedoOfDeletingTheLastOfThreeSelectsTheNewLast) {
+TEST_F(LayerTreeOperationsTest, RedoOfDeletingTheLastOfThreeActivatesTheNewLast) {
   document->removeNode(id("c"));
   document->undo();
   document->redo();
@@ -124,14 +124,14 @@ TEST_F(LayerTreeOperationsTest, RedoOfDeletingTheLastOfThreeSelectsTheNewLast) {
   EXPECT_EQ(activeName(*document), "F");
 }
 
-TEST_F(LayerTreeOperationsTest, UndoOfADeleteFindsParentAndIndexAgain) {
+TEST_F(LayerTreeOperationsTest, UndoOfADeletionRestoresParentAndIndex) {
   document->removeNode(id("a"));
   EXPECT_EQ(treeText(*document), "Background, F[b], c");
   document->undo();
   EXPECT_EQ(treeText(*document), "Background, F[a, b], c");
 }
 
-TEST_F(LayerTreeOperationsTest, UndoOfADeleteLandsAtRootLevelWhenTheParentHasGone) {
+TEST_F(LayerTreeOperationsTest, UndoOfADeletionGoesToTheRootIfTheParentIsGone) {
   document->removeNode(id("b"));
   const QUuid folder = id("F");
   ASSERT_TRUE(detach(*document, folder));
@@ -146,7 +146,7 @@ TEST_F(LayerTreeOperationsTest, TheIndexIsClampedAtRootLevel) {
   EXPECT_EQ(treeText(*document), "Background, c");
 }
 
-TEST_F(LayerTreeOperationsTest, MovingANodeThatHasBeenDeletedDoesNothing) {
+TEST_F(LayerTreeOperationsTest, UndoingAMoveOfADeletedNodeDoesNothing) {
   document->moveNode(id("c"), id("F"));
   ASSERT_TRUE(detach(*document, id("c")));
   activate(*document, "a");
@@ -156,7 +156,7 @@ TEST_F(LayerTreeOperationsTest, MovingANodeThatHasBeenDeletedDoesNothing) {
   EXPECT_EQ(documentState(*document), before);
 }
 
-TEST_F(LayerTreeOperationsTest, RemovingANodeThatHasGoneKeepsTheSelection) {
+TEST_F(LayerTreeOperationsTest, RemovingAnAbsentNodeKeepsTheActiveOne) {
   document->addLayer("new");
   ASSERT_TRUE(detach(*document, id("new")));
   activate(*document, "c");
@@ -173,7 +173,7 @@ TEST_F(LayerTreeOperationsTest, AMoveWithoutADestinationIsNotRedone) {
   EXPECT_EQ(treeText(*document), "c, Background, F[a, b]");
 }
 
-TEST_F(LayerTreeOperationsTest, NodesThatAreNotThereAtCreationGiveTheBareVerb) {
+TEST_F(LayerTreeOperationsTest, NodesAbsentAtCreationGiveTheBareVerb) {
   const QUuid unknown = QUuid::createUuid();
   RemoveNodeOperation removal(document, unknown);
   DuplicateNodeOperation duplication(document, unknown, std::nullopt);
@@ -223,7 +223,7 @@ TEST_F(LayerTreeOperationsTest, CopiesShareTheCostOfTheirTiles) {
   EXPECT_EQ(newestCost(*document), 2 * layerBytes);
 }
 
-TEST_F(LayerTreeOperationsTest, ARemovedLayerCostsItsMaskToo) {
+TEST_F(LayerTreeOperationsTest, ARemovedLayerAlsoCostsItsMask) {
   paint("c");
   const auto mask = addMask(*nodeNamed(*document, "c").layer());
   (void)writable(mask->maskTexture->texture).editTile(0);
@@ -241,7 +241,7 @@ TEST_F(LayerTreeOperationsTest, FoldersAndMovesCostNothing) {
   EXPECT_EQ(newestCost(*document), 0);
 }
 
-TEST_F(LayerTreeOperationsTest, TheByteBudgetNeverEvictsForAFolder) {
+TEST_F(LayerTreeOperationsTest, AFolderNeverCausesEvictionByBytes) {
   writableHistory(*document).memoryBudget = document->undoStack.totalMemoryCost();
   const std::size_t records = document->undoStack.operations().size();
   document->addFolder("G");

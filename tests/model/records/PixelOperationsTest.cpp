@@ -27,7 +27,7 @@ class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
   [[nodiscard]] std::shared_ptr<TextureSnapshot> capture(const Surface& surface) const {
     return TextureSnapshot::capture(surface, context());
   }
-  /// An edit of the target, which stands unchanged yet.
+  /// An edit of the target, which hasn't been changed yet.
   [[nodiscard]] PixelEdit edit(SurfaceKind kind = SurfaceKind::pixels,
                                const QString& actionName = QStringLiteral("Edit")) const {
     return {.actionName = actionName,
@@ -35,13 +35,14 @@ class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
             .layerID = layer->id,
             .snapshotBefore = capture(*target(kind))};
   }
-  /// Changes the target as no kernel here could.
+  /// Changes the target in a way that no kernel here could.
   void scribble(SurfaceKind kind = SurfaceKind::pixels) {
     Surface& surface = writable(target(kind));
     surface = randomSurface(surface.format(), surface.width(), surface.height(), random);
   }
-  /// Runs undo, redo and undo on a record at whose side "after" the target now stands.
-  void expectSteps(UndoableOperation& record, const Surface& before, SurfaceKind kind = SurfaceKind::pixels) const {
+  /// Runs undo, redo and undo on a record whose "after" side the target currently shows.
+  void expectSteps(UndoableOperation& record, const Surface& before,
+                   SurfaceKind kind = SurfaceKind::pixels) const {
     const Surface after = *target(kind);
     ASSERT_FALSE(after.equals(before));
     for (int round = 0; round < 2; ++round) {
@@ -53,7 +54,7 @@ class PixelOperationsTest : public testing::TestWithParam<ColorMode> {
     record.undo();
     EXPECT_TRUE(target(kind)->equals(before));
   }
-  /// One record of each kind, for what all have in common.
+  /// One record of each kind, for tests of common behaviour.
   [[nodiscard]] std::vector<std::shared_ptr<UndoableOperation>> oneOfEach() const {
     const auto withResult = [this](auto record) {
       record->setSnapshotAfter(capture(*texture()));
@@ -91,27 +92,28 @@ TEST_P(PixelOperationsTest, StrokesKeepTheirResult) {
   expectSteps(eraser, before);
 }
 
-TEST_P(PixelOperationsTest, AStrokeWithoutAResultIsUndoneButNotRedone) {
+TEST_P(PixelOperationsTest, AStrokeWithoutAResultCanBeUndoneButNotRedone) {
   const Surface before = *texture();
   BrushStrokeOperation record(edit());
   scribble();
   record.undo();
   record.redo();
   EXPECT_TRUE(texture()->equals(before));
-  EXPECT_EQ(record.snapshotAfter(), nullptr) << "only the lazy ones read it off the surface";
+  EXPECT_EQ(record.snapshotAfter(), nullptr) << "only lazy records read their result from the surface";
 }
 
-TEST_P(PixelOperationsTest, FillIsCarriedOutByItsFirstRedo) {
+TEST_P(PixelOperationsTest, FillIsPerformedByItsFirstRedo) {
   const Surface before = *texture();
   Surface expected = before;
   context().clearTexture(expected, GetParam(), paint);
-  const auto record = std::make_shared<FillLayerOperation>(edit(SurfaceKind::pixels, "Fill"), paint, GetParam());
+  const auto record =
+      std::make_shared<FillLayerOperation>(edit(SurfaceKind::pixels, "Fill"), paint, GetParam());
   writableHistory(*document).pushAndRedo(record);
   EXPECT_TRUE(texture()->equals(expected));
   expectSteps(*record, before);
 }
 
-TEST_P(PixelOperationsTest, FillOfTheMaskLeavesTheLayer) {
+TEST_P(PixelOperationsTest, FillingTheMaskLeavesTheLayerUnchanged) {
   const Surface before = *mask();
   const Surface pixels = *texture();
   FillLayerOperation record(edit(SurfaceKind::mask), 0.25F);
@@ -121,7 +123,7 @@ TEST_P(PixelOperationsTest, FillOfTheMaskLeavesTheLayer) {
   EXPECT_TRUE(texture()->equals(pixels));
 }
 
-TEST_P(PixelOperationsTest, ClearEmptiesTheLayerAgain) {
+TEST_P(PixelOperationsTest, RedoOfClearMakesTheLayerTransparentAgain) {
   const Surface before = *texture();
   ClearLayerOperation record(edit(SurfaceKind::pixels, "Clear"), GetParam());
   EXPECT_EQ(record.actionName(), "Clear");
@@ -130,7 +132,7 @@ TEST_P(PixelOperationsTest, ClearEmptiesTheLayerAgain) {
   expectSteps(record, before);
 }
 
-TEST_P(PixelOperationsTest, LazyResultsAreReadOffTheSurfaceAtTheFirstUndo) {
+TEST_P(PixelOperationsTest, LazyResultsAreReadFromTheSurfaceAtTheFirstUndo) {
   for (const SurfaceKind kind : bothKinds) {
     const Surface before = *target(kind);
     FillSelectionOperation record(edit(kind), kind);
@@ -143,7 +145,7 @@ TEST_P(PixelOperationsTest, LazyResultsAreReadOffTheSurfaceAtTheFirstUndo) {
   expectSteps(record, before);
 }
 
-TEST_P(PixelOperationsTest, TheSecondUndoMakesNoNewCapture) {
+TEST_P(PixelOperationsTest, TheSecondUndoCapturesNothing) {
   LevelsOperation record(edit());
   scribble();
   const Surface after = *texture();
@@ -169,7 +171,7 @@ TEST_P(PixelOperationsTest, ALazyRecordThatWasNeverUndoneHasNothingToRedo) {
   EXPECT_TRUE(texture()->equals(now));
 }
 
-TEST_P(PixelOperationsTest, ALazyResultThatCannotBeCapturedIsLostButTheUndoIsNot) {
+TEST_P(PixelOperationsTest, ALazyResultThatCannotBeCapturedIsLostButUndoStillWorks) {
   const Surface before = *texture();
   LevelsOperation record(edit());
   scribble();
@@ -182,7 +184,7 @@ TEST_P(PixelOperationsTest, ALazyResultThatCannotBeCapturedIsLostButTheUndoIsNot
   EXPECT_TRUE(texture()->equals(before));
 }
 
-TEST_P(PixelOperationsTest, InvertBeginsFromThePixelsOfTheTimeWhateverTheSurfaceHolds) {
+TEST_P(PixelOperationsTest, InvertStartsFromTheOriginalPixelsWhateverTheSurfaceHolds) {
   for (const SurfaceKind kind : bothKinds) {
     const Surface before = *target(kind);
     InvertLayerOperation record(edit(kind, "Invert"), GetParam(), nullptr, kind);
@@ -201,7 +203,7 @@ TEST_P(PixelOperationsTest, InvertBeginsFromThePixelsOfTheTimeWhateverTheSurface
   }
 }
 
-TEST_P(PixelOperationsTest, InvertKeepsTheSelectionOfItsTime) {
+TEST_P(PixelOperationsTest, InvertKeepsTheSelectionItWasMadeWith) {
   document->selectNode(layer->id);
   selectRandomly(*document, random);
   const Surface before = *texture();
@@ -232,7 +234,7 @@ TEST_P(PixelOperationsTest, MovesOfLayersAndOfMasks) {
   }
 }
 
-TEST_P(PixelOperationsTest, AMoveTakesAnotherName) {
+TEST_P(PixelOperationsTest, AMoveCanBeGivenAnotherName) {
   const MoveLayerOperation record(edit(SurfaceKind::pixels, QStringLiteral("Rotate")), SurfaceKind::pixels);
   EXPECT_EQ(record.actionName(), "Rotate");
 }
@@ -249,9 +251,10 @@ TEST_P(PixelOperationsTest, AMoveNeedsASurfaceAndItsSnapshot) {
   EXPECT_EQ(MoveLayerOperation::create(document, *layer, SurfaceKind::pixels), nullptr);
 }
 
-TEST_P(PixelOperationsTest, AMoveWithoutAResultIsUndoneButNotRedone) {
+TEST_P(PixelOperationsTest, AMoveWithoutAResultCanBeUndoneButNotRedone) {
   const Surface before = *texture();
-  const std::shared_ptr<MoveLayerOperation> record = MoveLayerOperation::create(document, *layer, SurfaceKind::pixels);
+  const std::shared_ptr<MoveLayerOperation> record =
+      MoveLayerOperation::create(document, *layer, SurfaceKind::pixels);
   scribble();
   record->undo();
   record->redo();
@@ -260,7 +263,7 @@ TEST_P(PixelOperationsTest, AMoveWithoutAResultIsUndoneButNotRedone) {
 
 // Memory.
 
-TEST_P(PixelOperationsTest, AReplayedEditCostsItsSnapshotBeforeOnly) {
+TEST_P(PixelOperationsTest, AReplayedEditCostsOnlyItsSnapshotBefore) {
   const auto selection = std::make_shared<Surface>(filledMask(pixelWidth, pixelHeight, 0.5F));
   const FillLayerOperation fill(edit(), paint, GetParam());
   const ClearLayerOperation clear(edit(), GetParam());
@@ -273,7 +276,7 @@ TEST_P(PixelOperationsTest, AReplayedEditCostsItsSnapshotBeforeOnly) {
         static_cast<const UndoableOperation*>(&invert)}) {
     EXPECT_EQ(record->memoryCost(), alike->compressedSize());
   }
-  // A selection of one value takes no memory; one of data counts for the record that keeps it.
+  // A uniform selection takes no memory; one with data counts for the record that keeps it.
   (void)selection->editTile(0);
   EXPECT_EQ(invert.memoryCost(), alike->compressedSize() + static_cast<std::int64_t>(selection->tileBytes()));
 }
@@ -292,7 +295,7 @@ TEST_P(PixelOperationsTest, AStoredResultCostsBothSnapshots) {
   EXPECT_GT(after->compressedSize(), 0);
 }
 
-TEST_P(PixelOperationsTest, AHistoryThatIsNeverUndoneDoesNotPayForLazyResults) {
+TEST_P(PixelOperationsTest, EditsThatAreNeverUndoneDoNotPayForLazyResults) {
   const PixelEdit begun = edit();
   FillSelectionOperation record(begun, SurfaceKind::pixels);
   scribble();
@@ -304,8 +307,8 @@ TEST_P(PixelOperationsTest, AHistoryThatIsNeverUndoneDoesNotPayForLazyResults) {
             begun.snapshotBefore->compressedSize() + record.snapshotAfter()->compressedSize());
 }
 
-TEST_P(PixelOperationsTest, TheCostFallsOnceCompressionIsThrough) {
-  // Smooth pixels, which compress.
+TEST_P(PixelOperationsTest, TheCostFallsWhenCompressionIsFinished) {
+  // Smooth pixels compress well.
   Surface& pixels = writable(texture());
   for (int index = 0; index < pixels.tileCount(); ++index) {
     std::byte* bytes = pixels.editTile(index);
@@ -316,9 +319,9 @@ TEST_P(PixelOperationsTest, TheCostFallsOnceCompressionIsThrough) {
   EXPECT_LT(record.memoryCost(), pixels.byteSize());
 }
 
-// What isn't there is passed over.
+// Missing targets are skipped.
 
-TEST_P(PixelOperationsTest, RecordsLeaveTheDocumentsFlagsToTheDocument) {
+TEST_P(PixelOperationsTest, RecordsDoNotSetTheDocumentsFlags) {
   for (const std::shared_ptr<UndoableOperation>& record : oneOfEach()) {
     EXPECT_FALSE(marksEdited(*document, [&] {
       record->redo();
@@ -340,7 +343,7 @@ TEST_P(PixelOperationsTest, ALayerDeepInTheTreeIsFound) {
   }
 }
 
-TEST_P(PixelOperationsTest, AnAbsentLayerIsLeftAloneUntilItComesBack) {
+TEST_P(PixelOperationsTest, AnAbsentLayerIsSkippedUntilItComesBack) {
   document->addLayer("Other");
   const std::vector<std::shared_ptr<UndoableOperation>> records = oneOfEach();
   const Surface before = *texture();
@@ -362,7 +365,7 @@ TEST_P(PixelOperationsTest, AnAbsentLayerIsLeftAloneUntilItComesBack) {
   }
 }
 
-TEST_P(PixelOperationsTest, WithoutPixelsOrAsAFolderNothingHappens) {
+TEST_P(PixelOperationsTest, NothingHappensIfTheTargetHasNoPixelsOrIsAFolder) {
   const std::vector<std::shared_ptr<UndoableOperation>> records = oneOfEach();
   document->addFolder("F");
   PixelEdit ofFolder = edit();
@@ -379,7 +382,7 @@ TEST_P(PixelOperationsTest, WithoutPixelsOrAsAFolderNothingHappens) {
   }
 }
 
-TEST_P(PixelOperationsTest, AFillOfAMaskThatIsGoneDoesNothingWhileTheHistoryMovesOn) {
+TEST_P(PixelOperationsTest, AFillOfAMissingMaskDoesNothingButTheHistoryMovesOn) {
   document->selectNode(layer->id);
   put(layer->isMaskSelected, true);
   document->fillSelection(DisplayColor::white());
@@ -395,12 +398,12 @@ TEST_P(PixelOperationsTest, AFillOfAMaskThatIsGoneDoesNothingWhileTheHistoryMove
   }
   for (int i = 0; i < 3; ++i) document->redo();
   EXPECT_EQ(document->undoStack.currentIndex.value(), 2);
-  EXPECT_TRUE(texture()->equals(pixels)) << "nothing meant for the mask reaches the layer";
+  EXPECT_TRUE(texture()->equals(pixels)) << "an edit of the mask never reaches the layer";
   put(layer->mask, removed);
   EXPECT_EQ(difference(pixelState(*document), filled), "");
 }
 
-TEST_P(PixelOperationsTest, ARecordOfAMaskFollowsTheLayersMask) {
+TEST_P(PixelOperationsTest, ARecordOfAMaskAppliesToTheLayersCurrentMask) {
   const Surface before = *mask();
   document->selectNode(layer->id);
   put(layer->isMaskSelected, true);

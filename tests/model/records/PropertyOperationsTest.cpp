@@ -60,7 +60,8 @@ TEST_F(PropertyOperationsTest, NameCycle) {
 TEST_F(PropertyOperationsTest, VisibilityCycle) {
   expectCycle(*document, [&] {
     put(nodeNamed(*document, "F").isVisible(), false);
-    writableHistory(*document).push(std::make_shared<VisibilityChangeOperation>(document, id("F"), true, false));
+    writableHistory(*document).push(
+        std::make_shared<VisibilityChangeOperation>(document, id("F"), true, false));
   });
   EXPECT_EQ(document->undoStack.redoActionName(), "Visibility");
   EXPECT_EQ(newestCost(*document), 64);
@@ -89,7 +90,7 @@ TEST_F(PropertyOperationsTest, BatchVisibilityCycleRestoresEachNodesOwnValue) {
   EXPECT_EQ(newestCost(*document), 136);
 }
 
-TEST_F(PropertyOperationsTest, ABatchPassesOverNodesThatHaveGone) {
+TEST_F(PropertyOperationsTest, ABatchSkipsAbsentNodes) {
   const QUuid gone = id("L");
   BatchVisibilityChangeOperation record(document, {{gone, true}, {id("F"), true}}, false);
   const std::optional<LayerNode> layer = detach(*document, gone);
@@ -98,7 +99,7 @@ TEST_F(PropertyOperationsTest, ABatchPassesOverNodesThatHaveGone) {
   EXPECT_TRUE(layer->isVisible().value());
 }
 
-TEST_F(PropertyOperationsTest, ARunOfOpacityChangesReturnsToTheFirstValue) {
+TEST_F(PropertyOperationsTest, UndoOfConsecutiveOpacityChangesRestoresTheFirstValue) {
   const std::size_t before = historySize();
   changeOpacity("L", 1.0F, 0.75F);
   changeOpacity("L", 0.75F, 0.5F);
@@ -111,7 +112,7 @@ TEST_F(PropertyOperationsTest, ARunOfOpacityChangesReturnsToTheFirstValue) {
   EXPECT_EQ(opacity("L"), 0.25F);
 }
 
-TEST_F(PropertyOperationsTest, ChangesOfTwoNodesStayApart) {
+TEST_F(PropertyOperationsTest, ChangesOfTwoNodesAreNotMerged) {
   const std::size_t before = historySize();
   changeOpacity("L", 1.0F, 0.75F);
   changeOpacity("F", 1.0F, 0.5F);
@@ -130,7 +131,7 @@ TEST_F(PropertyOperationsTest, AnyOtherRecordEndsARun) {
   EXPECT_EQ(historySize(), before + 3);
 }
 
-TEST_F(PropertyOperationsTest, AnUndoneChangeIsDroppedBeforeARunGoesOn) {
+TEST_F(PropertyOperationsTest, AnUndoneChangeIsDroppedBeforeARunContinues) {
   const std::size_t before = historySize();
   changeOpacity("L", 1.0F, 0.75F);
   changeOpacity("F", 1.0F, 0.5F);
@@ -159,7 +160,7 @@ TEST_F(PropertyOperationsTest, OnlyOpacityRunsMerge) {
   EXPECT_EQ(document->findNode(layer)->name().value(), "L");
 }
 
-TEST_F(PropertyOperationsTest, ARunWhoseDocumentHasGoneStaysAsItWas) {
+TEST_F(PropertyOperationsTest, ARunWhoseDocumentIsGoneIsUnchanged) {
   UndoStack stack;
   stack.push(std::make_shared<OpacityChangeOperation>(document, id("L"), 1.0F, 0.75F));
   const auto late = std::make_shared<OpacityChangeOperation>(document, id("L"), 0.75F, 0.5F);
@@ -183,7 +184,7 @@ TEST_F(PropertyOperationsTest, UndoOfARenameWaitsForItsNode) {
   EXPECT_EQ(node->name().value(), "L");
 }
 
-TEST_F(PropertyOperationsTest, SettingTheValueANodeAlreadyHasNotifiesNobody) {
+TEST_F(PropertyOperationsTest, AnEqualValueNotifiesNobody) {
   BlendModeChangeOperation record(document, id("L"), BlendMode::normal, BlendMode::screen);
   const ChangeRecorder changes(*document);
   record.undo();

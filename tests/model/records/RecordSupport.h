@@ -1,4 +1,4 @@
-// What tests of the records share: a document's state as one comparable value, and the cycle that every
+// Helpers for tests of the records: a document's state as one comparable value, and the undo cycle that every
 // record must survive.
 #pragma once
 
@@ -29,7 +29,7 @@ inline QString nodeState(const LayerNode& node) {
   return parts.join(QChar(u' '));
 }
 
-/// Every node's identity, place and values, and the active node.
+/// Every node's identity, position and values, and the active node.
 inline QString documentState(const Document& document) {
   QStringList parts;
   for (const LayerNode& node : document.rootNodes.value()) parts << nodeState(node);
@@ -38,7 +38,7 @@ inline QString documentState(const Document& document) {
   return parts.join(QChar(u'\n'));
 }
 
-/// Runs a command that leaves one record, then undo, redo and undo: each must bring back the state as it was.
+/// Runs a command that leaves one record, then undo, redo and undo; each must restore the exact state.
 inline void expectCycle(Document& document, const std::function<void()>& command) {
   const QString before = documentState(document);
   const std::size_t records = document.undoStack.operations().size();

@@ -22,7 +22,7 @@ class SelectionChangeOperationTest : public testing::Test {
   DocumentPtr document = makeDocument(pixelWidth, pixelHeight);
 };
 
-TEST_F(SelectionChangeOperationTest, BringsBackMaskAndFlagsOfBothSides) {
+TEST_F(SelectionChangeOperationTest, RestoresMaskAndFlagsOfBothSides) {
   const SelectionState before = now();
   const auto record = begin();
   EXPECT_EQ(record->actionName(), "Lasso");
@@ -37,7 +37,7 @@ TEST_F(SelectionChangeOperationTest, BringsBackMaskAndFlagsOfBothSides) {
   }
 }
 
-TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndTouchesNoFlagOfTheDocument) {
+TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndSetsNoFlagOfTheDocument) {
   const std::shared_ptr<const Selection> selection = document->selection.value();
   const ConstTexture surface = selection->maskTexture->texture;
   const auto record = begin();
@@ -50,7 +50,7 @@ TEST_F(SelectionChangeOperationTest, RewritesTheSelectionInPlaceAndTouchesNoFlag
   EXPECT_EQ(selection->maskTexture->texture, surface);
 }
 
-TEST_F(SelectionChangeOperationTest, WithoutAStateAfterARedoChangesNothing) {
+TEST_F(SelectionChangeOperationTest, WithoutAStateAfterRedoChangesNothing) {
   const SelectionState before = now();
   const auto record = begin();
   writableSelection(*document).clear(document->context());
@@ -82,7 +82,7 @@ TEST_F(SelectionChangeOperationTest, NeedsASelectionAndItsSnapshot) {
   EXPECT_EQ(begin(), nullptr);
 }
 
-TEST_F(SelectionChangeOperationTest, WithoutASelectionNothingHappens) {
+TEST_F(SelectionChangeOperationTest, NothingHappensWithoutASelection) {
   const auto record = begin();
   const std::shared_ptr<const Selection> selection = document->selection.value();
   writableSelection(*document).selectAll(document->context());
@@ -97,10 +97,10 @@ TEST_F(SelectionChangeOperationTest, WithoutASelectionNothingHappens) {
   EXPECT_EQ(difference(now(), all), "");
   record->undo();
   record->redo();
-  EXPECT_EQ(difference(now(), all), "") << "the state after is still the one that was captured";
+  EXPECT_EQ(difference(now(), all), "") << "the state after is still the captured one";
 }
 
-TEST_F(SelectionChangeOperationTest, GoesToTheSelectionOfTheMoment) {
+TEST_F(SelectionChangeOperationTest, AppliesToTheCurrentSelection) {
   const SelectionState before = now();
   const auto record = begin();
   document->crop({0, 0, 40, 50}, "Crop");
@@ -111,7 +111,7 @@ TEST_F(SelectionChangeOperationTest, GoesToTheSelectionOfTheMoment) {
   EXPECT_EQ(document->selection.value()->flags(), before.flags);
 }
 
-TEST_F(SelectionChangeOperationTest, AClosedDocumentEndsItQuietly) {
+TEST_F(SelectionChangeOperationTest, StepsOfAClosedDocumentDoNothing) {
   const auto record = begin();
   const std::shared_ptr<const Selection> selection = document->selection.value();
   writableSelection(*document).selectAll(document->context());
@@ -125,7 +125,7 @@ TEST_F(SelectionChangeOperationTest, AClosedDocumentEndsItQuietly) {
   EXPECT_FALSE(selection->isFullSelection.value());
 }
 
-TEST_F(SelectionChangeOperationTest, CostsItsSnapshots) {
+TEST_F(SelectionChangeOperationTest, CostIsThatOfItsSnapshots) {
   const auto record = begin();
   const auto before = TextureSnapshot::capture(selectionMask(*document), document->context());
   TextureSnapshot::waitForCompression();
