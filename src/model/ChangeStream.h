@@ -22,7 +22,8 @@ class ChangeStream {
   ChangeStream& operator=(const ChangeStream&) = delete;
 
   /// Observers are called in order of subscription. A handler may edit the document; its changes are
-  /// delivered to all observers after the current batch.
+  /// delivered to all observers after the current batch, so a handler may find the document already ahead of
+  /// the batch it is given.
   [[nodiscard]] Subscription observe(Handler handler) const;
 
  private:

@@ -200,17 +200,20 @@ std::shared_ptr<FrozenComposite> Document::freezeComposite() const {
 
 void Document::undo() {
   DocumentEdit edit(*this, editKind::history);
-  stepHistory(edit, history_.nextUndo(), &UndoStack::undo);
+  stepHistory(edit, history_.nextUndo().get(), &UndoStack::undo);
 }
 
 void Document::redo() {
   DocumentEdit edit(*this, editKind::history);
-  stepHistory(edit, history_.nextRedo(), &UndoStack::redo);
+  stepHistory(edit, history_.nextRedo().get(), &UndoStack::redo);
 }
 
-void Document::stepHistory(DocumentEdit& edit, const UndoStack::Record& record, void (UndoStack::*step)()) {
-  const std::uint64_t recordBytes = record != nullptr ? record->bytesToStep() : 0;
-  if (edit.admits(editCost::ofStep(*this, recordBytes))) edit.stepHistory(step);
+void Document::stepHistory(DocumentEdit& edit, const UndoableOperation* record, void (UndoStack::*step)()) {
+  if (record == nullptr || edit.admits(editCost::ofStep(*this, record->costToStep()))) edit.stepHistory(step);
+}
+
+void Document::endOpenEdits() {
+  const DocumentEdit edit(*this, editKind::settled);
 }
 
 bool Document::admitsEdit(std::uint64_t bytes) {

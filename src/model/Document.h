@@ -205,7 +205,7 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Inverts colours within the selection; a mask is inverted as a whole.
   void invertActive();
   /// The layer's pixels under the selection; none if nothing is selected.
-  [[nodiscard]] std::optional<PixelClipboard> copyPixels() const;
+  [[nodiscard]] std::optional<PixelClipboard> copyPixels();
   /// `copyPixels`, followed by a transparent fill, which is recorded under that name.
   [[nodiscard]] std::optional<PixelClipboard> cutPixels();
   /// Adds a layer with the pixels at their original position, converted to this colour mode and clipped to
@@ -270,6 +270,10 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Stores the tool and the chosen members of the groups in the document.
   void rememberTool(Tool tool, const QHash<QString, Tool>& variants);
 
+  /// Ends every open edit as a change of tool does, so that the document holds what is shown: before it is
+  /// saved, exported or closed.
+  void endOpenEdits();
+
   // The file.
   void setName(const QString& newName);
   /// Whether there are unsaved changes.
@@ -294,7 +298,7 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Changes the selection and records the change.
   void changeSelection(DocumentEdit& edit, const QString& actionName,
                        const std::function<void(Selection&)>& change);
-  void stepHistory(DocumentEdit& edit, const UndoStack::Record& record, void (UndoStack::*step)());
+  void stepHistory(DocumentEdit& edit, const UndoableOperation* record, void (UndoStack::*step)());
   bool flatten(std::chrono::steady_clock::time_point deadline);
 
   MetalContext& context_;

@@ -200,7 +200,7 @@ FrozenComposite::FrozenComposite(const Document& document)
     : composite_(*document.compositedTexture.value()), compositor_(document.context()) {
   if (document.isCompositeCurrent()) return;
   // Copies of the temporaries keep their finished tiles.
-  for (const Texture& surface : document.compositor().texturePool()) {
+  for (const ConstTexture& surface : document.compositor().texturePool()) {
     compositor_.texturePool_.push_back(std::make_shared<Surface>(*surface));
   }
   run_ = compositor_.beginRun(document, composite_, DocumentCompositor::Sources::copied);

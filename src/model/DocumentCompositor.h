@@ -44,7 +44,9 @@ class DocumentCompositor {
                                     CompositeScope scope = CompositeScope::changedTiles);
 
   /// Temporaries of isolating folders, kept between runs.
-  [[nodiscard]] const std::vector<Texture>& texturePool() const { return texturePool_; }
+  [[nodiscard]] std::vector<ConstTexture> texturePool() const {
+    return {texturePool_.begin(), texturePool_.end()};
+  }
   /// The next slot to hand out; after a run, the number of slots it used.
   [[nodiscard]] int texturePoolIndex() const { return texturePoolIndex_; }
 

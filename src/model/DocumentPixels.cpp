@@ -1,5 +1,6 @@
 // Commands on the active node's pixels, and on layer masks.
 #include <utility>
+#include <vector>
 
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
@@ -32,10 +33,10 @@ Texture pixelsInMode(const PixelClipboard& clipboard, ColorMode mode, const Meta
   return converted;
 }
 
-std::uint64_t costOfRewriting(const Document& document, const Surface& surface,
-                              const std::shared_ptr<const Selection>& selected) {
-  const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
-  return editCost::ofTiles(document, surface, editCost::tilesRewritten(surface, weight));
+/// Whether this very layer is one of the document's: a caller may still hold one that was removed.
+bool isInTree(const Document& document, const Layer& layer) {
+  const std::optional<LayerNode> node = document.findNode(layer.id);
+  return node && node->layer().get() == &layer;
 }
 
 /// Removes the mask and makes the pixels the target of edits.
@@ -53,8 +54,12 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   if (layer == nullptr || layer->texture.value() == nullptr) return;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
   const std::shared_ptr<const Selection> selected = activeSelection();
+  const Surface& standing = *layer->surface(kind);
   // Without a selection every tile becomes uniform.
-  if (selected != nullptr && !edit.admits(costOfRewriting(*this, *layer->surface(kind), selected))) return;
+  const std::vector<int> tiles = selected != nullptr
+                                     ? editCost::tilesBlended(standing, *selected->maskTexture->texture)
+                                     : std::vector<int>{};
+  if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
   PixelEdit record{.actionName = actionName,
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -92,7 +97,10 @@ void Document::invertActive() {
   if (layer == nullptr || layer->texture.value() == nullptr) return;
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
   const std::shared_ptr<const Selection> selected = kind == SurfaceKind::mask ? nullptr : activeSelection();
-  if (!edit.admits(costOfRewriting(*this, *layer->surface(kind), selected))) return;
+  const Surface& standing = *layer->surface(kind);
+  const std::vector<int> tiles = editCost::tilesRewritten(
+      standing, selected != nullptr ? selected->maskTexture->texture.get() : nullptr);
+  if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
   PixelEdit record{.actionName = QStringLiteral("Invert"),
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -111,13 +119,13 @@ void Document::invertActive() {
   edit.record(std::make_shared<InvertLayerOperation>(std::move(record), mode, std::move(weight), kind));
 }
 
-std::optional<PixelClipboard> Document::copyPixels() const {
+std::optional<PixelClipboard> Document::copyPixels() {
   const std::shared_ptr<Layer> layer = activeLayer();
   const std::shared_ptr<const Selection> selected = activeSelection();
   if (layer == nullptr || layer->texture.value() == nullptr || selected == nullptr) return std::nullopt;
   const Surface& weight = *selected->maskTexture->texture;
   const std::optional<PixelRect> bounds = context_.selectionBounds(weight);
-  if (!bounds) return std::nullopt;
+  if (!bounds || !admitsEdit(editCost::ofCopy(*layer->texture.value(), weight, *bounds))) return std::nullopt;
 
   const PixelFormat format = layerPixelFormat(colorMode.value());
   const Texture copy = context_.makeTexture(format, bounds->width, bounds->height);
@@ -154,8 +162,12 @@ void Document::pastePixels(const PixelClipboard& clipboard) {
 
 void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
   DocumentEdit edit(*this, editKind::addition);
-  if (layer->mask.value() != nullptr) return;
+  if (!isInTree(*this, *layer) || layer->mask.value() != nullptr) return;
   const std::shared_ptr<const Selection> selected = activeSelection();
+  // The mask shares the selection's tiles, but the layer is flattened under it.
+  const std::vector<int> masked =
+      selected != nullptr ? editCost::dataTiles(*selected->maskTexture->texture) : std::vector<int>{};
+  if (!edit.admits(editCost::ofFlattening(*this, masked))) return;
   const std::shared_ptr<MaskTexture> contents =
       selected != nullptr
           ? MaskTexture::create(selected->maskTexture->width, selected->maskTexture->height, context_)
@@ -166,6 +178,7 @@ void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
 
   const auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), contents);
   edit.setMask(*layer, mask);
+  edit.setMaskThumbnail(*layer, nullptr, true);
   edit.record(std::make_shared<AddLayerMaskOperation>(shared_from_this(), layer, mask));
 }
 
@@ -173,8 +186,8 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
   DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   const ConstTexture pixels = layer->texture.value();
-  if (mask == nullptr || pixels == nullptr) return;
-  const int rewritten = editCost::tilesRewritten(*pixels, mask->maskTexture->texture.get());
+  if (!isInTree(*this, *layer) || mask == nullptr || pixels == nullptr) return;
+  const std::vector<int> rewritten = editCost::tilesBlended(*pixels, *mask->maskTexture->texture);
   if (!edit.admits(editCost::ofTiles(*this, *pixels, rewritten))) return;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
@@ -187,7 +200,8 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
 void Document::removeLayerMask(const std::shared_ptr<Layer>& layer) {
   DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
-  if (mask == nullptr) return;
+  if (!isInTree(*this, *layer) || mask == nullptr) return;
+  if (!edit.admits(editCost::ofFlattening(*this))) return;
   dropMask(edit, *layer);
   edit.record(std::make_shared<RemoveLayerMaskOperation>(shared_from_this(), layer, mask));
 }

@@ -1,8 +1,10 @@
 // Commands that change one property of a node.
+#include <set>
 #include <utility>
 
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/records/PropertyOperations.h"
 
 namespace orvanel {
@@ -19,6 +21,7 @@ void Document::setOpacity(const QUuid& nodeID, float opacity) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
+  if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;
   edit.recordOpacityChange(
       std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID, node->opacity().value(), opacity));
 }
@@ -27,6 +30,7 @@ void Document::setBlendMode(const QUuid& nodeID, BlendMode blendMode) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->blendMode().value() == blendMode) return;
+  if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;
   edit.recordAndRedo(std::make_shared<BlendModeChangeOperation>(shared_from_this(), nodeID,
                                                                 node->blendMode().value(), blendMode));
 }
@@ -45,16 +49,19 @@ void Document::setVisible(const QUuid& nodeID, bool isVisible) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->isVisible().value() == isVisible) return;
+  if (!edit.admits(editCost::ofFlattening(*this))) return;
   edit.setVisible(*node, isVisible);
   edit.record(std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
 }
 
 void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {
   DocumentEdit edit(*this, editKind::property);
+  if (!edit.admits(editCost::ofFlattening(*this))) return;
   std::vector<BatchVisibilityChangeOperation::Change> changes;
+  std::set<QUuid> seen;
   for (const QUuid& nodeID : nodeIDs) {
     const std::optional<LayerNode> node = findNode(nodeID);
-    if (!node) continue;
+    if (!node || !seen.insert(nodeID).second) continue;
     changes.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
     edit.setVisible(*node, isVisible);
   }
@@ -96,7 +103,8 @@ void Document::setMaskLinked(const QUuid& layerID, bool isMaskLinked) {
 
 void Document::setMaskEnabled(const QUuid& layerID, bool isEnabled) {
   DocumentEdit edit(*this, editKind::property);
-  if (const auto layer = layerOf(*this, layerID)) edit.setMaskEnabled(*layer, isEnabled);
+  const std::shared_ptr<Layer> layer = layerOf(*this, layerID);
+  if (layer != nullptr && edit.admits(editCost::ofFlattening(*this))) edit.setMaskEnabled(*layer, isEnabled);
 }
 
 }  // namespace orvanel

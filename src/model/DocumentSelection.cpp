@@ -1,6 +1,7 @@
 // Commands on the selection. None of them makes the document dirty.
 #include "model/Document.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/records/SelectionChangeOperation.h"
 
 namespace orvanel {
@@ -43,6 +44,8 @@ void Document::deselect() {
 
 void Document::invertSelection() {
   DocumentEdit edit(*this, editKind::selection);
+  const std::shared_ptr<const Selection>& standing = selection.value();
+  if (standing == nullptr || !edit.admits(editCost::ofMaskLike(*standing->maskTexture->texture))) return;
   changeSelection(edit, QStringLiteral("Invert Selection"),
                   [this](Selection& current) { current.invert(context_); });
 }
@@ -50,7 +53,9 @@ void Document::invertSelection() {
 void Document::selectLayerTransparency(const Layer& layer) {
   DocumentEdit edit(*this, editKind::selection);
   const ConstTexture pixels = layer.texture.value();
-  if (pixels == nullptr) return;
+  // The layer may have been removed before the canvas changed its size.
+  if (pixels == nullptr || !haveSameSize(*pixels, *compositedTexture.value())) return;
+  if (!edit.admits(editCost::ofMaskLike(*pixels))) return;
   edit.ensureSelection();
   changeSelection(edit, QStringLiteral("Select Layer Transparency"), [&](Selection& current) {
     context_.extractAlpha(*pixels, current.pixels(), colorMode.value());
@@ -61,7 +66,7 @@ void Document::selectLayerTransparency(const Layer& layer) {
 void Document::selectChannel(int index) {
   DocumentEdit edit(*this, editKind::selection);
   const ConstTexture flattened = composite();
-  if (flattened == nullptr) return;
+  if (flattened == nullptr || !edit.admits(editCost::ofMaskLike(*flattened))) return;
   edit.ensureSelection();
   changeSelection(edit, QStringLiteral("Select Channel"), [&](Selection& current) {
     context_.extractChannel(*flattened, current.pixels(), index);

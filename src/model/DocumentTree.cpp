@@ -5,6 +5,7 @@
 #include "model/Document.h"
 #include "model/NodeWalk.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "model/edit/PropertyWriter.h"
 #include "model/records/LayerTreeOperations.h"
 
@@ -119,6 +120,7 @@ void Document::removeNode(const QUuid& nodeID) {
   // Checks only the node itself: deleting a folder may delete the last layer.
   if (node->layer() != nullptr && layerCount() < 2) return;
 
+  if (!edit.admits(editCost::ofFlattening(*this))) return;
   auto record = std::make_shared<RemoveNodeOperation>(shared_from_this(), nodeID);
   edit.removeNode(nodeID);
   const LayerNodeList& list =
@@ -161,6 +163,7 @@ void Document::duplicateNode(const QUuid& nodeID) {
   const std::optional<TreePosition> source = treePosition(nodeID);
   if (!node || !source) return;
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
+  if (!edit.admits(editCost::ofFlattening(*this))) return;
   const LayerNode copy = copyOfNode(*node, *this);
   edit.insertNode(copy, {.parentID = source->parentID, .index = source->index + 1});
   edit.setActiveNode(copy.id());

@@ -8,6 +8,7 @@
 namespace orvanel {
 
 OpenEdit::OpenEdit(const DocumentPtr& document, Ground ground) : document_(document), ground_(ground) {
+  endAll(*document, ground == Ground::surface ? EndsOpenEdits::ofTheSurfaces : EndsOpenEdits::ofTheSelection);
   document->openEdits_.push_back(this);
 }
 
@@ -21,16 +22,22 @@ void OpenEdit::close() {
 }
 
 void OpenEdit::endAll(Document& document, EndsOpenEdits which) {
-  if (which == EndsOpenEdits::none) return;
   const auto mustEnd = [which](const OpenEdit* edit) {
-    return which == EndsOpenEdits::all || edit->ground_ == Ground::selection;
+    switch (which) {
+      case EndsOpenEdits::none:
+        return false;
+      case EndsOpenEdits::ofTheSurfaces:
+        return edit->ground_ == Ground::surface;
+      case EndsOpenEdits::ofTheSelection:
+        return edit->ground_ == Ground::selection;
+      case EndsOpenEdits::all:
+        return true;
+    }
+    return false;
   };
+  // Ending one notifies observers, who may destroy it or end others.
   const auto next = [&] { return std::ranges::find_if(document.openEdits_, mustEnd); };
-  for (auto it = next(); it != document.openEdits_.end(); it = next()) {
-    OpenEdit& edit = **it;
-    edit.end();
-    edit.close();
-  }
+  for (auto it = next(); it != document.openEdits_.end(); it = next()) (*it)->end();
 }
 
 }  // namespace orvanel

@@ -1,5 +1,6 @@
 // An edit that stays open while the user experiments: a drag, a free transform, an adjustment. Its document
-// knows it, and ends it before changing anything it depends on. Owned by the tool, window or script that
+// knows it, and ends it before changing anything it depends on. At most one is open on the document's
+// surfaces, and one on its selection: a new one ends the one before. Owned by the tool, window or script that
 // performs it; main thread only.
 #pragma once
 
@@ -15,6 +16,7 @@ class OpenEdit {
  public:
   OpenEdit(const OpenEdit&) = delete;
   OpenEdit& operator=(const OpenEdit&) = delete;
+  /// Derived classes end the edit while it is open.
   virtual ~OpenEdit();
 
   /// False once it was kept, taken back or ended, or its document was closed. All operations on a closed edit

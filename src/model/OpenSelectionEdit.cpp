@@ -17,7 +17,9 @@ OpenSelectionEdit::OpenSelectionEdit(const DocumentPtr& document, const QString&
   record_ = SelectionChangeOperation::create(actionName, document);
 }
 
-OpenSelectionEdit::~OpenSelectionEdit() = default;
+OpenSelectionEdit::~OpenSelectionEdit() {
+  OpenSelectionEdit::end();
+}
 
 void OpenSelectionEdit::show(
     const std::function<void(const Document& document, Selection& selection)>& write) {

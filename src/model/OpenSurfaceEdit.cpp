@@ -1,6 +1,7 @@
 #include "model/OpenSurfaceEdit.h"
 
 #include <utility>
+#include <vector>
 
 #include "model/edit/DocumentEdit.h"
 #include "model/edit/EditCost.h"
@@ -10,12 +11,13 @@
 namespace orvanel {
 
 std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& document,
-                                                        const std::shared_ptr<Layer>& layer,
-                                                        SurfaceKind kind, Purpose purpose,
-                                                        const QString& actionName) {
+                                                        const std::shared_ptr<Layer>& layer, SurfaceKind kind,
+                                                        Purpose purpose, const QString& actionName) {
   const Surface& surface = *layer->surface(kind);
-  const int tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, nullptr)
-                                               : editCost::tilesMoved(surface);
+  const std::shared_ptr<const Selection> selected = document->activeSelection();
+  const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
+  const std::vector<int> tiles =
+      purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight) : editCost::tilesMoved(surface);
   if (!document->admitsEdit(editCost::ofTiles(*document, surface, tiles))) return nullptr;
   return std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kind, purpose, actionName));
 }
@@ -39,7 +41,9 @@ OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<La
   }
 }
 
-OpenSurfaceEdit::~OpenSurfaceEdit() = default;
+OpenSurfaceEdit::~OpenSurfaceEdit() {
+  OpenSurfaceEdit::end();
+}
 
 void OpenSurfaceEdit::show(const std::function<void(const Document& document, Surface& live)>& draw) {
   const DocumentPtr target = document();
@@ -51,30 +55,31 @@ void OpenSurfaceEdit::show(const std::function<void(const Document& document, Su
 void OpenSurfaceEdit::keep() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
+  close();
   DocumentEdit edit(*target, editKind::kept);
   const Surface& live = edit.surface(*layer_, kind_);
   if (record_ != nullptr) {
     record_->setSnapshotAfter(TextureSnapshot::captureReady(live, target->context()));
     edit.record(std::exchange(record_, nullptr));
   }
-  close();
 }
 
 void OpenSurfaceEdit::takeBack() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
+  close();
   DocumentEdit edit(*target, editKind::takenBack);
   edit.surface(*layer_, kind_) = original_;
-  close();
 }
 
 void OpenSurfaceEdit::end() {
+  if (!isOpen()) return;
   const ConstTexture live = layer_->surface(kind_);
   const bool isChanged = live != nullptr && !SurfaceTrace(original_).changedTiles(*live).empty();
   if (isChanged) {
     keep();
   } else {
-    takeBack();
+    close();
   }
 }
 

@@ -27,6 +27,26 @@ ConstTexture colorsOfMask(const Surface& mask, const MetalContext& context) {
   return colors;
 }
 
+/// The surface that is sampled, before its conversion to colours; may be null.
+ConstTexture sourceOf(const Document& document, bool sampleAllLayers) {
+  if (sampleAllLayers) return document.compositedTexture.value();
+  const std::shared_ptr<Layer> layer = document.activeLayer();
+  return layer != nullptr ? layer->activeEditTexture() : nullptr;
+}
+
+/// The most memory that a press can take: the sample in colours, the match, the mask it is combined in, that
+/// mask as it was and, at a byte a pixel, what is known of pixels already visited.
+std::uint64_t mostBytesOf(const ConstTexture& source) {
+  if (source == nullptr) return 0;
+  bool holdsData = false;
+  for (int index = 0; index < source->tileCount(); ++index) holdsData |= !source->tile(index).isUniform();
+  // Uniform tiles match as a whole.
+  if (!holdsData) return 0;
+  constexpr auto bytesPerMatchedPixel = static_cast<std::uint64_t>(bytesPerPixel(PixelFormat::rgba16Float) +
+                                                                   3 * bytesPerPixel(maskPixelFormat) + 1);
+  return bytesPerMatchedPixel * tilePixels * static_cast<std::uint64_t>(source->tileCount());
+}
+
 ConstTexture sampleOf(Document& document, bool sampleAllLayers) {
   if (sampleAllLayers) return document.composite();
   const std::shared_ptr<Layer> layer = document.activeLayer();
@@ -59,14 +79,9 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
   if (x < 0 || y < 0 || x >= document->canvasWidth.value() || y >= document->canvasHeight.value()) {
     return nullptr;
   }
+  if (!document->admitsEdit(mostBytesOf(sourceOf(*document, settings.sampleAllLayers)))) return nullptr;
   ConstTexture sample = sampleOf(*document, settings.sampleAllLayers);
   if (sample == nullptr) return nullptr;
-  // Any tile may match, and combining the match needs a mask of its own.
-  constexpr std::uint64_t masks = 3;
-  const auto maskTileBytes = static_cast<std::uint64_t>(tilePixels) * bytesPerPixel(maskPixelFormat);
-  if (!document->admitsEdit(masks * maskTileBytes * static_cast<std::uint64_t>(sample->tileCount()))) {
-    return nullptr;
-  }
   std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(sample), x, y, mode));
   wand->select(settings);
   return wand;

@@ -40,9 +40,23 @@ void SnapshotContents::append(const Tile& tile) {
   ++tileCount_;
 }
 
+const SnapshotContents::Run& SnapshotContents::runOf(int index) const {
+  return *std::prev(std::upper_bound(runs_.begin(), runs_.end(), index,
+                                     [](int tile, const Run& next) { return tile < next.firstTile; }));
+}
+
+bool SnapshotContents::isDataUnlike(int index, const Tile& standing) const {
+  const Run& run = runOf(index);
+  if (run.firstSlot == noSlot) return false;
+  if (standing.isUniform()) return true;
+  const Slot& slot = slots_[run.firstSlot + static_cast<std::size_t>(index - run.firstTile)];
+  const std::lock_guard guard(lock_);
+  const Tile& raw = slot.raw.tile();
+  return standing.version() != (raw.isUniform() ? slot.twin->version() : raw.version());
+}
+
 Tile SnapshotContents::tileLike(int index, const Tile& standing) {
-  const Run& run = *std::prev(std::upper_bound(
-      runs_.begin(), runs_.end(), index, [](int tile, const Run& next) { return tile < next.firstTile; }));
+  const Run& run = runOf(index);
   if (run.firstSlot == noSlot) return Tile::uniform(run.pixel);
   Slot& slot = slots_[run.firstSlot + static_cast<std::size_t>(index - run.firstTile)];
   std::shared_ptr<CompressedTile> twin;

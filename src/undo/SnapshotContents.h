@@ -29,6 +29,8 @@ class SnapshotContents {
   [[nodiscard]] int tileY(int index) const { return firstTileY_ + index / tilesAcross_; }
   /// The tile at a place. One that equals `standing` is returned as `standing` without decompressing.
   [[nodiscard]] Tile tileLike(int index, const Tile& standing);
+  /// Whether the tile at a place is data, and other data than `standing`.
+  [[nodiscard]] bool isDataUnlike(int index, const Tile& standing) const;
 
   void setReady(bool isReady);
 
@@ -54,6 +56,7 @@ class SnapshotContents {
   static constexpr std::size_t noSlot = ~std::size_t{0};
 
   void append(const Tile& tile);
+  [[nodiscard]] const Run& runOf(int index) const;
   void compress(std::size_t slot);
   void keepRaw(Slot& slot, const Tile& tile);
   void dropRaw(Slot& slot);

@@ -47,8 +47,24 @@ std::int64_t TextureSnapshot::uncompressedSize() const {
   return static_cast<std::int64_t>(region_.width) * bytesPerPixel(pixelFormat_) * region_.height;
 }
 
+std::size_t TextureSnapshot::dataTileCount() const {
+  return contents_->dataTileCount();
+}
+
 std::uint64_t TextureSnapshot::dataBytes() const {
-  return contents_->dataTileCount() * tilePixels * static_cast<std::uint64_t>(bytesPerPixel(pixelFormat_));
+  return dataTileCount() * tilePixels * static_cast<std::uint64_t>(bytesPerPixel(pixelFormat_));
+}
+
+std::vector<int> TextureSnapshot::dataTilesUnlike(const Surface& standing) const {
+  std::vector<int> tiles;
+  for (int index = 0; index < contents_->tileCount(); ++index) {
+    const int tileX = contents_->tileX(index);
+    const int tileY = contents_->tileY(index);
+    if (tileX >= standing.tilesAcross() || tileY >= standing.tilesDown()) continue;
+    const int tile = standing.tileIndex(tileX, tileY);
+    if (contents_->isDataUnlike(index, standing.tile(tile))) tiles.push_back(tile);
+  }
+  return tiles;
 }
 
 bool TextureSnapshot::isCompressed() const {

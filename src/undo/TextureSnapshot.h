@@ -39,8 +39,12 @@ class TextureSnapshot {
   [[nodiscard]] int height() const { return region_.height; }
   /// Bytes of the packed rows.
   [[nodiscard]] std::int64_t uncompressedSize() const;
+  /// Number of tiles that aren't uniform.
+  [[nodiscard]] std::size_t dataTileCount() const;
   /// Bytes of the tiles that aren't uniform: what restoring can take.
   [[nodiscard]] std::uint64_t dataBytes() const;
+  /// Tiles of `standing` that restoring would replace by data, in ascending order. No pixels are compared.
+  [[nodiscard]] std::vector<int> dataTilesUnlike(const Surface& standing) const;
   /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;
   /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the

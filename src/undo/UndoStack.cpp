@@ -73,12 +73,12 @@ UndoStack::Record UndoStack::recordAt(std::int64_t index) const {
 }
 
 std::optional<QString> UndoStack::undoActionName() const {
-  const Record record = nextUndo();
+  const auto record = nextUndo();
   return record != nullptr ? std::optional(record->actionName()) : std::nullopt;
 }
 
 std::optional<QString> UndoStack::redoActionName() const {
-  const Record record = nextRedo();
+  const auto record = nextRedo();
   return record != nullptr ? std::optional(record->actionName()) : std::nullopt;
 }
 
@@ -145,7 +145,7 @@ void UndoStack::operationsChanged() {
 }
 
 void UndoStack::positionChanged() {
-  std::array<Record, 2> beside{nextUndo(), nextRedo()};
+  std::array<Record, 2> beside{recordAt(currentIndex.value()), recordAt(currentIndex.value() + 1)};
   for (const Record& record : ready_) {
     if (record != nullptr && record != beside[0] && record != beside[1]) record->setReady(false);
   }

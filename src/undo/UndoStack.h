@@ -40,8 +40,12 @@ class UndoStack {
   void redo();
 
   /// The record that the next undo takes back, or the next redo carries out; null when there is none.
-  [[nodiscard]] Record nextUndo() const { return recordAt(currentIndex.value()); }
-  [[nodiscard]] Record nextRedo() const { return recordAt(currentIndex.value() + 1); }
+  [[nodiscard]] std::shared_ptr<const UndoableOperation> nextUndo() const {
+    return recordAt(currentIndex.value());
+  }
+  [[nodiscard]] std::shared_ptr<const UndoableOperation> nextRedo() const {
+    return recordAt(currentIndex.value() + 1);
+  }
   [[nodiscard]] std::optional<QString> undoActionName() const;
   [[nodiscard]] std::optional<QString> redoActionName() const;
 

@@ -4,6 +4,7 @@
 #include <QString>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace orvanel {
 
@@ -19,8 +20,13 @@ class UndoableOperation {
   /// Bytes that exist because of the record now; falls as its snapshots are compressed.
   [[nodiscard]] virtual std::int64_t memoryCost() const = 0;
 
-  /// The most bytes of pixels that undoing or redoing it can take.
-  [[nodiscard]] virtual std::uint64_t bytesToStep() const { return 0; }
+  /// The most pixel memory that the next step over it can take: an undo while it is applied, else a redo.
+  struct StepCost {
+    std::uint64_t bytes = 0;
+    /// Tiles of the canvas whose pixels change, in any order.
+    std::vector<int> tiles;
+  };
+  [[nodiscard]] virtual StepCost costToStep() const { return {}; }
 
   /// Called when the record becomes one of the two next to the history's position, and when it ceases to be.
   /// The next step may be this record's, so it should be fast, at the cost of some memory.

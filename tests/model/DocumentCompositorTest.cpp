@@ -264,7 +264,7 @@ TEST_F(DocumentCompositorTest, SiblingFoldersHaveTheirOwnTemporaries) {
   addIsolatedFolder("G", "M");
   composite();
   ASSERT_EQ(compositor.texturePoolIndex(), 2);
-  const std::vector<Texture> first = compositor.texturePool();
+  const std::vector<ConstTexture> first = compositor.texturePool();
   EXPECT_NE(first[0], first[1]);
   put(document->needsCompositing, true);
   composite();
@@ -308,7 +308,7 @@ TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysInThePool) {
   isolate(*folder);
   composite();
   ASSERT_EQ(poolSize(), 1U);
-  const Texture old = compositor.texturePool().front();
+  const ConstTexture old = compositor.texturePool().front();
   resizeCanvas(50, 20);
   composite();
   ASSERT_EQ(poolSize(), 2U);
@@ -323,7 +323,7 @@ TEST_F(DocumentCompositorTest, ThePoolSettlesAfterAResize) {
   composite();
   resizeCanvas(50, 20);
   composite();
-  const std::vector<Texture> settled = compositor.texturePool();
+  const std::vector<ConstTexture> settled = compositor.texturePool();
   EXPECT_EQ(settled.size(), 3U) << "the second slot was free for reuse";
   EXPECT_EQ(compositor.texturePoolIndex(), 3);
   put(layer->opacity, 0.25F);

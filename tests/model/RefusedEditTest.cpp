@@ -30,7 +30,10 @@ const std::vector<Command> commands{
      }},
     {"colorMode", [](Document& d) { d.changeColorMode(ColorMode::rgb8); }},
     {"applyMask", [](Document& d) { d.applyLayerMask(d.activeLayer()); }},
-    {"paste", [](Document& d) { d.pastePixels(d.copyPixels().value()); }},
+    {"copy", [](Document& d) { EXPECT_FALSE(d.copyPixels()); }},
+    {"selectTransparency", [](Document& d) { d.selectLayerTransparency(*d.activeLayer()); }},
+    {"selectChannel", [](Document& d) { d.selectChannel(0); }},
+    {"invertSelection", [](Document& d) { d.invertSelection(); }},
     {"undo", [](Document& d) { d.undo(); }},
     {"levels", [](Document& d) { EXPECT_FALSE(LevelsAdjustment::begin(d.shared_from_this()).has_value()); }},
 };
@@ -66,6 +69,79 @@ TEST_P(RefusedEditTest, LeavesEverythingUnchangedAndReportsTheRefusal) {
 
 INSTANTIATE_TEST_SUITE_P(Commands, RefusedEditTest, testing::Range<std::size_t>(0, commands.size()),
                          [](const auto& tested) { return commands[tested.param].name; });
+
+TEST(RefusedEdits, ARefusedPasteLeavesNoLayer) {
+  std::mt19937 random{4};
+  const DocumentPtr document = makeRandomDocument(ColorMode::rgb8, random);
+  selectRandomly(*document, random);
+  const std::optional<PixelClipboard> copied = document->copyPixels();
+  ASSERT_TRUE(copied.has_value());
+  const int layers = document->layerCount();
+  const ScopedMemoryLimit limit(0);
+  document->pastePixels(*copied);
+  EXPECT_EQ(document->layerCount(), layers);
+}
+
+class RefusedSteps : public testing::Test {
+ protected:
+  static constexpr int side = 4 * tileSide;
+  static constexpr std::uint64_t tileBytes = std::uint64_t{tilePixels} * 4;
+
+  /// A layer that is data everywhere, flattened, with one tile inverted.
+  void SetUp() override {
+    writable(document->activeLayer()->texture.value()) = randomSurface(side);
+    document->selectAll();
+    Selection& selected = writableSelection(*document);
+    selected.setRect({0, 0, tileSide, tileSide}, 0.0F, document->context());
+    static_cast<void>(document->composite());
+    document->invertActive();
+    static_cast<void>(document->composite());
+    TextureSnapshot::waitForCompression();
+  }
+
+  [[nodiscard]] static Surface randomSurface(int size) {
+    Surface surface(PixelFormat::rgba8Unorm, size, size);
+    for (int index = 0; index < surface.tileCount(); ++index) {
+      std::byte* out = surface.editTile(index);
+      for (std::uint64_t i = 0; i < tileBytes; ++i) out[i] = static_cast<std::byte>(i * 31 + i / 4 | 0x0FU);
+    }
+    return surface;
+  }
+
+  DocumentPtr document = makeDocument(side, side);
+};
+
+TEST_F(RefusedSteps, AStepNeedsMemoryOnlyForTheTilesItChanges) {
+  const ChangeRecorder changes(*document);
+  {
+    const ScopedMemoryLimit limit(tileBytes - 1);
+    document->undo();
+  }
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+  {
+    const ScopedMemoryLimit limit(2 * tileBytes);
+    document->undo();
+    document->redo();
+  }
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+  EXPECT_EQ(document->undoStack.currentIndex.value(), recordCount(*document) - 1);
+}
+
+TEST_F(RefusedSteps, ANewIsolatingFolderNeedsMemoryForItsImage) {
+  document->addFolder("F");
+  const QUuid folder = *document->selectedNodeID.value();
+  const QUuid layer = document->rootNodes.value().front().id();
+  document->moveNode(layer, folder);
+  static_cast<void>(document->composite());
+  const ChangeRecorder changes(*document);
+  const ScopedMemoryLimit limit(15 * tileBytes);
+  document->setOpacity(layer, 0.5F);
+  EXPECT_EQ(changes.count<change::EditRefused>(), 0U);
+  document->setOpacity(folder, 0.5F);
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+  document->setBlendMode(folder, BlendMode::multiply);
+  EXPECT_EQ(changes.count<change::EditRefused>(), 2U);
+}
 
 TEST(RefusedEdits, EditsThatNeedNoMemoryAreNeverRefused) {
   const DocumentPtr document = makeDocument(2000, 1500);

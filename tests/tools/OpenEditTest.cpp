@@ -166,7 +166,65 @@ INSTANTIATE_TEST_SUITE_P(Pairs, OpenEditTest,
                                   pulls[std::get<1>(tested.param)].name;
                          });
 
+/// Two edits, the second begun while the first is open.
+class OverlappingEdits : public OpenEditTest {};
+
+TEST_P(OverlappingEdits, TheSecondEndsTheFirstOnTheSameGround) {
+  const auto& [first, second] = GetParam();
+  const Opened before = openings[first].begin(document);
+  before.show();
+  const Opened after = openings[second].begin(document);
+  constexpr std::size_t firstOfTheSelection = 3;
+  const bool isSameGround = (first < firstOfTheSelection) == (second < firstOfTheSelection);
+  EXPECT_EQ(before.isOpen(), !isSameGround);
+  EXPECT_TRUE(after.isOpen());
+  after.show();
+  before.keep();
+  after.keep();
+  expectExactHistory();
+}
+
+INSTANTIATE_TEST_SUITE_P(Pairs, OverlappingEdits,
+                         testing::Combine(testing::Range<std::size_t>(0, 5),
+                                          testing::Range<std::size_t>(0, 5)),
+                         [](const testing::TestParamInfo<Pair>& tested) {
+                           return openings[std::get<0>(tested.param)].name + "Then" +
+                                  openings[std::get<1>(tested.param)].name;
+                         });
+
 class OpenEdits : public OpenEditTest {};
+
+TEST_F(OpenEdits, ADroppedEditKeepsWhatItShows) {
+  for (const Opening& opening : openings) {
+    const std::int64_t records = recordCount(*document);
+    {
+      const Opened dropped = opening.begin(document);
+      dropped.show();
+    }
+    EXPECT_EQ(recordCount(*document), records + 1) << opening.name;
+  }
+  expectExactHistory();
+}
+
+TEST_F(OpenEdits, TheDocumentEndsThemOnRequest) {
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 30.0F});
+  SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+  const std::int64_t records = recordCount(*document);
+  document->endOpenEdits();
+  EXPECT_FALSE(levels.isOpen());
+  EXPECT_FALSE(gesture.isOpen());
+  EXPECT_EQ(recordCount(*document), records + 1) << "the gesture showed nothing";
+}
+
+TEST_F(OpenEdits, AnObserverMayDestroyAnEditThatTheDocumentEnds) {
+  std::optional<LevelsAdjustment> levels = LevelsAdjustment::begin(document);
+  levels->apply({.blackPoint = 30.0F});
+  const auto dropping = document->changes().observe([&](const DocumentChanges&) { levels.reset(); });
+  document->endOpenEdits();
+  EXPECT_FALSE(levels.has_value());
+  EXPECT_EQ(document->undoStack.undoActionName(), QStringLiteral("Levels"));
+}
 
 TEST_F(OpenEdits, AnEditUnaffectedByOtherCommandsStaysOpen) {
   LevelsAdjustment levels = LevelsAdjustment::begin(document).value();

@@ -221,7 +221,8 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
 DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, MetalContext& context) {
   const QFileInfo file(path);
   const QString name = documentName(path);
-  const auto layer = std::make_shared<Layer>(NodeValues{.name = name}, image.pixels);
+  const auto layer =
+      std::make_shared<Layer>(NodeValues{.name = name}, std::make_shared<Surface>(*image.pixels));
   DocumentPtr document = Document::create({.name = name,
                                            .width = image.pixels->width(),
                                            .height = image.pixels->height(),

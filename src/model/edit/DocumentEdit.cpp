@@ -54,6 +54,14 @@ void DocumentEdit::tell(const DocumentChange& change) {
   done();
 }
 
+const DocumentChanges& DocumentEdit::told() const {
+  return document_.batch_->changes;
+}
+
+void DocumentEdit::tellCanvas() {
+  if (!contains<change::CanvasChanged>(told())) tell(change::CanvasChanged{});
+}
+
 void DocumentEdit::tellProperty(const QUuid& nodeID, NodeProperty property) {
   if (document_.batch_->toldProperties.emplace(nodeID, property).second) {
     document_.batch_->changes.emplace_back(change::NodePropertyChanged{nodeID, property});
@@ -257,11 +265,11 @@ void DocumentEdit::resetSelection() {
 void DocumentEdit::setCanvasSize(int width, int height) {
   const bool isWidth = PropertyWriter::write(document_.canvasWidth, width);
   const bool isHeight = PropertyWriter::write(document_.canvasHeight, height);
-  if (isWidth || isHeight) tell(change::CanvasChanged{});
+  if (isWidth || isHeight) tellCanvas();
 }
 
 void DocumentEdit::setColorMode(ColorMode mode) {
-  if (PropertyWriter::write(document_.colorMode, mode)) tell(change::CanvasChanged{});
+  if (PropertyWriter::write(document_.colorMode, mode)) tellCanvas();
 }
 
 void DocumentEdit::rebuildDisplayTextures() {
@@ -277,7 +285,7 @@ void DocumentEdit::rebuildDisplayTextures() {
   document_.context().drawCheckerboard(*checkerboard, checkerboardSquare);
   PropertyWriter::write(document_.checkerboardTexture, checkerboard);
   document_.compositor_->forget();
-  done();
+  tellCanvas();
 }
 
 bool DocumentEdit::flatten(std::chrono::steady_clock::time_point deadline) {

@@ -19,6 +19,7 @@ namespace orvanel {
 /// Which open gestures and adjustments are incompatible with an edit. They end before it begins.
 enum class EndsOpenEdits {
   none,
+  ofTheSurfaces,
   ofTheSelection,
   all,
 };
@@ -51,6 +52,8 @@ inline constexpr EditKind kept{true, true, true, EndsOpenEdits::none};
 inline constexpr EditKind takenBack{false, true, true, EndsOpenEdits::none};
 /// What a selection gesture shows and keeps.
 inline constexpr EditKind selecting{false, false, false, EndsOpenEdits::none};
+/// Nothing but the end of all open edits.
+inline constexpr EditKind settled{false, false, false, EndsOpenEdits::all};
 /// View, file and other state that isn't recorded.
 inline constexpr EditKind state{false, false, false, EndsOpenEdits::none};
 }  // namespace editKind
@@ -126,18 +129,26 @@ class DocumentEdit {
   // View and file state.
   template <typename T>
   void set(Property<T> Document::*property, std::type_identity_t<T> value, ViewProperty told) {
-    if (PropertyWriter::write(document_.*property, std::move(value))) tell(change::ViewChanged{told});
+    if (PropertyWriter::write(document_.*property, std::move(value))) tellOnce<change::ViewChanged>(told);
   }
   template <typename T>
   void set(Property<T> Document::*property, std::type_identity_t<T> value, FileProperty told) {
-    if (PropertyWriter::write(document_.*property, std::move(value))) tell(change::FileStateChanged{told});
+    if (PropertyWriter::write(document_.*property, std::move(value)))
+      tellOnce<change::FileStateChanged>(told);
   }
 
-  /// Reports a change that no other operation reports, once per batch.
+  /// Reports a change that no other operation reports.
   void tell(const DocumentChange& change);
 
  private:
   void done();
+  [[nodiscard]] const DocumentChanges& told() const;
+  /// Report a change unless the batch reports it already.
+  template <typename Kind, typename T>
+  void tellOnce(T property) {
+    if (!containsAny<Kind>(told(), property)) tell(Kind{property});
+  }
+  void tellCanvas();
   void tellProperty(const QUuid& nodeID, NodeProperty property);
   void tellThumbnails(const QUuid& layerID);
   void touchSelection();

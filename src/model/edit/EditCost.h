@@ -1,26 +1,46 @@
-// The most memory that an edit can take, asked for before it begins: its own pixels and their flattening.
-// Upper bounds in bytes; main thread only.
+// The most memory that an edit can take, asked for before it begins: its own pixels and the growth of the
+// flattened image. Upper bounds in bytes, in which every node counts as visible. Main thread only.
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 #include "model/Document.h"
 
 namespace orvanel::editCost {
 
-/// Number of tiles that a kernel rewrites under `weight`, or everywhere without one. A uniform tile under a
-/// uniform weight stays uniform.
-[[nodiscard]] int tilesRewritten(const Surface& surface, const Surface* weight);
-/// All tiles, because pixels may land anywhere; none if the surface holds no data.
-[[nodiscard]] int tilesMoved(const Surface& surface);
+// Tiles, by index and in ascending order.
 
-/// An edit that rewrites this many tiles of the surface.
-[[nodiscard]] std::uint64_t ofTiles(const Document& document, const Surface& surface, int tiles);
+/// The tiles of a surface that aren't uniform.
+[[nodiscard]] std::vector<int> dataTiles(const Surface& surface);
+/// The tiles that a kernel rewrites under `weight`, or everywhere without one, and that are data then. A
+/// uniform tile under a uniform weight stays uniform.
+[[nodiscard]] std::vector<int> tilesRewritten(const Surface& surface, const Surface* weight);
+/// As `tilesRewritten`, for a kernel that at full weight makes a tile uniform or leaves it as it is.
+[[nodiscard]] std::vector<int> tilesBlended(const Surface& surface, const Surface& weight);
+/// All tiles, because pixels may land anywhere; none if the surface is uniform.
+[[nodiscard]] std::vector<int> tilesMoved(const Surface& surface);
+
+// Bytes.
+
+/// An edit that rewrites these tiles of a layer's surface.
+[[nodiscard]] std::uint64_t ofTiles(const Document& document, const Surface& surface,
+                                    const std::vector<int>& tiles);
+/// Flattening the document, where `tiles` may have become data and the folder `isolated` isolating.
+[[nodiscard]] std::uint64_t ofFlattening(const Document& document, const std::vector<int>& tiles = {},
+                                         const std::optional<QUuid>& isolated = {});
+/// Flattening this many data tiles of layers and masks for a canvas that is new.
+[[nodiscard]] std::uint64_t ofNewFlattening(const Document& document, int width, int height, ColorMode mode,
+                                            std::uint64_t dataTiles);
 /// All surfaces recreated for this size and mode.
 [[nodiscard]] std::uint64_t ofCanvas(const Document& document, int width, int height, ColorMode mode);
+/// Copying the pixels under a selection.
+[[nodiscard]] std::uint64_t ofCopy(const Surface& pixels, const Surface& weight, const PixelRect& bounds);
 /// Pasting the clipboard as a layer.
 [[nodiscard]] std::uint64_t ofPaste(const Document& document, const PixelClipboard& clipboard);
-/// Undoing or redoing a record that itself can take `recordBytes`.
-[[nodiscard]] std::uint64_t ofStep(const Document& document, std::uint64_t recordBytes);
+/// A selection mask with data where `source` has data.
+[[nodiscard]] std::uint64_t ofMaskLike(const Surface& source);
+[[nodiscard]] std::uint64_t ofStep(const Document& document, const UndoableOperation::StepCost& step);
 
 }  // namespace orvanel::editCost

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 
 namespace orvanel {
 namespace {
@@ -16,10 +17,18 @@ std::int64_t costOf(const SnapshotList& list) {
       [](std::int64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->compressedSize(); });
 }
 
-std::uint64_t dataBytesOf(const SnapshotList& list) {
-  return std::accumulate(
-      list.begin(), list.end(), std::uint64_t{0},
-      [](std::uint64_t sum, const LayerSnapshot& entry) { return sum + entry.snapshot->dataBytes(); });
+/// Bytes of the surfaces made from the snapshots and of what they are flattened into, which is new as well.
+std::uint64_t costToMake(const Document& document, int width, int height, ColorMode mode,
+                         const std::vector<const SnapshotList*>& lists) {
+  std::uint64_t bytes = 0;
+  std::uint64_t tiles = 0;
+  for (const SnapshotList* list : lists) {
+    for (const LayerSnapshot& entry : *list) {
+      bytes += entry.snapshot->dataBytes();
+      tiles += entry.snapshot->dataTileCount();
+    }
+  }
+  return bytes + editCost::ofNewFlattening(document, width, height, mode, tiles);
 }
 
 std::int64_t rawSizeOf(const SnapshotList& list) {
@@ -150,9 +159,12 @@ std::int64_t ResizeOperation::memoryCost() const {
   return costOf(before_.layers) + costOf(before_.masks) + costOf(after_.layers) + costOf(after_.masks);
 }
 
-std::uint64_t ResizeOperation::bytesToStep() const {
-  return std::max(dataBytesOf(before_.layers) + dataBytesOf(before_.masks),
-                  dataBytesOf(after_.layers) + dataBytesOf(after_.masks));
+UndoableOperation::StepCost ResizeOperation::costToStep() const {
+  const DocumentPtr target = document();
+  if (target == nullptr) return {};
+  const CanvasState& made = isApplied() ? before_ : after_;
+  return {.bytes = costToMake(*target, made.width, made.height, colorMode_, {&made.layers, &made.masks}),
+          .tiles = {}};
 }
 
 ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
@@ -185,8 +197,12 @@ void ChangeColorModeOperation::setReady(bool isReady) {
   after_.setReady(isReady);
 }
 
-std::uint64_t ChangeColorModeOperation::bytesToStep() const {
-  return std::max(dataBytesOf(before_.layers), dataBytesOf(after_.layers));
+UndoableOperation::StepCost ChangeColorModeOperation::costToStep() const {
+  const DocumentPtr target = document();
+  if (target == nullptr) return {};
+  const State& made = isApplied() ? before_ : after_;
+  return {.bytes = costToMake(*target, canvasWidth_, canvasHeight_, made.colorMode, {&made.layers}),
+          .tiles = {}};
 }
 
 std::int64_t ChangeColorModeOperation::memoryCost() const {

@@ -40,7 +40,7 @@ class ResizeOperation : public DocumentOperation {
   void redo() final { apply(after_); }
   void undo() final { apply(before_); }
   [[nodiscard]] std::int64_t memoryCost() const final;
-  [[nodiscard]] std::uint64_t bytesToStep() const final;
+  [[nodiscard]] StepCost costToStep() const final;
   void setReady(bool isReady) final;
 
  protected:
@@ -83,7 +83,7 @@ class ChangeColorModeOperation final : public DocumentOperation {
   void redo() override { apply(after_); }
   void undo() override { apply(before_); }
   [[nodiscard]] std::int64_t memoryCost() const override;
-  [[nodiscard]] std::uint64_t bytesToStep() const override;
+  [[nodiscard]] StepCost costToStep() const override;
   void setReady(bool isReady) override;
 
  private:

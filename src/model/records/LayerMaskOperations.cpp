@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "model/edit/EditCost.h"
 #include "undo/HeldBytes.h"
 
 namespace orvanel {
@@ -12,6 +13,10 @@ LayerMaskOperation::LayerMaskOperation(QString actionName, const DocumentPtr& do
 
 std::int64_t LayerMaskOperation::heldMaskBytes() const {
   return heldBytes(*mask_->maskTexture->texture);
+}
+
+std::vector<int> LayerMaskOperation::maskedTiles() const {
+  return editCost::dataTiles(*mask_->maskTexture->texture);
 }
 
 void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
@@ -90,6 +95,15 @@ void ApplyLayerMaskOperation::undo() {
   if (layer().texture.value() != nullptr) beforeSnapshot_->restore(edit.pixels(layer()), target->context());
   attachMask(edit);
   edit.renewThumbnails(layer());
+}
+
+UndoableOperation::StepCost ApplyLayerMaskOperation::costToStep() const {
+  const ConstTexture pixels = layer().texture.value();
+  const std::shared_ptr<LayerMask> mask = layer().mask.value();
+  if (pixels == nullptr || (!isApplied() && mask == nullptr)) return {};
+  std::vector<int> tiles = isApplied() ? beforeSnapshot_->dataTilesUnlike(*pixels)
+                                       : editCost::tilesRewritten(*pixels, mask->maskTexture->texture.get());
+  return {.bytes = tiles.size() * pixels->tileBytes(), .tiles = std::move(tiles)};
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {

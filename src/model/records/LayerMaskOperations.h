@@ -26,6 +26,8 @@ class LayerMaskOperation : public DocumentOperation {
   [[nodiscard]] Layer& layer() const { return *layer_; }
   /// The record's share of the mask's tiles while the mask is detached.
   [[nodiscard]] std::int64_t heldMaskBytes() const;
+  /// Tiles where attaching or detaching the mask can make the flattened image data.
+  [[nodiscard]] std::vector<int> maskedTiles() const;
 
  private:
   std::shared_ptr<Layer> layer_;
@@ -39,6 +41,7 @@ class AddLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? 0 : heldMaskBytes(); }
+  [[nodiscard]] StepCost costToStep() const override { return {.bytes = 0, .tiles = maskedTiles()}; }
 };
 
 class RemoveLayerMaskOperation final : public LayerMaskOperation {
@@ -48,6 +51,7 @@ class RemoveLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? heldMaskBytes() : 0; }
+  [[nodiscard]] StepCost costToStep() const override { return {.bytes = 0, .tiles = maskedTiles()}; }
 };
 
 /// A mask that was multiplied into the layer's alpha and removed.
@@ -60,7 +64,7 @@ class ApplyLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
-  [[nodiscard]] std::uint64_t bytesToStep() const override { return beforeSnapshot_->dataBytes(); }
+  [[nodiscard]] StepCost costToStep() const override;
   void setReady(bool isReady) override { beforeSnapshot_->setReady(isReady); }
 
  private:

@@ -1,10 +1,12 @@
 #include "model/records/LayerTreeOperations.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "model/NodeWalk.h"
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "undo/HeldBytes.h"
 
 namespace orvanel {
@@ -23,6 +25,21 @@ std::int64_t heldBytesOf(const LayerNode& node) {
     if (const std::shared_ptr<Layer> layer = held.layer()) bytes += heldBytesOf(*layer);
   });
   return bytes;
+}
+
+/// Inserting a node takes no memory of its own, but its tiles are flattened again.
+UndoableOperation::StepCost costToInsert(const LayerNode& node) {
+  std::set<int> tiles;
+  forEachNode({node}, [&](const LayerNode& inserted) {
+    const std::shared_ptr<Layer> layer = inserted.layer();
+    if (layer == nullptr) return;
+    for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
+      const ConstTexture surface = layer->surface(kind);
+      if (surface == nullptr) continue;
+      for (const int tile : editCost::dataTiles(*surface)) tiles.insert(tile);
+    }
+  });
+  return {.bytes = 0, .tiles = {tiles.begin(), tiles.end()}};
 }
 
 /// "Delete Layer", "Delete Folder", or the bare verb if there is no node.
@@ -62,6 +79,10 @@ void AddLayerOperation::undo() {
 
 std::int64_t AddLayerOperation::memoryCost() const {
   return isApplied() ? 0 : heldBytesOf(*layer_);
+}
+
+UndoableOperation::StepCost AddLayerOperation::costToStep() const {
+  return isApplied() ? StepCost{} : costToInsert(layer_);
 }
 
 AddFolderOperation::AddFolderOperation(const DocumentPtr& document, std::shared_ptr<LayerFolder> folder,
@@ -116,6 +137,10 @@ std::int64_t RemoveNodeOperation::memoryCost() const {
   return removedNode_ && isApplied() ? heldBytesOf(*removedNode_) : 0;
 }
 
+UndoableOperation::StepCost RemoveNodeOperation::costToStep() const {
+  return removedNode_ && isApplied() ? costToInsert(*removedNode_) : StepCost{};
+}
+
 MoveNodeOperation::MoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID,
                                      const TreePosition& sourcePosition)
     : DocumentOperation(QStringLiteral("Move Layer"), document),
@@ -158,6 +183,10 @@ void DuplicateNodeOperation::undo() {
 
 std::int64_t DuplicateNodeOperation::memoryCost() const {
   return duplicatedNode_ && !isApplied() ? heldBytesOf(*duplicatedNode_) : 0;
+}
+
+UndoableOperation::StepCost DuplicateNodeOperation::costToStep() const {
+  return duplicatedNode_ && !isApplied() ? costToInsert(*duplicatedNode_) : StepCost{};
 }
 
 }  // namespace orvanel

@@ -22,6 +22,7 @@ class AddLayerOperation final : public DocumentOperation {
   void undo() override;
   /// The layer's share of its tiles while its insertion is undone; otherwise they are the document's.
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   std::shared_ptr<Layer> layer_;
@@ -54,6 +55,7 @@ class RemoveNodeOperation final : public DocumentOperation {
   void undo() override;
   /// The node's share of all its tiles while it is removed.
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   std::optional<LayerNode> removedNode_;
@@ -89,6 +91,7 @@ class DuplicateNodeOperation final : public DocumentOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   std::optional<LayerNode> duplicatedNode_;

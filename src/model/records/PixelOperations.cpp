@@ -1,9 +1,9 @@
 #include "model/records/PixelOperations.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/EditCost.h"
 #include "undo/HeldBytes.h"
 
 namespace orvanel {
@@ -21,14 +21,33 @@ void PixelOperation::undo() {
   perform(&PixelOperation::undoOn);
 }
 
+std::shared_ptr<Layer> PixelOperation::layerIn(const Document& document) const {
+  const std::optional<LayerNode> node = document.findNode(layerID_);
+  const std::shared_ptr<Layer> layer = node ? node->layer() : nullptr;
+  return layer != nullptr && layer->surface(kind_) != nullptr ? layer : nullptr;
+}
+
 void PixelOperation::perform(void (PixelOperation::*step)(Target)) {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  const std::optional<LayerNode> node = target->findNode(layerID_);
-  const std::shared_ptr<Layer> layer = node ? node->layer() : nullptr;
-  if (layer == nullptr || layer->surface(kind_) == nullptr) return;
+  const std::shared_ptr<Layer> layer = layerIn(*target);
+  if (layer == nullptr) return;
   DocumentEdit edit(*target, editKind::record);
   (this->*step)({.document = *target, .surface = edit.surface(*layer, kind_)});
+}
+
+UndoableOperation::StepCost PixelOperation::costToStep() const {
+  const DocumentPtr target = document();
+  const std::shared_ptr<Layer> layer = target != nullptr ? layerIn(*target) : nullptr;
+  if (layer == nullptr) return {};
+  const Surface& standing = *layer->surface(kind_);
+  return isApplied() ? costToRestore(*snapshotBefore_, standing) : costToRedo(standing);
+}
+
+UndoableOperation::StepCost PixelOperation::costToRestore(const TextureSnapshot& snapshot,
+                                                          const Surface& standing) {
+  std::vector<int> tiles = snapshot.dataTilesUnlike(standing);
+  return {.bytes = tiles.size() * standing.tileBytes(), .tiles = std::move(tiles)};
 }
 
 void PixelOperation::undoOn(Target target) {
@@ -82,6 +101,11 @@ void InvertLayerOperation::redoOn(Target target) {
   }
 }
 
+UndoableOperation::StepCost InvertLayerOperation::costToRedo(const Surface& standing) const {
+  std::vector<int> tiles = editCost::tilesRewritten(standing, selectionTexture_.get());
+  return {.bytes = tiles.size() * standing.tileBytes(), .tiles = std::move(tiles)};
+}
+
 void StoredResultOperation::redoOn(Target target) {
   if (snapshotAfter_ != nullptr) snapshotAfter_->restore(target.surface, target.document.context());
 }
@@ -90,9 +114,8 @@ std::int64_t StoredResultOperation::memoryCost() const {
   return PixelOperation::memoryCost() + (snapshotAfter_ != nullptr ? snapshotAfter_->compressedSize() : 0);
 }
 
-std::uint64_t StoredResultOperation::bytesToStep() const {
-  const std::uint64_t before = PixelOperation::bytesToStep();
-  return snapshotAfter_ != nullptr ? std::max(before, snapshotAfter_->dataBytes()) : before;
+UndoableOperation::StepCost StoredResultOperation::costToRedo(const Surface& standing) const {
+  return snapshotAfter_ != nullptr ? costToRestore(*snapshotAfter_, standing) : StepCost{};
 }
 
 void StoredResultOperation::setReady(bool isReady) {

@@ -26,7 +26,7 @@ class PixelOperation : public DocumentOperation {
   void redo() final;
   void undo() final;
   [[nodiscard]] std::int64_t memoryCost() const override { return snapshotBefore_->compressedSize(); }
-  [[nodiscard]] std::uint64_t bytesToStep() const override { return snapshotBefore_->dataBytes(); }
+  [[nodiscard]] StepCost costToStep() const final;
   void setReady(bool isReady) override { snapshotBefore_->setReady(isReady); }
 
  protected:
@@ -40,10 +40,15 @@ class PixelOperation : public DocumentOperation {
   virtual void redoOn(Target target) = 0;
   virtual void undoOn(Target target);
   void restoreBefore(Target target) const;
+  /// What a redo can take while the surface holds what it holds now.
+  [[nodiscard]] virtual StepCost costToRedo(const Surface& standing) const = 0;
+  [[nodiscard]] static StepCost costToRestore(const TextureSnapshot& snapshot, const Surface& standing);
 
   [[nodiscard]] bool useMask() const { return kind_ == SurfaceKind::mask; }
 
  private:
+  /// The layer, if it and the surface are in the document.
+  [[nodiscard]] std::shared_ptr<Layer> layerIn(const Document& document) const;
   void perform(void (PixelOperation::*step)(Target));
 
   QUuid layerID_;
@@ -62,6 +67,8 @@ class FillLayerOperation final : public PixelOperation {
 
  private:
   void redoOn(Target target) override;
+  /// A uniform surface takes no memory.
+  [[nodiscard]] StepCost costToRedo(const Surface& /*standing*/) const override { return {}; }
 
   Color4 fillColor_{};
   ColorMode colorMode_ = ColorMode::rgb8;
@@ -75,6 +82,8 @@ class ClearLayerOperation final : public PixelOperation {
 
  private:
   void redoOn(Target target) override;
+  /// A uniform surface takes no memory.
+  [[nodiscard]] StepCost costToRedo(const Surface& /*standing*/) const override { return {}; }
 
   ColorMode colorMode_;
 };
@@ -89,6 +98,7 @@ class InvertLayerOperation final : public PixelOperation {
 
  private:
   void redoOn(Target target) override;
+  [[nodiscard]] StepCost costToRedo(const Surface& standing) const override;
 
   ColorMode colorMode_;
   Texture selectionTexture_;
@@ -102,12 +112,12 @@ class StoredResultOperation : public PixelOperation {
   /// Set once, when the edit is finished.
   void setSnapshotAfter(std::shared_ptr<TextureSnapshot> snapshot) { snapshotAfter_ = std::move(snapshot); }
   [[nodiscard]] std::int64_t memoryCost() const override;
-  [[nodiscard]] std::uint64_t bytesToStep() const override;
   void setReady(bool isReady) override;
 
  protected:
   using PixelOperation::PixelOperation;
   void redoOn(Target target) override;
+  [[nodiscard]] StepCost costToRedo(const Surface& standing) const override;
 
  private:
   std::shared_ptr<TextureSnapshot> snapshotAfter_;

@@ -1,6 +1,5 @@
 #include "model/records/SelectionChangeOperation.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "model/edit/DocumentEdit.h"
@@ -58,9 +57,14 @@ void SelectionChangeOperation::setReady(bool isReady) {
   if (after_) after_->snapshot->setReady(isReady);
 }
 
-std::uint64_t SelectionChangeOperation::bytesToStep() const {
-  const std::uint64_t before = before_.snapshot->dataBytes();
-  return after_ ? std::max(before, after_->snapshot->dataBytes()) : before;
+UndoableOperation::StepCost SelectionChangeOperation::costToStep() const {
+  const DocumentPtr target = document();
+  const std::shared_ptr<const Selection> standing = target != nullptr ? target->selection.value() : nullptr;
+  if (standing == nullptr || (!isApplied() && !after_)) return {};
+  const Surface& mask = *standing->maskTexture->texture;
+  const TextureSnapshot& restored = isApplied() ? *before_.snapshot : *after_->snapshot;
+  // The selection isn't part of the flattened image, so no tiles of the canvas change.
+  return {.bytes = restored.dataTilesUnlike(mask).size() * mask.tileBytes(), .tiles = {}};
 }
 
 std::int64_t SelectionChangeOperation::memoryCost() const {

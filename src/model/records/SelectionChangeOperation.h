@@ -21,7 +21,7 @@ class SelectionChangeOperation final : public DocumentOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
-  [[nodiscard]] std::uint64_t bytesToStep() const override;
+  [[nodiscard]] StepCost costToStep() const override;
   void setReady(bool isReady) override;
 
  private:
