@@ -21,6 +21,7 @@
 #include "io/image/LibraryMessages.h"
 #include "io/image/SvgSource.h"
 #include "raster/ColorMode.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -104,7 +105,7 @@ Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
   const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
   convertToDisplay(image);
   image.convertTo(wanted);
-  if (image.isNull()) return because(QStringLiteral("There is not enough memory for this image."));
+  if (image.isNull()) return because(notEnoughMemory());
   return DecodedImage{.image = std::move(image), .traits = traits};
 }
 
@@ -143,6 +144,8 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   LibraryMessages messages;
   auto opened = InputFile::open(path, progress);
   if (!opened) return because(opened.error());
+  // Some decoders read the whole file into memory, and a sparse file can be far larger than its disk.
+  if (!pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return because(notEnoughMemory());
   if (isTiff(**opened)) LibraryMessages::catchTiff();
   const auto file = harmlessSource(std::move(*opened));
   if (!file) return because(file.error());

@@ -192,6 +192,17 @@ TEST_F(FlatImages, AnImageTooLargeForMemoryIsRejected) {
   EXPECT_EQ(result.error().message, QStringLiteral("There is not enough memory for this image."));
 }
 
+TEST_F(FlatImages, AFileTooLargeForMemoryIsRejectedInEveryFormat) {
+  for (const char* extension : {"heic", "png", "tiff", "svg"}) {
+    QFile file(folder.filePath(QStringLiteral("sparse.") + QLatin1String(extension)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(qint64{1} << 40U));
+    const FileResult<FlatImage> result = readFlatImage(file.fileName(), context);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error().message, QStringLiteral("There is not enough memory for this image."));
+  }
+}
+
 TEST_F(FlatImages, ExportFailsWithoutMemory) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   const ConstTexture composite = document->composite();
