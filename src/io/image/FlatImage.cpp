@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPainter>
+#include <QStringList>
 #include <algorithm>
 #include <span>
 #include <utility>
@@ -168,6 +169,18 @@ std::optional<QByteArray> encode(const QImage& image, Format fileType, const Pro
   return std::nullopt;
 }
 
+/// What the user must know before overwriting the file.
+QString warningOf(const DecodedImage& decoded) {
+  QStringList sentences;
+  if (decoded.isIncomplete) {
+    sentences << QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
+  }
+  if (decoded.pictureCount > 1) {
+    sentences << QStringLiteral("Only the first of %1 pictures was opened.").arg(decoded.pictureCount);
+  }
+  return sentences.join(u' ');
+}
+
 }  // namespace
 
 std::optional<Format> imageFileFormat(const QString& path) {
@@ -195,9 +208,7 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   progress.tell(decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
-  if (decoded->isIncomplete) {
-    result.warning = QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
-  }
+  result.warning = warningOf(*decoded);
   result.mode = colorMode(decoded->traits);
   result.metadata = decoded->metadata;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());

@@ -19,6 +19,7 @@
 #include "io/image/ImageHeader.h"
 #include "io/image/ImageLimits.h"
 #include "io/image/LibraryMessages.h"
+#include "io/image/PictureCount.h"
 #include "io/image/SvgSource.h"
 #include "raster/ColorMode.h"
 #include "raster/MemoryBudget.h"
@@ -178,6 +179,7 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   auto decoded = onDisplay(std::move(image), traits);
   if (!decoded) return decoded;
   decoded->isIncomplete = isIncomplete;
+  decoded->pictureCount = pictureCount(**file);
   decoded->metadata = ImageMetadata::read(path, **file,
                                           reader.transformation() == QImageIOHandler::TransformationNone
                                               ? ImageMetadata::Orientation::ignored

@@ -159,6 +159,18 @@ QByteArray exifOfPng(QIODevice& file) {
   return exif;
 }
 
+int framesOfPng(QIODevice& file) {
+  std::int32_t frames = 1;
+  if (!isPng(file)) return frames;
+  forEachPngChunk(file, [&](const QByteArray& type, std::uint32_t length) {
+    constexpr std::uint32_t bytes = 8;
+    if (type != "acTL" || length != bytes) return;
+    const QByteArray data = file.read(length);
+    if (data.size() == bytes) frames = qFromBigEndian<std::int32_t>(data.constData());
+  });
+  return std::max(1, frames);
+}
+
 bool isTiff(QIODevice& file) {
   const QByteArray start = startOf(file, 3);
   return start == "II*" || start == "II+" || start == QByteArrayView("MM\0", 3);

@@ -21,6 +21,9 @@ namespace orvanel {
 /// The EXIF block of a PNG; empty when there is none.
 [[nodiscard]] QByteArray exifOfPng(QIODevice& file);
 
+/// The number of frames that an animated PNG announces; 1 for any other file.
+[[nodiscard]] int framesOfPng(QIODevice& file);
+
 /// Whether a PNG's values are sRGB: it says so, or it has a gamma of about 1/2.2 and no chromaticities other
 /// than sRGB's. Such a gamma approximates the sRGB curve, and converting between the two would change most
 /// values.
