@@ -108,8 +108,7 @@ bool DocumentCompositor::advance(Run& run, int tiles) {
 }
 
 std::unique_ptr<DocumentCompositor::Run> DocumentCompositor::beginRun(const Document& document,
-                                                                      Surface& composite,
-                                                                      Sources sources) {
+                                                                      Surface& composite, Sources sources) {
   texturePoolIndex_ = 0;
   auto run = std::make_unique<Run>(composite, sources);
   std::vector<CompositePlan::Target> targets{CompositePlan::canvasTarget()};
@@ -214,6 +213,13 @@ const Surface* FrozenComposite::surface(const std::function<bool()>& isCancelled
     if (DocumentCompositor::advance(*run_, tilesPerTurn)) run_ = nullptr;
   }
   return &composite_;
+}
+
+std::uint64_t FrozenComposite::bytesToFinish() {
+  const std::lock_guard guard(mutex_);
+  if (run_ == nullptr) return 0;
+  return static_cast<std::uint64_t>(composite_.width()) * static_cast<std::uint64_t>(composite_.height()) *
+         static_cast<std::uint64_t>(composite_.pixelBytes());
 }
 
 }  // namespace orvanel

@@ -95,6 +95,8 @@ class FrozenComposite {
 
   /// The image, finished; null once `isCancelled` says so, which is asked every few milliseconds. Any thread.
   [[nodiscard]] const Surface* surface(const std::function<bool()>& isCancelled = {});
+  /// The most pixel memory that `surface` may still take for the image; 0 once it is finished. Any thread.
+  [[nodiscard]] std::uint64_t bytesToFinish();
 
  private:
   std::mutex mutex_;

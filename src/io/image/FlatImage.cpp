@@ -16,7 +16,9 @@
 #include "io/files/FileName.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
+#include "io/image/ImageLimits.h"
 #include "io/image/ImageMetadata.h"
+#include "io/image/LibraryMessages.h"
 #include "io/image/PngWriter.h"
 #include "model/DocumentCompositor.h"
 #include "raster/MemoryBudget.h"
@@ -181,6 +183,10 @@ QString warningOf(const DecodedImage& decoded) {
   return sentences.join(u' ');
 }
 
+QString notEnoughMemoryToWrite() {
+  return QStringLiteral("There is not enough memory to write this image.");
+}
+
 }  // namespace
 
 std::optional<Format> imageFileFormat(const QString& path) {
@@ -212,8 +218,7 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   result.mode = colorMode(decoded->traits);
   result.metadata = decoded->metadata;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
-  if (staging == nullptr)
-    return tl::unexpected(loadFailed(QStringLiteral("There is not enough memory for this image.")));
+  if (staging == nullptr) return tl::unexpected(loadFailed(notEnoughMemory()));
   fillSurface(image, *staging, progress);
   if (progress.isCancelled()) return tl::unexpected(loadFailed(cancelled().value(), progress));
   decoded->image = QImage();
@@ -262,6 +267,8 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
     image.setDotsPerMeterX(metadata->density()->acrossPerMeter);
     image.setDotsPerMeterY(metadata->density()->downPerMeter);
   }
+  const LibraryMessages messages;
+  if (fileType == Format::tiff) LibraryMessages::catchTiff();
   constexpr double convertedShare = 0.2;
   progress.tell(convertedShare);
   auto bytes = encode(image, fileType, progress.part(convertedShare, 1.0), metadata);
@@ -269,7 +276,11 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
   if (!bytes) return bytes;
   const bool carriesMetadata =
       fileType == Format::jpeg || fileType == Format::png || fileType == Format::tiff;
-  if (metadata != nullptr && carriesMetadata) bytes = metadata->addedTo(*bytes, image.size());
+  if (metadata != nullptr && carriesMetadata) {
+    const QSize size = image.size();
+    image = QImage();  // adding metadata needs as much memory again
+    bytes = metadata->addedTo(*bytes, size);
+  }
   progress.tell(1.0);
   return bytes;
 }
@@ -281,11 +292,12 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
-  // The picture in 8 bits, a copy of it that an encoder wants, and the encoded bytes.
-  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 4;
+  // The image in 8 bits, the encoder's copy of it, and encoded bytes in a growing buffer. Adding metadata to
+  // an uncompressed file takes no more: the file, the result and the library's two copies.
+  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 2 * 4;
   if (!pixelsFitInMemory(static_cast<std::uint64_t>(composite.width()) *
                          static_cast<std::uint64_t>(composite.height()) * bytesPerPixel)) {
-    return failed(QStringLiteral("There is not enough memory to write this image."));
+    return failed(notEnoughMemoryToWrite());
   }
   constexpr double encodedShare = 0.9;
   const auto bytes =
@@ -307,6 +319,7 @@ FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Form
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
   if (composite == nullptr) return failed(QStringLiteral("The image has no pixels to write."));
+  if (!pixelsFitInMemory(composite->bytesToFinish())) return failed(notEnoughMemoryToWrite());
   const Surface* const picture = composite->surface([&] { return progress.isCancelled(); });
   if (picture == nullptr) return failed(cancelled().value());
   return writeFlatImage(*picture, mode, fileType, path, context, progress, metadata);

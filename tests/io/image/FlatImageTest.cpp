@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "io/image/ImageHeader.h"
+#include "model/DocumentCompositor.h"
 #include "model/TestDoor.h"
 #include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
@@ -208,6 +209,24 @@ TEST_F(FlatImages, ExportFailsWithoutMemory) {
   const ConstTexture composite = document->composite();
   const tileMemory::ScopedSurfaceFailure refusal(0);
   EXPECT_FALSE(exportImage(*composite, ColorMode::rgb16, Format::png, context));
+}
+
+TEST_F(FlatImages, AnImageIsNotFlattenedWithoutTheMemoryForIt) {
+  const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
+  const auto composite = document->freezeComposite();
+  const std::uint64_t missing = composite->bytesToFinish();
+  EXPECT_EQ(missing, 50U * 40U * 8U);
+  const QString path = folder.filePath(QStringLiteral("deep.png"));
+  {
+    const ScopedMemoryLimit limit(missing - 1);
+    const auto written = writeFlatImage(composite.get(), ColorMode::rgb16, Format::png, path, context);
+    ASSERT_FALSE(written.has_value());
+    EXPECT_EQ(written.error().code, DocumentIOError::exportFailed);
+    EXPECT_EQ(written.error().message, QStringLiteral("There is not enough memory to write this image."));
+  }
+  EXPECT_EQ(composite->bytesToFinish(), missing);
+  EXPECT_TRUE(writeFlatImage(composite.get(), ColorMode::rgb16, Format::png, path, context).has_value());
+  EXPECT_EQ(composite->bytesToFinish(), 0U);
 }
 
 TEST_F(FlatImages, OtherDecodableFormatsHaveNoSourceFormat) {
