@@ -37,9 +37,8 @@ std::uint32_t surfacePixel(QRgb pixel) {
   return (pixel & 0xFF00FF00U) | (pixel >> 16U & 0xFFU) | (pixel & 0xFFU) << 16U;
 }
 
-/// Copies the image into an `rgba8Unorm` surface; tiles of an image without alpha are known as opaque.
-/// A row of tiles at a time and each row of pixels from end to end, so that the image is read as it lies in
-/// memory.
+/// Copies the image into an `rgba8Unorm` surface and marks the tiles of an image without alpha as opaque.
+/// Works on a row of tiles at a time, and on whole rows of pixels, so that the image is read sequentially.
 void fillSurface(const QImage& image, Surface& surface, const Progress& progress) {
   const bool hasAlpha = image.hasAlphaChannel();
   const std::uint32_t opaque = hasAlpha ? 0U : 0xFF000000U;
@@ -153,7 +152,7 @@ QByteArray pngOf(const QImage& image, const Progress& progress, const ImageMetad
                    progress);
 }
 
-/// Straight RGBA8888, or RGBX8888 if no pixel lets anything through.
+/// `image` is straight RGBA8888, or RGBX8888 if every pixel is opaque.
 std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress,
                                  const ImageMetadata* metadata) {
   switch (fileType) {
