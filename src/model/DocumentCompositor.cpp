@@ -215,4 +215,11 @@ const Surface* FrozenComposite::surface(const std::function<bool()>& isCancelled
   return &composite_;
 }
 
+std::uint64_t FrozenComposite::bytesToFinish() {
+  const std::lock_guard guard(mutex_);
+  if (run_ == nullptr) return 0;
+  return static_cast<std::uint64_t>(composite_.width()) * static_cast<std::uint64_t>(composite_.height()) *
+         static_cast<std::uint64_t>(composite_.pixelBytes());
+}
+
 }  // namespace orvanel

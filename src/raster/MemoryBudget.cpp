@@ -23,7 +23,7 @@ std::uint64_t difference(std::uint64_t limit, std::uint64_t used) {
   return limit > used ? limit - used : 0;
 }
 
-/// The file's only number; nothing for "max", and for a file that isn't there.
+/// The number at the start of a file. Nothing if the file doesn't exist or holds "max".
 std::optional<std::uint64_t> numberIn(const std::string& path) {
   std::ifstream file(path);
   std::uint64_t number = 0;
@@ -31,7 +31,7 @@ std::optional<std::uint64_t> numberIn(const std::string& path) {
   return std::nullopt;
 }
 
-/// The number behind a word at the start of a line.
+/// The number that follows `word` at the start of a line.
 std::optional<std::uint64_t> numberAfter(const std::string& path, std::string_view word) {
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
@@ -48,7 +48,7 @@ std::uint64_t availableOnMachine(const MemorySources& sources) {
   return kibibytes ? *kibibytes * 1024 : unlimited;
 }
 
-/// The names that the two versions of control groups give to the same things.
+/// File names, which differ between the two versions of control groups.
 struct GroupFiles {
   const char* limit;
   const char* use;
@@ -58,7 +58,7 @@ constexpr GroupFiles filesOfVersion2{"/memory.max", "/memory.current", "inactive
 constexpr GroupFiles filesOfVersion1{"/memory.limit_in_bytes", "/memory.usage_in_bytes",
                                      "total_inactive_file"};
 
-/// What one group has left. Cached file contents count as used, but make room when it is needed.
+/// What one group may still use. Cached file contents count as used, but are reclaimed on demand.
 std::uint64_t leftInGroup(const std::string& folder, const GroupFiles& files) {
   const auto limit = numberIn(folder + files.limit);
   const auto use = numberIn(folder + files.use);
@@ -67,7 +67,7 @@ std::uint64_t leftInGroup(const std::string& folder, const GroupFiles& files) {
   return difference(*limit, difference(*use, cached));
 }
 
-/// The least that a group and those around it have left; a limit anywhere above counts as well.
+/// What a group may still use within its own limit and those of all its ancestors.
 std::uint64_t leftInGroups(const std::string& root, std::string path, const GroupFiles& files) {
   std::uint64_t least = unlimited;
   while (true) {
@@ -111,7 +111,7 @@ std::uint64_t limitOf(__rlimit_resource resource) {
   return limit.rlim_cur;
 }
 
-/// What is available, asked for again when it may have changed.
+/// A short-lived estimate of the memory available for pixels.
 class Estimate {
  public:
   bool holds(std::uint64_t bytes) {
@@ -120,14 +120,16 @@ class Estimate {
     constexpr auto lifetime = std::chrono::milliseconds(50);
     if (now - takenAt_ > lifetime || bytes > left()) {
       takenAt_ = now;
-      available_ = difference(availableMemory(), reserve);
+      const std::uint64_t free = availableMemory();
+      const std::uint64_t spare = tileMemory::spareBytes();
+      available_ = difference(free + std::min(spare, unlimited - free), reserve);
       inUse_ = tileMemory::bytesInUse();
     }
     return bytes <= left();
   }
 
  private:
-  /// For libraries, threads and whatever else is not pixels.
+  /// Left to libraries, threads and everything else that isn't pixels.
   static constexpr std::uint64_t reserve = std::uint64_t{128} << 20U;
 
   [[nodiscard]] std::uint64_t left() const {
@@ -140,7 +142,7 @@ class Estimate {
   std::uint64_t inUse_ = 0;
 };
 
-/// The most bytes of pixels while a test limits them.
+/// The largest number of pixel bytes while a test limits them.
 std::atomic<std::uint64_t>& scopedLimit() {
   static std::atomic<std::uint64_t> bytes{unlimited};
   return bytes;

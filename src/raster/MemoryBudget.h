@@ -1,5 +1,5 @@
-// How much memory may still be taken: what a file or a command asks for must never bring down the program
-// with everything that is open in it. Any thread.
+// Tells how much memory may still be allocated, so that a large file or command is refused instead of
+// bringing down the program with all open documents. Any thread.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace orvanel {
 
-/// Where the system tells of memory, and the limits of this process. Tests bring their own.
+/// Where memory figures are read from, and the limits of this process. Tests substitute their own.
 struct MemorySources {
   static constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 
@@ -20,15 +20,15 @@ struct MemorySources {
   [[nodiscard]] static MemorySources ofThisProcess();
 };
 
-/// Bytes that this process can still take: the least of what the machine has available, what the control
-/// groups it is in allow beyond their use, and what the process's own limits leave.
+/// Bytes that this process can still allocate: the least of what the machine has available and what control
+/// groups and resource limits leave to the process.
 [[nodiscard]] std::uint64_t availableMemory(const MemorySources& sources = MemorySources::ofThisProcess());
 
-/// Whether pixels of this many bytes may be added to those in use, with a reserve left for everything else.
-/// Cheap enough to be asked for every band of an image.
+/// Whether pixels of this many bytes may be added to those in use, with memory left for everything else.
+/// Cheap enough to be called for every band of an image.
 [[nodiscard]] bool pixelsFitInMemory(std::uint64_t additionalBytes);
 
-/// While alive, pixels may take this many bytes more than they do now. For tests.
+/// While alive, at most this many bytes of pixels may be added to those in use now. For tests.
 class ScopedMemoryLimit {
  public:
   explicit ScopedMemoryLimit(std::uint64_t additionalBytes);

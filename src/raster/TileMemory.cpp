@@ -9,10 +9,9 @@
 #include <cassert>
 #include <chrono>
 #include <condition_variable>
-#include <fstream>
+#include <cstdint>
 #include <limits>
 #include <mutex>
-#include <string>
 #include <system_error>
 #include <thread>
 #include <unordered_map>
@@ -20,6 +19,7 @@
 #include <vector>
 
 #include "raster/FatalFault.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel::tileMemory {
 namespace {
@@ -27,32 +27,20 @@ namespace {
 constexpr std::size_t slabBytes = std::size_t{2} << 20U;
 constexpr std::size_t smallestBlock = std::size_t{16} << 10U;
 constexpr std::size_t sizeClasses = 5;  // 16, 32, 64, 128, 256 KiB
-// Empty slabs are kept for the next edit, which needs about as many bytes as the last one released. Fresh
-// memory must be cleared by the system first, which takes longer than most edits. Never more than is in use.
+// The reserve keeps empty slabs for the next edit, which needs about as much memory as the last one released.
+// Fresh memory has to be cleared by the system first, and that takes longer than most edits.
 constexpr std::size_t fewestSpareBytes = std::size_t{8} << 20U;
 constexpr std::size_t mostSpareBytes = std::size_t{4} << 30U;
-constexpr std::size_t reserveShare = 16;  // of the memory that the system has available
+constexpr std::size_t reserveShare = 16;  // of the available memory
 constexpr std::size_t warmUpShare = 32;
 constexpr std::chrono::seconds defaultIdleTime{30};
 
 using Clock = std::chrono::steady_clock;
 
-/// Bytes that programs can have without anything being swapped out.
-std::size_t availableBytes() {
-  std::ifstream file("/proc/meminfo");
-  std::string name;
-  std::size_t kibibytes = 0;
-  while (file >> name >> kibibytes) {
-    if (name == "MemAvailable:") return kibibytes * 1024;
-    file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  }
-  return std::size_t{4} << 30U;
-}
-
-/// A slab at an address that is a multiple of its size, so that a block finds its slab by masking.
+/// Maps a slab aligned to its own size, so that masking a block's address yields its slab. Null on failure.
 std::byte* mapSlab() {
   void* raw = mmap(nullptr, 2 * slabBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (raw == MAP_FAILED) fatalFault("Out of memory for pixels");
+  if (raw == MAP_FAILED) return nullptr;
   const auto address = reinterpret_cast<std::uintptr_t>(raw);
   const std::uintptr_t aligned = (address + slabBytes - 1) & ~(slabBytes - 1);
   if (aligned > address) munmap(raw, aligned - address);
@@ -65,7 +53,7 @@ std::byte* mapSlab() {
   return slab;
 }
 
-/// Empty slabs backed by memory, for the next pool that needs one.
+/// The reserve: empty slabs backed by memory, for the next pool that needs one.
 class SpareSlabs {
  public:
   /// Null when there is none.
@@ -73,7 +61,7 @@ class SpareSlabs {
     const std::lock_guard guard(mutex_);
     lastUse_ = Clock::now();
     if (slabs_.empty()) {
-      missedBytes_ += slabBytes;
+      ++missedSlabs_;
       return nullptr;
     }
     std::byte* slab = slabs_.back();
@@ -81,25 +69,41 @@ class SpareSlabs {
     return slab;
   }
 
-  void keep(std::byte* slab, std::size_t bytesInUse) {
+  /// Takes the slab over. False when the reserve was full, and a slab was returned to the system.
+  bool keep(std::byte* slab, std::size_t bytesInUse) {
     const std::lock_guard guard(mutex_);
     lastUse_ = Clock::now();
     slabs_.push_back(slab);
-    shrinkTo(mostFor(bytesInUse));
+    const std::size_t before = slabs_.size();
+    shrinkTo(mostSlabs(bytesInUse));
     armTimer();
+    return slabs_.size() == before;
   }
 
-  /// Fits the reserve to the memory now available and adds what the edits since the last time have missed.
+  /// Limits the reserve to its share of the memory now available, and adds the slabs that were missing since
+  /// the last call.
   void adjust(std::size_t bytesInUse) {
-    const std::size_t available = availableBytes();
-    std::size_t wanted = 0;
+    const std::uint64_t available = availableMemory();
+    std::size_t missing = 0;
     {
       const std::lock_guard guard(mutex_);
-      limit_ = std::clamp(available / reserveShare, fewestSpareBytes, mostSpareBytes);
-      shrinkTo(mostFor(bytesInUse));
-      wanted = std::min({std::exchange(missedBytes_, 0), available / warmUpShare, mostFor(bytesInUse)});
+      limit_ = limitFor(available);
+      const std::size_t most = mostSlabs(bytesInUse);
+      shrinkTo(most);
+      const std::uint64_t affordable = available / warmUpShare / slabBytes;
+      const std::size_t wanted =
+          std::min({std::exchange(missedSlabs_, 0), static_cast<std::size_t>(affordable), most});
+      missing = wanted - std::min(wanted, slabs_.size());
     }
-    while (bytes() < wanted) keep(warmSlab(), bytesInUse);
+    for (; missing > 0; --missing) {
+      std::byte* slab = warmSlab();
+      if (slab == nullptr || !keep(slab, bytesInUse)) return;
+    }
+  }
+
+  [[nodiscard]] std::size_t bytes() {
+    const std::lock_guard guard(mutex_);
+    return slabs_.size() * slabBytes;
   }
 
   void giveBack() {
@@ -114,38 +118,39 @@ class SpareSlabs {
   }
 
  private:
+  static std::size_t limitFor(std::uint64_t available) {
+    return std::clamp<std::uint64_t>(available / reserveShare, fewestSpareBytes, mostSpareBytes);
+  }
+
+  /// A slab with memory behind every page; null when none can be mapped.
   static std::byte* warmSlab() {
     constexpr std::size_t pageBytes = 4096;
     std::byte* slab = mapSlab();
+    if (slab == nullptr) return nullptr;
     for (std::size_t offset = 0; offset < slabBytes; offset += pageBytes) slab[offset] = std::byte{0};
     return slab;
   }
 
-  std::size_t bytes() {
-    const std::lock_guard guard(mutex_);
-    return slabs_.size() * slabBytes;
+  [[nodiscard]] std::size_t mostSlabs(std::size_t bytesInUse) const {
+    return std::clamp(bytesInUse, fewestSpareBytes, limit_) / slabBytes;
   }
 
-  [[nodiscard]] std::size_t mostFor(std::size_t bytesInUse) const {
-    return std::clamp(bytesInUse, fewestSpareBytes, limit_);
-  }
-
-  void shrinkTo(std::size_t bytes) {
-    while (slabs_.size() > bytes / slabBytes) {
+  void shrinkTo(std::size_t slabs) {
+    while (slabs_.size() > slabs) {
       munmap(slabs_.back(), slabBytes);
       slabs_.pop_back();
     }
   }
 
-  /// A thread that sleeps until the reserve has been idle for long, gives it back and ends. There is none
-  /// while there is nothing to give back.
+  /// Starts a thread that gives the reserve back once it has been idle for long enough. An empty reserve has
+  /// no such thread.
   void armTimer() {
     if (slabs_.empty() || isTimerArmed_) return;
     try {
       std::thread([this] { giveBackWhenIdle(); }).detach();
       isTimerArmed_ = true;
     } catch (const std::system_error&) {
-      // No thread to be had: the reserve stays, and the next slab tries again.
+      // Without a thread the reserve stays; the next slab kept tries again.
     }
   }
 
@@ -158,16 +163,16 @@ class SpareSlabs {
 
   std::mutex mutex_;
   std::vector<std::byte*> slabs_;
-  std::size_t limit_ = std::clamp(availableBytes() / reserveShare, fewestSpareBytes, mostSpareBytes);
-  std::size_t missedBytes_ = 0;
+  std::size_t limit_ = limitFor(availableMemory());
+  std::size_t missedSlabs_ = 0;
   Clock::time_point lastUse_{};
   Clock::duration idleTime_ = defaultIdleTime;
   std::condition_variable idleTimeChanged_;
   bool isTimerArmed_ = false;
 };
 
-/// Blocks of one size. Only slabs with a free block are listed; a full slab comes back with its first
-/// released block.
+/// Hands out blocks of one size. `open_` lists the slabs with a free block; a full slab is listed again when
+/// one of its blocks is released.
 class Pool {
  public:
   void setBlockBytes(std::size_t bytes) { blockBytes_ = bytes; }
@@ -184,7 +189,7 @@ class Pool {
     return block;
   }
 
-  /// Gives the pages of free blocks in slabs that are in use back to the system, slab by slab.
+  /// Gives the memory of free blocks in used slabs back to the system. Locks for one slab at a time.
   void trim() {
     for (std::size_t place = 0;; ++place) {
       const std::lock_guard guard(mutex_);
@@ -199,7 +204,7 @@ class Pool {
     }
   }
 
-  /// An emptied slab, or null.
+  /// Frees the block. Returns its slab, now the caller's, if that was the last block in use; null otherwise.
   [[nodiscard]] std::byte* release(std::byte* block) {
     const std::lock_guard guard(mutex_);
     const auto address = reinterpret_cast<std::uintptr_t>(block);
@@ -219,7 +224,7 @@ class Pool {
  private:
   struct Slab {
     std::array<std::uint64_t, 2> freeBlocks{};
-    std::array<std::uint64_t, 2> coldBlocks{};  ///< free, with no memory behind them
+    std::array<std::uint64_t, 2> coldBlocks{};  ///< free blocks without memory behind them
     std::size_t used = 0;
     [[nodiscard]] std::size_t firstWord() const { return freeBlocks[0] != 0 ? 0 : 1; }
   };
@@ -234,6 +239,7 @@ class Pool {
     std::byte* base = spares.take();
     if (base == nullptr) {
       base = mapSlab();
+      if (base == nullptr) fatalFault("Out of memory for pixels");
       slab.coldBlocks = slab.freeBlocks;
     }
     slabs_.emplace(base, slab);
@@ -263,7 +269,7 @@ struct Arena {
   }
 };
 
-// Never destroyed: tiles held by background work may go after main has returned.
+// Never destroyed: background work may release tiles after main has returned.
 Arena& arena() {
   static auto* instance = new Arena;
   return *instance;
@@ -289,6 +295,10 @@ void trim() {
 
 void giveBackReserve() {
   arena().spares.giveBack();
+}
+
+std::size_t spareBytes() {
+  return arena().spares.bytes();
 }
 
 std::size_t bytesInUse() noexcept {

@@ -1,7 +1,7 @@
 // The allocator of all pixel memory, in tile-sized blocks.
-// Blocks are carved from 2 MiB slabs that ask for huge pages. Emptied slabs form a bounded reserve for the
-// next edit, which goes back to the system after half a minute without use. Thread-safe. Tests make it refuse
-// on purpose.
+// Blocks are carved from 2 MiB slabs backed by huge pages where possible. Emptied slabs form a bounded
+// reserve for the next edit; after half a minute without use it is given back to the system. Thread-safe.
+// Tests can inject failures.
 #pragma once
 
 #include <chrono>
@@ -12,29 +12,31 @@
 namespace orvanel::tileMemory {
 
 /// A block of `bytes` (a power of two from 16 KiB to 256 KiB), aligned to 64 bytes, contents undefined.
-/// Running out of memory for pixels ends the process with a message: a half-written layer is worse.
+/// Ends the process with a message when memory runs out: a half-written layer would be worse.
 [[nodiscard]] std::byte* allocate(std::size_t bytes);
 
-/// Takes back a block of that size.
+/// Frees a block; `bytes` is the size it was allocated with.
 void release(std::byte* block, std::size_t bytes) noexcept;
 
-/// For background work after an edit. Gives memory behind free blocks back to the system, all but the
-/// reserve, and adds memory to the reserve when edits found too little. The reserve holds at most as many
-/// bytes as are in use and 1/16 of the memory that the system has available, but 8 MiB in any case.
+/// Called in the background after an edit. Gives the memory of free blocks outside the reserve back to the
+/// system, and enlarges the reserve if edits have found it empty. The reserve is limited to the bytes in use
+/// and to 1/16 of the available memory, but never to less than 8 MiB.
 void trim();
 
-/// Gives the whole reserve back now.
+/// Gives the whole reserve back to the system now.
 void giveBackReserve();
 
-/// Bytes in blocks now handed out.
+/// Bytes in the reserve.
+[[nodiscard]] std::size_t spareBytes();
+
+/// Bytes in the blocks handed out.
 [[nodiscard]] std::size_t bytesInUse() noexcept;
 
 /// While alive, the creation of surfaces fails after `surfacesAllowed` more of them, `surfacesRefused` times
 /// (all of them by default). For tests.
 class ScopedSurfaceFailure {
  public:
-  explicit ScopedSurfaceFailure(int surfacesAllowed,
-                                int surfacesRefused = std::numeric_limits<int>::max());
+  explicit ScopedSurfaceFailure(int surfacesAllowed, int surfacesRefused = std::numeric_limits<int>::max());
   ~ScopedSurfaceFailure();
   ScopedSurfaceFailure(const ScopedSurfaceFailure&) = delete;
   ScopedSurfaceFailure& operator=(const ScopedSurfaceFailure&) = delete;
@@ -49,7 +51,7 @@ class ScopedIdleTime {
   ScopedIdleTime& operator=(const ScopedIdleTime&) = delete;
 };
 
-/// Asks whether one more surface may be made, and counts it.
+/// Counts a new surface; false if its creation shall fail.
 [[nodiscard]] bool admitSurface() noexcept;
 
 }  // namespace orvanel::tileMemory

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -89,6 +93,36 @@ TEST(TileMemory, TheReserveGrowsByWhatAnEditMissed) {
   EXPECT_GE(residentBytes(next), 60 * mebibyte);
   release(next);
   release(first);
+}
+
+TEST(TileMemory, TheReserveGrowsByWholeSlabs) {
+  tileMemory::giveBackReserve();
+  tileMemory::trim();
+  constexpr std::size_t smallBlock = std::size_t{64} << 10U;
+  std::vector<std::byte*> blocks(270);  // not a multiple of a slab
+  for (std::byte*& block : blocks) block = tileMemory::allocate(smallBlock);
+  tileMemory::trim();
+  EXPECT_GT(tileMemory::spareBytes(), 0U);
+  EXPECT_LE(tileMemory::spareBytes(), tileMemory::bytesInUse());
+  for (std::byte* block : blocks) tileMemory::release(block, smallBlock);
+}
+
+TEST(TileMemory, AFullAddressSpaceLeavesTheReserveEmpty) {
+  const auto trimInFullAddressSpace = [] {
+    tileMemory::giveBackReserve();
+    tileMemory::trim();
+    const auto blocks = writtenBlocks(64 * mebibyte);
+    std::ifstream sizes("/proc/self/statm");
+    rlim_t pages = 0;
+    sizes >> pages;
+    const rlim_t bytes = pages * static_cast<rlim_t>(getpagesize());
+    const rlimit limit{bytes + mebibyte, bytes + mebibyte};
+    setrlimit(RLIMIT_AS, &limit);
+    tileMemory::trim();
+    std::_Exit(blocks.empty() || tileMemory::spareBytes() > 0 ? 1 : 0);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(trimInFullAddressSpace(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(TileMemory, AnIdleReserveIsReturnedToTheSystem) {

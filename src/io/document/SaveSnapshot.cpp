@@ -10,6 +10,7 @@
 #include "io/document/Preview.h"
 #include "model/Document.h"
 #include "model/DocumentCompositor.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -134,7 +135,9 @@ Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& desti
   auto file = AtomicFile::create(destination);
   if (!file) return because(file.error());
   std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
-  if (snapshot.compositedTexture != nullptr) {
+  // A document is saved without a preview rather than not at all.
+  if (snapshot.compositedTexture != nullptr &&
+      pixelsFitInMemory(snapshot.compositedTexture->bytesToFinish())) {
     entries.push_back(previewEntry(*snapshot.compositedTexture, progress));
   }
   for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) entries.push_back(surfaceEntry(layer));

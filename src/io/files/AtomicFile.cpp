@@ -19,14 +19,14 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{4} << 20U;
-/// How much may accumulate before the system is asked to start writing it to the disk.
+/// Bytes after which the system is asked to start writing to the disk.
 constexpr std::int64_t pushBytes = std::int64_t{16} << 20U;
 
 QString systemReason(int error) {
   return QString::fromLocal8Bit(std::strerror(error));
 }
 
-/// The file that will be replaced: a link leads to the file it stands for.
+/// The file to replace, with symbolic links resolved.
 std::filesystem::path resolved(const QString& destination) {
   const std::filesystem::path path(QFile::encodeName(destination).toStdString());
   std::error_code failure;
@@ -40,7 +40,7 @@ std::string temporaryName() {
   return "dunmarrow_save_" + unique.toStdString() + ".tmp";
 }
 
-bool takesNoNewFile(int error) {
+bool refusesNewFiles(int error) {
   return error == EACCES || error == EPERM || error == EROFS;
 }
 
@@ -52,8 +52,8 @@ void syncDirectory(const std::filesystem::path& directory) {
   ::close(handle);
 }
 
-/// Puts the new file in the old one's place. A file system may take long to free a large file's blocks: the
-/// old file is held open meanwhile, so that this happens in the background when it is closed.
+/// Renames the new file over the old one. Freeing the blocks of a large file can take long, so the old file
+/// is held open across the rename and closed in the background.
 int replace(const std::string& temporary, const std::string& destination) {
   const int replaced = ::open(destination.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const int result = FileOperations::current().renameFile(temporary, destination);
@@ -72,20 +72,21 @@ Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destina
   const std::filesystem::path target = resolved(destination);
   struct stat existing {};
   const bool exists = ::stat(target.c_str(), &existing) == 0;
-  if (exists && !S_ISREG(existing.st_mode)) return because(QStringLiteral("The destination is not a file."));
+  if (exists && !S_ISREG(existing.st_mode))
+    return because(QStringLiteral("The destination is not a regular file."));
 
   FileOperations& operations = FileOperations::current();
   constexpr mode_t ordinary = 0666;
   const mode_t mode = exists ? existing.st_mode & 07777 : ordinary;
   std::string path = target.parent_path() / temporaryName();
   int file = operations.createFile(path, mode & 0777);
-  if (file < 0 && takesNoNewFile(errno)) {
+  if (file < 0 && refusesNewFiles(errno)) {
     path = std::filesystem::path(QFile::encodeName(QDir::tempPath()).toStdString()) / temporaryName();
     file = operations.createFile(path, mode & 0777);
   }
   if (file < 0) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
   if (exists) {
-    // Only a privileged process can give files away; for anybody else the file becomes the writer's own.
+    // Only a privileged process can change the owner; otherwise the file belongs to the writer.
     if (::fchown(file, existing.st_uid, existing.st_gid) != 0) errno = 0;
     ::fchmod(file, mode);
   }
@@ -108,7 +109,7 @@ Described<void> AtomicFile::writeThrough(std::span<const std::byte> bytes, std::
     bytes = bytes.subspan(static_cast<std::size_t>(written));
     offset += written;
   }
-  // Begins the disk's work early, so that the wait at the end is short.
+  // Starting to write to the disk early shortens the wait for the final sync.
   if (offset - pushedTo_ >= pushBytes) {
     ::sync_file_range(file_, pushedTo_, offset - pushedTo_, SYNC_FILE_RANGE_WRITE);
     pushedTo_ = offset;
@@ -129,7 +130,7 @@ Described<void> AtomicFile::write(std::span<const std::byte> bytes) {
     const std::int64_t bufferEnd = bufferStart_ + static_cast<std::int64_t>(buffered_);
     std::size_t count = bytes.size();
     if (position_ < bufferStart_) {
-      // An earlier place, already written: headers that learn their sizes late.
+      // Overwrites bytes already written: headers whose sizes become known late.
       count = static_cast<std::size_t>(
           std::min<std::int64_t>(static_cast<std::int64_t>(count), bufferStart_ - position_));
       if (auto result = writeThrough(bytes.first(count), position_); !result) return result;

@@ -30,9 +30,6 @@ class AtomicFile {
   [[nodiscard]] std::int64_t position() const { return position_; }
   [[nodiscard]] std::int64_t size() const { return size_; }
 
-  /// The path of the temporary file.
-  [[nodiscard]] const std::string& temporaryPath() const { return temporaryPath_; }
-
   /// Syncs the file, calls `verify` on it and renames it to the destination.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
 

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPainter>
+#include <QStringList>
 #include <algorithm>
 #include <span>
 #include <utility>
@@ -15,7 +16,9 @@
 #include "io/files/FileName.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
+#include "io/image/ImageLimits.h"
 #include "io/image/ImageMetadata.h"
+#include "io/image/LibraryMessages.h"
 #include "io/image/PngWriter.h"
 #include "model/DocumentCompositor.h"
 #include "raster/MemoryBudget.h"
@@ -34,9 +37,8 @@ std::uint32_t surfacePixel(QRgb pixel) {
   return (pixel & 0xFF00FF00U) | (pixel >> 16U & 0xFFU) | (pixel & 0xFFU) << 16U;
 }
 
-/// Copies the image into an `rgba8Unorm` surface; tiles of an image without alpha are known as opaque.
-/// A row of tiles at a time and each row of pixels from end to end, so that the image is read as it lies in
-/// memory.
+/// Copies the image into an `rgba8Unorm` surface and marks the tiles of an image without alpha as opaque.
+/// Works on a row of tiles at a time, and on whole rows of pixels, so that the image is read sequentially.
 void fillSurface(const QImage& image, Surface& surface, const Progress& progress) {
   const bool hasAlpha = image.hasAlphaChannel();
   const std::uint32_t opaque = hasAlpha ? 0U : 0xFF000000U;
@@ -150,7 +152,7 @@ QByteArray pngOf(const QImage& image, const Progress& progress, const ImageMetad
                    progress);
 }
 
-/// Straight RGBA8888, or RGBX8888 if no pixel lets anything through.
+/// `image` is straight RGBA8888, or RGBX8888 if every pixel is opaque.
 std::optional<QByteArray> encode(const QImage& image, Format fileType, const Progress& progress,
                                  const ImageMetadata* metadata) {
   switch (fileType) {
@@ -166,6 +168,22 @@ std::optional<QByteArray> encode(const QImage& image, Format fileType, const Pro
       return encode(overWhite(image), "bmp", progress);
   }
   return std::nullopt;
+}
+
+/// What the user must know before overwriting the file.
+QString warningOf(const DecodedImage& decoded) {
+  QStringList sentences;
+  if (decoded.isIncomplete) {
+    sentences << QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
+  }
+  if (decoded.pictureCount > 1) {
+    sentences << QStringLiteral("Only the first of %1 pictures was opened.").arg(decoded.pictureCount);
+  }
+  return sentences.join(u' ');
+}
+
+QString notEnoughMemoryToWrite() {
+  return QStringLiteral("There is not enough memory to write this image.");
 }
 
 }  // namespace
@@ -195,14 +213,11 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   progress.tell(decodedShare);
   const QImage& image = decoded->image;
   FlatImage result;
-  if (decoded->isIncomplete) {
-    result.warning = QStringLiteral("The file is damaged or incomplete: part of the image is missing.");
-  }
+  result.warning = warningOf(*decoded);
   result.mode = colorMode(decoded->traits);
   result.metadata = decoded->metadata;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
-  if (staging == nullptr)
-    return tl::unexpected(loadFailed(QStringLiteral("There is not enough memory for this image.")));
+  if (staging == nullptr) return tl::unexpected(loadFailed(notEnoughMemory()));
   fillSurface(image, *staging, progress);
   if (progress.isCancelled()) return tl::unexpected(loadFailed(cancelled().value(), progress));
   decoded->image = QImage();
@@ -252,6 +267,8 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
     image.setDotsPerMeterX(metadata->density()->acrossPerMeter);
     image.setDotsPerMeterY(metadata->density()->downPerMeter);
   }
+  const LibraryMessages messages;
+  if (fileType == Format::tiff) LibraryMessages::catchTiff();
   constexpr double convertedShare = 0.2;
   progress.tell(convertedShare);
   auto bytes = encode(image, fileType, progress.part(convertedShare, 1.0), metadata);
@@ -259,7 +276,11 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
   if (!bytes) return bytes;
   const bool carriesMetadata =
       fileType == Format::jpeg || fileType == Format::png || fileType == Format::tiff;
-  if (metadata != nullptr && carriesMetadata) bytes = metadata->addedTo(*bytes, image.size());
+  if (metadata != nullptr && carriesMetadata) {
+    const QSize size = image.size();
+    image = QImage();  // adding metadata needs as much memory again
+    bytes = metadata->addedTo(*bytes, size);
+  }
   progress.tell(1.0);
   return bytes;
 }
@@ -271,11 +292,12 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
-  // The picture in 8 bits, a copy of it that an encoder wants, and the encoded bytes.
-  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 4;
+  // The image in 8 bits, the encoder's copy of it, and encoded bytes in a growing buffer. Adding metadata to
+  // an uncompressed file takes no more: the file, the result and the library's two copies.
+  constexpr std::uint64_t bytesPerPixel = 4 + 4 + 2 * 4;
   if (!pixelsFitInMemory(static_cast<std::uint64_t>(composite.width()) *
                          static_cast<std::uint64_t>(composite.height()) * bytesPerPixel)) {
-    return failed(QStringLiteral("There is not enough memory to write this image."));
+    return failed(notEnoughMemoryToWrite());
   }
   constexpr double encodedShare = 0.9;
   const auto bytes =
@@ -297,6 +319,7 @@ FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Form
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
   };
   if (composite == nullptr) return failed(QStringLiteral("The image has no pixels to write."));
+  if (!pixelsFitInMemory(composite->bytesToFinish())) return failed(notEnoughMemoryToWrite());
   const Surface* const picture = composite->surface([&] { return progress.isCancelled(); });
   if (picture == nullptr) return failed(cancelled().value());
   return writeFlatImage(*picture, mode, fileType, path, context, progress, metadata);

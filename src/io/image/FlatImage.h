@@ -33,7 +33,7 @@ struct ImageTraits {
 struct FlatImage {
   ColorMode mode = ColorMode::rgb8;
   Texture pixels;
-  /// A sentence for the user if part of the image is missing; empty otherwise.
+  /// For the user, if the surface doesn't hold everything that is in the file; empty otherwise.
   QString warning;
   /// To be passed to `writeFlatImage`; null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
@@ -45,8 +45,8 @@ struct FlatImage {
 [[nodiscard]] FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& context,
                                                   const Progress& progress = {});
 
-/// A document of one layer, both named after the file. If part of the image is missing, the document gets no
-/// source format, so that saving asks for a new file instead of overwriting the damaged one. Main thread.
+/// A document of one layer, both named after the file. An image with a warning gives the document no source
+/// format, so that saving asks for a new file instead of overwriting this one. Main thread.
 [[nodiscard]] DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path,
                                               MetalContext& context);
 

@@ -53,8 +53,7 @@ Described<QImage> copyOfPixels(const HeifLibrary& api, const heif_image* decoded
   // The coded picture needn't have the size that the file announces.
   if (const auto judged = judgeImageSize(size); !judged) return because(judged.error());
   QImage image(size, hasAlpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
-  if (plane == nullptr || image.isNull())
-    return because(QStringLiteral("There is not enough memory for this image."));
+  if (plane == nullptr || image.isNull()) return because(notEnoughMemory());
   for (int y = 0; y < size.height(); ++y) {
     std::memcpy(image.scanLine(y), plane + static_cast<std::ptrdiff_t>(y) * stride,
                 static_cast<std::size_t>(size.width()) * 4);

@@ -19,21 +19,23 @@
 #include "io/image/ImageHeader.h"
 #include "io/image/ImageLimits.h"
 #include "io/image/LibraryMessages.h"
+#include "io/image/PictureCount.h"
 #include "io/image/SvgSource.h"
 #include "raster/ColorMode.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
 
 constexpr int largestImageMebibytes = maximumCanvasSide / 1024 * (maximumCanvasSide / 1024) * 8;
 
-/// The reader's own limit is far below the largest canvas.
+/// The reader's default limit is far below the largest canvas.
 void raiseReaderLimit() {
   static std::once_flag once;
   std::call_once(once, [] { QImageReader::setAllocationLimit(largestImageMebibytes); });
 }
 
-/// One bit a pixel is black and white to most formats, but its two places may hold any colours.
+/// One-bit images are usually black and white, but their palette may hold any two colours.
 bool holdsOnlyGreys(const QList<QRgb>& palette) {
   return std::ranges::all_of(palette, qIsGray);
 }
@@ -53,13 +55,13 @@ ImageTraits traitsOf(const QImage& image) {
       break;
   }
   const QPixelFormat format = image.pixelFormat();
-  // Palettes hold colours of 8 bits a component, whatever their indexes take. A longer one is colour even
-  // if all of it happens to be grey: grey images have a form of their own.
+  // Palettes have 8 bits a component, whatever the depth of their indexes. A palette of more than two colours
+  // counts as colour even if all of them are grey: grey images have formats of their own.
   const bool deep = format.colorModel() != QPixelFormat::Indexed && format.redSize() > 8;
   return {.isMonochrome = false, .bitsPerComponent = deep ? 16 : 8, .bitsPerPixel = deep ? 64 : 32};
 }
 
-/// What `toDisplay` makes of each of `count` greys from black to white, in 8 bits.
+/// `count` evenly spaced greys from black to white, converted with `toDisplay` to 8 bits.
 std::vector<uchar> greysOnDisplay(const QColorTransform& toDisplay, int count) {
   constexpr int white = 0xFFFF;
   std::vector<uchar> greys(static_cast<std::size_t>(count));
@@ -84,8 +86,8 @@ QImage greyOnDisplay(const QImage& image, const QColorTransform& toDisplay) {
   return result;
 }
 
-/// The platform's own conversion takes deep grey through 8 bits and looks colours up in coarse tables; for
-/// greys a table of all of them is exact.
+/// Converts to sRGB. The platform reduces deep grey to 8 bits before converting and uses coarse tables; for
+/// grey, a table of every value is exact.
 void convertToDisplay(QImage& image) {
   const QColorSpace profile = image.colorSpace();
   const QColorSpace display(QColorSpace::SRgb);
@@ -99,12 +101,12 @@ void convertToDisplay(QImage& image) {
   }
 }
 
-/// As straight 8-bit colour in sRGB.
+/// Converts to 8 bits a channel in sRGB with straight alpha.
 Described<DecodedImage> onDisplay(QImage image, const ImageTraits& traits) {
   const QImage::Format wanted = image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
   convertToDisplay(image);
   image.convertTo(wanted);
-  if (image.isNull()) return because(QStringLiteral("There is not enough memory for this image."));
+  if (image.isNull()) return because(notEnoughMemory());
   return DecodedImage{.image = std::move(image), .traits = traits};
 }
 
@@ -112,7 +114,7 @@ bool isHeif(const QString& path) {
   return hasExtension(path, u"heic") || hasExtension(path, u"heif");
 }
 
-/// Where a drawing is read from in the place of its file.
+/// The file itself, or for a drawing its sanitized source.
 Described<std::unique_ptr<QIODevice>> harmlessSource(std::unique_ptr<InputFile> file) {
   file->seek(0);
   const QByteArray format = QImageReader(file.get()).format();
@@ -128,7 +130,7 @@ Described<std::unique_ptr<QIODevice>> harmlessSource(std::unique_ptr<InputFile> 
 
 QString reasonOf(const QImageReader& reader, QIODevice& file, const LibraryMessages& messages) {
   if (endsTooEarly(file)) return QStringLiteral("The file ends before the image does.");
-  if (reader.error() == QImageReader::InvalidDataError || messages.tellOfDamage()) {
+  if (reader.error() == QImageReader::InvalidDataError || messages.reportDamage()) {
     return QStringLiteral("The image is damaged.");
   }
   return QStringLiteral("%1.").arg(reader.errorString());
@@ -143,6 +145,8 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   LibraryMessages messages;
   auto opened = InputFile::open(path, progress);
   if (!opened) return because(opened.error());
+  // Some decoders read the whole file into memory, and a sparse file can be far larger than its disk.
+  if (!pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return because(notEnoughMemory());
   if (isTiff(**opened)) LibraryMessages::catchTiff();
   const auto file = harmlessSource(std::move(*opened));
   if (!file) return because(file.error());
@@ -166,15 +170,16 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   QImage image = reader.read();
   if (progress.isCancelled()) return cancelled();
   if (image.isNull()) return because(reasonOf(reader, **file, messages));
-  // Not every file announces its size, and not every one keeps to it.
+  // Some files don't announce their size, or announce a wrong one.
   if (const auto judged = judgeImageSize(image.size()); !judged) return because(judged.error());
   progress.tell(decodedShare);
-  const bool isIncomplete = messages.tellOfDamage() || endsTooEarly(**file);
+  const bool isIncomplete = messages.reportDamage() || endsTooEarly(**file);
   if (isPngForDisplay(**file)) image.setColorSpace(QColorSpace::SRgb);
   const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
   auto decoded = onDisplay(std::move(image), traits);
   if (!decoded) return decoded;
   decoded->isIncomplete = isIncomplete;
+  decoded->pictureCount = pictureCount(**file);
   decoded->metadata = ImageMetadata::read(path, **file,
                                           reader.transformation() == QImageIOHandler::TransformationNone
                                               ? ImageMetadata::Orientation::ignored

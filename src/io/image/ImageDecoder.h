@@ -19,6 +19,8 @@ struct DecodedImage {
   ImageTraits traits;
   /// The file is damaged or truncated, and part of the image is missing.
   bool isIncomplete = false;
+  /// Frames or pages in the file; `image` is the first.
+  int pictureCount = 1;
   /// Null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
 };

@@ -9,7 +9,7 @@
 namespace orvanel {
 namespace {
 
-/// Reads a file from its start to its end, in blocks.
+/// Reads a file sequentially, in blocks.
 class Bytes {
  public:
   explicit Bytes(QIODevice& file) : file_(file) { file_.seek(0); }
@@ -44,7 +44,7 @@ class Bytes {
     at_ = 0;
     return file_.seek(position);
   }
-  /// Passes over everything before the next byte of this value, and over that one.
+  /// Skips to just after the next byte of this value; false if there is none.
   bool skipPast(char value) {
     while (true) {
       const qsizetype found = block_.indexOf(value, at_);
@@ -64,7 +64,7 @@ class Bytes {
   qsizetype at_ = 0;
 };
 
-/// ISO/IEC 10918-1, annex B: markers, those behind which segments stand told by their length.
+/// Follows the markers to the end of image; segments are skipped by their length (ISO/IEC 10918-1, annex B).
 bool jpegEndsTooEarly(Bytes& bytes) {
   while (bytes.skipPast('\xFF')) {
     auto marker = bytes.next();
@@ -94,7 +94,7 @@ bool pngEndsTooEarly(Bytes& bytes) {
   }
 }
 
-/// A table of colours, as the flags before it tell.
+/// Skips the colour table that `flags` announce, if any.
 bool skipGifColors(Bytes& bytes, std::uint8_t flags) {
   return (flags & 0x80U) == 0 || bytes.skip(std::int64_t{3} << ((flags & 7U) + 1));
 }
@@ -107,7 +107,7 @@ bool skipGifBlocks(Bytes& bytes) {
   return false;
 }
 
-/// Only the first picture counts: it is the one that opens.
+/// Checks the first picture only, since no other is opened.
 bool gifEndsTooEarly(Bytes& bytes) {
   constexpr std::int64_t beforeFlags = 10;
   bytes.skip(beforeFlags);
@@ -117,8 +117,8 @@ bool gifEndsTooEarly(Bytes& bytes) {
     if (*block == 0x21) {
       if (!bytes.next() || !skipGifBlocks(bytes)) return true;
     } else if (*block == 0x2C) {
-      constexpr std::int64_t placeBytes = 8;
-      if (!bytes.skip(placeBytes)) return true;
+      constexpr std::int64_t positionAndSizeBytes = 8;
+      if (!bytes.skip(positionAndSizeBytes)) return true;
       const auto pictureFlags = bytes.next();
       return !pictureFlags || !skipGifColors(bytes, *pictureFlags) || !bytes.next() || !skipGifBlocks(bytes);
     } else {

@@ -9,7 +9,7 @@
 namespace orvanel {
 namespace {
 
-/// Numbers of a TIFF in the byte order that its first two bytes tell; nothing beyond the end.
+/// Reads numbers of a TIFF in its byte order. Nothing beyond the end of the file.
 class TiffNumbers {
  public:
   TiffNumbers(QIODevice& file, bool isLittleEndian) : file_(file), isLittle_(isLittleEndian) {}
@@ -49,7 +49,8 @@ bool isPng(QIODevice& file) {
   return startOf(file, 4) == "\x89PNG";
 }
 
-/// Calls `visit(type, length)` for each chunk of a PNG with the file standing at its data. Ends at damage.
+/// Calls `visit(type, length)` for each chunk of a PNG, with the file positioned at the chunk's data. Stops
+/// at the first damaged chunk.
 template <typename Visit>
 void forEachPngChunk(QIODevice& file, Visit&& visit) {
   constexpr qint64 signatureBytes = 8;
@@ -63,7 +64,7 @@ void forEachPngChunk(QIODevice& file, Visit&& visit) {
   }
 }
 
-/// What a PNG tells of its colours, as it stands in its chunks; numbers are hundred-thousandths.
+/// The chunks of a PNG that define its colour space. Numbers are in units of 1/100000.
 struct PngColors {
   bool hasProfile = false;
   bool isSrgb = false;
@@ -99,7 +100,7 @@ std::optional<PixelDensity> densityOfPng(QIODevice& file) {
   return density;
 }
 
-/// The JFIF header (ITU-T T.871), which is the first segment where there is one.
+/// The density in the JFIF header (ITU-T T.871), which has to be the first segment.
 std::optional<PixelDensity> densityOfJpeg(const QByteArray& start) {
   if (start.size() < 18 || start.sliced(2, 2) != "\xFF\xE0" || start.sliced(6, 4) != "JFIF")
     return std::nullopt;
@@ -159,6 +160,18 @@ QByteArray exifOfPng(QIODevice& file) {
   return exif;
 }
 
+int framesOfPng(QIODevice& file) {
+  std::int32_t frames = 1;
+  if (!isPng(file)) return frames;
+  forEachPngChunk(file, [&](const QByteArray& type, std::uint32_t length) {
+    constexpr std::uint32_t bytes = 8;
+    if (type != "acTL" || length != bytes) return;
+    const QByteArray data = file.read(length);
+    if (data.size() == bytes) frames = qFromBigEndian<std::int32_t>(data.constData());
+  });
+  return std::max(1, frames);
+}
+
 bool isTiff(QIODevice& file) {
   const QByteArray start = startOf(file, 3);
   return start == "II*" || start == "II+" || start == QByteArrayView("MM\0", 3);
@@ -191,7 +204,7 @@ std::optional<ImageTraits> traitsOfPng(const QByteArray& start) {
     case 6:
       return ImageTraits{.isMonochrome = false, .bitsPerComponent = depth, .bitsPerPixel = 4 * depth};
     default:
-      return std::nullopt;  // a palette holds colours, whatever its indexes take
+      return std::nullopt;  // palettes have 8 bits a component, whatever the depth of their indexes
   }
 }
 
@@ -215,14 +228,14 @@ std::optional<ImageTraits> traitsOfTiff(QIODevice& file) {
     if (*tag == tagPhotometric) photometric = value;
     if (*tag == tagSamplesPerPixel) samples = std::max<int>(1, value.value_or(1));
     if (*tag == tagBitsPerSample) {
-      // More than two values don't fit in the entry and stand elsewhere.
+      // More than two values don't fit in the entry, which then holds their offset.
       const auto elsewhere = *values > 2 ? tiff.longWord(entry + 8) : std::nullopt;
       bits = (elsewhere ? tiff.word(*elsewhere) : value).value_or(8);
     }
   }
   constexpr std::uint16_t paletteColors = 3;
   if (!photometric || *photometric == paletteColors) return std::nullopt;
-  const bool isGrey = *photometric <= 1;  // either end may be white
+  const bool isGrey = *photometric <= 1;  // 0 is white or 0 is black
   const int depth = bits > 8 ? 16 : 8;
   return ImageTraits{.isMonochrome = isGrey,
                      .bitsPerComponent = depth,

@@ -1,5 +1,5 @@
-// Reads what the platform's readers don't report about an image file: they expand grey with alpha to colour
-// and reduce depths they don't support. Any thread; the bytes are not trusted.
+// Reads properties of an image file that the platform's readers don't report: these expand grey with alpha to
+// colour and reduce unsupported depths. Any thread; the bytes are not trusted.
 #pragma once
 
 #include <QByteArray>
@@ -16,14 +16,17 @@ namespace orvanel {
 
 [[nodiscard]] bool isTiff(QIODevice& file);
 
-/// The pixel density in the header of a PNG, JPEG or BMP file, if it has a unit of length.
+/// The pixel density in the header of a PNG, JPEG or BMP file. Nothing if it has no unit of length.
 [[nodiscard]] std::optional<PixelDensity> densityOfHeader(QIODevice& file);
 /// The EXIF block of a PNG; empty when there is none.
 [[nodiscard]] QByteArray exifOfPng(QIODevice& file);
 
-/// Whether a PNG's values are sRGB: it says so, or it has a gamma of about 1/2.2 and no chromaticities other
-/// than sRGB's. Such a gamma approximates the sRGB curve, and converting between the two would change most
-/// values.
+/// The number of frames that an animated PNG announces; 1 for any other file.
+[[nodiscard]] int framesOfPng(QIODevice& file);
+
+/// Whether a PNG's values are to be taken as sRGB: it is tagged as sRGB, or it has a gamma of about 1/2.2 and
+/// no chromaticities other than those of sRGB. That gamma approximates the sRGB curve; converting from one to
+/// the other would change most values.
 [[nodiscard]] bool isPngForDisplay(QIODevice& file);
 
 [[nodiscard]] std::optional<ImageTraits> traitsOfPng(const QByteArray& start);

@@ -1,6 +1,7 @@
 #include "io/image/ImageMetadata.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSize>
 #include <algorithm>
 #include <array>
@@ -13,17 +14,39 @@
 
 namespace orvanel {
 
+namespace {
+
+/// Which kinds of metadata to write.
+struct Parts {
+  bool exif;
+  bool xmp;
+  bool iptc;
+};
+/// One block that can't be written, such as a JPEG segment beyond 64 KiB, must not cost the others.
+constexpr std::array<Parts, 5> partsByPreference{{{.exif = true, .xmp = true, .iptc = true},
+                                                  {.exif = true, .xmp = false, .iptc = true},
+                                                  {.exif = true, .xmp = true, .iptc = false},
+                                                  {.exif = true, .xmp = false, .iptc = false},
+                                                  {.exif = false, .xmp = true, .iptc = true}}};
+
+}  // namespace
+
 struct ImageMetadata::Contents {
   Exiv2::ExifData exif;
   Exiv2::XmpData xmp;
   Exiv2::IptcData iptc;
 
   [[nodiscard]] bool isEmpty() const { return exif.empty() && xmp.empty() && iptc.empty(); }
+  [[nodiscard]] Contents only(const Parts& parts) const {
+    return {.exif = parts.exif ? exif : Exiv2::ExifData(),
+            .xmp = parts.xmp ? xmp : Exiv2::XmpData(),
+            .iptc = parts.iptc ? iptc : Exiv2::IptcData()};
+  }
 };
 
 namespace {
 
-/// Parts of the library keep state of their own.
+/// Guards the library, parts of which share state.
 std::mutex& libraryMutex() {
   static std::mutex mutex;
   static std::once_flag once;
@@ -34,8 +57,8 @@ std::mutex& libraryMutex() {
   return mutex;
 }
 
-/// Tags of a TIFF directory that tell how its pixels are stored (TIFF 6.0, and its supplements for profiles
-/// and blocks of other metadata). They belong to a file, not to its picture.
+/// Tags of a TIFF directory that describe how pixels are stored (TIFF 6.0, and its supplements for profiles
+/// and other blocks of metadata). They belong to one file and must not be copied to another.
 constexpr std::array<std::uint16_t, 57> storageTags{
     254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278, 279, 280, 281, 282,   283,
     284, 288, 289, 290, 291, 292, 293, 296, 297, 301, 317, 318, 319, 320, 321, 322, 323, 324,   325,
@@ -43,7 +66,7 @@ constexpr std::array<std::uint16_t, 57> storageTags{
 
 bool describesStorage(const Exiv2::Exifdatum& datum) {
   const std::string group = datum.groupName();
-  // Thumbnails, and further pictures of the same file.
+  // Thumbnails and further pictures in the same file.
   if (group.starts_with("Thumbnail") || group.starts_with("SubImage") || group.starts_with("SubThumb") ||
       (group.starts_with("Image") && group != "Image") || group == "Iop") {
     return true;
@@ -97,7 +120,7 @@ void correctSize(Exiv2::ExifData& exif, Exiv2::XmpData& xmp, const QSize& size) 
     correct<Exiv2::XmpData, Exiv2::XmpKey>(xmp, name, std::to_string(height));
 }
 
-/// The pixels have been brought to sRGB, whatever they were.
+/// The pixels have been converted to sRGB.
 void correctColorSpace(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
   constexpr std::uint16_t srgb = 1;
   correct<Exiv2::ExifData, Exiv2::ExifKey>(exif, "Exif.Photo.ColorSpace", srgb);
@@ -107,6 +130,32 @@ void correctColorSpace(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
 
 Exiv2::byte* bytesOf(const QByteArray& bytes) {
   return const_cast<Exiv2::byte*>(reinterpret_cast<const Exiv2::byte*>(bytes.constData()));
+}
+
+/// The file with this metadata; nothing if it can't be written.
+template <typename Contents>
+std::optional<QByteArray> withMetadata(const QByteArray& file, Contents ours, const QSize& size) {
+  try {
+    const auto image = Exiv2::ImageFactory::open(bytesOf(file), static_cast<long>(file.size()));
+    image->readMetadata();
+    correctSize(ours.exif, ours.xmp, size);
+    correctColorSpace(ours.exif, ours.xmp);
+    for (const Exiv2::Exifdatum& datum : ours.exif) {
+      eraseIf(image->exifData(), [&](const auto& written) { return written.key() == datum.key(); });
+    }
+    for (const Exiv2::Exifdatum& datum : ours.exif) image->exifData().add(datum);
+    image->setXmpData(ours.xmp);
+    image->setIptcData(ours.iptc);
+    image->writeMetadata();
+    Exiv2::BasicIo& io = image->io();
+    if (io.open() != 0 || io.seek(0, Exiv2::BasicIo::beg) != 0) return std::nullopt;
+    QByteArray bytes(static_cast<qsizetype>(io.size()), Qt::Uninitialized);
+    const long count = io.read(bytesOf(bytes), static_cast<long>(bytes.size()));
+    if (count != bytes.size()) return std::nullopt;
+    return bytes;
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
 }
 
 }  // namespace
@@ -126,12 +175,14 @@ std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QI
   std::optional<PixelDensity> density = densityOfHeader(file);
   try {
     const std::lock_guard lock(libraryMutex());
-    const auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString(), false);
+    // The library gives some relative paths a meaning of their own, such as "-".
+    const QString absolutePath = QFileInfo(path).absoluteFilePath();
+    const auto image = Exiv2::ImageFactory::open(QFile::encodeName(absolutePath).toStdString(), false);
     image->readMetadata();
     contents->exif = image->exifData();
     contents->xmp = image->xmpData();
     contents->iptc = image->iptcData();
-    // A PNG's own chunk for EXIF is younger than the library.
+    // The library doesn't read the eXIf chunk of a PNG.
     const QByteArray chunk = exifOfPng(file);
     if (contents->exif.empty() && !chunk.isEmpty()) {
       Exiv2::ExifParser::decode(contents->exif, bytesOf(chunk), static_cast<std::uint32_t>(chunk.size()));
@@ -148,27 +199,11 @@ std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QI
 
 QByteArray ImageMetadata::addedTo(const QByteArray& file, const QSize& size) const {
   if (contents_->isEmpty()) return file;
-  try {
-    const std::lock_guard lock(libraryMutex());
-    const auto image = Exiv2::ImageFactory::open(bytesOf(file), static_cast<long>(file.size()));
-    image->readMetadata();
-    Contents ours = *contents_;
-    correctSize(ours.exif, ours.xmp, size);
-    correctColorSpace(ours.exif, ours.xmp);
-    for (const Exiv2::Exifdatum& datum : ours.exif) {
-      eraseIf(image->exifData(), [&](const auto& written) { return written.key() == datum.key(); });
-    }
-    for (const Exiv2::Exifdatum& datum : ours.exif) image->exifData().add(datum);
-    image->setXmpData(ours.xmp);
-    image->setIptcData(ours.iptc);
-    image->writeMetadata();
-    Exiv2::BasicIo& io = image->io();
-    if (io.open() != 0 || io.seek(0, Exiv2::BasicIo::beg) != 0) return file;
-    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
-    return {reinterpret_cast<const char*>(bytes.pData_), static_cast<qsizetype>(bytes.size_)};
-  } catch (const std::exception&) {
-    return file;
+  const std::lock_guard lock(libraryMutex());
+  for (const Parts& parts : partsByPreference) {
+    if (auto bytes = withMetadata(file, contents_->only(parts), size)) return *std::move(bytes);
   }
+  return file;
 }
 
 }  // namespace orvanel

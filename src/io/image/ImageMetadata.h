@@ -33,8 +33,8 @@ class ImageMetadata : public SourceMetadata {
 
   [[nodiscard]] const std::optional<PixelDensity>& density() const { return density_; }
 
-  /// Adds the metadata to a JPEG, PNG or TIFF file, corrected for an image of `size` in sRGB. Returns the
-  /// file unchanged on failure.
+  /// Adds the metadata to a JPEG, PNG or TIFF file, corrected for an image of `size` in sRGB. Kinds of
+  /// metadata that the file can't hold are left out.
   [[nodiscard]] QByteArray addedTo(const QByteArray& file, const QSize& size) const;
 
  private:

@@ -13,24 +13,24 @@
 namespace orvanel {
 namespace {
 
-thread_local LibraryMessages* listening = nullptr;
+thread_local LibraryMessages* capturing = nullptr;
 QtMessageHandler nextHandler = nullptr;
 
-void listen(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-  if (listening != nullptr && type != QtFatalMsg) {
-    listening->add(message);
+void capture(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (capturing != nullptr && type != QtFatalMsg) {
+    capturing->add(message);
   } else if (nextHandler != nullptr) {
     nextHandler(type, context, message);
   }
 }
 
-/// What is written to `stderr`: kept back while this thread listens, and passed on otherwise.
+/// Discards what is written to `stderr` while this thread captures messages; passes it on otherwise.
 ssize_t writeToStandardError(void* /*cookie*/, const char* text, std::size_t length) {
-  if (listening != nullptr) return static_cast<ssize_t>(length);
+  if (capturing != nullptr) return static_cast<ssize_t>(length);
   return ::write(STDERR_FILENO, text, length);
 }
 
-/// libpng prints by itself unless its caller prevents that, which isn't us.
+/// libpng prints to `stderr` unless its caller, here the platform's reader, installs handlers.
 void catchStandardError() {
   cookie_io_functions_t functions{};
   functions.write = writeToStandardError;
@@ -43,14 +43,14 @@ void catchStandardError() {
 
 using TiffHandler = void (*)(const char* module, const char* format, std::va_list arguments);
 
-void noteTiffError(const char* /*module*/, const char* /*format*/, std::va_list /*arguments*/) {
-  if (listening != nullptr) listening->addTiffError();
+void recordTiffError(const char* /*module*/, const char* /*format*/, std::va_list /*arguments*/) {
+  if (capturing != nullptr) capturing->addTiffError();
 }
 
 struct TiffLibrary : LazyLibrary {
   TiffLibrary() : LazyLibrary(QStringLiteral("tiff"), 6) {
     if (!isComplete()) return;
-    setErrorHandler(noteTiffError);
+    setErrorHandler(recordTiffError);
     setWarningHandler(nullptr);
   }
 
@@ -63,22 +63,22 @@ struct TiffLibrary : LazyLibrary {
 LibraryMessages::LibraryMessages() {
   static std::once_flag once;
   std::call_once(once, [] {
-    nextHandler = qInstallMessageHandler(listen);
+    nextHandler = qInstallMessageHandler(capture);
     catchStandardError();
   });
-  listening = this;
+  capturing = this;
 }
 
 LibraryMessages::~LibraryMessages() {
-  listening = nullptr;
+  capturing = nullptr;
 }
 
 void LibraryMessages::catchTiff() {
   static const TiffLibrary library;
 }
 
-bool LibraryMessages::tellOfDamage() const {
-  // libjpeg's words; bytes too many between two markers cost no pixel.
+bool LibraryMessages::reportDamage() const {
+  // The wording of libjpeg. Extraneous bytes between two markers don't affect any pixel.
   const auto isDamage = [](const QString& text) {
     return text.startsWith(QLatin1String("Premature end of JPEG")) ||
            (text.startsWith(QLatin1String("Corrupt JPEG data")) &&

@@ -1,5 +1,5 @@
-// Captures the messages of image libraries during decoding: keeps them off standard error, and uses them to
-// detect damaged files. Any thread.
+// Captures the messages of image libraries during decoding and encoding: keeps them off standard error, and
+// uses them to detect damaged files. Any thread.
 #pragma once
 
 #include <QString>
@@ -15,12 +15,11 @@ class LibraryMessages {
   LibraryMessages(const LibraryMessages&) = delete;
   LibraryMessages& operator=(const LibraryMessages&) = delete;
 
-  /// Also captures libtiff's own error handler from now on. Loads the library, so call it only for TIFF
-  /// files.
+  /// Also captures the errors of libtiff, from now on. Loads the library, so call it only for TIFF files.
   static void catchTiff();
 
   /// Whether a message reported missing or corrupt pixels.
-  [[nodiscard]] bool tellOfDamage() const;
+  [[nodiscard]] bool reportDamage() const;
 
   void add(const QString& text) { texts_ << text; }
   void addTiffError() { hasTiffError_ = true; }

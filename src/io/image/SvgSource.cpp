@@ -2,10 +2,16 @@
 
 #include <zlib.h>
 
+#include <QBuffer>
+#include <QImageReader>
+#include <QSize>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 #include <algorithm>
 #include <array>
+#include <cstdint>
+
+#include "io/image/ImageLimits.h"
 
 namespace orvanel {
 namespace {
@@ -44,52 +50,74 @@ bool isRasterImage(const QByteArray& bytes) {
          (bytes.startsWith("RIFF") && bytes.sliced(std::min<qsizetype>(8, bytes.size())).startsWith("WEBP"));
 }
 
-/// An image in an image may be a drawing again, which would be drawn as it stands.
-bool isEmbeddedRasterImage(QStringView reference) {
+/// The decoded bytes of a `data:` reference; empty for other references.
+QByteArray embeddedBytes(QStringView reference) {
   const QLatin1String mark("base64,");
   const qsizetype at = reference.lastIndexOf(mark);
-  return reference.startsWith(QLatin1String("data:")) && at >= 0 &&
-         isRasterImage(
-             QByteArray::fromBase64(reference.sliced(at + mark.size())
-                                        .first(std::min<qsizetype>(64, reference.size() - at - mark.size()))
-                                        .toLatin1()));
+  if (!reference.startsWith(QLatin1String("data:")) || at < 0) return {};
+  return QByteArray::fromBase64(reference.sliced(at + mark.size()).toLatin1());
 }
 
-bool isHarmless(const QXmlStreamAttribute& attribute) {
-  if (attribute.name() != u"href") return true;
-  const QStringView reference = attribute.value().trimmed();
-  return reference.startsWith(u'#') || isEmbeddedRasterImage(reference);
-}
+/// Copies the harmless parts of a drawing.
+class Sanitizer {
+ public:
+  explicit Sanitizer(QByteArray* result) : out_(result) {}
 
-void copyElement(const QXmlStreamReader& xml, QXmlStreamWriter& out) {
-  out.writeStartElement(xml.qualifiedName().toString());
-  for (const QXmlStreamNamespaceDeclaration& space : xml.namespaceDeclarations()) {
-    const QString prefix = space.prefix().toString();
-    out.writeAttribute(prefix.isEmpty() ? QStringLiteral("xmlns") : QStringLiteral("xmlns:") + prefix,
-                       space.namespaceUri().toString());
-  }
-  for (const QXmlStreamAttribute& attribute : xml.attributes()) {
-    if (isHarmless(attribute)) {
-      out.writeAttribute(attribute.qualifiedName().toString(), attribute.value().toString());
+  /// Fails when the embedded images are too large.
+  Described<void> copy(const QXmlStreamReader& xml) {
+    switch (xml.tokenType()) {
+      case QXmlStreamReader::StartElement:
+        return copyElement(xml);
+      case QXmlStreamReader::EndElement:
+        out_.writeEndElement();
+        return {};
+      case QXmlStreamReader::Characters:
+        out_.writeCharacters(xml.text().toString());
+        return {};
+      default:
+        return {};
     }
   }
-}
 
-void copyToken(const QXmlStreamReader& xml, QXmlStreamWriter& out) {
-  switch (xml.tokenType()) {
-    case QXmlStreamReader::StartElement:
-      copyElement(xml, out);
-      return;
-    case QXmlStreamReader::EndElement:
-      out.writeEndElement();
-      return;
-    case QXmlStreamReader::Characters:
-      out.writeCharacters(xml.text().toString());
-      return;
-    default:
-      return;
+ private:
+  Described<void> copyElement(const QXmlStreamReader& xml) {
+    out_.writeStartElement(xml.qualifiedName().toString());
+    for (const QXmlStreamNamespaceDeclaration& space : xml.namespaceDeclarations()) {
+      const QString prefix = space.prefix().toString();
+      out_.writeAttribute(prefix.isEmpty() ? QStringLiteral("xmlns") : QStringLiteral("xmlns:") + prefix,
+                          space.namespaceUri().toString());
+    }
+    for (const QXmlStreamAttribute& attribute : xml.attributes()) {
+      const Described<bool> harmless = isHarmless(attribute);
+      if (!harmless) return because(harmless.error());
+      if (*harmless) out_.writeAttribute(attribute.qualifiedName().toString(), attribute.value().toString());
+    }
+    return {};
   }
-}
+
+  Described<bool> isHarmless(const QXmlStreamAttribute& attribute) {
+    if (attribute.name() != u"href") return true;
+    const QStringView reference = attribute.value().trimmed();
+    if (reference.startsWith(u'#')) return true;
+    QByteArray bytes = embeddedBytes(reference);
+    // An embedded drawing would be rendered without being sanitized.
+    if (!isRasterImage(bytes)) return false;
+    QBuffer buffer(&bytes);
+    return admits(QImageReader(&buffer).size());
+  }
+
+  /// Counts an embedded image. The renderer decodes all of them and holds them in memory together.
+  Described<bool> admits(const QSize& size) {
+    if (size.isEmpty()) return false;
+    if (const auto judged = judgeImageSize(size); !judged) return because(judged.error());
+    embeddedPixels_ += static_cast<std::uint64_t>(size.width()) * static_cast<std::uint64_t>(size.height());
+    if (const auto judged = judgePixelCount(embeddedPixels_); !judged) return because(judged.error());
+    return true;
+  }
+
+  QXmlStreamWriter out_;
+  std::uint64_t embeddedPixels_ = 0;
+};
 
 }  // namespace
 
@@ -103,11 +131,11 @@ Described<QByteArray> selfContainedSvg(QIODevice& file) {
     text = std::move(*plain);
   }
   QByteArray result;
-  QXmlStreamReader xml(text);  // expands entities within a limit of its own
-  QXmlStreamWriter out(&result);
+  QXmlStreamReader xml(text);  // limits the expansion of entities itself
+  Sanitizer sanitizer(&result);
   while (!xml.atEnd()) {
     xml.readNext();
-    copyToken(xml, out);
+    if (const auto copied = sanitizer.copy(xml); !copied) return because(copied.error());
   }
   if (xml.hasError()) return because(QStringLiteral("The drawing is damaged: %1.").arg(xml.errorString()));
   return result;

@@ -1,4 +1,5 @@
-// Sanitizes untrusted SVG before it is rendered: no access to other files, and bounded entity expansion.
+// Sanitizes untrusted SVG before it is rendered: no access to other files, bounded entity expansion, and
+// embedded images that fit in memory.
 // Any thread.
 #pragma once
 

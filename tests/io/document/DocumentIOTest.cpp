@@ -15,6 +15,7 @@
 #include "io/document/TextureLoading.h"
 #include "io/files/FaultyDisk.h"
 #include "model/TestDoor.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -124,6 +125,16 @@ TEST_F(DocumentIOTest, noPreviewWithoutAComposite) {
   const DocumentPtr document = richDocument(ColorMode::rgb8);
   test::put(document->compositedTexture, nullptr);
   ASSERT_TRUE(save(document).has_value());
+  EXPECT_EQ(entryPaths()[1].substr(0, 7), "layers/");
+  EXPECT_TRUE(load().has_value());
+}
+
+TEST_F(DocumentIOTest, noPreviewWithoutTheMemoryToFlatten) {
+  const DocumentPtr document = richDocument(ColorMode::rgb8);
+  {
+    const ScopedMemoryLimit limit(0);
+    ASSERT_TRUE(save(document).has_value());
+  }
   EXPECT_EQ(entryPaths()[1].substr(0, 7), "layers/");
   EXPECT_TRUE(load().has_value());
 }

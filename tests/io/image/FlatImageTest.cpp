@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "io/image/ImageHeader.h"
+#include "model/DocumentCompositor.h"
 #include "model/TestDoor.h"
 #include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
@@ -192,11 +193,40 @@ TEST_F(FlatImages, AnImageTooLargeForMemoryIsRejected) {
   EXPECT_EQ(result.error().message, QStringLiteral("There is not enough memory for this image."));
 }
 
+TEST_F(FlatImages, AFileTooLargeForMemoryIsRejectedInEveryFormat) {
+  for (const char* extension : {"heic", "png", "tiff", "svg"}) {
+    QFile file(folder.filePath(QStringLiteral("sparse.") + QLatin1String(extension)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(qint64{1} << 40U));
+    const FileResult<FlatImage> result = readFlatImage(file.fileName(), context);
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ(result.error().message, QStringLiteral("There is not enough memory for this image."));
+  }
+}
+
 TEST_F(FlatImages, ExportFailsWithoutMemory) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   const ConstTexture composite = document->composite();
   const tileMemory::ScopedSurfaceFailure refusal(0);
   EXPECT_FALSE(exportImage(*composite, ColorMode::rgb16, Format::png, context));
+}
+
+TEST_F(FlatImages, AnImageIsNotFlattenedWithoutTheMemoryForIt) {
+  const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
+  const auto composite = document->freezeComposite();
+  const std::uint64_t missing = composite->bytesToFinish();
+  EXPECT_EQ(missing, 50U * 40U * 8U);
+  const QString path = folder.filePath(QStringLiteral("deep.png"));
+  {
+    const ScopedMemoryLimit limit(missing - 1);
+    const auto written = writeFlatImage(composite.get(), ColorMode::rgb16, Format::png, path, context);
+    ASSERT_FALSE(written.has_value());
+    EXPECT_EQ(written.error().code, DocumentIOError::exportFailed);
+    EXPECT_EQ(written.error().message, QStringLiteral("There is not enough memory to write this image."));
+  }
+  EXPECT_EQ(composite->bytesToFinish(), missing);
+  EXPECT_TRUE(writeFlatImage(composite.get(), ColorMode::rgb16, Format::png, path, context).has_value());
+  EXPECT_EQ(composite->bytesToFinish(), 0U);
 }
 
 TEST_F(FlatImages, OtherDecodableFormatsHaveNoSourceFormat) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
@@ -146,6 +147,33 @@ TEST_F(Metadata, aFileWithoutMetadataHasNone) {
   const auto opened = readFlatImage(path, context);
   ASSERT_TRUE(opened.has_value());
   EXPECT_EQ(opened->metadata, nullptr);
+}
+
+TEST_F(Metadata, aBlockThatCannotBeWrittenDoesNotCostTheOthers) {
+  const QString path = photograph("png");
+  const auto file = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
+  file->readMetadata();
+  file->xmpData()["Xmp.dc.source"] = std::string(100'000, 'x');  // beyond a JPEG's segment
+  file->writeMetadata();
+  const auto image = readFlatImage(path, context);
+  ASSERT_TRUE(image.has_value());
+  Told told = toldBy(written(*image, Format::jpeg));
+  EXPECT_EQ(told["Exif.Image.Artist"], "Ann");
+  EXPECT_EQ(told["Iptc.Application2.Caption"], "A green field");
+  EXPECT_EQ(told["Xmp.dc.creator"], "");
+  EXPECT_EQ(toldBy(written(*image, Format::png))["Xmp.dc.creator"], "Ann");
+}
+
+TEST_F(Metadata, isReadFromAFileWithTheNameOfAStream) {
+  const QString path = photograph("jpeg");
+  ASSERT_TRUE(QFile::rename(path, folder.filePath(QStringLiteral("-"))));
+  const QString before = QDir::currentPath();
+  ASSERT_TRUE(QDir::setCurrent(folder.path()));
+  const auto image = readFlatImage(QStringLiteral("-"), context);
+  QDir::setCurrent(before);
+  ASSERT_TRUE(image.has_value());
+  ASSERT_NE(image->metadata, nullptr);
+  EXPECT_EQ(toldBy(written(*image, Format::jpeg))["Exif.Image.Artist"], "Ann");
 }
 
 TEST_F(Metadata, damagedBlocksAreLeftOut) {

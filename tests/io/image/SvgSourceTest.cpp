@@ -9,6 +9,7 @@
 
 #include "io/image/FlatImage.h"
 #include "io/image/ImageFixture.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -63,6 +64,18 @@ TEST_F(SvgSource, embeddedRasterImagesAreDrawn) {
       read(drawing("<image width=\"8\" height=\"8\" xlink:href=\"data:image/png;base64," + data + "\"/>"));
   ASSERT_TRUE(image.has_value());
   EXPECT_EQ(middleOf(*image), green);
+}
+
+TEST_F(SvgSource, embeddedImagesCountAgainstMemoryTogether) {
+  QImage square(400, 400, QImage::Format_RGB32);
+  square.fill(QColor(0, 255, 0));
+  const QByteArray embedded = "<image width=\"8\" height=\"8\" xlink:href=\"data:image/png;base64," +
+                              testing::pngOf(square).toBase64() + "\"/>";
+  const ScopedMemoryLimit limit(10'000'000);
+  EXPECT_TRUE(read(drawing(embedded)).has_value());
+  const auto image = read(drawing(embedded.repeated(4)));
+  ASSERT_FALSE(image.has_value());
+  EXPECT_EQ(image.error().message, QStringLiteral("There is not enough memory for this image."));
 }
 
 TEST_F(SvgSource, otherFilesAreNotRead) {
