@@ -159,6 +159,10 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 }
 
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
+  if (request.flatFormat && !request.document->canSaveAsFlatImage()) {
+    refuseFlatSave(std::move(done));
+    return;
+  }
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (request.flatFormat) {
@@ -166,6 +170,19 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   } else {
     writer_.writeDocument(request.document, request.path, std::move(done));
   }
+}
+
+void DocumentFiles::refuseFlatSave(Done done) {
+  // Queued, because a save must not end before `beginSave` has returned.
+  QMetaObject::invokeMethod(
+      this,
+      [done = std::move(done)] {
+        done(tl::make_unexpected(
+            FileError{DocumentIOError::saveFailed,
+                      QStringLiteral("The document has gained layers, masks or folders that this format "
+                                     "can't hold. Use Save As.")}));
+      },
+      Qt::QueuedConnection);
 }
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {

@@ -71,6 +71,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
+  /// Ends a save whose document has stopped being flat while the save was queued.
+  void refuseFlatSave(Done done);
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
   void reportFailedSave(const SaveRequest& request, const FileError& error) override;
   /// The request to save to the document's own file; nothing if it has none that can hold it.
