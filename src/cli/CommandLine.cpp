@@ -16,15 +16,15 @@ namespace orvanel {
 namespace {
 
 constexpr std::array table{
-    Subcommand{"info", "FILE", "Print a document's or image's facts as one JSON object", 1, 1, runInfo},
+    Subcommand{"info", "FILE", "Describe a document or image as one JSON object", 1, 1, runInfo},
     Subcommand{"convert", "IN OUT",
-               "Write IN as OUT; the extension of OUT says how:\n"
+               "Write IN as OUT in the format given by the extension of OUT:\n"
                "                        tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
                2, 2, runConvert},
     Subcommand{"run", "SCRIPT IN [OUT]",
-               "Carry out the steps of SCRIPT, a JSON array (- for standard\n"
-               "                        input), on IN, a file or new:WIDTHxHEIGHT:MODE with MODE\n"
-               "                        from 0 to 3, and write OUT; --time tells each step's time",
+               "Run the steps of SCRIPT, a JSON array (- for standard input),\n"
+               "                        on IN, a file or new:WIDTHxHEIGHT:MODE with MODE from 0 to\n"
+               "                        3, and write OUT; --time prints the duration of each step",
                2, 3, runScript, "--time"},
 };
 
@@ -39,8 +39,8 @@ QString helpText() {
   text += QStringLiteral(
       "  --help                Show this and exit\n"
       "  --version             Show the version and exit\n\n"
-      "Exit status: 0 when all went well, 1 when a file couldn't be read or written or a step\n"
-      "couldn't be carried out, 2 for wrong usage.\n");
+      "Exit status: 0 for success, 1 if a file can't be read or written or a step fails,\n"
+      "2 for invalid usage.\n");
   return text;
 }
 
@@ -61,8 +61,8 @@ QString usageOf(const Subcommand& command) {
            QString::fromStdString(std::string(command.arguments)));
 }
 
-/// Takes options out of what follows a subcommand; behind "--" everything is an argument. Nothing when there
-/// is one that the subcommand doesn't know, which is left in `unknown`.
+/// Separates the options from the arguments of a subcommand; "--" ends the options. Returns nothing if the
+/// subcommand doesn't support an option, which is stored in `unknown`.
 std::optional<Invocation> invocationOf(const Subcommand& command, const QStringList& rest, QString& unknown) {
   Invocation invocation;
   bool takesOptions = true;

@@ -9,8 +9,10 @@
 
 namespace orvanel {
 
-/// A document, or an image as a document of one layer.
-[[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path);
+/// A document, or an image as a document of one layer. Fails for a damaged image that is also the
+/// `destination`, because overwriting it would destroy the rest of it.
+[[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path,
+                                                                     const QString& destination = {});
 
 /// Whether a document can be written under this name, by its extension.
 [[nodiscard]] CommandResult checkWritableName(const QString& path);
