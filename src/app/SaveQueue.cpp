@@ -56,10 +56,6 @@ void SaveQueue::settle(const QUuid& documentID) const {
   processEventsWhile([&] { return contains(documentID); });
 }
 
-void SaveQueue::settleAll() const {
-  processEventsWhile([this] { return !isEmpty(); });
-}
-
 void processEventsWhile(const std::function<bool()>& condition) {
   while (condition()) {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);

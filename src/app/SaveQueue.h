@@ -59,9 +59,8 @@ class SaveQueue {
   /// Whether a save of this document is running or queued.
   [[nodiscard]] bool contains(const QUuid& documentID) const;
 
-  // These process events, except user input, until the saves have ended.
+  /// Processes events, except user input, until all saves of this document have ended.
   void settle(const QUuid& documentID) const;
-  void settleAll() const;
 
  private:
   void beginNext();

@@ -14,8 +14,8 @@
 #include "canvas/FramePacer.h"
 #include "canvas/MTKView.h"
 #include "canvas/ViewGeometry.h"
-#include "tools/NotificationCenter.h"
 #include "tools/CanvasToolHandler.h"
+#include "tools/NotificationCenter.h"
 #include "tools/ToolState.h"
 
 class QNativeGestureEvent;
@@ -48,8 +48,6 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   void requestRedraw() override { pacer_.request(); }
   /// The whole pixel under a view point, which may lie outside the canvas; none without a document.
   [[nodiscard]] std::optional<QPoint> viewToPixel(QPointF viewPoint) const;
-  /// Document coordinates held within the canvas; none without a document.
-  [[nodiscard]] std::optional<QPointF> viewToClampedDocument(QPointF viewPoint) const;
 
   // What the renderer asks for.
   [[nodiscard]] std::optional<Drawable> currentDrawable() override;
