@@ -207,12 +207,14 @@ TEST_F(CommandLineTest, AFailedConversionLeavesTheDestinationAsItWas) {
 }
 
 TEST_F(CommandLineTest, ADamagedImageIsConvertedButNeverOverwritten) {
-  const QByteArray bytes = writeTruncated("broken.png");
-  QFile link(path("link.png"));
-  ASSERT_TRUE(QFile::link(path("broken.png"), link.fileName()));
-  const QString broken = path("broken.png");
+  const QByteArray bytes = writeTruncated("broken.jpg");
+  QFile link(path("link.jpg"));
+  ASSERT_TRUE(QFile::link(path("broken.jpg"), link.fileName()));
+  const QString broken = path("broken.jpg");
   for (const QString& destination : {broken, link.fileName()}) {
-    expectFailure(run({QStringLiteral("convert"), broken, destination}), broken);
+    const Outcome converted = run({QStringLiteral("convert"), broken, destination});
+    expectFailure(converted, broken);
+    EXPECT_THAT(converted.errors, HasSubstr("Write the result to another file."));
     QFile script(path("steps.json"));
     ASSERT_TRUE(script.open(QIODevice::WriteOnly));
     script.write("[]");
@@ -222,10 +224,10 @@ TEST_F(CommandLineTest, ADamagedImageIsConvertedButNeverOverwritten) {
   QFile file(broken);
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_EQ(file.readAll(), bytes);
-  const Outcome copied = run({QStringLiteral("convert"), broken, path("copy.png")});
+  const Outcome copied = run({QStringLiteral("convert"), broken, path("copy.jpg")});
   EXPECT_EQ(copied.status, 0);
   EXPECT_THAT(copied.errors, StartsWith(broken.toStdString() + ": "));
-  EXPECT_TRUE(QFile::exists(path("copy.png")));
+  EXPECT_TRUE(QFile::exists(path("copy.jpg")));
 }
 
 TEST_F(CommandLineTest, ConvertAndRunKeepAnImagesDensity) {
