@@ -5,6 +5,7 @@
 #include <QStandardPaths>
 #include <utility>
 
+#include "app/EventWait.h"
 #include "app/ExportFormats.h"
 #include "app/FileMessage.h"
 #include "io/files/FileName.h"
@@ -214,6 +215,8 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
 
 void DocumentFiles::cancelAll() {
   saves_.cancelWaiting();
+  // Storage that doesn't respond must not keep anyone waiting.
+  saves_.abandonRunning();
   writer_.cancelAll();
   opener_.cancelAll();
 }

@@ -55,7 +55,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   /// Asks whether to save a modified document before it closes, and saves it if so. False to keep it open.
   [[nodiscard]] bool confirmClosing(const DocumentPtr& document);
-  // These process events but block user input.
+  // These process events but block user input, except for cancelling, which ends the wait.
   /// Waits for all saves of this document, including queued ones. Exports work on a copy.
   void settleSave(const Document& document);
   /// Waits for all saves and exports.
