@@ -1,5 +1,5 @@
-// The headless program: finds the subcommand that was asked for and turns its outcome into an exit status
-// and at most one line on standard error. Needs no display.
+// The command line of the headless program: runs the requested subcommand and turns its result into an exit
+// status and at most one line on standard error. Needs no display.
 #pragma once
 
 #include <QString>
@@ -19,10 +19,10 @@ struct CommandFailure {
 };
 using CommandResult = tl::expected<void, CommandFailure>;
 
-/// What stands behind a subcommand's name.
+/// The arguments given to a subcommand.
 struct Invocation {
   QStringList arguments;
-  /// Whether the subcommand's option is among it.
+  /// Whether the subcommand's option is given.
   bool hasOption = false;
 };
 
@@ -31,18 +31,18 @@ struct Subcommand {
   /// What follows the name, for example "IN OUT".
   std::string_view arguments;
   std::string_view summary;
-  /// Fewest and most arguments it takes.
+  /// Minimum and maximum number of arguments.
   int fewestArguments = 0;
   int mostArguments = 0;
   CommandResult (*run)(const Invocation& invocation) = nullptr;
-  /// The one option it knows; empty for none.
+  /// The only option it supports; empty for none.
   std::string_view option = {};
 };
 
 /// All subcommands, in the order of the help text.
 [[nodiscard]] std::span<const Subcommand> subcommands();
 
-/// `arguments` are those behind the program's name.
+/// `arguments` excludes the program's name.
 [[nodiscard]] ExitStatus runCommandLine(const QStringList& arguments);
 
 }  // namespace orvanel

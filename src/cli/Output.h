@@ -1,4 +1,4 @@
-// What the headless program prints.
+// Standard output and standard error of the headless program.
 #pragma once
 
 #include <QString>
@@ -7,10 +7,10 @@
 
 namespace orvanel {
 
-/// Writes text to standard output; fails when it doesn't get there.
+/// Writes text to standard output. Fails if it can't be written completely.
 [[nodiscard]] CommandResult printText(const QString& text);
 
-/// Writes one line to standard error, whatever the text holds.
+/// Writes one line to standard error; control characters in the text become spaces.
 void printErrorLine(const QString& text);
 
 }  // namespace orvanel

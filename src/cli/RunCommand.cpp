@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// A script of a million steps is shorter.
+/// More than enough for a million steps.
 constexpr qint64 mostScriptBytes = 256LL << 20;
 
 tl::unexpected<CommandFailure> failed(const QString& file, const QString& reason) {

@@ -218,6 +218,21 @@ TEST_F(SaveQueueTest, QueuedSavesRunInOrderWhileOneIsSettled) {
                                             "begin Sky sky", "saved sky"));
 }
 
+TEST_F(SaveQueueTest, AnAbandonedSaveIsNotWaitedForButHoldsUpTheNext) {
+  save(sky, "sky");
+  queue.abandonRunning();
+  EXPECT_TRUE(queue.isEmpty());
+  EXPECT_FALSE(queue.contains(sky->id));
+  queue.settle(sky->id);
+  save(sea, "sea");
+  EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "failed sky"));
+  writer.cancel();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sky", "begin Sea sea"));
+  EXPECT_TRUE(queue.contains(sea->id));
+  writer.succeed();
+  EXPECT_TRUE(queue.isEmpty());
+}
+
 TEST_F(SaveQueueTest, AQueuedSaveKeepsItsDocumentAlive) {
   save(sky, "sky");
   save(sea, "sea");
