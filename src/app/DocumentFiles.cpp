@@ -5,10 +5,12 @@
 #include <QStandardPaths>
 #include <utility>
 
+#include "app/EventWait.h"
 #include "app/ExportFormats.h"
 #include "app/FileMessage.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
+#include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -21,6 +23,14 @@ std::optional<int> parsedSide(const QString& text) {
   const int side = text.toInt(&isNumber);
   if (!isNumber || side < 1 || side > maximumCanvasSide) return std::nullopt;
   return side;
+}
+
+/// A file name, without extension, for a document of this name.
+QString proposedName(QString name) {
+  // Most file systems allow 255 bytes; the extension needs some of them.
+  constexpr qsizetype mostBytes = 240;
+  if (name.toUtf8().size() > mostBytes) name = displayText(name);
+  return name.replace(u'/', u'-').replace(u'\n', u' ').remove(QChar(u'\0'));
 }
 
 }  // namespace
@@ -115,9 +125,7 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
     folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
   }
   if (!QFileInfo(folder).isDir()) folder = QDir::homePath();
-  QString name = document.name.value();
-  // The name may come from a file and contain characters that file names can't.
-  name.replace(u'/', u'-').remove(QChar(u'\0'));
+  const QString name = proposedName(document.name.value());
   return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
 
@@ -159,6 +167,10 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 }
 
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
+  if (request.flatFormat && !request.document->canSaveAsFlatImage()) {
+    refuseFlatSave(std::move(done));
+    return;
+  }
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (request.flatFormat) {
@@ -166,6 +178,19 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   } else {
     writer_.writeDocument(request.document, request.path, std::move(done));
   }
+}
+
+void DocumentFiles::refuseFlatSave(Done done) {
+  // Queued, because a save must not end before `beginSave` has returned.
+  QMetaObject::invokeMethod(
+      this,
+      [done = std::move(done)] {
+        done(tl::make_unexpected(
+            FileError{DocumentIOError::saveFailed,
+                      QStringLiteral("The document has gained layers, masks or folders that this format "
+                                     "can't hold. Use Save As.")}));
+      },
+      Qt::QueuedConnection);
 }
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
@@ -190,6 +215,8 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
 
 void DocumentFiles::cancelAll() {
   saves_.cancelWaiting();
+  // Storage that doesn't respond must not keep anyone waiting.
+  saves_.abandonRunning();
   writer_.cancelAll();
   opener_.cancelAll();
 }
@@ -210,9 +237,9 @@ void DocumentFiles::settleWrites() {
 
 bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
   if (!appState_.userDefaults.confirmUnsavedChanges()) return true;
-  const SaveAnswer answer =
-      dialogs_.askToSave(QStringLiteral("Do you want to save changes to \"%1\"?").arg(document->name.value()),
-                         QStringLiteral("Your changes will be lost if you don't save them."));
+  const SaveAnswer answer = dialogs_.askToSave(
+      QStringLiteral("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
+      QStringLiteral("Your changes will be lost if you don't save them."));
   if (answer == SaveAnswer::save) return saveForClosing(document);
   return answer == SaveAnswer::dontSave;
 }

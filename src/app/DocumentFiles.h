@@ -55,7 +55,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   /// Asks whether to save a modified document before it closes, and saves it if so. False to keep it open.
   [[nodiscard]] bool confirmClosing(const DocumentPtr& document);
-  // These process events but block user input.
+  // These process events but block user input, except for cancelling, which ends the wait.
   /// Waits for all saves of this document, including queued ones. Exports work on a copy.
   void settleSave(const Document& document);
   /// Waits for all saves and exports.
@@ -71,6 +71,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
+  /// Ends a save whose document has stopped being flat while the save was queued.
+  void refuseFlatSave(Done done);
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;
   void reportFailedSave(const SaveRequest& request, const FileError& error) override;
   /// The request to save to the document's own file; nothing if it has none that can hold it.

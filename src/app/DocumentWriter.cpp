@@ -1,6 +1,7 @@
 #include "app/DocumentWriter.h"
 
 #include <QPointer>
+#include <algorithm>
 #include <utility>
 
 #include "io/document/DocumentIO.h"
@@ -54,6 +55,10 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
       if (!guard.isNull()) guard->end(job, result);
     });
   });
+}
+
+bool DocumentWriter::isWriting() const {
+  return std::ranges::any_of(running_, [](const JobPtr& job) { return !job->cancellation->isCancelled(); });
 }
 
 void DocumentWriter::cancelAll() {

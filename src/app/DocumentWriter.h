@@ -32,7 +32,8 @@ class DocumentWriter : public QObject {
   /// Writes the composite as a flat image, with as much of its source's metadata as the format can carry.
   void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
 
-  [[nodiscard]] bool isWriting() const { return !running_.empty(); }
+  /// Whether a write is running that has not been cancelled.
+  [[nodiscard]] bool isWriting() const;
   /// Cancels all writes that have not yet replaced their file; they end with a cancellation error.
   void cancelAll();
 

@@ -70,7 +70,13 @@ bool DunmarrowApp::event(QEvent* event) {
 }
 
 void DunmarrowApp::commitSession(QSessionManager& session) {
-  if (!session.allowsInteraction()) return;
+  if (!session.allowsInteraction()) {
+    // The session may end the program as soon as this returns.
+    dialogs_.holdWarnings();
+    files_->settleWrites();
+    dialogs_.releaseWarnings();
+    return;
+  }
   // A termination in progress is already asking about unsaved documents.
   if (std::exchange(isTerminating_, true)) {
     session.cancel();

@@ -6,6 +6,8 @@
 #include <QScreen>
 #include <utility>
 
+#include "model/DisplayText.h"
+
 namespace orvanel {
 
 namespace {
@@ -63,7 +65,7 @@ void MainWindow::activeDocumentChanged() {
   const DocumentPtr active = appState_.windowState.activeDocument();
   // Qt replaces "[*]" by the modified marker; doubling it in the name shows it literally.
   const QString name =
-      active ? QString(active->name.value()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"))
+      active ? displayText(active->name.value()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"))
              : QString();
   setWindowTitle(active ? QStringLiteral("%1[*] — Orvanel").arg(name) : QStringLiteral("Orvanel"));
   setWindowModified(active && active->isDirty.value());

@@ -1,10 +1,18 @@
 #include "app/SaveQueue.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <algorithm>
 
+#include "app/EventWait.h"
+
 namespace orvanel {
+
+namespace {
+
+FileError cancellation() {
+  return {DocumentIOError::saveFailed, QStringLiteral("The save was cancelled."), true};
+}
+
+}  // namespace
 
 void SaveQueue::add(SaveRequest request) {
   if (std::ranges::find(waiting_, request) != waiting_.end()) return;
@@ -14,7 +22,7 @@ void SaveQueue::add(SaveRequest request) {
 
 bool SaveQueue::contains(const QUuid& documentID) const {
   const auto concerns = [&](const SaveRequest& request) { return request.document->id == documentID; };
-  return (running_ && concerns(*running_)) || std::ranges::any_of(waiting_, concerns);
+  return (running_ && !isAbandoned_ && concerns(*running_)) || std::ranges::any_of(waiting_, concerns);
 }
 
 void SaveQueue::beginNext() {
@@ -26,6 +34,7 @@ void SaveQueue::beginNext() {
 
 void SaveQueue::end(const FileResult<void>& result) {
   const SaveRequest request = *std::exchange(running_, std::nullopt);
+  isAbandoned_ = false;
   client_.saveEnded(request, result);
   beginNext();
   if (result || result.error().isCancelled) return;
@@ -34,10 +43,14 @@ void SaveQueue::end(const FileResult<void>& result) {
 }
 
 void SaveQueue::cancelWaiting() {
-  const FileError error{DocumentIOError::saveFailed, QStringLiteral("The save was cancelled."), true};
   for (const SaveRequest& request : std::exchange(waiting_, {})) {
-    client_.saveEnded(request, tl::make_unexpected(error));
+    client_.saveEnded(request, tl::make_unexpected(cancellation()));
   }
+}
+
+void SaveQueue::abandonRunning() {
+  if (!running_ || std::exchange(isAbandoned_, true)) return;
+  client_.saveEnded(*running_, tl::make_unexpected(cancellation()));
 }
 
 void SaveQueue::reportFailures() {
@@ -54,16 +67,6 @@ void SaveQueue::reportFailures() {
 
 void SaveQueue::settle(const QUuid& documentID) const {
   processEventsWhile([&] { return contains(documentID); });
-}
-
-void SaveQueue::settleAll() const {
-  processEventsWhile([this] { return !isEmpty(); });
-}
-
-void processEventsWhile(const std::function<bool()>& condition) {
-  while (condition()) {
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
-  }
 }
 
 }  // namespace orvanel

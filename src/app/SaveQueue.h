@@ -55,13 +55,17 @@ class SaveQueue {
   /// Ends all queued saves as cancelled. The running save continues.
   void cancelWaiting();
 
-  [[nodiscard]] bool isEmpty() const { return !running_ && waiting_.empty(); }
+  /// Ends the running save as cancelled for all who wait for it. The client has cancelled the writing, which
+  /// may still take any time to stop; the next save begins only then.
+  void abandonRunning();
+
+  // An abandoned save does not count.
+  [[nodiscard]] bool isEmpty() const { return (!running_ || isAbandoned_) && waiting_.empty(); }
   /// Whether a save of this document is running or queued.
   [[nodiscard]] bool contains(const QUuid& documentID) const;
 
-  // These process events, except user input, until the saves have ended.
+  /// Processes events, but no user input other than cancelling, until all saves of this document have ended.
   void settle(const QUuid& documentID) const;
-  void settleAll() const;
 
  private:
   void beginNext();
@@ -70,13 +74,12 @@ class SaveQueue {
 
   SaveQueueClient& client_;
   std::optional<SaveRequest> running_;
+  /// Whether the running save has been abandoned.
+  bool isAbandoned_ = false;
   std::deque<SaveRequest> waiting_;
   /// Failures still to be reported.
   std::deque<std::pair<SaveRequest, FileError>> failures_;
   bool isReporting_ = false;
 };
-
-/// Processes events, except user input, while the condition holds.
-void processEventsWhile(const std::function<bool()>& condition);
 
 }  // namespace orvanel

@@ -77,7 +77,23 @@ QString withDocumentExtension(const QString& path) {
 
 }  // namespace
 
+void WindowDialogs::releaseWarnings() {
+  isHoldingWarnings_ = false;
+  for (const auto& [message, informativeText] : std::exchange(heldWarnings_, {})) {
+    QMetaObject::invokeMethod(
+        qApp,
+        [this, message = message, informativeText = informativeText] {
+          showWarning(message, informativeText);
+        },
+        Qt::QueuedConnection);
+  }
+}
+
 void WindowDialogs::showWarning(const QString& message, const QString& informativeText) {
+  if (isHoldingWarnings_) {
+    heldWarnings_.emplace_back(message, informativeText);
+    return;
+  }
   QMessageBox box(window_);
   fillAlert(box, message, informativeText);
   box.addButton(QMessageBox::Ok);

@@ -3,6 +3,8 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <utility>
+#include <vector>
 
 #include "app/Dialogs.h"
 
@@ -12,6 +14,10 @@ class WindowDialogs : public Dialogs {
  public:
   /// The parent of all dialogs; may be null.
   void setWindow(QWidget* window) { window_ = window; }
+
+  // While no alert may be shown, warnings are held back; they appear soon after the release.
+  void holdWarnings() { isHoldingWarnings_ = true; }
+  void releaseWarnings();
 
   void showWarning(const QString& message, const QString& informativeText) override;
   SaveAnswer askToSave(const QString& message, const QString& informativeText) override;
@@ -23,6 +29,9 @@ class WindowDialogs : public Dialogs {
 
  private:
   QPointer<QWidget> window_;
+  bool isHoldingWarnings_ = false;
+  /// Message and informative text of each warning held back.
+  std::vector<std::pair<QString, QString>> heldWarnings_;
 };
 
 }  // namespace orvanel

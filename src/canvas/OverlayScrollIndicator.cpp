@@ -19,7 +19,8 @@ const QColor rimColor(255, 255, 255, 110);
 
 OverlayScrollIndicator::OverlayScrollIndicator(Qt::Orientation orientation, QWidget* parent)
     : QWidget(parent), isHorizontal_(orientation == Qt::Horizontal) {
-  setAccessibleName(isHorizontal_ ? tr("Horizontal position") : tr("Vertical position"));
+  setAccessibleName(isHorizontal_ ? QStringLiteral("Horizontal position")
+                                  : QStringLiteral("Vertical position"));
   setCursor(Qt::ArrowCursor);
 }
 

@@ -6,7 +6,6 @@
 #include <QPainter>
 #include <QScreen>
 #include <QUrl>
-#include <algorithm>
 #include <cmath>
 
 #include "canvas/FileDrop.h"
@@ -152,15 +151,6 @@ std::optional<QPoint> ScrollableMTKView::viewToPixel(QPointF viewPoint) const {
   const auto shown = document();
   if (shown == nullptr) return std::nullopt;
   return viewGeometry::viewToPixel(placementOf(*shown), viewPoint);
-}
-
-std::optional<QPointF> ScrollableMTKView::viewToClampedDocument(QPointF viewPoint) const {
-  const auto shown = document();
-  if (shown == nullptr) return std::nullopt;
-  const viewGeometry::Placement placement = placementOf(*shown);
-  const QPointF point = viewGeometry::viewToDocument(placement, viewPoint);
-  return QPointF(std::clamp(point.x(), 0.0, placement.canvasSize.width()),
-                 std::clamp(point.y(), 0.0, placement.canvasSize.height()));
 }
 
 void ScrollableMTKView::scrollTo(QPointF documentOffset) {

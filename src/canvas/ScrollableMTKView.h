@@ -48,8 +48,6 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   void requestRedraw() override { pacer_.request(); }
   /// The whole pixel at a view point, possibly outside the canvas; none without a document.
   [[nodiscard]] std::optional<QPoint> viewToPixel(QPointF viewPoint) const;
-  /// Document coordinates clamped to the canvas; none without a document.
-  [[nodiscard]] std::optional<QPointF> viewToClampedDocument(QPointF viewPoint) const;
 
   // The interface for the renderer.
   [[nodiscard]] std::optional<Drawable> currentDrawable() override;

@@ -18,13 +18,13 @@ namespace {
 constexpr std::array table{
     Subcommand{"info", "FILE", "Describe a document or image as one JSON object", 1, 1, runInfo},
     Subcommand{"convert", "IN OUT",
-               "Convert IN to OUT in the format of OUT's extension:\n"
+               "Write IN as OUT in the format given by the extension of OUT:\n"
                "                        tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
                2, 2, runConvert},
     Subcommand{"run", "SCRIPT IN [OUT]",
-               "Run the steps of SCRIPT, a JSON array (- for standard\n"
-               "                        input), on IN, a file or new:WIDTHxHEIGHT:MODE with MODE\n"
-               "                        from 0 to 3, and write OUT; --time prints each step's time",
+               "Run the steps of SCRIPT, a JSON array (- for standard input),\n"
+               "                        on IN, a file or new:WIDTHxHEIGHT:MODE with MODE from 0 to\n"
+               "                        3, and write OUT; --time prints the duration of each step",
                2, 3, runScript, "--time"},
 };
 
@@ -39,8 +39,8 @@ QString helpText() {
   text += QStringLiteral(
       "  --help                Show this and exit\n"
       "  --version             Show the version and exit\n\n"
-      "Exit status: 0 for success, 1 if a file couldn't be read or written or a step\n"
-      "failed, 2 for wrong usage.\n");
+      "Exit status: 0 for success, 1 if a file can't be read or written or a step fails,\n"
+      "2 for invalid usage.\n");
   return text;
 }
 
@@ -61,8 +61,8 @@ QString usageOf(const Subcommand& command) {
            QString::fromStdString(std::string(command.arguments)));
 }
 
-/// Separates options from arguments; everything after "--" is an argument. Returns none for an option that
-/// the subcommand doesn't know, and stores it in `unknown`.
+/// Separates the options from the arguments of a subcommand; "--" ends the options. Returns nothing if the
+/// subcommand doesn't support an option, which is stored in `unknown`.
 std::optional<Invocation> invocationOf(const Subcommand& command, const QStringList& rest, QString& unknown) {
   Invocation invocation;
   bool takesOptions = true;

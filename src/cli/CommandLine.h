@@ -1,5 +1,5 @@
-// The headless program: finds the requested subcommand and reports its result as an exit status and at most
-// one line on standard error. Needs no display.
+// The command line of the headless program: runs the requested subcommand and turns its result into an exit
+// status and at most one line on standard error. Needs no display.
 #pragma once
 
 #include <QString>
@@ -19,10 +19,10 @@ struct CommandFailure {
 };
 using CommandResult = tl::expected<void, CommandFailure>;
 
-/// The arguments of a subcommand.
+/// The arguments given to a subcommand.
 struct Invocation {
   QStringList arguments;
-  /// Whether the subcommand's option was given.
+  /// Whether the subcommand's option is given.
   bool hasOption = false;
 };
 
@@ -35,7 +35,7 @@ struct Subcommand {
   int fewestArguments = 0;
   int mostArguments = 0;
   CommandResult (*run)(const Invocation& invocation) = nullptr;
-  /// The only option it accepts; empty for none.
+  /// The only option it supports; empty for none.
   std::string_view option = {};
 };
 

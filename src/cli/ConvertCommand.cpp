@@ -6,9 +6,9 @@ namespace orvanel {
 
 CommandResult runConvert(const Invocation& invocation) {
   const QString& destination = invocation.arguments.at(1);
-  // Check the destination's name first, so that a large file isn't read for nothing.
+  // Checked first, so that no large file is read in vain.
   if (CommandResult name = checkWritableName(destination); !name) return name;
-  const auto document = readDocument(invocation.arguments.at(0));
+  const auto document = readDocument(invocation.arguments.at(0), destination);
   if (!document) return tl::make_unexpected(document.error());
   return writeDocument(**document, destination);
 }

@@ -1,5 +1,7 @@
 #include "cli/DocumentAccess.h"
 
+#include <QFileInfo>
+
 #include "cli/Output.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileName.h"
@@ -15,9 +17,15 @@ tl::unexpected<CommandFailure> failed(const QString& path, const QString& reason
   return tl::make_unexpected(CommandFailure{path, reason});
 }
 
+/// Whether both paths lead to the same existing file, through symbolic links or not.
+bool isSameFile(const QString& a, const QString& b) {
+  const QString target = QFileInfo(a).canonicalFilePath();
+  return !target.isEmpty() && target == QFileInfo(b).canonicalFilePath();
+}
+
 }  // namespace
 
-tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
+tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path, const QString& destination) {
   MetalContext& context = MetalContext::shared();
   if (DocumentIO::isDocumentPath(path)) {
     FileResult<DocumentPtr> document = DocumentIO::loadSynchronously(path, context);
@@ -26,7 +34,12 @@ tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path) {
   }
   const FileResult<FlatImage> image = readFlatImage(path, context);
   if (!image) return failed(path, image.error().message);
-  if (!image->warning.isEmpty()) printErrorLine(path + QStringLiteral(": ") + image->warning);
+  if (!image->warning.isEmpty()) {
+    if (isSameFile(path, destination)) {
+      return failed(path, image->warning + QStringLiteral(" Write the result to another file."));
+    }
+    printErrorLine(path + QStringLiteral(": ") + image->warning);
+  }
   return documentOfFlatImage(*image, path, context);
 }
 

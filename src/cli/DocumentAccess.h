@@ -9,8 +9,10 @@
 
 namespace orvanel {
 
-/// Reads a document, or an image as a document of one layer.
-[[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path);
+/// A document, or an image as a document of one layer. Fails for a damaged image that is also the
+/// `destination`, because overwriting it would destroy the rest of it.
+[[nodiscard]] tl::expected<DocumentPtr, CommandFailure> readDocument(const QString& path,
+                                                                     const QString& destination = {});
 
 /// Checks that a document can be written under this name, judging by its extension.
 [[nodiscard]] CommandResult checkWritableName(const QString& path);

@@ -1,4 +1,4 @@
-// The output of the headless program.
+// Standard output and standard error of the headless program.
 #pragma once
 
 #include <QString>
@@ -7,10 +7,10 @@
 
 namespace orvanel {
 
-/// Writes text to standard output; fails if it can't be written completely.
+/// Writes text to standard output. Fails if it can't be written completely.
 [[nodiscard]] CommandResult printText(const QString& text);
 
-/// Writes one line to standard error, whatever characters the text contains.
+/// Writes one line to standard error; control characters in the text become spaces.
 void printErrorLine(const QString& text);
 
 }  // namespace orvanel

@@ -12,7 +12,7 @@
 namespace orvanel {
 namespace {
 
-/// Enough for a script of a million steps.
+/// More than enough for a million steps.
 constexpr qint64 mostScriptBytes = 256LL << 20;
 
 tl::unexpected<CommandFailure> failed(const QString& file, const QString& reason) {
@@ -30,9 +30,9 @@ tl::expected<QByteArray, CommandFailure> readScript(const QString& path) {
   return text;
 }
 
-/// Makes a blank document for new:WIDTHxHEIGHT:MODE, otherwise reads the file.
-tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path) {
-  if (!path.startsWith(QStringLiteral("new:"))) return readDocument(path);
+/// A blank document for new:WIDTHxHEIGHT:MODE, otherwise the file's.
+tl::expected<DocumentPtr, CommandFailure> readInput(const QString& path, const QString& destination) {
+  if (!path.startsWith(QStringLiteral("new:"))) return readDocument(path, destination);
   static const QRegularExpression form(QStringLiteral("^new:(\\d{1,5})x(\\d{1,5}):([0-3])\\z"));
   const QRegularExpressionMatch match = form.match(path);
   const int width = match.captured(1).toInt();
@@ -68,7 +68,7 @@ CommandResult runScript(const Invocation& invocation) {
   if (!text) return tl::make_unexpected(text.error());
   const auto steps = parseScript(*text);
   if (!steps) return failed(scriptPath, steps.error());
-  const auto document = readInput(invocation.arguments.at(1));
+  const auto document = readInput(invocation.arguments.at(1), destination.value_or(QString()));
   if (!document) return tl::make_unexpected(document.error());
 
   ScriptRun run(*document);

@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QPainter>
 
+#include "model/DisplayText.h"
 #include "panels/PanelStyle.h"
 #include "panels/SymbolButton.h"
 
@@ -51,7 +52,7 @@ void DocumentTab::setSelected(bool selected) {
 }
 
 void DocumentTab::documentChanged() {
-  const QString name = document->name.value();
+  const QString name = shownName();
   // Tooltips interpret markup, and names may contain anything.
   setToolTip(
       QStringLiteral("<span>%1</span>").arg(document->sourceFileURL.value().value_or(name).toHtmlEscaped()));
@@ -59,6 +60,10 @@ void DocumentTab::documentChanged() {
   closeButton_->setAccessibleName(QStringLiteral("Close %1").arg(name));
   if (onWidthChanged) onWidthChanged();
   update();
+}
+
+QString DocumentTab::shownName() const {
+  return displayText(document->name.value());
 }
 
 std::vector<std::pair<QString, std::function<void()>>> DocumentTab::contextItems() const {
@@ -83,7 +88,7 @@ void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
 
 QSize DocumentTab::sizeHint() const {
   // Space for the dot and the close button is always reserved, so that the name doesn't move.
-  const int name = fontMetrics().horizontalAdvance(document->name.value());
+  const int name = fontMetrics().horizontalAdvance(shownName());
   const int around = 2 * (sidePadding + gap) + static_cast<int>(dirtyDotSize) + closeBoxEdge;
   return {qBound(narrowestTab, name + around, widestTab), tabHeight};
 }
@@ -128,7 +133,7 @@ void DocumentTab::paintEvent(QPaintEvent* /*event*/) {
   painter.setPen(ink);
   const QRectF nameBox(nameLeft, 0, nameRight - nameLeft, height());
   const QString name =
-      fontMetrics().elidedText(document->name.value(), Qt::ElideMiddle, static_cast<int>(nameBox.width()));
+      fontMetrics().elidedText(shownName(), Qt::ElideMiddle, static_cast<int>(nameBox.width()));
   painter.drawText(nameBox, Qt::AlignVCenter | Qt::AlignHCenter | Qt::TextSingleLine, name);
 }
 

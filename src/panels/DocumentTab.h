@@ -51,6 +51,7 @@ class DocumentTab : public QAbstractButton {
  private:
   void setHovering(bool hovering);
   void documentChanged();
+  [[nodiscard]] QString shownName() const;
 
   bool isSelected_ = false;
   bool hasOtherDocuments_ = false;

@@ -1,4 +1,5 @@
 #include <QDir>
+#include <QKeyEvent>
 #include <QSemaphore>
 #include <QThreadPool>
 
@@ -97,7 +98,7 @@ TEST_F(CancellingTest, ACancelledSaveLeavesTheFileAndTheMark) {
     EXPECT_FALSE(document->isDirty.value());
     files.cancelAll();
   }
-  files.settleWrites();
+  ASSERT_TRUE(waitForFiles());
   EXPECT_TRUE(document->isDirty.value());
   EXPECT_EQ(contents(path("Sky.tessel")), before);
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("Sky.tessel")}));
@@ -120,7 +121,7 @@ TEST_F(CancellingTest, ACancelledSaveOfAnImageLeavesItAsItWas) {
     files.save(document);
     files.cancelAll();
   }
-  files.settleWrites();
+  ASSERT_TRUE(waitForFiles());
   EXPECT_TRUE(document->isDirty.value());
   EXPECT_EQ(contents(path("photo.png")), before);
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
@@ -138,10 +139,40 @@ TEST_F(CancellingTest, SavesThatWaitAreCancelledWithTheRunningOne) {
     files.saveAs(sea);
     files.cancelAll();
   }
-  files.settleWrites();
+  ASSERT_TRUE(waitForFiles());
   EXPECT_TRUE(sky->isDirty.value());
   EXPECT_TRUE(sea->isDirty.value());
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("Sky.tessel")}));
+}
+
+TEST_F(CancellingTest, EscapeEndsTheWaitForASaveThatHangsAndOtherInputIsBlocked) {
+  showWindow();
+  subscriptions.clear();
+  const DocumentPtr sky = addSaved("Sky");
+  sky->addLayer(QStringLiteral("Clouds"));
+  QWidget& canvas = window->contentView();
+  const CancelButton& button = window->contentView().progressLine().cancelButton();
+  {
+    const BackgroundBlock block;
+    files.save(sky);
+    ASSERT_TRUE(waitUntil([&] { return button.isVisible(); }));
+    QMetaObject::invokeMethod(
+        &canvas,
+        [&] {
+          QKeyEvent key(QEvent::KeyPress, Qt::Key_W, Qt::NoModifier);
+          EXPECT_TRUE(QApplication::sendEvent(&canvas, &key));
+          EXPECT_FALSE(sky->isDirty.value());
+          QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+          QApplication::sendEvent(&canvas, &escape);
+        },
+        Qt::QueuedConnection);
+    files.settleSave(*sky);
+    files.settleWrites();
+    EXPECT_TRUE(sky->isDirty.value());
+  }
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_TRUE(sky->isDirty.value());
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
 }
 
 TEST_F(CancellingTest, ACancelledExportLeavesNothingBehind) {
@@ -152,7 +183,7 @@ TEST_F(CancellingTest, ACancelledExportLeavesNothingBehind) {
     files.exportImage(document);
     files.cancelAll();
   }
-  files.settleWrites();
+  ASSERT_TRUE(waitForFiles());
   EXPECT_THAT(filesIn(), IsEmpty());
   EXPECT_THAT(dialogs.warnings, IsEmpty());
 }

@@ -1,4 +1,5 @@
 #include <QFile>
+#include <QFileInfo>
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
@@ -36,6 +37,15 @@ TEST_F(ClosingTest, TheQuestionNamesTheDocument) {
   windowState.closeDocument(addUnsaved(QStringLiteral("Sky"))->id);
   EXPECT_THAT(dialogs.questions, ElementsAre("Do you want to save changes to \"Sky\"?"));
   EXPECT_EQ(dialogs.lastInformativeText, "Your changes will be lost if you don't save them.");
+}
+
+TEST_F(ClosingTest, TheQuestionAndTheFilePanelShortenAnEndlessName) {
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  windowState.closeDocument(addUnsaved(QString(1000000, u'a'))->id);
+  ASSERT_THAT(dialogs.questions, SizeIs(1));
+  EXPECT_LT(dialogs.questions[0].size(), 120U);
+  ASSERT_THAT(dialogs.proposals, SizeIs(1));
+  EXPECT_LT(QFileInfo(QString::fromStdString(dialogs.proposals[0])).fileName().toUtf8().size(), 256);
 }
 
 TEST_F(ClosingTest, ASavedDocumentClosesWithoutAQuestion) {

@@ -347,6 +347,26 @@ TEST_F(DocumentFilesTest, AFlatImageIsSavedInPlaceInItsFormat) {
   EXPECT_EQ(filesIn(), QStringList({QStringLiteral("photo.png")}));
 }
 
+TEST_F(DocumentFilesTest, AQueuedFlatSaveFailsIfItsDocumentIsNoLongerFlat) {
+  const DocumentPtr first = addDocument(QStringLiteral("First"));
+  first->setSource(path("first.tessel"), std::nullopt);
+  first->setDirty(true);
+  const DocumentPtr photo = openOne(writeImage("photo.png", 20, 10, Qt::red));
+  ASSERT_NE(photo, nullptr);
+  photo->fillSelection({0.0F, 0.0F, 1.0F, 1.0F});
+  files.save(first);
+  files.save(photo);
+  photo->addLayer(QStringLiteral("Second"));
+  files.settleWrites();
+  EXPECT_TRUE(photo->isDirty.value());
+  EXPECT_EQ(QImage(path("photo.png")).pixelColor(3, 3), QColor(Qt::red));
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
+  EXPECT_EQ(dialogs.warnings[0].second,
+            "photo.png: The document has gained layers, masks or folders that this format can't hold. "
+            "Use Save As.");
+}
+
 TEST_F(DocumentFilesTest, SavingAnUnmodifiedDocumentWritesNothing) {
   const QString photo = writeImage("photo.jpg");
   const DocumentPtr document = openOne(photo);

@@ -154,6 +154,11 @@ TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {
   EXPECT_EQ(window->windowTitle(), QStringLiteral("one[*] — Orvanel"));
 }
 
+TEST_F(MainWindowTest, TheTitleShortensAnEndlessName) {
+  addDocument(QString(1000000, u'a'));
+  EXPECT_LT(window->windowTitle().size(), 100);
+}
+
 TEST_F(MainWindowTest, TitleAndTabShowUnsavedChanges) {
   open({writeImage("one.png")});
   state.windowState.activeDocument()->addLayer(QStringLiteral("Second"));

@@ -203,19 +203,34 @@ TEST_F(SaveQueueTest, SettlingADocumentWaitsForAllItsSavesAndNoOthers) {
   queue.settle(sea->id);
   EXPECT_FALSE(queue.contains(sea->id));
   EXPECT_TRUE(queue.contains(sand->id));
-  queue.settleAll();
+  queue.settle(sand->id);
   EXPECT_TRUE(queue.isEmpty());
   queue.settle(sky->id);
 }
 
-TEST_F(SaveQueueTest, SettlingAllWaitsForEverySave) {
+TEST_F(SaveQueueTest, QueuedSavesRunInOrderWhileOneIsSettled) {
   writer.endsByItself = true;
   save(sky, "sky");
   save(sea, "sea");
   save(sky, "sky");
-  queue.settleAll();
+  queue.settle(sky->id);
   EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "saved sky", "begin Sea sea", "saved sea",
                                             "begin Sky sky", "saved sky"));
+}
+
+TEST_F(SaveQueueTest, AnAbandonedSaveIsNotWaitedForButHoldsUpTheNext) {
+  save(sky, "sky");
+  queue.abandonRunning();
+  EXPECT_TRUE(queue.isEmpty());
+  EXPECT_FALSE(queue.contains(sky->id));
+  queue.settle(sky->id);
+  save(sea, "sea");
+  EXPECT_THAT(writer.takeLog(), ElementsAre("begin Sky sky", "failed sky"));
+  writer.cancel();
+  EXPECT_THAT(writer.takeLog(), ElementsAre("failed sky", "begin Sea sea"));
+  EXPECT_TRUE(queue.contains(sea->id));
+  writer.succeed();
+  EXPECT_TRUE(queue.isEmpty());
 }
 
 TEST_F(SaveQueueTest, AQueuedSaveKeepsItsDocumentAlive) {

@@ -105,6 +105,18 @@ TEST_F(WindowDialogsTest, AnAlertShowsItsTextsAsPlainText) {
   dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("<b>photo</b>: The disk is full."));
 }
 
+TEST_F(WindowDialogsTest, AWarningHeldBackIsShownAfterTheRelease) {
+  dialogs.holdWarnings();
+  dialogs.showWarning(QStringLiteral("Failed to Save"), QStringLiteral("photo: The disk is full."));
+  dialogs.releaseWarnings();
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.informativeText(), "photo: The disk is full.");
+    box.accept();
+  });
+  QApplication::processEvents();
+}
+
 TEST_F(WindowDialogsTest, AnEditRefusedForLackOfMemorySaysSo) {
   whenShown<QMessageBox>([](QMessageBox& box) {
     EXPECT_EQ(box.text(), "Not Enough Memory");

@@ -182,17 +182,13 @@ TEST_F(CanvasInputTest, WithoutADocumentScrollAndPinchDoNothing) {
   EXPECT_EQ(scrollChanges, 0);
   EXPECT_FALSE(view().viewToDocument({1, 1}).has_value());
   EXPECT_FALSE(view().viewToPixel({1, 1}).has_value());
-  EXPECT_FALSE(view().viewToClampedDocument({1, 1}).has_value());
 }
 
-TEST_F(CanvasInputTest, ViewPointsConvertToFractionalWholeAndClampedDocumentPoints) {
+TEST_F(CanvasInputTest, ViewPointsConvertToFractionalAndWholeDocumentPoints) {
   test::zoomToIndex(*document, 15);
   document->setViewportOffset(QPointF(-10, 20));
   EXPECT_EQ(view().viewToDocument({5, 5}).value(), QPointF(-7.5, 22.5));
   EXPECT_EQ(view().viewToPixel({5, 5}).value(), QPoint(-8, 22));
-  EXPECT_EQ(view().viewToClampedDocument({5, 5}).value(), QPointF(0, 22.5));
-  document->setViewportOffset(QPointF(1900, 1400));
-  EXPECT_EQ(view().viewToClampedDocument({399, 299}).value(), QPointF(2000, 1500));
 }
 
 TEST_F(CanvasInputTest, ZoomKeysNeedTheCommandModifierAlone) {

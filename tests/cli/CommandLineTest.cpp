@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <random>
 
 #include "cli/ProgramRun.h"
 #include "io/document/DocumentIO.h"
@@ -36,6 +37,20 @@ class CommandLineTest : public testing::Test {
     image.fill(Qt::red);
     EXPECT_TRUE(image.save(path(name)));
     return path(name);
+  }
+
+  /// The bytes of a noisy image whose file has lost its last third.
+  QByteArray writeTruncated(const char* name) {
+    QImage image(200, 200, QImage::Format_RGB32);
+    std::mt19937 random(7);
+    for (int y = 0; y < image.height(); ++y) {
+      for (int x = 0; x < image.width(); ++x) image.setPixel(x, y, random());
+    }
+    EXPECT_TRUE(image.save(path(name)));
+    QFile file(path(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+    EXPECT_TRUE(file.resize(file.size() * 2 / 3));
+    return file.readAll();
   }
 
   /// A layer with a small rectangle inside a folder, below an empty layer.
@@ -189,6 +204,47 @@ TEST_F(CommandLineTest, AFailedConversionLeavesTheDestinationAsItWas) {
   EXPECT_EQ(destination.readAll(), QByteArray("what was here before"));
   EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
             QStringList({QStringLiteral("out.png")}));
+}
+
+TEST_F(CommandLineTest, ADamagedImageIsConvertedButNeverOverwritten) {
+  const QByteArray bytes = writeTruncated("broken.jpg");
+  QFile link(path("link.jpg"));
+  ASSERT_TRUE(QFile::link(path("broken.jpg"), link.fileName()));
+  const QString broken = path("broken.jpg");
+  for (const QString& destination : {broken, link.fileName()}) {
+    const Outcome converted = run({QStringLiteral("convert"), broken, destination});
+    expectFailure(converted, broken);
+    EXPECT_THAT(converted.errors, HasSubstr("Write the result to another file."));
+    QFile script(path("steps.json"));
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write("[]");
+    script.close();
+    expectFailure(run({QStringLiteral("run"), script.fileName(), broken, destination}), broken);
+  }
+  QFile file(broken);
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll(), bytes);
+  const Outcome copied = run({QStringLiteral("convert"), broken, path("copy.jpg")});
+  EXPECT_EQ(copied.status, 0);
+  EXPECT_THAT(copied.errors, StartsWith(broken.toStdString() + ": "));
+  EXPECT_TRUE(QFile::exists(path("copy.jpg")));
+}
+
+TEST_F(CommandLineTest, ConvertAndRunKeepAnImagesDensity) {
+  constexpr int dotsPerMeter = 11811;
+  QImage image(20, 10, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  image.setDotsPerMeterX(dotsPerMeter);
+  image.setDotsPerMeterY(dotsPerMeter);
+  ASSERT_TRUE(image.save(path("scan.png")));
+  QFile script(path("steps.json"));
+  ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+  script.write(R"([{"do": "deselect"}])");
+  script.close();
+  ASSERT_EQ(run({QStringLiteral("convert"), path("scan.png"), path("copy.png")}).status, 0);
+  ASSERT_EQ(run({QStringLiteral("run"), script.fileName(), path("scan.png"), path("run.png")}).status, 0);
+  EXPECT_EQ(QImage(path("copy.png")).dotsPerMeterX(), dotsPerMeter);
+  EXPECT_EQ(QImage(path("run.png")).dotsPerMeterX(), dotsPerMeter);
 }
 
 TEST_F(CommandLineTest, ADestinationThatCannotBeWrittenFails) {

@@ -52,6 +52,15 @@ class DocumentTabBarTest : public testing::Test {
   std::vector<std::pair<std::string, QUuid>> asked;
 };
 
+TEST_F(DocumentTabBarTest, AnEndlessNameIsShownShortened) {
+  documents.push_back(makeDocument(QString(1000000, u'a') + QStringLiteral("\nb")));
+  bar.setDocuments(documents, documents.back()->id);
+  const DocumentTab& tab = *bar.tabs().front();
+  EXPECT_LT(tab.toolTip().size(), 100);
+  EXPECT_LT(tab.accessibleName().size(), 100);
+  EXPECT_TRUE(tab.accessibleName().endsWith(QStringLiteral("a b")));
+}
+
 TEST_F(DocumentTabBarTest, ShowsATabForEachDocumentInOrder) {
   showDocuments(3);
   ASSERT_EQ(bar.tabs().size(), 3U);

@@ -3,6 +3,8 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include "model/DisplayText.h"
+
 namespace orvanel {
 
 bool hasExtension(const QString& path, QStringView extension) {
@@ -19,18 +21,7 @@ QString documentName(const QString& path) {
 }
 
 QString displayName(const QString& path) {
-  constexpr qsizetype mostCharacters = 60;
-  QString name = path.section(u'/', -1, -1, QString::SectionSkipEmpty);
-  for (QChar& character : name) {
-    if (!character.isPrint() && !character.isSurrogate()) character = QChar::ReplacementCharacter;
-  }
-  if (name.size() <= mostCharacters) return name;
-  qsizetype head = mostCharacters / 2;
-  qsizetype tail = name.size() - (mostCharacters - head - 1);
-  // A surrogate pair stays together.
-  if (name[head - 1].isHighSurrogate()) --head;
-  if (name[tail].isLowSurrogate()) ++tail;
-  return name.first(head) + QChar(0x2026) + name.sliced(tail);
+  return displayText(path.section(u'/', -1, -1, QString::SectionSkipEmpty));
 }
 
 bool isUtf8(std::string_view text) {

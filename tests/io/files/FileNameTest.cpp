@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "model/DisplayText.h"
+
 namespace orvanel {
 namespace {
 
@@ -34,6 +36,12 @@ TEST(FileName, longNamesKeepTheirEnds) {
   const QString whales = displayName(QString::fromUtf8("🐋").repeated(200));
   EXPECT_LE(whales.size(), 60);
   EXPECT_TRUE(whales.isValidUtf16());
+}
+
+TEST(FileName, aTextOfSeveralLinesIsShownOnOne) {
+  EXPECT_EQ(displayText(QStringLiteral("Sky/Sea\nand\tsand")), QStringLiteral("Sky/Sea and sand"));
+  EXPECT_EQ(displayText(QString(QChar::LineSeparator)), QStringLiteral(" "));
+  EXPECT_EQ(displayText(QString(1000000, u'a')).size(), 60);
 }
 
 TEST(FileName, controlCharactersNeverReachAMessage) {
