@@ -143,6 +143,7 @@ bool DocumentFiles::canSave(const Document& document) {
 }
 
 void DocumentFiles::save(const DocumentPtr& document) {
+  document->endOpenEdits();
   if (!canSave(*document)) return;
   if (std::optional<SaveRequest> request = saveInPlace(document)) {
     saves_.add(*std::move(request));
@@ -167,6 +168,8 @@ void DocumentFiles::saveAs(const DocumentPtr& document) {
 }
 
 void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
+  // Taking back what is shown wouldn't mark the document as different from its file.
+  request.document->endOpenEdits();
   if (request.flatFormat && !request.document->canSaveAsFlatImage()) {
     refuseFlatSave(std::move(done));
     return;
@@ -204,6 +207,7 @@ void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError
 void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
+  document->endOpenEdits();
   rememberFolder(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
   const auto report = [this, path = target->path](const FileResult<void>& result) {

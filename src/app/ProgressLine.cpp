@@ -4,8 +4,8 @@
 #include <QPainter>
 #include <chrono>
 
-#include "tools/NotificationCenter.h"
 #include "panels/PanelStyle.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 

@@ -105,6 +105,7 @@ bool WindowState::cycleTabs(int step) {
 }
 
 bool WindowState::mayClose(const DocumentPtr& document) {
+  document->endOpenEdits();
   if (settleSaves) settleSaves(*document);
   return !document->isDirty.value() || !confirmClosing || confirmClosing(document);
 }

@@ -1,5 +1,5 @@
-// What the file that a document came from says beyond its pixels. The model only carries it; the file code reads
-// and writes it. Immutable and shared, any thread.
+// What the file that a document came from says beyond its pixels. The model only carries it; the file code
+// reads and writes it. Immutable and shared, any thread.
 #pragma once
 
 namespace orvanel {

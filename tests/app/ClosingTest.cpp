@@ -4,6 +4,7 @@
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
 #include "app/WindowAccessor.h"
+#include "model/LevelsAdjustment.h"
 
 namespace orvanel {
 namespace {
@@ -52,6 +53,16 @@ TEST_F(ClosingTest, ASavedDocumentClosesWithoutAQuestion) {
   windowState.closeDocument(addDocument(QStringLiteral("Sky"))->id);
   EXPECT_THAT(dialogs.questions, IsEmpty());
   EXPECT_THAT(openNames(), IsEmpty());
+}
+
+TEST_F(ClosingTest, AnOpenAdjustmentIsAChangeToAskAbout) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  document->setDirty(false);
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 100.0F});
+  windowState.closeDocument(document->id);
+  EXPECT_THAT(dialogs.questions, SizeIs(1));
 }
 
 TEST_F(ClosingTest, CancelKeepsTheDocumentAndDontSaveClosesIt) {

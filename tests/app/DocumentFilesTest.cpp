@@ -5,6 +5,7 @@
 
 #include "AppFixture.h"
 #include "app/ExportFormats.h"
+#include "model/LevelsAdjustment.h"
 #include "model/TestDoor.h"
 
 namespace orvanel {
@@ -230,6 +231,24 @@ TEST_F(DocumentFilesTest, SaveClearsTheDirtyFlagBeforeItWrites) {
   ASSERT_TRUE(waitForFiles());
   EXPECT_TRUE(document->isDirty.value());
   EXPECT_EQ(openOne(path("Sky.tessel"))->layerCount(), 2);
+}
+
+TEST_F(DocumentFilesTest, ASaveKeepsAnAdjustmentThatIsOpen) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  document->setSource(path("Sky.tessel"), std::nullopt);
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  document->setDirty(false);
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 100.0F});
+  files.save(document);
+  EXPECT_FALSE(levels.isOpen());
+  EXPECT_EQ(document->undoStack.undoActionName(), "Levels");
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_TRUE(openOne(path("Sky.tessel"))
+                  ->activeLayer()
+                  ->texture.value()
+                  ->equals(*document->activeLayer()->texture.value()));
 }
 
 TEST_F(DocumentFilesTest, AFailedSaveLeavesTheDocumentDirtyAndIsReportedOnce) {

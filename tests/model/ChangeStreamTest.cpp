@@ -56,6 +56,13 @@ TEST(ChangeStreamTest, AMoveIsOneChangeWithBothPositions) {
   EXPECT_EQ(changes.count<change::NodeInserted>() + changes.count<change::NodeRemoved>(), 0U);
 }
 
+TEST(ChangeStreamTest, AResizeToTheSameSizeIsReportedOnce) {
+  const DocumentPtr document = makeDocument();
+  const ChangeRecorder changes(*document);
+  document->resizeCanvas(document->canvasWidth.value(), document->canvasHeight.value(), 0, 0);
+  EXPECT_EQ(changes.count<change::CanvasChanged>(), 1U);
+}
+
 TEST(ChangeStreamTest, PixelChangesListTheChangedTiles) {
   const DocumentPtr document = makeDocument(400, 300);
   document->ensureSelection();

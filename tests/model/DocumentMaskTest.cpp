@@ -52,6 +52,30 @@ TEST_P(DocumentMaskTest, TheNewMaskIsACopyOfTheSelection) {
   EXPECT_TRUE(selectionMask(*document).equals(filledMask(pixelWidth, pixelHeight, 1.0F)));
 }
 
+TEST_P(DocumentMaskTest, ALayerThatIsNotInTheTreeHasNoMaskCommands) {
+  document->addLayer("removed");
+  const std::shared_ptr<Layer> removed = document->activeLayer();
+  addRandomMask(*removed, random);
+  const std::shared_ptr<LayerMask> mask = removed->mask.value();
+  document->removeNode(removed->id);
+  const std::int64_t records = recordCount(*document);
+  document->applyLayerMask(removed);
+  document->removeLayerMask(removed);
+  EXPECT_EQ(removed->mask.value(), mask);
+  put(removed->mask, nullptr);
+  document->addLayerMask(removed);
+  EXPECT_EQ(removed->mask.value(), nullptr);
+  EXPECT_EQ(recordCount(*document), records);
+}
+
+TEST_P(DocumentMaskTest, ANewMaskHasNoThumbnailYet) {
+  giveThumbnail();
+  put(layer->maskThumbnailDirty, false);
+  document->addLayerMask(layer);
+  EXPECT_EQ(layer->maskThumbnailImage.value(), nullptr);
+  EXPECT_TRUE(layer->maskThumbnailDirty.value());
+}
+
 TEST_P(DocumentMaskTest, AnEmptySelectionGivesAMaskThatHidesNothing) {
   document->selectAll();
   document->deselect();

@@ -148,6 +148,16 @@ TEST_P(DocumentSelectionTest, TheTransparencyOfAnyLayerCanBeSelected) {
   EXPECT_FALSE(maskIs(empty));
 }
 
+TEST_P(DocumentSelectionTest, ALayerOfAnotherSizeIsIgnored) {
+  document->addLayer("removed");
+  const std::shared_ptr<Layer> removed = document->activeLayer();
+  document->removeNode(removed->id);
+  document->resizeCanvas(pixelWidth + 5, pixelHeight, 0, 0);
+  const std::int64_t records = recordCount(*document);
+  document->selectLayerTransparency(*removed);
+  EXPECT_EQ(recordCount(*document), records);
+}
+
 TEST_P(DocumentSelectionTest, ATransparentLayerGivesAnEmptySelection) {
   document->addLayer("Transparent");
   document->selectLayerTransparency(*document->activeLayer());

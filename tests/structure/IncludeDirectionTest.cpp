@@ -84,7 +84,8 @@ std::string fault(const SourceFile& file, const Include& include) {
     return isLibraryHeader ? "" : "own headers are named from src/ on";
   }
   if (target == room) return {};
-  if (!contains(room->mayInclude, target->folder)) return room->folder + " must not include " + target->folder;
+  if (!contains(room->mayInclude, target->folder))
+    return room->folder + " must not include " + target->folder;
   for (const std::string& folder : privateFolders) {
     if (include.path.starts_with(folder + "/")) return folder + " is private to " + target->folder;
   }
@@ -120,11 +121,13 @@ TEST(IncludeDirection, planHasNoWayBack) {
 TEST(IncludeDirection, seesAnArrowAgainstThePlan) {
   EXPECT_EQ(faultOf("src/raster/Surface.cpp", "#include \"raster/Surface.h\""), "");
   EXPECT_EQ(faultOf("src/raster/Surface.h", "#include \"model/Layer.h\""), "raster must not include model");
-  EXPECT_EQ(faultOf("src/undo/UndoStack.cpp", "  # include \"model/Layer.h\""), "undo must not include model");
+  EXPECT_EQ(faultOf("src/undo/UndoStack.cpp", "  # include \"model/Layer.h\""),
+            "undo must not include model");
   EXPECT_EQ(faultOf("src/model/Document.cpp", "#include \"model/records/X.h\""), "");
   EXPECT_EQ(faultOf("src/tools/MagicWand.cpp", "#include \"model/records/X.h\""),
             "model/records is private to model");
-  EXPECT_EQ(faultOf("src/app/MainWindow.cpp", "#include \"model/edit/X.h\""), "model/edit is private to model");
+  EXPECT_EQ(faultOf("src/app/MainWindow.cpp", "#include \"model/edit/X.h\""),
+            "model/edit is private to model");
   EXPECT_EQ(faultOf("src/model/Document.cpp", "#include \"Document.h\""),
             "own headers are named from src/ on");
   EXPECT_EQ(faultOf("src/io/A.cpp", "#include \"../model/Layer.h\""), "own headers are named from src/ on");

@@ -19,9 +19,9 @@ class DocumentParts : public ::testing::Test {
   static constexpr int height = 2900;
 
   DocumentParts() {
-    const auto layer = std::make_shared<Layer>(
-        NodeValues{.name = QStringLiteral("Only")},
-        testing::scribbled(layerPixelFormat(ColorMode::rgb16), width, height, 5));
+    const auto layer =
+        std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Only")},
+                                testing::scribbled(layerPixelFormat(ColorMode::rgb16), width, height, 5));
     document_ = Document::create({.name = QStringLiteral("Large"),
                                   .width = width,
                                   .height = height,
