@@ -277,7 +277,7 @@ class Document : public std::enable_shared_from_this<Document> {
   // The file.
   void setName(const QString& newName);
   /// Whether there are unsaved changes.
-  void setDirty(bool isDirty);
+  void setDirty(bool hasUnsavedChanges);
   void setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format);
   void setSourceMetadata(const std::shared_ptr<const SourceMetadata>& metadata);
 
