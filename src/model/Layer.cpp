@@ -1,11 +1,19 @@
 #include "model/Layer.h"
 
 #include <cassert>
+#include <utility>
 
 #include "model/NodeWalk.h"
-#include "model/edit/PropertyWriter.h"
 
 namespace orvanel {
+namespace {
+
+/// The children of a folder that is being destroyed; nobody sees its list any more.
+LayerNodeList takenFrom(LayerFolder& folder) {
+  return std::exchange(const_cast<LayerNodeList&>(folder.children.value()), {});
+}
+
+}  // namespace
 
 std::shared_ptr<MaskTexture> MaskTexture::create(int width, int height, const MetalContext& context) {
   Texture surface = context.makeTexture(maskPixelFormat, width, height);
@@ -54,16 +62,13 @@ LayerFolder::LayerFolder(const NodeValues& values, LayerNodeList contents, bool 
       isExpanded(isOpen) {}
 
 LayerFolder::~LayerFolder() {
-  LayerNodeList orphans = children.value();
-  PropertyWriter::write(children, {});
+  LayerNodeList orphans = takenFrom(*this);
   while (!orphans.empty()) {
     const std::shared_ptr<LayerFolder> folder = orphans.back().folder();
     orphans.pop_back();
     // If this is a folder's last owner, its children join the list before it goes.
     if (folder == nullptr || folder.use_count() > 1) continue;
-    const LayerNodeList& inner = folder->children.value();
-    orphans.insert(orphans.end(), inner.begin(), inner.end());
-    PropertyWriter::write(folder->children, {});
+    for (LayerNode& inner : takenFrom(*folder)) orphans.push_back(std::move(inner));
   }
 }
 

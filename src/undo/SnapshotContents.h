@@ -57,7 +57,7 @@ class SnapshotContents {
 
   void append(const Tile& tile);
   [[nodiscard]] const Run& runOf(int index) const;
-  void compress(std::size_t slot);
+  void compress(std::size_t index);
   void keepRaw(Slot& slot, const Tile& tile);
   void dropRaw(Slot& slot);
 

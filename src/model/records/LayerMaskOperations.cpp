@@ -103,7 +103,8 @@ UndoableOperation::StepCost ApplyLayerMaskOperation::costToStep() const {
   if (pixels == nullptr || (!isApplied() && mask == nullptr)) return {};
   std::vector<int> tiles = isApplied() ? beforeSnapshot_->dataTilesUnlike(*pixels)
                                        : editCost::tilesRewritten(*pixels, mask->maskTexture->texture.get());
-  return {.bytes = tiles.size() * pixels->tileBytes(), .tiles = std::move(tiles)};
+  const std::uint64_t bytes = tiles.size() * pixels->tileBytes();
+  return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 
 std::int64_t ApplyLayerMaskOperation::memoryCost() const {

@@ -47,7 +47,8 @@ UndoableOperation::StepCost PixelOperation::costToStep() const {
 UndoableOperation::StepCost PixelOperation::costToRestore(const TextureSnapshot& snapshot,
                                                           const Surface& standing) {
   std::vector<int> tiles = snapshot.dataTilesUnlike(standing);
-  return {.bytes = tiles.size() * standing.tileBytes(), .tiles = std::move(tiles)};
+  const std::uint64_t bytes = tiles.size() * standing.tileBytes();
+  return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 
 void PixelOperation::undoOn(Target target) {
@@ -103,7 +104,8 @@ void InvertLayerOperation::redoOn(Target target) {
 
 UndoableOperation::StepCost InvertLayerOperation::costToRedo(const Surface& standing) const {
   std::vector<int> tiles = editCost::tilesRewritten(standing, selectionTexture_.get());
-  return {.bytes = tiles.size() * standing.tileBytes(), .tiles = std::move(tiles)};
+  const std::uint64_t bytes = tiles.size() * standing.tileBytes();
+  return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 
 void StoredResultOperation::redoOn(Target target) {
