@@ -103,7 +103,7 @@ class RefusedSteps : public testing::Test {
     Surface surface(PixelFormat::rgba8Unorm, size, size);
     for (int index = 0; index < surface.tileCount(); ++index) {
       std::byte* out = surface.editTile(index);
-      for (std::uint64_t i = 0; i < tileBytes; ++i) out[i] = static_cast<std::byte>(i * 31 + i / 4 | 0x0FU);
+      for (std::uint64_t i = 0; i < tileBytes; ++i) out[i] = static_cast<std::byte>((i * 31 + i / 4) | 0x0FU);
     }
     return surface;
   }

@@ -80,12 +80,12 @@ TEST_P(CanvasOperationsTest, CropIsUndoneExactly) {
 TEST_P(CanvasOperationsTest, EachStepMakesNewSurfaces) {
   document->crop({31, 17, 100, 101}, "Crop");
   const ConstTexture cropped = layers[0]->texture.value();
-  const auto contents = std::make_shared<const Surface>(*cropped);
+  const Surface contents = *cropped;
   const ConstTexture composite = document->compositedTexture.value();
   const std::shared_ptr<const Selection> selection = document->selection.value();
   newest().undo();
   EXPECT_NE(layers[0]->texture.value(), cropped);
-  EXPECT_TRUE(cropped->equals(*contents));
+  EXPECT_TRUE(cropped->equals(contents));
   EXPECT_NE(document->compositedTexture.value(), composite);
   EXPECT_NE(document->selection.value(), selection);
 }
