@@ -3,13 +3,9 @@
 #pragma once
 
 #include "raster/MetalContext.h"
-#include "raster/fragments/Fragments.h"
 #include "tools/CanvasViewLayer.h"
 
 namespace orvanel {
-
-/// The common part of every pass's uniforms.
-[[nodiscard]] CanvasViewUniforms viewUniforms(const CanvasViewContext& context);
 
 /// The grey around the canvas; covers every pixel.
 class BackgroundLayer : public CanvasViewLayer {

@@ -147,6 +147,12 @@ std::optional<QPointF> ScrollableMTKView::viewToDocument(QPointF viewPoint) cons
   return viewGeometry::viewToDocument(placementOf(*shown), viewPoint);
 }
 
+std::optional<QPointF> ScrollableMTKView::documentToView(QPointF documentPoint) const {
+  const auto shown = document();
+  if (shown == nullptr) return std::nullopt;
+  return viewGeometry::documentToView(placementOf(*shown), documentPoint);
+}
+
 std::optional<QPoint> ScrollableMTKView::viewToPixel(QPointF viewPoint) const {
   const auto shown = document();
   if (shown == nullptr) return std::nullopt;

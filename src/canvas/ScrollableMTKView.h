@@ -44,7 +44,9 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] QSizeF viewSize() const override { return size(); }
   [[nodiscard]] std::optional<QPointF> viewToDocument(QPointF viewPoint) const override;
   void scrollTo(QPointF documentOffset) override;
-  void showCursor(const QCursor& cursor) override { setCursor(cursor); }
+  [[nodiscard]] std::optional<QPointF> documentToView(QPointF documentPoint) const override;
+  [[nodiscard]] std::uint32_t currentModifiers() const override { return modifiers_; }
+  void showCursor(CursorShape cursor) override;
   void requestRedraw() override { pacer_.request(); }
   /// The whole pixel at a view point, possibly outside the canvas; none without a document.
   [[nodiscard]] std::optional<QPoint> viewToPixel(QPointF viewPoint) const;

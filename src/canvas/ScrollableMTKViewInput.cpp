@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "canvas/CursorImages.h"
 #include "canvas/EventTranslation.h"
 #include "canvas/ScrollableMTKView.h"
 
@@ -280,9 +281,13 @@ void ScrollableMTKView::toolChanged() {
   resetCursor();
 }
 
+void ScrollableMTKView::showCursor(CursorShape cursor) {
+  setCursor(cursorImage(cursor, devicePixelRatioF()));
+}
+
 void ScrollableMTKView::resetCursor() {
   if (const auto handler = handlerOfCurrentTool()) {
-    setCursor(handler->cursor(modifiers_, toolContext()));
+    showCursor(handler->cursor(modifiers_, toolContext()));
   } else {
     unsetCursor();
   }

@@ -27,6 +27,10 @@ QPointF viewToDocument(const Placement& placement, QPointF viewPoint) {
   return (viewPoint - imageOrigin(placement)) / placement.zoom + placement.offset;
 }
 
+QPointF documentToView(const Placement& placement, QPointF documentPoint) {
+  return (documentPoint - placement.offset) * placement.zoom + imageOrigin(placement);
+}
+
 QPoint viewToPixel(const Placement& placement, QPointF viewPoint) {
   const QPointF documentPoint = viewToDocument(placement, viewPoint);
   return {static_cast<int>(std::floor(documentPoint.x())), static_cast<int>(std::floor(documentPoint.y()))};

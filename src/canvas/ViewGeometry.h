@@ -19,6 +19,7 @@ struct Placement {
 /// The document's viewport origin in view points; a canvas smaller than the view is centred.
 [[nodiscard]] QPointF imageOrigin(const Placement& placement);
 [[nodiscard]] QPointF viewToDocument(const Placement& placement, QPointF viewPoint);
+[[nodiscard]] QPointF documentToView(const Placement& placement, QPointF documentPoint);
 /// The whole pixel at a view point, possibly outside the canvas.
 [[nodiscard]] QPoint viewToPixel(const Placement& placement, QPointF viewPoint);
 

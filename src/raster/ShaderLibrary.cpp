@@ -49,6 +49,10 @@ ShaderLibrary ShaderLibrary::standard() {
       {"checkerboardFragmentShader", fragments::checkerboard},
       {"documentFragmentShader", fragments::document},
       {"pixelGridFragmentShader", fragments::pixelGrid},
+      {"selectionOverlayFragmentShader", fragments::selectionOverlay},
+      {"dragPathFragmentShader", fragments::dragPath},
+      {"moveToolFragmentShader", fragments::moveTool},
+      {"freeTransformFragmentShader", fragments::freeTransform},
   };
   library.vertices_ = {"layerVertexShader"};
   return library;

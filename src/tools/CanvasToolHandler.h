@@ -2,7 +2,6 @@
 // forwards its events; handlers never see widgets. Main thread only.
 #pragma once
 
-#include <QCursor>
 #include <QPointF>
 #include <QSizeF>
 #include <memory>
@@ -11,6 +10,7 @@
 
 #include "model/Document.h"
 #include "tools/CanvasViewLayer.h"
+#include "tools/CursorShape.h"
 #include "tools/EventRecord.h"
 
 namespace orvanel {
@@ -25,7 +25,11 @@ class ToolCanvas {
   [[nodiscard]] virtual std::optional<QPointF> viewToDocument(QPointF viewPoint) const = 0;
   /// Moves the viewport as close to `documentOffset` as its bounds allow.
   virtual void scrollTo(QPointF documentOffset) = 0;
-  virtual void showCursor(const QCursor& cursor) = 0;
+  /// The reverse of `viewToDocument`.
+  [[nodiscard]] virtual std::optional<QPointF> documentToView(QPointF documentPoint) const = 0;
+  /// The modifier bits held down now, which may differ from those of the event being handled.
+  [[nodiscard]] virtual std::uint32_t currentModifiers() const = 0;
+  virtual void showCursor(CursorShape cursor) = 0;
   /// Requests a frame.
   virtual void requestRedraw() = 0;
 };
@@ -44,7 +48,7 @@ class CanvasToolHandler {
   [[nodiscard]] virtual std::shared_ptr<CanvasViewLayer> overlayLayer() const { return nullptr; }
   virtual void toolActivated(const ToolContext& context) { (void)context; }
   virtual void toolDeactivated(const ToolContext& context) { (void)context; }
-  [[nodiscard]] virtual QCursor cursor(std::uint32_t modifiers, const ToolContext& context) const = 0;
+  [[nodiscard]] virtual CursorShape cursor(std::uint32_t modifiers, const ToolContext& context) const = 0;
 
   virtual void mouseDown(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
   virtual void mouseDragged(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }

@@ -2,10 +2,14 @@
 // or by the tool whose overlay they draw, and are called inside a frame on the main thread.
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "model/Document.h"
 #include "raster/RenderEncoder.h"
+#include "raster/fragments/Fragments.h"
 
 namespace orvanel {
 
@@ -20,6 +24,18 @@ struct CanvasViewContext {
   double zoom = 1.0;             ///< view points per document pixel
   double scaleFactor = 1.0;      ///< device pixels per view point
 };
+
+/// The vertex function of every pass.
+inline constexpr std::string_view layerVertexFunction = "layerVertexShader";
+
+/// The common part of every pass's uniforms.
+[[nodiscard]] CanvasViewUniforms viewUniforms(const CanvasViewContext& context);
+
+/// A pass's uniforms as the encoder takes them.
+template <typename Uniforms>
+[[nodiscard]] std::span<const std::byte> uniformBytes(const Uniforms& uniforms) {
+  return std::as_bytes(std::span(&uniforms, 1));
+}
 
 class CanvasViewLayer {
  public:

@@ -13,10 +13,10 @@ void HandToolHandler::toolDeactivated(const ToolContext& context) {
   endDrag();
 }
 
-QCursor HandToolHandler::cursor(std::uint32_t modifiers, const ToolContext& context) const {
+CursorShape HandToolHandler::cursor(std::uint32_t modifiers, const ToolContext& context) const {
   (void)modifiers;
   (void)context;
-  return dragStart_ ? Qt::ClosedHandCursor : Qt::OpenHandCursor;
+  return dragStart_ ? CursorShape::closedHand : CursorShape::openHand;
 }
 
 void HandToolHandler::mouseDown(const EventRecord& event, const ToolContext& context, QPointF viewPoint) {
@@ -25,7 +25,7 @@ void HandToolHandler::mouseDown(const EventRecord& event, const ToolContext& con
   offsetStart_ = std::nullopt;
   draggedDocument_ = context.document;
   if (const auto document = context.document.lock()) offsetStart_ = document->viewportOffset.value();
-  if (context.view != nullptr) context.view->showCursor(Qt::ClosedHandCursor);
+  if (context.view != nullptr) context.view->showCursor(CursorShape::closedHand);
 }
 
 void HandToolHandler::mouseDragged(const EventRecord& event, const ToolContext& context, QPointF viewPoint) {
@@ -41,7 +41,7 @@ void HandToolHandler::mouseUp(const EventRecord& event, const ToolContext& conte
   (void)event;
   (void)viewPoint;
   endDrag();
-  if (context.view != nullptr) context.view->showCursor(Qt::OpenHandCursor);
+  if (context.view != nullptr) context.view->showCursor(CursorShape::openHand);
 }
 
 }  // namespace orvanel

@@ -12,7 +12,7 @@ class HandToolHandler : public CanvasToolHandler {
  public:
   [[nodiscard]] std::set<Tool> supportedTools() const override { return {Tool::hand}; }
   void toolDeactivated(const ToolContext& context) override;
-  [[nodiscard]] QCursor cursor(std::uint32_t modifiers, const ToolContext& context) const override;
+  [[nodiscard]] CursorShape cursor(std::uint32_t modifiers, const ToolContext& context) const override;
   void mouseDown(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
   void mouseDragged(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
   void mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;

@@ -76,7 +76,7 @@ TEST_F(HandToolTest, WithoutADocumentItDoesNothing) {
   hand.mouseDown({}, nothing, {1, 1});
   hand.mouseDragged({}, nothing, {9, 9});
   hand.mouseUp({}, nothing, {9, 9});
-  EXPECT_EQ(hand.cursor(0, nothing).shape(), Qt::OpenHandCursor);
+  EXPECT_EQ(hand.cursor(0, nothing), CursorShape::openHand);
 }
 
 }  // namespace

@@ -27,5 +27,9 @@ void background(const FragmentInvocation& invocation, const FragmentBand& band);
 void checkerboard(const FragmentInvocation& invocation, const FragmentBand& band);
 void document(const FragmentInvocation& invocation, const FragmentBand& band);
 void pixelGrid(const FragmentInvocation& invocation, const FragmentBand& band);
+void selectionOverlay(const FragmentInvocation& invocation, const FragmentBand& band);
+void dragPath(const FragmentInvocation& invocation, const FragmentBand& band);
+void moveTool(const FragmentInvocation& invocation, const FragmentBand& band);
+void freeTransform(const FragmentInvocation& invocation, const FragmentBand& band);
 
 }  // namespace orvanel::fragments

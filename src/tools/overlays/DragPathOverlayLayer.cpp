@@ -1,0 +1,52 @@
+#include "tools/overlays/DragPathOverlayLayer.h"
+
+#include <array>
+#include <span>
+#include <variant>
+
+#include "raster/fragments/FragmentUniforms.h"
+
+namespace orvanel {
+namespace {
+
+std::array<float, 4> floats(double a, double b, double c, double d) {
+  return {static_cast<float>(a), static_cast<float>(b), static_cast<float>(c), static_cast<float>(d)};
+}
+
+}  // namespace
+
+DragPathOverlayLayer::DragPathOverlayLayer(const MetalContext& context)
+    : pipelineState_(context.makeRenderPipeline(layerVertexFunction, "dragPathFragmentShader", true)) {}
+
+bool DragPathOverlayLayer::shouldRender(const CanvasViewContext& context, const Document* document) const {
+  (void)context;
+  return document != nullptr && (dragPath || (lassoScreenPoints && lassoScreenPoints->size() > 1));
+}
+
+void DragPathOverlayLayer::render(RenderEncoder& encoder, const CanvasViewContext& context,
+                                  const Document* document) const {
+  (void)document;
+  DragPathUniforms uniforms{.view = viewUniforms(context)};
+  if (lassoScreenPoints && lassoScreenPoints->size() > 1) {
+    std::vector<FragmentPoint> points;
+    points.reserve(lassoScreenPoints->size());
+    for (const QPointF& point : *lassoScreenPoints) {
+      points.push_back({static_cast<float>(point.x()), static_cast<float>(point.y())});
+    }
+    uniforms.shapeMode = DragPathUniforms::polyline;
+    uniforms.pointCount = static_cast<std::uint32_t>(points.size());
+    encoder.draw(pipelineState_, uniformBytes(uniforms), nullptr, std::as_bytes(std::span(points)));
+    return;
+  }
+  if (const auto* rect = std::get_if<SelectionPath::Rect>(&dragPath->shapeHint)) {
+    uniforms.shapeMode = DragPathUniforms::rect;
+    uniforms.shape = floats(rect->origin.x(), rect->origin.y(), rect->size.width(), rect->size.height());
+  } else if (const auto* ellipse = std::get_if<SelectionPath::Ellipse>(&dragPath->shapeHint)) {
+    uniforms.shapeMode = DragPathUniforms::ellipse;
+    uniforms.shape =
+        floats(ellipse->center.x(), ellipse->center.y(), ellipse->radii.width(), ellipse->radii.height());
+  }
+  encoder.draw(pipelineState_, uniformBytes(uniforms));
+}
+
+}  // namespace orvanel
