@@ -2,20 +2,17 @@
 // changed. Owned by the document; main thread only.
 #pragma once
 
-#include <cstdint>
-#include <deque>
-#include <functional>
-#include <map>
 #include <memory>
 
 #include "model/DocumentChange.h"
+#include "model/Signal.h"
 
 namespace orvanel {
 
 class ChangeStream {
  public:
-  using Handler = std::function<void(const DocumentChanges&)>;
-  class Subscription;
+  using Handler = Signal<const DocumentChanges&>::Handler;
+  using Subscription = orvanel::Subscription;
 
   ChangeStream();
   ChangeStream(const ChangeStream&) = delete;
@@ -28,28 +25,11 @@ class ChangeStream {
 
  private:
   friend class DocumentEdit;
-  struct Observers;
+  struct Delivery;
   void publish(DocumentChanges changes);
 
-  std::shared_ptr<Observers> observers_;
-};
-
-/// Ends when destroyed, and may outlive the document. An ended subscription is never called again, even
-/// during a delivery.
-class ChangeStream::Subscription {
- public:
-  Subscription() = default;
-  Subscription(Subscription&& other) noexcept;
-  Subscription& operator=(Subscription&& other) noexcept;
-  ~Subscription();
-
- private:
-  friend class ChangeStream;
-  Subscription(std::weak_ptr<Observers> observers, std::uint64_t id);
-  void end();
-
-  std::weak_ptr<Observers> observers_;
-  std::uint64_t id_ = 0;
+  /// Shared with a delivery in progress, which may outlive the document.
+  std::shared_ptr<Delivery> delivery_;
 };
 
 }  // namespace orvanel

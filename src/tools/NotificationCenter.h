@@ -3,12 +3,12 @@
 #pragma once
 
 #include <any>
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "model/Signal.h"
 
 namespace orvanel {
 
@@ -43,37 +43,16 @@ inline constexpr std::string_view thumbnailsDidUpdate = "thumbnailsDidUpdate";
 class NotificationCenter {
  public:
   /// `object` is the poster's argument: a `std::shared_ptr<Document>`, or nothing.
-  using Handler = std::function<void(const std::any& object)>;
-
-  /// Ends when destroyed; an ended subscription is never called again, even during a post.
-  class Subscription {
-   public:
-    Subscription() = default;
-    Subscription(Subscription&& other) noexcept;
-    Subscription& operator=(Subscription&& other) noexcept;
-    ~Subscription();
-
-   private:
-    friend class NotificationCenter;
-    Subscription(NotificationCenter* center, std::uint64_t id) : center_(center), id_(id) {}
-    NotificationCenter* center_ = nullptr;
-    std::uint64_t id_ = 0;
-  };
+  using Handler = Signal<const std::any&>::Handler;
+  using Subscription = orvanel::Subscription;
 
   static NotificationCenter& standard();
 
   [[nodiscard]] Subscription observe(std::string_view name, Handler handler);
-  void post(std::string_view name, const std::any& object = {});
+  void post(std::string_view name, const std::any& object = {}) const;
 
  private:
-  struct Observer {
-    std::string name;
-    Handler handler;
-  };
-  void end(std::uint64_t id) { observers_.erase(id); }
-
-  std::map<std::uint64_t, Observer> observers_;
-  std::uint64_t nextID_ = 1;
+  std::map<std::string, Signal<const std::any&>, std::less<>> signals_;
 };
 
 }  // namespace orvanel
