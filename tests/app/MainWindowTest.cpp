@@ -124,6 +124,12 @@ TEST_F(MainWindowTest, OpenedFilesBecomeTabsAndTheLastOneIsShown) {
   EXPECT_EQ(window->windowTitle(), QStringLiteral("two[*] — Orvanel"));
 }
 
+TEST_F(MainWindowTest, AnOpenedFileIsNotRenamedIfItsNameIsTaken) {
+  addDocument(QStringLiteral("Untitled"));
+  open({writeImage("Untitled.png")});
+  EXPECT_THAT(openNames(), ElementsAre("Untitled", "Untitled"));
+}
+
 TEST_F(MainWindowTest, SaveIsEnabledWhileThereIsSomethingToSave) {
   open({writeImage("one.png")});
   const QAction* save = item("File", "Save");

@@ -138,9 +138,12 @@ TEST_F(WindowStateTest, ForwardCyclingAlternatesBetweenTheTwoMostRecent) {
   addABC();
   EXPECT_TRUE(window.cycleNextDocument());
   EXPECT_EQ(activeName(), "B");
+  EXPECT_EQ(tools.activeDocument(), b);
   EXPECT_THAT(mostRecentNames(), ElementsAre("B", "C", "A"));
   EXPECT_TRUE(window.cycleNextDocument());
   EXPECT_EQ(activeName(), "C");
+  EXPECT_EQ(tools.activeDocument(), c);
+  EXPECT_THAT(mostRecentNames(), ElementsAre("C", "B", "A"));
 }
 
 TEST_F(WindowStateTest, BackwardCyclingWalksThroughAllOldestFirst) {
@@ -151,6 +154,17 @@ TEST_F(WindowStateTest, BackwardCyclingWalksThroughAllOldestFirst) {
     visited.push_back(activeName());
   }
   EXPECT_THAT(visited, ElementsAre("A", "B", "C"));
+}
+
+TEST_F(WindowStateTest, CyclingRestoresTheDocumentsTool) {
+  addABC();
+  a->rememberTool(Tool::eyedropper, {});
+  b->rememberTool(Tool::zoom, {});
+  EXPECT_TRUE(window.cycleNextDocument());
+  EXPECT_EQ(tools.currentTool(), Tool::zoom);
+  EXPECT_TRUE(window.cyclePreviousDocument());
+  EXPECT_EQ(activeName(), "A");
+  EXPECT_EQ(tools.currentTool(), Tool::eyedropper);
 }
 
 TEST_F(WindowStateTest, CyclingFirstMovesTheActiveDocumentToTheFront) {
@@ -164,12 +178,14 @@ TEST_F(WindowStateTest, CyclingFirstMovesTheActiveDocumentToTheFront) {
 TEST_F(WindowStateTest, NothingCyclesWithOneDocument) {
   EXPECT_FALSE(window.cycleNextDocument());
   add(QStringLiteral("Only"));
+  tools.pushTool(Tool::zoom);
   EXPECT_FALSE(window.cycleNextDocument());
   EXPECT_FALSE(window.cyclePreviousDocument());
   EXPECT_FALSE(window.cycleNextTab());
   EXPECT_FALSE(window.cyclePreviousTab());
   EXPECT_EQ(activeName(), "Only");
   EXPECT_THAT(mostRecentNames(), ElementsAre("Only"));
+  EXPECT_EQ(tools.currentTool(), Tool::zoom) << "a switch would have dropped the temporary tool";
 }
 
 TEST_F(WindowStateTest, TabCyclingFollowsTabOrderAroundTheEnds) {
@@ -179,8 +195,10 @@ TEST_F(WindowStateTest, TabCyclingFollowsTabOrderAroundTheEnds) {
   EXPECT_THAT(mostRecentNames(), ElementsAre("A", "C", "B"));
   EXPECT_TRUE(window.cyclePreviousTab());
   EXPECT_EQ(activeName(), "C");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("C", "A", "B"));
   EXPECT_TRUE(window.cyclePreviousTab());
   EXPECT_EQ(activeName(), "B");
+  EXPECT_THAT(mostRecentNames(), ElementsAre("B", "C", "A"));
 }
 
 TEST_F(WindowStateTest, TabCyclingNeedsAnActiveDocument) {

@@ -129,13 +129,18 @@ TEST_F(CanvasRendererTest, InvisiblePropertiesFlattenNothing) {
   EXPECT_EQ(composited(), 2U);
 }
 
-TEST_F(CanvasRendererTest, FlattensAfterAMaskIsSwitchedOff) {
+TEST_F(CanvasRendererTest, FlattensAfterAMaskIsSwitchedOffOrOn) {
   test::addMask(*background());
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
   document->setMaskEnabled(background()->id, false);
+  EXPECT_FALSE(document->needsCompositing.value());
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   EXPECT_EQ(view.at(30, 25), white);
+  document->setMaskEnabled(background()->id, true);
+  EXPECT_FALSE(document->needsCompositing.value());
+  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
+  EXPECT_EQ(view.at(30, 25), 0xFFF7F7F7U);
 }
 
 TEST_F(CanvasRendererTest, AFrameLeavesTheCompositeCurrent) {

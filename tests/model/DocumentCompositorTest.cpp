@@ -253,10 +253,16 @@ TEST_F(DocumentCompositorTest, ChildrenOfAnIsolatingFolderBlendOnlyWithEachOther
 
 TEST_F(DocumentCompositorTest, AnEmptyFolderNeedsNoTemporary) {
   put(folder->children, LayerNodeList{});
-  put(folder->opacity, 0.5F);
-  composite();
-  EXPECT_EQ(compositor.texturePoolIndex(), 0);
-  EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+  for (const BlendMode mode : {BlendMode::normal, BlendMode::difference}) {
+    put(folder->blendMode, mode);
+    for (const float opacity : {0.0F, 0.5F, 0.999F, 1.0F}) {
+      put(folder->opacity, opacity);
+      composite();
+      EXPECT_EQ(compositor.texturePoolIndex(), 0) << displayName(mode) << " " << opacity;
+      EXPECT_EQ(poolSize(), 0U);
+      EXPECT_EQ(compositePixel(), 0xFFFFFFFFU);
+    }
+  }
 }
 
 TEST_F(DocumentCompositorTest, SiblingFoldersHaveTheirOwnTemporaries) {
@@ -302,6 +308,13 @@ TEST_F(DocumentCompositorTest, AGreyFolderIsCompositedAsRgb) {
   writable(nodeNamed(*grey, "L").layer()->texture.value()).fill(0xFF00U);
   put(nodeNamed(*grey, "F").opacity(), 0.5F);
   EXPECT_EQ(grey->composite()->pixelAt(0, 0), 0xFF808080U) << "half black over white";
+
+  const DocumentPtr deep = makeDocument(20, 10, ColorMode::grayscale16);
+  deep->addFolder("F");
+  deep->addLayer("L");
+  writable(nodeNamed(*deep, "L").layer()->texture.value()).fill(0xFFFF0000U);
+  put(nodeNamed(*deep, "F").opacity(), 0.5F);
+  EXPECT_EQ(deep->composite()->pixelAt(0, 0), 0x3C00380038003800U) << "the same at 16 bits";
 }
 
 TEST_F(DocumentCompositorTest, ASurfaceThatDoesNotFitStaysInThePool) {

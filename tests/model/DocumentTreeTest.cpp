@@ -47,8 +47,9 @@ TEST_F(DocumentTreeTest, ANewLayerIsTransparentAndHasCanvasSize) {
 TEST_F(DocumentTreeTest, ANewLayerGoesToTheTopOfAnActiveFolder) {
   document->addFolder("Folder");
   const std::shared_ptr<LayerFolder> folder = nodeNamed(*document, "Folder").folder();
-  put(folder->isExpanded, false);
   document->addLayer("a");
+  EXPECT_TRUE(folder->isExpanded.value()) << "an expanded folder stays expanded";
+  put(folder->isExpanded, false);
   activate(*document, "Folder");
   document->addLayer("b");
   EXPECT_EQ(treeText(*document), "Background, Folder[a, b]");

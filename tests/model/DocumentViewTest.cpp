@@ -37,12 +37,15 @@ TEST_F(DocumentViewTest, CustomZoomOverridesTheTable) {
 }
 
 TEST_F(DocumentViewTest, SteppingStopsAtBothEndsOfTheTable) {
+  const ChangeRecorder changes(*document);
   put(document->zoomLevelIndex, 28);
   document->zoomIn();
   EXPECT_EQ(document->zoomLevelIndex.value(), 28);
   put(document->zoomLevelIndex, 0);
   document->zoomOut();
   EXPECT_EQ(document->zoomLevelIndex.value(), 0);
+  EXPECT_EQ(document->customZoomLevel.value(), std::nullopt);
+  EXPECT_EQ(changes.batches, 0);
 }
 
 TEST_F(DocumentViewTest, SteppingGoesThroughTheWholeTable) {

@@ -40,10 +40,12 @@ TEST(MaskTextureTest, CopiesContentsOfTheSameSize) {
 }
 
 TEST(MaskTextureTest, KeepsItsContentsIfSizesDiffer) {
-  const auto source = filledMask(7, 6, 1.0F);
-  const auto destination = MaskTexture::create(7, 5, MetalContext::shared());
-  destination->copyContents(*source);
-  EXPECT_TRUE(destination->texture->equals(Surface(PixelFormat::r16Float, 7, 5)));
+  const auto destination = filledMask(7, 5, 0.25F);
+  const Surface before = *destination->texture;
+  for (const auto& [width, height] : {std::pair{7, 6}, {7, 4}, {8, 5}, {6, 5}, {5, 7}}) {
+    destination->copyContents(*filledMask(width, height, 1.0F));
+    EXPECT_TRUE(destination->texture->equals(before)) << width << " x " << height;
+  }
 }
 
 TEST(LayerTest, BeginsVisibleOpaqueAndUnlocked) {

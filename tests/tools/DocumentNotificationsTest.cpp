@@ -80,6 +80,18 @@ TEST_F(DocumentNotificationsTest, SwitchingBetweenPixelsAndMaskChangesTheActiveL
   expectPosts(1, 0, 0);
 }
 
+TEST_F(DocumentNotificationsTest, UndoingANewMaskThatIsSelectedChangesTheActiveLayerOnce) {
+  const std::shared_ptr<Layer> deep = layer("Deep");
+  document->addLayerMask(deep);
+  document->setMaskSelected(deep->id, true);
+  activeLayerChanged.count = 0;
+  document->undo();
+  EXPECT_EQ(deep->mask.value(), nullptr);
+  EXPECT_FALSE(deep->isMaskSelected.value());
+  EXPECT_EQ(activeLayerChanged.count, 1);
+  EXPECT_FALSE(activeLayerChanged.hadObject);
+}
+
 TEST_F(DocumentNotificationsTest, AnEditThatInvalidatesThumbnailsPostsOnce) {
   thumbnailsAreMade();
   document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include "io/archive/ZipFixture.h"
 #include "io/archive/ZipReader.h"
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
@@ -146,6 +147,25 @@ TEST_F(DocumentIOTest, emptyDocumentHasNothingSelected) {
   const DocumentPtr loaded = *load();
   EXPECT_TRUE(loaded->rootNodes.value().empty());
   EXPECT_FALSE(loaded->selectedNodeID.value().has_value());
+}
+
+TEST_F(DocumentIOTest, filesOfOtherVersionsAreRejectedBeforeTheirContents) {
+  for (const char* version : {"2", "4"}) {
+    testing::ZipFixture archive;
+    archive.add(testing::ZipFixture::deflated("manifest.json",
+                                              testing::bytesOf(std::string(R"({"formatVersion":)") + version +
+                                                               R"(,"document":7,"nodes":"not nodes"})")));
+    const testing::Bytes bytes = archive.make();
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+    file.close();
+    const auto loaded = load();
+    ASSERT_FALSE(loaded.has_value()) << version;
+    EXPECT_EQ(loaded.error().code, DocumentIOError::loadFailed);
+    EXPECT_TRUE(loaded.error().message.contains(QStringLiteral("format version")))
+        << loaded.error().message.toStdString();
+  }
 }
 
 TEST_F(DocumentIOTest, uniformLayersStayUniform) {

@@ -183,6 +183,19 @@ TEST(DocumentReader, selectionIsKept) {
   EXPECT_FALSE((*document)->selectedNodeID.value().has_value());
 }
 
+TEST(DocumentReader, anEmptyTreeHasNothingSelectedAndNothingToFill) {
+  ZipFixture archive;
+  archive.add(ZipFixture::deflated("manifest.json", testing::bytesOf(manifest(""))));
+  const Bytes bytes = archive.make();
+  const auto opened = openDocument(std::span<const std::byte>(bytes), MetalContext::shared());
+  ASSERT_TRUE(opened.has_value()) << opened.error().toStdString();
+  EXPECT_TRUE(opened->requests.empty());
+  const auto document = load(bytes);
+  ASSERT_TRUE(document.has_value()) << document.error().toStdString();
+  EXPECT_TRUE((*document)->rootNodes.value().empty());
+  EXPECT_EQ((*document)->selectedNodeID.value(), std::nullopt);
+}
+
 TEST(DocumentReader, invalidColorsKeepTheDefault) {
   const std::string canvas = R"("canvasWidth":3,"canvasHeight":2)";
   const auto foreground = [&](const std::string& text) {

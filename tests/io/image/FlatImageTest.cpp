@@ -413,8 +413,11 @@ TEST_F(FlatImages, SixteenBitDocumentsAreWrittenAtEightBitsAndClamped) {
   const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
   Surface& pixels = test::writable(document->rootNodes.value().front().layer()->texture.value());
   pixels.fill(0x3C00000038004000ULL);  // red 2.0, green 0.5, blue 0, opaque
-  const QImage back = QImage::fromData(*exported(document, Format::png));
-  EXPECT_EQ(back.pixel(10, 10), qRgb(255, 128, 0));
+  for (const Format format : {Format::png, Format::tiff, Format::bmp}) {
+    const QImage back = QImage::fromData(*exported(document, format));
+    EXPECT_LE(back.depth(), 32) << static_cast<int>(format);
+    EXPECT_EQ(back.pixel(10, 10), qRgb(255, 128, 0)) << static_cast<int>(format);
+  }
 }
 
 TEST_F(FlatImages, ADocumentWithASecondLayerIsNotFlat) {

@@ -90,6 +90,17 @@ TEST(Preview, fitsABoxAndIsNeverEnlarged) {
   EXPECT_EQ(previewSize(1, 1), QSize(1, 1));
 }
 
+TEST(Preview, aLineKeepsItsHeight) {
+  for (const QSize canvas : {QSize(4000, 1), QSize(1, 4000)}) {
+    Surface composite(PixelFormat::rgba8Unorm, canvas.width(), canvas.height());
+    composite.fill(0xFF804020U);
+    const QImage image = QImage::fromData(previewPng(composite), "png");
+    ASSERT_EQ(image.size(), canvas.boundedTo(QSize(512, 512)));
+    EXPECT_EQ(image.pixel(0, 0), qRgb(0x20, 0x40, 0x80));
+    EXPECT_EQ(image.pixel(image.width() - 1, image.height() - 1), qRgb(0x20, 0x40, 0x80));
+  }
+}
+
 TEST(Preview, keepsSmallImagesUnchanged) {
   Surface composite(PixelFormat::rgba8Unorm, 3, 2);
   const std::vector<std::uint8_t> pixels{1, 2, 3, 255, 4, 5, 6, 255, 7,  8,  9,  128,

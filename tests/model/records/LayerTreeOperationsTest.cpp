@@ -139,6 +139,16 @@ TEST_F(LayerTreeOperationsTest, UndoOfADeletionGoesToTheRootIfTheParentIsGone) {
   EXPECT_EQ(treeText(*document), "Background, b, c") << "at its old index";
 }
 
+TEST_F(LayerTreeOperationsTest, AnIndexInAParentThatIsGoneIsClampedAtRootLevel) {
+  activate(*document, "b");
+  document->addLayer("d");
+  ASSERT_EQ(treeText(*document), "Background, F[a, b, d], c");
+  document->removeNode(id("d"));
+  for (const char* name : {"F", "c"}) ASSERT_TRUE(detach(*document, id(name)));
+  document->undo();
+  EXPECT_EQ(treeText(*document), "Background, d");
+}
+
 TEST_F(LayerTreeOperationsTest, TheIndexIsClampedAtRootLevel) {
   const auto record = std::make_shared<RemoveNodeOperation>(document, id("c"));
   for (const char* name : {"c", "F"}) ASSERT_TRUE(detach(*document, id(name)));
@@ -242,10 +252,14 @@ TEST_F(LayerTreeOperationsTest, FoldersAndMovesCostNothing) {
 }
 
 TEST_F(LayerTreeOperationsTest, AFolderNeverCausesEvictionByBytes) {
-  writableHistory(*document).memoryBudget = document->undoStack.totalMemoryCost();
+  paint("c");
+  document->removeNode(id("c"));
+  ASSERT_EQ(document->undoStack.totalMemoryCost(), layerBytes);
+  writableHistory(*document).memoryBudget = layerBytes;
   const std::size_t records = document->undoStack.operations().size();
   document->addFolder("G");
   EXPECT_EQ(document->undoStack.operations().size(), records + 1);
+  EXPECT_EQ(document->undoStack.totalMemoryCost(), layerBytes);
 }
 
 TEST_F(LayerTreeOperationsTest, StepsOfAClosedDocumentDoNothing) {

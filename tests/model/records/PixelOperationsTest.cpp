@@ -4,6 +4,7 @@
 
 #include "model/PixelSupport.h"
 #include "raster/TileMemory.h"
+#include "undo/HeldBackground.h"
 
 namespace orvanel {
 namespace {
@@ -307,16 +308,25 @@ TEST_P(PixelOperationsTest, EditsThatAreNeverUndoneDoNotPayForLazyResults) {
             begun.snapshotBefore->compressedSize() + record.snapshotAfter()->compressedSize());
 }
 
-TEST_P(PixelOperationsTest, TheCostFallsWhenCompressionIsFinished) {
+TEST_P(PixelOperationsTest, TheCostOfAPushedRecordFallsWhenCompressionIsFinished) {
   // Smooth pixels compress well.
   Surface& pixels = writable(texture());
   for (int index = 0; index < pixels.tileCount(); ++index) {
     std::byte* bytes = pixels.editTile(index);
     for (std::size_t i = 0; i < pixels.tileBytes(); ++i) bytes[i] = static_cast<std::byte>(i / 4096);
   }
-  const FillLayerOperation record(edit(), paint, GetParam());
+  const std::int64_t raw = pixels.tileCount() * static_cast<std::int64_t>(pixels.tileBytes());
+  const HeldBackground held;
+  const auto record = std::make_shared<FillLayerOperation>(edit(), paint, GetParam());
+  writableHistory(*document).pushAndRedo(record);
+  EXPECT_EQ(record->memoryCost(), raw);
+  // Only the newest record keeps raw tiles beside the compressed ones.
+  document->rename(layer->id, "Later");
+  EXPECT_EQ(record->memoryCost(), raw);
+  held.letGo();
   TextureSnapshot::waitForCompression();
-  EXPECT_LT(record.memoryCost(), pixels.byteSize());
+  EXPECT_LT(record->memoryCost(), raw);
+  EXPECT_GT(record->memoryCost(), 0);
 }
 
 // Missing targets are skipped.
