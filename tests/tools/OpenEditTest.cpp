@@ -13,8 +13,8 @@
 #include "model/LevelsAdjustment.h"
 #include "model/PixelSupport.h"
 #include "tools/LayerTransform.h"
-#include "tools/MagicWand.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/MagicWand.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 namespace {

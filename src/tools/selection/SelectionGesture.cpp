@@ -1,4 +1,4 @@
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 
 #include <algorithm>
 #include <cmath>

@@ -7,8 +7,8 @@
 #include <optional>
 
 #include "model/Document.h"
-#include "tools/SelectionGesture.h"
 #include "tools/ToolState.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 
