@@ -11,20 +11,35 @@ namespace {
 /// The tolerance is on the 8-bit scale in every colour mode.
 constexpr float toleranceScale = 255.0F;
 
+/// A tile of `source`, as a surface of its own, converted to colours.
+template <typename Convert>
+Tile converted(const Surface& source, int index, PixelFormat format, const Convert& convert) {
+  Surface tile(source.format(), tileSide, tileSide);
+  tile.setTile(0, source.tile(index));
+  Surface colors(format, tileSide, tileSide);
+  convert(tile, colors);
+  return colors.tile(0);
+}
+
 /// A grey layer as colours: the seed is read, and compared, in four channels.
-ConstTexture colorsOfGrey(const ConstTexture& grey, ColorMode mode, const MetalContext& context) {
-  Texture colors = context.makeTexture(compositePixelFormat(mode), grey->width(), grey->height());
-  if (colors != nullptr) context.convertTexture(*grey, *colors, mode, folderColorMode(mode));
-  return colors;
+WandMatch matchOfGrey(const Surface& grey, ColorMode mode, const MetalContext& context) {
+  const PixelFormat format = compositePixelFormat(mode);
+  return {format, grey.width(), grey.height(), [grey, mode, format, &context](int index) {
+            return converted(grey, index, format, [&](const Surface& tile, Surface& colors) {
+              context.convertTexture(tile, colors, mode, folderColorMode(mode));
+            });
+          }};
 }
 
 /// A mask as an opaque grey image of its values.
-ConstTexture colorsOfMask(const Surface& mask, const MetalContext& context) {
-  Texture colors = context.makeTexture(PixelFormat::rgba16Float, mask.width(), mask.height());
-  if (colors == nullptr) return nullptr;
-  context.clearTexture(*colors, ColorMode::rgb16, {0.0F, 0.0F, 0.0F, 1.0F});
-  context.fillWithSelection(*colors, mask, ColorMode::rgb16, {1.0F, 1.0F, 1.0F, 1.0F});
-  return colors;
+WandMatch matchOfMask(const Surface& mask, const MetalContext& context) {
+  constexpr PixelFormat format = PixelFormat::rgba16Float;
+  return {format, mask.width(), mask.height(), [mask, &context](int index) {
+            return converted(mask, index, format, [&](const Surface& tile, Surface& colors) {
+              context.clearTexture(colors, ColorMode::rgb16, {0.0F, 0.0F, 0.0F, 1.0F});
+              context.fillWithSelection(colors, tile, ColorMode::rgb16, {1.0F, 1.0F, 1.0F, 1.0F});
+            });
+          }};
 }
 
 /// The surface that is sampled, before its conversion to colours; may be null.
@@ -35,7 +50,7 @@ ConstTexture sourceOf(const Document& document, bool sampleAllLayers) {
 }
 
 /// The most memory that a press can take: the sample in colours, the match, the mask it is combined in, that
-/// mask as it was and, at a byte a pixel, what is known of pixels already visited.
+/// mask as it was and, within a byte a pixel, what is known of pixels already visited.
 std::uint64_t mostBytesOf(const ConstTexture& source) {
   if (source == nullptr) return 0;
   bool holdsData = false;
@@ -47,25 +62,23 @@ std::uint64_t mostBytesOf(const ConstTexture& source) {
   return bytesPerMatchedPixel * tilePixels * static_cast<std::uint64_t>(source->tileCount());
 }
 
-ConstTexture sampleOf(Document& document, bool sampleAllLayers) {
-  if (sampleAllLayers) return document.composite();
+/// None if there is nothing to sample.
+std::optional<WandMatch> matchOf(Document& document, bool sampleAllLayers) {
+  if (sampleAllLayers) return WandMatch(*document.composite());
   const std::shared_ptr<Layer> layer = document.activeLayer();
-  if (layer == nullptr) return nullptr;
-  if (layer->editsMask()) return colorsOfMask(*layer->activeEditTexture(), document.context());
-  const ConstTexture& pixels = layer->texture.value();
+  const ConstTexture pixels = layer != nullptr ? layer->activeEditTexture() : nullptr;
+  if (pixels == nullptr) return std::nullopt;
+  if (layer->editsMask()) return matchOfMask(*pixels, document.context());
   const ColorMode mode = document.colorMode.value();
-  if (pixels == nullptr || !isGrayscale(mode)) return pixels;
-  return colorsOfGrey(pixels, mode, document.context());
+  return isGrayscale(mode) ? matchOfGrey(*pixels, mode, document.context()) : WandMatch(*pixels);
 }
 
-Color4 colorAt(const Surface& sample, int x, int y) {
-  // Like the kernels, treats NaN as 0.
-  const std::uint64_t pixel = regularPixel(sample.pixelAt(x, y), sample.format());
+Color4 colorOf(std::uint64_t pixel, PixelFormat format) {
   Color4 color{};
   for (unsigned channel = 0; channel < 4; ++channel) {
-    if (sample.format() == PixelFormat::rgba8Unorm) {
+    if (format == PixelFormat::rgba8Unorm) {
       color[channel] = static_cast<float>((pixel >> (8U * channel)) & 0xFFU) / 255.0F;
-    } else if (sample.format() == PixelFormat::rgba16Float) {
+    } else if (format == PixelFormat::rgba16Float) {
       color[channel] = halfToFloat(static_cast<std::uint16_t>(pixel >> (16U * channel)));
     }
   }
@@ -80,33 +93,30 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
     return nullptr;
   }
   if (!document->admitsEdit(mostBytesOf(sourceOf(*document, settings.sampleAllLayers)))) return nullptr;
-  ConstTexture sample = sampleOf(*document, settings.sampleAllLayers);
-  if (sample == nullptr) return nullptr;
-  std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(sample), x, y, mode));
+  std::optional<WandMatch> match = matchOf(*document, settings.sampleAllLayers);
+  if (!match) return nullptr;
+  std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(*match), x, y, mode));
   wand->select(settings);
   return wand;
 }
 
-MagicWand::MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode)
+MagicWand::MagicWand(const DocumentPtr& document, WandMatch match, int x, int y, SelectionMode mode)
     : gesture_(document, QStringLiteral("Magic Wand")),
-      context_(document->context()),
       mode_(mode),
-      sample_(std::move(sample)),
+      match_(std::move(match)),
       seedX_(x),
-      seedY_(y) {}
+      seedY_(y),
+      seed_(colorOf(match_.pixelAt(x, y), match_.format())) {}
 
 void MagicWand::select(const MagicWandSettings& settings) {
-  const Color4 seed = colorAt(*sample_, seedX_, seedY_);
   const float tolerance = settings.tolerance / toleranceScale;
+  const WandEdges edges = settings.antialiased ? WandEdges::antialiased : WandEdges::crisp;
   gesture_.selectShape(mode_, [&](Selection& shape) {
-    Surface& mask = shape.pixels();
-    if (!settings.contiguous) {
-      context_.magicWandNonContiguous(*sample_, mask, seed, tolerance);
-    } else if (!context_.magicWandContiguous(*sample_, mask, seedX_, seedY_, seed, tolerance)) {
-      return false;
-    }
-    if (settings.antialiased) context_.magicWandAntialias(mask);
-    shape.refreshFlags(context_);
+    const bool isFound = settings.contiguous ? match_.flood(seedX_, seedY_, seed_, tolerance)
+                                             : match_.findAll(seed_, tolerance);
+    if (!isFound) return false;
+    match_.writeTo(shape.pixels(), edges);
+    shape.restoreFlags({.hasSelection = !match_.isEmpty(), .isFullSelection = match_.isFull()});
     return true;
   });
 }

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "model/Document.h"
+#include "raster/WandMatch.h"
 #include "tools/ToolState.h"
 #include "tools/selection/SelectionGesture.h"
 
@@ -31,14 +32,14 @@ class MagicWand {
   [[nodiscard]] bool isOpen() const { return gesture_.isOpen(); }
 
  private:
-  MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode);
+  MagicWand(const DocumentPtr& document, WandMatch match, int x, int y, SelectionMode mode);
 
   SelectionGesture gesture_;
-  const MetalContext& context_;
   SelectionMode mode_;
-  ConstTexture sample_;
+  WandMatch match_;
   int seedX_;
   int seedY_;
+  Color4 seed_;
 };
 
 }  // namespace orvanel
