@@ -17,8 +17,8 @@
 #include "model/Document.h"
 #include "model/LevelsAdjustment.h"
 #include "tools/LayerTransform.h"
-#include "tools/MagicWand.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/MagicWand.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 namespace {

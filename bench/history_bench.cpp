@@ -7,7 +7,7 @@
 
 #include "PhotoLayers.h"
 #include "model/Document.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 #include "undo/TextureSnapshot.h"
 
 namespace orvanel {

@@ -10,6 +10,11 @@
 
 #include "canvas/FileDrop.h"
 #include "tools/HandToolHandler.h"
+#include "tools/selection/EllipseSelectToolHandler.h"
+#include "tools/selection/LassoSelectToolHandler.h"
+#include "tools/selection/MagicWandToolHandler.h"
+#include "tools/selection/PolyLassoSelectToolHandler.h"
+#include "tools/selection/RectSelectToolHandler.h"
 
 namespace orvanel {
 namespace {
@@ -27,6 +32,11 @@ ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolSt
   setMouseTracking(true);
   setAcceptDrops(true);
   registerToolHandler(std::make_shared<HandToolHandler>());
+  registerToolHandler(std::make_shared<RectSelectToolHandler>(selectionToolState_, toolState));
+  registerToolHandler(std::make_shared<EllipseSelectToolHandler>(selectionToolState_, toolState));
+  registerToolHandler(std::make_shared<LassoSelectToolHandler>(selectionToolState_));
+  registerToolHandler(std::make_shared<PolyLassoSelectToolHandler>(selectionToolState_));
+  registerToolHandler(std::make_shared<MagicWandToolHandler>(selectionToolState_, toolState));
   collectOverlays();
   observeNotifications();
   handleToolChange();

@@ -17,6 +17,7 @@
 #include "tools/CanvasToolHandler.h"
 #include "tools/NotificationCenter.h"
 #include "tools/ToolState.h"
+#include "tools/selection/SelectionToolState.h"
 
 class QNativeGestureEvent;
 
@@ -118,6 +119,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   CanvasRenderer& renderer_;
   ToolState& toolState_;
   std::weak_ptr<Document> document_;
+  std::shared_ptr<SelectionToolState> selectionToolState_ =
+      std::make_shared<SelectionToolState>(MetalContext::shared());
   std::map<Tool, std::shared_ptr<CanvasToolHandler>> toolHandlers_;
   /// The handler of the mouse gesture in progress.
   std::shared_ptr<CanvasToolHandler> activeHandler_;

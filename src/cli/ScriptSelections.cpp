@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "cli/ScriptCommands.h"
-#include "tools/MagicWand.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/MagicWand.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 namespace {

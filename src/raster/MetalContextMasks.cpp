@@ -1,14 +1,12 @@
 // The wrappers of the kernels on masks and selections, and of those that read a rectangle back.
 #include <algorithm>
 #include <cstdint>
-#include <memory>
-#include <new>
 #include <span>
 
 #include "raster/MetalContext.h"
+#include "raster/WandMatch.h"
 #include "raster/kernels/BoundsReadback.h"
 #include "raster/kernels/DispatchBuilder.h"
-#include "raster/kernels/SpanFlood.h"
 
 namespace orvanel {
 namespace {
@@ -126,20 +124,9 @@ void MetalContext::magicWandNonContiguous(const Surface& sample, Surface& mask, 
 bool MetalContext::magicWandContiguous(const Surface& sample, Surface& mask, int seedX, int seedY,
                                        const Color4& seed, float tolerance) const {
   if (!contains(sample, seedX, seedY) || !fitInSize(sample, mask)) return true;
-  const auto count = static_cast<std::size_t>(sample.width()) * static_cast<std::size_t>(sample.height());
-  const std::unique_ptr<std::byte[]> eligible(new (std::nothrow) std::byte[count]);
-  if (eligible == nullptr) return false;
-  WandParams params;
-  params.seed = seed;
-  params.tolerance = tolerance;
-  const std::span<std::byte> flags(eligible.get(), count);
-  magicWandEligibilityPipeline.function(
-      DispatchBuilder().read(0, sample).bytes(0, params).buffer(1, flags).dispatch());
-  kernels::floodFrom(flags, sample.width(), sample.height(), seedX, seedY);
-  const Texture flooded = makeTexture(maskPixelFormat, mask.width(), mask.height());
-  if (flooded == nullptr) return false;
-  kernels::writeFloodedMask(flags, *flooded);
-  copyPixels(*flooded, flooded->bounds(), mask, 0, 0);
+  WandMatch match(sample);
+  if (!match.flood(seedX, seedY, seed, tolerance)) return false;
+  match.writeTo(mask, WandEdges::crisp);
   return true;
 }
 

@@ -14,7 +14,7 @@
 
 #include "cli/ProgramRun.h"
 #include "io/document/DocumentIO.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 namespace {

@@ -10,8 +10,8 @@
 #include "model/LevelsAdjustment.h"
 #include "model/NodeWalk.h"
 #include "tools/LayerTransform.h"
-#include "tools/MagicWand.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/MagicWand.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel::test {
 namespace {

@@ -9,14 +9,10 @@
 #include "raster/kernels/Kernels.h"
 #include "raster/kernels/PointRows.h"
 #include "raster/kernels/TileAccess.h"
+#include "raster/kernels/Wand.h"
 
 namespace orvanel::kernels {
 namespace {
-
-constexpr std::uint16_t halfHalf = 0x3800;
-constexpr std::uint16_t halfThreeQuarters = 0x3A00;
-// Far below a step of any format, and above what rounding adds to a difference.
-constexpr float margin = 1e-6F;
 
 bool isEmptyTile(const Surface& mask, int tileX, int tileY) {
   if (tileX < 0 || tileY < 0 || tileX >= mask.tilesAcross() || tileY >= mask.tilesDown()) return true;
@@ -30,7 +26,7 @@ void magicWandEligibility(const Dispatch& dispatch) {
   const Surface& sample = *dispatch.textures[0];
   const auto& params = inlineRecord<WandParams>(dispatch);
   auto* flags = reinterpret_cast<std::uint8_t*>(dispatch.buffers[1].data());
-  const float limit = params.tolerance + margin;
+  const float limit = params.tolerance + wandMargin;
   const auto width = static_cast<std::size_t>(sample.width());
   forEachTile(sample, [&](int index) {
     const PixelRect rect = sample.tileRect(index);
@@ -57,7 +53,7 @@ void magicWandNonContiguous(const Dispatch& dispatch) {
   Surface& mask = *dispatch.textures[1];
   const auto& params = inlineRecord<WandParams>(dispatch);
   if (!fitInSize(sample, mask)) return;
-  const float limit = params.tolerance + margin;
+  const float limit = params.tolerance + wandMargin;
   forEachTile(sample, [&](int index) {
     const TileReader reader(sample, index);
     alignas(64) std::array<std::uint8_t, tileSide> flags;

@@ -20,7 +20,8 @@ DragPathOverlayLayer::DragPathOverlayLayer(const MetalContext& context)
 
 bool DragPathOverlayLayer::shouldRender(const CanvasViewContext& context, const Document* document) const {
   (void)context;
-  return document != nullptr && (dragPath || (lassoScreenPoints && lassoScreenPoints->size() > 1));
+  if (document == nullptr || (documentID && *documentID != document->id)) return false;
+  return dragPath || (lassoScreenPoints && lassoScreenPoints->size() > 1);
 }
 
 void DragPathOverlayLayer::render(RenderEncoder& encoder, const CanvasViewContext& context,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QPointF>
+#include <QUuid>
 #include <optional>
 #include <vector>
 
@@ -23,6 +24,8 @@ class DragPathOverlayLayer : public CanvasViewLayer {
   std::optional<SelectionPath> dragPath;
   /// A polyline of at least two points, in view coordinates. Takes precedence over the path.
   std::optional<std::vector<QPointF>> lassoScreenPoints;
+  /// The only document that the shape is drawn over; any if not set.
+  std::optional<QUuid> documentID;
 
  private:
   RenderPipeline pipelineState_;

@@ -1,4 +1,4 @@
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/MagicWand.h"
+#include "tools/selection/MagicWand.h"
 
 #include <gtest/gtest.h>
 

@@ -7,8 +7,9 @@
 #include <optional>
 
 #include "model/Document.h"
-#include "tools/SelectionGesture.h"
+#include "raster/WandMatch.h"
 #include "tools/ToolState.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 
@@ -31,14 +32,14 @@ class MagicWand {
   [[nodiscard]] bool isOpen() const { return gesture_.isOpen(); }
 
  private:
-  MagicWand(const DocumentPtr& document, ConstTexture sample, int x, int y, SelectionMode mode);
+  MagicWand(const DocumentPtr& document, WandMatch match, int x, int y, SelectionMode mode);
 
   SelectionGesture gesture_;
-  const MetalContext& context_;
   SelectionMode mode_;
-  ConstTexture sample_;
+  WandMatch match_;
   int seedX_;
   int seedY_;
+  Color4 seed_;
 };
 
 }  // namespace orvanel

@@ -7,10 +7,14 @@
 #include <type_traits>
 
 #include "model/OpenSelectionEdit.h"
+#include "tools/EventRecord.h"
 
 namespace orvanel {
 
 enum class SelectionMode { replace, add, subtract, intersect };
+
+/// Shift adds, Option subtracts, both intersect.
+[[nodiscard]] SelectionMode selectionModeOf(std::uint32_t modifiers);
 
 class SelectionGesture {
  public:

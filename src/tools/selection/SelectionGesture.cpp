@@ -1,9 +1,17 @@
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace orvanel {
+
+SelectionMode selectionModeOf(std::uint32_t modifiers) {
+  const bool adds = (modifiers & modifier::shift) != 0;
+  const bool subtracts = (modifiers & modifier::option) != 0;
+  if (adds && subtracts) return SelectionMode::intersect;
+  if (adds) return SelectionMode::add;
+  return subtracts ? SelectionMode::subtract : SelectionMode::replace;
+}
 
 void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill) {
   edit_.show([&](const Document& document, Selection& selection) {

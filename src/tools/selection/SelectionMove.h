@@ -1,0 +1,25 @@
+// The selection while it is dragged: moved any number of times, each time from where it was at the press, so
+// that nothing is lost at the canvas's edges before the release. Owned by the tool; main thread only.
+#pragma once
+
+#include "model/OpenSelectionEdit.h"
+
+namespace orvanel {
+
+class SelectionMove {
+ public:
+  /// The document has a selection.
+  explicit SelectionMove(const DocumentPtr& document) : edit_(document, QStringLiteral("Move Selection")) {}
+
+  /// The offset from the original position, in pixels.
+  void moveTo(int dx, int dy);
+  /// Ends the move and records it, even if the selection is where it was.
+  void close() { edit_.keep(); }
+  /// False once closed, or ended by the document.
+  [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
+
+ private:
+  OpenSelectionEdit edit_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,249 @@
+#include "tools/selection/SelectionToolState.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "raster/FatalFault.h"
+
+namespace orvanel {
+namespace {
+
+/// A press and release closer together than this is a click, in view points.
+constexpr double dragThreshold = 3.0;
+
+std::shared_ptr<const Selection> activeSelectionOf(const ToolContext& context) {
+  const DocumentPtr document = context.document.lock();
+  return document != nullptr ? document->activeSelection() : nullptr;
+}
+
+std::optional<QPointF> documentPoint(const ToolContext& context, QPointF viewPoint) {
+  if (context.view == nullptr || context.document.expired()) return std::nullopt;
+  return context.view->viewToDocument(viewPoint);
+}
+
+bool choosesMode(std::uint32_t modifiers) {
+  return selectionModeOf(modifiers) != SelectionMode::replace;
+}
+
+int wholePixels(double offset) {
+  const double rounded = std::round(offset);
+  if (std::abs(rounded) > std::numeric_limits<std::int32_t>::max()) {
+    fatalFault("Selection offset out of range");
+  }
+  return static_cast<int>(rounded);
+}
+
+}  // namespace
+
+std::optional<QPointF> clampedDocumentPoint(const ToolContext& context, QPointF viewPoint) {
+  const std::optional<QPointF> point = documentPoint(context, viewPoint);
+  const DocumentPtr document = context.document.lock();
+  if (!point || document == nullptr) return std::nullopt;
+  return QPointF(std::clamp<double>(point->x(), 0.0, document->canvasWidth.value()),
+                 std::clamp<double>(point->y(), 0.0, document->canvasHeight.value()));
+}
+
+std::optional<QPoint> documentPixel(const ToolContext& context, QPointF viewPoint) {
+  const std::optional<QPointF> point = documentPoint(context, viewPoint);
+  if (!point) return std::nullopt;
+  return QPoint(static_cast<int>(std::floor(point->x())), static_cast<int>(std::floor(point->y())));
+}
+
+SelectionToolState::SelectionToolState(const MetalContext& context)
+    : dragPathLayer(std::make_shared<DragPathOverlayLayer>(context)) {}
+
+SelectionToolState::~SelectionToolState() = default;
+
+// The pointer.
+
+CursorShape SelectionToolState::selectionCursor(std::uint32_t modifiers, const ToolContext& context) const {
+  if (isMoving()) return CursorShape::move;
+  if (activeSelectionOf(context) == nullptr) return CursorShape::crosshair;
+  switch (selectionModeOf(modifiers)) {
+    case SelectionMode::add:
+      return CursorShape::add;
+    case SelectionMode::subtract:
+      return CursorShape::subtract;
+    case SelectionMode::intersect:
+      return CursorShape::intersect;
+    case SelectionMode::replace:
+      break;
+  }
+  return CursorShape::crosshair;
+}
+
+void SelectionToolState::selectionMouseMoved(const EventRecord& event, const ToolContext& context,
+                                             QPointF viewPoint) {
+  if (choosesMode(event.modifiers)) return;
+  const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
+  const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
+  if (selection == nullptr || !pixel) return;
+  if (lastHitPixel_ != pixel) {
+    lastHitPixel_ = pixel;
+    lastHitResult_ = selection->isPointSelected(pixel->x(), pixel->y());
+  }
+  context.view->showCursor(lastHitResult_ ? CursorShape::move : selectionCursor(event.modifiers, context));
+}
+
+// Moving the selection.
+
+bool SelectionToolState::shouldMoveSelection(const EventRecord& event, const ToolContext& context,
+                                             QPointF viewPoint) const {
+  if (choosesMode(event.modifiers)) return false;
+  const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
+  const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
+  return selection != nullptr && pixel && selection->isPointSelected(pixel->x(), pixel->y());
+}
+
+void SelectionToolState::beginMoveSelection(const ToolContext& context, QPointF viewPoint) {
+  const std::optional<QPointF> start = documentPoint(context, viewPoint);
+  if (activeSelectionOf(context) == nullptr || !start) return;
+  const DocumentPtr document = context.document.lock();
+  move_ = std::make_unique<SelectionMove>(document);
+  moveStart_ = *start;
+  movedTo_ = {};
+  attach(document, *context.view);
+}
+
+void SelectionToolState::continueMoveSelection(const ToolContext& context, QPointF viewPoint) {
+  if (context.document.lock() != document_.lock()) return abandon();
+  const std::optional<QPointF> point = documentPoint(context, viewPoint);
+  if (move_ == nullptr || !point) return;
+  const QPointF offset = *point - moveStart_;
+  const QPoint whole(wholePixels(offset.x()), wholePixels(offset.y()));
+  if (whole == movedTo_) return;
+  movedTo_ = whole;
+  move_->moveTo(whole.x(), whole.y());
+  requestRedraw();
+}
+
+void SelectionToolState::endMoveSelection() {
+  if (const std::unique_ptr<SelectionMove> move = std::move(move_)) move->close();
+  reset();
+}
+
+// Drawing a shape.
+
+void SelectionToolState::beginShape(const ToolContext& context, QPointF viewPoint,
+                                    const QString& actionName) {
+  const std::optional<QPointF> point = documentPoint(context, viewPoint);
+  if (!point) return;
+  const DocumentPtr document = context.document.lock();
+  gesture_ = std::make_unique<SelectionGesture>(document, actionName);
+  lastDragPoint_ = *point;
+  dragScreenOrigin_ = viewPoint;
+  dragThresholdMet_ = false;
+  attach(document, *context.view);
+}
+
+bool SelectionToolState::isDrawing(const ToolContext& context) {
+  if (gesture_ == nullptr) return false;
+  const bool isHere = context.view != nullptr && context.document.lock() == document_.lock();
+  if (isHere && gesture_->isOpen()) return true;
+  abandon();
+  return false;
+}
+
+std::optional<SelectionToolState::ShapeStep> SelectionToolState::dragShape(const ToolContext& context,
+                                                                           QPointF viewPoint) {
+  if (!isDrawing(context)) return std::nullopt;
+  const QPointF moved = viewPoint - dragScreenOrigin_;
+  dragThresholdMet_ |= std::hypot(moved.x(), moved.y()) >= dragThreshold;
+  if (!dragThresholdMet_) return std::nullopt;
+  const std::optional<QPointF> point = documentPoint(context, viewPoint);
+  const std::optional<QPointF> end = clampedDocumentPoint(context, viewPoint);
+  if (!point || !end) return std::nullopt;
+  const QPointF previous = std::exchange(lastDragPoint_, *point);
+  return ShapeStep{.shift = spacebarHeld_ ? std::optional(*point - previous) : std::nullopt, .end = *end};
+}
+
+void SelectionToolState::commitShape(std::uint32_t modifiers, const std::function<void(Selection&)>& fill) {
+  if (const std::unique_ptr<SelectionGesture> gesture = std::move(gesture_)) {
+    gesture->selectShape(selectionModeOf(modifiers), fill);
+    gesture->close();
+  }
+  reset();
+}
+
+void SelectionToolState::commitClick() {
+  if (const std::unique_ptr<SelectionGesture> gesture = std::move(gesture_)) {
+    gesture->clear();
+    gesture->close();
+  }
+  reset();
+}
+
+void SelectionToolState::abandon() {
+  gesture_.reset();
+  move_.reset();
+  reset();
+}
+
+void SelectionToolState::attach(const DocumentPtr& document, ToolCanvas& view) {
+  document_ = document;
+  view_ = &view;
+  dragPathLayer->documentID = document->id;
+  changes_ = document->changes().observe([this](const DocumentChanges& changes) { hear(changes); });
+}
+
+void SelectionToolState::hear(const DocumentChanges& changes) {
+  const bool isOpen = (gesture_ != nullptr && gesture_->isOpen()) || (move_ != nullptr && move_->isOpen());
+  if (!isOpen) return abandon();
+  // Points in the view don't stay on theirs in the document when the view moves.
+  if (containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset)) {
+    refreshPolyline();
+  }
+}
+
+void SelectionToolState::reset() {
+  changes_ = {};
+  dragPathLayer->dragPath = std::nullopt;
+  dragPathLayer->lassoScreenPoints = std::nullopt;
+  dragPathLayer->documentID = std::nullopt;
+  polyline_.clear();
+  pointer_ = std::nullopt;
+  dragThresholdMet_ = false;
+  spacebarHeld_ = false;
+  if (const DocumentPtr document = document_.lock()) document->setDragSize(std::nullopt);
+  document_.reset();
+  requestRedraw();
+  view_ = nullptr;
+}
+
+// The overlay.
+
+void SelectionToolState::showPath(const SelectionPath& path) {
+  dragPathLayer->dragPath = path;
+  requestRedraw();
+}
+
+void SelectionToolState::showPolyline(std::vector<QPointF> documentPoints,
+                                      const std::optional<QPointF>& pointer) {
+  polyline_ = std::move(documentPoints);
+  pointer_ = pointer;
+  refreshPolyline();
+}
+
+void SelectionToolState::refreshPolyline() {
+  if (view_ == nullptr || polyline_.empty()) return;
+  std::vector<QPointF> points;
+  points.reserve(polyline_.size() + 1);
+  for (const QPointF& documentPoint : polyline_) {
+    if (const std::optional<QPointF> point = view_->documentToView(documentPoint)) points.push_back(*point);
+  }
+  if (pointer_) points.push_back(*pointer_);
+  dragPathLayer->lassoScreenPoints = std::move(points);
+  requestRedraw();
+}
+
+void SelectionToolState::showDragSize(const Document::DragSize& size) {
+  if (const DocumentPtr document = document_.lock()) document->setDragSize(size);
+}
+
+void SelectionToolState::requestRedraw() {
+  if (view_ != nullptr) view_->requestRedraw();
+}
+
+}  // namespace orvanel
