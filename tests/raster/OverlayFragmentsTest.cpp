@@ -84,7 +84,7 @@ std::vector<Drawing> drawingsAt(float scale) {
 bool areAlike(std::uint32_t one, std::uint32_t other) {
   for (unsigned shift = 0; shift < 32; shift += 8) {
     const auto byte = [&](std::uint32_t pixel) { return static_cast<int>((pixel >> shift) & 0xFFU); };
-    if (std::abs(byte(one) - byte(other)) > 2) return false;
+    if (std::abs(byte(one) - byte(other)) > 1) return false;
   }
   return true;
 }

@@ -41,8 +41,9 @@ std::vector<DevicePoint> ellipse(const DragPathUniforms& uniforms, const Overlay
   const double down = std::max(0.0, corner.y - center.y - half);
   constexpr double deviation = 0.1;
   const double largest = std::max({across, down, 1.0});
-  const double count = std::ceil(std::numbers::pi / std::acos(1.0 - deviation / largest));
-  const auto chords = static_cast<std::size_t>(std::clamp(count, 16.0, 8192.0));
+  // As many chords in every quarter, so that the drawing is symmetric.
+  const double inQuarter = std::ceil(std::numbers::pi / std::acos(1.0 - deviation / largest) / 4.0);
+  const auto chords = 4 * static_cast<std::size_t>(std::clamp(inQuarter, 4.0, 2048.0));
   std::vector<DevicePoint> points(chords);
   for (std::size_t i = 0; i < chords; ++i) {
     const double angle = 2.0 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(chords);

@@ -154,9 +154,8 @@ struct Way {
   int y;
 };
 
-/// Judged by the surroundings at some distance, so that a slope is seen where its staircase is flat. Along
-/// rows and columns both diagonals would do; the choice lets dashes run on around corners.
-Way clockwise(const SelectedPixels& selected, int column, int row, int distance) {
+/// The way at a pixel as its surroundings at some distance show it; 0 on an axis where they don't.
+Way clockwiseSeenFrom(const SelectedPixels& selected, int column, int row, int distance) {
   const auto at = [&](int dx, int dy) {
     return selected.at(column + dx * distance, row + dy * distance) ? 1 : 0;
   };
@@ -167,7 +166,22 @@ Way clockwise(const SelectedPixels& selected, int column, int row, int distance)
   const int toRight = northEast + at(1, 0) + southEast - northWest - at(-1, 0) - southWest;
   const int toBottom = southWest + at(0, 1) + southEast - northWest - at(0, -1) - northEast;
   // What is selected lies on the right-hand side of somebody who walks clockwise.
-  Way way{std::clamp(toBottom, -1, 1), std::clamp(-toRight, -1, 1)};
+  return {std::clamp(toBottom, -1, 1), std::clamp(-toRight, -1, 1)};
+}
+
+/// How far surroundings are looked at, in widths of the line: first near, for small shapes, then far, because
+/// a slope isn't seen where its staircase is flat.
+constexpr int near = 3;
+constexpr int far = 8;
+
+/// Along rows and columns both diagonals would do; the choice lets dashes run on around corners.
+Way clockwise(const SelectedPixels& selected, int column, int row, int lineWidth) {
+  Way way = clockwiseSeenFrom(selected, column, row, near * lineWidth);
+  if (way.x == 0 || way.y == 0) {
+    const Way fromAfar = clockwiseSeenFrom(selected, column, row, far * lineWidth);
+    if (way.x == 0) way.x = fromAfar.x;
+    if (way.y == 0) way.y = fromAfar.y;
+  }
   if (way.x == 0) way.x = way.y;
   if (way.y == 0) way.y = way.x;
   return way.x == 0 ? Way{1, 1} : way;
@@ -183,7 +197,7 @@ std::vector<OutlinePixel> findOutline(const CanvasViewUniforms& view, const Surf
   if (!fits) return {};
 
   const int lineWidth = std::max(1, static_cast<int>(std::lround(view.scale)));
-  const int surroundings = 3 * lineWidth;
+  const int surroundings = far * lineWidth;
   const SelectedPixels selected = selectedPixels(view, mask, band, surroundings);
   SelectedPixels inner = selected;
   // Alternating keeps the outline as wide on slopes as along rows.
@@ -203,9 +217,9 @@ std::vector<OutlinePixel> findOutline(const CanvasViewUniforms& view, const Surf
       for (std::uint64_t edge = all[word] & ~within[word]; edge != 0; edge &= edge - 1) {
         const int column = static_cast<int>(word) * wordBits + std::countr_zero(edge);
         if (column < surroundings || column >= surroundings + band.width) continue;
-        const Way way = clockwise(selected, column, row, surroundings);
+        const Way way = clockwise(selected, column, row, lineWidth);
         const auto along = way.x * (column - left) + way.y * (band.y + row - top);
-        const auto place = static_cast<std::int64_t>(std::floor(static_cast<double>(along) * places));
+        const auto place = static_cast<std::int64_t>(std::floor((static_cast<double>(along) + 0.5) * places));
         outline.push_back({static_cast<std::uint16_t>(column - surroundings),
                            static_cast<std::uint8_t>(row - surroundings), static_cast<std::uint8_t>(place)});
       }
