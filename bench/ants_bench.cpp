@@ -92,7 +92,8 @@ void antsInAWindow(benchmark::State& state, Selected selected, Window window) {
   pane.resize(viewWidth, viewHeight);
   pane.setDocument(photo(selected));
   pane.show();
-  wait(1.0);
+  // Work in the background on the new selection ends first.
+  wait(3.0);
   if (window == Window::hidden) pane.hide();
   if (window == Window::minimised) pane.setWindowState(Qt::WindowMinimized);
   wait(1.0);
