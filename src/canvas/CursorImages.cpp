@@ -1,5 +1,6 @@
 #include "canvas/CursorImages.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QPixmap>
 #include <QPoint>
@@ -57,8 +58,11 @@ QCursor drawCursor(CursorShape shape, int scale) {
   QPainter painter(&image);
   renderer.render(&painter);
   painter.end();
-  image.setDevicePixelRatio(scale);
-  return QCursor(image, drawing.hotSpot.x(), drawing.hotSpot.y());
+  // On X11 the toolkit takes images and hot spots in device pixels, whatever the image's ratio says.
+  const bool isInDevicePixels = QGuiApplication::platformName() == QLatin1String("xcb");
+  image.setDevicePixelRatio(isInDevicePixels ? 1 : scale);
+  const QPoint hotSpot = drawing.hotSpot * (isInDevicePixels ? scale : 1);
+  return QCursor(image, hotSpot.x(), hotSpot.y());
 }
 
 }  // namespace

@@ -54,8 +54,8 @@ std::vector<PixelRect> MarchingAnts::advance(const RenderEncoder& encoder, const
   const Draws draws = encoder.draws();
   const std::size_t index = indexOfOutline(encoder.draws());
   const auto uniforms = uniformsOf(draws[index]);
-  if (std::exchange(phase_, uniforms.selectionAnimationOffset) == uniforms.selectionAnimationOffset)
-    return {};
+  const float before = std::exchange(phase_, uniforms.selectionAnimationOffset);
+  if (phase_ == before) return {};
   const Draws above = draws.subspan(index + 1);
   if (!std::exchange(isFound_, true)) find(draws[index], above, drawable);
 

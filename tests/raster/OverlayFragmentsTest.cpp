@@ -222,8 +222,9 @@ TEST(MoveBox, HasEightHandlesOnItsOutline) {
   picture.draw(fragments::moveTool, moveBox(1.0F, {20, 20}, {101, 61}, 0.0F));
   // The outline lies on the pixels just outside the content.
   for (const int y : {19, 50, 81}) {
-    for (const int x : {19, 70, 121})
+    for (const int x : {19, 70, 121}) {
       EXPECT_EQ(hasHandle(picture, x, y), x != 70 || y != 50) << x << ", " << y;
+    }
   }
   EXPECT_EQ(picture.at(40, 19), white);
   EXPECT_EQ(picture.at(19, 40), white);
@@ -243,8 +244,9 @@ TEST(MoveBox, TurnsAboutItsCentre) {
   OverlayPicture turned(width, height, ground);
   turned.draw(fragments::moveTool, moveBox(1.0F, {40, 20}, {81, 81}, std::numbers::pi_v<float> / 2.0F));
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x)
+    for (int x = 0; x < width; ++x) {
       ASSERT_TRUE(areAlike(upright.at(x, y), turned.at(x, y))) << x << ", " << y;
+    }
   }
 }
 

@@ -77,8 +77,9 @@ void dragPath(const FragmentInvocation& invocation, const FragmentBand& band) {
                          onPixels(static_cast<double>(point.y) * mapping.scale(), mapping.lineWidth())};
     };
     const std::vector<FragmentPoint> points = boundPoints(invocation, uniforms.pointCount);
-    for (std::size_t i = 1; i < points.size(); ++i)
+    for (std::size_t i = 1; i < points.size(); ++i) {
       stroke.addLine(onScreen(points[i - 1]), onScreen(points[i]));
+    }
   }
   stroke.draw(band);
 }

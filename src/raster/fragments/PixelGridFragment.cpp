@@ -8,10 +8,10 @@
 namespace orvanel::fragments {
 namespace {
 
-/// Three tenths of black on light pixels and of white on dark ones, premultiplied. A single colour would
+/// Some black on light pixels and some white on dark ones, premultiplied. A single colour would
 /// vanish on some ground.
 constexpr std::uint32_t onLight = 0x4D000000U;
-constexpr std::uint32_t onDark = 0x4D4D4D4DU;
+constexpr std::uint32_t onDark = 0x40404040U;
 constexpr std::uint32_t darkestLight = 0x60U;
 
 /// Green counts most for the eye; its double and both others are close enough to brightness.

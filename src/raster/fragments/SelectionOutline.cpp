@@ -26,7 +26,6 @@ class SelectedPixels {
   SelectedPixels(int columns, int rows)
       : words_((columns + wordBits - 1) / wordBits), rows_(rows), bits_(size(words_) * size(rows)) {}
 
-  [[nodiscard]] int rows() const { return rows_; }
   [[nodiscard]] std::span<std::uint64_t> row(int index) {
     return std::span(bits_).subspan(size(index) * size(words_), size(words_));
   }
@@ -95,29 +94,30 @@ class MaskSampler {
       const Tile& tile = mask_.tile(mask_.tileIndex(tileX, documentY / tileSide));
       const int bit = firstBit_ + static_cast<int>(from - indices_.begin());
       if (tile.isUniform()) {
-        if (isSelected(static_cast<std::uint16_t>(tile.pixel())))
-          setBits(row, bit, static_cast<int>(to - from));
+        if (isSelected(static_cast<std::uint16_t>(tile.pixel()))) {
+          setBits(row, bit, to - from, [](std::ptrdiff_t) { return true; });
+        }
       } else {
         const auto* values = reinterpret_cast<const std::uint16_t*>(tile.data()) +
                              static_cast<std::size_t>(documentY % tileSide) * tileSide;
-        sampleTile(values, {from, to}, bit, row);
+        setBits(row, bit, to - from,
+                [&](std::ptrdiff_t i) { return isSelected(values[from[i] % tileSide]); });
       }
       from = to;
     }
   }
 
  private:
-  static void setBits(std::span<std::uint64_t> row, int bit, int count) {
-    for (; count > 0; ++bit, --count)
-      row[static_cast<std::size_t>(bit / wordBits)] |= 1ULL << (bit % wordBits);
-  }
-
-  static void sampleTile(const std::uint16_t* values, std::span<const std::int32_t> indices, int bit,
-                         std::span<std::uint64_t> row) {
-    for (const std::int32_t index : indices) {
-      const std::uint64_t selected = isSelected(values[index % tileSide]) ? 1 : 0;
-      row[static_cast<std::size_t>(bit / wordBits)] |= selected << (bit % wordBits);
-      ++bit;
+  /// Sets the bits from `first` on for which `isSet` says so, a word at a time.
+  template <typename IsSet>
+  static void setBits(std::span<std::uint64_t> row, int first, std::ptrdiff_t count, const IsSet& isSet) {
+    for (std::ptrdiff_t i = 0; i < count;) {
+      const auto shift = (first + i) % wordBits;
+      const std::ptrdiff_t length = std::min(wordBits - shift, count - i);
+      std::uint64_t word = 0;
+      for (std::ptrdiff_t j = 0; j < length; ++j) word |= std::uint64_t{isSet(i + j)} << j;
+      row[static_cast<std::size_t>((first + i) / wordBits)] |= word << shift;
+      i += length;
     }
   }
 
