@@ -32,7 +32,7 @@ help:
 	@echo 'make fuzz             run every fuzzer for FUZZ_SECONDS ($(FUZZ_SECONDS)) seconds'
 	@echo 'make lint             check formatting and includes, run clang-tidy'
 	@echo 'make sample           write the sample document to build/sample.tessel'
-	@echo 'make pictures         take the screenshots in docs/ (PHOTO="...")'
+	@echo 'make pictures         take the screenshots and draw the overlays in docs/ (PHOTO="...")'
 	@echo 'make setup            only install the dependencies'
 
 setup:
@@ -70,5 +70,6 @@ lint: setup $(LINT)/build.ninja $(RELEASE)/build.ninja
 	@ctest --test-dir $(RELEASE)/tests/structure --output-on-failure --no-tests=error
 
 pictures: setup $(RELEASE)/build.ninja
-	@$(call compile,$(RELEASE)) --target orvanel
+	@$(call compile,$(RELEASE)) --target orvanel overlay_pictures
+	@$(RELEASE)/tests/canvas/overlay_pictures docs/overlays
 	@scripts/make_pictures.sh $(RELEASE)/src/app/orvanel "$(PHOTO)"

@@ -20,6 +20,7 @@ class BenchView : public MTKView {
   [[nodiscard]] QSizeF drawableSize() const override { return {viewWidth, viewHeight}; }
   [[nodiscard]] std::optional<double> backingScaleFactor() const override { return 1.0; }
   void present() override {}
+  void presentOnly(const std::vector<PixelRect>& changed) override { static_cast<void>(changed); }
 
   std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(std::size_t{viewWidth} * viewHeight);
 };

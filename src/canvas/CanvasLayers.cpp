@@ -1,6 +1,7 @@
 #include "canvas/CanvasLayers.h"
 
 #include <array>
+#include <cstddef>
 
 #include "raster/fragments/FragmentUniforms.h"
 
@@ -72,6 +73,26 @@ void PixelGridLayer::render(RenderEncoder& encoder, const CanvasViewContext& con
                             const Document* document) const {
   (void)document;
   encoder.draw(pipelineState_, uniformBytes(viewUniforms(context)));
+}
+
+SelectionOverlayLayer::SelectionOverlayLayer(const MetalContext& context)
+    : pipelineState_(
+          context.makeRenderPipeline(layerVertexFunction, "selectionOverlayFragmentShader", true)) {}
+
+bool SelectionOverlayLayer::shouldRender(const CanvasViewContext& context, const Document* document) const {
+  (void)context;
+  if (document == nullptr) return false;
+  const auto& selection = document->selection.value();
+  return selection != nullptr && selection->hasSelection.value();
+}
+
+void SelectionOverlayLayer::render(RenderEncoder& encoder, const CanvasViewContext& context,
+                                   const Document* document) const {
+  const SelectionOverlayUniforms uniforms{.view = viewUniforms(context),
+                                          .selectionAnimationOffset = selectionAnimationOffset};
+  encoder.drawAnimated(pipelineState_, uniformBytes(uniforms),
+                       offsetof(SelectionOverlayUniforms, selectionAnimationOffset),
+                       document->selection.value()->maskTexture->texture.get());
 }
 
 }  // namespace orvanel

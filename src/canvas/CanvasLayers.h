@@ -1,5 +1,6 @@
-// The passes of every canvas, bottom first: background, checkerboard, document, pixel grid. Owned by the
-// renderer; called inside a frame on the main thread. Pipelines are looked up once; a missing one is fatal.
+// The passes of every canvas, bottom first: background, checkerboard, document, pixel grid, selection.
+// Owned by the renderer; called inside a frame on the main thread. Pipelines are looked up once; a missing
+// one is fatal.
 #pragma once
 
 #include "raster/MetalContext.h"
@@ -54,6 +55,22 @@ class PixelGridLayer : public CanvasViewLayer {
   [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
   void render(RenderEncoder& encoder, const CanvasViewContext& context,
               const Document* document) const override;
+
+ private:
+  RenderPipeline pipelineState_;
+};
+
+/// The moving outline around the selection.
+class SelectionOverlayLayer : public CanvasViewLayer {
+ public:
+  explicit SelectionOverlayLayer(const MetalContext& context);
+  [[nodiscard]] std::string name() const override { return "Selection Overlay"; }
+  [[nodiscard]] bool shouldRender(const CanvasViewContext& context, const Document* document) const override;
+  void render(RenderEncoder& encoder, const CanvasViewContext& context,
+              const Document* document) const override;
+
+  /// The phase of the outline's pattern, which repeats every 8; written for each frame.
+  float selectionAnimationOffset = 0.0F;
 
  private:
   RenderPipeline pipelineState_;

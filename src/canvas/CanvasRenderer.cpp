@@ -4,8 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "canvas/CanvasLayers.h"
-
 namespace orvanel {
 namespace {
 
@@ -23,8 +21,10 @@ double steadySeconds() {
 
 CanvasRenderer::CanvasRenderer(MetalContext& context, MediaClock mediaClock)
     : mediaClock_(std::move(mediaClock)),
+      selectionOverlayLayer_(std::make_shared<SelectionOverlayLayer>(context)),
       layers_{std::make_shared<BackgroundLayer>(context), std::make_shared<CheckerboardLayer>(context),
-              std::make_shared<DocumentLayer>(context), std::make_shared<PixelGridLayer>(context)} {}
+              std::make_shared<DocumentLayer>(context), std::make_shared<PixelGridLayer>(context),
+              selectionOverlayLayer_} {}
 
 FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   const std::shared_ptr<Document> shown = document.lock();
@@ -45,11 +45,15 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
     }
   }
   const std::uint64_t fingerprint = encoder.fingerprint();
-  const bool isNew = lastFrameFingerprint_ != fingerprint;
+  bool isNew = lastFrameFingerprint_ != fingerprint;
   if (isNew) {
     lastFrameFingerprint_ = fingerprint;
+    ants_.beginWholeFrame(encoder);
     encoder.endEncoding();
     view.present();
+  } else if (const auto moved = ants_.advance(encoder, *drawable); !moved.empty()) {
+    isNew = true;
+    view.presentOnly(moved);
   }
   if (!isCurrent) return FrameResult::unfinished;
   return isNew ? FrameResult::drawn : FrameResult::unchanged;
@@ -64,6 +68,7 @@ void CanvasRenderer::advanceSelectionAnimation() {
     }
   }
   lastFrameTime_ = now;
+  selectionOverlayLayer_->selectionAnimationOffset = selectionAnimationOffset_;
 }
 
 CanvasViewContext CanvasRenderer::makeViewContext(const Document& shown) const {

@@ -10,7 +10,9 @@
 #include <optional>
 #include <vector>
 
+#include "canvas/CanvasLayers.h"
 #include "canvas/MTKView.h"
+#include "canvas/MarchingAnts.h"
 #include "model/Document.h"
 #include "tools/CanvasViewLayer.h"
 
@@ -51,6 +53,8 @@ class CanvasRenderer {
   [[nodiscard]] double scaleFactor() const { return scaleFactor_; }
   /// Phase of the moving outline around a selection.
   [[nodiscard]] float selectionAnimationOffset() const { return selectionAnimationOffset_; }
+  /// True while the last frame shows something that moves on its own, so that further frames are wanted.
+  [[nodiscard]] bool isAnimating() const { return ants_.isShown(); }
   /// Media clock at the last frame; initially 0.
   [[nodiscard]] double lastFrameTime() const { return lastFrameTime_; }
 
@@ -59,12 +63,14 @@ class CanvasRenderer {
   [[nodiscard]] CanvasViewContext makeViewContext(const Document& shown) const;
 
   MediaClock mediaClock_;
+  std::shared_ptr<SelectionOverlayLayer> selectionOverlayLayer_;
   std::vector<std::shared_ptr<CanvasViewLayer>> layers_;
   QSizeF viewportSize_{0.0, 0.0};
   double scaleFactor_ = 1.0;
   float selectionAnimationOffset_ = 0.0F;
   double lastFrameTime_ = 0.0;
-  /// Identifies the picture in the drawable.
+  MarchingAnts ants_;
+  /// Identifies the picture in the drawable, whatever the outline's phase.
   std::optional<std::uint64_t> lastFrameFingerprint_;
 };
 

@@ -1,4 +1,4 @@
-// The images of the pointer's shapes. Main thread only.
+// The images of the pointer's shapes. Drawn once for each scale and kept; main thread only.
 #pragma once
 
 #include <QCursor>
@@ -7,7 +7,8 @@
 
 namespace orvanel {
 
-/// The cursor for a shape, sharp at `scale` device pixels per point.
+/// The cursor for a shape on a screen of `scale` device pixels per point. Drawn at the nearest whole scale:
+/// lines one pixel wide would blur at any other.
 [[nodiscard]] QCursor cursorImage(CursorShape shape, double scale);
 
 }  // namespace orvanel

@@ -1,5 +1,5 @@
 // Decides when a canvas draws a frame: at most once per screen refresh, and only after something that may
-// have changed the picture. Owned by the canvas view; main thread only.
+// have changed the picture, or slowly for an animation. Owned by the canvas view; main thread only.
 #pragma once
 
 #include <QElapsedTimer>
@@ -24,12 +24,15 @@ class FramePacer : public QObject {
 
   /// Requests one frame as soon as the refresh rate allows. Does nothing while stopped.
   void request();
+  /// Requests a frame of an animation, unless one comes sooner for another reason.
+  void requestAnimation();
 
  private:
   void runFrame();
 
   std::function<void()> frame_;
   QTimer frameTimer_;
+  QTimer animationTimer_;
   QElapsedTimer sinceLastFrame_;
   qint64 refreshInterval_ = 16;  ///< milliseconds
   bool isRunning_ = false;

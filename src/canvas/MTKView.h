@@ -3,6 +3,7 @@
 
 #include <QSizeF>
 #include <optional>
+#include <vector>
 
 #include "raster/RenderEncoder.h"
 
@@ -20,6 +21,8 @@ class MTKView {
   [[nodiscard]] virtual std::optional<double> backingScaleFactor() const = 0;
   /// Puts the drawn frame on the screen.
   virtual void present() = 0;
+  /// Puts parts of the drawn frame on the screen; the rest hasn't changed. In device pixels.
+  virtual void presentOnly(const std::vector<PixelRect>& changed) = 0;
 };
 
 }  // namespace orvanel

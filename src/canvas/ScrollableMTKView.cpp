@@ -97,6 +97,16 @@ void ScrollableMTKView::present() {
   if (!isPainting_) update();
 }
 
+void ScrollableMTKView::presentOnly(const std::vector<PixelRect>& changed) {
+  if (isPainting_) return;
+  const double scale = devicePixelRatioF();
+  QRegion region;
+  for (const PixelRect& rect : changed) {
+    region += QRectF(rect.x / scale, rect.y / scale, rect.width / scale, rect.height / scale).toAlignedRect();
+  }
+  update(region);
+}
+
 void ScrollableMTKView::drawFrame() {
   pacer_.setRefreshRate(screen()->refreshRate());
   isDrawing_ = true;
@@ -104,6 +114,7 @@ void ScrollableMTKView::drawFrame() {
   isDrawing_ = false;
   // A long flattening continues in the next frame, so that the window stays responsive.
   if (result == FrameResult::unfinished) requestRedraw();
+  if (result != FrameResult::stopped && renderer_.isAnimating()) pacer_.requestAnimation();
 }
 
 void ScrollableMTKView::paintEvent(QPaintEvent* event) {
@@ -124,6 +135,8 @@ void ScrollableMTKView::paintEvent(QPaintEvent* event) {
   painter.setWorldTransform(QTransform::fromTranslate(wholeCorner.x(), wholeCorner.y()) *
                             toDevice.inverted());
   painter.drawImage(QPoint(0, 0), frame_);
+  // An animation that had stopped because nothing could be shown goes on.
+  if (renderer_.isAnimating()) pacer_.requestAnimation();
 }
 
 void ScrollableMTKView::resizeEvent(QResizeEvent* event) {

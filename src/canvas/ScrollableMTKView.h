@@ -57,6 +57,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] QSizeF drawableSize() const override;
   [[nodiscard]] std::optional<double> backingScaleFactor() const override { return devicePixelRatioF(); }
   void present() override;
+  void presentOnly(const std::vector<PixelRect>& changed) override;
 
   [[nodiscard]] double scrollZoomAccumulator() const { return scrollZoomAccumulator_; }
   [[nodiscard]] double magnifyAccumulator() const { return magnifyAccumulator_; }

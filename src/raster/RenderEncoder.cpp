@@ -38,8 +38,17 @@ void foldTexture(Hasher& hasher, const Surface* texture) {
 
 void RenderEncoder::draw(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
                          const Surface* texture, std::span<const std::byte> points) {
-  draws_.push_back(
-      {pipeline.function, {uniforms.begin(), uniforms.end()}, texture, {points.begin(), points.end()}});
+  draws_.push_back({pipeline.function,
+                    {uniforms.begin(), uniforms.end()},
+                    texture,
+                    {points.begin(), points.end()},
+                    uniforms.size()});
+}
+
+void RenderEncoder::drawAnimated(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
+                                 std::size_t stillBytes, const Surface* texture) {
+  draw(pipeline, uniforms, texture);
+  draws_.back().stillBytes = stillBytes;
 }
 
 std::uint64_t RenderEncoder::fingerprint() const {
@@ -49,21 +58,28 @@ std::uint64_t RenderEncoder::fingerprint() const {
               static_cast<std::uint64_t>(drawable_.height));
   for (const Draw& draw : draws_) {
     hasher.fold(reinterpret_cast<std::uintptr_t>(draw.function));
-    foldBytes(hasher, draw.uniforms);
+    foldBytes(hasher, std::span(draw.uniforms).first(draw.stillBytes));
     foldTexture(hasher, draw.texture);
     foldBytes(hasher, draw.points);
   }
   return hasher.value();
 }
 
+int RenderEncoder::bandCount(const Drawable& drawable) {
+  return (drawable.height + bandRows - 1) / bandRows;
+}
+
+FragmentBand RenderEncoder::band(const Drawable& drawable, int index) {
+  const int y = index * bandRows;
+  return {drawable.pixels + static_cast<std::size_t>(y) * drawable.pixelsPerRow, drawable.pixelsPerRow, y,
+          std::min(bandRows, drawable.height - y), drawable.width};
+}
+
 void RenderEncoder::endEncoding() {
-  const int bands = (drawable_.height + bandRows - 1) / bandRows;
-  tbb::parallel_for(0, bands, [&](int index) {
-    const int y = index * bandRows;
-    const FragmentBand band{drawable_.pixels + static_cast<std::size_t>(y) * drawable_.pixelsPerRow,
-                            drawable_.pixelsPerRow, y, std::min(bandRows, drawable_.height - y),
-                            drawable_.width};
-    for (const Draw& draw : draws_) draw.function({draw.uniforms, {draw.texture}, draw.points}, band);
+  tbb::parallel_for(0, bandCount(drawable_), [&](int index) {
+    for (const Draw& draw : draws_) {
+      draw.function({draw.uniforms, {draw.texture}, draw.points}, band(drawable_, index));
+    }
   });
   draws_.clear();
 }

@@ -28,6 +28,8 @@ class RenderEncoder {
     std::vector<std::byte> uniforms;
     const Surface* texture;
     std::vector<std::byte> points;
+    /// How many of the uniforms' first bytes don't change as time goes on.
+    std::size_t stillBytes;
   };
 
   explicit RenderEncoder(const Drawable& drawable) : drawable_(drawable) {}
@@ -35,11 +37,18 @@ class RenderEncoder {
   /// Adds a full-view draw. Uniforms and points are copied; the texture must live until `endEncoding`.
   void draw(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
             const Surface* texture = nullptr, std::span<const std::byte> points = {});
-  /// A hash of everything the recorded picture depends on: drawable, passes, uniforms, points and the tiles
-  /// of the textures. Equal fingerprints draw equal pictures; no pixel is read.
+  /// Adds a full-view draw whose uniforms change as time goes on, except for their first `stillBytes`.
+  void drawAnimated(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
+                    std::size_t stillBytes, const Surface* texture);
+  /// A hash of everything the recorded picture depends on, except for time: drawable, passes, uniforms,
+  /// points and the tiles of the textures. Equal fingerprints draw pictures that are equal but for their
+  /// animation; no pixel is read.
   [[nodiscard]] std::uint64_t fingerprint() const;
   /// Draws what was recorded and forgets it.
   void endEncoding();
+  /// The rows that are drawn at once; bands are counted from the top.
+  [[nodiscard]] static int bandCount(const Drawable& drawable);
+  [[nodiscard]] static FragmentBand band(const Drawable& drawable, int index);
 
   /// What has been recorded, in drawing order.
   [[nodiscard]] const std::vector<Draw>& draws() const { return draws_; }

@@ -87,6 +87,29 @@ TEST(PixelGridPass, AppearsExactlyAtFortyDevicePixels) {
             (std::vector<float>{1920, 1080, 640, 480, 12.5F, -3, 2, 1.25F}));
 }
 
+TEST(SelectionOverlayPass, DrawsWhileSomethingIsSelected) {
+  SelectionOverlayLayer pass(context());
+  const auto document = makeDocument(40, 30);
+  EXPECT_EQ(pass.name(), "Selection Overlay");
+  EXPECT_FALSE(pass.shouldRender(viewContext, nullptr));
+  EXPECT_FALSE(pass.shouldRender(viewContext, document.get()));
+  document->selectAll();
+  EXPECT_TRUE(pass.shouldRender(viewContext, document.get()));
+  pass.selectionAnimationOffset = 5.5F;
+  const auto draw = recordedDraw(pass, document.get());
+  EXPECT_EQ(uniformsOf(draw), (std::vector<float>{1920, 1080, 640, 480, 12.5F, -3, 2, 1.25F, 5.5F, 0, 0, 0}));
+  EXPECT_EQ(draw.texture, document->selection.value()->maskTexture->texture.get());
+}
+
+TEST(SelectionOverlayPass, AnEmptySelectionDrawsNoOutline) {
+  const SelectionOverlayLayer pass(context());
+  const auto document = makeDocument(40, 30);
+  document->ensureSelection();
+  ASSERT_NE(document->selection.value(), nullptr);
+  EXPECT_FALSE(document->selection.value()->hasSelection.value());
+  EXPECT_FALSE(pass.shouldRender(viewContext, document.get()));
+}
+
 TEST(Passes, WithoutADocumentOnlyTheBackgroundDraws) {
   CanvasViewContext view = viewContext;
   view.zoom = 400.0;
@@ -94,6 +117,7 @@ TEST(Passes, WithoutADocumentOnlyTheBackgroundDraws) {
   EXPECT_FALSE(CheckerboardLayer(context()).shouldRender(view, nullptr));
   EXPECT_FALSE(DocumentLayer(context()).shouldRender(view, nullptr));
   EXPECT_FALSE(PixelGridLayer(context()).shouldRender(view, nullptr));
+  EXPECT_FALSE(SelectionOverlayLayer(context()).shouldRender(view, nullptr));
 }
 
 TEST(PassesDeathTest, AMissingFunctionIsFatalWithItsName) {

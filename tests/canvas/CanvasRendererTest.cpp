@@ -53,10 +53,11 @@ TEST_F(CanvasRendererTest, ShowsTheCheckerboardThroughAnEmptyTree) {
   EXPECT_EQ(view.at(10, 10), surround);
 }
 
-TEST_F(CanvasRendererTest, HasTheFourPassesInOrder) {
+TEST_F(CanvasRendererTest, HasTheFivePassesInOrder) {
   std::vector<std::string> names;
   for (const auto& pass : renderer.layers()) names.push_back(pass->name());
-  EXPECT_EQ(names, (std::vector<std::string>{"Background", "Checkerboard", "Document", "Pixel Grid"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"Background", "Checkerboard", "Document", "Pixel Grid",
+                                             "Selection Overlay"}));
   EXPECT_TRUE(renderer.toolOverlayLayers.empty());
 }
 

@@ -61,6 +61,10 @@ class PlainView : public MTKView {
   [[nodiscard]] QSizeF drawableSize() const override { return {double(width_), double(height_)}; }
   [[nodiscard]] std::optional<double> backingScaleFactor() const override { return scale; }
   void present() override { ++presented; }
+  void presentOnly(const std::vector<PixelRect>& changed) override {
+    ++presented;
+    presentedParts = changed;
+  }
 
   [[nodiscard]] std::uint32_t at(int x, int y) const {
     return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
@@ -71,6 +75,8 @@ class PlainView : public MTKView {
   std::optional<double> scale = 1.0;
   bool isHidden = false;
   int presented = 0;
+  /// The parts shown by the last frame that changed only some.
+  std::vector<PixelRect> presentedParts;
 
  private:
   int width_;

@@ -84,9 +84,43 @@ TEST_F(FrameRequestsTest, UndoAndRedoDrawOneFrameEach) {
   EXPECT_EQ(framesAfter([&] { document->redo(); }), 1);
 }
 
-TEST_F(FrameRequestsTest, AChangeOfTheSelectionDrawsOneFrame) {
-  EXPECT_EQ(framesAfter([&] { document->selectAll(); }), 1);
-  EXPECT_EQ(framesAfter([&] { document->invertSelection(); }), 1);
+TEST_F(FrameRequestsTest, ASelectionDrawsFramesWhileItIsShown) {
+  const int before = counter->frames;
+  document->selectAll();
+  EXPECT_TRUE(test::runUntil([&] { return counter->frames >= before + 4; }));
+  document->deselect();
+  settle();
+  EXPECT_EQ(framesAfter([] { test::runEventLoop(300); }), 0);
+}
+
+TEST_F(FrameRequestsTest, ASelectionInAHiddenCanvasDrawsNoFrame) {
+  document->selectAll();
+  settle();
+  pane.hide();
+  settle();
+  EXPECT_EQ(framesAfter([] { test::runEventLoop(300); }), 0);
+  const int before = counter->frames;
+  pane.show();
+  EXPECT_TRUE(test::runUntil([&] { return counter->frames >= before + 4; }));
+}
+
+TEST_F(FrameRequestsTest, ASelectionInAMinimisedWindowDrawsNoFrame) {
+  document->selectAll();
+  settle();
+  pane.setWindowState(Qt::WindowMinimized);
+  settle();
+  EXPECT_EQ(framesAfter([] { test::runEventLoop(300); }), 0);
+  const int before = counter->frames;
+  pane.setWindowState(Qt::WindowNoState);
+  EXPECT_TRUE(test::runUntil([&] { return counter->frames >= before + 4; }));
+}
+
+TEST_F(FrameRequestsTest, ASelectionWhoseOutlineIsOutOfSightDrawsNoFrames) {
+  document->selectAll();
+  test::zoomTo(*document, 100.0);
+  document->setViewportOffset(QPointF(100.0, 50.0));
+  settle();
+  EXPECT_EQ(framesAfter([] { test::runEventLoop(300); }), 0);
 }
 
 TEST_F(FrameRequestsTest, AChangeOfTheViewDrawsOneFrame) {

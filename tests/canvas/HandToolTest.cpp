@@ -3,6 +3,7 @@
 
 #include "CanvasSupport.h"
 #include "canvas/CanvasPaneView.h"
+#include "canvas/CursorImages.h"
 #include "tools/HandToolHandler.h"
 
 namespace orvanel {
@@ -39,9 +40,9 @@ TEST_F(HandToolTest, StopsAtTheBounds) {
 
 TEST_F(HandToolTest, ShowsAClosedHandWhileDragging) {
   test::sendMouse(view(), QEvent::MouseButtonPress, {100, 100});
-  EXPECT_EQ(view().cursor().shape(), Qt::ClosedHandCursor);
+  EXPECT_EQ(view().cursor(), cursorImage(CursorShape::closedHand, 1.0));
   test::sendMouse(view(), QEvent::MouseButtonRelease, {100, 100}, Qt::LeftButton, Qt::NoButton);
-  EXPECT_EQ(view().cursor().shape(), Qt::OpenHandCursor);
+  EXPECT_EQ(view().cursor(), cursorImage(CursorShape::openHand, 1.0));
 }
 
 TEST_F(HandToolTest, IgnoresOtherButtons) {
@@ -65,7 +66,7 @@ TEST_F(HandToolTest, ChangingTheToolEndsTheGesture) {
   test::sendMouse(view(), QEvent::MouseButtonRelease, {50, 50}, Qt::LeftButton, Qt::NoButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
   tools.selectTool(Tool::hand);
-  EXPECT_EQ(view().cursor().shape(), Qt::OpenHandCursor);
+  EXPECT_EQ(view().cursor(), cursorImage(CursorShape::openHand, 1.0));
   test::sendMouse(view(), QEvent::MouseMove, {20, 20}, Qt::NoButton, Qt::LeftButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }

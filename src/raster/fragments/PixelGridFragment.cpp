@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <vector>
 
 #include "raster/fragments/DisplayRows.h"
@@ -7,8 +8,17 @@
 namespace orvanel::fragments {
 namespace {
 
-/// Half-covering middle grey, premultiplied: it darkens light pixels and lightens dark ones.
-constexpr std::uint32_t lineColor = 0x80404040U;
+/// Some black on light pixels and some white on dark ones, premultiplied. A single colour would
+/// vanish on some ground.
+constexpr std::uint32_t onLight = 0x4D000000U;
+constexpr std::uint32_t onDark = 0x40404040U;
+constexpr std::uint32_t darkestLight = 0x60U;
+
+/// Green counts most for the eye; its double and both others are close enough to brightness.
+std::uint32_t lineColor(std::uint32_t ground) {
+  const std::uint32_t sum = ((ground >> 16U) & 0xFFU) + 2U * ((ground >> 8U) & 0xFFU) + (ground & 0xFFU);
+  return sum >= 4U * darkestLight ? onLight : onDark;
+}
 
 }  // namespace
 
@@ -20,7 +30,7 @@ void pixelGrid(const FragmentInvocation& invocation, const FragmentBand& band) {
   const PixelSpan rows = vertical.inside(band.y, band.y + band.rows);
   if (columns.isEmpty() || rows.isEmpty()) return;
 
-  const std::vector<std::uint32_t> line(static_cast<std::size_t>(columns.length()), lineColor);
+  std::vector<std::uint32_t> line(static_cast<std::size_t>(columns.length()));
   std::vector<int> lineColumns;
   for (int x = columns.begin; x < columns.end; ++x) {
     if (horizontal.startsDocumentPixel(x)) lineColumns.push_back(x);
@@ -28,9 +38,13 @@ void pixelGrid(const FragmentInvocation& invocation, const FragmentBand& band) {
   for (int y = rows.begin; y < rows.end; ++y) {
     std::uint32_t* row = bandRow(band, y - band.y);
     if (vertical.startsDocumentPixel(y)) {
+      std::transform(row + columns.begin, row + columns.end, line.begin(), lineColor);
       displayRows::blendOver(row + columns.begin, line.data(), line.size());
     } else {
-      for (const int x : lineColumns) displayRows::blendOver(row + x, &lineColor, 1);
+      for (const int x : lineColumns) {
+        const std::uint32_t color = lineColor(row[x]);
+        displayRows::blendOver(row + x, &color, 1);
+      }
     }
   }
 }

@@ -30,6 +30,10 @@ class AxisMapping {
   [[nodiscard]] double documentAt(int device) const {
     return (static_cast<double>(device) + 0.5 - origin_) / pixelsPerDocumentPixel_ + offset_;
   }
+  /// Device coordinate of a document coordinate: the reverse, in coordinates that count from a pixel's edge.
+  [[nodiscard]] double deviceAt(double document) const {
+    return (document - offset_) * pixelsPerDocumentPixel_ + origin_;
+  }
   /// Index of the document pixel under the centre of a device pixel; only for pixels inside the canvas.
   [[nodiscard]] int indexAt(int device) const { return static_cast<int>(documentAt(device)); }
 

@@ -1,7 +1,9 @@
 #include "tools/overlays/DragPathOverlayLayer.h"
 
 #include <array>
+#include <cstdint>
 #include <span>
+#include <utility>
 #include <variant>
 
 #include "raster/fragments/FragmentUniforms.h"
@@ -29,6 +31,7 @@ void DragPathOverlayLayer::render(RenderEncoder& encoder, const CanvasViewContex
   (void)document;
   DragPathUniforms uniforms{.view = viewUniforms(context)};
   if (lassoScreenPoints && lassoScreenPoints->size() > 1) {
+    if (!std::in_range<std::int32_t>(lassoScreenPoints->size())) fatalFault("Too many points in a drag path");
     std::vector<FragmentPoint> points;
     points.reserve(lassoScreenPoints->size());
     for (const QPointF& point : *lassoScreenPoints) {
