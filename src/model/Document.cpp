@@ -5,6 +5,7 @@
 #include "model/DocumentCompositor.h"
 #include "model/NodeWalk.h"
 #include "model/OpenEdit.h"
+#include "model/ThumbnailManager.h"
 #include "model/edit/DocumentBatch.h"
 #include "model/edit/DocumentEdit.h"
 #include "model/edit/EditCost.h"
@@ -20,6 +21,7 @@ Document::Document(DocumentContents contents, MetalContext& context)
       selectedNodeID(contents.selectedNodeID),
       foregroundColor(contents.foregroundColor),
       backgroundColor(contents.backgroundColor),
+      thumbnailManager(std::make_unique<ThumbnailManager>(*this)),
       context_(context),
       compositor_(std::make_unique<DocumentCompositor>(context)) {
   DocumentEdit(*this, editKind::state).rebuildDisplayTextures();

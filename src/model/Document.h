@@ -50,6 +50,7 @@ class DocumentCompositor;
 class DocumentEdit;
 class FrozenComposite;
 class OpenEdit;
+class ThumbnailManager;
 
 /// The initial contents of a document loaded from a file.
 struct DocumentContents {
@@ -135,6 +136,8 @@ class Document : public std::enable_shared_from_this<Document> {
   Property<ChannelVisibility> channelVisibility;
 
   const UndoStack& undoStack = history_;
+  /// Makes the thumbnails of the document and its layers.
+  const std::unique_ptr<ThumbnailManager> thumbnailManager;
 
   [[nodiscard]] MetalContext& context() const { return context_; }
 

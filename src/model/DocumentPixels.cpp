@@ -178,7 +178,7 @@ void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
 
   const auto mask = std::make_shared<LayerMask>(QUuid::createUuid(), contents);
   edit.setMask(*layer, mask);
-  edit.setMaskThumbnail(*layer, nullptr, true);
+  edit.makeMaskThumbnail(*layer);
   edit.record(std::make_shared<AddLayerMaskOperation>(shared_from_this(), layer, mask));
 }
 

@@ -4,6 +4,7 @@
 
 #include "model/Document.h"
 #include "model/NodeWalk.h"
+#include "model/ThumbnailManager.h"
 #include "model/edit/DocumentEdit.h"
 #include "model/edit/EditCost.h"
 #include "model/edit/PropertyWriter.h"
@@ -39,6 +40,10 @@ std::shared_ptr<Layer> copyOfLayer(const LayerNode& node, const Document& docume
   const std::shared_ptr<LayerMask>& mask = source.mask.value();
   const auto maskCopy = mask != nullptr ? copyOfMask(*mask, document.context()) : nullptr;
   auto copy = std::make_shared<Layer>(valuesOfCopy(node), pixels, maskCopy);
+  if (document.thumbnailManager->isViewed()) {
+    PropertyWriter::write(copy->thumbnailImage, ThumbnailGenerator::colorThumbnail(*pixels));
+    PropertyWriter::write(copy->thumbnailDirty, false);
+  }
   if (mask != nullptr) PropertyWriter::write(copy->isMaskLinked, source.isMaskLinked.value());
   if (maskCopy != nullptr) {
     PropertyWriter::write(copy->maskThumbnailImage, source.maskThumbnailImage.value());
@@ -100,6 +105,7 @@ void Document::addNewLayer(DocumentEdit& edit, const std::shared_ptr<Layer>& lay
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
   edit.insertNode(layer, positionForNewNode(*this));
   edit.setActiveNode(layer->id);
+  edit.makeThumbnail(*layer);
   edit.record(std::make_shared<AddLayerOperation>(shared_from_this(), layer, previousSelection));
 }
 

@@ -6,6 +6,7 @@
 #include <QUuid>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -42,6 +43,9 @@ class LevelsAdjustment {
   }
   /// False once committed, cancelled or ended by the document; the operations below then do nothing.
   [[nodiscard]] bool isOpen() const { return edit_->isOpen(); }
+
+  /// `closed` is called once when the adjustment closes, whoever closes it; must not destroy the adjustment.
+  void setOnClosed(std::function<void()> closed) { edit_->onClosed = std::move(closed); }
 
   /// Previews the levels within the selection, or everywhere without one.
   void apply(const Levels& levels);

@@ -1,6 +1,7 @@
 #include "model/OpenEdit.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "model/edit/DocumentEdit.h"
@@ -19,6 +20,12 @@ OpenEdit::~OpenEdit() {
 void OpenEdit::close() {
   isOpen_ = false;
   if (const DocumentPtr document = document_.lock()) std::erase(document->openEdits_, this);
+  continuousEditing_ = {};
+  if (const auto closed = std::exchange(onClosed, nullptr)) closed();
+}
+
+void OpenEdit::holdThumbnailsBack() {
+  continuousEditing_ = ThumbnailManager::editingContinuously(document());
 }
 
 void OpenEdit::endAll(Document& document, EndsOpenEdits which) {

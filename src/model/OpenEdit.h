@@ -4,9 +4,11 @@
 // performs it; main thread only.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "model/Document.h"
+#include "model/ThumbnailManager.h"
 
 namespace orvanel {
 
@@ -27,6 +29,9 @@ class OpenEdit {
   /// changed.
   virtual void end() = 0;
 
+  /// Called once when the edit closes, whoever closes it; must not destroy the edit.
+  std::function<void()> onClosed;
+
  protected:
   enum class Ground { surface, selection };
 
@@ -34,6 +39,8 @@ class OpenEdit {
   /// Null once the edit is closed.
   [[nodiscard]] DocumentPtr document() const { return isOpen_ ? document_.lock() : nullptr; }
   void close();
+  /// Counts as continuous editing until the edit is closed.
+  void holdThumbnailsBack();
 
  private:
   friend class DocumentEdit;
@@ -42,6 +49,7 @@ class OpenEdit {
   std::weak_ptr<Document> document_;
   Ground ground_;
   bool isOpen_ = true;
+  ThumbnailManager::Hold continuousEditing_;
 };
 
 }  // namespace orvanel

@@ -29,6 +29,7 @@ OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<La
       kind_(kind),
       original_(*layer_->surface(kind)),
       snapshotBefore_(TextureSnapshot::captureReady(original_, document->context())) {
+  if (purpose == Purpose::transform) holdThumbnailsBack();
   if (snapshotBefore_ == nullptr) return;
   PixelEdit edit{.actionName = actionName,
                  .document = document,

@@ -1,19 +1,9 @@
 #include "io/files/BackgroundJob.h"
 
-#include <QCoreApplication>
 #include <QPointer>
-#include <QThreadPool>
 #include <memory>
 
 namespace orvanel {
-
-void runInBackground(std::function<void()> work) {
-  QThreadPool::globalInstance()->start(std::move(work));
-}
-
-void runOnMainThread(std::function<void()> call) {
-  QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(call), Qt::QueuedConnection);
-}
 
 Progress progressOnMainThread(QObject* receiver, std::function<void(double)> progressChanged,
                               CancellationPtr cancellation) {

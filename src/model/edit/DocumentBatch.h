@@ -28,7 +28,7 @@ struct Document::Batch {
 
   DocumentChanges changes;
   std::set<std::pair<QUuid, NodeProperty>> toldProperties;
-  std::set<QUuid> toldThumbnails;
+  std::set<std::optional<QUuid>> toldThumbnails;
   std::vector<TouchedSurface> surfaces;
   std::optional<TouchedSelection> selection;
   bool isUnsavedChange = false;

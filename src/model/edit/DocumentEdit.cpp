@@ -69,7 +69,7 @@ void DocumentEdit::tellProperty(const QUuid& nodeID, NodeProperty property) {
   done();
 }
 
-void DocumentEdit::tellThumbnails(const QUuid& layerID) {
+void DocumentEdit::tellThumbnails(const std::optional<QUuid>& layerID) {
   if (document_.batch_->toldThumbnails.insert(layerID).second) {
     document_.batch_->changes.emplace_back(change::ThumbnailsChanged{layerID});
   }
@@ -215,11 +215,42 @@ void DocumentEdit::setTexture(Layer& layer, const Texture& texture) {
   done();
 }
 
+// Thumbnails.
+
 void DocumentEdit::renewThumbnails(Layer& layer) {
   const bool isPixels = PropertyWriter::write(layer.thumbnailDirty, true);
   const bool isMask = PropertyWriter::write(layer.maskThumbnailDirty, true);
   const bool isChannels = PropertyWriter::write(layer.channelThumbnailsDirty, true);
   if (isPixels || isMask || isChannels) tellThumbnails(layer.id);
+  document_.thumbnailManager->layerMarked(layer.id);
+}
+
+void DocumentEdit::setThumbnails(Layer& layer, const ColorThumbnails& thumbnails, bool isDirty) {
+  PropertyWriter::write(layer.thumbnailImage, thumbnails.image);
+  PropertyWriter::write(layer.thumbnailDirty, isDirty);
+  PropertyWriter::write(layer.channelThumbnails, thumbnails.channels);
+  PropertyWriter::write(layer.channelThumbnailsDirty, isDirty);
+  tellThumbnails(layer.id);
+}
+
+void DocumentEdit::setCompositeThumbnails(ColorThumbnails thumbnails) {
+  PropertyWriter::write(document_.compositeThumbnailImage, std::move(thumbnails.image));
+  PropertyWriter::write(document_.compositeChannelThumbnails, std::move(thumbnails.channels));
+  tellThumbnails(std::nullopt);
+}
+
+void DocumentEdit::makeThumbnail(Layer& layer) {
+  const ConstTexture pixels = layer.texture.value();
+  if (pixels == nullptr || !document_.thumbnailManager->isViewed()) return;
+  PropertyWriter::write(layer.thumbnailImage, ThumbnailGenerator::colorThumbnail(*pixels));
+  PropertyWriter::write(layer.thumbnailDirty, false);
+  tellThumbnails(layer.id);
+}
+
+void DocumentEdit::makeMaskThumbnail(Layer& layer) {
+  const ConstTexture mask = layer.surface(SurfaceKind::mask);
+  const bool isMade = mask != nullptr && document_.thumbnailManager->isViewed();
+  setMaskThumbnail(layer, isMade ? ThumbnailGenerator::maskThumbnail(*mask) : nullptr, !isMade);
 }
 
 void DocumentEdit::setMaskThumbnail(Layer& layer, const Thumbnail& image, bool isDirty) {
@@ -358,6 +389,7 @@ void DocumentEdit::finish() {
   if (batch.isUnsavedChange && PropertyWriter::write(document_.isDirty, true)) {
     batch.changes.emplace_back(change::FileStateChanged{FileProperty::isDirty});
   }
+  if (contains<change::Composited>(batch.changes)) document_.thumbnailManager->scheduleCompositeRefresh();
   DocumentChanges changes = std::move(batch.changes);
   document_.batch_ = nullptr;
   if (!changes.empty()) document_.changes_.publish(std::move(changes));

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "model/Document.h"
+#include "model/ThumbnailManager.h"
 #include "model/edit/PropertyWriter.h"
 
 namespace orvanel {
@@ -88,7 +89,17 @@ class DocumentEdit {
   void setMaskEnabled(Layer& layer, bool isEnabled);
   void setMaskLinked(Layer& layer, bool isMaskLinked);
   void setMaskSelected(Layer& layer, bool isMaskSelected);
+
+  // Thumbnails.
+  void setThumbnails(Layer& layer, const ColorThumbnails& thumbnails, bool isDirty);
   void setMaskThumbnail(Layer& layer, const Thumbnail& image, bool isDirty);
+  void setCompositeThumbnails(ColorThumbnails thumbnails);
+  /// Makes the picture of a layer, or of its mask, at once if anybody sees it, and otherwise leaves it stale:
+  /// for surfaces that have just come into being.
+  void makeThumbnail(Layer& layer);
+  void makeMaskThumbnail(Layer& layer);
+  /// Marks all thumbnails of the layer as stale although none of its surfaces was written.
+  void renewThumbnails(Layer& layer);
 
   // Surfaces.
   /// The layer's surface for writing; it must exist.
@@ -97,8 +108,6 @@ class DocumentEdit {
   [[nodiscard]] Surface& surface(Layer& layer, SurfaceKind kind);
   /// Replaces the layer's surface.
   void setTexture(Layer& layer, const Texture& texture);
-  /// Marks all thumbnails of the layer as stale although none of its surfaces was written.
-  void renewThumbnails(Layer& layer);
 
   // The selection.
   /// The selection for writing; null if the document has none.
@@ -150,7 +159,7 @@ class DocumentEdit {
   }
   void tellCanvas();
   void tellProperty(const QUuid& nodeID, NodeProperty property);
-  void tellThumbnails(const QUuid& layerID);
+  void tellThumbnails(const std::optional<QUuid>& layerID);
   void touchSelection();
   void finish();
 

@@ -21,7 +21,7 @@ std::vector<int> LayerMaskOperation::maskedTiles() const {
 
 void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
   edit.setMask(*layer_, mask_);
-  edit.setMaskThumbnail(*layer_, layer_->maskThumbnailImage.value(), true);
+  edit.makeMaskThumbnail(*layer_);
 }
 
 void LayerMaskOperation::detachMask(DocumentEdit& edit) {
