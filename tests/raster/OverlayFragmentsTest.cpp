@@ -230,6 +230,19 @@ TEST(MoveBox, HasEightHandlesOnItsOutline) {
   EXPECT_EQ(picture.at(19, 40), white);
 }
 
+TEST(MoveBox, HasHandlesExactlyInTheMiddleOfItsLines) {
+  for (const float scale : {1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 3.0F}) {
+    OverlayPicture picture(width, height, 0xFF000000U);
+    picture.draw(fragments::moveTool,
+                 moveBox(scale, {20 / scale, 20 / scale}, {160 / scale, 80 / scale}, 0.0F));
+    // Handle and line are symmetric about the line's middle, which lies half its width above the content.
+    const int lineWidth = OverlayMapping(viewOf(scale)).lineWidth();
+    for (int y = 0; y < 20; ++y) {
+      ASSERT_EQ(picture.at(100, y), picture.at(100, 39 - lineWidth - y)) << y << " at " << scale;
+    }
+  }
+}
+
 TEST(MoveBox, LeavesOutTheMiddleHandlesOfShortSides) {
   OverlayPicture picture(width, height, ground);
   picture.draw(fragments::moveTool, moveBox(1.0F, {20, 20}, {101, 13}, 0.0F));

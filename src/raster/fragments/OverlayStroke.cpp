@@ -41,8 +41,10 @@ int boundedColumn(double x, int width) {
 }
 
 void drawHandle(const FragmentBand& band, const OverlayMapping& mapping, DevicePoint center) {
-  const int side = static_cast<int>(std::lround(handleSideInViewPoints * mapping.scale()));
   const int outline = mapping.lineWidth();
+  // Odd or even as the line is, so that the handle can lie exactly in the middle of it.
+  int side = static_cast<int>(std::lround(handleSideInViewPoints * mapping.scale()));
+  side += (side - outline) % 2;
   const auto left = static_cast<int>(std::lround(std::clamp(center.x - side * 0.5, -1e6, 1e6)));
   const auto top = static_cast<int>(std::lround(std::clamp(center.y - side * 0.5, -1e6, 1e6)));
   const int begin = std::max(left, 0);
