@@ -165,6 +165,7 @@ void hover(benchmark::State& state, char name, bool isFit) {
   for (auto _ : state) {
     const QPointF way = wayPoint(++step);
     handler->mouseMoved({}, canvas.context(), canvas.at(way.x(), way.y()));
+    canvas.draw();
   }
 }
 
