@@ -18,6 +18,7 @@ namespace orvanel {
 namespace {
 
 constexpr int photoSide = 4096;
+constexpr int whiteSide = 16384;
 
 /// A canvas that shows a document from its upper left corner, and draws its frames.
 class BenchCanvas : public ToolCanvas {
@@ -72,6 +73,8 @@ DocumentPtr documentOf(char name) {
     document.reset();
     document = name == 'A'   ? bench::documentA()
                : name == 'B' ? bench::documentB()
+               : name == 'W' ? Document::create(QStringLiteral("White"), whiteSide, whiteSide,
+                                                ColorMode::rgb16, MetalContext::shared())
                              : bench::photoDocument(photoSide, ColorMode::rgb16);
     held = name;
   }
@@ -165,6 +168,7 @@ void hover(benchmark::State& state, char name, bool isFit) {
   for (auto _ : state) {
     const QPointF way = wayPoint(++step);
     handler->mouseMoved({}, canvas.context(), canvas.at(way.x(), way.y()));
+    canvas.draw();
   }
 }
 
@@ -190,9 +194,9 @@ float toleranceFor(const DocumentPtr& document, const QPoint& seed, double share
 
 enum class WandStep { click, scrub };
 
-void wand(benchmark::State& state, double share, WandStep timed) {
-  const DocumentPtr document = documentOf('P');
-  const QPoint seed(photoSide / 2, photoSide / 2);
+void wand(benchmark::State& state, char name, double share, WandStep timed) {
+  const DocumentPtr document = documentOf(name);
+  const QPoint seed(document->canvasWidth.value() / 2, document->canvasHeight.value() / 2);
   const float tolerance = share > 0.0 ? toleranceFor(document, seed, share) : 0.0F;
   document->deselect();
   BenchCanvas canvas(document, true);
@@ -240,11 +244,16 @@ void addDocument(char document) {
 }
 
 const bool isRegistered = [] {
-  for (const auto& [share, name] : {std::pair{0.0, "small"}, {0.6, "60%"}}) {
-    addBenchmark(std::string("WandClick/") + name,
-                 [share = share](benchmark::State& state) { wand(state, share, WandStep::click); });
-    addBenchmark(std::string("WandScrub/") + name,
-                 [share = share](benchmark::State& state) { wand(state, share, WandStep::scrub); });
+  struct WandCase {
+    std::string name;
+    char document;
+    double share;
+  };
+  for (const WandCase& c : {WandCase{"small", 'P', 0.0}, {"60%", 'P', 0.6}, {"white", 'W', 0.0}}) {
+    addBenchmark("WandClick/" + c.name,
+                 [c](benchmark::State& state) { wand(state, c.document, c.share, WandStep::click); });
+    addBenchmark("WandScrub/" + c.name,
+                 [c](benchmark::State& state) { wand(state, c.document, c.share, WandStep::scrub); });
   }
   addDocument('A');
   addDocument('B');

@@ -79,7 +79,12 @@ void SelectionToolState::selectionMouseMoved(const EventRecord& event, const Too
   if (choosesMode(event.modifiers)) return;
   const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
   const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
-  if (selection == nullptr || !pixel) return;
+  if (!pixel) return;
+  if (selection == nullptr) {
+    // The pointer may still show what a command has deselected since.
+    if (std::exchange(lastHitResult_, false)) context.view->showCursor(CursorShape::crosshair);
+    return forgetHit();
+  }
   if (lastHitPixel_ != pixel) {
     lastHitPixel_ = pixel;
     lastHitResult_ = selection->isPointSelected(pixel->x(), pixel->y());

@@ -64,6 +64,18 @@ TEST_F(SelectionTools, HoveringAsksOncePerPixel) {
   EXPECT_EQ(canvas.cursors.back(), CursorShape::crosshair);
 }
 
+TEST_F(SelectionTools, OnceDeselectedTheSelectionNoLongerShowsThatItMoves) {
+  selectRect({10, 10, 5, 5});
+  hand.hover({12, 12});
+  document->deselect();
+  hand.hover({12, 12});
+  hand.hover({13, 12});
+  EXPECT_THAT(canvas.cursors, ElementsAre(CursorShape::move, CursorShape::crosshair));
+  selectRect({0, 0, 40, 30});
+  hand.hover({13, 12});
+  EXPECT_EQ(canvas.cursors.back(), CursorShape::move);
+}
+
 TEST_F(SelectionTools, APressHasTheNextHoverAskAgain) {
   selectRect({10, 10, 5, 5});
   hand.hover({12, 12});
