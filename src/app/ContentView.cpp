@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QVBoxLayout>
 
+#include "app/KeyHandlerView.h"
 #include "app/ProgressLine.h"
 #include "canvas/CanvasPaneView.h"
 #include "panels/DocumentTabBar.h"
@@ -27,6 +28,11 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   statusBar_ = new StatusBarPane(this);
   progressLine_ = new ProgressLine(files.activity, this);
   progressLine_->onCancel = [&files] { files.cancelAll(); };
+
+  keyHandler_ = new KeyHandlerView(appState, this);
+  keyHandler_->offerToGesture = [this](const EventRecord& key) {
+    return canvasPane_->canvasView().container().mtkView().offerKey(key);
+  };
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
@@ -78,6 +84,32 @@ void ContentView::observeNotifications() {
   on(notification::saveAsDocument, [this](const std::any&) {
     if (const DocumentPtr active = appState_.windowState.activeDocument()) files_.saveAs(active);
   });
+  observeCommands();
+}
+
+void ContentView::observeCommands() {
+  const auto onActive = [this](std::string_view name, std::function<void(Document&)> command) {
+    on(name, [this, command = std::move(command)](const std::any&) {
+      if (const DocumentPtr active = appState_.windowState.activeDocument()) command(*active);
+    });
+  };
+  onActive(notification::deselect, [](Document& document) { document.deselect(); });
+  onActive(notification::clearSelection, [](Document& document) { document.clearActive(); });
+  onActive(notification::fillWithBackgroundColor,
+           [](Document& document) { document.fillSelection(document.backgroundColor.value()); });
+  onActive(notification::fillWithForegroundColor,
+           [](Document& document) { document.fillSelection(document.foregroundColor.value()); });
+  onActive(notification::freeTransform, [&tools = appState_.toolState](Document&) {
+    if (tools.currentTool() != Tool::freeTransform) tools.pushTool(Tool::freeTransform);
+  });
+}
+
+QPointF ContentView::viewCentre(const Document& document) const {
+  const ScrollableMTKView& view = canvasPane_->canvasView().container().mtkView();
+  const auto shown = view.document().get() == &document
+                         ? view.viewToDocument(QRectF(QPointF(), view.viewSize()).center())
+                         : std::nullopt;
+  return shown.value_or(QPointF(document.canvasWidth.value() / 2.0, document.canvasHeight.value() / 2.0));
 }
 
 void ContentView::observeWindowState() {
@@ -121,6 +153,7 @@ void ContentView::refresh() {
     documentChanges_ = shownDocument_->changes().observe([this](const DocumentChanges& changes) {
       if (contains<change::FileStateChanged>(changes) && onActiveDocumentChanged) onActiveDocumentChanged();
       if (contains<change::EditRefused>(changes)) files_.reportRefusedEdit();
+      if (onDocumentChanges) onDocumentChanges(changes);
     });
   }
   if (onActiveDocumentChanged) onActiveDocumentChanged();

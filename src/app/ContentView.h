@@ -15,6 +15,7 @@ namespace orvanel {
 
 class CanvasPaneView;
 class DocumentTabBar;
+class KeyHandlerView;
 class ProgressLine;
 class StatusBarPane;
 
@@ -28,6 +29,12 @@ class ContentView : public QWidget {
 
   /// Called when another document becomes active, or when its name, file or modified state changes.
   std::function<void()> onActiveDocumentChanged;
+  /// Called with everything that changes in the active document.
+  std::function<void(const DocumentChanges&)> onDocumentChanges;
+
+  /// The centre of the canvas's view, in coordinates of the document that it shows; of any other document the
+  /// centre of its canvas.
+  [[nodiscard]] QPointF viewCentre(const Document& document) const;
 
   [[nodiscard]] DocumentTabBar& tabBar() { return *tabBar_; }
   [[nodiscard]] CanvasPaneView& canvasPane() { return *canvasPane_; }
@@ -41,6 +48,7 @@ class ContentView : public QWidget {
  private:
   void connectTabBar();
   void observeNotifications();
+  void observeCommands();
   void on(std::string_view name, NotificationCenter::Handler handler);
   void observeWindowState();
   [[nodiscard]] static QEvent::Type refreshEventType();
@@ -54,6 +62,7 @@ class ContentView : public QWidget {
   CanvasPaneView* canvasPane_;
   StatusBarPane* statusBar_;
   ProgressLine* progressLine_;
+  KeyHandlerView* keyHandler_;
   bool isRefreshScheduled_ = false;
   DocumentPtr shownDocument_;
   std::vector<QPropertyNotifier> windowNotifiers_;

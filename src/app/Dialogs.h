@@ -45,6 +45,8 @@ class Dialogs {
   /// Starts with the folder and name of `proposedBase`, which has no extension.
   virtual std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) = 0;
   virtual void showAbout() = 0;
+  /// Says that a command has nothing to do.
+  virtual void beep() = 0;
 };
 
 }  // namespace orvanel

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "model/DisplayText.h"
+#include "panels/LevelsWindow.h"
 
 namespace orvanel {
 
@@ -22,34 +23,83 @@ Q_LOGGING_CATEGORY(startLog, "orvanel.start", QtInfoMsg)
 
 MainWindow::MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                        std::function<void()> requestQuit)
-    : appState_(appState), requestQuit_(std::move(requestQuit)), accessor_(appState.windowState) {
+    : appState_(appState),
+      requestQuit_(std::move(requestQuit)),
+      accessor_(appState.windowState),
+      pasteboard_(appState, dialogs),
+      levels_(new LevelsWindow(this)) {
   setObjectName(QStringLiteral("mainWindow"));
   setAttribute(Qt::WA_QuitOnClose, false);
   setContextMenuPolicy(Qt::NoContextMenu);
   setMinimumSize(smallestSize);
   contentView_ = new ContentView(appState, files);
   setCentralWidget(contentView_);
-  buildMenus({appState, files, dialogs, requestQuit_});
+  buildMenus({appState, files, dialogs, pasteboard_, *levels_, items_, requestQuit_,
+              [this](const Document& document) { return contentView_->viewCentre(document); }});
   contentView_->onActiveDocumentChanged = [this] { activeDocumentChanged(); };
+  followFacts();
   activeDocumentChanged();
   restoreSize();
 }
 
-void MainWindow::buildMenus(const CommandContext& context) {
-  QMenu& file = *menuBar()->addMenu(QStringLiteral("&File"));
-  NewDocumentCommand::addTo(file, context);
-  OpenDocumentCommand::addTo(file, context);
-  openRecent_ = std::make_unique<OpenRecentCommand>(file, appState_.recentDocuments, context.files);
-  saveItem_ = SaveDocumentCommand::addTo(file, context);
-  documentItems_.push_back(SaveAsDocumentCommand::addTo(file, context));
-  documentItems_.push_back(ExportImageCommand::addTo(file, context));
-  file.addSeparator();
-  QuitCommand::addTo(file, context);
+MainWindow::~MainWindow() {
+  // The levels panel, which goes with the window's widgets, may still change a document.
+  contentView_->onDocumentChanges = nullptr;
+  contentView_->onActiveDocumentChanged = nullptr;
+}
 
-  const auto viewItems = ViewMenuCommands::addTo(*menuBar()->addMenu(QStringLiteral("&View")));
-  documentItems_.insert(documentItems_.end(), viewItems.begin(), viewItems.end());
-  tabItems_ = WindowMenuCommands::addTo(*menuBar()->addMenu(QStringLiteral("&Window")));
-  AboutCommand::addTo(*menuBar()->addMenu(QStringLiteral("&Help")), context);
+void MainWindow::buildMenus(const CommandContext& context) {
+  addMenu(QStringLiteral("&File"), [&](QMenu& menu) {
+    NewDocumentCommand::addTo(menu, context);
+    OpenDocumentCommand::addTo(menu, context);
+    openRecent_ = std::make_unique<OpenRecentCommand>(menu, appState_.recentDocuments, context.files);
+    SaveDocumentCommand::addTo(menu, context);
+    SaveAsDocumentCommand::addTo(menu, context);
+    ExportImageCommand::addTo(menu, context);
+    menu.addSeparator();
+    CloseCommand::addTo(menu, context);
+    QuitCommand::addTo(menu, context);
+  });
+  addMenu(QStringLiteral("&Edit"), [&](QMenu& menu) {
+    connect(&menu, &QMenu::aboutToShow, this, [this] { pasteboard_.look(); });
+    EditMenuCommands::addTo(menu, context);
+  });
+  addMenu(QStringLiteral("&Image"), [&](QMenu& menu) { ImageMenuCommands::addTo(menu, context); });
+  addMenu(QStringLiteral("&Layer"), [&](QMenu& menu) { LayerMenuCommands::addTo(menu, context); });
+  addMenu(QStringLiteral("&Select"), [&](QMenu& menu) { SelectMenuCommands::addTo(menu, context); });
+  addMenu(QStringLiteral("&View"), [&](QMenu& menu) {
+    ViewMenuCommands::addTo(menu, context);
+    addFullScreenItem(menu);
+  });
+  addMenu(QStringLiteral("&Window"), [&](QMenu& menu) { WindowMenuCommands::addTo(menu, context); });
+  addMenu(QStringLiteral("&Help"), [&](QMenu& menu) { AboutCommand::addTo(menu, context); });
+}
+
+void MainWindow::addMenu(const QString& title, const std::function<void(QMenu&)>& addItems) {
+  QMenu& menu = *menuBar()->addMenu(title);
+  addItems(menu);
+  connect(&menu, &QMenu::aboutToShow, this, [this] { updateMenus(); });
+}
+
+void MainWindow::addFullScreenItem(QMenu& menu) {
+  menu.addSeparator();
+  fullScreenItem_ = items_.add(menu, QStringLiteral("Full Screen"), {QKeySequence(Qt::Key_F11)},
+                               [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
+  fullScreenItem_->setCheckable(true);
+}
+
+void MainWindow::followFacts() {
+  const auto changed = [this] { updateMenus(); };
+  contentView_->onDocumentChanges = [this](const DocumentChanges& changes) {
+    if (MenuFacts::areConcerned(changes)) updateMenus();
+  };
+  pasteboard_.onChanged = changed;
+  menuNotifiers_.push_back(appState_.toolState.toolStack.addNotifier(changed));
+  menuNotifiers_.push_back(appState_.pixelClipboard.addNotifier(changed));
+}
+
+void MainWindow::updateMenus() {
+  items_.update(MenuFacts::of(appState_, pasteboard_));
 }
 
 void MainWindow::restoreSize() {
@@ -70,9 +120,14 @@ void MainWindow::activeDocumentChanged() {
   setWindowTitle(active ? QStringLiteral("%1[*] — Orvanel").arg(name) : QStringLiteral("Orvanel"));
   setWindowModified(active && active->isDirty.value());
   setWindowFilePath(active ? active->sourceFileURL.value().value_or(QString()) : QString());
-  saveItem_->setEnabled(active && DocumentFiles::canSave(*active));
-  for (QAction* item : documentItems_) item->setEnabled(active != nullptr);
-  for (QAction* item : tabItems_) item->setEnabled(appState_.windowState.documents.value().size() > 1);
+  updateMenus();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::WindowStateChange && fullScreenItem_ != nullptr) {
+    fullScreenItem_->setChecked(isFullScreen());
+  }
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -3,15 +3,19 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPropertyNotifier>
 #include <memory>
 #include <vector>
 
 #include "app/ContentView.h"
 #include "app/MenuCommands.h"
 #include "app/OpenRecentCommand.h"
+#include "app/PixelPasteboard.h"
 #include "app/WindowAccessor.h"
 
 namespace orvanel {
+
+class LevelsWindow;
 
 class MainWindow : public QMainWindow {
   Q_OBJECT
@@ -19,17 +23,24 @@ class MainWindow : public QMainWindow {
  public:
   /// All must outlive the window.
   MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialogs, std::function<void()> requestQuit);
+  ~MainWindow() override;
 
   [[nodiscard]] ContentView& contentView() { return *contentView_; }
+  [[nodiscard]] LevelsWindow& levels() { return *levels_; }
   [[nodiscard]] OpenRecentCommand& openRecent() { return *openRecent_; }
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
  private:
   void buildMenus(const CommandContext& context);
+  void addMenu(const QString& title, const std::function<void(QMenu&)>& addItems);
+  void addFullScreenItem(QMenu& menu);
+  void followFacts();
+  void updateMenus();
   void restoreSize();
   void activeDocumentChanged();
 
@@ -39,11 +50,11 @@ class MainWindow : public QMainWindow {
   ContentView* contentView_;
   std::unique_ptr<OpenRecentCommand> openRecent_;
   bool hasBeenPainted_ = false;
-  QAction* saveItem_ = nullptr;
-  /// Items that need an active document, except for Save.
-  std::vector<QAction*> documentItems_;
-  /// Items that need at least two documents.
-  std::vector<QAction*> tabItems_;
+  PixelPasteboard pasteboard_;
+  LevelsWindow* levels_;
+  MenuItems items_;
+  QAction* fullScreenItem_ = nullptr;
+  std::vector<QPropertyNotifier> menuNotifiers_;
 };
 
 }  // namespace orvanel

@@ -1,6 +1,7 @@
 #include "app/MenuCommands.h"
 
 #include <QKeySequence>
+#include <utility>
 
 #include "tools/NotificationCenter.h"
 
@@ -8,90 +9,114 @@ namespace orvanel {
 
 namespace {
 
-QAction* addItem(QMenu& menu, const QString& title, const QList<QKeySequence>& keys,
-                 std::function<void()> action) {
-  QAction* item = menu.addAction(title);
-  item->setShortcuts(keys);
-  // Shortcuts work in the main window only, so that dialogs keep their own.
-  item->setShortcutContext(Qt::WindowShortcut);
-  QObject::connect(item, &QAction::triggered, item, [action = std::move(action)] { action(); });
-  return item;
-}
-
-QAction* addPosting(QMenu& menu, const QString& title, const QList<QKeySequence>& keys,
-                    std::string_view name) {
-  return addItem(menu, title, keys, [name] { NotificationCenter::standard().post(name); });
-}
-
-/// An item that acts on whichever document is active when it is triggered.
-QAction* addDocumentItem(QMenu& menu, const QString& title, const QKeySequence& key,
-                         const CommandContext& context, void (DocumentFiles::*command)(const DocumentPtr&)) {
-  return addItem(menu, title, {key}, [&state = context.appState, &files = context.files, command] {
-    if (const DocumentPtr active = state.windowState.activeDocument()) (files.*command)(active);
-  });
+void addFileItem(QMenu& menu, const CommandContext& context, const QString& title, const QKeySequence& key,
+                 void (DocumentFiles::*command)(const DocumentPtr&), const MenuItems::Rule& isEnabled) {
+  context.items.add(
+      menu, title, {key},
+      onActiveDocument(context.appState, [&files = context.files, command](
+                                             const DocumentPtr& document) { (files.*command)(document); }),
+      isEnabled);
 }
 
 }  // namespace
 
-QAction* NewDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addItem(menu, QStringLiteral("New..."), {QKeySequence(Qt::CTRL | Qt::Key_N)},
-                 [&files = context.files] { files.newDocument(); });
+MenuItems::Action onActiveDocument(AppState& appState, std::function<void(const DocumentPtr&)> action) {
+  return [&appState, action = std::move(action)] {
+    if (const DocumentPtr active = appState.windowState.activeDocument()) action(active);
+  };
 }
 
-QAction* OpenDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addItem(menu, QStringLiteral("Open..."), {QKeySequence(Qt::CTRL | Qt::Key_O)},
-                 [&files = context.files] { files.askAndOpen(); });
+void NewDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
+  context.items.add(menu, QStringLiteral("New..."), {QKeySequence(Qt::CTRL | Qt::Key_N)},
+                    [&files = context.files] { files.newDocument(); });
 }
 
-QAction* SaveDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addDocumentItem(menu, QStringLiteral("Save"), QKeySequence(Qt::CTRL | Qt::Key_S), context,
-                         &DocumentFiles::save);
+void OpenDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
+  context.items.add(menu, QStringLiteral("Open..."), {QKeySequence(Qt::CTRL | Qt::Key_O)},
+                    [&files = context.files] { files.askAndOpen(); });
 }
 
-QAction* SaveAsDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addDocumentItem(menu, QStringLiteral("Save As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
-                         context, &DocumentFiles::saveAs);
+void SaveDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
+  addFileItem(menu, context, QStringLiteral("Save"), QKeySequence(Qt::CTRL | Qt::Key_S), &DocumentFiles::save,
+              [](const MenuFacts& facts) { return facts.canSave; });
 }
 
-QAction* ExportImageCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addDocumentItem(menu, QStringLiteral("Export Image..."),
-                         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E), context,
-                         &DocumentFiles::exportImage);
+void SaveAsDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
+  addFileItem(menu, context, QStringLiteral("Save As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+              &DocumentFiles::saveAs, hasDocument);
 }
 
-QAction* QuitCommand::addTo(QMenu& menu, const CommandContext& context) {
-  return addItem(menu, QStringLiteral("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, context.requestQuit);
+void ExportImageCommand::addTo(QMenu& menu, const CommandContext& context) {
+  addFileItem(menu, context, QStringLiteral("Export Image..."),
+              QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E), &DocumentFiles::exportImage, hasDocument);
 }
 
-std::vector<QAction*> ViewMenuCommands::addTo(QMenu& menu) {
+void CloseCommand::addTo(QMenu& menu, const CommandContext& context) {
+  WindowState& window = context.appState.windowState;
+  context.items.add(
+      menu, QStringLiteral("Close"), {QKeySequence(Qt::CTRL | Qt::Key_W)},
+      onActiveDocument(context.appState,
+                       [&window](const DocumentPtr& active) { window.closeDocument(active->id); }),
+      hasDocument);
+}
+
+void QuitCommand::addTo(QMenu& menu, const CommandContext& context) {
+  context.items.add(menu, QStringLiteral("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, context.requestQuit);
+}
+
+void LayerMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
+  context.items.add(menu, QStringLiteral("Duplicate"), {QKeySequence(Qt::CTRL | Qt::Key_J)},
+                    onActiveDocument(context.appState,
+                                     [](const DocumentPtr& document) {
+                                       if (const auto node = document->activeNode())
+                                         document->duplicateNode(node->id());
+                                     }),
+                    [](const MenuFacts& facts) { return facts.hasActiveNode; });
+}
+
+void SelectMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
+  const auto add = [&](const QString& title, const QKeySequence& key, void (Document::*command)(),
+                       const MenuItems::Rule& isEnabled) {
+    context.items.add(menu, title, {key},
+                      onActiveDocument(context.appState,
+                                       [command](const DocumentPtr& document) { ((*document).*command)(); }),
+                      isEnabled);
+  };
+  add(QStringLiteral("All"), QKeySequence(Qt::CTRL | Qt::Key_A), &Document::selectAll, hasDocument);
+  add(QStringLiteral("Deselect"), QKeySequence(Qt::CTRL | Qt::Key_D), &Document::deselect,
+      [](const MenuFacts& facts) { return facts.hasSelection; });
+  menu.addSeparator();
+  add(QStringLiteral("Inverse"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I), &Document::invertSelection,
+      [](const MenuFacts& facts) { return facts.canInvertSelection; });
+}
+
+void ViewMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
+  MenuItems& items = context.items;
   // Plus needs Shift on most keyboards; the same key without Shift zooms in as well.
-  return {
-      addPosting(menu, QStringLiteral("Zoom In"),
-                 {QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal),
-                  QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)},
-                 notification::zoomIn),
-      addPosting(menu, QStringLiteral("Zoom Out"), {QKeySequence(Qt::CTRL | Qt::Key_Minus)},
-                 notification::zoomOut),
-      addPosting(menu, QStringLiteral("100%"), {QKeySequence(Qt::CTRL | Qt::Key_1)},
-                 notification::zoomActualSize),
-      addPosting(menu, QStringLiteral("Fit on Screen"), {QKeySequence(Qt::CTRL | Qt::Key_0)},
-                 notification::zoomFitOnScreen),
-  };
+  items.addPosting(menu, QStringLiteral("Zoom In"),
+                   {QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal),
+                    QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)},
+                   notification::zoomIn, hasDocument);
+  items.addPosting(menu, QStringLiteral("Zoom Out"), {QKeySequence(Qt::CTRL | Qt::Key_Minus)},
+                   notification::zoomOut, hasDocument);
+  items.addPosting(menu, QStringLiteral("100%"), {QKeySequence(Qt::CTRL | Qt::Key_1)},
+                   notification::zoomActualSize, hasDocument);
+  items.addPosting(menu, QStringLiteral("Fit on Screen"), {QKeySequence(Qt::CTRL | Qt::Key_0)},
+                   notification::zoomFitOnScreen, hasDocument);
 }
 
-std::vector<QAction*> WindowMenuCommands::addTo(QMenu& menu) {
-  return {
-      addPosting(menu, QStringLiteral("Next Tab"), {QKeySequence(Qt::Key_Tab)}, notification::cycleNextTab),
-      addPosting(menu, QStringLiteral("Previous Tab"), {QKeySequence(Qt::SHIFT | Qt::Key_Tab)},
-                 notification::cyclePreviousTab),
-  };
+void WindowMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
+  const MenuItems::Rule hasOtherTab = [](const MenuFacts& facts) { return facts.hasSeveralDocuments; };
+  context.items.addPosting(menu, QStringLiteral("Next Tab"), {QKeySequence(Qt::Key_Tab)},
+                           notification::cycleNextTab, hasOtherTab);
+  context.items.addPosting(menu, QStringLiteral("Previous Tab"), {QKeySequence(Qt::SHIFT | Qt::Key_Tab)},
+                           notification::cyclePreviousTab, hasOtherTab);
 }
 
-QAction* AboutCommand::addTo(QMenu& menu, const CommandContext& context) {
-  QAction* item = addItem(menu, QStringLiteral("About Orvanel"), {},
-                          [&dialogs = context.dialogs] { dialogs.showAbout(); });
-  item->setMenuRole(QAction::AboutRole);
-  return item;
+void AboutCommand::addTo(QMenu& menu, const CommandContext& context) {
+  context.items
+      .add(menu, QStringLiteral("About Orvanel"), {}, [&dialogs = context.dialogs] { dialogs.showAbout(); })
+      ->setMenuRole(QAction::AboutRole);
 }
 
 }  // namespace orvanel

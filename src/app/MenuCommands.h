@@ -1,52 +1,83 @@
-// The menu commands, one structure per command or group of commands. Each adds its items to a menu and
-// returns those that need an active document. Main thread only.
+// The menu commands, one structure per command or menu; each adds its items to a menu. Commands find the
+// active document when they are clicked, and do nothing without one. Main thread only.
 #pragma once
 
-#include <QAction>
 #include <QMenu>
 #include <functional>
-#include <vector>
 
 #include "app/AppState.h"
 #include "app/Dialogs.h"
 #include "app/DocumentFiles.h"
+#include "app/MenuItems.h"
+#include "app/PixelPasteboard.h"
 
 namespace orvanel {
+
+class LevelsWindow;
 
 /// The objects that the commands work on. All outlive the menus.
 struct CommandContext {
   AppState& appState;
   DocumentFiles& files;
   Dialogs& dialogs;
+  PixelPasteboard& pasteboard;
+  LevelsWindow& levels;
+  MenuItems& items;
   std::function<void()> requestQuit;
+  /// The centre of the view of a document, in document coordinates.
+  std::function<QPointF(const Document&)> viewCentre;
 };
 
+/// A rule for items that call the active document.
+[[nodiscard]] inline bool hasDocument(const MenuFacts& facts) {
+  return facts.hasDocument;
+}
+
+/// An action on whichever document is active when it is carried out.
+[[nodiscard]] MenuItems::Action onActiveDocument(AppState& appState,
+                                                 std::function<void(const DocumentPtr&)> action);
+
 struct NewDocumentCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct OpenDocumentCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct SaveDocumentCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct SaveAsDocumentCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct ExportImageCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
+};
+struct CloseCommand {
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct QuitCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
+};
+struct EditMenuCommands {
+  static void addTo(QMenu& menu, const CommandContext& context);
+};
+struct ImageMenuCommands {
+  static void addTo(QMenu& menu, const CommandContext& context);
+};
+struct LayerMenuCommands {
+  static void addTo(QMenu& menu, const CommandContext& context);
+};
+struct SelectMenuCommands {
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct ViewMenuCommands {
-  static std::vector<QAction*> addTo(QMenu& menu);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct WindowMenuCommands {
-  static std::vector<QAction*> addTo(QMenu& menu);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 struct AboutCommand {
-  static QAction* addTo(QMenu& menu, const CommandContext& context);
+  static void addTo(QMenu& menu, const CommandContext& context);
 };
 
 }  // namespace orvanel

@@ -171,6 +171,10 @@ std::optional<ExportTarget> WindowDialogs::askWhereToExport(const QString& propo
   }
 }
 
+void WindowDialogs::beep() {
+  QApplication::beep();
+}
+
 void WindowDialogs::showAbout() {
   AboutView(window_).exec();
 }

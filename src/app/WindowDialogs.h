@@ -26,6 +26,7 @@ class WindowDialogs : public Dialogs {
   std::optional<QString> askWhereToSave(const QString& proposedPath) override;
   std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override;
   void showAbout() override;
+  void beep() override;
 
  private:
   QPointer<QWidget> window_;

@@ -62,6 +62,9 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] double scrollZoomAccumulator() const { return scrollZoomAccumulator_; }
   [[nodiscard]] double magnifyAccumulator() const { return magnifyAccumulator_; }
 
+  /// Offers a key to the current tool, wherever the keyboard focus is; true if the tool took it.
+  [[nodiscard]] bool offerKey(const EventRecord& record);
+
   /// Takes keyboard focus unless the user is typing text in the window.
   void takeFocus();
 

@@ -156,6 +156,13 @@ void ScrollableMTKView::keyPressEvent(QKeyEvent* event) {
   if (!isConsumed) QWidget::keyPressEvent(event);
 }
 
+bool ScrollableMTKView::offerKey(const EventRecord& record) {
+  const auto handler = handlerOfCurrentTool();
+  if (handler == nullptr || !handler->keyDown(record, toolContext())) return false;
+  requestRedraw();
+  return true;
+}
+
 bool ScrollableMTKView::handleViewKey(const EventRecord& record) {
   const std::uint32_t modifiers = record.modifiers & keyModifiers;
   if (record.key == keyCode::space && modifiers == 0) {

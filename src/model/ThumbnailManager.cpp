@@ -12,7 +12,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// How long the main thread may take to hand out surfaces at a time.
-constexpr std::chrono::milliseconds handOutTime{2};
+constexpr std::chrono::milliseconds handOutTime{1};
 
 std::shared_ptr<Layer> layerWithID(const Document& document, const QUuid& layerID) {
   const std::optional<LayerNode> node = document.findNode(layerID);

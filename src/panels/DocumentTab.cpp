@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QIcon>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 
 #include "model/DisplayText.h"
@@ -84,6 +85,18 @@ void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
     action();
     return;
   }
+}
+
+void DocumentTab::mousePressEvent(QMouseEvent* event) {
+  // Taken, so that the release comes here as well.
+  if (event->button() == Qt::MiddleButton) return event->accept();
+  QAbstractButton::mousePressEvent(event);
+}
+
+void DocumentTab::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::MiddleButton) return QAbstractButton::mouseReleaseEvent(event);
+  event->accept();
+  if (rect().contains(event->position().toPoint()) && onClose) onClose();
 }
 
 QSize DocumentTab::sizeHint() const {

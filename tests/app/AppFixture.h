@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
+#include <QMenuBar>
 #include <QTemporaryDir>
 #include <functional>
 #include <memory>
@@ -79,6 +80,33 @@ class AppFixture : public testing::Test {
       names.push_back(document->name.value().toStdString());
     }
     return names;
+  }
+
+  // The menus of the window.
+  [[nodiscard]] QMenu* menu(const char* title) const {
+    for (const QAction* entry : window->menuBar()->actions()) {
+      if (entry->text().remove(u'&') == QLatin1String(title)) return entry->menu();
+    }
+    return nullptr;
+  }
+  /// An item of the menu or of its submenus.
+  [[nodiscard]] static QAction* itemIn(const QMenu& menu, const char* title) {
+    for (QAction* action : menu.actions()) {
+      if (action->text() == QLatin1String(title)) return action;
+      QAction* inner = action->menu() != nullptr ? itemIn(*action->menu(), title) : nullptr;
+      if (inner != nullptr) return inner;
+    }
+    return nullptr;
+  }
+  [[nodiscard]] QAction* item(const char* menuTitle, const char* title) const {
+    return itemIn(*menu(menuTitle), title);
+  }
+  [[nodiscard]] static std::vector<std::string> titles(const QWidget& menu) {
+    std::vector<std::string> result;
+    for (const QAction* action : menu.actions()) {
+      result.push_back(action->isSeparator() ? "-" : action->text().toStdString());
+    }
+    return result;
   }
 
   bool waitForFiles() {

@@ -32,28 +32,6 @@ class MainWindowTest : public AppFixture {
     QApplication::processEvents();
   }
 
-  [[nodiscard]] QMenu* menu(const char* title) const {
-    for (const QAction* entry : window->menuBar()->actions()) {
-      if (entry->text().remove(u'&') == QLatin1String(title)) return entry->menu();
-    }
-    return nullptr;
-  }
-
-  [[nodiscard]] QAction* item(const char* menuTitle, const char* title) const {
-    for (QAction* action : menu(menuTitle)->actions()) {
-      if (action->text() == QLatin1String(title)) return action;
-    }
-    return nullptr;
-  }
-
-  [[nodiscard]] static std::vector<std::string> titles(const QMenu& menu) {
-    std::vector<std::string> result;
-    for (const QAction* action : menu.actions()) {
-      result.push_back(action->isSeparator() ? "-" : action->text().toStdString());
-    }
-    return result;
-  }
-
   [[nodiscard]] std::string activeName() const {
     const DocumentPtr active = state.windowState.activeDocument();
     return active ? active->name.value().toStdString() : "none";
@@ -87,9 +65,20 @@ TEST_F(MainWindowTest, TheEmptyWindowShowsThatNothingIsOpen) {
 }
 
 TEST_F(MainWindowTest, TheMenusContainTheirItemsInOrder) {
+  EXPECT_THAT(titles(*window->menuBar()),
+              ElementsAre("&File", "&Edit", "&Image", "&Layer", "&Select", "&View", "&Window", "&Help"));
   EXPECT_THAT(titles(*menu("File")), ElementsAre("New...", "Open...", "Open Recent", "Save", "Save As...",
-                                                 "Export Image...", "-", "Quit"));
-  EXPECT_THAT(titles(*menu("View")), ElementsAre("Zoom In", "Zoom Out", "100%", "Fit on Screen"));
+                                                 "Export Image...", "-", "Close", "Quit"));
+  EXPECT_THAT(titles(*menu("Edit")),
+              ElementsAre("Undo", "Redo", "Cut", "Copy", "Paste", "-", "Clear", "Free Transform"));
+  EXPECT_THAT(titles(*menu("Image")), ElementsAre("Mode", "-", "Adjustments", "-", "Crop", "Trim"));
+  EXPECT_THAT(titles(*item("Image", "Mode")->menu()),
+              ElementsAre("RGB 8-bit", "RGB 16-bit", "Grayscale 8-bit", "Grayscale 16-bit"));
+  EXPECT_THAT(titles(*item("Image", "Adjustments")->menu()), ElementsAre("Levels...", "-", "Invert"));
+  EXPECT_THAT(titles(*menu("Layer")), ElementsAre("Duplicate"));
+  EXPECT_THAT(titles(*menu("Select")), ElementsAre("All", "Deselect", "-", "Inverse"));
+  EXPECT_THAT(titles(*menu("View")),
+              ElementsAre("Zoom In", "Zoom Out", "100%", "Fit on Screen", "-", "Full Screen"));
   EXPECT_THAT(titles(*menu("Window")), ElementsAre("Next Tab", "Previous Tab"));
   EXPECT_THAT(titles(*menu("Help")), ElementsAre("About Orvanel"));
 }
@@ -101,7 +90,24 @@ TEST_F(MainWindowTest, TheItemsHaveTheirShortcuts) {
       {"File", "Save", QKeySequence(Qt::CTRL | Qt::Key_S)},
       {"File", "Save As...", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)},
       {"File", "Export Image...", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E)},
+      {"File", "Close", QKeySequence(Qt::CTRL | Qt::Key_W)},
       {"File", "Quit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
+      {"Edit", "Undo", QKeySequence(Qt::CTRL | Qt::Key_Z)},
+      {"Edit", "Redo", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)},
+      {"Edit", "Cut", QKeySequence(Qt::CTRL | Qt::Key_X)},
+      {"Edit", "Copy", QKeySequence(Qt::CTRL | Qt::Key_C)},
+      {"Edit", "Paste", QKeySequence(Qt::CTRL | Qt::Key_V)},
+      {"Edit", "Clear", QKeySequence(Qt::Key_Delete)},
+      {"Edit", "Free Transform", QKeySequence(Qt::CTRL | Qt::Key_T)},
+      {"Image", "Levels...", QKeySequence(Qt::CTRL | Qt::Key_L)},
+      {"Image", "Invert", QKeySequence(Qt::CTRL | Qt::Key_I)},
+      {"Image", "Crop", QKeySequence()},
+      {"Image", "Trim", QKeySequence(Qt::CTRL | Qt::Key_Period)},
+      {"Layer", "Duplicate", QKeySequence(Qt::CTRL | Qt::Key_J)},
+      {"Select", "All", QKeySequence(Qt::CTRL | Qt::Key_A)},
+      {"Select", "Deselect", QKeySequence(Qt::CTRL | Qt::Key_D)},
+      {"Select", "Inverse", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I)},
+      {"View", "Full Screen", QKeySequence(Qt::Key_F11)},
       {"View", "Zoom In", QKeySequence(Qt::CTRL | Qt::Key_Plus)},
       {"View", "Zoom Out", QKeySequence(Qt::CTRL | Qt::Key_Minus)},
       {"View", "100%", QKeySequence(Qt::CTRL | Qt::Key_1)},

@@ -19,6 +19,7 @@ class ScriptedDialogs : public Dialogs {
   std::vector<std::string> questions;
   std::vector<std::string> proposals;
   int aboutShown = 0;
+  int beeps = 0;
 
   // Answers, used in order. When a queue is empty, the dialog is cancelled.
   std::queue<SaveAnswer> saveAnswers;
@@ -49,6 +50,7 @@ class ScriptedDialogs : public Dialogs {
     return next(exportTargets);
   }
   void showAbout() override { ++aboutShown; }
+  void beep() override { ++beeps; }
 
   std::string lastInformativeText;
 

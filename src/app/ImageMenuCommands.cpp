@@ -1,0 +1,63 @@
+#include <QActionGroup>
+#include <array>
+
+#include "app/MenuCommands.h"
+#include "panels/LevelsWindow.h"
+
+namespace orvanel {
+
+namespace {
+
+void addModes(QMenu& menu, const CommandContext& context) {
+  constexpr std::array modes{ColorMode::rgb8, ColorMode::rgb16, ColorMode::grayscale8,
+                             ColorMode::grayscale16};
+  auto* group = new QActionGroup(&menu);
+  for (const ColorMode mode : modes) {
+    const std::string_view name = displayName(mode);
+    QAction* item = context.items.add(
+        menu, QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())), {},
+        onActiveDocument(context.appState,
+                         [mode](const DocumentPtr& document) { document->changeColorMode(mode); }),
+        hasDocument);
+    item->setCheckable(true);
+    group->addAction(item);
+    context.items.follow(*item, [mode](QAction& followed, const MenuFacts& facts) {
+      followed.setChecked(facts.colorMode == mode);
+    });
+  }
+}
+
+void addAdjustments(QMenu& menu, const CommandContext& context) {
+  const MenuItems::Rule hasLayer = [](const MenuFacts& facts) { return facts.hasActiveLayer; };
+  context.items.add(
+      menu, QStringLiteral("Levels..."), {QKeySequence(Qt::CTRL | Qt::Key_L)},
+      onActiveDocument(context.appState,
+                       [&levels = context.levels](const DocumentPtr& document) { levels.openFor(document); }),
+      hasLayer);
+  menu.addSeparator();
+  context.items.add(
+      menu, QStringLiteral("Invert"), {QKeySequence(Qt::CTRL | Qt::Key_I)},
+      onActiveDocument(context.appState, [](const DocumentPtr& document) { document->invertActive(); }),
+      hasLayer);
+}
+
+}  // namespace
+
+void ImageMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
+  addModes(*menu.addMenu(QStringLiteral("Mode")), context);
+  menu.addSeparator();
+  addAdjustments(*menu.addMenu(QStringLiteral("Adjustments")), context);
+  menu.addSeparator();
+  context.items.add(
+      menu, QStringLiteral("Crop"), {},
+      onActiveDocument(context.appState, [](const DocumentPtr& document) { document->cropToSelection(); }),
+      [](const MenuFacts& facts) { return facts.hasSelection; });
+  context.items.add(menu, QStringLiteral("Trim"), {QKeySequence(Qt::CTRL | Qt::Key_Period)},
+                    onActiveDocument(context.appState,
+                                     [&dialogs = context.dialogs](const DocumentPtr& document) {
+                                       if (!document->trim()) dialogs.beep();
+                                     }),
+                    hasDocument);
+}
+
+}  // namespace orvanel

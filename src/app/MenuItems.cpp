@@ -1,0 +1,69 @@
+#include "app/MenuItems.h"
+
+#include <utility>
+
+#include "app/AppState.h"
+#include "app/DocumentFiles.h"
+#include "app/PixelPasteboard.h"
+#include "tools/NotificationCenter.h"
+
+namespace orvanel {
+
+MenuFacts MenuFacts::of(const AppState& appState, const PixelPasteboard& pasteboard) {
+  MenuFacts facts;
+  const DocumentPtr document = appState.windowState.activeDocument();
+  if (document == nullptr) return facts;
+  const std::optional<LayerNode> node = document->activeNode();
+  const std::shared_ptr<Layer> layer = node ? node->layer() : nullptr;
+  facts.hasDocument = true;
+  facts.hasSeveralDocuments = appState.windowState.documents.value().size() > 1;
+  facts.canSave = DocumentFiles::canSave(*document);
+  facts.canPaste = pasteboard.canPaste();
+  facts.hasActiveNode = node.has_value();
+  facts.hasActiveLayer = layer != nullptr && layer->texture.value() != nullptr;
+  facts.isActiveLocked = node && node->isLocked().value();
+  facts.canInvertSelection = document->selection.value() != nullptr;
+  facts.hasSelection = document->activeSelection() != nullptr;
+  facts.isTransforming = appState.toolState.currentTool() == Tool::freeTransform;
+  facts.undoName = document->undoStack.undoActionName();
+  facts.redoName = document->undoStack.redoActionName();
+  facts.colorMode = document->colorMode.value();
+  return facts;
+}
+
+bool MenuFacts::areConcerned(const DocumentChanges& changes) {
+  return contains<change::HistoryChanged>(changes) || contains<change::SelectionChanged>(changes) ||
+         contains<change::ActiveNodeChanged>(changes) || contains<change::FileStateChanged>(changes) ||
+         contains<change::CanvasChanged>(changes) || contains<change::NodeInserted>(changes) ||
+         contains<change::NodeRemoved>(changes) || contains<change::EditRefused>(changes) ||
+         containsAny<change::NodePropertyChanged>(changes, NodeProperty::isLocked);
+}
+
+QAction* MenuItems::add(QMenu& menu, const QString& title, const QList<QKeySequence>& keys, Action action,
+                        const Rule& isEnabled) {
+  QAction* item = menu.addAction(title);
+  item->setShortcuts(keys);
+  item->setShortcutContext(Qt::WindowShortcut);
+  QObject::connect(item, &QAction::triggered, item, [action = std::move(action)] { action(); });
+  if (isEnabled) {
+    follow(*item,
+           [isEnabled](QAction& followed, const MenuFacts& facts) { followed.setEnabled(isEnabled(facts)); });
+  }
+  return item;
+}
+
+QAction* MenuItems::addPosting(QMenu& menu, const QString& title, const QList<QKeySequence>& keys,
+                               std::string_view name, const Rule& isEnabled) {
+  return add(
+      menu, title, keys, [name] { NotificationCenter::standard().post(name); }, isEnabled);
+}
+
+void MenuItems::follow(QAction& item, Update update) {
+  followers_.push_back({&item, std::move(update)});
+}
+
+void MenuItems::update(const MenuFacts& facts) const {
+  for (const Follower& follower : followers_) follower.update(*follower.item, facts);
+}
+
+}  // namespace orvanel

@@ -1,0 +1,29 @@
+// The histogram of the levels panel, on a logarithmic scale, with lines at the black and the white point.
+// Owned by the panel; main thread only.
+#pragma once
+
+#include <QPropertyNotifier>
+#include <QWidget>
+#include <vector>
+
+#include "panels/LevelsModel.h"
+
+namespace orvanel {
+
+class HistogramView : public QWidget {
+ public:
+  /// `model` must outlive the view.
+  HistogramView(LevelsModel& model, QWidget* parent);
+
+  /// The height of each bar as a part of the tallest: the logarithm of its count.
+  [[nodiscard]] static std::vector<double> barHeights(const LevelsHistogram& histogram);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  LevelsModel& model_;
+  std::vector<QPropertyNotifier> notifiers_;
+};
+
+}  // namespace orvanel
