@@ -16,7 +16,7 @@
 #include "ResidentMemory.h"
 #include "model/Document.h"
 #include "model/LevelsAdjustment.h"
-#include "tools/LayerTransform.h"
+#include "tools/transform/LayerTransform.h"
 #include "tools/MagicWand.h"
 #include "tools/SelectionGesture.h"
 

@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include "canvas/FileDrop.h"
-#include "tools/HandToolHandler.h"
+#include "tools/navigation/HandToolHandler.h"
 
 namespace orvanel {
 namespace {

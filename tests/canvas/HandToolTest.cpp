@@ -3,7 +3,6 @@
 
 #include "CanvasSupport.h"
 #include "canvas/CanvasPaneView.h"
-#include "tools/HandToolHandler.h"
 
 namespace orvanel {
 namespace {
@@ -68,15 +67,6 @@ TEST_F(HandToolTest, ChangingTheToolEndsTheGesture) {
   EXPECT_EQ(view().cursor().shape(), Qt::OpenHandCursor);
   test::sendMouse(view(), QEvent::MouseMove, {20, 20}, Qt::NoButton, Qt::LeftButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
-}
-
-TEST_F(HandToolTest, WithoutADocumentItDoesNothing) {
-  HandToolHandler hand;
-  const ToolContext nothing;
-  hand.mouseDown({}, nothing, {1, 1});
-  hand.mouseDragged({}, nothing, {9, 9});
-  hand.mouseUp({}, nothing, {9, 9});
-  EXPECT_EQ(hand.cursor(0, nothing), CursorShape::openHand);
 }
 
 }  // namespace

@@ -12,9 +12,9 @@
 
 #include "model/LevelsAdjustment.h"
 #include "model/PixelSupport.h"
-#include "tools/LayerTransform.h"
 #include "tools/MagicWand.h"
 #include "tools/SelectionGesture.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {
