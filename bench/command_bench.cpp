@@ -16,9 +16,9 @@
 #include "ResidentMemory.h"
 #include "model/Document.h"
 #include "model/LevelsAdjustment.h"
-#include "tools/LayerTransform.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {

@@ -27,6 +27,14 @@ int translatedKey(const QKeyEvent& event) {
       return keyCode::forwardDelete;
     case Qt::Key_Escape:
       return keyCode::escape;
+    case Qt::Key_Left:
+      return keyCode::leftArrow;
+    case Qt::Key_Right:
+      return keyCode::rightArrow;
+    case Qt::Key_Down:
+      return keyCode::downArrow;
+    case Qt::Key_Up:
+      return keyCode::upArrow;
     default:
       return keyCode::none;
   }

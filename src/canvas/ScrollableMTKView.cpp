@@ -9,7 +9,8 @@
 #include <cmath>
 
 #include "canvas/FileDrop.h"
-#include "tools/HandToolHandler.h"
+#include "tools/navigation/EyedropperToolHandler.h"
+#include "tools/navigation/ZoomToolHandler.h"
 #include "tools/selection/EllipseSelectToolHandler.h"
 #include "tools/selection/LassoSelectToolHandler.h"
 #include "tools/selection/MagicWandToolHandler.h"
@@ -25,18 +26,30 @@ const QColor clearColor = QColor::fromRgbF(0.5803922F, 0.5803922F, 0.6117647F);
 }  // namespace
 
 ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolState, QWidget* parent)
-    : QWidget(parent), renderer_(renderer), toolState_(toolState), pacer_([this] { drawFrame(); }) {
+    : QWidget(parent),
+      renderer_(renderer),
+      toolState_(toolState),
+      moveHandler_(std::make_shared<MoveToolHandler>(MetalContext::shared())),
+      freeTransformHandler_(std::make_shared<FreeTransformToolHandler>(MetalContext::shared(), toolState)),
+      pacer_([this] {
+        deliverDrag();
+        drawFrame();
+      }) {
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAttribute(Qt::WA_NoSystemBackground);
   setFocusPolicy(Qt::StrongFocus);
   setMouseTracking(true);
   setAcceptDrops(true);
   registerToolHandler(std::make_shared<HandToolHandler>());
+  registerToolHandler(std::make_shared<ZoomToolHandler>(MetalContext::shared(), toolState));
+  registerToolHandler(std::make_shared<EyedropperToolHandler>());
+  registerToolHandler(moveHandler_);
   registerToolHandler(std::make_shared<RectSelectToolHandler>(selectionToolState_, toolState));
   registerToolHandler(std::make_shared<EllipseSelectToolHandler>(selectionToolState_, toolState));
   registerToolHandler(std::make_shared<LassoSelectToolHandler>(selectionToolState_));
   registerToolHandler(std::make_shared<PolyLassoSelectToolHandler>(selectionToolState_));
   registerToolHandler(std::make_shared<MagicWandToolHandler>(selectionToolState_, toolState));
+  registerToolHandler(freeTransformHandler_);
   collectOverlays();
   observeNotifications();
   handleToolChange();
@@ -47,18 +60,38 @@ ScrollableMTKView::~ScrollableMTKView() = default;
 void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   changes_ = {};
   const auto previous = document_.lock();
-  if (previous != nullptr && previous != document) previous->setCursorDocumentPosition(std::nullopt);
+  const bool isOther = previous != document;
+  // A gesture belongs to the document it began on.
+  if (isOther) leaveTool();
+  if (isOther && previous != nullptr) previous->setCursorDocumentPosition(std::nullopt);
   document_ = document;
   if (document != nullptr) {
-    // Any change may be visible; a frame that finds nothing new writes no pixels.
-    changes_ = document->changes().observe([this](const DocumentChanges& changes) {
-      // The current frame already shows what it has just flattened.
-      const bool isOwnFlattening = isDrawing_ && changes.size() == 1 && contains<change::Composited>(changes);
-      if (!isOwnFlattening) requestRedraw();
-    });
+    changes_ =
+        document->changes().observe([this](const DocumentChanges& changes) { documentChanged(changes); });
   }
+  if (isOther) toolChanged();
   tryInitialZoom();
+  updateCursorPosition();
   requestRedraw();
+}
+
+void ScrollableMTKView::documentChanged(const DocumentChanges& changes) {
+  // The current frame already shows what it has just flattened. Any other change may be visible; a frame that
+  // finds nothing new writes no pixels.
+  const bool isOwnFlattening = isDrawing_ && changes.size() == 1 && contains<change::Composited>(changes);
+  if (!isOwnFlattening) requestRedraw();
+  const bool hasNewCanvas = contains<change::CanvasChanged>(changes);
+  if (hasNewCanvas) keepInBounds();
+  const bool isMoved =
+      containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset);
+  if (isMoved || hasNewCanvas) updateCursorPosition();
+}
+
+// The bounds depend on the sizes of the view and the canvas.
+void ScrollableMTKView::keepInBounds() {
+  const auto shown = document();
+  if (shown == nullptr || !isVisible()) return;
+  shown->setViewportOffset(viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
 }
 
 void ScrollableMTKView::tryInitialZoom() {
@@ -142,9 +175,8 @@ void ScrollableMTKView::paintEvent(QPaintEvent* event) {
 void ScrollableMTKView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   tryInitialZoom();
-  if (const auto shown = document(); shown != nullptr && isVisible()) {
-    shown->setViewportOffset(viewGeometry::boundedOffset(placementOf(*shown), shown->viewportOffset.value()));
-  }
+  keepInBounds();
+  updateCursorPosition();
   requestRedraw();
 }
 

@@ -17,7 +17,10 @@
 #include "tools/CanvasToolHandler.h"
 #include "tools/NotificationCenter.h"
 #include "tools/ToolState.h"
+#include "tools/navigation/HandToolHandler.h"
 #include "tools/selection/SelectionToolState.h"
+#include "tools/transform/FreeTransformToolHandler.h"
+#include "tools/transform/MoveToolHandler.h"
 
 class QNativeGestureEvent;
 
@@ -62,11 +65,11 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] double scrollZoomAccumulator() const { return scrollZoomAccumulator_; }
   [[nodiscard]] double magnifyAccumulator() const { return magnifyAccumulator_; }
 
-  /// Offers a key to the current tool, wherever the keyboard focus is; true if the tool took it.
-  [[nodiscard]] bool offerKey(const EventRecord& record);
-
   /// Takes keyboard focus unless the user is typing text in the window.
   void takeFocus();
+  /// Offers a key to the current tool ahead of commands that have the same key, so that a gesture in progress
+  /// hears it first. Returns true if it was consumed.
+  [[nodiscard]] bool offerKey(const EventRecord& record);
 
  protected:
   bool event(QEvent* event) override;
@@ -79,6 +82,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
   void leaveEvent(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void keyReleaseEvent(QKeyEvent* event) override;
@@ -89,6 +93,14 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
  private:
   using ZoomStep = void (Document::*)();
 
+  /// A position of the drag in progress that its handler hasn't been given yet.
+  struct PendingDrag {
+    EventRecord record;
+    QPointF viewPoint;
+  };
+
+  void documentChanged(const DocumentChanges& changes);
+  void keepInBounds();
   void popTemporaryHand();
 
   [[nodiscard]] QSize drawablePixels() const;
@@ -110,14 +122,28 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   void handleNativeGesture(const QNativeGestureEvent& event);
   [[nodiscard]] bool handleViewKey(const EventRecord& record);
   void handleFlagsChanged(const EventRecord& record);
-  void updateCursorPosition(QPointF viewPoint);
+  /// Takes in the pointer's position and the modifiers of an event.
+  void readPointer(const QMouseEvent& event);
+  /// Brings the document's cursor position up to date after the pointer or the image moved.
+  void updateCursorPosition();
+
+  /// Whether the current tool's handler has the left button.
+  [[nodiscard]] bool isGestureRunning() const;
+  void deliverDrag();
+  void endPan();
 
   void registerToolHandler(const std::shared_ptr<CanvasToolHandler>& handler);
   void collectOverlays();
   [[nodiscard]] std::shared_ptr<CanvasToolHandler> handlerOfCurrentTool() const;
   [[nodiscard]] ToolContext toolContext();
   void handleToolChange();
+  /// Ends what the tool does on the document shown.
+  void leaveTool();
   void toolChanged();
+  void updateMoveBox();
+  void endFreeTransform(void (FreeTransformToolHandler::*end)(const ToolContext&));
+  void applyFreeTransform() { endFreeTransform(&FreeTransformToolHandler::apply); }
+  void cancelFreeTransform() { endFreeTransform(&FreeTransformToolHandler::cancel); }
   void resetCursor();
 
   CanvasRenderer& renderer_;
@@ -125,10 +151,19 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   std::weak_ptr<Document> document_;
   std::shared_ptr<SelectionToolState> selectionToolState_ =
       std::make_shared<SelectionToolState>(MetalContext::shared());
+  std::shared_ptr<MoveToolHandler> moveHandler_;
+  std::shared_ptr<FreeTransformToolHandler> freeTransformHandler_;
   std::map<Tool, std::shared_ptr<CanvasToolHandler>> toolHandlers_;
   /// The handler of the mouse gesture in progress.
   std::shared_ptr<CanvasToolHandler> activeHandler_;
   std::shared_ptr<CanvasToolHandler> currentToolHandler_;
+  std::optional<PendingDrag> pendingDrag_;
+  bool isLeftButtonDown_ = false;
+  /// Pans with the middle button, whatever the tool.
+  HandToolHandler panHandler_;
+  bool isPanning_ = false;
+  /// In view points; none while the pointer is elsewhere.
+  std::optional<QPointF> pointer_;
   double scrollZoomAccumulator_ = 0.0;
   double magnifyAccumulator_ = 0.0;
   std::uint32_t modifiers_ = 0;

@@ -3,6 +3,7 @@
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <utility>
@@ -22,6 +23,8 @@ constexpr double magnifyThreshold = 0.2;
 constexpr int lastZoomIndex = static_cast<int>(zoomTable.size()) - 1;
 
 constexpr std::uint32_t keyModifiers = modifier::shift | modifier::option | modifier::command;
+/// Some window managers take Alt and the wheel for themselves.
+constexpr std::uint32_t zoomModifiers = modifier::option | modifier::command;
 
 bool isTextInput(const QWidget* widget) {
   return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled);
@@ -32,6 +35,8 @@ bool isTextInput(const QWidget* widget) {
 bool ScrollableMTKView::event(QEvent* event) {
   // Overlays may follow any input, even if the document doesn't change.
   if (event->isInputEvent()) requestRedraw();
+  // Everything but the next position of a drag finds the drag where the pointer was.
+  if (event->isInputEvent() && event->type() != QEvent::MouseMove) deliverDrag();
   if (event->type() == QEvent::NativeGesture) {
     handleNativeGesture(*static_cast<QNativeGestureEvent*>(event));
     return true;
@@ -44,11 +49,16 @@ void ScrollableMTKView::wheelEvent(QWheelEvent* event) {
   if (shown == nullptr) return;
   const eventTranslation::WheelRecord wheel = eventTranslation::wheelRecord(*event);
   const QPointF delta = wheel.delta * (wheel.hasPreciseDeltas ? 1.0 : pointsPerClick);
-  if ((wheel.modifiers & modifier::option) != 0) {
-    scrollZoom(delta.y(), wheel.hasPreciseDeltas ? preciseZoomThreshold : clickZoomThreshold, wheel.phase,
-               event->position());
-  } else {
+  if ((wheel.modifiers & zoomModifiers) == 0) {
     scrollTo(shown->viewportOffset.value() - delta / shown->zoom());
+  } else if (wheel.hasPreciseDeltas) {
+    scrollZoom(delta.y(), preciseZoomThreshold, wheel.phase, event->position());
+  } else {
+    // One event may report several clicks, each of which is a step.
+    const int clicks = std::max(static_cast<int>(std::lround(std::abs(wheel.delta.y()))), 1);
+    for (int i = 0; i < clicks; ++i) {
+      scrollZoom(delta.y() / clicks, clickZoomThreshold, wheel.phase, event->position());
+    }
   }
   event->accept();
 }
@@ -93,11 +103,24 @@ void ScrollableMTKView::magnify(double magnification, QPointF viewPoint) {
   }
 }
 
+bool ScrollableMTKView::isGestureRunning() const {
+  return isLeftButtonDown_ && activeHandler_ != nullptr && activeHandler_ == handlerOfCurrentTool();
+}
+
 void ScrollableMTKView::mousePressEvent(QMouseEvent* event) {
+  readPointer(*event);
+  const EventRecord record = eventTranslation::mouseRecord(*event);
+  if (event->button() == Qt::MiddleButton && !isGestureRunning()) {
+    isPanning_ = true;
+    return panHandler_.mouseDown(record, toolContext(), event->position());
+  }
   const auto handler = handlerOfCurrentTool();
-  if (event->button() != Qt::LeftButton || handler == nullptr) return QWidget::mousePressEvent(event);
+  if (event->button() != Qt::LeftButton || isPanning_ || handler == nullptr) {
+    return QWidget::mousePressEvent(event);
+  }
+  isLeftButtonDown_ = true;
   activeHandler_ = handler;
-  handler->mouseDown(eventTranslation::mouseRecord(*event), toolContext(), event->position());
+  handler->mouseDown(record, toolContext(), event->position());
 }
 
 void ScrollableMTKView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -105,41 +128,77 @@ void ScrollableMTKView::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void ScrollableMTKView::mouseMoveEvent(QMouseEvent* event) {
-  updateCursorPosition(event->position());
+  readPointer(*event);
   const EventRecord record = eventTranslation::mouseRecord(*event);
+  if (isPanning_ && event->buttons().testFlag(Qt::MiddleButton)) {
+    return panHandler_.mouseDragged(record, toolContext(), event->position());
+  }
+  // The release of a button may have gone to another window.
+  if (isPanning_) endPan();
   if (!event->buttons().testFlag(Qt::LeftButton)) {
+    isLeftButtonDown_ = false;
     if (const auto handler = handlerOfCurrentTool()) {
       handler->mouseMoved(record, toolContext(), event->position());
     }
     return;
   }
-  if (activeHandler_ != nullptr && activeHandler_->supportedTools().contains(toolState_.currentTool())) {
-    activeHandler_->mouseDragged(record, toolContext(), event->position());
-  } else {
-    QWidget::mouseMoveEvent(event);
-  }
+  if (!isGestureRunning()) return QWidget::mouseMoveEvent(event);
+  pendingDrag_ = PendingDrag{record, event->position()};
+  // Positions that come in while a step is worked on are taken together: the next frame shows only the last.
+  if (activeHandler_->needsEveryPosition() || !pacer_.isRunning()) deliverDrag();
+}
+
+void ScrollableMTKView::deliverDrag() {
+  const auto pending = std::exchange(pendingDrag_, std::nullopt);
+  if (!pending || activeHandler_ == nullptr) return;
+  activeHandler_->mouseDragged(pending->record, toolContext(), pending->viewPoint);
 }
 
 void ScrollableMTKView::mouseReleaseEvent(QMouseEvent* event) {
-  const bool isGestureEnd = event->button() == Qt::LeftButton && activeHandler_ != nullptr &&
-                            activeHandler_->supportedTools().contains(toolState_.currentTool());
-  if (isGestureEnd) {
-    activeHandler_->mouseUp(eventTranslation::mouseRecord(*event), toolContext(), event->position());
-    activeHandler_ = nullptr;
+  readPointer(*event);
+  if (event->button() == Qt::MiddleButton && isPanning_) endPan();
+  if (event->button() == Qt::LeftButton) {
+    if (isGestureRunning()) {
+      activeHandler_->mouseUp(eventTranslation::mouseRecord(*event), toolContext(), event->position());
+      activeHandler_ = nullptr;
+    }
+    isLeftButtonDown_ = false;
   }
   QWidget::mouseReleaseEvent(event);
 }
 
-void ScrollableMTKView::updateCursorPosition(QPointF viewPoint) {
+void ScrollableMTKView::endPan() {
+  isPanning_ = false;
+  panHandler_.mouseUp({}, toolContext(), {});
+  resetCursor();
+}
+
+void ScrollableMTKView::readPointer(const QMouseEvent& event) {
+  pointer_ = event.position();
+  updateCursorPosition();
+  const std::uint32_t modifiers =
+      eventTranslation::modifierBits(event.modifiers()) | (modifiers_ & modifier::capsLock);
+  // Keys pressed and released while another window had the focus were never reported.
+  if (std::exchange(modifiers_, modifiers) != modifiers) resetCursor();
+}
+
+void ScrollableMTKView::updateCursorPosition() {
   const auto shown = document();
-  if (shown == nullptr) return;
-  const QPoint pixel = viewGeometry::viewToPixel(placementOf(*shown), viewPoint);
+  if (shown == nullptr || !pointer_) return;
+  const QPoint pixel = viewGeometry::viewToPixel(placementOf(*shown), *pointer_);
   const bool isInside = pixel.x() >= 0 && pixel.y() >= 0 && pixel.x() < shown->canvasWidth.value() &&
                         pixel.y() < shown->canvasHeight.value();
   shown->setCursorDocumentPosition(isInside ? std::optional<QPointF>(pixel) : std::nullopt);
 }
 
+void ScrollableMTKView::enterEvent(QEnterEvent* event) {
+  pointer_ = event->position();
+  updateCursorPosition();
+  QWidget::enterEvent(event);
+}
+
 void ScrollableMTKView::leaveEvent(QEvent* event) {
+  pointer_ = std::nullopt;
   if (const auto shown = document()) shown->setCursorDocumentPosition(std::nullopt);
   QWidget::leaveEvent(event);
 }
@@ -150,9 +209,7 @@ void ScrollableMTKView::keyPressEvent(QKeyEvent* event) {
     handleFlagsChanged(record);
     return QWidget::keyPressEvent(event);
   }
-  const auto handler = handlerOfCurrentTool();
-  const bool isConsumed =
-      (handler != nullptr && handler->keyDown(record, toolContext())) || handleViewKey(record);
+  const bool isConsumed = offerKey(record) || handleViewKey(record);
   if (!isConsumed) QWidget::keyPressEvent(event);
 }
 
@@ -166,7 +223,8 @@ bool ScrollableMTKView::offerKey(const EventRecord& record) {
 bool ScrollableMTKView::handleViewKey(const EventRecord& record) {
   const std::uint32_t modifiers = record.modifiers & keyModifiers;
   if (record.key == keyCode::space && modifiers == 0) {
-    if (!record.isRepeat && toolState_.currentTool() != Tool::hand) {
+    const bool isIdle = !isGestureRunning() && !record.isRepeat;
+    if (isIdle && toolState_.currentTool() != Tool::hand) {
       toolState_.pushTool(Tool::hand);
       spaceHoldsHand_ = true;
     }
@@ -180,10 +238,14 @@ bool ScrollableMTKView::handleViewKey(const EventRecord& record) {
     NotificationCenter::standard().post(notification::cyclePreviousDocument);
     return true;
   }
-  if (modifiers != modifier::command) return false;
-  if (record.characters == QLatin1String("=") || record.characters == QLatin1String("+")) {
+  // On many keyboards "+" is typed with Shift.
+  const bool isZoomIn = record.characters == QLatin1String("=") || record.characters == QLatin1String("+");
+  if (isZoomIn && (modifiers & ~modifier::shift) == modifier::command) {
     zoomInAtCentre();
-  } else if (record.characters == QLatin1String("-")) {
+    return true;
+  }
+  if (modifiers != modifier::command) return false;
+  if (record.characters == QLatin1String("-")) {
     zoomOutAtCentre();
   } else if (record.characters == QLatin1String("1")) {
     zoomActualSize();
@@ -206,15 +268,16 @@ void ScrollableMTKView::keyReleaseEvent(QKeyEvent* event) {
   const auto handler = handlerOfCurrentTool();
   if (handler != nullptr && handler->keyUp(record, toolContext())) return;
   if (record.key == keyCode::space) {
-    spaceHoldsHand_ = false;
-    toolState_.popTool();
+    popTemporaryHand();
   } else {
     QWidget::keyReleaseEvent(event);
   }
 }
 
+// Only the hand that the space bar brought goes with it: other tools may be temporary too.
 void ScrollableMTKView::popTemporaryHand() {
-  if (std::exchange(spaceHoldsHand_, false)) toolState_.popTool();
+  const bool holdsHand = std::exchange(spaceHoldsHand_, false);
+  if (holdsHand && toolState_.currentTool() == Tool::hand) toolState_.popTool();
 }
 
 // Keys released while another widget has focus are never reported here.
@@ -240,6 +303,10 @@ void ScrollableMTKView::observeNotifications() {
   whenPosted(notification::zoomActualSize, &ScrollableMTKView::zoomActualSize);
   whenPosted(notification::zoomFitOnScreen, &ScrollableMTKView::zoomFitOnScreen);
   whenPosted(notification::toolChanged, &ScrollableMTKView::toolChanged);
+  whenPosted(notification::undoRedoPerformed, &ScrollableMTKView::updateMoveBox);
+  whenPosted(notification::activeLayerChanged, &ScrollableMTKView::updateMoveBox);
+  whenPosted(notification::freeTransformApply, &ScrollableMTKView::applyFreeTransform);
+  whenPosted(notification::freeTransformCancel, &ScrollableMTKView::cancelFreeTransform);
 }
 
 void ScrollableMTKView::whenPosted(std::string_view name, void (ScrollableMTKView::*action)()) {
@@ -278,9 +345,14 @@ ToolContext ScrollableMTKView::toolContext() {
 void ScrollableMTKView::handleToolChange() {
   const auto handler = handlerOfCurrentTool();
   if (handler == currentToolHandler_) return;
-  if (currentToolHandler_ != nullptr) currentToolHandler_->toolDeactivated(toolContext());
+  leaveTool();
   currentToolHandler_ = handler;
   if (handler != nullptr) handler->toolActivated(toolContext());
+}
+
+void ScrollableMTKView::leaveTool() {
+  deliverDrag();
+  if (const auto left = std::exchange(currentToolHandler_, nullptr)) left->toolDeactivated(toolContext());
 }
 
 void ScrollableMTKView::toolChanged() {
@@ -288,11 +360,23 @@ void ScrollableMTKView::toolChanged() {
   resetCursor();
 }
 
+void ScrollableMTKView::updateMoveBox() {
+  if (toolState_.currentTool() == Tool::move) moveHandler_->updateBox(toolContext());
+}
+
+void ScrollableMTKView::endFreeTransform(void (FreeTransformToolHandler::*end)(const ToolContext&)) {
+  if (!freeTransformHandler_->isOpen()) return;
+  deliverDrag();
+  (freeTransformHandler_.get()->*end)(toolContext());
+  toolState_.popTool();
+}
+
 void ScrollableMTKView::showCursor(CursorShape cursor) {
   setCursor(cursorImage(cursor, devicePixelRatioF()));
 }
 
 void ScrollableMTKView::resetCursor() {
+  if (isPanning_) return showCursor(CursorShape::closedHand);
   if (const auto handler = handlerOfCurrentTool()) {
     showCursor(handler->cursor(modifiers_, toolContext()));
   } else {

@@ -6,7 +6,7 @@
 
 #include "cli/ScriptCommands.h"
 #include "model/LevelsAdjustment.h"
-#include "tools/LayerTransform.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {

@@ -260,6 +260,8 @@ class Document : public std::enable_shared_from_this<Document> {
   void zoomIn();
   void zoomOut();
   void zoomActualSize();
+  /// A factor outside the table, clamped to `minimumZoom` .. `maximumZoom`.
+  void setZoom(double factor);
   void zoomFitOnScreen(double availableWidth, double availableHeight);
   void applyInitialZoom(double viewWidth, double viewHeight);
   [[nodiscard]] QString zoomDisplayString() const;

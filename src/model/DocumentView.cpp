@@ -66,6 +66,11 @@ void Document::zoomActualSize() {
   edit.set(&Document::zoomLevelIndex, actualSizeIndex, ViewProperty::zoom);
 }
 
+void Document::setZoom(double factor) {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::customZoomLevel, std::clamp(factor, minimumZoom, maximumZoom), ViewProperty::zoom);
+}
+
 void Document::zoomFitOnScreen(double availableWidth, double availableHeight) {
   const double width = availableWidth - fitMargin;
   const double height = availableHeight - fitMargin;

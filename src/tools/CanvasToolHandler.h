@@ -46,6 +46,8 @@ class CanvasToolHandler {
 
   [[nodiscard]] virtual std::set<Tool> supportedTools() const = 0;
   [[nodiscard]] virtual std::shared_ptr<CanvasViewLayer> overlayLayer() const { return nullptr; }
+  /// Whether a drag needs every position of the pointer. Otherwise it gets the last one for each frame.
+  [[nodiscard]] virtual bool needsEveryPosition() const { return false; }
   virtual void toolActivated(const ToolContext& context) { (void)context; }
   virtual void toolDeactivated(const ToolContext& context) { (void)context; }
   [[nodiscard]] virtual CursorShape cursor(std::uint32_t modifiers, const ToolContext& context) const = 0;

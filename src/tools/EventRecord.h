@@ -25,6 +25,10 @@ inline constexpr int backspace = 51;
 inline constexpr int escape = 53;
 inline constexpr int enter = 76;
 inline constexpr int forwardDelete = 117;
+inline constexpr int leftArrow = 123;
+inline constexpr int rightArrow = 124;
+inline constexpr int downArrow = 125;
+inline constexpr int upArrow = 126;
 }  // namespace keyCode
 
 struct EventRecord {

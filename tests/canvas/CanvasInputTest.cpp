@@ -99,6 +99,22 @@ TEST_F(CanvasInputTest, AltZoomsEvenWhenTheWheelDeltaIsHorizontal) {
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
 }
 
+TEST_F(CanvasInputTest, SeveralClicksInOneEventAreSeveralSteps) {
+  altWheel(3 * oneClickUp);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 17);
+  altWheel(-2 * oneClickUp);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 15);
+}
+
+TEST_F(CanvasInputTest, ControlAndTheWheelZoomAboutThePointer) {
+  document->setViewportOffset(QPointF(600, 400));
+  const QPointF pointer(130, 90);
+  const QPointF before = view().viewToDocument(pointer).value();
+  sendWheel(view(), pointer, noPixels, oneClickUp, Qt::ControlModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 15);
+  EXPECT_EQ(view().viewToDocument(pointer).value(), before);
+}
+
 TEST_F(CanvasInputTest, WheelClicksStepWhenTheirSumReachesTwenty) {
   altWheel({0, 57});
   EXPECT_EQ(view().scrollZoomAccumulator(), 19.0);
@@ -208,6 +224,18 @@ TEST_F(CanvasInputTest, ZoomKeysNeedTheCommandModifierAlone) {
   EXPECT_TRUE(document->customZoomLevel.value().has_value());
 }
 
+TEST_F(CanvasInputTest, PlusZoomsInHoweverItIsTyped) {
+  pressKey(view(), Qt::Key_Plus, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 15);
+  pressKey(view(), Qt::Key_Equal, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 16);
+  pressKey(view(), Qt::Key_Plus, Qt::ControlModifier | Qt::KeypadModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 17);
+  pressKey(view(), Qt::Key_Plus);
+  pressKey(view(), Qt::Key_Plus, Qt::ControlModifier | Qt::AltModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 17);
+}
+
 TEST_F(CanvasInputTest, ZoomNotificationsActAtTheViewsCentre) {
   document->setViewportOffset(QPointF(600, 400));
   const QPointF centre = view().viewToDocument({200, 150}).value();
@@ -294,6 +322,32 @@ TEST_F(CanvasInputTest, TheCursorPositionIsTheCanvasPixelUnderThePointer) {
   QEvent leave(QEvent::Leave);
   QApplication::sendEvent(&view(), &leave);
   EXPECT_EQ(document->cursorDocumentPosition.value(), std::nullopt);
+}
+
+TEST_F(CanvasInputTest, TheCursorPositionFollowsWhenTheImageMovesUnderAStillPointer) {
+  const auto position = [&] { return document->cursorDocumentPosition.value(); };
+  test::moveMouse(view(), {100, 50});
+  EXPECT_EQ(position(), QPointF(100, 50));
+  sendWheel(view(), {100, 50}, noPixels, -oneClickUp);
+  EXPECT_EQ(position(), QPointF(100, 90));
+  pressKey(view(), Qt::Key_Equal, Qt::ControlModifier);
+  EXPECT_EQ(position(), QPointF(150, 140));
+  document->crop({0, 0, 40, 1500}, QStringLiteral("Crop"));
+  EXPECT_EQ(offset().x(), 0.0);
+  EXPECT_EQ(position(), std::nullopt);
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&view(), &leave);
+  document->setViewportOffset({0, 0});
+  EXPECT_EQ(position(), std::nullopt);
+}
+
+TEST_F(CanvasInputTest, TheNextDocumentIsUnderTheStillPointer) {
+  test::moveMouse(view(), {100, 50});
+  const auto other = test::makeDocument(2000, 1500);
+  test::keepInitialZoom(*other);
+  pane.setDocument(other);
+  EXPECT_EQ(document->cursorDocumentPosition.value(), std::nullopt);
+  EXPECT_EQ(other->cursorDocumentPosition.value(), QPointF(100, 50));
 }
 
 TEST_F(CanvasInputTest, TheLastPixelIsInsideAndTheNextIsNot) {

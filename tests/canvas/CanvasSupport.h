@@ -122,8 +122,9 @@ inline void pressKey(QWidget& view, int key, Qt::KeyboardModifiers modifiers = Q
 }
 
 inline void sendMouse(QWidget& view, QEvent::Type type, QPointF at, Qt::MouseButton button = Qt::LeftButton,
-                      Qt::MouseButtons buttons = Qt::LeftButton) {
-  QMouseEvent event(type, at, view.mapToGlobal(at), button, buttons, Qt::NoModifier);
+                      Qt::MouseButtons buttons = Qt::LeftButton,
+                      Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+  QMouseEvent event(type, at, view.mapToGlobal(at), button, buttons, modifiers);
   QApplication::sendEvent(&view, &event);
 }
 

@@ -4,7 +4,6 @@
 #include "CanvasSupport.h"
 #include "canvas/CanvasPaneView.h"
 #include "canvas/CursorImages.h"
-#include "tools/HandToolHandler.h"
 
 namespace orvanel {
 namespace {
@@ -69,15 +68,6 @@ TEST_F(HandToolTest, ChangingTheToolEndsTheGesture) {
   EXPECT_EQ(view().cursor(), cursorImage(CursorShape::openHand, 1.0));
   test::sendMouse(view(), QEvent::MouseMove, {20, 20}, Qt::NoButton, Qt::LeftButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
-}
-
-TEST_F(HandToolTest, WithoutADocumentItDoesNothing) {
-  HandToolHandler hand;
-  const ToolContext nothing;
-  hand.mouseDown({}, nothing, {1, 1});
-  hand.mouseDragged({}, nothing, {9, 9});
-  hand.mouseUp({}, nothing, {9, 9});
-  EXPECT_EQ(hand.cursor(0, nothing), CursorShape::openHand);
 }
 
 }  // namespace

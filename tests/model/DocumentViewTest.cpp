@@ -36,6 +36,15 @@ TEST_F(DocumentViewTest, CustomZoomOverridesTheTable) {
   EXPECT_EQ(document->zoom(), 0.3);
 }
 
+TEST_F(DocumentViewTest, ASetZoomStaysWithinTheLimits) {
+  document->setZoom(0.7);
+  EXPECT_EQ(document->customZoomLevel.value(), 0.7);
+  document->setZoom(0.001);
+  EXPECT_EQ(document->zoom(), minimumZoom);
+  document->setZoom(1e9);
+  EXPECT_EQ(document->zoom(), maximumZoom);
+}
+
 TEST_F(DocumentViewTest, SteppingStopsAtBothEndsOfTheTable) {
   const ChangeRecorder changes(*document);
   put(document->zoomLevelIndex, 28);

@@ -1,6 +1,7 @@
 // A canvas for tests of tools: converts points as it is told, and remembers what tools asked of it.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "tools/CanvasToolHandler.h"
@@ -12,30 +13,42 @@ class FakeCanvas : public ToolCanvas {
   explicit FakeCanvas(std::weak_ptr<Document> shown = {}) : document(std::move(shown)) {}
 
   std::weak_ptr<Document> document;
-  double zoom = 1.0;              ///< view points per document pixel
-  QPointF offset{0.0, 0.0};       ///< the document point at `imageOrigin`
+  std::optional<double> zoom;     ///< view points per document pixel; else the document's
+  std::optional<QPointF> offset;  ///< the document point at `imageOrigin`; else the document's
   QPointF imageOrigin{0.0, 0.0};  ///< view points
   QSizeF size{400.0, 300.0};
   std::uint32_t modifiers = 0;
 
   std::vector<CursorShape> cursors;
+  std::vector<QPointF> scrolls;
   int redraws = 0;
 
   [[nodiscard]] ToolContext context() { return {this, document}; }
 
   [[nodiscard]] QSizeF viewSize() const override { return size; }
   [[nodiscard]] std::optional<QPointF> viewToDocument(QPointF viewPoint) const override {
-    if (document.expired()) return std::nullopt;
-    return (viewPoint - imageOrigin) / zoom + offset;
+    const DocumentPtr shown = document.lock();
+    if (shown == nullptr) return std::nullopt;
+    return (viewPoint - imageOrigin) / zoomOf(*shown) + offsetOf(*shown);
   }
   [[nodiscard]] std::optional<QPointF> documentToView(QPointF documentPoint) const override {
-    if (document.expired()) return std::nullopt;
-    return (documentPoint - offset) * zoom + imageOrigin;
+    const DocumentPtr shown = document.lock();
+    if (shown == nullptr) return std::nullopt;
+    return (documentPoint - offsetOf(*shown)) * zoomOf(*shown) + imageOrigin;
   }
-  void scrollTo(QPointF documentOffset) override { offset = documentOffset; }
+  void scrollTo(QPointF documentOffset) override {
+    scrolls.push_back(documentOffset);
+    if (const DocumentPtr shown = document.lock()) shown->setViewportOffset(documentOffset);
+  }
   [[nodiscard]] std::uint32_t currentModifiers() const override { return modifiers; }
   void showCursor(CursorShape cursor) override { cursors.push_back(cursor); }
   void requestRedraw() override { ++redraws; }
+
+ private:
+  [[nodiscard]] double zoomOf(const Document& shown) const { return zoom.value_or(shown.zoom()); }
+  [[nodiscard]] QPointF offsetOf(const Document& shown) const {
+    return offset.value_or(shown.viewportOffset.value());
+  }
 };
 
 /// Operates one tool on a fake canvas, as the view would. The modifiers are the canvas's.

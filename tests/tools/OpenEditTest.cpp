@@ -12,10 +12,10 @@
 
 #include "model/LevelsAdjustment.h"
 #include "model/PixelSupport.h"
-#include "tools/LayerTransform.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
 #include "tools/selection/SelectionMove.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {

@@ -9,9 +9,9 @@
 
 #include "model/LevelsAdjustment.h"
 #include "model/NodeWalk.h"
-#include "tools/LayerTransform.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel::test {
 namespace {

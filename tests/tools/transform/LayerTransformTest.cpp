@@ -1,4 +1,4 @@
-#include "tools/LayerTransform.h"
+#include "tools/transform/LayerTransform.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/HandToolHandler.h"
+#include "tools/navigation/HandToolHandler.h"
 
 namespace orvanel {
 
