@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "model/Document.h"
 
@@ -26,6 +27,14 @@ class OpenEdit {
   /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
   /// changed.
   virtual void end() = 0;
+  /// Writes what the edit shows to the document's surfaces; it stays open.
+  virtual void settle() {}
+  [[nodiscard]] virtual bool isSettled() const { return true; }
+  /// How it shows a surface that it hasn't written yet.
+  [[nodiscard]] virtual std::optional<ShownSurface> shown(const Layer& /*layer*/,
+                                                          SurfaceKind /*kind*/) const {
+    return std::nullopt;
+  }
 
  protected:
   enum class Ground { surface, selection };
