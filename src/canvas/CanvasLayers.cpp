@@ -58,8 +58,9 @@ void DocumentLayer::render(RenderEncoder& encoder, const CanvasViewContext& cont
   const DocumentUniforms uniforms{viewUniforms(context),
                                   {static_cast<float>(channels.red), static_cast<float>(channels.green),
                                    static_cast<float>(channels.blue)},
-                                  0.0F};
-  encoder.draw(pipelineState_, uniformBytes(uniforms), document->compositedTexture.value().get());
+                                  context.samples != nullptr ? 1.0F : 0.0F};
+  encoder.draw(pipelineState_, uniformBytes(uniforms),
+               context.samples != nullptr ? context.samples : document->compositedTexture.value().get());
 }
 
 PixelGridLayer::PixelGridLayer(const MetalContext& context)

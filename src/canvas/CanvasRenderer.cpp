@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "raster/SampleGrid.h"
+
 namespace orvanel {
 namespace {
 
@@ -12,6 +14,11 @@ constexpr float selectionAnimationSpeed = 20.0F;
 /// Period of the outline's pattern, in phase units. A large phase is reduced by whole periods.
 constexpr float selectionPatternLength = 8.0F;
 constexpr float largestAnimationOffset = 8000.0F;
+
+/// The tiles that flattening a document may read.
+std::int64_t tilesToFlatten(const Document& document) {
+  return std::int64_t{document.compositedTexture.value()->tileCount()} * document.layerCount();
+}
 
 }  // namespace
 
@@ -35,9 +42,15 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   viewportSize_ = view.drawableSize();
   scaleFactor_ = view.backingScaleFactor().value_or(1.0);
   advanceSelectionAnimation();
-  const bool isCurrent = shown->advanceComposite(flatteningPerFrame);
+  if (shown->isSettled() && tilesToFlatten(*shown) <= tilesFlattenedAtOnce) {
+    static_cast<void>(shown->composite());
+  }
+  const bool isCurrent = shown->isCompositeCurrent();
+  CanvasViewContext context = makeViewContext(*shown);
+  if (!isCurrent) {
+    context.samples = shown->sampleComposite(samples_, SampleGrid::ofView(viewUniforms(context)));
+  }
 
-  const CanvasViewContext context = makeViewContext(*shown);
   RenderEncoder encoder(*drawable);
   for (const auto* passes : {&std::as_const(layers_), &std::as_const(toolOverlayLayers)}) {
     for (const auto& pass : *passes) {
@@ -57,6 +70,11 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   }
   if (!isCurrent) return FrameResult::unfinished;
   return isNew ? FrameResult::drawn : FrameResult::unchanged;
+}
+
+bool CanvasRenderer::catchUp() {
+  const std::shared_ptr<Document> shown = document.lock();
+  return shown == nullptr || shown->advanceComposite(flatteningPerTurn);
 }
 
 void CanvasRenderer::advanceSelectionAnimation() {
@@ -80,7 +98,8 @@ CanvasViewContext CanvasRenderer::makeViewContext(const Document& shown) const {
           offset.x(),
           offset.y(),
           shown.zoom(),
-          scaleFactor_};
+          scaleFactor_,
+          nullptr};
 }
 
 }  // namespace orvanel

@@ -1,5 +1,7 @@
-// Renders a frame of a canvas: has the document flatten what is stale, then draws the passes. Lives as long
-// as its view's binding; main thread only. Panning and zooming never flatten anything.
+// Renders a frame of a canvas. While the document's flattened image is current, frames draw from it.
+// Otherwise they flatten only what the view samples, and the whole image follows in turns between frames
+// (`catchUp`); both show the same. An image of a few tiles is flattened at once. Lives as long as its view's
+// binding; main thread only.
 #pragma once
 
 #include <QSizeF>
@@ -14,6 +16,7 @@
 #include "canvas/MTKView.h"
 #include "canvas/MarchingAnts.h"
 #include "model/Document.h"
+#include "raster/SampledComposite.h"
 #include "tools/CanvasViewLayer.h"
 
 namespace orvanel {
@@ -26,7 +29,7 @@ enum class FrameResult {
   stopped,    ///< nothing to draw, or no drawable
   unchanged,  ///< the last frame is still valid; no pixel was written
   drawn,
-  unfinished,  ///< the document is only partly flattened; the next frame continues
+  unfinished,  ///< the last frame is valid, but the document isn't flattened yet: `catchUp`
 };
 
 class CanvasRenderer {
@@ -40,10 +43,16 @@ class CanvasRenderer {
   std::weak_ptr<Document> document;
   /// Drawn above `layers`, in order.
   std::vector<std::shared_ptr<CanvasViewLayer>> toolOverlayLayers;
-  /// Time budget for flattening per frame. An unfinished image is shown as far as it has come.
-  std::chrono::milliseconds flatteningPerFrame{250};
+  /// So many tiles of layers take less time to flatten than a view to draw.
+  std::int64_t tilesFlattenedAtOnce{256};
+  /// About how long a turn of `catchUp` holds the main thread.
+  std::chrono::milliseconds flatteningPerTurn{6};
 
   FrameResult drawInMTKView(MTKView& view);
+  /// Flattens some more of the document, for when nothing else is to do. True once its image is current.
+  bool catchUp();
+  /// Lets go of what is kept between frames that sample the document.
+  void forgetSamples() { samples_.forget(); }
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
 
   /// Bottom first; never changes.
@@ -69,6 +78,7 @@ class CanvasRenderer {
   double scaleFactor_ = 1.0;
   float selectionAnimationOffset_ = 0.0F;
   double lastFrameTime_ = 0.0;
+  SampledComposite samples_;
   MarchingAnts ants_;
   /// Identifies the picture in the drawable, whatever the outline's phase.
   std::optional<std::uint64_t> lastFrameFingerprint_;

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QUrl>
+#include <chrono>
 #include <cmath>
 
 #include "canvas/FileDrop.h"
@@ -22,6 +23,18 @@ namespace {
 
 /// Shown where no frame could be drawn: the grey around the canvas.
 const QColor clearColor = QColor::fromRgbF(0.5803922F, 0.5803922F, 0.6117647F);
+
+/// How long a document must stay as it is before it is flattened: longer than between two steps of a drag.
+constexpr std::chrono::milliseconds restBeforeFlattening{100};
+/// How long samples are kept for the next gesture.
+constexpr std::chrono::seconds restBeforeForgetting{10};
+
+bool mayChangeImage(const DocumentChanges& changes) {
+  return contains<change::PixelsChanged>(changes) || contains<change::PreviewChanged>(changes) ||
+         contains<change::NodePropertyChanged>(changes) || contains<change::NodeInserted>(changes) ||
+         contains<change::NodeRemoved>(changes) || contains<change::NodeMoved>(changes) ||
+         contains<change::CanvasChanged>(changes);
+}
 
 }  // namespace
 
@@ -40,6 +53,10 @@ ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolSt
   setFocusPolicy(Qt::StrongFocus);
   setMouseTracking(true);
   setAcceptDrops(true);
+  catchUpTimer_.setSingleShot(true);
+  restTimer_.setSingleShot(true);
+  QObject::connect(&catchUpTimer_, &QTimer::timeout, this, [this] { catchUp(); });
+  QObject::connect(&restTimer_, &QTimer::timeout, this, [this] { renderer_.forgetSamples(); });
   registerToolHandler(std::make_shared<HandToolHandler>());
   registerToolHandler(std::make_shared<ZoomToolHandler>(MetalContext::shared(), toolState));
   registerToolHandler(std::make_shared<EyedropperToolHandler>());
@@ -65,6 +82,8 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   if (isOther) leaveTool();
   if (isOther && previous != nullptr) previous->setCursorDocumentPosition(std::nullopt);
   document_ = document;
+  catchUpTimer_.stop();
+  renderer_.forgetSamples();
   if (document != nullptr) {
     changes_ =
         document->changes().observe([this](const DocumentChanges& changes) { documentChanged(changes); });
@@ -76,10 +95,12 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
 }
 
 void ScrollableMTKView::documentChanged(const DocumentChanges& changes) {
-  // The current frame already shows what it has just flattened. Any other change may be visible; a frame that
+  // Frames show what this view flattens before it is flattened. Any other change may be visible; a frame that
   // finds nothing new writes no pixels.
-  const bool isOwnFlattening = isDrawing_ && changes.size() == 1 && contains<change::Composited>(changes);
-  if (!isOwnFlattening) requestRedraw();
+  const bool isOwnFlattening = isFlattening_ && changes.size() == 1 && contains<change::Composited>(changes);
+  if (isOwnFlattening) return;
+  if (mayChangeImage(changes)) catchUpTimer_.stop();
+  requestRedraw();
   const bool hasNewCanvas = contains<change::CanvasChanged>(changes);
   if (hasNewCanvas) keepInBounds();
   const bool isMoved =
@@ -142,12 +163,30 @@ void ScrollableMTKView::presentOnly(const std::vector<PixelRect>& changed) {
 
 void ScrollableMTKView::drawFrame() {
   pacer_.setRefreshRate(screen()->refreshRate());
-  isDrawing_ = true;
+  isFlattening_ = true;
   const FrameResult result = renderer_.drawInMTKView(*this);
-  isDrawing_ = false;
-  // A long flattening continues in the next frame, so that the window stays responsive.
-  if (result == FrameResult::unfinished) requestRedraw();
+  isFlattening_ = false;
   if (result != FrameResult::stopped && renderer_.isAnimating()) pacer_.requestAnimation();
+  if (result != FrameResult::unfinished) return;
+  restTimer_.stop();
+  // A change stops the timer; panning and zooming leave it running.
+  if (!catchUpTimer_.isActive()) catchUpTimer_.start(restBeforeFlattening);
+}
+
+void ScrollableMTKView::catchUp() {
+  const auto shown = document();
+  // Whatever a gesture shows next would make the work void. Its end is a change, which asks for a frame.
+  if (shown == nullptr || !shown->isSettled()) return;
+  if (activeHandler_ != nullptr) return catchUpTimer_.start(restBeforeFlattening);
+  isFlattening_ = true;
+  const bool isCurrent = renderer_.catchUp();
+  isFlattening_ = false;
+  if (isCurrent) {
+    restTimer_.start(restBeforeForgetting);
+  } else {
+    // Events that wait come first.
+    catchUpTimer_.start(0);
+  }
 }
 
 void ScrollableMTKView::paintEvent(QPaintEvent* event) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QImage>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -107,6 +108,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] viewGeometry::Placement placementOf(const Document& document) const;
   [[nodiscard]] QPointF viewCentre() const { return QRectF(rect()).center(); }
   void drawFrame();
+  void catchUp();
 
   void observeNotifications();
   void whenPosted(std::string_view name, void (ScrollableMTKView::*action)());
@@ -170,8 +172,12 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   /// The last frame, in device pixels.
   QImage frame_;
   bool isPainting_ = false;
-  bool isDrawing_ = false;
+  bool isFlattening_ = false;
   FramePacer pacer_;
+  /// Flattens the document when nothing has changed for a moment.
+  QTimer catchUpTimer_;
+  /// Lets go of the samples of a view that has come to rest.
+  QTimer restTimer_;
   ChangeStream::Subscription changes_;
   std::vector<NotificationCenter::Subscription> notificationObservers_;
   bool spaceHoldsHand_ = false;

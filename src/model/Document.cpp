@@ -1,5 +1,6 @@
 #include "model/Document.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/DocumentCompositor.h"
@@ -188,6 +189,7 @@ ConstTexture Document::composite() {
 }
 
 bool Document::flatten(std::chrono::steady_clock::time_point deadline) {
+  settle();
   if (compositedTexture.value() == nullptr || isCompositeCurrent()) return true;
   DocumentEdit edit(*this, editKind::state);
   return edit.flatten(deadline);
@@ -195,7 +197,34 @@ bool Document::flatten(std::chrono::steady_clock::time_point deadline) {
 
 std::shared_ptr<FrozenComposite> Document::freezeComposite() const {
   if (compositedTexture.value() == nullptr) return nullptr;
+  settle();
   return std::make_shared<FrozenComposite>(*this);
+}
+
+const Surface* Document::sampleComposite(SampledComposite& samples, const SampleGrid& grid) const {
+  if (compositedTexture.value() == nullptr || grid.isEmpty()) return nullptr;
+  return &compositor_->sample(*this, samples, grid);
+}
+
+// Open edits.
+
+void Document::settle() const {
+  // Writing notifies observers, who may end edits.
+  const auto next = [this] {
+    return std::ranges::find_if(openEdits_, [](const OpenEdit* edit) { return !edit->isSettled(); });
+  };
+  for (auto it = next(); it != openEdits_.end(); it = next()) (*it)->settle();
+}
+
+bool Document::isSettled() const {
+  return std::ranges::all_of(openEdits_, [](const OpenEdit* edit) { return edit->isSettled(); });
+}
+
+std::optional<ShownSurface> Document::shown(const Layer& layer, SurfaceKind kind) const {
+  for (const OpenEdit* edit : openEdits_) {
+    if (const std::optional<ShownSurface> found = edit->shown(layer, kind)) return found;
+  }
+  return std::nullopt;
 }
 
 // History and file.

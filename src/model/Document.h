@@ -48,9 +48,18 @@ inline constexpr double maximumZoom = 400.0;
 
 class DocumentCompositor;
 class DocumentEdit;
+class SampledComposite;
+struct SampleGrid;
+struct SurfaceChange;
 class FrozenComposite;
 class OpenEdit;
 class ThumbnailManager;
+
+/// A surface as an open edit shows it: these pixels, changed.
+struct ShownSurface {
+  const Surface* original = nullptr;
+  const SurfaceChange* change = nullptr;
+};
 
 /// The initial contents of a document loaded from a file.
 struct DocumentContents {
@@ -164,6 +173,9 @@ class Document : public std::enable_shared_from_this<Document> {
   [[nodiscard]] bool isCompositeCurrent() const;
   /// Flattens for about this long; the next call continues from there. True once the image is current.
   bool advanceComposite(std::chrono::milliseconds budget);
+  /// What `composite` would hold at the samples of a view, without making it. Good until the next call with
+  /// the same `samples`; null without a composite or without samples.
+  [[nodiscard]] const Surface* sampleComposite(SampledComposite& samples, const SampleGrid& grid) const;
   /// The flattened image of this moment for use on another thread, which completes it if necessary; null
   /// without a composite.
   [[nodiscard]] std::shared_ptr<FrozenComposite> freezeComposite() const;
@@ -275,6 +287,14 @@ class Document : public std::enable_shared_from_this<Document> {
   /// Stores the tool and the chosen members of the groups in the document.
   void rememberTool(Tool tool, const QHash<QString, Tool>& variants);
 
+  /// Open edits show their changes without writing them to the surfaces. This writes them, for somebody who
+  /// is about to read a layer's or a mask's pixels. Commands, `composite` and `freezeComposite` do it
+  /// themselves.
+  void settle() const;
+  /// Whether the surfaces hold all that is shown.
+  [[nodiscard]] bool isSettled() const;
+  /// How an open edit shows a surface that it hasn't written.
+  [[nodiscard]] std::optional<ShownSurface> shown(const Layer& layer, SurfaceKind kind) const;
   /// Ends every open edit as a change of tool does, so that the document holds what is shown: before it is
   /// saved, exported or closed.
   void endOpenEdits();

@@ -69,6 +69,11 @@ struct PixelsChanged {
   SurfaceKind kind = SurfaceKind::pixels;
   std::vector<int> tiles;
 };
+/// An open edit shows a surface in another way without having written it.
+struct PreviewChanged {
+  QUuid layerID;
+  SurfaceKind kind = SurfaceKind::pixels;
+};
 /// The listed tiles of the selection's mask, or only its flags. Lists all tiles when the selection object was
 /// replaced.
 struct SelectionChanged {
@@ -102,9 +107,9 @@ struct EditRefused {
 
 using DocumentChange =
     std::variant<change::NodeInserted, change::NodeRemoved, change::NodeMoved, change::NodePropertyChanged,
-                 change::PixelsChanged, change::SelectionChanged, change::CanvasChanged,
-                 change::ActiveNodeChanged, change::ViewChanged, change::HistoryChanged,
-                 change::HistoryStepped, change::FileStateChanged, change::Composited,
+                 change::PixelsChanged, change::PreviewChanged, change::SelectionChanged,
+                 change::CanvasChanged, change::ActiveNodeChanged, change::ViewChanged,
+                 change::HistoryChanged, change::HistoryStepped, change::FileStateChanged, change::Composited,
                  change::ThumbnailsChanged, change::EditRefused>;
 
 /// The changes of one edit, in order.

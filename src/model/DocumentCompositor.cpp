@@ -40,7 +40,7 @@ std::uint64_t maskState(const Layer& layer) {
 }
 
 /// Tiles between two checks of the deadline.
-constexpr int tilesPerTurn = 32;
+constexpr int tilesPerTurn = 8;
 
 }  // namespace
 
@@ -63,9 +63,14 @@ DocumentCompositor::DocumentCompositor(MetalContext& context) : context_(context
 
 DocumentCompositor::~DocumentCompositor() = default;
 
-const Surface& DocumentCompositor::Run::hold(const ConstTexture& surface) {
-  held.push_back(sources == Sources::live ? surface : std::make_shared<const Surface>(*surface));
-  return *held.back();
+CompositePlan::Source DocumentCompositor::Run::source(const Document& document, const Layer& layer,
+                                                      SurfaceKind kind) {
+  const std::optional<ShownSurface> shown =
+      sources == Sources::shown ? document.shown(layer, kind) : std::nullopt;
+  if (shown) return {shown->original, shown->change};
+  const ConstTexture surface = layer.surface(kind);
+  held.push_back(sources == Sources::copied ? std::make_shared<const Surface>(*surface) : surface);
+  return {held.back().get(), nullptr};
 }
 
 bool DocumentCompositor::isCurrent(const Document& document) const {
@@ -81,13 +86,17 @@ bool DocumentCompositor::flatten(const Document& document, Surface& composite, F
     run_ = beginRun(document, composite, Sources::live);
   }
   const int tiles = deadline == Deadline::max() ? composite.tileCount() : tilesPerTurn;
-  do {
-    if (!advance(*run_, tiles)) continue;
-    run_ = nullptr;
-    hasFlattened_ = true;
-    return true;
-  } while (Deadline::clock::now() < deadline);
-  return false;
+  for (Deadline before = Deadline::clock::now();;) {
+    if (advance(*run_, tiles)) {
+      run_ = nullptr;
+      hasFlattened_ = true;
+      return true;
+    }
+    // Another turn takes about as long as this one.
+    const Deadline now = Deadline::clock::now();
+    if (now + (now - before) > deadline) return false;
+    before = now;
+  }
 }
 
 void DocumentCompositor::forget() {
@@ -98,6 +107,13 @@ void DocumentCompositor::forget() {
 CompositeReport DocumentCompositor::compositeDocument(const Document& document, Surface& composite,
                                                       CompositeScope scope) {
   return beginRun(document, composite, Sources::live)->plan.run(scope);
+}
+
+const Surface& DocumentCompositor::sample(const Document& document, SampledComposite& samples,
+                                          const SampleGrid& grid) {
+  // Temporaries only tell the formats of folders here; nothing is written to them or to the composite.
+  Surface& composite = const_cast<Surface&>(*document.compositedTexture.value());
+  return samples.evaluate(beginRun(document, composite, Sources::shown)->plan, grid);
 }
 
 bool DocumentCompositor::advance(Run& run, int tiles) {
@@ -117,7 +133,7 @@ std::unique_ptr<DocumentCompositor::Run> DocumentCompositor::beginRun(const Docu
       [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
         if (!node.isVisible().value()) return WalkStep::skip;
         if (const std::shared_ptr<Layer> layer = node.layer()) {
-          compositeLayerNode(*layer, *run, targets.back(), document.colorMode.value());
+          compositeLayerNode(document, *layer, *run, targets.back());
           return WalkStep::descend;
         }
         if (node.folder()->children.value().empty()) return WalkStep::skip;
@@ -135,20 +151,19 @@ std::unique_ptr<DocumentCompositor::Run> DocumentCompositor::beginRun(const Docu
   return run;
 }
 
-void DocumentCompositor::compositeLayerNode(const Layer& layer, Run& run, CompositePlan::Target target,
-                                            ColorMode colorMode) {
-  const ConstTexture& pixels = layer.texture.value();
-  if (pixels == nullptr) return;
+void DocumentCompositor::compositeLayerNode(const Document& document, const Layer& layer, Run& run,
+                                            CompositePlan::Target target) {
+  if (layer.texture.value() == nullptr) return;
   const std::shared_ptr<LayerMask>& mask = layer.mask.value();
   const bool hasMask = mask != nullptr && mask->isEnabled.value();
   const CompositeParams params{.blendMode = rawValue(layer.blendMode.value()),
                                .opacity = layer.opacity.value(),
                                .visible = 1,
-                               .colorMode = rawValue(colorMode),
+                               .colorMode = rawValue(document.colorMode.value()),
                                .hasMask = hasMask ? 1U : 0U,
                                .reserved = 0};
-  const ConstTexture maskPixels = hasMask ? mask->maskTexture->texture : nullptr;
-  run.plan.compositeLayer(target, params, run.hold(pixels), hasMask ? &run.hold(maskPixels) : nullptr);
+  run.plan.compositeLayer(target, params, run.source(document, layer, SurfaceKind::pixels),
+                          hasMask ? run.source(document, layer, SurfaceKind::mask) : CompositePlan::Source{});
 }
 
 CompositePlan::Target DocumentCompositor::addTemporary(Run& run, ColorMode colorMode) {

@@ -12,6 +12,7 @@
 
 #include "model/Document.h"
 #include "raster/CompositePlan.h"
+#include "raster/SampledComposite.h"
 
 namespace orvanel {
 
@@ -43,6 +44,9 @@ class DocumentCompositor {
   CompositeReport compositeDocument(const Document& document, Surface& composite,
                                     CompositeScope scope = CompositeScope::changedTiles);
 
+  /// The flattened image at a view's samples, with what open edits show.
+  const Surface& sample(const Document& document, SampledComposite& samples, const SampleGrid& grid);
+
   /// Temporaries of isolating folders, kept between runs.
   [[nodiscard]] std::vector<ConstTexture> texturePool() const {
     return {texturePool_.begin(), texturePool_.end()};
@@ -53,12 +57,13 @@ class DocumentCompositor {
  private:
   friend class FrozenComposite;
 
-  /// Whether a run reads the document's own surfaces or copies that another thread may read.
-  enum class Sources { live, copied };
+  /// Whether a run reads the document's own surfaces, the same as open edits show them, or copies that
+  /// another thread may read.
+  enum class Sources { live, shown, copied };
   struct Run {
     Run(Surface& target, Sources kept) : composite(target), plan(target), sources(kept) {}
-    /// Keeps the surface, or its copy, alive for the duration of the run.
-    const Surface& hold(const ConstTexture& surface);
+    /// The layer's surface, kept alive for the duration of the run, or its copy.
+    CompositePlan::Source source(const Document& document, const Layer& layer, SurfaceKind kind);
 
     Surface& composite;
     CompositePlan plan;
@@ -70,8 +75,8 @@ class DocumentCompositor {
   [[nodiscard]] std::unique_ptr<Run> beginRun(const Document& document, Surface& composite, Sources sources);
   /// Makes some more tiles; true once all are made.
   static bool advance(Run& run, int tiles);
-  static void compositeLayerNode(const Layer& layer, Run& run, CompositePlan::Target target,
-                                 ColorMode colorMode);
+  static void compositeLayerNode(const Document& document, const Layer& layer, Run& run,
+                                 CompositePlan::Target target);
   static void compositeFolderNode(const LayerFolder& folder, CompositePlan& plan,
                                   CompositePlan::Target target, CompositePlan::Target isolated,
                                   ColorMode colorMode);

@@ -123,6 +123,7 @@ std::optional<PixelClipboard> Document::copyPixels() {
   const std::shared_ptr<Layer> layer = activeLayer();
   const std::shared_ptr<const Selection> selected = activeSelection();
   if (layer == nullptr || layer->texture.value() == nullptr || selected == nullptr) return std::nullopt;
+  settle();
   const Surface& weight = *selected->maskTexture->texture;
   const std::optional<PixelRect> bounds = context_.selectionBounds(weight);
   if (!bounds || !admitsEdit(editCost::ofCopy(*layer->texture.value(), weight, *bounds))) return std::nullopt;

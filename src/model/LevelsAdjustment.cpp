@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "model/edit/SurfaceTrace.h"
 #include "raster/HalfFloat.h"
 
 namespace orvanel {
@@ -79,18 +80,26 @@ std::optional<LevelsAdjustment> LevelsAdjustment::begin(const DocumentPtr& docum
   auto edit = OpenSurfaceEdit::begin(document, layer, SurfaceKind::pixels, OpenSurfaceEdit::Purpose::levels,
                                      QStringLiteral("Levels"));
   if (edit == nullptr || edit->snapshotBefore() == nullptr) return std::nullopt;
-  return LevelsAdjustment(std::move(edit));
+  return LevelsAdjustment(document, std::move(edit));
 }
 
 void LevelsAdjustment::apply(const Levels& levels) {
-  edit_->show([&](const Document& document, Surface& live) {
-    live = edit_->original();
-    const std::shared_ptr<const Selection> selected = document.activeSelection();
-    document.context().levelsAdjust(live, document.colorMode.value(),
-                                    selected != nullptr ? selected->maskTexture->texture.get() : nullptr,
-                                    levels.blackPoint / pointScale, levels.whitePoint / pointScale,
-                                    levels.gamma);
-  });
+  const DocumentPtr document = document_.lock();
+  if (document == nullptr || !isOpen()) return;
+  const std::shared_ptr<const Selection> selected = document->activeSelection();
+  if (selected == nullptr) {
+    weight_ = nullptr;
+  } else if (const Surface& mask = *selected->maskTexture->texture;
+             weight_ == nullptr || !SurfaceTrace(*weight_).changedTiles(mask).empty()) {
+    weight_ = std::make_shared<const Surface>(mask);
+  }
+  const LevelsParams params{.colorMode = rawValue(document->colorMode.value()),
+                            .hasSelection = weight_ != nullptr ? 1U : 0U,
+                            .black = levels.blackPoint / pointScale,
+                            .white = levels.whitePoint / pointScale,
+                            .gamma = levels.gamma,
+                            .reserved = 0};
+  edit_->show({LevelsChange{params, weight_}});
 }
 
 }  // namespace orvanel

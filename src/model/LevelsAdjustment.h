@@ -55,9 +55,13 @@ class LevelsAdjustment {
   void cancel() { edit_->takeBack(); }
 
  private:
-  explicit LevelsAdjustment(std::unique_ptr<OpenSurfaceEdit> edit) : edit_(std::move(edit)) {}
+  LevelsAdjustment(const DocumentPtr& document, std::unique_ptr<OpenSurfaceEdit> edit)
+      : document_(document), edit_(std::move(edit)) {}
 
+  std::weak_ptr<Document> document_;
   std::unique_ptr<OpenSurfaceEdit> edit_;
+  /// The selection when levels were last applied; its tiles are shared.
+  std::shared_ptr<const Surface> weight_;
 };
 
 }  // namespace orvanel

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "model/Document.h"
 #include "model/ThumbnailManager.h"
@@ -28,6 +29,14 @@ class OpenEdit {
   /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
   /// changed.
   virtual void end() = 0;
+  /// Writes what the edit shows to the document's surfaces; it stays open.
+  virtual void settle() {}
+  [[nodiscard]] virtual bool isSettled() const { return true; }
+  /// How it shows a surface that it hasn't written yet.
+  [[nodiscard]] virtual std::optional<ShownSurface> shown(const Layer& /*layer*/,
+                                                          SurfaceKind /*kind*/) const {
+    return std::nullopt;
+  }
 
   /// Called once when the edit closes, whoever closes it; must not destroy the edit.
   std::function<void()> onClosed;

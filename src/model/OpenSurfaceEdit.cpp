@@ -1,68 +1,142 @@
 #include "model/OpenSurfaceEdit.h"
 
+#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "model/edit/DocumentEdit.h"
 #include "model/edit/EditCost.h"
 #include "model/edit/SurfaceTrace.h"
+#include "model/records/LinkedMoveOperation.h"
 #include "model/records/PixelOperations.h"
 
 namespace orvanel {
+namespace {
+
+bool isUniform(const Surface& surface) {
+  for (int index = 0; index < surface.tileCount(); ++index) {
+    if (!surface.tile(index).isUniform() || !(surface.tile(index) == surface.tile(0))) return false;
+  }
+  return true;
+}
+
+/// The surfaces that change together.
+std::vector<SurfaceKind> kindsOf(const Layer& layer, SurfaceKind kind, OpenSurfaceEdit::Purpose purpose) {
+  const ConstTexture mask = layer.surface(SurfaceKind::mask);
+  const bool carriesMask = purpose == OpenSurfaceEdit::Purpose::transform && kind == SurfaceKind::pixels &&
+                           mask != nullptr && layer.isMaskLinked.value() && !isUniform(*mask);
+  if (carriesMask) return {kind, SurfaceKind::mask};
+  return {kind};
+}
+
+}  // namespace
 
 std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& document,
                                                         const std::shared_ptr<Layer>& layer, SurfaceKind kind,
                                                         Purpose purpose, const QString& actionName) {
-  const Surface& surface = *layer->surface(kind);
+  document->settle();
   const std::shared_ptr<const Selection> selected = document->activeSelection();
   const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
-  const std::vector<int> tiles =
-      purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight) : editCost::tilesMoved(surface);
-  if (!document->admitsEdit(editCost::ofTiles(*document, surface, tiles))) return nullptr;
-  return std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kind, purpose, actionName));
+  const std::vector<SurfaceKind> kinds = kindsOf(*layer, kind, purpose);
+  std::uint64_t cost = 0;
+  for (const SurfaceKind changed : kinds) {
+    const Surface& surface = *layer->surface(changed);
+    const std::vector<int> tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight)
+                                                              : editCost::tilesMoved(surface);
+    cost += editCost::ofTiles(*document, surface, tiles);
+  }
+  if (!document->admitsEdit(cost)) return nullptr;
+  return std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kinds, purpose, actionName));
 }
 
-OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
-                                 Purpose purpose, const QString& actionName)
+OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                                 const std::vector<SurfaceKind>& kinds, Purpose purpose, QString actionName)
     : OpenEdit(document, Ground::surface),
       layer_(std::move(layer)),
-      kind_(kind),
-      original_(*layer_->surface(kind)),
-      snapshotBefore_(TextureSnapshot::captureReady(original_, document->context())) {
-  if (purpose == Purpose::transform) holdThumbnailsBack();
-  if (snapshotBefore_ == nullptr) return;
-  PixelEdit edit{.actionName = actionName,
-                 .document = document,
-                 .layerID = layer_->id,
-                 .snapshotBefore = snapshotBefore_};
-  if (purpose == Purpose::levels) {
-    record_ = std::make_shared<LevelsOperation>(std::move(edit));
-  } else {
-    record_ = std::make_shared<MoveLayerOperation>(std::move(edit), kind_);
+      purpose_(purpose),
+      actionName_(std::move(actionName)) {
+  for (const SurfaceKind kind : kinds) {
+    const Surface& surface = *layer_->surface(kind);
+    parts_.push_back({.kind = kind,
+                      .original = surface,
+                      .snapshotBefore = TextureSnapshot::captureReady(surface, document->context()),
+                      .change = std::nullopt});
   }
+  if (purpose == Purpose::transform) holdThumbnailsBack();
 }
 
 OpenSurfaceEdit::~OpenSurfaceEdit() {
   OpenSurfaceEdit::end();
 }
 
-void OpenSurfaceEdit::show(const std::function<void(const Document& document, Surface& live)>& draw) {
+void OpenSurfaceEdit::show(const SurfaceChange& change, const SurfaceChange& changeOfMask) {
   const DocumentPtr target = document();
   if (target == nullptr) return;
   DocumentEdit edit(*target, editKind::shown);
-  draw(*target, edit.surface(*layer_, kind_));
+  for (Part& part : parts_) {
+    part.change = &part == &parts_.front() ? change : changeOfMask;
+    edit.tell(change::PreviewChanged{layer_->id, part.kind});
+  }
+}
+
+void OpenSurfaceEdit::write(DocumentEdit& edit) {
+  const DocumentPtr target = document();
+  for (Part& part : parts_) {
+    if (!part.change) continue;
+    applyChange(*part.change, target->context(), part.original, edit.surface(*layer_, part.kind));
+    part.change.reset();
+  }
+}
+
+void OpenSurfaceEdit::settle() {
+  const DocumentPtr target = document();
+  if (target == nullptr || isSettled()) return;
+  DocumentEdit edit(*target, editKind::shown);
+  write(edit);
+}
+
+bool OpenSurfaceEdit::isSettled() const {
+  return std::ranges::none_of(parts_, [](const Part& part) { return part.change.has_value(); });
+}
+
+std::optional<ShownSurface> OpenSurfaceEdit::shown(const Layer& layer, SurfaceKind kind) const {
+  if (&layer != layer_.get()) return std::nullopt;
+  for (const Part& part : parts_) {
+    if (part.kind == kind && part.change) return ShownSurface{&part.original, &*part.change};
+  }
+  return std::nullopt;
 }
 
 void OpenSurfaceEdit::keep() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  close();
   DocumentEdit edit(*target, editKind::kept);
-  const Surface& live = edit.surface(*layer_, kind_);
-  if (record_ != nullptr) {
-    record_->setSnapshotAfter(TextureSnapshot::captureReady(live, target->context()));
-    edit.record(std::exchange(record_, nullptr));
+  // Written as part of this edit, so that its declared effects hold for the surfaces.
+  write(edit);
+  for (const Part& part : parts_) static_cast<void>(edit.surface(*layer_, part.kind));
+  close();
+  record(target, edit);
+}
+
+void OpenSurfaceEdit::record(const DocumentPtr& document, DocumentEdit& edit) {
+  std::vector<std::shared_ptr<MoveLayerOperation>> moves;
+  for (const Part& part : parts_) {
+    if (part.snapshotBefore == nullptr) return;
+    PixelEdit pixelEdit{.actionName = actionName_,
+                        .document = document,
+                        .layerID = layer_->id,
+                        .snapshotBefore = part.snapshotBefore};
+    auto after = TextureSnapshot::captureReady(*layer_->surface(part.kind), document->context());
+    if (purpose_ == Purpose::levels) {
+      const auto levels = std::make_shared<LevelsOperation>(std::move(pixelEdit));
+      levels->setSnapshotAfter(std::move(after));
+      return edit.record(levels);
+    }
+    const auto move = std::make_shared<MoveLayerOperation>(std::move(pixelEdit), part.kind);
+    move->setSnapshotAfter(std::move(after));
+    moves.push_back(move);
   }
+  if (moves.size() == 1) return edit.record(moves.front());
+  edit.record(std::make_shared<LinkedMoveOperation>(actionName_, document, moves[0], moves[1]));
 }
 
 void OpenSurfaceEdit::takeBack() {
@@ -70,13 +144,22 @@ void OpenSurfaceEdit::takeBack() {
   if (target == nullptr) return;
   close();
   DocumentEdit edit(*target, editKind::takenBack);
-  edit.surface(*layer_, kind_) = original_;
+  for (Part& part : parts_) {
+    part.change.reset();
+    edit.surface(*layer_, part.kind) = part.original;
+  }
 }
 
 void OpenSurfaceEdit::end() {
-  if (!isOpen()) return;
-  const ConstTexture live = layer_->surface(kind_);
-  const bool isChanged = live != nullptr && !SurfaceTrace(original_).changedTiles(*live).empty();
+  const DocumentPtr target = document();
+  if (target == nullptr) return;
+  // Observers, who may destroy this edit, hear of all of it at once and last.
+  const DocumentEdit whole(*target, editKind::shown);
+  settle();
+  const bool isChanged = std::ranges::any_of(parts_, [this](const Part& part) {
+    const ConstTexture live = layer_->surface(part.kind);
+    return live != nullptr && !SurfaceTrace(part.original).changedTiles(*live).empty();
+  });
   if (isChanged) {
     keep();
   } else {

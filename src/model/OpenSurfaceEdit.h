@@ -1,22 +1,27 @@
 // An open edit of one layer's pixels or mask: shown any number of times, each time from the original pixels,
-// then kept under one record or taken back. Ownership as for `OpenEdit`; main thread only.
+// then kept under one record or taken back. What is shown is a value, evaluated where somebody looks; the
+// surface is written when the edit is kept, or when somebody is about to read it (`Document::settle`).
+// Ownership as for `OpenEdit`; main thread only.
 #pragma once
 
 #include <QString>
 #include <QUuid>
-#include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "model/OpenEdit.h"
+#include "raster/SurfaceChange.h"
 #include "undo/TextureSnapshot.h"
 
 namespace orvanel {
 
-class StoredResultOperation;
+class DocumentEdit;
 
 class OpenSurfaceEdit final : public OpenEdit {
  public:
-  /// Selects the record that keeps the result.
+  /// Selects the record that keeps the result. A transform of a layer's pixels carries its mask along if the
+  /// mask is linked; a mask that is the same everywhere stays, because it has nothing to carry.
   enum class Purpose { transform, levels };
 
   /// Begins on an existing surface of the layer. If the edit may need more memory than there is, reports a
@@ -29,27 +34,44 @@ class OpenSurfaceEdit final : public OpenEdit {
 
   [[nodiscard]] const QUuid& layerID() const { return layer_->id; }
   /// The original pixels.
-  [[nodiscard]] const Surface& original() const { return original_; }
+  [[nodiscard]] const Surface& original() const { return parts_.front().original; }
   /// The original pixels as the record holds them; null if they couldn't be captured.
-  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const { return snapshotBefore_; }
+  [[nodiscard]] const std::shared_ptr<TextureSnapshot>& snapshotBefore() const {
+    return parts_.front().snapshotBefore;
+  }
 
-  /// Calls `draw` to write the surface, which still holds what was last shown.
-  void show(const std::function<void(const Document& document, Surface& live)>& draw);
+  /// Shows the original pixels with this change, and a mask that is carried along with the other one.
+  void show(const SurfaceChange& change, const SurfaceChange& changeOfMask);
+  void show(const SurfaceChange& change) { show(change, change); }
   /// Keeps what is shown, under one record.
   void keep();
   /// Restores the original pixels; leaves no record.
   void takeBack();
   void end() override;
+  void settle() override;
+  [[nodiscard]] bool isSettled() const override;
+  [[nodiscard]] std::optional<ShownSurface> shown(const Layer& layer, SurfaceKind kind) const override;
 
  private:
-  OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer, SurfaceKind kind,
-                  Purpose purpose, const QString& actionName);
+  /// One of the surfaces that the edit changes.
+  struct Part {
+    SurfaceKind kind;
+    Surface original;
+    std::shared_ptr<TextureSnapshot> snapshotBefore;
+    /// What is shown and not written yet.
+    std::optional<SurfaceChange> change;
+  };
+
+  OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
+                  const std::vector<SurfaceKind>& kinds, Purpose purpose, QString actionName);
+  /// Writes to the surfaces what is shown.
+  void write(DocumentEdit& edit);
+  void record(const DocumentPtr& document, DocumentEdit& edit);
 
   std::shared_ptr<Layer> layer_;
-  SurfaceKind kind_;
-  Surface original_;
-  std::shared_ptr<TextureSnapshot> snapshotBefore_;
-  std::shared_ptr<StoredResultOperation> record_;
+  Purpose purpose_;
+  QString actionName_;
+  std::vector<Part> parts_;  ///< the edited surface, then the mask that is carried along
 };
 
 }  // namespace orvanel

@@ -18,6 +18,7 @@
 #include "raster/Hash.h"
 #include "raster/Regularity.h"
 #include "raster/kernels/CompositeStrip.h"
+#include "raster/kernels/PixelAccess.h"
 
 namespace orvanel {
 namespace {
@@ -29,27 +30,6 @@ using kernels::StripSource;
 void fold(Hasher& hasher, const Tile& tile) {
   hasher.fold(tile.isUniform() ? 1 : 2);
   hasher.fold(tile.isUniform() ? tile.pixel() : tile.version());
-}
-
-float halfCoverage(std::uint64_t pixel) {
-  return halfToFloat(static_cast<std::uint16_t>(regularPixel(pixel, PixelFormat::r16Float)));
-}
-
-/// The alpha channel's bits of a uniform pixel, and their value at full coverage.
-std::uint64_t alphaBits(std::uint64_t pixel, PixelFormat format) {
-  const bool isByte = format == PixelFormat::rg8Unorm || format == PixelFormat::rgba8Unorm;
-  return pixel >> (static_cast<unsigned>(bytesPerPixel(format)) * 8U - (isByte ? 8U : 16U));
-}
-
-std::uint64_t fullAlphaBits(PixelFormat format) {
-  switch (format) {
-    case PixelFormat::rg16Unorm:
-      return 0xFFFF;
-    case PixelFormat::rgba16Float:
-      return halfOne;
-    default:
-      return 0xFF;
-  }
 }
 
 /// What one step contributes to one tile, once uniform masks and transparent tiles are settled.
@@ -94,11 +74,12 @@ class TileComposer {
       if (step.nested >= 0) {
         hasher.fold(recipes_[static_cast<std::size_t>(step.nested)]);
       } else {
-        hasher.fold(static_cast<std::uint64_t>(step.source->format()));
-        fold(hasher, step.source->tile(index));
+        hasher.fold(static_cast<std::uint64_t>(step.source.surface->format()));
+        fold(hasher, step.source.surface->tile(index));
       }
-      if (step.mask != nullptr) fold(hasher, step.mask->tile(index));
-      hasher.fold(step.mask != nullptr ? 1 : 0);
+      const Surface* mask = step.mask.surface;
+      if (mask != nullptr) fold(hasher, mask->tile(index));
+      hasher.fold(mask != nullptr ? 1 : 0);
     }
     return hasher.value() | 1U;  // 0 means unknown
   }
@@ -106,16 +87,17 @@ class TileComposer {
   /// The step's part in this tile; nothing when it leaves the backdrop as it is.
   [[nodiscard]] std::optional<Contribution> contributionOf(const CompositePlan::Step& step, int index) const {
     const Surface& surface =
-        step.nested >= 0 ? *targets_[static_cast<std::size_t>(step.nested)].surface : *step.source;
+        step.nested >= 0 ? *targets_[static_cast<std::size_t>(step.nested)].surface : *step.source.surface;
     Contribution part;
     part.sourceTile = &surface.tile(index);
     part.source.format = surface.format();
     part.source.opacity = std::clamp(step.params.opacity, 0.0F, 1.0F);
     part.source.blendMode = static_cast<BlendMode>(step.params.blendMode);
-    if (step.mask != nullptr) {
-      const Tile& mask = step.mask->tile(index);
+    if (step.mask.surface != nullptr) {
+      const Tile& mask = step.mask.surface->tile(index);
       if (mask.isUniform()) {
-        part.source.opacity *= halfCoverage(mask.pixel());
+        part.source.uniformMask = static_cast<std::uint16_t>(regularPixel(mask.pixel(), maskPixelFormat));
+        if (part.source.uniformMask == 0) return std::nullopt;
       } else {
         part.maskTile = &mask;
         part.source.mask = reinterpret_cast<const std::uint16_t*>(mask.data());
@@ -125,14 +107,14 @@ class TileComposer {
     bool isOpaque = part.sourceTile->has(TileTrait::opaque);
     if (part.sourceTile->isUniform()) {
       part.source.uniformPixel = regularPixel(part.sourceTile->pixel(), part.source.format);
-      const std::uint64_t alpha = alphaBits(part.source.uniformPixel, part.source.format);
-      if (alpha == 0) return std::nullopt;
-      isOpaque = alpha == fullAlphaBits(part.source.format);
+      const float alpha = kernels::colorOfPixel(part.source.uniformPixel, part.source.format)[3];
+      if (alpha == 0.0F) return std::nullopt;
+      isOpaque = alpha == 1.0F;
     } else {
       part.source.pixels = part.sourceTile->data();
     }
-    part.isOpaqueCover = isOpaque && part.maskTile == nullptr && part.source.opacity >= 1.0F &&
-                         part.source.blendMode == BlendMode::normal;
+    part.isOpaqueCover = isOpaque && part.maskTile == nullptr && part.source.uniformMask == halfOne &&
+                         part.source.opacity >= 1.0F && part.source.blendMode == BlendMode::normal;
     return part;
   }
 
@@ -240,18 +222,18 @@ CompositePlan::Target CompositePlan::addTarget(Surface& temporary) {
   return static_cast<Target>(targets_.size()) - 1;
 }
 
-void CompositePlan::compositeLayer(Target target, const CompositeParams& params, const Surface& source,
-                                   const Surface* mask) {
+void CompositePlan::compositeLayer(Target target, const CompositeParams& params, const Source& source,
+                                   const Source& mask) {
   const Surface& canvas = *targets_[0].surface;
-  assert(namesFormat(params, source.format()));
-  if (!fits(canvas, &source) || !fits(canvas, mask)) return;
-  targets_[static_cast<std::size_t>(target)].steps.push_back({params, &source, mask, -1});
+  assert(namesFormat(params, source.surface->format()));
+  if (!fits(canvas, source.surface) || !fits(canvas, mask.surface)) return;
+  targets_[static_cast<std::size_t>(target)].steps.push_back({params, source, mask, -1});
 }
 
 void CompositePlan::compositeTarget(Target target, const CompositeParams& params, Target source) {
   assert(source > target);
   assert(namesFormat(params, targets_[static_cast<std::size_t>(source)].surface->format()));
-  targets_[static_cast<std::size_t>(target)].steps.push_back({params, nullptr, nullptr, source});
+  targets_[static_cast<std::size_t>(target)].steps.push_back({params, {}, {}, source});
 }
 
 CompositeReport CompositePlan::run(CompositeScope scope) {

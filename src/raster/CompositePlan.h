@@ -8,6 +8,7 @@
 
 #include "raster/KernelRecords.h"
 #include "raster/Surface.h"
+#include "raster/SurfaceChange.h"
 
 namespace orvanel {
 
@@ -34,12 +35,22 @@ class CompositePlan {
   /// A further target, cleared before its first dispatch: a folder's temporary.
   [[nodiscard]] Target addTarget(Surface& temporary);
 
-  /// Composites `source` over `target`. `mask` is null when `params.hasMask` is 0.
+  /// A surface of a layer, seen through a change that isn't written yet, or as it is.
+  struct Source {
+    const Surface* surface = nullptr;
+    const SurfaceChange* change = nullptr;
+  };
+
+  /// Composites `source` over `target`. `mask` has no surface when `params.hasMask` is 0.
+  void compositeLayer(Target target, const CompositeParams& params, const Source& source, const Source& mask);
   void compositeLayer(Target target, const CompositeParams& params, const Surface& source,
-                      const Surface* mask);
+                      const Surface* mask) {
+    compositeLayer(target, params, Source{&source, nullptr}, Source{mask, nullptr});
+  }
   /// Composites the finished `source` target over `target`.
   void compositeTarget(Target target, const CompositeParams& params, Target source);
 
+  /// Brings the targets up to date. All changes have been written: only `SampledComposite` sees through them.
   CompositeReport run(CompositeScope scope);
   /// The same for `count` tiles of the canvas from `firstTile` on.
   CompositeReport run(CompositeScope scope, int firstTile, int count);
@@ -47,14 +58,16 @@ class CompositePlan {
 
   struct Step {
     CompositeParams params;
-    const Surface* source = nullptr;
-    const Surface* mask = nullptr;
-    Target nested = -1;
+    Source source;
+    Source mask;
+    Target nested = -1;  ///< in the place of a source
   };
   struct TargetPlan {
     Surface* surface = nullptr;
     std::vector<Step> steps;
   };
+
+  [[nodiscard]] const std::vector<TargetPlan>& targets() const { return targets_; }
 
  private:
   std::vector<TargetPlan> targets_;

@@ -23,6 +23,8 @@ struct CanvasViewContext {
   double viewportOffsetY = 0.0;  ///< document pixels
   double zoom = 1.0;             ///< view points per document pixel
   double scaleFactor = 1.0;      ///< device pixels per view point
+  /// The flattened image at the view's samples, where the document's own isn't current.
+  const Surface* samples = nullptr;
 };
 
 /// The vertex function of every pass.

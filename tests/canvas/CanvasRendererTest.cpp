@@ -155,28 +155,35 @@ TEST_F(CanvasRendererTest, AFrameLeavesTheCompositeCurrent) {
   EXPECT_EQ(document->compositor().lastCompositingHash(), DocumentCompositor::compositingHash(*document));
 }
 
-TEST_F(CanvasRendererTest, ALongFlatteningIsSpreadOverSeveralFrames) {
-  // More tiles than the compositor makes between two checks of its deadline.
-  document = makeDocument(1024, 1024);
+/// A document whose image isn't flattened within a frame.
+constexpr int largeSide = 128 * 20;
+
+TEST_F(CanvasRendererTest, AFrameShowsALargeImageBeforeItIsFlattened) {
+  document = makeDocument(largeSide, largeSide);
   renderer.document = document;
-  renderer.flatteningPerFrame = std::chrono::milliseconds(0);
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
   EXPECT_FALSE(document->isCompositeCurrent());
   EXPECT_EQ(view.presented, 1);
-  EXPECT_NE(renderer.drawInMTKView(view), FrameResult::unfinished);
-  EXPECT_TRUE(document->isCompositeCurrent());
   for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 79), QPoint(99, 79)}) {
     EXPECT_EQ(view.at(corner.x(), corner.y()), white);
   }
+  const std::vector<std::uint32_t> sampled = view.pixels;
+  while (!renderer.catchUp()) continue;
+  EXPECT_TRUE(document->isCompositeCurrent());
+  renderer.drawInMTKView(view);
+  EXPECT_EQ(view.pixels, sampled);
 }
 
-TEST_F(CanvasRendererTest, AnEditDuringALongFlatteningRestartsIt) {
-  document = makeDocument(1024, 1024);
+TEST_F(CanvasRendererTest, FlatteningIsSpreadOverTurnsAndAnEditRestartsIt) {
+  document = makeDocument(largeSide, largeSide);
   renderer.document = document;
-  renderer.flatteningPerFrame = std::chrono::milliseconds(0);
-  EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
+  renderer.flatteningPerTurn = std::chrono::milliseconds(0);
+  EXPECT_FALSE(renderer.catchUp());
   document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
+  EXPECT_FALSE(renderer.catchUp());
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::unfinished);
+  EXPECT_EQ(view.at(50, 40), red);
+  while (!renderer.catchUp()) continue;
   EXPECT_EQ(renderer.drawInMTKView(view), FrameResult::drawn);
   for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 79), QPoint(99, 79)}) {
     EXPECT_EQ(view.at(corner.x(), corner.y()), red);

@@ -167,7 +167,7 @@ TEST_F(DocumentCompositorTest, FlatteningResumesAfterADeadline) {
   document->fillSelection(DisplayColor{0.0F, 1.0F, 0.0F, 0.5F});
   int turns = 1;
   while (!document->advanceComposite(std::chrono::milliseconds(0))) ++turns;
-  EXPECT_EQ(turns, 7) << "200 tiles, 32 at a time";
+  EXPECT_EQ(turns, 25) << "200 tiles, 8 at a time";
   EXPECT_TRUE(document->isCompositeCurrent());
   const Surface made = *document->composite();
   Surface anew(made.format(), made.width(), made.height());

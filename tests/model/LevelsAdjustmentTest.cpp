@@ -25,7 +25,10 @@ double leveled(double value, const Levels& levels) {
 
 class LevelsAdjustmentTest : public testing::TestWithParam<ColorMode> {
  protected:
-  [[nodiscard]] Surface pixels() const { return pixelsOf(*layer); }
+  [[nodiscard]] Surface pixels() const {
+    if (document != nullptr) document->settle();
+    return pixelsOf(*layer);
+  }
   [[nodiscard]] LevelsAdjustment begin() const { return LevelsAdjustment::begin(document).value(); }
   void expectLeveled(const Surface& before, const Levels& levels) const {
     reference::Image expected = reference::imageOf(before);

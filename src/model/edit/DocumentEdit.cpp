@@ -33,7 +33,10 @@ bool holds(const LayerNode& node, const QUuid& id) {
 }  // namespace
 
 DocumentEdit::DocumentEdit(Document& document, const EditKind& kind) : document_(document), kind_(kind) {
-  if (document.batch_ == nullptr) OpenEdit::endAll(document, kind.ends);
+  if (document.batch_ == nullptr) {
+    OpenEdit::endAll(document, kind.ends);
+    if (kind.readsSurfaces) document.settle();
+  }
   if (document.batch_ == nullptr) {
     document.batch_ = std::make_unique<Document::Batch>();
     isOutermost_ = true;

@@ -31,18 +31,19 @@ struct EditKind {
   bool recomposites = false;      ///< sets `needsCompositing`
   bool renewsThumbnails = false;  ///< those of the layers whose surfaces it wrote
   EndsOpenEdits ends = EndsOpenEdits::none;
+  bool readsSurfaces = false;  ///< what open edits show is written before it begins
 };
 
 namespace editKind {
 /// Edits of pixels, masks or the canvas, and removals of nodes: anything an open edit may depend on.
 inline constexpr EditKind contents{true, true, true, EndsOpenEdits::all};
 /// Nodes or masks added, nodes moved: no existing surface changes.
-inline constexpr EditKind addition{true, true, true, EndsOpenEdits::none};
+inline constexpr EditKind addition{true, true, true, EndsOpenEdits::none, true};
 /// Only the order of nodes, which the compositor detects by its hash.
 inline constexpr EditKind order{false, false, false, EndsOpenEdits::none};
 /// One property of a node, which the compositor detects by its hash.
 inline constexpr EditKind property{true, false, false, EndsOpenEdits::none};
-inline constexpr EditKind selection{false, false, false, EndsOpenEdits::ofTheSelection};
+inline constexpr EditKind selection{false, false, false, EndsOpenEdits::ofTheSelection, true};
 /// A step through the history.
 inline constexpr EditKind history{true, true, true, EndsOpenEdits::all};
 /// A record's step, nested in the step through the history.
@@ -52,7 +53,7 @@ inline constexpr EditKind shown{false, true, false, EndsOpenEdits::none};
 inline constexpr EditKind kept{true, true, true, EndsOpenEdits::none};
 inline constexpr EditKind takenBack{false, true, true, EndsOpenEdits::none};
 /// What a selection gesture shows and keeps.
-inline constexpr EditKind selecting{false, false, false, EndsOpenEdits::none};
+inline constexpr EditKind selecting{false, false, false, EndsOpenEdits::none, true};
 /// Nothing but the end of all open edits.
 inline constexpr EditKind settled{false, false, false, EndsOpenEdits::all};
 /// View, file and other state that isn't recorded.

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
+#include "raster/SampleGrid.h"
 #include "raster/Surface.h"
 #include "raster/fragments/DisplayRows.h"
 #include "raster/fragments/FragmentUniforms.h"
@@ -33,12 +35,14 @@ struct TileColumns {
 /// Makes rows of the document as the screen shows them, one document row at a time.
 class RowBuilder {
  public:
-  RowBuilder(const Surface& texture, const AxisMapping& mapping, PixelSpan columns, std::uint32_t channelMask)
+  /// `indices` are the texture's columns under the device's `columns`.
+  RowBuilder(const Surface& texture, PixelSpan columns, std::vector<std::int32_t> indices,
+             std::uint32_t channelMask)
       : texture_(texture),
         channelMask_(channelMask),
         pixelBytes_(static_cast<std::size_t>(texture.pixelBytes())),
         columns_(columns),
-        indices_(mapping.indices(columns)),
+        indices_(std::move(indices)),
         display_(indices_.size()) {
     isOneToOne_ = isContiguous();
     isMagnified_ = !isOneToOne_ && indices_.back() - indices_.front() < columns.length();
@@ -47,11 +51,11 @@ class RowBuilder {
     splitByTiles();
   }
 
-  void build(int documentY) {
+  void build(int textureY) {
     segments_.clear();
-    const std::size_t rowInTile = static_cast<std::size_t>(documentY % tileSide) * tileSide * pixelBytes_;
+    const std::size_t rowInTile = static_cast<std::size_t>(textureY % tileSide) * tileSide * pixelBytes_;
     for (const TileColumns& part : parts_) {
-      const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, documentY / tileSide));
+      const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, textureY / tileSide));
       append(part.device,
              tile.isUniform() ? fillUniform(part, tile) : convertRow(part, tile.data() + rowInTile));
     }
@@ -162,6 +166,15 @@ class RowBuilder {
   bool isMagnified_ = false;
 };
 
+/// Replaces the indices of document pixels by their places among the samples of the view.
+void countSamples(std::vector<std::int32_t>& indices, const std::vector<std::int32_t>& samples) {
+  auto sample = samples.begin();
+  for (std::int32_t& index : indices) {
+    sample = std::find(sample, samples.end(), index);
+    index = static_cast<std::int32_t>(sample - samples.begin());
+  }
+}
+
 }  // namespace
 
 void document(const FragmentInvocation& invocation, const FragmentBand& band) {
@@ -170,26 +183,35 @@ void document(const FragmentInvocation& invocation, const FragmentBand& band) {
   if (texture->format() != PixelFormat::rgba8Unorm && texture->format() != PixelFormat::rgba16Float) return;
 
   const auto uniforms = fragmentUniforms<DocumentUniforms>(invocation);
-  // An image whose size differs from the canvas's can't be placed on it.
-  const bool fits = texture->width() == static_cast<int>(uniforms.view.canvasWidth) &&
-                    texture->height() == static_cast<int>(uniforms.view.canvasHeight);
-  if (!fits) return;
-
   const AxisMapping horizontal = AxisMapping::horizontal(uniforms.view);
   const AxisMapping vertical = AxisMapping::vertical(uniforms.view);
   const PixelSpan columns = horizontal.inside(0, band.width);
   const PixelSpan rows = vertical.inside(band.y, band.y + band.rows);
   if (columns.isEmpty() || rows.isEmpty()) return;
 
+  std::vector<std::int32_t> textureColumns = horizontal.indices(columns);
+  std::vector<std::int32_t> textureRows = vertical.indices(rows);
+  int width = static_cast<int>(uniforms.view.canvasWidth);
+  int height = static_cast<int>(uniforms.view.canvasHeight);
+  if (uniforms.isSampled != 0.0F) {
+    const SampleGrid grid = SampleGrid::ofView(uniforms.view);
+    countSamples(textureColumns, grid.columns);
+    countSamples(textureRows, grid.rows);
+    width = static_cast<int>(grid.columns.size());
+    height = static_cast<int>(grid.rows.size());
+  }
+  // An image whose size differs from the canvas's can't be placed on it.
+  if (texture->width() != width || texture->height() != height) return;
+
   const auto lane = [&](std::size_t channel, std::uint32_t mask) {
     return uniforms.channelVisibility[channel] != 0.0F ? mask : 0U;
   };
   const std::uint32_t channelMask = 0xFF000000U | lane(0, 0xFF0000U) | lane(1, 0xFF00U) | lane(2, 0xFFU);
-  RowBuilder builder(*texture, horizontal, columns, channelMask);
+  RowBuilder builder(*texture, columns, std::move(textureColumns), channelMask);
   int built = -1;
   for (int y = rows.begin; y < rows.end; ++y) {
-    const int documentY = vertical.indexAt(y);
-    if (documentY != built) builder.build(built = documentY);
+    const int textureY = textureRows[static_cast<std::size_t>(y - rows.begin)];
+    if (textureY != built) builder.build(built = textureY);
     builder.draw(bandRow(band, y - band.y));
   }
 }

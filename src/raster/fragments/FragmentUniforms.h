@@ -21,7 +21,8 @@ static_assert(sizeof(BackgroundUniforms) == 48 && offsetof(BackgroundUniforms, c
 struct DocumentUniforms {
   CanvasViewUniforms view;
   std::array<float, 3> channelVisibility{1.0F, 1.0F, 1.0F};
-  float reserved = 0.0F;
+  /// 0: the texture is the canvas's image. 1: it has only the pixels of the view's `SampleGrid`.
+  float isSampled = 0.0F;
 };
 static_assert(sizeof(DocumentUniforms) == 48 && offsetof(DocumentUniforms, channelVisibility) == 32);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "raster/SampleGrid.h"
+
 namespace orvanel {
 
 AxisMapping::AxisMapping(double viewport, double canvas, double offset, double pixelsPerDocumentPixel)
@@ -51,6 +53,17 @@ std::vector<std::int32_t> AxisMapping::indices(PixelSpan inside) const {
 bool AxisMapping::startsDocumentPixel(int device) const {
   const double before = documentAt(device - 1);
   return before >= 0.0 && static_cast<int>(before) != indexAt(device);
+}
+
+std::vector<std::int32_t> AxisMapping::samples(int viewport) const {
+  std::vector<std::int32_t> result = indices(inside(0, viewport));
+  result.erase(std::unique(result.begin(), result.end()), result.end());
+  return result;
+}
+
+SampleGrid SampleGrid::ofView(const CanvasViewUniforms& view) {
+  return {AxisMapping::horizontal(view).samples(static_cast<int>(view.viewportWidth)),
+          AxisMapping::vertical(view).samples(static_cast<int>(view.viewportHeight))};
 }
 
 }  // namespace orvanel

@@ -41,6 +41,8 @@ class AxisMapping {
   [[nodiscard]] PixelSpan inside(int begin, int end) const;
   /// The document pixel under each device pixel of a span inside the canvas.
   [[nodiscard]] std::vector<std::int32_t> indices(PixelSpan inside) const;
+  /// The document pixels that a viewport of this size shows, each once.
+  [[nodiscard]] std::vector<std::int32_t> samples(int viewport) const;
   /// True when the device pixel is the first one of a document pixel other than the canvas's first.
   [[nodiscard]] bool startsDocumentPixel(int device) const;
 

@@ -12,7 +12,8 @@ namespace orvanel::kernels::HWY_NAMESPACE {
 // Blend functions give the accumulator's new premultiplied colour P' from the source colour s, the
 // backdrop P with alpha ab, and the source's alpha as. With B the blend of the general formula,
 //   P' = P + as * ((1 - ab) * s + ab * B - P),
-// where ab * B needs no division because P = ab * Cb.
+// where ab * B needs no division because P = ab * Cb. An opaque source in the normal mode gives exactly s, so
+// that what it hides may as well be left out.
 
 struct Backdrop {
   VF32 alpha;
@@ -35,7 +36,7 @@ struct MixBlend {
 
 struct NormalBlend {
   static HWY_INLINE VF32 blend(VF32 s, VF32 P, const Backdrop&, VF32 as) {
-    return hn::MulAdd(as, hn::Sub(s, P), P);
+    return hn::MulAdd(as, s, hn::Mul(hn::Sub(hn::Set(f32, 1.0F), as), P));
   }
 };
 struct MultiplyBlend {
@@ -242,15 +243,19 @@ void loadStrip(StripAccumulator& accumulator, PlaneSet planes, PixelFormat forma
 }
 
 void compositeStrip(StripAccumulator& accumulator, PlaneSet planes, const StripSource& source, int count) {
-  if (source.pixels != nullptr) {
-    HWY_DYNAMIC_DISPATCH(compositeStrip)(accumulator, planes, source, count);
-    return;
-  }
-  // A uniform source goes through the same arithmetic, so that it makes no difference how a tile is held.
-  alignas(64) std::byte spread[stripPixels * 8];
-  fillPixels(spread, static_cast<std::size_t>(count), source.uniformPixel, bytesPerPixel(source.format));
+  // Uniform pixels and coverage go through the same arithmetic, so that it makes no difference how a tile is
+  // held.
+  alignas(64) std::byte pixels[stripPixels * 8];
+  alignas(64) std::uint16_t mask[stripPixels];
   StripSource data = source;
-  data.pixels = spread;
+  if (source.pixels == nullptr) {
+    fillPixels(pixels, static_cast<std::size_t>(count), source.uniformPixel, bytesPerPixel(source.format));
+    data.pixels = pixels;
+  }
+  if (source.mask == nullptr && source.uniformMask != halfOne) {
+    std::fill_n(mask, count, source.uniformMask);
+    data.mask = mask;
+  }
   HWY_DYNAMIC_DISPATCH(compositeStrip)(accumulator, planes, data, count);
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "raster/ColorMode.h"
+#include "raster/HalfFloat.h"
 #include "raster/PixelFormat.h"
 
 namespace orvanel::kernels {
@@ -25,12 +26,13 @@ struct StripAccumulator {
   alignas(64) float alpha[stripPixels];
 };
 
-/// Pixels of one layer under a strip; a uniform source has no `pixels`.
+/// Pixels of one layer under a strip; a uniform source has no `pixels`, a uniform mask no `mask`.
 struct StripSource {
   PixelFormat format = PixelFormat::rgba16Float;
   const std::byte* pixels = nullptr;
   std::uint64_t uniformPixel = 0;
-  const std::uint16_t* mask = nullptr;  ///< half floats; null: no mask, or a uniform one within `opacity`
+  const std::uint16_t* mask = nullptr;  ///< half floats
+  std::uint16_t uniformMask = halfOne;  ///< the coverage of all pixels where `mask` is null
   float opacity = 1.0F;
   BlendMode blendMode = BlendMode::normal;
 };

@@ -1,8 +1,5 @@
 #include "raster/kernels/PremultipliedRows.h"
 
-#include <algorithm>
-#include <cmath>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "raster/kernels/PremultipliedRows.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
@@ -128,47 +125,37 @@ void filterRow(const float* in, int origin, const FilterTaps* taps, float* out, 
   }
 }
 
-/// Positions within a row as whole numbers of 2^-32 pixels.
-HWY_INLINE std::int64_t fixedPoint(double value) {
-  return std::llround(value * 0x1p32);
+HWY_INLINE hn::Vec<Pixel4> weightOf(FixedPoint position) {
+  return hn::Set(pixel4,
+                 static_cast<float>(static_cast<std::int32_t>(position >> 1 & 0x7FFFFFFF)) * 0x1p-31F);
 }
 
-void addBilinearRow(const RingedBlock& block, double u, double v, double du, double dv, float* out,
-                    int count) {
-  // Shifted by the ring, every coordinate that matters is positive. What lies this close to the rim has
-  // no weight worth telling, and leaves room for the rounding of positions.
-  constexpr double rim = 1e-6;
-  const auto isInside = [&](int i) {
-    const double x = u + i * du + 1.0;
-    const double y = v + i * dv + 1.0;
-    return x >= rim && y >= rim && x < block.width + 1.0 - rim && y < block.height + 1.0 - rim;
-  };
-  int begin = 0;
-  int end = count;
-  while (begin < end && !isInside(begin)) ++begin;
-  while (end > begin && !isInside(end - 1)) --end;
-  if (begin == end) return;
-  // A longer step leaves no second pixel inside.
-  constexpr double longest = 1e5;
-  std::int64_t x = fixedPoint(u + begin * du + 1.0);
-  std::int64_t y = fixedPoint(v + begin * dv + 1.0);
-  const std::int64_t stepX = fixedPoint(std::clamp(du, -longest, longest));
-  const std::int64_t stepY = fixedPoint(std::clamp(dv, -longest, longest));
+/// Adds the sample between two pixels at `top` and two at `low`.
+HWY_INLINE void addBilinear(const float* top, const float* low, FixedPoint u, FixedPoint v, float* out) {
+  const auto across = weightOf(u);
+  const auto topLeft = hn::Load(pixel4, top);
+  const auto lowLeft = hn::Load(pixel4, low);
+  const auto above = hn::MulAdd(across, hn::Sub(hn::Load(pixel4, top + 4), topLeft), topLeft);
+  const auto below = hn::MulAdd(across, hn::Sub(hn::Load(pixel4, low + 4), lowLeft), lowLeft);
+  const auto sample = hn::MulAdd(weightOf(v), hn::Sub(below, above), above);
+  hn::Store(hn::Add(hn::Load(pixel4, out), sample), pixel4, out);
+}
+
+void addBilinearRow(const RingedBlock& block, const SampleLine& line, float* out, int count) {
   const std::size_t stride = block.stride();
-  for (int i = begin; i < end; ++i, x += stepX, y += stepY) {
-    const float* corner =
-        block.pixels + static_cast<std::size_t>(y >> 32) * stride + 4 * static_cast<std::size_t>(x >> 32);
-    const auto acrossWeight =
-        hn::Set(pixel4, static_cast<float>(static_cast<std::int32_t>(x >> 1 & 0x7FFFFFFF)) * 0x1p-31F);
-    const auto downWeight =
-        hn::Set(pixel4, static_cast<float>(static_cast<std::int32_t>(y >> 1 & 0x7FFFFFFF)) * 0x1p-31F);
-    const auto topLeft = hn::Load(pixel4, corner);
-    const auto bottomLeft = hn::Load(pixel4, corner + stride);
-    const auto top = hn::MulAdd(acrossWeight, hn::Sub(hn::Load(pixel4, corner + 4), topLeft), topLeft);
-    const auto low =
-        hn::MulAdd(acrossWeight, hn::Sub(hn::Load(pixel4, corner + stride + 4), bottomLeft), bottomLeft);
-    const auto sample = hn::MulAdd(downWeight, hn::Sub(low, top), top);
-    hn::Store(hn::Add(hn::Load(pixel4, out + 4 * i), sample), pixel4, out + 4 * i);
+  FixedPoint u = line.u;
+  FixedPoint v = line.v;
+  for (int i = 0; i < count; ++i, u += line.stepU, v += line.stepV) {
+    const float* corner = block.pixels + static_cast<std::size_t>(v >> fixedPointBits) * stride +
+                          4 * static_cast<std::size_t>(u >> fixedPointBits);
+    addBilinear(corner, corner + stride, u, v, out + 4 * i);
+  }
+}
+
+void addCollectedSamples(const float* neighbours, const CollectedSample* samples, float* out, int count) {
+  for (int i = 0; i < count; ++i, neighbours += 16) {
+    addBilinear(neighbours, neighbours + 8, samples[i].u, samples[i].v,
+                out + 4 * std::size_t{samples[i].output});
   }
 }
 
@@ -183,6 +170,7 @@ HWY_EXPORT(unpremultiplyRow);
 HWY_EXPORT(addWeightedRow);
 HWY_EXPORT(filterRow);
 HWY_EXPORT(addBilinearRow);
+HWY_EXPORT(addCollectedSamples);
 
 void premultiplyRow(PixelFormat format, const std::byte* in, float* out, int count) {
   HWY_DYNAMIC_DISPATCH(premultiplyRow)(format, in, out, count);
@@ -200,9 +188,12 @@ void filterRow(const float* in, int origin, const FilterTaps* taps, float* out, 
   HWY_DYNAMIC_DISPATCH(filterRow)(in, origin, taps, out, count);
 }
 
-void addBilinearRow(const RingedBlock& block, double u, double v, double du, double dv, float* out,
-                    int count) {
-  HWY_DYNAMIC_DISPATCH(addBilinearRow)(block, u, v, du, dv, out, count);
+void addBilinearRow(const RingedBlock& block, const SampleLine& line, float* out, int count) {
+  HWY_DYNAMIC_DISPATCH(addBilinearRow)(block, line, out, count);
+}
+
+void addCollectedSamples(const float* neighbours, const CollectedSample* samples, float* out, int count) {
+  HWY_DYNAMIC_DISPATCH(addCollectedSamples)(neighbours, samples, out, count);
 }
 
 }  // namespace orvanel::kernels

@@ -43,9 +43,31 @@ struct RingedBlock {
   [[nodiscard]] std::size_t stride() const { return 4 * (static_cast<std::size_t>(width) + 2); }
 };
 
-/// Adds bilinear samples at (u + i du, v + i dv) for i in [0, count); coordinates are those of pixel
-/// centres within the block, from 0. Samples further out are transparent.
-void addBilinearRow(const RingedBlock& block, double u, double v, double du, double dv, float* out,
-                    int count);
+/// Positions in the source are whole numbers of 2^-32 pixels, so that a sample's place doesn't depend on how
+/// the work is divided.
+using FixedPoint = std::int64_t;
+inline constexpr int fixedPointBits = 32;
+
+/// Where the samples of a row fall: (u + i * stepU, v + i * stepV) for the i-th.
+struct SampleLine {
+  FixedPoint u = 0;
+  FixedPoint v = 0;
+  FixedPoint stepU = 0;
+  FixedPoint stepV = 0;
+};
+
+/// Adds `count` bilinear samples to `out`; positions are counted from the centre of the ring's corner. All
+/// samples and their neighbours lie within the ring.
+void addBilinearRow(const RingedBlock& block, const SampleLine& line, float* out, int count);
+
+/// A sample whose four neighbours have been collected.
+struct CollectedSample {
+  FixedPoint u = 0;
+  FixedPoint v = 0;
+  std::uint32_t output = 0;  ///< the pixel of `out` that it is added to
+};
+/// As `addBilinearRow`, for samples anywhere: `neighbours` has the top left, top right, bottom left and
+/// bottom right pixel of each.
+void addCollectedSamples(const float* neighbours, const CollectedSample* samples, float* out, int count);
 
 }  // namespace orvanel::kernels

@@ -23,10 +23,17 @@ std::array<float, 6> inverseOf(const QTransform& m) {
           entry(m.m12() * m.dx() - m.m11() * m.dy())};
 }
 
+AffineParams affineOf(const QTransform& matrix) {
+  AffineParams params;
+  params.matrix = inverseOf(matrix);
+  return params;
+}
+
 }  // namespace
 
 std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& document,
                                                       const QString& actionName) {
+  document->settle();
   const std::shared_ptr<Layer> layer = document->activeLayer();
   if (layer == nullptr || layer->isLocked.value()) return nullptr;
   const ConstTexture target = layer->activeEditTexture();
@@ -41,28 +48,29 @@ std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& documen
 }
 
 void LayerTransform::translate(int dx, int dy) {
-  edit_->show([&](const Document& document, Surface& live) {
-    document.context().translateLayerPixels(edit_->original(), live, dx, dy, document.colorMode.value());
-  });
+  edit_->show({OffsetParams{dx, dy}});
 }
 
 void LayerTransform::scaleTo(const QRectF& box) {
-  const std::array from{static_cast<float>(contentRect_.x), static_cast<float>(contentRect_.y),
-                        static_cast<float>(contentRect_.width), static_cast<float>(contentRect_.height)};
-  const std::array to{static_cast<float>(box.x()), static_cast<float>(box.y()),
-                      static_cast<float>(box.width()), static_cast<float>(box.height())};
-  edit_->show([&](const Document& document, Surface& live) {
-    document.context().scaleLayerRegion(edit_->original(), live, from, to, document.colorMode.value());
-  });
+  ScaleParams scale;
+  scale.source = {static_cast<float>(contentRect_.x), static_cast<float>(contentRect_.y),
+                  static_cast<float>(contentRect_.width), static_cast<float>(contentRect_.height)};
+  scale.destination = {static_cast<float>(box.x()), static_cast<float>(box.y()),
+                       static_cast<float>(box.width()), static_cast<float>(box.height())};
+  // The content fades out at the edges of its box; a mask goes on beyond them.
+  const QTransform matrix =
+      QTransform::fromTranslate(-contentRect_.x, -contentRect_.y) *
+      QTransform::fromScale(box.width() / contentRect_.width, box.height() / contentRect_.height) *
+      QTransform::fromTranslate(box.x(), box.y());
+  edit_->show({scale}, {affineOf(matrix)});
 }
 
 void LayerTransform::rotate(float angle) {
-  const float centerX = static_cast<float>(contentRect_.x) + static_cast<float>(contentRect_.width) * 0.5F;
-  const float centerY = static_cast<float>(contentRect_.y) + static_cast<float>(contentRect_.height) * 0.5F;
-  edit_->show([&](const Document& document, Surface& live) {
-    document.context().rotateLayerPixels(edit_->original(), live, centerX, centerY, angle,
-                                         document.colorMode.value());
-  });
+  RotateParams turn;
+  turn.centerX = static_cast<float>(contentRect_.x) + static_cast<float>(contentRect_.width) * 0.5F;
+  turn.centerY = static_cast<float>(contentRect_.y) + static_cast<float>(contentRect_.height) * 0.5F;
+  turn.angle = angle;
+  edit_->show({turn});
 }
 
 bool LayerTransform::canInvert(const QTransform& matrix) {
@@ -71,10 +79,7 @@ bool LayerTransform::canInvert(const QTransform& matrix) {
 
 void LayerTransform::transform(const QTransform& matrix) {
   assert(canInvert(matrix));
-  edit_->show([&](const Document& document, Surface& live) {
-    document.context().affineTransformLayerPixels(edit_->original(), live, inverseOf(matrix),
-                                                  document.colorMode.value());
-  });
+  edit_->show({affineOf(matrix)});
 }
 
 }  // namespace orvanel

@@ -1,5 +1,6 @@
 // A transform of the active layer's content, or of its mask's if that is selected: previewed any number of
-// times, each time from the original pixels, then committed under one record or cancelled. Owned by the tool
+// times, each time from the original pixels, then committed under one record or cancelled. A linked mask is
+// carried along with the layer's content; what comes from outside the canvas hides. Owned by the tool
 // or command that transforms; main thread only. Boxes and matrices are in document coordinates.
 #pragma once
 

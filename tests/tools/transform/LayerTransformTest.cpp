@@ -24,6 +24,7 @@ class LayerTransforms : public testing::TestWithParam<ColorMode> {
     before = *layer->texture.value();
   }
   [[nodiscard]] std::optional<PixelRect> content() const {
+    document->settle();
     return document->context().layerContentBounds(*layer->texture.value(), document->colorMode.value(),
                                                   false);
   }
@@ -63,6 +64,7 @@ TEST_P(LayerTransforms, ContentBeyondTheEdgeCanComeBackWhileTheTransformIsOpen) 
   move->translate(-500, 0);
   EXPECT_EQ(content(), std::nullopt);
   move->translate(0, 0);
+  document->settle();
   EXPECT_TRUE(layer->texture.value()->equals(*before));
 }
 
