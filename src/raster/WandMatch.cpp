@@ -120,6 +120,11 @@ bool WandMatch::begin() {
   return tileMemory::admitSurface();
 }
 
+WandMatch::Side WandMatch::opposite(Side side) {
+  constexpr std::array<Side, 4> opposites{right, left, bottom, top};
+  return opposites[side];
+}
+
 int WandMatch::neighbour(int index, Side side) const {
   const int x = index % colors_.tilesAcross();
   const int y = index / colors_.tilesAcross();
@@ -241,15 +246,14 @@ void WandMatch::settle(int index) {
 
 /// Tells the neighbours of a tile what they can't know yet.
 void WandMatch::passOn(int index) {
-  constexpr std::array<std::pair<Side, Side>, 4> across{
-      {{left, right}, {right, left}, {top, bottom}, {bottom, top}}};
-  for (const auto& [side, opposite] : across) {
+  for (const Side side : allSides) {
     const int next = neighbour(index, side);
     if (next < 0) continue;
     Place& beyond = place(next);
-    const BitRow news = place(index).edges[side] & ~beyond.arrived[opposite] & ~beyond.edges[opposite];
+    BitRow& arrived = beyond.arrived[opposite(side)];
+    const BitRow news = place(index).edges[side] & ~arrived & ~beyond.edges[opposite(side)];
     if (!news.any()) continue;
-    beyond.arrived[opposite] = beyond.arrived[opposite] | news;
+    arrived = arrived | news;
     if (!std::exchange(beyond.isPending, true)) pending_.push_back(next);
   }
 }
@@ -297,20 +301,23 @@ bool WandMatch::isFull() const {
   return std::ranges::all_of(places_, [](const Place& place) { return place.found == Extent::all; });
 }
 
-/// The unselected pixels of a tile with two selected neighbours, and with more.
-void WandMatch::softenInto(int index, TileBits& halves, TileBits& threeQuarters) const {
+BitRow WandMatch::foundBeyond(int index, Side side) const {
+  const int next = neighbour(index, side);
+  return next < 0 ? BitRow{} : place(next).edges[opposite(side)];
+}
+
+/// The unselected pixels of a tile with two selected neighbours, and with more; false if there are none.
+bool WandMatch::softenInto(int index, TileBits& halves, TileBits& threeQuarters) const {
   static constexpr TileBits nothing{};
   const Place& here = place(index);
   const TileBits& found = here.found == Extent::none ? nothing : *here.foundBits;
-  const auto edgeBeyond = [&](Side side, Side opposite) {
-    const int next = neighbour(index, side);
-    return next < 0 ? BitRow{} : place(next).edges[opposite];
-  };
-  const BitRow leftOf = edgeBeyond(left, right);
-  const BitRow rightOf = edgeBeyond(right, left);
-  const BitRow above = edgeBeyond(top, bottom);
-  const BitRow below = edgeBeyond(bottom, top);
+  const BitRow leftOf = foundBeyond(index, left);
+  const BitRow rightOf = foundBeyond(index, right);
+  const BitRow above = foundBeyond(index, top);
+  const BitRow below = foundBeyond(index, bottom);
+  if (here.found == Extent::none && !(leftOf | rightOf | above | below).any()) return false;
   const BitRow visible = visibleColumns(index);
+  bool isAny = false;
   const int rows = colors_.tileRect(index).height;
   for (int y = 0; y < rows; ++y) {
     const auto row = static_cast<std::size_t>(y);
@@ -323,7 +330,9 @@ void WandMatch::softenInto(int index, TileBits& halves, TileBits& threeQuarters)
     const BitRow two = (a & b) | (c & d) | ((a | b) & (c | d));
     threeQuarters[row] = three & unselected;
     halves[row] = two & ~three & unselected;
+    isAny |= (two & unselected).any();
   }
+  return isAny;
 }
 
 void WandMatch::writeTile(int index, Surface& mask, WandEdges edges) const {
@@ -331,13 +340,8 @@ void WandMatch::writeTile(int index, Surface& mask, WandEdges edges) const {
   if (here.found == Extent::all) return mask.setUniform(index, halfOne);
   TileBits halves{};
   TileBits threeQuarters{};
-  bool isEmpty = here.found == Extent::none;
-  if (edges == WandEdges::antialiased) {
-    softenInto(index, halves, threeQuarters);
-    const auto isSoft = [](const BitRow& row) { return row.any(); };
-    isEmpty = isEmpty && std::ranges::none_of(halves, isSoft) && std::ranges::none_of(threeQuarters, isSoft);
-  }
-  if (isEmpty) return mask.setUniform(index, 0);
+  const bool isSoft = edges == WandEdges::antialiased && softenInto(index, halves, threeQuarters);
+  if (here.found == Extent::none && !isSoft) return mask.setUniform(index, 0);
   auto* out = reinterpret_cast<std::uint16_t*>(mask.overwriteTile(index));
   for (std::size_t y = 0; y < tileSide; ++y, out += tileSide) {
     writeRow(here.found == Extent::none ? BitRow{} : (*here.foundBits)[y], halves[y], threeQuarters[y], out);

@@ -48,6 +48,8 @@ class WandMatch {
  private:
   enum class Extent : std::uint8_t { unknown, none, some, all };
   enum Side : std::size_t { left, right, top, bottom };
+  static constexpr std::array allSides{left, right, top, bottom};
+  [[nodiscard]] static Side opposite(Side side);
   /// The pixels along each edge of a tile, columns from the top.
   using Edges = std::array<kernels::BitRow, 4>;
 
@@ -78,14 +80,17 @@ class WandMatch {
   void look(int index, const Criterion& criterion);
   void plantSeed(int x, int y);
   void visit(int index, const Criterion& criterion);
-  void enter(Place& place) const;
+  void enter(Place& here) const;
   void settle(int index);
   void passOn(int index);
-  void softenInto(int index, kernels::TileBits& halves, kernels::TileBits& threeQuarters) const;
+  /// What was found right beyond an edge of a tile.
+  [[nodiscard]] kernels::BitRow foundBeyond(int index, Side side) const;
+  [[nodiscard]] bool softenInto(int index, kernels::TileBits& halves, kernels::TileBits& threeQuarters) const;
   void writeTile(int index, Surface& mask, WandEdges edges) const;
 
   Surface colors_;
   TileColors makeColors_;
+  /// Bytes, which tasks can write side by side.
   std::vector<std::uint8_t> isFetched_;
   std::vector<Place> places_;
   std::vector<int> visited_;

@@ -54,7 +54,11 @@ std::optional<QPoint> documentPixel(const ToolContext& context, QPointF viewPoin
 SelectionToolState::SelectionToolState(const MetalContext& context)
     : dragPathLayer(std::make_shared<DragPathOverlayLayer>(context)) {}
 
-SelectionToolState::~SelectionToolState() = default;
+SelectionToolState::~SelectionToolState() {
+  // The canvas, which owns this, can't be asked for a frame any more.
+  view_ = nullptr;
+  abandon();
+}
 
 // The pointer.
 

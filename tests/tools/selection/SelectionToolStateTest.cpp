@@ -221,6 +221,21 @@ TEST_F(SelectionTools, APressWithoutTheReleaseBeforeItStartsAfresh) {
   EXPECT_EQ(records(), 1U);
 }
 
+TEST_F(SelectionTools, ToolsThatGoAwayInMidMoveKeepIt) {
+  selectRect({10, 10, 5, 5});
+  {
+    const auto passing = std::make_shared<SelectionToolState>(MetalContext::shared());
+    RectSelectToolHandler tool(passing, tools);
+    ToolInHand other(tool, canvas);
+    other.press({12, 12});
+    other.drag({14, 12});
+    canvas.redraws = 0;
+  }
+  EXPECT_EQ(bounds(), (PixelRect{12, 10, 5, 5}));
+  EXPECT_EQ(undoName(), "Move Selection");
+  EXPECT_EQ(canvas.redraws, 0) << "the canvas is no longer asked for frames";
+}
+
 TEST_F(SelectionTools, TheToolsShareOneOverlay) {
   const MagicWandToolHandler wand(state, tools);
   EXPECT_EQ(handler.overlayLayer(), wand.overlayLayer());
