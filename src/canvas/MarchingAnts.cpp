@@ -90,9 +90,9 @@ void MarchingAnts::find(const RenderEncoder::Draw& outline, Draws above, const D
     const auto isFree = [&](const OutlinePixel& pixel) {
       return onBlack.at(pixel) == black && onWhite.at(pixel) == white;
     };
-    const auto covered = std::ranges::stable_partition(found.pixels, isFree);
-    found.covered.assign(covered.begin(), covered.end());
-    found.pixels.erase(covered.begin(), covered.end());
+    const auto firstCovered = std::stable_partition(found.pixels.begin(), found.pixels.end(), isFree);
+    found.covered.assign(firstCovered, found.pixels.end());
+    found.pixels.erase(firstCovered, found.pixels.end());
   });
   findDamage(drawable);
   isShown_ = !damage_.empty();

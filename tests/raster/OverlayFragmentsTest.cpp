@@ -231,7 +231,7 @@ TEST(MoveBox, HasEightHandlesOnItsOutline) {
 }
 
 TEST(MoveBox, HasHandlesExactlyInTheMiddleOfItsLines) {
-  for (const float scale : {1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 3.0F}) {
+  for (const float scale : {1.0F, 1.25F, 1.5F, 2.0F, 3.0F}) {
     OverlayPicture picture(width, height, 0xFF000000U);
     picture.draw(fragments::moveTool,
                  moveBox(scale, {20 / scale, 20 / scale}, {160 / scale, 80 / scale}, 0.0F));

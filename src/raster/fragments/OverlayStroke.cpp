@@ -81,7 +81,9 @@ void OverlayStroke::addClosed(const std::vector<DevicePoint>& points) {
 }
 
 PixelSpan OverlayStroke::columnsNear(const Line& line, double y, int width) const {
-  const auto& [upper, lower] = std::minmax(line.from, line.to, [](auto a, auto b) { return a.y < b.y; });
+  const bool isDownward = line.from.y <= line.to.y;
+  const DevicePoint upper = isDownward ? line.from : line.to;
+  const DevicePoint lower = isDownward ? line.to : line.from;
   if (upper.y > y + reach() || lower.y < y - reach()) return {};
   const double height = lower.y - upper.y;
   const auto columnAt = [&](double lineY) {

@@ -24,7 +24,8 @@ bool isSelected(std::uint16_t half) {
 class SelectedPixels {
  public:
   SelectedPixels(int columns, int rows)
-      : words_((columns + wordBits - 1) / wordBits), rows_(rows), bits_(size(words_) * size(rows)) {}
+      // A word more, so that 64 pixels can be read from any column on.
+      : words_((columns + wordBits - 1) / wordBits + 1), rows_(rows), bits_(size(words_) * size(rows)) {}
 
   [[nodiscard]] std::span<std::uint64_t> row(int index) {
     return std::span(bits_).subspan(size(index) * size(words_), size(words_));
@@ -32,9 +33,11 @@ class SelectedPixels {
   [[nodiscard]] std::span<const std::uint64_t> row(int index) const {
     return std::span(bits_).subspan(size(index) * size(words_), size(words_));
   }
-  [[nodiscard]] bool at(int column, int row) const {
-    const std::uint64_t word = bits_[size(row) * size(words_) + size(column) / wordBits];
-    return ((word >> (static_cast<unsigned>(column) % wordBits)) & 1U) != 0;
+  /// The 64 pixels from a column on, the first in the lowest bit.
+  [[nodiscard]] std::uint64_t from(int column, int row) const {
+    const std::uint64_t* word = &bits_[size(row) * size(words_) + size(column / wordBits)];
+    const int shift = column % wordBits;
+    return shift == 0 ? word[0] : word[0] >> shift | word[1] << (wordBits - shift);
   }
 
   enum class Neighbours { four, eight };
@@ -156,15 +159,15 @@ struct Way {
 
 /// The way at a pixel as its surroundings at some distance show it; 0 on an axis where they don't.
 Way clockwiseSeenFrom(const SelectedPixels& selected, int column, int row, int distance) {
-  const auto at = [&](int dx, int dy) {
-    return selected.at(column + dx * distance, row + dy * distance) ? 1 : 0;
-  };
-  const int northWest = at(-1, -1);
-  const int northEast = at(1, -1);
-  const int southWest = at(-1, 1);
-  const int southEast = at(1, 1);
-  const int toRight = northEast + at(1, 0) + southEast - northWest - at(-1, 0) - southWest;
-  const int toBottom = southWest + at(0, 1) + southEast - northWest - at(0, -1) - northEast;
+  const std::uint64_t above = selected.from(column - distance, row - distance);
+  const std::uint64_t beside = selected.from(column - distance, row);
+  const std::uint64_t below = selected.from(column - distance, row + distance);
+  const auto at = [](std::uint64_t pixels, int index) { return static_cast<int>((pixels >> index) & 1U); };
+  const int right = 2 * distance;
+  const int corners = at(below, right) - at(above, 0);
+  const int otherCorners = at(above, right) - at(below, 0);
+  const int toRight = corners + otherCorners + at(beside, right) - at(beside, 0);
+  const int toBottom = corners - otherCorners + at(below, distance) - at(above, distance);
   // What is selected lies on the right-hand side of somebody who walks clockwise.
   return {std::clamp(toBottom, -1, 1), std::clamp(-toRight, -1, 1)};
 }
@@ -173,12 +176,14 @@ Way clockwiseSeenFrom(const SelectedPixels& selected, int column, int row, int d
 /// a slope isn't seen where its staircase is flat.
 constexpr int near = 3;
 constexpr int far = 8;
+/// What is read of a row at once reaches as far to both sides.
+constexpr int farthest = 31;
 
 /// Along rows and columns both diagonals would do; the choice lets dashes run on around corners.
 Way clockwise(const SelectedPixels& selected, int column, int row, int lineWidth) {
-  Way way = clockwiseSeenFrom(selected, column, row, near * lineWidth);
+  Way way = clockwiseSeenFrom(selected, column, row, std::min(near * lineWidth, farthest));
   if (way.x == 0 || way.y == 0) {
-    const Way fromAfar = clockwiseSeenFrom(selected, column, row, far * lineWidth);
+    const Way fromAfar = clockwiseSeenFrom(selected, column, row, std::min(far * lineWidth, farthest));
     if (way.x == 0) way.x = fromAfar.x;
     if (way.y == 0) way.y = fromAfar.y;
   }
