@@ -85,13 +85,20 @@ std::vector<int> tilesFromTheRim(const Surface& surface) {
 template <typename BoundsOfTile>
 void boundEveryTile(const Surface& surface, BoundsRecord& record, const BoundsOfTile& boundsOfTile) {
   SharedBounds bounds(record);
-  const std::vector<int> order = tilesFromTheRim(surface);
-  tbb::parallel_for_each(order.begin(), order.end(), [&](int index) {
+  const auto include = [&](int index) {
     const PixelRect rect = surface.tileRect(index);
     if (bounds.holds(rect)) return;
     const PixelRect content = boundsOfTile(index, rect);
     if (!content.isEmpty()) bounds.include(content);
-  });
+  };
+  // Content that fills the surface is bounded by its corners alone.
+  const int last = surface.tileCount() - 1;
+  for (const int corner : {0, last, surface.tilesAcross() - 1, last - surface.tilesAcross() + 1}) {
+    include(corner);
+  }
+  if (bounds.holds(surface.bounds())) return;
+  const std::vector<int> order = tilesFromTheRim(surface);
+  tbb::parallel_for_each(order.begin(), order.end(), include);
 }
 
 /// A word's mask beside itself until it fills 64 bits.
