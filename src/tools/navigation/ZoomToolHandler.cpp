@@ -92,7 +92,11 @@ void ZoomToolHandler::mouseUp(const EventRecord& event, const ToolContext& conte
   if (!drag_->thresholdMet) {
     const bool isOut = (event.modifiers & modifier::option) != 0;
     const QPointF fixedPoint = context.view->viewToDocument(viewPoint).value_or(drag_->start);
-    isOut ? document->zoomOut() : document->zoomIn();
+    if (isOut) {
+      document->zoomOut();
+    } else {
+      document->zoomIn();
+    }
     keepUnder(*context.view, *document, fixedPoint, viewPoint);
   } else if (!drag_->isScrubby) {
     drawRectangle(*context.view, viewPoint);

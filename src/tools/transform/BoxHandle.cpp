@@ -61,6 +61,11 @@ std::optional<BoxHandle> hitHandle(const Points& handles, QPointF pointer) {
   return isInRing ? std::optional(BoxHandle::rotate) : std::nullopt;
 }
 
+CursorShape cursorOver(std::optional<BoxHandle> hit) {
+  if (hit == BoxHandle::inside) return CursorShape::move;
+  return hit == BoxHandle::rotate ? CursorShape::rotate : CursorShape::arrow;
+}
+
 bool contains(const QRectF& box, QPointF point) {
   return point.x() >= box.left() && point.x() < box.right() && point.y() >= box.top() &&
          point.y() < box.bottom();

@@ -7,6 +7,8 @@
 #include <array>
 #include <optional>
 
+#include "tools/CursorShape.h"
+
 namespace orvanel {
 
 /// The first eight are points on the box, row by row.
@@ -52,6 +54,9 @@ inline constexpr double rotateRadius = 15.0;
 /// The first handle within `hitRadius` of the pointer; failing that, `rotate` in the ring of `rotateRadius`
 /// around any of them. All points are in view points.
 [[nodiscard]] std::optional<BoxHandle> hitHandle(const Points& handles, QPointF pointer);
+/// The pointer's shape over what it hits. Handles on the box keep the arrow, which covers the least of them.
+[[nodiscard]] CursorShape cursorOver(std::optional<BoxHandle> hit);
+
 /// The left and top edges belong to the box, the right and bottom ones don't.
 [[nodiscard]] bool contains(const QRectF& box, QPointF point);
 [[nodiscard]] bool contains(const Quad& quad, QPointF point);

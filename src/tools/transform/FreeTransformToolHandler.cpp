@@ -96,10 +96,7 @@ void FreeTransformToolHandler::mouseMoved(const EventRecord& event, const ToolCo
                                           QPointF viewPoint) {
   (void)event;
   if (context.view == nullptr || !isOpen()) return;
-  const std::optional<FreeTransformHandle> hit = hitAt(*context.view, viewPoint);
-  hoverCursor_ = hit == FreeTransformHandle::inside   ? CursorShape::move
-                 : hit == FreeTransformHandle::rotate ? CursorShape::rotate
-                                                      : CursorShape::arrow;
+  hoverCursor_ = boxHandle::cursorOver(hitAt(*context.view, viewPoint));
   context.view->showCursor(hoverCursor_);
 }
 

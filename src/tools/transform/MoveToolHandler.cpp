@@ -16,7 +16,7 @@ constexpr int longNudgeStep = 10;
 constexpr std::uint32_t keyModifiers = modifier::shift | modifier::option | modifier::command;
 
 QRectF rectOf(const PixelRect& rect) {
-  return {double(rect.x), double(rect.y), double(rect.width), double(rect.height)};
+  return QRectF(rect.x, rect.y, rect.width, rect.height);
 }
 
 PixelRect translated(const PixelRect& rect, QPoint delta) {
@@ -38,11 +38,6 @@ QString actionName(MoveToolHandle handle) {
     default:
       return QStringLiteral("Scale");
   }
-}
-
-CursorShape cursorOver(std::optional<MoveToolHandle> hit) {
-  if (hit == MoveToolHandle::inside) return CursorShape::move;
-  return hit == MoveToolHandle::rotate ? CursorShape::rotate : CursorShape::arrow;
 }
 
 /// The direction of an arrow key, as a step; none for other keys and modifiers.
@@ -136,7 +131,7 @@ std::optional<MoveToolHandle> MoveToolHandler::hitAt(const ToolCanvas& view, QPo
 void MoveToolHandler::mouseMoved(const EventRecord& event, const ToolContext& context, QPointF viewPoint) {
   (void)event;
   if (context.view == nullptr || !contentRect_) return;
-  hoverCursor_ = cursorOver(hitAt(*context.view, viewPoint));
+  hoverCursor_ = boxHandle::cursorOver(hitAt(*context.view, viewPoint));
   context.view->showCursor(hoverCursor_);
 }
 
