@@ -39,6 +39,11 @@ CanvasContainerView::CanvasContainerView(CanvasRenderer& renderer, ToolState& to
 
 void CanvasContainerView::setDocument(const std::shared_ptr<Document>& document) {
   changes_ = {};
+  if (document_.lock() != document) {
+    // A knob that is held belongs to the document it was pressed on.
+    horizontalIndicator_->endDrag();
+    verticalIndicator_->endDrag();
+  }
   document_ = document;
   if (document != nullptr) {
     changes_ = document->changes().observe([this](const DocumentChanges& changes) {

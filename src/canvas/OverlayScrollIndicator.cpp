@@ -73,7 +73,8 @@ void OverlayScrollIndicator::hideEvent(QHideEvent* event) {
 }
 
 void OverlayScrollIndicator::mousePressEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;
+  // The canvas beneath pans with the middle button.
+  if (event->button() != Qt::LeftButton) return event->ignore();
   isDragging_ = true;
   dragStartValue_ = doubleValue_;
   dragStartPosition_ = along(event->position());

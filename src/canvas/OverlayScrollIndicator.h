@@ -25,6 +25,7 @@ class OverlayScrollIndicator : public QWidget {
   /// Distance of the knob's start from the left or top end of the track.
   [[nodiscard]] double knobPosition() const { return doubleValue_ * (trackLength() - knobLength()); }
   [[nodiscard]] bool isDragging() const { return isDragging_; }
+  void endDrag() { isDragging_ = false; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -77,7 +77,9 @@ ScrollableMTKView::~ScrollableMTKView() = default;
 void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   changes_ = {};
   const auto previous = document_.lock();
-  const bool isOther = previous != document;
+  // The document shown before may be gone.
+  const auto newID = document != nullptr ? std::optional(document->id) : std::nullopt;
+  const bool isOther = std::exchange(documentID_, newID) != newID;
   // A gesture belongs to the document it began on.
   if (isOther) leaveTool();
   if (isOther && previous != nullptr) previous->setCursorDocumentPosition(std::nullopt);
@@ -106,6 +108,9 @@ void ScrollableMTKView::documentChanged(const DocumentChanges& changes) {
   const bool isMoved =
       containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset);
   if (isMoved || hasNewCanvas) updateCursorPosition();
+  const bool mayMoveBox = hasNewCanvas || contains<change::PixelsChanged>(changes) ||
+                          containsAny<change::NodePropertyChanged>(changes, NodeProperty::isLocked);
+  if (mayMoveBox && toolState_.currentTool() == Tool::move) moveHandler_->contentChanged(toolContext());
 }
 
 // The bounds depend on the sizes of the view and the canvas.
@@ -177,7 +182,7 @@ void ScrollableMTKView::catchUp() {
   const auto shown = document();
   // Whatever a gesture shows next would make the work void. Its end is a change, which asks for a frame.
   if (shown == nullptr || !shown->isSettled()) return;
-  if (activeHandler_ != nullptr) return catchUpTimer_.start(restBeforeFlattening);
+  if (isGestureRunning()) return catchUpTimer_.start(restBeforeFlattening);
   isFlattening_ = true;
   const bool isCurrent = renderer_.catchUp();
   isFlattening_ = false;

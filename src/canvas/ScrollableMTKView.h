@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "canvas/CanvasRenderer.h"
+#include "canvas/EventTranslation.h"
 #include "canvas/FramePacer.h"
 #include "canvas/MTKView.h"
 #include "canvas/ViewGeometry.h"
@@ -119,7 +120,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   void zoomActualSize();
   void zoomFitOnScreen();
   void viewportMoved();
-  void scrollZoom(double delta, double threshold, Qt::ScrollPhase phase, QPointF viewPoint);
+  void scrollZoom(const eventTranslation::WheelRecord& wheel, QPointF viewPoint);
   void magnify(double magnification, QPointF viewPoint);
   void handleNativeGesture(const QNativeGestureEvent& event);
   [[nodiscard]] bool handleViewKey(const EventRecord& record);
@@ -132,6 +133,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   /// Whether the current tool's handler has the left button.
   [[nodiscard]] bool isGestureRunning() const;
   void deliverDrag();
+  /// Reports the release of the left button to the tool whose gesture runs.
+  void endGesture(const EventRecord& record, QPointF viewPoint);
   void endPan();
 
   void registerToolHandler(const std::shared_ptr<CanvasToolHandler>& handler);
@@ -151,6 +154,7 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   CanvasRenderer& renderer_;
   ToolState& toolState_;
   std::weak_ptr<Document> document_;
+  std::optional<QUuid> documentID_;
   std::shared_ptr<SelectionToolState> selectionToolState_ =
       std::make_shared<SelectionToolState>(MetalContext::shared());
   std::shared_ptr<MoveToolHandler> moveHandler_;

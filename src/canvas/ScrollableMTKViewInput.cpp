@@ -7,6 +7,7 @@
 #include <cmath>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include "canvas/CursorImages.h"
 #include "canvas/EventTranslation.h"
@@ -36,7 +37,9 @@ bool ScrollableMTKView::event(QEvent* event) {
   // Overlays may follow any input, even if the document doesn't change.
   if (event->isInputEvent()) requestRedraw();
   // Everything but the next position of a drag finds the drag where the pointer was.
-  if (event->isInputEvent() && event->type() != QEvent::MouseMove) deliverDrag();
+  const bool isPosition = event->type() == QEvent::MouseMove || event->type() == QEvent::TabletMove ||
+                          event->type() == QEvent::HoverMove;
+  if (event->isInputEvent() && !isPosition) deliverDrag();
   if (event->type() == QEvent::NativeGesture) {
     handleNativeGesture(*static_cast<QNativeGestureEvent*>(event));
     return true;
@@ -48,32 +51,33 @@ void ScrollableMTKView::wheelEvent(QWheelEvent* event) {
   const auto shown = document();
   if (shown == nullptr) return;
   const eventTranslation::WheelRecord wheel = eventTranslation::wheelRecord(*event);
-  const QPointF delta = wheel.delta * (wheel.hasPreciseDeltas ? 1.0 : pointsPerClick);
   if ((wheel.modifiers & zoomModifiers) == 0) {
+    const QPointF delta = wheel.delta * (wheel.hasPreciseDeltas ? 1.0 : pointsPerClick);
     scrollTo(shown->viewportOffset.value() - delta / shown->zoom());
-  } else if (wheel.hasPreciseDeltas) {
-    scrollZoom(delta.y(), preciseZoomThreshold, wheel.phase, event->position());
   } else {
-    // One event may report several clicks, each of which is a step.
-    const int clicks = std::max(static_cast<int>(std::lround(std::abs(wheel.delta.y()))), 1);
-    for (int i = 0; i < clicks; ++i) {
-      scrollZoom(delta.y() / clicks, clickZoomThreshold, wheel.phase, event->position());
-    }
+    scrollZoom(wheel, event->position());
   }
   event->accept();
 }
 
-void ScrollableMTKView::scrollZoom(double delta, double threshold, Qt::ScrollPhase phase, QPointF viewPoint) {
-  if (phase == Qt::ScrollBegin) scrollZoomAccumulator_ = 0.0;
+void ScrollableMTKView::scrollZoom(const eventTranslation::WheelRecord& wheel, QPointF viewPoint) {
+  if (wheel.phase == Qt::ScrollBegin) scrollZoomAccumulator_ = 0.0;
+  // A click of an ordinary wheel is a step, in however many parts it is reported.
+  const double threshold = wheel.hasPreciseDeltas ? preciseZoomThreshold : clickZoomThreshold;
+  const double delta = wheel.delta.y() * (wheel.hasPreciseDeltas ? 1.0 : clickZoomThreshold);
   scrollZoomAccumulator_ += delta;
-  if (scrollZoomAccumulator_ >= threshold) {
-    scrollZoomAccumulator_ = 0.0;
-    zoomInAbout(viewPoint);
-  } else if (scrollZoomAccumulator_ <= -threshold) {
-    scrollZoomAccumulator_ = 0.0;
-    zoomOutAbout(viewPoint);
+  // The event that ends a scroll has no delta, and doesn't say how precise the others were.
+  while (delta != 0.0 && std::abs(scrollZoomAccumulator_) >= threshold) {
+    const bool isIn = scrollZoomAccumulator_ > 0.0;
+    scrollZoomAccumulator_ =
+        wheel.hasPreciseDeltas ? 0.0 : scrollZoomAccumulator_ - (isIn ? threshold : -threshold);
+    if (isIn) {
+      zoomInAbout(viewPoint);
+    } else {
+      zoomOutAbout(viewPoint);
+    }
   }
-  if (phase == Qt::ScrollEnd) scrollZoomAccumulator_ = 0.0;
+  if (wheel.phase == Qt::ScrollEnd) scrollZoomAccumulator_ = 0.0;
 }
 
 void ScrollableMTKView::handleNativeGesture(const QNativeGestureEvent& event) {
@@ -136,7 +140,7 @@ void ScrollableMTKView::mouseMoveEvent(QMouseEvent* event) {
   // The release of a button may have gone to another window.
   if (isPanning_) endPan();
   if (!event->buttons().testFlag(Qt::LeftButton)) {
-    isLeftButtonDown_ = false;
+    endGesture(record, event->position());
     if (const auto handler = handlerOfCurrentTool()) {
       handler->mouseMoved(record, toolContext(), event->position());
     }
@@ -157,14 +161,17 @@ void ScrollableMTKView::deliverDrag() {
 void ScrollableMTKView::mouseReleaseEvent(QMouseEvent* event) {
   readPointer(*event);
   if (event->button() == Qt::MiddleButton && isPanning_) endPan();
-  if (event->button() == Qt::LeftButton) {
-    if (isGestureRunning()) {
-      activeHandler_->mouseUp(eventTranslation::mouseRecord(*event), toolContext(), event->position());
-      activeHandler_ = nullptr;
-    }
-    isLeftButtonDown_ = false;
-  }
+  if (event->button() == Qt::LeftButton) endGesture(eventTranslation::mouseRecord(*event), event->position());
   QWidget::mouseReleaseEvent(event);
+}
+
+void ScrollableMTKView::endGesture(const EventRecord& record, QPointF viewPoint) {
+  if (isGestureRunning()) {
+    deliverDrag();
+    const auto handler = std::exchange(activeHandler_, nullptr);
+    handler->mouseUp(record, toolContext(), viewPoint);
+  }
+  isLeftButtonDown_ = false;
 }
 
 void ScrollableMTKView::endPan() {
@@ -214,6 +221,7 @@ void ScrollableMTKView::keyPressEvent(QKeyEvent* event) {
 }
 
 bool ScrollableMTKView::offerKey(const EventRecord& record) {
+  deliverDrag();
   const auto handler = handlerOfCurrentTool();
   if (handler == nullptr || !handler->keyDown(record, toolContext())) return false;
   requestRedraw();
@@ -274,16 +282,22 @@ void ScrollableMTKView::keyReleaseEvent(QKeyEvent* event) {
   }
 }
 
-// Only the hand that the space bar brought goes with it: other tools may be temporary too.
+// Only the hand that the space bar brought goes with it; a command may have put another tool above it.
 void ScrollableMTKView::popTemporaryHand() {
-  const bool holdsHand = std::exchange(spaceHoldsHand_, false);
-  if (holdsHand && toolState_.currentTool() == Tool::hand) toolState_.popTool();
+  if (!std::exchange(spaceHoldsHand_, false)) return;
+  if (toolState_.currentTool() == Tool::hand) return toolState_.popTool();
+  std::vector<Tool> stack = toolState_.toolStack.value();
+  const auto hand = std::find(stack.rbegin(), stack.rend(), Tool::hand);
+  if (hand == stack.rend() || std::next(hand) == stack.rend()) return;
+  stack.erase(std::next(hand).base());
+  toolState_.setToolStack(std::move(stack));
 }
 
 // Keys released while another widget has focus are never reported here.
 void ScrollableMTKView::focusOutEvent(QFocusEvent* event) {
   popTemporaryHand();
   modifiers_ = 0;
+  resetCursor();
   QWidget::focusOutEvent(event);
 }
 
@@ -346,6 +360,9 @@ void ScrollableMTKView::handleToolChange() {
   const auto handler = handlerOfCurrentTool();
   if (handler == currentToolHandler_) return;
   leaveTool();
+  // A tab's tool becomes current a moment before its document is shown here, which activates the tool.
+  const auto active = toolState_.activeDocument();
+  if (active != nullptr && active != document()) return;
   currentToolHandler_ = handler;
   if (handler != nullptr) handler->toolActivated(toolContext());
 }

@@ -116,14 +116,29 @@ TEST_F(CanvasInputTest, ControlAndTheWheelZoomAboutThePointer) {
 }
 
 TEST_F(CanvasInputTest, WheelClicksStepWhenTheirSumReachesTwenty) {
-  altWheel({0, 57});
+  altWheel({0, 114});
   EXPECT_EQ(view().scrollZoomAccumulator(), 19.0);
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
-  altWheel({0, 3});
+  altWheel({0, 6});
   EXPECT_EQ(view().scrollZoomAccumulator(), 0.0);
   EXPECT_EQ(document->zoomLevelIndex.value(), 15);
-  altWheel({0, -60});
+  altWheel({0, -120});
   EXPECT_EQ(document->zoomLevelIndex.value(), 14);
+}
+
+TEST_F(CanvasInputTest, AClickInPartsIsOneStepAndOneAndAHalfLeaveAHalf) {
+  for (int part = 0; part < 4; ++part) altWheel({0, 30});
+  EXPECT_EQ(document->zoomLevelIndex.value(), 15);
+  altWheel({0, 180});
+  EXPECT_EQ(document->zoomLevelIndex.value(), 16);
+  EXPECT_EQ(view().scrollZoomAccumulator(), 10.0);
+}
+
+TEST_F(CanvasInputTest, TheEndOfATouchpadScrollIsNoStep) {
+  altWheel({0, 10}, Qt::ScrollBegin, {0, 30});
+  altWheel({0, 0}, Qt::ScrollEnd, {0, 0});
+  EXPECT_EQ(document->zoomLevelIndex.value(), 14);
+  EXPECT_EQ(view().scrollZoomAccumulator(), 0.0);
 }
 
 TEST_F(CanvasInputTest, PreciseDeltasStepWhenTheirSumReachesFifty) {

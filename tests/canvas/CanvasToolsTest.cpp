@@ -176,6 +176,46 @@ TEST_F(CanvasToolsTest, ReleasingTheSpaceBarEndsOnlyTheHandThatItBrought) {
   EXPECT_EQ(tools.currentTool(), Tool::freeTransform);
 }
 
+TEST_F(CanvasToolsTest, ReleasingTheSpaceBarTakesItsHandFromBeneathAToolPushedMeanwhile) {
+  tools.selectTool(Tool::move);
+  sendKey(view(), QEvent::KeyPress, Qt::Key_Space);
+  tools.pushTool(Tool::freeTransform);
+  sendKey(view(), QEvent::KeyRelease, Qt::Key_Space);
+  EXPECT_EQ(tools.toolStack.value(), (std::vector{Tool::move, Tool::freeTransform}));
+  tools.popTool();
+  EXPECT_EQ(tools.currentTool(), Tool::move);
+}
+
+TEST_F(CanvasToolsTest, ADragWhoseReleaseWasLostEndsWithTheNextMovement) {
+  tools.selectTool(Tool::move);
+  press(middle);
+  drag(middle + QPointF(10, 0));
+  moveMouse(view(), {5, 5});
+  EXPECT_EQ(content(), (PixelRect{110, 80, 60, 40}));
+  EXPECT_EQ(newRecords(), 1);
+}
+
+TEST_F(CanvasToolsTest, AfterAToolChangeInMidDragTheImageIsFlattenedAsUsual) {
+  tools.selectTool(Tool::zoom);
+  sendKey(view(), QEvent::KeyPress, Qt::Key_Space);
+  press(middle);
+  drag(middle - QPointF(10, 0));
+  sendKey(view(), QEvent::KeyRelease, Qt::Key_Space);
+  release(middle - QPointF(10, 0));
+  document->setOpacity(layer->id, 0.5F);
+  EXPECT_TRUE(runUntil([&] { return document->isCompositeCurrent(); }));
+}
+
+TEST_F(CanvasToolsTest, ThePointerForgetsModifiersWithTheFocus) {
+  tools.selectTool(Tool::zoom);
+  const QCursor plain = view().cursor();
+  sendKey(view(), QEvent::KeyPress, Qt::Key_Alt);
+  EXPECT_NE(view().cursor(), plain);
+  QFocusEvent focusOut(QEvent::FocusOut);
+  QApplication::sendEvent(&view(), &focusOut);
+  EXPECT_EQ(view().cursor(), plain);
+}
+
 TEST_F(CanvasToolsTest, TheMiddleButtonPansDuringAnyTool) {
   tools.selectTool(Tool::move);
   press(middle, Qt::MiddleButton);
@@ -210,15 +250,19 @@ TEST_F(CanvasToolsTest, APanWhoseReleaseWasLostEndsWithTheNextMovement) {
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }
 
-TEST_F(CanvasToolsTest, TheMoveBoxFollowsHistoryAndTheActiveLayer) {
+TEST_F(CanvasToolsTest, TheMoveBoxFollowsTheContentAndTheActiveLayer) {
   tools.selectTool(Tool::move);
   const auto rect = [&] { return moveOverlay()->moveToolRect; };
   EXPECT_EQ(rect()->x, 100.0F);
   selectRect(*document, {10, 10, 10, 10});
   document->fillSelection(DisplayColor::black());
-  EXPECT_EQ(rect()->x, 100.0F);
-  post(notification::undoRedoPerformed);
   EXPECT_EQ(rect()->x, 10.0F);
+  document->undo();
+  EXPECT_EQ(rect()->x, 100.0F);
+  document->setLocked(layer->id, true);
+  EXPECT_EQ(rect(), std::nullopt);
+  document->setLocked(layer->id, false);
+  EXPECT_EQ(rect()->x, 100.0F);
   activate(*document, QStringLiteral("Background"));
   post(notification::activeLayerChanged);
   EXPECT_EQ(rect()->width, 1000.0F);

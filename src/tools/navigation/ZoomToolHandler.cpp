@@ -89,7 +89,9 @@ void ZoomToolHandler::drawRectangle(ToolCanvas& view, QPointF viewPoint) {
 void ZoomToolHandler::mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) {
   const DocumentPtr document = draggedDocument(context);
   if (document == nullptr) return endDrag(context);
-  if (!drag_->thresholdMet) {
+  const QPointF extent = viewPoint - drag_->screenOrigin;
+  const bool isTooSmall = std::max(std::abs(extent.x()), std::abs(extent.y())) < dragThreshold;
+  if (!drag_->thresholdMet || (!drag_->isScrubby && isTooSmall)) {
     const bool isOut = (event.modifiers & modifier::option) != 0;
     const QPointF fixedPoint = context.view->viewToDocument(viewPoint).value_or(drag_->start);
     if (isOut) {

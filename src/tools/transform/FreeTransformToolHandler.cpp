@@ -102,7 +102,8 @@ void FreeTransformToolHandler::mouseMoved(const EventRecord& event, const ToolCo
 
 void FreeTransformToolHandler::mouseDown(const EventRecord& event, const ToolContext& context,
                                          QPointF viewPoint) {
-  (void)event;
+  // The release of an earlier press may never have been reported.
+  if (drag_) mouseUp(event, context, viewPoint);
   if (context.view == nullptr || !isOpen()) return;
   const std::optional<QPointF> start = context.view->viewToDocument(viewPoint);
   const std::optional<FreeTransformHandle> hit = hitAt(*context.view, viewPoint);

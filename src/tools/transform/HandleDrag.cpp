@@ -1,6 +1,7 @@
 #include "tools/transform/HandleDrag.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "tools/EventRecord.h"
@@ -134,7 +135,7 @@ double snappedAngle(double radians) {
 }
 
 float snappedAngle(float radians) {
-  constexpr float step = 0.2617994F;
+  constexpr auto step = std::bit_cast<float>(0x3E860A91U);
   return std::round(radians / step) * step;
 }
 

@@ -96,6 +96,11 @@ void MoveToolHandler::updateBox(const ToolContext& context) {
   if (context.view != nullptr) context.view->requestRedraw();
 }
 
+void MoveToolHandler::contentChanged(const ToolContext& context) {
+  if (drag_ || nudge_) return;
+  measure(context.document.lock().get());
+}
+
 void MoveToolHandler::measure(const Document* document) {
   contentRect_ = std::nullopt;
   const std::shared_ptr<Layer> layer = document != nullptr ? document->activeLayer() : nullptr;
@@ -254,6 +259,10 @@ bool MoveToolHandler::nudge(const ToolContext& context, QPoint step) {
   const DocumentPtr document = context.document.lock();
   const std::shared_ptr<Layer> layer = document != nullptr ? document->activeLayer() : nullptr;
   if (layer == nullptr) return false;
+  if (layer->isLocked.value()) {
+    endNudge();
+    return false;
+  }
   if (nudge_ && (!nudge_->transform->isOpen() || nudge_->layerID != layer->id)) endNudge();
   if (!nudge_) {
     auto transform = LayerTransform::begin(document, QStringLiteral("Move"));

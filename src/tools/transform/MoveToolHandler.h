@@ -40,6 +40,8 @@ class MoveToolHandler : public CanvasToolHandler {
   /// Finds the box of the active node again, after it or its pixels changed. None for a folder, a locked
   /// layer and empty content. Leaves a running drag alone.
   void updateBox(const ToolContext& context);
+  /// The content may have changed by something else than this tool: measures the box, unless it is in use.
+  void contentChanged(const ToolContext& context);
   /// Document pixels; follows a running drag.
   [[nodiscard]] const std::optional<PixelRect>& contentRect() const { return contentRect_; }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <numbers>
 
@@ -194,8 +195,9 @@ TEST(RotationTest, SnapsToFifteenDegreesWithHalvesAwayFromZero) {
   EXPECT_DOUBLE_EQ(handleDrag::snappedAngle(-22.6 * degree), -30.0 * degree);
   EXPECT_DOUBLE_EQ(handleDrag::snappedAngle(0.2617993877991494 * 0.5), 0.2617993877991494);
   EXPECT_DOUBLE_EQ(handleDrag::snappedAngle(-0.2617993877991494 * 0.5), -0.2617993877991494);
-  EXPECT_EQ(handleDrag::snappedAngle(0.3F), 0.2617994F);
-  EXPECT_EQ(handleDrag::snappedAngle(-0.5F), -2.0F * 0.2617994F);
+  constexpr auto step = std::bit_cast<float>(0x3E860A91U);
+  EXPECT_EQ(handleDrag::snappedAngle(0.3F), step);
+  EXPECT_EQ(handleDrag::snappedAngle(-0.5F), -2.0F * step);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The move tool: what it hits, what each handle does, and which records it leaves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <bit>
 
 #include <QCoreApplication>
 #include <numbers>
@@ -222,7 +223,7 @@ TEST_F(MoveToolTest, ShiftTurnsInStepsOfFifteenDegreesFromTheStart) {
   press({160.0, 69.0});
   for (const QPointF& place : {QPointF(170.0, 90.0), QPointF(160.0, 140.0), QPointF(90.0, 60.0)}) {
     drag(place);
-    const float steps = overlay().moveToolRotation / 0.2617994F;
+    const float steps = overlay().moveToolRotation / std::bit_cast<float>(0x3E860A91U);
     EXPECT_EQ(steps, std::round(steps));
   }
 }
