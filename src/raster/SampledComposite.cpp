@@ -420,8 +420,10 @@ SampledComposite::Kept* SampledComposite::keep(const Surface& surface) {
     if (oldest == kept_.end() || oldest->second.lastUse == evaluations_) return nullptr;
     kept_.erase(oldest);
   }
+  auto pixels = hwy::AllocateAligned<std::byte>(bytes);
+  if (pixels == nullptr) return nullptr;
   Kept& kept = kept_[&surface];
-  kept.pixels = hwy::AllocateAligned<std::byte>(bytes);
+  kept.pixels = std::move(pixels);
   kept.versions.assign(layout_->blocks.size(), 0);
   kept.bytes = bytes;
   kept.lastUse = evaluations_;
