@@ -158,6 +158,7 @@ class BlockComposer final : public kernels::StripReader {
   const std::byte* standing(const Surface& surface) override {
     SampledComposite::Kept* kept = plan_.keptOf.at(&surface);
     const Tile& tile = surface.tile(tileIndex_);
+    if (const std::byte* rows = wholeRows(tile, surface.pixelBytes())) return rows;
     if (kept == nullptr || tile.isUniform()) {
       auto& memory = surface.format() == maskPixelFormat ? worker_.gatheredMask : worker_.gatheredPixels;
       gatherSamples(surface, samplesOf(*strip_), {}, memory.data());
@@ -175,6 +176,14 @@ class BlockComposer final : public kernels::StripReader {
   }
 
  private:
+  /// The strip's pixels where they stand in the tile, if it takes whole rows.
+  [[nodiscard]] const std::byte* wholeRows(const Tile& tile, int pixelBytes) const {
+    if (tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
+    const SampleBlock samples = samplesOf(*strip_);
+    if (samples.columns.size() != tileSide || !samples.isContiguous()) return nullptr;
+    return tile.data() + static_cast<std::ptrdiff_t>(samples.rows.front() % tileSide * tileSide) * pixelBytes;
+  }
+
   void begin(std::size_t block) {
     blockIndex_ = block;
     block_ = &layout_.blocks[block];
@@ -420,8 +429,10 @@ SampledComposite::Kept* SampledComposite::keep(const Surface& surface) {
     if (oldest == kept_.end() || oldest->second.lastUse == evaluations_) return nullptr;
     kept_.erase(oldest);
   }
+  auto pixels = hwy::AllocateAligned<std::byte>(bytes);
+  if (pixels == nullptr) return nullptr;
   Kept& kept = kept_[&surface];
-  kept.pixels = hwy::AllocateAligned<std::byte>(bytes);
+  kept.pixels = std::move(pixels);
   kept.versions.assign(layout_->blocks.size(), 0);
   kept.bytes = bytes;
   kept.lastUse = evaluations_;

@@ -344,41 +344,59 @@ void TileTransform::addPoints(const SampleBlock& samples, std::size_t row, const
   }
 }
 
+/// Samples of a reduced view lie far apart: all of a batch are asked for before the first is read.
 void TileTransform::collect(FixedPoint u, FixedPoint v, std::uint32_t output, float* sums) {
   if (collectedCount_ == mostCollected) addCollected(sums);
-  const auto x = static_cast<int>(u >> fixedPointBits);
-  const auto y = static_cast<int>(v >> fixedPointBits);
+  const auto place = static_cast<std::size_t>(collectedCount_++);
+  collected_[place] = {u, v, output};
+  corners_[place] =
+      cornerWithinTile(static_cast<int>(u >> fixedPointBits), static_cast<int>(v >> fixedPointBits));
+  if (corners_[place] == nullptr) return;
+  __builtin_prefetch(corners_[place]);
+  __builtin_prefetch(corners_[place] + static_cast<std::ptrdiff_t>(tileSide) * source_.pixelBytes());
+}
+
+/// The pixel at (x, y), if it and its three neighbours to the right and below can be read from one tile.
+const std::byte* TileTransform::cornerWithinTile(int x, int y) const {
+  const bool isWithin = x >= sourceClip_.x && x + 1 < sourceClip_.x + sourceClip_.width &&
+                        y >= sourceClip_.y && y + 1 < sourceClip_.y + sourceClip_.height &&
+                        x % tileSide != tileSide - 1 && y % tileSide != tileSide - 1;
+  if (!isWithin) return nullptr;
+  const Tile& tile = source_.tile(source_.tileIndex(x / tileSide, y / tileSide));
+  if (tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
+  return tile.data() +
+         static_cast<std::ptrdiff_t>(y % tileSide * tileSide + x % tileSide) * source_.pixelBytes();
+}
+
+/// Copies the four neighbours of a sample, one by one where they don't stand together.
+void TileTransform::readNeighbours(const CollectedSample& sample, const std::byte* corner,
+                                   std::byte* out) const {
   const auto pixelBytes = static_cast<std::size_t>(source_.pixelBytes());
-  std::byte* to = neighbours_.data() + static_cast<std::size_t>(collectedCount_) * 4 * pixelBytes;
-  collected_[static_cast<std::size_t>(collectedCount_)] = {u, v, output};
-  ++collectedCount_;
-  const bool isWithinTile = x >= sourceClip_.x && x + 1 < sourceClip_.x + sourceClip_.width &&
-                            y >= sourceClip_.y && y + 1 < sourceClip_.y + sourceClip_.height &&
-                            x % tileSide != tileSide - 1 && y % tileSide != tileSide - 1;
-  if (isWithinTile) {
-    const Tile& tile = source_.tile(source_.tileIndex(x / tileSide, y / tileSide));
-    if (!tile.isUniform() && !tile.has(TileTrait::irregular)) {
-      const std::byte* from =
-          tile.data() + static_cast<std::size_t>(y % tileSide * tileSide + x % tileSide) * pixelBytes;
-      std::memcpy(to, from, 2 * pixelBytes);
-      std::memcpy(to + 2 * pixelBytes, from + tileSide * pixelBytes, 2 * pixelBytes);
-      return;
-    }
+  if (corner != nullptr) {
+    std::memcpy(out, corner, 2 * pixelBytes);
+    std::memcpy(out + 2 * pixelBytes, corner + tileSide * pixelBytes, 2 * pixelBytes);
+    return;
   }
+  const auto x = static_cast<int>(sample.u >> fixedPointBits);
+  const auto y = static_cast<int>(sample.v >> fixedPointBits);
   for (const int atY : {y, y + 1}) {
     for (const int atX : {x, x + 1}) {
       const bool isInside = atX >= sourceClip_.x && atX < sourceClip_.x + sourceClip_.width &&
                             atY >= sourceClip_.y && atY < sourceClip_.y + sourceClip_.height;
       const std::uint64_t pixel =
           isInside ? regularPixel(source_.pixelAt(atX, atY), source_.format()) : std::uint64_t{0};
-      std::memcpy(to, &pixel, pixelBytes);
-      to += pixelBytes;
+      std::memcpy(out, &pixel, pixelBytes);
+      out += pixelBytes;
     }
   }
 }
 
 void TileTransform::addCollected(float* sums) {
   if (collectedCount_ == 0) return;
+  const std::size_t sampleBytes = 4 * static_cast<std::size_t>(source_.pixelBytes());
+  for (std::size_t i = 0; i < static_cast<std::size_t>(collectedCount_); ++i) {
+    readNeighbours(collected_[i], corners_[i], neighbours_.data() + i * sampleBytes);
+  }
   const int padded = (collectedCount_ * 4 + 15) / 16 * 16;
   premultiplyRow(source_.format(), neighbours_.data(), premultiplied_.data(), padded);
   addCollectedSamples(premultiplied_.data(), collected_.data(), sums, collectedCount_);

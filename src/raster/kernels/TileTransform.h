@@ -75,6 +75,8 @@ class TileTransform {
   void samplePoints(const SampleBlock& samples, std::byte* out);
   void addPoints(const SampleBlock& samples, std::size_t row, const SampleLine& line, float* sums);
   void collect(FixedPoint u, FixedPoint v, std::uint32_t output, float* sums);
+  [[nodiscard]] const std::byte* cornerWithinTile(int x, int y) const;
+  void readNeighbours(const CollectedSample& sample, const std::byte* corner, std::byte* out) const;
   void addCollected(float* sums);
 
   const Surface& source_;
@@ -92,6 +94,7 @@ class TileTransform {
   alignas(64) std::array<std::byte, std::size_t{mostCollected} * 4 * 8> neighbours_{};
   alignas(64) std::array<float, std::size_t{mostCollected} * 4 * 4> premultiplied_{};
   std::array<CollectedSample, mostCollected> collected_{};
+  std::array<const std::byte*, mostCollected> corners_{};  ///< null: the neighbours don't stand together
   int collectedCount_ = 0;
 };
 

@@ -134,6 +134,143 @@ TEST_P(LayerTransforms, TheMaskIsTransformedIfSelected) {
   EXPECT_EQ(document->context().selectionBounds(*mask->maskTexture->texture), (PixelRect{5, 5, 4, 4}));
 }
 
+TEST_P(LayerTransforms, ALinkedMaskIsCarriedAlongUnderTheSameRecord) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  const Surface& masked = *mask->maskTexture->texture;
+  document->context().fillRectMask(writable(mask->maskTexture->texture), {12, 9, 4, 3}, 0.0F);
+  const Surface maskBefore = masked;
+  const std::size_t records = document->undoStack.operations().size();
+  const auto move = begin("Move");
+  move->translate(6, 2);
+  move->commit();
+  EXPECT_EQ(content(), (PixelRect{16, 10, 12, 6}));
+  EXPECT_EQ(document->context().selectionBounds(masked), (PixelRect{18, 11, 4, 3}));
+  ASSERT_EQ(document->undoStack.operations().size(), records + 1);
+  EXPECT_EQ(document->undoStack.undoActionName(), "Move");
+  const Surface maskAfter = masked;
+  document->undo();
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+  EXPECT_TRUE(masked.equals(maskBefore));
+  document->redo();
+  EXPECT_EQ(content(), (PixelRect{16, 10, 12, 6}));
+  EXPECT_TRUE(masked.equals(maskAfter));
+  document->undo();
+  EXPECT_TRUE(masked.equals(maskBefore));
+}
+
+TEST_P(LayerTransforms, ALinkedMaskIsScaledAndTurnedByTheSameMatrix) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  const Surface& masked = *mask->maskTexture->texture;
+  document->context().fillRectMask(writable(mask->maskTexture->texture), box, 0.0F);
+  const auto scale = begin("Scale");
+  scale->scaleTo({4.0, 4.0, 24.0, 12.0});
+  document->settle();
+  // The mask's box is that of the content, and stays so but for its soft rim.
+  EXPECT_EQ(masked.pixelAt(5, 5), halfOne);
+  EXPECT_EQ(masked.pixelAt(26, 14), halfOne);
+  EXPECT_EQ(masked.pixelAt(2, 10), 0U);
+  EXPECT_EQ(masked.pixelAt(29, 10), 0U);
+  scale->rotate(std::numbers::pi_v<float> / 2.0F);
+  document->settle();
+  const PixelRect turned = document->context().selectionBounds(masked).value();
+  EXPECT_EQ(content(), turned);
+}
+
+TEST_P(LayerTransforms, CancellingPutsALinkedMaskBack) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  document->context().fillRectMask(writable(mask->maskTexture->texture), box, 0.0F);
+  const Surface maskBefore = *mask->maskTexture->texture;
+  const auto move = begin("Move");
+  move->translate(3, 3);
+  document->settle();
+  EXPECT_FALSE(mask->maskTexture->texture->equals(maskBefore));
+  move->translate(5, 5);
+  move->cancel();
+  EXPECT_TRUE(mask->maskTexture->texture->equals(maskBefore));
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+}
+
+TEST_P(LayerTransforms, WhatAMaskTakesFromOutsideTheCanvasHides) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  const Surface& masked = *mask->maskTexture->texture;
+  document->context().fillMask(writable(mask->maskTexture->texture), 1.0F);
+  Surface hole(maskPixelFormat, 40, 30);
+  document->context().fillRectMask(hole, {0, 0, 2, 2}, 0.0F);
+  document->context().subtractMasks(writable(mask->maskTexture->texture), hole);
+  const auto move = begin("Move");
+  move->translate(4, 0);
+  move->commit();
+  EXPECT_EQ(masked.pixelAt(3, 20), 0U);
+  EXPECT_EQ(masked.pixelAt(4, 20), halfOne);
+}
+
+TEST_P(LayerTransforms, AMaskThatIsTheSameEverywhereOrNotLinkedStays) {
+  const std::shared_ptr<LayerMask> mask = addMask(*layer);
+  const Surface& masked = *mask->maskTexture->texture;
+  document->context().fillMask(writable(mask->maskTexture->texture), 1.0F);
+  const auto moveOn = [&] {
+    const auto move = begin("Move");
+    move->translate(4, 1);
+    move->commit();
+  };
+  moveOn();
+  EXPECT_EQ(masked.pixelAt(0, 0), halfOne) << "it reveals what is painted here later";
+  document->context().fillRectMask(writable(mask->maskTexture->texture), {5, 5, 4, 4}, 0.0F);
+  document->setMaskLinked(layer->id, false);
+  const Surface unlinked = masked;
+  moveOn();
+  EXPECT_TRUE(masked.equals(unlinked));
+  EXPECT_EQ(content(), (PixelRect{18, 10, 12, 6}));
+}
+
+TEST_P(LayerTransforms, EverybodySeesWhatIsShownWhileATransformIsOpen) {
+  const auto move = begin("Move");
+  move->translate(3, -2);
+  EXPECT_TRUE(layer->texture.value()->equals(*before)) << "shown, but not written";
+  const auto shownAt = [&](const Surface& surface) { return surface.pixelAt(13, 6); };
+  const std::uint64_t box0 = before->pixelAt(10, 8);
+  EXPECT_NE(document->composite()->pixelAt(14, 7), document->composite()->pixelAt(11, 8));
+  EXPECT_EQ(shownAt(*layer->texture.value()), box0) << "flattening writes it";
+
+  move->translate(0, 0);
+  move->translate(3, -2);
+  document->duplicateNode(layer->id);
+  EXPECT_EQ(shownAt(*document->activeLayer()->texture.value()), box0);
+  document->selectNode(layer->id);
+
+  move->translate(1, 1);
+  move->translate(3, -2);
+  EXPECT_NE(document->freezeComposite(), nullptr);
+  EXPECT_EQ(shownAt(*layer->texture.value()), box0);
+
+  move->translate(1, 1);
+  move->translate(3, -2);
+  document->selectAll();
+  const std::optional<PixelClipboard> copied = document->copyPixels();
+  Surface pixels(copied->pixelFormat, 40, 30);
+  copied->snapshot->restore(pixels, document->context());
+  EXPECT_EQ(shownAt(pixels), box0);
+
+  move->translate(1, 1);
+  move->translate(3, -2);
+  document->selectLayerTransparency(*layer);
+  EXPECT_EQ(document->context().selectionBounds(*document->selection.value()->maskTexture->texture),
+            (PixelRect{13, 6, 12, 6}));
+  EXPECT_TRUE(move->isOpen());
+  move->cancel();
+  EXPECT_TRUE(layer->texture.value()->equals(*before));
+}
+
+TEST_P(LayerTransforms, AStepTellsOfItsPreview) {
+  const auto move = begin("Move");
+  const ChangeRecorder changes(*document);
+  move->translate(3, -2);
+  EXPECT_EQ(changes.count<change::PreviewChanged>(), 1U);
+  EXPECT_EQ(changes.count<change::PixelsChanged>(), 0U);
+  move->commit();
+  EXPECT_EQ(changes.count<change::PixelsChanged>(), 1U);
+}
+
 TEST_P(LayerTransforms, LockedLayersFoldersAndEmptyLayersAreNotTransformed) {
   put(layer->isLocked, true);
   EXPECT_EQ(begin("Move"), nullptr);
