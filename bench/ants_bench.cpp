@@ -11,7 +11,7 @@
 #include "BenchView.h"
 #include "FeelDocuments.h"
 #include "canvas/CanvasPaneView.h"
-#include "tools/MagicWand.h"
+#include "tools/selection/MagicWand.h"
 
 namespace orvanel {
 namespace {

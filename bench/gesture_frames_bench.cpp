@@ -15,7 +15,7 @@
 #include "BenchView.h"
 #include "FeelDocuments.h"
 #include "model/LevelsAdjustment.h"
-#include "tools/LayerTransform.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {

@@ -5,7 +5,7 @@
 #include "AppFixture.h"
 #include "app/PixelMimeData.h"
 #include "app/PixelPasteboard.h"
-#include "tools/SelectionGesture.h"
+#include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
 namespace {

@@ -3,6 +3,7 @@
 
 #include "CanvasSupport.h"
 #include "canvas/CanvasPaneView.h"
+#include "canvas/CursorImages.h"
 #include "model/PixelSupport.h"
 
 namespace orvanel {
@@ -219,13 +220,13 @@ TEST_F(CanvasToolsTest, ThePointerForgetsModifiersWithTheFocus) {
 TEST_F(CanvasToolsTest, TheMiddleButtonPansDuringAnyTool) {
   tools.selectTool(Tool::move);
   press(middle, Qt::MiddleButton);
-  EXPECT_EQ(view().cursor().shape(), Qt::ClosedHandCursor);
+  EXPECT_EQ(view().cursor(), cursorImage(CursorShape::closedHand, 1.0));
   drag(middle - QPointF(30, 20), Qt::MiddleButton);
   EXPECT_EQ(document->viewportOffset.value(), QPointF(30, 20));
   press(middle);
-  EXPECT_EQ(view().cursor().shape(), Qt::ClosedHandCursor);
+  EXPECT_EQ(view().cursor(), cursorImage(CursorShape::closedHand, 1.0));
   release(middle - QPointF(30, 20), Qt::MiddleButton);
-  EXPECT_NE(view().cursor().shape(), Qt::ClosedHandCursor);
+  EXPECT_NE(view().cursor(), cursorImage(CursorShape::closedHand, 1.0));
   moveMouse(view(), {5, 5});
   EXPECT_EQ(document->viewportOffset.value(), QPointF(30, 20));
   EXPECT_EQ(newRecords(), 0);
@@ -246,7 +247,7 @@ TEST_F(CanvasToolsTest, APanWhoseReleaseWasLostEndsWithTheNextMovement) {
   tools.selectTool(Tool::move);
   press(middle, Qt::MiddleButton);
   moveMouse(view(), {50, 50});
-  EXPECT_NE(view().cursor().shape(), Qt::ClosedHandCursor);
+  EXPECT_NE(view().cursor(), cursorImage(CursorShape::closedHand, 1.0));
   EXPECT_EQ(document->viewportOffset.value(), QPointF(0, 0));
 }
 

@@ -309,11 +309,12 @@ TEST_F(MoveToolTest, EscapeTakesARunningDragBack) {
 
 TEST_F(MoveToolTest, AnotherDocumentUnderTheDragIsLeftAlone) {
   press(middle);
-  canvas.document = makeDocument(300, 200);
+  const DocumentPtr other = makeDocument(300, 200);
+  canvas.document = other;
   drag(middle + QPointF(20.0, 0.0));
   release();
   EXPECT_TRUE(layer->texture.value()->equals(*before));
-  EXPECT_EQ(recordCount(*canvas.document), 0);
+  EXPECT_EQ(recordCount(*other), 0);
 }
 
 TEST_F(MoveToolTest, WithoutADocumentNothingHappens) {
