@@ -28,6 +28,10 @@ TEST_F(LassoSelectTool, SelectsWhatThePointerDrawsAround) {
   expectIdle();
 }
 
+TEST_F(LassoSelectTool, NeedsEveryPositionOfThePointer) {
+  EXPECT_TRUE(handler.needsEveryPosition());
+}
+
 TEST_F(LassoSelectTool, KeepsPointsTwoDocumentPixelsApart) {
   hand.press({4, 4});
   hand.drag({6.9, 4});
