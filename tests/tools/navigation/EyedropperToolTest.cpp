@@ -84,7 +84,7 @@ TEST_P(EyedropperToolTest, TransparencyIsTakenWithTheColour) {
 }
 
 TEST_P(EyedropperToolTest, WithoutADocumentNothingHappens) {
-  canvas.document = nullptr;
+  canvas.document.reset();
   press({5.0, 5.0});
   EXPECT_EQ(eyedropper.cursor(modifier::option, canvas.context()), CursorShape::crosshair);
 }

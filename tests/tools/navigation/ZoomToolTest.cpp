@@ -156,7 +156,7 @@ TEST_F(ZoomToolTest, AnotherDocumentUnderTheDragIsLeftAlone) {
   drag({200.0, 200.0});
   release({200.0, 200.0});
   EXPECT_EQ(other->zoom(), 1.0);
-  canvas.document = nullptr;
+  canvas.document.reset();
   dragOnce({100.0, 100.0}, {200.0, 200.0});
 }
 

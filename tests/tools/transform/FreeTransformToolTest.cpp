@@ -233,7 +233,7 @@ TEST_F(FreeTransformToolTest, TheEndOfTheDocumentEndsTheTransform) {
   open();
   document = nullptr;
   layer = nullptr;
-  canvas.document = nullptr;
+  canvas.document.reset();
   EXPECT_FALSE(handler.isOpen());
   handler.cancel(canvas.context());
   EXPECT_EQ(overlay().corners, std::nullopt);

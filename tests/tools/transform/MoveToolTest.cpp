@@ -316,7 +316,7 @@ TEST_F(MoveToolTest, AnotherDocumentUnderTheDragIsLeftAlone) {
 }
 
 TEST_F(MoveToolTest, WithoutADocumentNothingHappens) {
-  canvas.document = nullptr;
+  canvas.document.reset();
   dragOnce(middle, middle + QPointF(9.0, 9.0));
   move.updateBox(canvas.context());
   EXPECT_FALSE(key(keyCode::leftArrow));
