@@ -14,7 +14,7 @@
 #include "model/LevelsAdjustment.h"
 #include "model/PixelSupport.h"
 #include "model/RandomDocument.h"
-#include "tools/LayerTransform.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {
