@@ -22,15 +22,26 @@ OpenSelectionEdit::~OpenSelectionEdit() {
 }
 
 void OpenSelectionEdit::show(
-    const std::function<void(const Document& document, Selection& selection)>& write) {
+    const std::function<bool(const Document& document, Selection& selection)>& write) {
   const DocumentPtr target = document();
-  if (target == nullptr || !originalMask_) return;
+  if (target == nullptr || record_ == nullptr) return;
   DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<Selection> selection = edit.selection();
-  selection->pixels() = *originalMask_;
-  selection->restoreFlags(originalFlags_);
-  write(*target, *selection);
-  hasShown_ = true;
+  restoreOriginal(*selection);
+  hasShown_ = write(*target, *selection);
+  if (!hasShown_) restoreOriginal(*selection);
+}
+
+void OpenSelectionEdit::showOriginal() {
+  const DocumentPtr target = document();
+  if (target == nullptr || !std::exchange(hasShown_, false)) return;
+  DocumentEdit edit(*target, editKind::selecting);
+  restoreOriginal(*edit.selection());
+}
+
+void OpenSelectionEdit::restoreOriginal(Selection& selection) const {
+  selection.pixels() = *originalMask_;
+  selection.restoreFlags(originalFlags_);
 }
 
 void OpenSelectionEdit::keep() {

@@ -15,18 +15,23 @@ class SelectionChangeOperation;
 
 class OpenSelectionEdit final : public OpenEdit {
  public:
-  /// Makes a selection if there is none. Without memory for it, the edit has no effect.
+  /// Makes a selection if there is none. Without memory for it or for the record, the edit has no effect.
   OpenSelectionEdit(const DocumentPtr& document, const QString& actionName);
   ~OpenSelectionEdit() override;
 
-  /// Restores the original selection, then calls `write` to change its mask and flags.
-  void show(const std::function<void(const Document& document, Selection& selection)>& write);
+  /// Restores the original selection, then calls `write` to change its mask and flags. If it returns false
+  /// the original selection stays, as if nothing had ever been shown.
+  void show(const std::function<bool(const Document& document, Selection& selection)>& write);
+  /// Shows the original selection again, and counts as never having shown anything.
+  void showOriginal();
   /// Keeps what is shown. Leaves no record if nothing was selected before and nothing is now.
   void keep();
   /// Leaves no record if the edit never showed anything.
   void end() override;
 
  private:
+  void restoreOriginal(Selection& selection) const;
+
   bool hadSelection_;
   bool hasShown_ = false;
   std::optional<Surface> originalMask_;

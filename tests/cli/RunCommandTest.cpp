@@ -236,9 +236,20 @@ TEST_F(RunCommandTest, InapplicableStepsAreIgnored) {
   const QJsonObject facts = state(R"([
     {"do": "deselect"}, {"do": "copy"}, {"do": "paste"}, {"do": "crop"}, {"do": "trim"}, {"do": "applyMask"},
     {"do": "removeNode"}, {"do": "colorMode", "mode": 2}, {"do": "wand", "x": -5, "y": 900},
-    {"do": "polygon", "points": []}, {"do": "state"}])");
+    {"do": "polygon", "points": []}, {"do": "polygon", "points": [[1, 1], [5, 5], [9, 9]]},
+    {"do": "rectangle", "x": 5, "y": 5, "width": 0, "height": 9},
+    {"do": "ellipse", "cx": -90, "cy": 5, "rx": 9, "ry": 9}, {"do": "state"}])");
   EXPECT_EQ(facts["operations"], 0);
   EXPECT_EQ(facts["isDirty"], false);
+}
+
+TEST_F(RunCommandTest, AShapeWithoutAreaLeavesTheSelectionAndNoRecord) {
+  const QJsonObject facts = state(R"([
+    {"do": "selectAll"}, {"do": "polygon", "points": []}, {"do": "polygon", "points": [[1, 1], [5, 5], [9, 9]]},
+    {"do": "rectangle", "x": 5, "y": 5, "width": 0, "height": 9},
+    {"do": "ellipse", "cx": -90, "cy": 5, "rx": 9, "ry": 9, "mode": "intersect"}, {"do": "state"}])");
+  EXPECT_EQ(facts["operations"], 1);
+  EXPECT_EQ(facts["isFullSelection"], true);
 }
 
 TEST_F(RunCommandTest, AMalformedStepIsReportedByItsNumber) {

@@ -14,9 +14,10 @@ namespace {
 
 constexpr CanvasViewContext viewContext{1920, 1080, 640, 480, 12.5, -3, 2, 1.25};
 
-RenderEncoder::Draw recordedDraw(const CanvasViewLayer& pass, const Document& document) {
+RenderEncoder::Draw recordedDraw(const CanvasViewLayer& pass, const Document& document,
+                                 const CanvasViewContext& view = viewContext) {
   RenderEncoder encoder({nullptr, 0, 0, 0});
-  pass.render(encoder, viewContext, &document);
+  pass.render(encoder, view, &document);
   EXPECT_EQ(encoder.draws().size(), 1U);
   return encoder.draws().front();
 }
@@ -77,6 +78,25 @@ TEST_F(DragPathOverlay, PointsTakePrecedenceAndAreBoundAsABuffer) {
   std::array<float, 6> points{};
   std::memcpy(points.data(), draw.points.data(), sizeof(points));
   EXPECT_EQ(points, (std::array{1.5F, 2.5F, 3.0F, 4.0F, 5.0F, 6.0F}));
+}
+
+TEST_F(DragPathOverlay, PointsOfTheDocumentFollowTheViewAndPointsOfTheViewStay) {
+  pass.lassoPoints = {{10.0, 20.0}};
+  EXPECT_FALSE(isShown());
+  pass.lassoScreenPoints = {{7.0, 8.0}};
+  EXPECT_TRUE(isShown());
+  const auto pointsIn = [this](const CanvasViewContext& view) {
+    const RenderEncoder::Draw draw = recordedDraw(pass, *document, view);
+    std::array<float, 4> points{};
+    EXPECT_EQ(draw.points.size(), sizeof(points));
+    std::memcpy(points.data(), draw.points.data(), sizeof(points));
+    return points;
+  };
+  // The canvas is smaller than the view and stays in its middle.
+  EXPECT_EQ(pointsIn({400, 300, 100, 100, 0, 0, 1, 1}), (std::array{160.0F, 120.0F, 7.0F, 8.0F}));
+  EXPECT_EQ(pointsIn({300, 300, 100, 100, 0, 0, 1, 1}), (std::array{110.0F, 120.0F, 7.0F, 8.0F}));
+  EXPECT_EQ(pointsIn({400, 400, 100, 100, 0, 0, 1, 2}), (std::array{60.0F, 70.0F, 7.0F, 8.0F}));
+  EXPECT_EQ(pointsIn({200, 200, 100, 100, 5, 6, 4, 1}), (std::array{20.0F, 56.0F, 7.0F, 8.0F}));
 }
 
 TEST(MoveToolOverlay, IsShownWithABoxAndBindsItsRotation) {

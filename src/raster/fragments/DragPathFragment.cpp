@@ -15,7 +15,7 @@ double onPixels(double position, int lineWidth) {
   return std::round(position - half) + half;
 }
 
-/// Lines on the first and last pixels that the rectangle will select.
+/// Lines just within the edges that the pointer has drawn. Whoever selects expands them to whole pixels.
 std::vector<DevicePoint> rectangle(const DragPathUniforms& uniforms, const OverlayMapping& mapping) {
   const auto [x, y, width, height] = uniforms.shape;
   const DevicePoint from = mapping.devicePoint(static_cast<double>(x), static_cast<double>(y));

@@ -6,7 +6,7 @@
 #include <utility>
 #include <variant>
 
-#include "raster/fragments/FragmentUniforms.h"
+#include "raster/fragments/OverlayStroke.h"
 
 namespace orvanel {
 namespace {
@@ -23,20 +23,35 @@ DragPathOverlayLayer::DragPathOverlayLayer(const MetalContext& context)
 bool DragPathOverlayLayer::shouldRender(const CanvasViewContext& context, const Document* document) const {
   (void)context;
   if (document == nullptr || (documentID && *documentID != document->id)) return false;
-  return dragPath || (lassoScreenPoints && lassoScreenPoints->size() > 1);
+  return dragPath || polylineSize() > 1;
+}
+
+std::size_t DragPathOverlayLayer::polylineSize() const {
+  return lassoPoints.size() + (lassoScreenPoints ? lassoScreenPoints->size() : 0);
+}
+
+std::vector<FragmentPoint> DragPathOverlayLayer::polyline(const CanvasViewUniforms& view) const {
+  std::vector<FragmentPoint> points;
+  points.reserve(polylineSize());
+  const OverlayMapping mapping(view);
+  for (const QPointF& point : lassoPoints) {
+    const DevicePoint device = mapping.devicePoint(point.x(), point.y());
+    points.push_back(
+        {static_cast<float>(device.x / mapping.scale()), static_cast<float>(device.y / mapping.scale())});
+  }
+  for (const QPointF& point : lassoScreenPoints.value_or(std::vector<QPointF>{})) {
+    points.push_back({static_cast<float>(point.x()), static_cast<float>(point.y())});
+  }
+  return points;
 }
 
 void DragPathOverlayLayer::render(RenderEncoder& encoder, const CanvasViewContext& context,
                                   const Document* document) const {
   (void)document;
   DragPathUniforms uniforms{.view = viewUniforms(context)};
-  if (lassoScreenPoints && lassoScreenPoints->size() > 1) {
-    if (!std::in_range<std::int32_t>(lassoScreenPoints->size())) fatalFault("Too many points in a drag path");
-    std::vector<FragmentPoint> points;
-    points.reserve(lassoScreenPoints->size());
-    for (const QPointF& point : *lassoScreenPoints) {
-      points.push_back({static_cast<float>(point.x()), static_cast<float>(point.y())});
-    }
+  if (polylineSize() > 1) {
+    if (!std::in_range<std::int32_t>(polylineSize())) fatalFault("Too many points in a drag path");
+    const std::vector<FragmentPoint> points = polyline(uniforms.view);
     uniforms.shapeMode = DragPathUniforms::polyline;
     uniforms.pointCount = static_cast<std::uint32_t>(points.size());
     encoder.draw(pipelineState_, uniformBytes(uniforms), nullptr, std::as_bytes(std::span(points)));

@@ -8,6 +8,7 @@
 
 #include "model/SelectionPath.h"
 #include "raster/MetalContext.h"
+#include "raster/fragments/FragmentUniforms.h"
 #include "tools/CanvasViewLayer.h"
 
 namespace orvanel {
@@ -22,12 +23,18 @@ class DragPathOverlayLayer : public CanvasViewLayer {
 
   /// A rectangle or an ellipse, in document coordinates.
   std::optional<SelectionPath> dragPath;
-  /// A polyline of at least two points, in view coordinates. Takes precedence over the path.
+  // A polyline of at least two points: those that stay on the document, in its coordinates, and then those
+  // that stay in the view. Takes precedence over the path.
+  std::vector<QPointF> lassoPoints;
   std::optional<std::vector<QPointF>> lassoScreenPoints;
   /// The only document that the shape is drawn over; any if not set.
   std::optional<QUuid> documentID;
 
  private:
+  [[nodiscard]] std::size_t polylineSize() const;
+  /// The polyline in view coordinates.
+  [[nodiscard]] std::vector<FragmentPoint> polyline(const CanvasViewUniforms& view) const;
+
   RenderPipeline pipelineState_;
 };
 

@@ -11,6 +11,8 @@ class LassoSelectToolHandler final : public SelectionToolHandler {
  public:
   using SelectionToolHandler::SelectionToolHandler;
   [[nodiscard]] std::set<Tool> supportedTools() const override { return {Tool::lassoSelect}; }
+  /// The outline is what the pointer draws, not where it was at the last frame.
+  [[nodiscard]] bool needsEveryPosition() const override { return true; }
   /// The outline so far, in document pixels.
   [[nodiscard]] const std::vector<QPointF>& lassoPoints() const { return lassoPoints_; }
 

@@ -4,6 +4,7 @@
 
 #include "raster/HalfFloat.h"
 #include "raster/Regularity.h"
+#include "raster/kernels/TileBits.h"
 
 namespace orvanel {
 namespace {
@@ -43,34 +44,49 @@ WandMatch matchOfMask(const Surface& mask, const MetalContext& context) {
 }
 
 /// The surface that is sampled, before its conversion to colours; may be null.
-ConstTexture sourceOf(const Document& document, bool sampleAllLayers) {
-  if (sampleAllLayers) return document.compositedTexture.value();
+ConstTexture sourceOf(Document& document, bool sampleAllLayers) {
+  if (sampleAllLayers) return document.composite();
+  // What an open adjustment shows is what the user has pressed on.
+  document.settle();
   const std::shared_ptr<Layer> layer = document.activeLayer();
   return layer != nullptr ? layer->activeEditTexture() : nullptr;
 }
 
-/// The most memory that a press can take: the sample in colours, the match, the mask it is combined in, that
-/// mask as it was and, within a byte a pixel, what is known of pixels already visited.
-std::uint64_t mostBytesOf(const ConstTexture& source) {
-  if (source == nullptr) return 0;
-  bool holdsData = false;
-  for (int index = 0; index < source->tileCount(); ++index) holdsData |= !source->tile(index).isUniform();
-  // Uniform tiles match as a whole.
-  if (!holdsData) return 0;
-  constexpr auto bytesPerMatchedPixel = static_cast<std::uint64_t>(bytesPerPixel(PixelFormat::rgba16Float) +
-                                                                   3 * bytesPerPixel(maskPixelFormat) + 1);
-  return bytesPerMatchedPixel * tilePixels * static_cast<std::uint64_t>(source->tileCount());
+WandMatch matchOf(const Document& document, const Surface& source, bool sampleAllLayers) {
+  if (sampleAllLayers) return WandMatch(source);
+  if (document.activeLayer()->editsMask()) return matchOfMask(source, document.context());
+  const ColorMode mode = document.colorMode.value();
+  return isGrayscale(mode) ? matchOfGrey(source, mode, document.context()) : WandMatch(source);
 }
 
-/// None if there is nothing to sample.
-std::optional<WandMatch> matchOf(Document& document, bool sampleAllLayers) {
-  if (sampleAllLayers) return WandMatch(*document.composite());
-  const std::shared_ptr<Layer> layer = document.activeLayer();
-  const ConstTexture pixels = layer != nullptr ? layer->activeEditTexture() : nullptr;
-  if (pixels == nullptr) return std::nullopt;
-  if (layer->editsMask()) return matchOfMask(*pixels, document.context());
-  const ColorMode mode = document.colorMode.value();
-  return isGrayscale(mode) ? matchOfGrey(*pixels, mode, document.context()) : WandMatch(*pixels);
+/// Whether the mask may hold data in this tile: a uniform tile matches as a whole, but softened corners reach
+/// into it from neighbours of other colours.
+bool mayDivide(const Surface& source, int index) {
+  const Tile& tile = source.tile(index);
+  if (!tile.isUniform()) return true;
+  const int across = source.tilesAcross();
+  const auto differs = [&](bool exists, int neighbour) { return exists && source.tile(neighbour) != tile; };
+  return differs(index % across > 0, index - 1) || differs((index + 1) % across > 0, index + 1) ||
+         differs(index >= across, index - across) ||
+         differs(index + across < source.tileCount(), index + across);
+}
+
+/// The most memory that a gesture can take: the sample in colours, unless it is the source itself, what is
+/// known and found of its pixels, a bit each, and the mask of the match besides the one that is shown.
+/// `combined` is the mask of the selection that the match is combined with; may be null.
+std::uint64_t mostBytesOf(const Surface& source, PixelFormat colors, const Surface* combined) {
+  const auto bytesPerTile = [](PixelFormat format) {
+    return static_cast<std::uint64_t>(tilePixels) * static_cast<std::uint64_t>(bytesPerPixel(format));
+  };
+  constexpr std::uint64_t bytesOfBits = 2 * sizeof(kernels::TileBits);
+  const std::uint64_t bytesToMatch = bytesOfBits + (colors == source.format() ? 0 : bytesPerTile(colors));
+  std::uint64_t bytes = 0;
+  for (int index = 0; index < source.tileCount(); ++index) {
+    const bool isCombined = combined != nullptr && !combined->tile(index).isUniform();
+    if (!source.tile(index).isUniform()) bytes += bytesToMatch;
+    if (isCombined || mayDivide(source, index)) bytes += 2 * bytesPerTile(maskPixelFormat);
+  }
+  return bytes;
 }
 
 Color4 colorOf(std::uint64_t pixel, PixelFormat format) {
@@ -92,10 +108,14 @@ std::unique_ptr<MagicWand> MagicWand::press(const DocumentPtr& document, int x, 
   if (x < 0 || y < 0 || x >= document->canvasWidth.value() || y >= document->canvasHeight.value()) {
     return nullptr;
   }
-  if (!document->admitsEdit(mostBytesOf(sourceOf(*document, settings.sampleAllLayers)))) return nullptr;
-  std::optional<WandMatch> match = matchOf(*document, settings.sampleAllLayers);
-  if (!match) return nullptr;
-  std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(*match), x, y, mode));
+  const ConstTexture source = sourceOf(*document, settings.sampleAllLayers);
+  if (source == nullptr) return nullptr;
+  WandMatch match = matchOf(*document, *source, settings.sampleAllLayers);
+  const std::shared_ptr<const Selection> standing = document->activeSelection();
+  const bool combines = mode != SelectionMode::replace && standing != nullptr;
+  const Surface* combined = combines ? standing->maskTexture->texture.get() : nullptr;
+  if (!document->admitsEdit(mostBytesOf(*source, match.format(), combined))) return nullptr;
+  std::unique_ptr<MagicWand> wand(new MagicWand(document, std::move(match), x, y, mode));
   wand->select(settings);
   return wand;
 }

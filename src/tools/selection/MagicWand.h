@@ -28,6 +28,8 @@ class MagicWand {
   void select(const MagicWandSettings& settings);
   /// Ends the gesture and records it.
   void release() { gesture_.close(); }
+  /// Ends the gesture with the selection at the press and without a record.
+  void takeBack() { gesture_.takeBack(); }
   /// False once released, or ended by the document.
   [[nodiscard]] bool isOpen() const { return gesture_.isOpen(); }
 

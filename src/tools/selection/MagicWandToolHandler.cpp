@@ -51,6 +51,12 @@ void MagicWandToolHandler::abandon() {
   SelectionToolHandler::abandon();
 }
 
+void MagicWandToolHandler::cancel() {
+  if (wand_ != nullptr) wand_->takeBack();
+  SelectionToolHandler::cancel();
+  abandon();
+}
+
 void MagicWandToolHandler::setTolerance(float tolerance) {
   MagicWandSettings settings = toolState_.magicWandSettings.value();
   settings.tolerance = tolerance;

@@ -24,6 +24,7 @@ class MagicWandToolHandler final : public SelectionToolHandler {
   void release(const EventRecord& event, const ToolContext& context) override;
   [[nodiscard]] bool isOpen(const ToolContext& context) override;
   void abandon() override;
+  void cancel() override;
 
  private:
   void setTolerance(float tolerance);

@@ -16,24 +16,26 @@ SelectionMode selectionModeOf(std::uint32_t modifiers) {
 void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill) {
   edit_.show([&](const Document& document, Selection& selection) {
     const MetalContext& context = document.context();
+    const MaskTexture& mask = *selection.maskTexture;
+    const std::shared_ptr<Selection> shape = Selection::create(mask.width, mask.height, context);
+    if (shape == nullptr || !fill(*shape)) return false;
+    // A selection without pixels couldn't be seen, but would keep edits from changing anything.
+    if (!context.selectionBounds(*shape->maskTexture->texture)) return false;
     if (mode != SelectionMode::replace && selection.hasSelection.value()) {
-      const MaskTexture& mask = *selection.maskTexture;
-      const std::shared_ptr<Selection> shape = Selection::create(mask.width, mask.height, context);
-      if (shape == nullptr || !fill(*shape)) return;
       combineMask(selection, *shape->maskTexture->texture, mode, context);
-      return;
+    } else {
+      selection.pixels() = shape->pixels();
+      selection.restoreFlags(shape->flags());
     }
-    const Surface before = *selection.maskTexture->texture;
-    const Selection::Flags flags = selection.flags();
-    selection.clear(context);
-    if (fill(selection)) return;
-    selection.pixels() = before;
-    selection.restoreFlags(flags);
+    return true;
   });
 }
 
 void SelectionGesture::clear() {
-  edit_.show([](const Document& document, Selection& selection) { selection.clear(document.context()); });
+  edit_.show([](const Document& document, Selection& selection) {
+    selection.clear(document.context());
+    return true;
+  });
 }
 
 void combineMask(Selection& selection, const Surface& shapeMask, SelectionMode mode,

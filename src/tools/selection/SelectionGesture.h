@@ -5,6 +5,7 @@
 #include <QString>
 #include <functional>
 #include <type_traits>
+#include <utility>
 
 #include "model/OpenSelectionEdit.h"
 #include "tools/EventRecord.h"
@@ -21,9 +22,9 @@ class SelectionGesture {
   /// Opens the record; makes a selection if there is none.
   SelectionGesture(const DocumentPtr& document, const QString& actionName) : edit_(document, actionName) {}
 
-  /// `fill` writes the shape and its flags into the selection it is given. If it returns false, or there is
-  /// no memory to combine the shape, the original selection is restored. Every shape starts from the original
-  /// selection. With nothing selected, every mode replaces.
+  /// `fill` writes the shape and its flags into the empty selection it is given. If it returns false, if the
+  /// shape covers no pixel, or if there is no memory for it, the original selection stays. Every shape starts
+  /// from the original selection. With nothing selected, every mode replaces.
   template <typename Fill>
   void selectShape(SelectionMode mode, const Fill& fill) {
     if constexpr (std::is_void_v<std::invoke_result_t<Fill, Selection&>>) {
@@ -38,8 +39,16 @@ class SelectionGesture {
   /// Selects nothing.
   void clear();
 
-  /// Ends the gesture. Leaves no record unless something was selected before or is now.
-  void close() { edit_.keep(); }
+  /// Ends the gesture. Leaves no record if nothing has been shown, or nothing was selected before and nothing
+  /// is now.
+  void close() { edit_.end(); }
+  /// Ends the gesture with the original selection and without a record.
+  void takeBack() {
+    edit_.showOriginal();
+    edit_.end();
+  }
+  /// `callback` is called once when the gesture ends, whoever ends it; it must not destroy the gesture.
+  void whenClosed(std::function<void()> callback) { edit_.onClosed = std::move(callback); }
   /// False once closed, or ended by the document.
   [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 

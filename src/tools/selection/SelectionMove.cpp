@@ -7,6 +7,7 @@ void SelectionMove::moveTo(int dx, int dy) {
     const Surface original = *selection.maskTexture->texture;
     document.context().translateMask(original, selection.pixels(), dx, dy);
     selection.refreshFlags(document.context());
+    return true;
   });
 }
 

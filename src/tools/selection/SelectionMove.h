@@ -2,6 +2,9 @@
 // that nothing is lost at the canvas's edges before the release. Owned by the tool; main thread only.
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "model/OpenSelectionEdit.h"
 
 namespace orvanel {
@@ -15,6 +18,13 @@ class SelectionMove {
   void moveTo(int dx, int dy);
   /// Ends the move and records it, even if the selection is where it was.
   void close() { edit_.keep(); }
+  /// Ends the move with the selection where it was and without a record.
+  void takeBack() {
+    edit_.showOriginal();
+    edit_.end();
+  }
+  /// `callback` is called once when the move ends, whoever ends it; it must not destroy the move.
+  void whenClosed(std::function<void()> callback) { edit_.onClosed = std::move(callback); }
   /// False once closed, or ended by the document.
   [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 

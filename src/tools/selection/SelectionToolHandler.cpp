@@ -2,6 +2,10 @@
 
 namespace orvanel {
 
+void SelectionToolHandler::toolActivated(const ToolContext& /*context*/) {
+  state_->forgetPointer();
+}
+
 void SelectionToolHandler::toolDeactivated(const ToolContext& /*context*/) {
   abandon();
 }
@@ -14,7 +18,7 @@ void SelectionToolHandler::mouseDown(const EventRecord& event, const ToolContext
                                      QPointF viewPoint) {
   // The release of an earlier press may never have been reported.
   abandon();
-  state_->forgetHit();
+  state_->forgetPointer();
   if (state_->shouldMoveSelection(event, context, viewPoint)) {
     state_->beginMoveSelection(context, viewPoint);
   } else {
@@ -31,13 +35,13 @@ void SelectionToolHandler::mouseDragged(const EventRecord& event, const ToolCont
   }
 }
 
-void SelectionToolHandler::mouseUp(const EventRecord& event, const ToolContext& context,
-                                   QPointF /*viewPoint*/) {
+void SelectionToolHandler::mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) {
   if (state_->isMoving()) {
     state_->endMoveSelection();
   } else {
     release(event, context);
   }
+  if (!isOpen(context)) state_->rememberPointer(viewPoint);
 }
 
 void SelectionToolHandler::mouseMoved(const EventRecord& event, const ToolContext& context,
@@ -46,9 +50,20 @@ void SelectionToolHandler::mouseMoved(const EventRecord& event, const ToolContex
 }
 
 bool SelectionToolHandler::keyDown(const EventRecord& event, const ToolContext& context) {
-  if (event.key != keyCode::space || (!state_->isMoving() && !isOpen(context))) return false;
-  state_->holdSpacebar();
-  return true;
+  if (!state_->isMoving() && !isOpen(context)) return false;
+  switch (event.key) {
+    case keyCode::space:
+      state_->holdSpacebar();
+      return true;
+    case keyCode::escape:
+      cancel();
+      return true;
+    case keyCode::backspace:
+    case keyCode::forwardDelete:
+      return true;
+    default:
+      return false;
+  }
 }
 
 bool SelectionToolHandler::keyUp(const EventRecord& event, const ToolContext& /*context*/) {

@@ -16,13 +16,15 @@ class SelectionToolHandler : public CanvasToolHandler {
   [[nodiscard]] std::shared_ptr<CanvasViewLayer> overlayLayer() const override {
     return state_->dragPathLayer;
   }
+  void toolActivated(const ToolContext& context) override;
   void toolDeactivated(const ToolContext& context) override;
   [[nodiscard]] CursorShape cursor(std::uint32_t modifiers, const ToolContext& context) const override;
   void mouseDown(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
   void mouseDragged(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
   void mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
   void mouseMoved(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
-  /// The space bar belongs to the gesture while there is one.
+  /// An open gesture hears its keys first: Escape takes it back, the space bar moves the shape, and the keys
+  /// that delete do nothing.
   bool keyDown(const EventRecord& event, const ToolContext& context) override;
   bool keyUp(const EventRecord& event, const ToolContext& context) override;
 
@@ -35,6 +37,8 @@ class SelectionToolHandler : public CanvasToolHandler {
   [[nodiscard]] virtual bool isOpen(const ToolContext& context) { return state_->isDrawing(context); }
   /// Ends it as a change of tool does.
   virtual void abandon() { state_->abandon(); }
+  /// Takes it, or a move of the selection, back to the press.
+  virtual void cancel() { state_->cancel(); }
 
   [[nodiscard]] SelectionToolState& state() const { return *state_; }
 

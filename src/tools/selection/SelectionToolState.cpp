@@ -23,6 +23,13 @@ std::optional<QPointF> documentPoint(const ToolContext& context, QPointF viewPoi
   return context.view->viewToDocument(viewPoint);
 }
 
+/// Whether the pixel at a view point is selected.
+bool isSelected(const ToolContext& context, QPointF viewPoint) {
+  const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
+  const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
+  return selection != nullptr && pixel && selection->isPointSelected(pixel->x(), pixel->y());
+}
+
 bool choosesMode(std::uint32_t modifiers) {
   return selectionModeOf(modifiers) != SelectionMode::replace;
 }
@@ -75,11 +82,12 @@ CursorShape SelectionToolState::selectionCursor(std::uint32_t modifiers, const T
     case SelectionMode::replace:
       break;
   }
-  return CursorShape::crosshair;
+  return hoverPoint_ && isSelected(context, *hoverPoint_) ? CursorShape::move : CursorShape::crosshair;
 }
 
 void SelectionToolState::selectionMouseMoved(const EventRecord& event, const ToolContext& context,
                                              QPointF viewPoint) {
+  rememberPointer(viewPoint);
   if (choosesMode(event.modifiers)) return;
   const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
   const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
@@ -87,23 +95,38 @@ void SelectionToolState::selectionMouseMoved(const EventRecord& event, const Too
   if (selection == nullptr) {
     // The pointer may still show what a command has deselected since.
     if (std::exchange(lastHitResult_, false)) context.view->showCursor(CursorShape::crosshair);
-    return forgetHit();
+    lastHitPixel_ = std::nullopt;
+    return;
+  }
+  const bool isHit = hits(context.document.lock(), *selection, *pixel);
+  context.view->showCursor(isHit ? CursorShape::move : CursorShape::crosshair);
+}
+
+bool SelectionToolState::hits(const DocumentPtr& document, const Selection& selection, QPoint pixel) {
+  if (hitDocument_.lock() != document) {
+    lastHitPixel_ = std::nullopt;
+    hitDocument_ = document;
+    hitChanges_ = document->changes().observe([this](const DocumentChanges& changes) {
+      if (contains<change::SelectionChanged>(changes)) lastHitPixel_ = std::nullopt;
+    });
   }
   if (lastHitPixel_ != pixel) {
     lastHitPixel_ = pixel;
-    lastHitResult_ = selection->isPointSelected(pixel->x(), pixel->y());
+    lastHitResult_ = selection.isPointSelected(pixel.x(), pixel.y());
   }
-  context.view->showCursor(lastHitResult_ ? CursorShape::move : selectionCursor(event.modifiers, context));
+  return lastHitResult_;
+}
+
+void SelectionToolState::forgetPointer() {
+  hoverPoint_ = std::nullopt;
+  lastHitPixel_ = std::nullopt;
 }
 
 // Moving the selection.
 
 bool SelectionToolState::shouldMoveSelection(const EventRecord& event, const ToolContext& context,
                                              QPointF viewPoint) const {
-  if (choosesMode(event.modifiers)) return false;
-  const std::shared_ptr<const Selection> selection = activeSelectionOf(context);
-  const std::optional<QPoint> pixel = documentPixel(context, viewPoint);
-  return selection != nullptr && pixel && selection->isPointSelected(pixel->x(), pixel->y());
+  return !choosesMode(event.modifiers) && isSelected(context, viewPoint);
 }
 
 void SelectionToolState::beginMoveSelection(const ToolContext& context, QPointF viewPoint) {
@@ -111,6 +134,7 @@ void SelectionToolState::beginMoveSelection(const ToolContext& context, QPointF 
   if (activeSelectionOf(context) == nullptr || !start) return;
   const DocumentPtr document = context.document.lock();
   move_ = std::make_unique<SelectionMove>(document);
+  move_->whenClosed([this] { reset(); });
   moveStart_ = *start;
   movedTo_ = {};
   attach(document, *context.view);
@@ -141,6 +165,7 @@ void SelectionToolState::beginShape(const ToolContext& context, QPointF viewPoin
   if (!point) return;
   const DocumentPtr document = context.document.lock();
   gesture_ = std::make_unique<SelectionGesture>(document, actionName);
+  gesture_->whenClosed([this] { reset(); });
   lastDragPoint_ = *point;
   dragScreenOrigin_ = viewPoint;
   dragThresholdMet_ = false;
@@ -190,29 +215,22 @@ void SelectionToolState::abandon() {
   reset();
 }
 
+void SelectionToolState::cancel() {
+  if (const std::unique_ptr<SelectionMove> move = std::move(move_)) move->takeBack();
+  abandon();
+}
+
 void SelectionToolState::attach(const DocumentPtr& document, ToolCanvas& view) {
   document_ = document;
   view_ = &view;
   dragPathLayer->documentID = document->id;
-  changes_ = document->changes().observe([this](const DocumentChanges& changes) { hear(changes); });
-}
-
-void SelectionToolState::hear(const DocumentChanges& changes) {
-  const bool isOpen = (gesture_ != nullptr && gesture_->isOpen()) || (move_ != nullptr && move_->isOpen());
-  if (!isOpen) return abandon();
-  // Points in the view don't stay on theirs in the document when the view moves.
-  if (containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset)) {
-    refreshPolyline();
-  }
 }
 
 void SelectionToolState::reset() {
-  changes_ = {};
   dragPathLayer->dragPath = std::nullopt;
+  dragPathLayer->lassoPoints.clear();
   dragPathLayer->lassoScreenPoints = std::nullopt;
   dragPathLayer->documentID = std::nullopt;
-  polyline_.clear();
-  pointer_ = std::nullopt;
   dragThresholdMet_ = false;
   spacebarHeld_ = false;
   if (const DocumentPtr document = document_.lock()) document->setDragSize(std::nullopt);
@@ -230,20 +248,9 @@ void SelectionToolState::showPath(const SelectionPath& path) {
 
 void SelectionToolState::showPolyline(std::vector<QPointF> documentPoints,
                                       const std::optional<QPointF>& pointer) {
-  polyline_ = std::move(documentPoints);
-  pointer_ = pointer;
-  refreshPolyline();
-}
-
-void SelectionToolState::refreshPolyline() {
-  if (view_ == nullptr || polyline_.empty()) return;
-  std::vector<QPointF> points;
-  points.reserve(polyline_.size() + 1);
-  for (const QPointF& documentPoint : polyline_) {
-    if (const std::optional<QPointF> point = view_->documentToView(documentPoint)) points.push_back(*point);
-  }
-  if (pointer_) points.push_back(*pointer_);
-  dragPathLayer->lassoScreenPoints = std::move(points);
+  dragPathLayer->lassoPoints = std::move(documentPoints);
+  dragPathLayer->lassoScreenPoints = std::nullopt;
+  if (pointer) dragPathLayer->lassoScreenPoints = std::vector{*pointer};
   requestRedraw();
 }
 

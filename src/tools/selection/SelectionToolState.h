@@ -29,12 +29,15 @@ class SelectionToolState {
   const std::shared_ptr<DragPathOverlayLayer> dragPathLayer;
 
   // The pointer.
-  /// How a shape begun with these modifiers would combine with the selection.
+  /// How a shape begun with these modifiers would combine with the selection, or that a drag from the pointer
+  /// would move it.
   [[nodiscard]] CursorShape selectionCursor(std::uint32_t modifiers, const ToolContext& context) const;
   /// Shows where a drag would move the selection.
   void selectionMouseMoved(const EventRecord& event, const ToolContext& context, QPointF viewPoint);
-  /// Has the next movement look at the selection again.
-  void forgetHit() { lastHitPixel_ = std::nullopt; }
+  /// Where the pointer is while no gesture is in progress, in view points.
+  void rememberPointer(QPointF viewPoint) { hoverPoint_ = viewPoint; }
+  /// The pointer may be anywhere; the next movement looks at the selection again.
+  void forgetPointer();
 
   // Moving the selection.
   [[nodiscard]] bool shouldMoveSelection(const EventRecord& event, const ToolContext& context,
@@ -42,7 +45,7 @@ class SelectionToolState {
   void beginMoveSelection(const ToolContext& context, QPointF viewPoint);
   void continueMoveSelection(const ToolContext& context, QPointF viewPoint);
   void endMoveSelection();
-  [[nodiscard]] bool isMoving() const { return move_ != nullptr; }
+  [[nodiscard]] bool isMoving() const { return move_ != nullptr && move_->isOpen(); }
 
   // Drawing a shape.
   /// One step of a drag: either the whole shape shifts, or its end follows the pointer.
@@ -63,6 +66,8 @@ class SelectionToolState {
   void commitClick();
   /// Ends any gesture as a change of tool does: a shape being drawn is dropped, a moved selection stays.
   void abandon();
+  /// Ends any gesture without a record: a shape being drawn is dropped, a moved selection goes back.
+  void cancel();
 
   // The overlay of the shape being drawn.
   void showPath(const SelectionPath& path);
@@ -77,17 +82,17 @@ class SelectionToolState {
 
  private:
   void attach(const DocumentPtr& document, ToolCanvas& view);
-  void hear(const DocumentChanges& changes);
   /// Clears whatever belongs to a gesture.
   void reset();
-  void refreshPolyline();
   void requestRedraw();
+  /// Whether a drag from this pixel would move the selection. Asks the selection once as long as neither
+  /// changes.
+  [[nodiscard]] bool hits(const DocumentPtr& document, const Selection& selection, QPoint pixel);
 
   // The gesture in progress.
   std::weak_ptr<Document> document_;
   /// The canvas that owns the tools; set during a gesture.
   ToolCanvas* view_ = nullptr;
-  ChangeStream::Subscription changes_;
   std::unique_ptr<SelectionGesture> gesture_;
   std::unique_ptr<SelectionMove> move_;
   QPointF moveStart_;         ///< document pixels
@@ -96,11 +101,13 @@ class SelectionToolState {
   QPointF lastDragPoint_;     ///< document pixels
   bool dragThresholdMet_ = false;
   bool spacebarHeld_ = false;
-  std::vector<QPointF> polyline_;   ///< document pixels
-  std::optional<QPointF> pointer_;  ///< view points
 
+  // The pointer between gestures.
+  std::optional<QPointF> hoverPoint_;  ///< view points
+  std::weak_ptr<Document> hitDocument_;
   std::optional<QPoint> lastHitPixel_;
   bool lastHitResult_ = false;
+  ChangeStream::Subscription hitChanges_;
 };
 
 /// A view point as a document point within the canvas; none without a document or a view.

@@ -179,7 +179,6 @@ TEST_F(RectSelectTool, TheSpaceBarIsItsOnlyDuringAGesture) {
   EXPECT_FALSE(hand.keyDown(keyCode::space));
   EXPECT_FALSE(hand.keyUp(keyCode::space));
   hand.press({10, 10});
-  EXPECT_FALSE(hand.keyDown(keyCode::escape));
   EXPECT_TRUE(hand.keyDown(keyCode::space));
   hand.drag({20, 20});
   hand.release({20, 20});
@@ -188,6 +187,33 @@ TEST_F(RectSelectTool, TheSpaceBarIsItsOnlyDuringAGesture) {
   hand.drag({30, 29});
   hand.release({30, 29});
   EXPECT_EQ(bounds(), (PixelRect{25, 25, 5, 4})) << "the next shape doesn't move";
+}
+
+TEST_F(RectSelectTool, EscapeInMidDragDropsTheShape) {
+  selectRect({0, 0, 5, 5});
+  EXPECT_FALSE(hand.keyDown(keyCode::escape)) << "nothing to drop";
+  hand.press({10, 10});
+  hand.drag({20, 20});
+  EXPECT_TRUE(hand.keyDown(keyCode::escape));
+  expectIdle();
+  EXPECT_FALSE(hand.keyDown(keyCode::escape)) << "nothing to drop any more";
+  hand.drag({25, 25});
+  hand.release({25, 25});
+  expectIdle();
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 5, 5}));
+  EXPECT_EQ(records(), 1U);
+}
+
+TEST_F(RectSelectTool, TheKeysThatDeleteDoNothingInMidDrag) {
+  EXPECT_FALSE(hand.keyDown(keyCode::backspace));
+  EXPECT_FALSE(hand.keyDown(keyCode::forwardDelete));
+  hand.press({10, 10});
+  hand.drag({20, 20});
+  EXPECT_TRUE(hand.keyDown(keyCode::backspace));
+  EXPECT_TRUE(hand.keyDown(keyCode::forwardDelete));
+  EXPECT_FALSE(hand.keyDown(keyCode::tab));
+  hand.release({20, 20});
+  EXPECT_EQ(bounds(), (PixelRect{10, 10, 10, 10}));
 }
 
 TEST_F(RectSelectTool, AChangeOfToolDropsTheShape) {
@@ -279,6 +305,18 @@ TEST_F(EllipseSelectTool, FillsTheWholePixelsOfTheDrag) {
   EXPECT_TRUE(mask().equals(ellipse(12.0F, 8.0F, 8.0F, 5.0F)));
   EXPECT_EQ(undoName(), "Ellipse Select");
   EXPECT_EQ(document->selection.value()->flags(), (Selection::Flags{true, false}));
+}
+
+TEST_F(EllipseSelectTool, AnEllipseOfWhichOnlyAnEmptyCornerIsOnTheCanvasSelectsNothing) {
+  selectRect({0, 0, 5, 5});
+  hand.press({10, 10});
+  hand.drag({30, 29});
+  static_cast<void>(hand.keyDown(keyCode::space));
+  hand.drag({30 + 29, 29 + 19});
+  hand.release({30 + 29, 29 + 19});
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 5, 5}));
+  EXPECT_EQ(records(), 1U);
+  expectIdle();
 }
 
 TEST_F(EllipseSelectTool, CommandGivesACircle) {

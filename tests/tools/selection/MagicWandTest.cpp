@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "model/LevelsAdjustment.h"
 #include "model/ModelSupport.h"
 #include "raster/HalfFloat.h"
+#include "raster/MemoryBudget.h"
 #include "raster/TileMemory.h"
 
 namespace orvanel {
@@ -118,6 +120,41 @@ TEST_P(MagicWands, SamplesTheMaskBeingEdited) {
   put(layer->isMaskSelected, true);
   press(4, 5, exact);
   EXPECT_EQ(bounds(), (PixelRect{3, 4, 5, 6}));
+}
+
+TEST_P(MagicWands, SamplesWhatAnOpenAdjustmentShows) {
+  paint({0, 0, 20, 30}, {0.6F, 0.6F, 0.6F, 1.0F});
+  std::optional<LevelsAdjustment> levels = LevelsAdjustment::begin(document);
+  ASSERT_TRUE(levels.has_value());
+  levels->apply({.whitePoint = 100.0F});
+  press(3, 3, exact);
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 40, 30})) << "both halves have become white";
+  EXPECT_TRUE(levels->isOpen());
+}
+
+TEST_P(MagicWands, NeedsMemoryOnlyForTilesThatItMayDivide) {
+  document = makeDocument(10 * tileSide, 10 * tileSide, GetParam());
+  const auto isAdmitted = [this](std::uint64_t bytes) {
+    const ScopedMemoryLimit limit(bytes);
+    return MagicWand::press(document, 6, 6, SelectionMode::replace, exact) != nullptr;
+  };
+  EXPECT_TRUE(isAdmitted(0)) << "a uniform image matches as a whole";
+  paint({5, 5, 4, 4}, dark);
+  EXPECT_FALSE(isAdmitted(0));
+  EXPECT_TRUE(isAdmitted(std::uint64_t{24} * tilePixels)) << "one tile, and two that it may soften";
+  const std::shared_ptr<Layer> layer = document->activeLayer();
+  document->context().fillRectMask(writable(addMask(*layer)->maskTexture->texture), {3, 4, 5, 6}, 0.0F);
+  put(layer->isMaskSelected, true);
+  EXPECT_TRUE(isAdmitted(std::uint64_t{24} * tilePixels)) << "the mask's own tile is converted as well";
+}
+
+TEST_P(MagicWands, WithoutMemoryToFlattenNothingIsSelected) {
+  document->addLayer(QStringLiteral("Above"));
+  paint({5, 5, 4, 4}, dark);
+  const ScopedMemoryLimit limit(0);
+  MagicWandSettings settings = exact;
+  settings.sampleAllLayers = true;
+  EXPECT_EQ(MagicWand::press(document, 6, 6, SelectionMode::replace, settings), nullptr);
 }
 
 TEST_P(MagicWands, IfTheFloodRunsOutOfMemoryTheSelectionAtThePressIsKept) {

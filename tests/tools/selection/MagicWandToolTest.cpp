@@ -173,6 +173,30 @@ TEST_F(MagicWandTool, TheSpaceBarDuringAScrubIsConsumed) {
   EXPECT_FALSE(hand.keyUp(keyCode::space));
 }
 
+TEST_F(MagicWandTool, EscapeDuringAScrubTakesItBack) {
+  selectRect({0, 0, 4, 4});
+  setTolerance(0.0F);
+  hand.press({17, 10});
+  hand.drag({17 + 11, 10});
+  EXPECT_TRUE(hand.keyDown(keyCode::escape));
+  EXPECT_EQ(tolerance(), 0.0F);
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 4, 4}));
+  hand.drag({17 + 50, 10});
+  hand.release({17 + 50, 10});
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 4, 4}));
+  EXPECT_EQ(records(), recordsBefore + 1);
+  EXPECT_FALSE(hand.keyDown(keyCode::escape));
+}
+
+TEST_F(MagicWandTool, EscapeTakesBackAMoveAsWell) {
+  selectRect({0, 0, 4, 4});
+  hand.press({1, 1});
+  hand.drag({9, 9});
+  EXPECT_TRUE(hand.keyDown(keyCode::escape));
+  EXPECT_EQ(bounds(), (PixelRect{0, 0, 4, 4}));
+  EXPECT_EQ(records(), recordsBefore + 1);
+}
+
 TEST_F(MagicWandTool, AChangeOfToolKeepsTheSelectionAndRestoresTheTolerance) {
   setTolerance(0.0F);
   hand.press({17, 10});

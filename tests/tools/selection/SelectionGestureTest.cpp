@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <functional>
+#include <optional>
+#include <vector>
+
 #include "model/ModelSupport.h"
 #include "raster/HalfFloat.h"
 #include "raster/TileMemory.h"
@@ -95,7 +100,63 @@ TEST_F(SelectionGestures, WithoutMemoryForTheShapeNothingChanges) {
   }
   gesture.close();
   EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{0, 0, 3, 3}));
-  EXPECT_EQ(records(), 2U);
+  EXPECT_EQ(records(), 1U);
+}
+
+TEST_F(SelectionGestures, AShapeThatCoversNoPixelLeavesTheSelectionAndNoRecordInEveryMode) {
+  const MetalContext& context = document->context();
+  const std::array<PolygonPoint, 3> line{{{2.0F, 2.0F}, {9.0F, 9.0F}, {20.0F, 20.0F}}};
+  const std::array<PolygonPoint, 3> alongTheEdge{{{0.0F, 2.0F}, {0.0F, 9.0F}, {0.0F, 20.0F}}};
+  const std::vector<std::function<void(Selection&)>> shapes{
+      [&](Selection& shape) { shape.setPolygon(line, context); },
+      [&](Selection& shape) { shape.setPolygon(alongTheEdge, context); },
+      // Only an empty corner of its box is on the canvas.
+      [&](Selection& shape) { shape.setEllipse(50.0F, 40.0F, 11.0F, 11.0F, 0.0F, context); },
+      [&](Selection& shape) {
+        shape.setRect({5, 5, 0, 3}, 0.0F, context);
+      },
+  };
+  const auto draw = [&](SelectionMode mode, const std::function<void(Selection&)>& fill) {
+    SelectionGesture gesture(document, QStringLiteral("Lasso Select"));
+    gesture.selectShape(mode, fill);
+    gesture.close();
+  };
+  for (const auto& fill : shapes) draw(SelectionMode::replace, fill);
+  EXPECT_EQ(records(), 0U);
+  EXPECT_EQ(document->activeSelection(), nullptr);
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  for (const SelectionMode mode :
+       {SelectionMode::replace, SelectionMode::add, SelectionMode::subtract, SelectionMode::intersect}) {
+    for (const auto& fill : shapes) draw(mode, fill);
+    EXPECT_EQ(context.selectionBounds(*selection().maskTexture->texture), (PixelRect{0, 0, 3, 3}));
+    EXPECT_EQ(records(), 1U);
+  }
+}
+
+TEST_F(SelectionGestures, AShapeThatCoversNoPixelTakesBackTheOneBefore) {
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+  gesture.selectShape(SelectionMode::replace,
+                      [&](Selection& shape) { shape.selectAll(document->context()); });
+  gesture.selectShape(SelectionMode::replace, [&](Selection& shape) { shape.clear(document->context()); });
+  gesture.close();
+  EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{0, 0, 3, 3}));
+  EXPECT_EQ(records(), 1U);
+}
+
+TEST_F(SelectionGestures, WithoutMemoryForTheRecordNothingChanges) {
+  selectRect(SelectionMode::replace, {0, 0, 3, 3});
+  std::optional<SelectionGesture> gesture;
+  {
+    const tileMemory::ScopedSurfaceFailure failure(0);
+    gesture.emplace(document, QStringLiteral("Rectangle Select"));
+  }
+  gesture->selectShape(SelectionMode::replace,
+                       [&](Selection& shape) { shape.selectAll(document->context()); });
+  gesture->clear();
+  gesture->close();
+  EXPECT_EQ(document->context().selectionBounds(*selection().maskTexture->texture), (PixelRect{0, 0, 3, 3}));
+  EXPECT_EQ(records(), 1U);
 }
 
 TEST_F(SelectionGestures, SelectingDoesNotMakeTheDocumentDirty) {

@@ -32,7 +32,9 @@ class SelectionToolFixture : public testing::Test {
     gesture.close();
   }
   [[nodiscard]] const DragPathOverlayLayer& overlay() const { return *state->dragPathLayer; }
-  [[nodiscard]] bool isOverlayEmpty() const { return !overlay().dragPath && !overlay().lassoScreenPoints; }
+  [[nodiscard]] bool isOverlayEmpty() const {
+    return !overlay().dragPath && overlay().lassoPoints.empty() && !overlay().lassoScreenPoints;
+  }
   void expectIdle() const {
     EXPECT_TRUE(isOverlayEmpty());
     EXPECT_EQ(document->dragSize.value(), std::nullopt);

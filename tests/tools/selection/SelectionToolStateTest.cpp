@@ -64,6 +64,52 @@ TEST_F(SelectionTools, HoveringAsksOncePerPixel) {
   EXPECT_EQ(canvas.cursors.back(), CursorShape::crosshair);
 }
 
+TEST_F(SelectionTools, HoveringNoticesThatTheSelectionHasChanged) {
+  selectRect({10, 10, 5, 5});
+  hand.hover({12, 12});
+  selectRect({20, 20, 5, 5});
+  hand.hover({12, 12});
+  document->undo();
+  hand.hover({12, 12});
+  EXPECT_THAT(canvas.cursors, ElementsAre(CursorShape::move, CursorShape::crosshair, CursorShape::move));
+}
+
+TEST_F(SelectionTools, HoveringNoticesThatAnotherDocumentIsShown) {
+  selectRect({10, 10, 5, 5});
+  hand.hover({12, 12});
+  document = makeDocument(40, 30);
+  canvas.document = document;
+  selectRect({20, 20, 5, 5});
+  hand.hover({12, 12});
+  EXPECT_THAT(canvas.cursors, ElementsAre(CursorShape::move, CursorShape::crosshair));
+}
+
+TEST_F(SelectionTools, WithoutModifiersAnyMoreTheCursorShowsAtOnceThatTheSelectionMoves) {
+  selectRect({10, 10, 10, 10});
+  canvas.modifiers = modifier::shift;
+  hand.hover({12, 12});
+  EXPECT_EQ(hand.cursor(), CursorShape::add);
+  canvas.modifiers = 0;
+  EXPECT_EQ(hand.cursor(), CursorShape::move);
+  canvas.modifiers = modifier::shift;
+  hand.dragFromTo({25, 25}, {12, 12});
+  canvas.modifiers = 0;
+  EXPECT_EQ(hand.cursor(), CursorShape::move) << "the pointer is where the button was released";
+  hand.press({30, 2});
+  EXPECT_EQ(hand.cursor(), CursorShape::crosshair);
+}
+
+TEST_F(SelectionTools, AToolTakenUpDoesNotKnowWhereThePointerIs) {
+  selectRect({10, 10, 5, 5});
+  hand.hover({12, 12});
+  hand.changeTool();
+  writableSelection(*document).setRect({30, 20, 5, 5}, 0.0F, document->context());
+  handler.toolActivated(canvas.context());
+  EXPECT_EQ(hand.cursor(), CursorShape::crosshair);
+  hand.hover({12, 12});
+  EXPECT_EQ(canvas.cursors.back(), CursorShape::crosshair);
+}
+
 TEST_F(SelectionTools, OnceDeselectedTheSelectionNoLongerShowsThatItMoves) {
   selectRect({10, 10, 5, 5});
   hand.hover({12, 12});
@@ -176,6 +222,22 @@ TEST_F(SelectionTools, TheSpaceBarDuringAMoveIsConsumed) {
   EXPECT_FALSE(hand.keyUp(keyCode::space));
 }
 
+TEST_F(SelectionTools, EscapeInMidMoveTakesItBack) {
+  selectRect({10, 10, 5, 5});
+  hand.press({12, 12});
+  hand.drag({14, 12});
+  EXPECT_TRUE(hand.keyDown(keyCode::backspace)) << "nothing is deleted in mid-move";
+  EXPECT_EQ(bounds(), (PixelRect{12, 10, 5, 5}));
+  EXPECT_TRUE(hand.keyDown(keyCode::escape));
+  EXPECT_EQ(bounds(), (PixelRect{10, 10, 5, 5}));
+  expectIdle();
+  hand.drag({20, 12});
+  hand.release({20, 12});
+  EXPECT_EQ(bounds(), (PixelRect{10, 10, 5, 5}));
+  EXPECT_EQ(undoName(), "Before");
+  EXPECT_EQ(records(), 1U);
+}
+
 TEST_F(SelectionTools, AChangeOfToolKeepsAMoveThatHasBegun) {
   selectRect({10, 10, 5, 5});
   hand.press({12, 12});
@@ -234,6 +296,21 @@ TEST_F(SelectionTools, ToolsThatGoAwayInMidMoveKeepIt) {
   EXPECT_EQ(bounds(), (PixelRect{12, 10, 5, 5}));
   EXPECT_EQ(undoName(), "Move Selection");
   EXPECT_EQ(canvas.redraws, 0) << "the canvas is no longer asked for frames";
+}
+
+TEST_F(SelectionTools, ToolsThatGoAwayInMidShapeDropIt) {
+  {
+    const auto passing = std::make_shared<SelectionToolState>(MetalContext::shared());
+    RectSelectToolHandler tool(passing, tools);
+    ToolInHand other(tool, canvas);
+    other.press({12, 12});
+    other.drag({20, 20});
+    canvas.redraws = 0;
+  }
+  EXPECT_EQ(document->activeSelection(), nullptr);
+  EXPECT_EQ(document->dragSize.value(), std::nullopt);
+  EXPECT_EQ(records(), 0U);
+  EXPECT_EQ(canvas.redraws, 0);
 }
 
 TEST_F(SelectionTools, TheToolsShareOneOverlay) {
