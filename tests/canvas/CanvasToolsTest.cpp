@@ -285,6 +285,7 @@ TEST_F(CanvasToolsTest, ADragEndsWithTheDocumentItBeganOn) {
   drag(middle + QPointF(10, 0));
   const auto other = makeDocument(1000, 800);
   keepInitialZoom(*other);
+  tools.setActiveDocument(other);
   pane.setDocument(other);
   EXPECT_EQ(content(), (PixelRect{110, 80, 60, 40}));
   EXPECT_EQ(moveOverlay()->moveToolRect->width, 1000.0F);

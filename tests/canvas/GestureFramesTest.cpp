@@ -129,8 +129,8 @@ class GestureFrames : public testing::TestWithParam<ColorMode> {};
 TEST_P(GestureFrames, ShowWhatFlatteningEverythingShows) {
   for (const NamedStep& step : steps) {
     const DocumentPtr document = documentFor(GetParam(), 9);
-    CanvasRenderer sampling(MetalContext::shared());
-    CanvasRenderer flattening(MetalContext::shared());
+    CanvasRenderer sampling(MetalContext::shared(), [] { return 1.0; });
+    CanvasRenderer flattening(MetalContext::shared(), [] { return 1.0; });
     sampling.document = document;
     flattening.document = document;
     sampling.tilesFlattenedAtOnce = -1;
@@ -166,7 +166,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, GestureFrames, testing::ValuesIn(allColorModes))
 
 TEST_P(GestureFrames, StayRightWhenSurfacesAreWrittenInMidGesture) {
   const DocumentPtr document = documentFor(GetParam(), 11);
-  CanvasRenderer renderer(MetalContext::shared());
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
   renderer.document = document;
   renderer.tilesFlattenedAtOnce = -1;
   test::zoomTo(*document, 0.41);
@@ -193,7 +193,7 @@ TEST_P(GestureFrames, StayRightWhenSurfacesAreWrittenInMidGesture) {
 
 TEST(GestureFrame, TheLayerIsWrittenOnce) {
   const DocumentPtr document = documentFor(ColorMode::rgb16, 10);
-  CanvasRenderer renderer(MetalContext::shared());
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
   renderer.document = document;
   test::PlainView view(180, 120);
   const ConstTexture pixels = document->activeLayer()->texture.value();

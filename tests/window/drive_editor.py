@@ -169,15 +169,16 @@ class Editor:
 
 
 MODES = {"new": (), "add": ("shift",), "subtract": ("alt",), "intersect": ("shift", "alt")}
+# The corner, width and height of a box for each mode; something stays selected.
+BOXES = ((20, 15, 60, 40), (45, 30, 60, 45), (60, 20, 25, 30), (28, 22, 70, 44))
 
 
 def select_by_rectangles(editor):
     steps = []
     editor.keys("m", "d")
-    for turn, (mode, hold) in enumerate(MODES.items()):
-        x, y = 20 + 12 * turn, 15 + 9 * turn
-        editor.drag((x, y), (x + 60, y + 40), hold=hold)
-        steps.append({"do": "rectangle", "x": x, "y": y, "width": 60, "height": 40, "mode": mode})
+    for (mode, hold), (x, y, width, height) in zip(MODES.items(), BOXES):
+        editor.drag((x, y), (x + width, y + height), hold=hold)
+        steps.append({"do": "rectangle", "x": x, "y": y, "width": width, "height": height, "mode": mode})
     editor.keys("alt+BackSpace", "Escape")
     return steps + [{"do": "fill", "color": [0, 0, 0, 1]}, {"do": "deselect"}]
 
@@ -185,10 +186,11 @@ def select_by_rectangles(editor):
 def select_by_ellipses(editor):
     steps = []
     editor.keys("m", "x")
-    for turn, (mode, hold) in enumerate(MODES.items()):
-        x, y = 110 + 10 * turn, 20 + 8 * turn
-        editor.drag((x, y), (x + 70, y + 50), hold=hold)
-        steps.append({"do": "ellipse", "cx": x + 35, "cy": y + 25, "rx": 35, "ry": 25, "mode": mode})
+    for (mode, hold), (left, top, width, height) in zip(MODES.items(), BOXES):
+        x, y = left + 110, top + 70
+        editor.drag((x, y), (x + width, y + height), hold=hold)
+        steps.append({"do": "ellipse", "cx": x + width / 2, "cy": y + height / 2, "rx": width / 2,
+                      "ry": height / 2, "mode": mode})
     editor.keys("alt+BackSpace", "Escape", "x")
     return steps + [{"do": "fill", "color": [1, 1, 1, 1]}, {"do": "deselect"}]
 
@@ -276,7 +278,8 @@ def work_through(editor, pictures, first, second):
         check(pictures.flattened(first) == pictures.edited(first, steps), work.__name__.replace("_", " "))
 
     # A piece of one document goes into the other, at the same place.
-    editor.keys("v", "m")
+    # A slot that is chosen again shows its last tool, the ellipse; a second press gives the rectangle.
+    editor.keys("v", "m", "m")
     editor.drag((100, 60), (140, 100))
     editor.keys("ctrl+c", "Escape", "Tab", "ctrl+v")
     editor.save(second)
