@@ -8,7 +8,8 @@
 namespace orvanel {
 
 OpenSelectionEdit::OpenSelectionEdit(const DocumentPtr& document, const QString& actionName)
-    : OpenEdit(document, Ground::selection), hadSelection_(document->activeSelection() != nullptr) {
+    : OpenEdit(document, Ground::selection, actionName),
+      hadSelection_(document->activeSelection() != nullptr) {
   document->ensureSelection();
   if (const std::shared_ptr<const Selection>& selection = document->selection.value()) {
     originalMask_ = *selection->maskTexture->texture;
@@ -26,26 +27,26 @@ void OpenSelectionEdit::show(
   const DocumentPtr target = document();
   if (target == nullptr || !originalMask_) return;
   DocumentEdit edit(*target, editKind::selecting);
+  noteShown(edit);
   const std::shared_ptr<Selection> selection = edit.selection();
   selection->pixels() = *originalMask_;
   selection->restoreFlags(originalFlags_);
   write(*target, *selection);
-  hasShown_ = true;
 }
 
 void OpenSelectionEdit::keep() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  close();
+  DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<SelectionChangeOperation> record = std::exchange(record_, nullptr);
+  close();
   if (record == nullptr || (!hadSelection_ && target->activeSelection() == nullptr)) return;
   record->captureAfter();
-  DocumentEdit edit(*target, editKind::selecting);
   edit.record(record);
 }
 
 void OpenSelectionEdit::end() {
-  if (hasShown_) {
+  if (hasShown()) {
     keep();
   } else {
     close();

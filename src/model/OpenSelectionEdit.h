@@ -28,7 +28,6 @@ class OpenSelectionEdit final : public OpenEdit {
 
  private:
   bool hadSelection_;
-  bool hasShown_ = false;
   std::optional<Surface> originalMask_;
   Selection::Flags originalFlags_;
   std::shared_ptr<SelectionChangeOperation> record_;
