@@ -25,6 +25,7 @@ class SelectionToolHandler : public CanvasToolHandler {
   /// The space bar belongs to the gesture while there is one.
   bool keyDown(const EventRecord& event, const ToolContext& context) override;
   bool keyUp(const EventRecord& event, const ToolContext& context) override;
+  [[nodiscard]] bool hasOpenGesture(const ToolContext& context) override { return isOpen(context); }
 
  protected:
   // The tool's own gesture.
