@@ -33,6 +33,9 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   keyHandler_->offerToGesture = [this](const EventRecord& key) {
     return canvasPane_->canvasView().container().mtkView().offerKey(key);
   };
+  keyHandler_->isGestureOpen = [this] {
+    return canvasPane_->canvasView().container().mtkView().hasOpenGesture();
+  };
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);

@@ -139,7 +139,7 @@ std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& documen
 }
 
 bool DocumentFiles::canSave(const Document& document) {
-  return document.isDirty.value() || !document.sourceFileURL.value();
+  return document.isDirty.value() || document.hasOpenUnsavedChange() || !document.sourceFileURL.value();
 }
 
 void DocumentFiles::save(const DocumentPtr& document) {

@@ -44,7 +44,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void noteRecentDocument(const QString& path);
 
   // Saves run one at a time, in the order of the requests.
-  /// False for an unmodified document that already has a file.
+  /// False for a document that has a file and no changes, not even in an open gesture or adjustment.
   [[nodiscard]] static bool canSave(const Document& document);
   /// Saves to the document's own file, or asks for another if that can't hold the document. Does nothing
   /// unless `canSave`.

@@ -21,7 +21,7 @@ void addHistoryItem(QMenu& menu, const CommandContext& context, const QString& w
 }
 
 bool canCopy(const MenuFacts& facts) {
-  return facts.hasActiveLayer && facts.hasSelection;
+  return facts.hasActiveLayer && facts.hasSelectedPixels;
 }
 
 }  // namespace

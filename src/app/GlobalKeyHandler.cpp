@@ -127,15 +127,15 @@ bool isGestureKey(const EventRecord& event) {
 
 ShortcutClaim shortcutClaim(const EventRecord& event, const KeySituation& situation) {
   const std::uint32_t modifiers = modifiersWithoutLock(event);
-  const bool isPlain = (modifiers & (modifier::command | modifier::option)) == 0;
+  const bool isPlain = (modifiers & (modifier::command | modifier::option | modifier::super)) == 0;
   if (situation.text != TextFocus::none) {
     const bool isText = event.key != keyCode::none || !event.characters.isEmpty();
     const bool isTextCommand = modifiers == modifier::command && textCommand(event).has_value();
     if (isTextCommand || (isPlain && isText)) return ShortcutClaim::key;
     return isPlain ? ShortcutClaim::none : ShortcutClaim::menus;
   }
-  const bool isPlainDelete = isPlain && event.key == keyCode::forwardDelete;
-  if (isPlainDelete || keyCommandOf(event, situation).has_value()) return ShortcutClaim::key;
+  const bool isForGesture = isPlain && situation.isGestureOpen && isGestureKey(event);
+  if (isForGesture || keyCommandOf(event, situation).has_value()) return ShortcutClaim::key;
   return ShortcutClaim::none;
 }
 

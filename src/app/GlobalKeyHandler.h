@@ -23,6 +23,7 @@ struct KeySituation {
   TextFocus text = TextFocus::none;
   Tool currentTool = Tool::hand;
   bool hasDocument = false;
+  bool isGestureOpen = false;
 };
 
 namespace keyCommand {

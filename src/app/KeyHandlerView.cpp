@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 #include <algorithm>
@@ -49,7 +50,7 @@ const char* slotOf(keyCommand::EditText command) {
 
 /// Keys that are shortcuts of the menus without a modifier, but mean something else in other windows.
 bool isPlainMenuKey(const EventRecord& event) {
-  const bool isModified = (event.modifiers & (modifier::command | modifier::option)) != 0;
+  const bool isModified = (event.modifiers & (modifier::command | modifier::option | modifier::super)) != 0;
   return !isModified && (event.key == keyCode::tab || event.key == keyCode::forwardDelete);
 }
 
@@ -81,9 +82,11 @@ class KeyHandlerView::Filter : public QObject {
     return watched == (focus != nullptr ? focus : QApplication::activeWindow());
   }
 
-  /// None while a menu, popup or dialog is open, or another window is active.
+  /// None while a menu, popup or dialog is open, the menu bar has the keyboard, or another window is active.
   static KeyHandlerView* activeView() {
-    if (QApplication::activePopupWidget() != nullptr || QApplication::activeModalWidget() != nullptr) {
+    const bool isInMenuBar = qobject_cast<QMenuBar*>(QApplication::focusWidget()) != nullptr;
+    if (isInMenuBar || QApplication::activePopupWidget() != nullptr ||
+        QApplication::activeModalWidget() != nullptr) {
       return nullptr;
     }
     const auto found = std::ranges::find_if(
@@ -130,7 +133,8 @@ KeySituation KeyHandlerView::situation() const {
   }
   return {.text = focus,
           .currentTool = appState_.toolState.currentTool(),
-          .hasDocument = appState_.windowState.activeDocument() != nullptr};
+          .hasDocument = appState_.windowState.activeDocument() != nullptr,
+          .isGestureOpen = isGestureOpen && isGestureOpen()};
 }
 
 bool KeyHandlerView::handleGlobalKey(const EventRecord& event) {

@@ -21,6 +21,8 @@ class KeyHandlerView : public QWidget {
 
   /// Offers a key to the gesture that is open, if any; true if it took the key.
   std::function<bool(const EventRecord&)> offerToGesture;
+  /// Whether one is open, so that its keys are no shortcuts of the menus meanwhile.
+  std::function<bool()> isGestureOpen;
 
   [[nodiscard]] static int viewsInWindows();
   [[nodiscard]] static bool isFilterInstalled();

@@ -8,6 +8,19 @@
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
+namespace {
+
+/// Whether a selection can hold anything at all, by its tiles alone: one that was blank when it was made has
+/// nothing but uniform ones.
+bool maySelectPixels(const Selection& selection) {
+  const Surface& mask = *selection.maskTexture->texture;
+  for (int index = 0; index < mask.tileCount(); ++index) {
+    if (mask.tile(index) != Tile::uniform(0)) return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 MenuFacts MenuFacts::of(const AppState& appState, const PixelPasteboard& pasteboard) {
   MenuFacts facts;
@@ -23,10 +36,12 @@ MenuFacts MenuFacts::of(const AppState& appState, const PixelPasteboard& pastebo
   facts.hasActiveLayer = layer != nullptr && layer->texture.value() != nullptr;
   facts.isActiveLocked = node && node->isLocked().value();
   facts.canInvertSelection = document->selection.value() != nullptr;
-  facts.hasSelection = document->activeSelection() != nullptr;
+  const std::shared_ptr<const Selection> selected = document->activeSelection();
+  facts.hasSelection = selected != nullptr;
+  facts.hasSelectedPixels = selected != nullptr && maySelectPixels(*selected);
   facts.isTransforming = appState.toolState.currentTool() == Tool::freeTransform;
-  facts.undoName = document->undoStack.undoActionName();
-  facts.redoName = document->undoStack.redoActionName();
+  facts.undoName = document->undoActionName();
+  facts.redoName = document->redoActionName();
   facts.colorMode = document->colorMode.value();
   return facts;
 }
@@ -36,6 +51,7 @@ bool MenuFacts::areConcerned(const DocumentChanges& changes) {
          contains<change::ActiveNodeChanged>(changes) || contains<change::FileStateChanged>(changes) ||
          contains<change::CanvasChanged>(changes) || contains<change::NodeInserted>(changes) ||
          contains<change::NodeRemoved>(changes) || contains<change::EditRefused>(changes) ||
+         contains<change::OpenEditChanged>(changes) ||
          containsAny<change::NodePropertyChanged>(changes, NodeProperty::isLocked);
 }
 

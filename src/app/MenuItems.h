@@ -31,6 +31,8 @@ struct MenuFacts {
   /// There is a selection object, even if nothing is selected.
   bool canInvertSelection = false;
   bool hasSelection = false;
+  /// The selection isn't blank, as that of an empty layer's transparency is.
+  bool hasSelectedPixels = false;
   bool isTransforming = false;
   /// Names of what would be undone and redone.
   std::optional<QString> undoName;
@@ -48,8 +50,8 @@ class MenuItems {
   using Rule = std::function<bool(const MenuFacts&)>;
   using Update = std::function<void(QAction&, const MenuFacts&)>;
 
-  /// Adds an item; without a rule it is always enabled. Its shortcuts work in the main window only, so that
-  /// dialogs keep their own.
+  /// Adds an item; without a rule it is always enabled. Its shortcuts work in the main window and in
+  /// the panels that float above it, where they act on the active document; dialogs keep their own.
   QAction* add(QMenu& menu, const QString& title, const QList<QKeySequence>& keys, Action action,
                const Rule& isEnabled = nullptr);
   /// The same for an item that posts a notification.

@@ -3,15 +3,19 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QImage>
+#include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QUuid>
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "app/PixelMimeData.h"
 #include "io/image/FlatImage.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -26,6 +30,13 @@ ColorMode modeOfFormat(PixelFormat format) {
 QByteArray pngOf(const PixelClipboard& copied, const MetalContext& context) {
   const auto width = static_cast<int>(copied.width);
   const auto height = static_cast<int>(copied.height);
+  // The pixels, the image in 8 bits, the encoder's copy of it, and encoded bytes in a growing buffer.
+  constexpr std::uint64_t imageBytes = 4 + 4 + 2 * 4;
+  const std::uint64_t pixelBytes = static_cast<std::uint64_t>(bytesPerPixel(copied.pixelFormat)) + imageBytes;
+  if (!pixelsFitInMemory(static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) *
+                         pixelBytes)) {
+    return {};
+  }
   const Texture pixels = context.makeTexture(copied.pixelFormat, width, height);
   const Texture image = context.makeTexture(PixelFormat::rgba8Unorm, width, height);
   if (pixels == nullptr || image == nullptr) return {};
@@ -34,25 +45,46 @@ QByteArray pngOf(const PixelClipboard& copied, const MetalContext& context) {
   return exportImage(*image, ColorMode::rgb8, Document::ImageFileFormat::png, context).value_or(QByteArray());
 }
 
-/// The type under which the data holds an encoded image, those without losses first; empty if none.
-QString imageTypeIn(const QMimeData& data) {
-  const QStringList formats = data.formats();
-  for (const char* lossless : {"image/png", "image/tiff", "image/bmp"}) {
-    if (formats.contains(QLatin1String(lossless))) return QLatin1String(lossless);
-  }
-  const auto encoded = std::ranges::find_if(
-      formats, [](const QString& type) { return type.startsWith(QLatin1String("image/")); });
-  return encoded != formats.end() ? *encoded : QString();
+/// The types under which the data holds encoded images, those without losses first.
+QStringList imageTypesIn(const QMimeData& data) {
+  QStringList types = data.formats().filter(QRegularExpression(QStringLiteral("^image/")));
+  const auto isLossless = [](const QString& type) {
+    return type == QLatin1String("image/png") || type == QLatin1String("image/tiff") ||
+           type == QLatin1String("image/bmp");
+  };
+  std::ranges::stable_partition(types, isLossless);
+  return types;
 }
 
-/// The file of an image in the clipboard, so that it is read with the same care as one on disk.
-std::unique_ptr<QTemporaryFile> imageFile(const QMimeData& data) {
-  auto file = std::make_unique<QTemporaryFile>();
-  if (!file->open()) return nullptr;
-  const QString type = imageTypeIn(data);
-  const bool isWritten = type.isEmpty() ? qvariant_cast<QImage>(data.imageData()).save(file.get(), "PNG")
-                                        : file->write(data.data(type)) > 0;
-  return isWritten && file->flush() ? std::move(file) : nullptr;
+bool holdsImage(const QMimeData& data) {
+  return data.hasImage() || !imageTypesIn(data).isEmpty();
+}
+
+/// Decodes an image through a file, so that it is read with the same care as one on disk.
+Described<FlatImage> decoded(const std::function<bool(QTemporaryFile&)>& write, const MetalContext& context) {
+  QTemporaryFile file;
+  if (!file.open() || !write(file) || !file.flush()) {
+    return because(QStringLiteral("The image in the clipboard can't be read."));
+  }
+  FileResult<FlatImage> image = readFlatImage(file.fileName(), context);
+  if (!image) return because(image.error().message);
+  return *std::move(image);
+}
+
+/// The first of the data's images that can be read; what is wrong with the first one if none can.
+Described<FlatImage> imageIn(const QMimeData& data, const MetalContext& context) {
+  std::optional<Described<FlatImage>> failed;
+  for (const QString& type : imageTypesIn(data)) {
+    const auto write = [&](QTemporaryFile& file) { return file.write(data.data(type)) > 0; };
+    Described<FlatImage> image = decoded(write, context);
+    if (image) return image;
+    if (!failed) failed = std::move(image);
+  }
+  const auto write = [&](QTemporaryFile& file) {
+    return qvariant_cast<QImage>(data.imageData()).save(&file, "PNG");
+  };
+  Described<FlatImage> image = decoded(write, context);
+  return image || !failed ? image : *std::move(failed);
 }
 
 /// Where a length begins that is centred on `centre`, but covers as much of the canvas as it can.
@@ -101,40 +133,37 @@ bool PixelPasteboard::canPaste() const {
 void PixelPasteboard::look() {
   if (desktop_ != DesktopContents::unknown) return;
   const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-  desktop_ = data != nullptr && data->hasImage() ? DesktopContents::image : DesktopContents::nothing;
+  desktop_ = data != nullptr && holdsImage(*data) ? DesktopContents::image : DesktopContents::nothing;
 }
 
 void PixelPasteboard::paste(const DocumentPtr& document, QPointF viewCentre) {
   const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-  const bool isImage =
-      data != nullptr && !holdsOurPixels(*data) && (data->hasImage() || !imageTypeIn(*data).isEmpty());
-  if (!isImage) {
+  if (data == nullptr || holdsOurPixels(*data) || !holdsImage(*data)) {
     if (const auto& copied = appState_.pixelClipboard.value()) document->pastePixels(*copied);
     return;
   }
-  Described<PixelClipboard> image = readImage(*data);
-  if (!image) {
-    dialogs_.showWarning(QStringLiteral("Failed to Paste"), image.error());
+  const Described<FlatImage> image = imageIn(*data, appState_.metalContext);
+  Described<PixelClipboard> pixels = image ? pixelsOf(*image->pixels) : because(image.error());
+  if (!pixels) {
+    dialogs_.showWarning(QStringLiteral("Failed to Paste"), pixels.error());
     return;
   }
-  image->originX = originOf(viewCentre.x(), image->width, document->canvasWidth.value());
-  image->originY = originOf(viewCentre.y(), image->height, document->canvasHeight.value());
-  document->pastePixels(*image);
+  pixels->originX = originOf(viewCentre.x(), pixels->width, document->canvasWidth.value());
+  pixels->originY = originOf(viewCentre.y(), pixels->height, document->canvasHeight.value());
+  // A refusal for want of memory has its own message.
+  const bool isPasted = document->pastePixels(*pixels);
+  if (isPasted && !image->warning.isEmpty()) {
+    dialogs_.showWarning(QStringLiteral("Pasted in Part"), image->warning);
+  }
 }
 
-Described<PixelClipboard> PixelPasteboard::readImage(const QMimeData& data) const {
-  const std::unique_ptr<QTemporaryFile> file = imageFile(data);
-  if (file == nullptr) return because(QStringLiteral("The image in the clipboard can't be read."));
-  const FileResult<FlatImage> image = readFlatImage(file->fileName(), appState_.metalContext);
-  if (!image) return because(image.error().message);
-  if (!image->warning.isEmpty()) dialogs_.showWarning(QStringLiteral("Pasted in Part"), image->warning);
-  const Surface& pixels = *image->pixels;
-  auto snapshot = TextureSnapshot::capture(pixels, appState_.metalContext);
+Described<PixelClipboard> PixelPasteboard::pixelsOf(const Surface& image) const {
+  auto snapshot = TextureSnapshot::capture(image, appState_.metalContext);
   if (snapshot == nullptr) return because(QStringLiteral("There is not enough memory for this image."));
   return PixelClipboard{.snapshot = std::move(snapshot),
-                        .width = pixels.width(),
-                        .height = pixels.height(),
-                        .pixelFormat = pixels.format()};
+                        .width = image.width(),
+                        .height = image.height(),
+                        .pixelFormat = image.format()};
 }
 
 }  // namespace orvanel

@@ -43,7 +43,7 @@ class PixelPasteboard : public QObject {
 
   void offer(const std::optional<PixelClipboard>& copied);
   [[nodiscard]] bool holdsOurPixels(const QMimeData& data) const;
-  [[nodiscard]] Described<PixelClipboard> readImage(const QMimeData& data) const;
+  [[nodiscard]] Described<PixelClipboard> pixelsOf(const Surface& image) const;
 
   AppState& appState_;
   Dialogs& dialogs_;

@@ -74,6 +74,7 @@ std::uint32_t modifierBits(Qt::KeyboardModifiers modifiers) {
   std::uint32_t bits = 0;
   if (modifiers.testFlag(Qt::ShiftModifier)) bits |= modifier::shift;
   if (modifiers.testFlag(Qt::ControlModifier)) bits |= modifier::command;
+  if (modifiers.testFlag(Qt::MetaModifier)) bits |= modifier::super;
   if (modifiers.testFlag(Qt::AltModifier)) bits |= modifier::option;
   return bits;
 }

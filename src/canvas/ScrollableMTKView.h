@@ -72,6 +72,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   /// Offers a key to the current tool ahead of commands that have the same key, so that a gesture in progress
   /// hears it first. Returns true if it was consumed.
   [[nodiscard]] bool offerKey(const EventRecord& record);
+  /// Whether the current tool is in the middle of a gesture.
+  [[nodiscard]] bool hasOpenGesture();
 
  protected:
   bool event(QEvent* event) override;

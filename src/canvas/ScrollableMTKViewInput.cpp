@@ -23,7 +23,8 @@ constexpr double clickZoomThreshold = 20.0;
 constexpr double magnifyThreshold = 0.2;
 constexpr int lastZoomIndex = static_cast<int>(zoomTable.size()) - 1;
 
-constexpr std::uint32_t keyModifiers = modifier::shift | modifier::option | modifier::command;
+constexpr std::uint32_t keyModifiers =
+    modifier::shift | modifier::super | modifier::option | modifier::command;
 /// Some window managers take Alt and the wheel for themselves.
 constexpr std::uint32_t zoomModifiers = modifier::option | modifier::command;
 
@@ -226,6 +227,11 @@ bool ScrollableMTKView::offerKey(const EventRecord& record) {
   if (handler == nullptr || !handler->keyDown(record, toolContext())) return false;
   requestRedraw();
   return true;
+}
+
+bool ScrollableMTKView::hasOpenGesture() {
+  const auto handler = handlerOfCurrentTool();
+  return isGestureRunning() || (handler != nullptr && handler->hasOpenGesture(toolContext()));
 }
 
 bool ScrollableMTKView::handleViewKey(const EventRecord& record) {

@@ -1,6 +1,7 @@
 #include "model/Document.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 #include "model/DocumentCompositor.h"
@@ -225,6 +226,24 @@ std::optional<ShownSurface> Document::shown(const Layer& layer, SurfaceKind kind
     if (const std::optional<ShownSurface> found = edit->shown(layer, kind)) return found;
   }
   return std::nullopt;
+}
+
+std::optional<QString> Document::undoActionName() const {
+  // The edits end in their order, so the last one's record is the first to be undone.
+  for (const OpenEdit* edit : std::views::reverse(openEdits_)) {
+    if (edit->hasShown()) return edit->actionName();
+  }
+  return undoStack.undoActionName();
+}
+
+std::optional<QString> Document::redoActionName() const {
+  const bool isChangeOpen = std::ranges::any_of(openEdits_, &OpenEdit::hasShown);
+  return isChangeOpen ? std::nullopt : undoStack.redoActionName();
+}
+
+bool Document::hasOpenUnsavedChange() const {
+  return std::ranges::any_of(
+      openEdits_, [](const OpenEdit* edit) { return edit->hasShown() && edit->isUnsavedChange(); });
 }
 
 // History and file.

@@ -224,8 +224,8 @@ class Document : public std::enable_shared_from_this<Document> {
   /// `copyPixels`, followed by a transparent fill, which is recorded under that name.
   [[nodiscard]] std::optional<PixelClipboard> cutPixels();
   /// Adds a layer with the pixels at their original position, converted to this colour mode and clipped to
-  /// the canvas.
-  void pastePixels(const PixelClipboard& clipboard);
+  /// the canvas. False if there isn't the memory for it.
+  bool pastePixels(const PixelClipboard& clipboard);
 
   // The selection. Each change leaves one record and sets no flags.
   void selectAll();
@@ -295,6 +295,12 @@ class Document : public std::enable_shared_from_this<Document> {
   [[nodiscard]] bool isSettled() const;
   /// How an open edit shows a surface that it hasn't written.
   [[nodiscard]] std::optional<ShownSurface> shown(const Layer& layer, SurfaceKind kind) const;
+  /// What `undo` would take back first: a change that is still open, otherwise the last record's.
+  [[nodiscard]] std::optional<QString> undoActionName() const;
+  /// What `redo` would bring back: nothing while a change is open, because keeping it ends the branch.
+  [[nodiscard]] std::optional<QString> redoActionName() const;
+  /// Whether a change is open that would mark the document as unsaved.
+  [[nodiscard]] bool hasOpenUnsavedChange() const;
   /// Ends every open edit as a change of tool does, so that the document holds what is shown: before it is
   /// saved, exported or closed.
   void endOpenEdits();

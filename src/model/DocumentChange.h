@@ -74,6 +74,9 @@ struct PreviewChanged {
   QUuid layerID;
   SurfaceKind kind = SurfaceKind::pixels;
 };
+/// An open edit has shown something for the first time, or has closed after it did: what the next undo takes
+/// back and whether there is anything to save are new.
+struct OpenEditChanged {};
 /// The listed tiles of the selection's mask, or only its flags. Lists all tiles when the selection object was
 /// replaced.
 struct SelectionChanged {
@@ -105,12 +108,12 @@ struct EditRefused {
 
 }  // namespace change
 
-using DocumentChange =
-    std::variant<change::NodeInserted, change::NodeRemoved, change::NodeMoved, change::NodePropertyChanged,
-                 change::PixelsChanged, change::PreviewChanged, change::SelectionChanged,
-                 change::CanvasChanged, change::ActiveNodeChanged, change::ViewChanged,
-                 change::HistoryChanged, change::HistoryStepped, change::FileStateChanged, change::Composited,
-                 change::ThumbnailsChanged, change::EditRefused>;
+using DocumentChange = std::variant<change::NodeInserted, change::NodeRemoved, change::NodeMoved,
+                                    change::NodePropertyChanged, change::PixelsChanged,
+                                    change::PreviewChanged, change::OpenEditChanged, change::SelectionChanged,
+                                    change::CanvasChanged, change::ActiveNodeChanged, change::ViewChanged,
+                                    change::HistoryChanged, change::HistoryStepped, change::FileStateChanged,
+                                    change::Composited, change::ThumbnailsChanged, change::EditRefused>;
 
 /// The changes of one edit, in order.
 using DocumentChanges = std::vector<DocumentChange>;

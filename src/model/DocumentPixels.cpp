@@ -149,16 +149,17 @@ std::optional<PixelClipboard> Document::cutPixels() {
   return copied;
 }
 
-void Document::pastePixels(const PixelClipboard& clipboard) {
+bool Document::pastePixels(const PixelClipboard& clipboard) {
   DocumentEdit edit(*this, editKind::addition);
-  if (!edit.admits(editCost::ofPaste(*this, clipboard))) return;
+  if (!edit.admits(editCost::ofPaste(*this, clipboard))) return false;
   const Texture pixels = makeLayerTexture();
   const Texture copied = pixelsInMode(clipboard, colorMode.value(), context_);
-  if (copied == nullptr) return;
+  if (copied == nullptr) return false;
   orvanel::copyPixels(*copied, copied->bounds(), *pixels, static_cast<int>(clipboard.originX),
                       static_cast<int>(clipboard.originY));
   addNewLayer(edit, std::make_shared<Layer>(
                         NodeValues{.name = uniqueNodeName(QStringLiteral("Pasted Layer"))}, pixels));
+  return true;
 }
 
 void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {

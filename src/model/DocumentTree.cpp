@@ -47,7 +47,7 @@ std::shared_ptr<Layer> copyOfLayer(const LayerNode& node, const Document& docume
   if (mask != nullptr) PropertyWriter::write(copy->isMaskLinked, source.isMaskLinked.value());
   if (maskCopy != nullptr) {
     PropertyWriter::write(copy->maskThumbnailImage, source.maskThumbnailImage.value());
-    PropertyWriter::write(copy->maskThumbnailDirty, false);
+    PropertyWriter::write(copy->maskThumbnailDirty, source.maskThumbnailDirty.value());
   }
   return copy;
 }

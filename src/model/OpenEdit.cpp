@@ -8,7 +8,8 @@
 
 namespace orvanel {
 
-OpenEdit::OpenEdit(const DocumentPtr& document, Ground ground) : document_(document), ground_(ground) {
+OpenEdit::OpenEdit(const DocumentPtr& document, Ground ground, QString actionName)
+    : document_(document), ground_(ground), actionName_(std::move(actionName)) {
   endAll(*document, ground == Ground::surface ? EndsOpenEdits::ofTheSurfaces : EndsOpenEdits::ofTheSelection);
   document->openEdits_.push_back(this);
 }
@@ -17,11 +18,19 @@ OpenEdit::~OpenEdit() {
   close();
 }
 
+void OpenEdit::noteShown(DocumentEdit& edit) {
+  if (!std::exchange(hasShown_, true)) edit.tell(change::OpenEditChanged{});
+}
+
 void OpenEdit::close() {
-  isOpen_ = false;
-  if (const DocumentPtr document = document_.lock()) std::erase(document->openEdits_, this);
+  if (!std::exchange(isOpen_, false)) return;
+  const DocumentPtr document = document_.lock();
+  if (document != nullptr) std::erase(document->openEdits_, this);
+  const bool isTold = document != nullptr && hasShown_;
   continuousEditing_ = {};
   if (const auto closed = std::exchange(onClosed, nullptr)) closed();
+  // Last, because observers may destroy this edit.
+  if (isTold) DocumentEdit(*document, editKind::state).tell(change::OpenEditChanged{});
 }
 
 void OpenEdit::holdThumbnailsBack() {

@@ -4,6 +4,7 @@
 // performs it; main thread only.
 #pragma once
 
+#include <QString>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 
 namespace orvanel {
 
+class DocumentEdit;
 enum class EndsOpenEdits;
 
 class OpenEdit {
@@ -25,6 +27,12 @@ class OpenEdit {
   /// False once it was kept, taken back or ended, or its document was closed. All operations on a closed edit
   /// do nothing.
   [[nodiscard]] bool isOpen() const { return isOpen_ && !document_.expired(); }
+  /// Whether it has shown anything yet.
+  [[nodiscard]] bool hasShown() const { return hasShown_; }
+  /// The name of the record that would keep it.
+  [[nodiscard]] const QString& actionName() const { return actionName_; }
+  /// Whether keeping it marks the document as unsaved.
+  [[nodiscard]] bool isUnsavedChange() const { return ground_ == Ground::surface; }
 
   /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
   /// changed.
@@ -44,9 +52,12 @@ class OpenEdit {
  protected:
   enum class Ground { surface, selection };
 
-  OpenEdit(const DocumentPtr& document, Ground ground);
+  OpenEdit(const DocumentPtr& document, Ground ground, QString actionName);
   /// Null once the edit is closed.
   [[nodiscard]] DocumentPtr document() const { return isOpen_ ? document_.lock() : nullptr; }
+  /// Tells of the first time; to be called by each step that shows something.
+  void noteShown(DocumentEdit& edit);
+  /// Observers hear of it and may destroy the edit, unless a `DocumentEdit` of the caller is still alive.
   void close();
   /// Counts as continuous editing until the edit is closed.
   void holdThumbnailsBack();
@@ -57,7 +68,9 @@ class OpenEdit {
 
   std::weak_ptr<Document> document_;
   Ground ground_;
+  QString actionName_;
   bool isOpen_ = true;
+  bool hasShown_ = false;
   ThumbnailManager::Hold continuousEditing_;
 };
 

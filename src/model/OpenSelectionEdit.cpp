@@ -8,7 +8,8 @@
 namespace orvanel {
 
 OpenSelectionEdit::OpenSelectionEdit(const DocumentPtr& document, const QString& actionName)
-    : OpenEdit(document, Ground::selection), hadSelection_(document->activeSelection() != nullptr) {
+    : OpenEdit(document, Ground::selection, actionName),
+      hadSelection_(document->activeSelection() != nullptr) {
   document->ensureSelection();
   if (const std::shared_ptr<const Selection>& selection = document->selection.value()) {
     originalMask_ = *selection->maskTexture->texture;
@@ -29,7 +30,11 @@ void OpenSelectionEdit::show(
   const std::shared_ptr<Selection> selection = edit.selection();
   restoreOriginal(*selection);
   hasShown_ = write(*target, *selection);
-  if (!hasShown_) restoreOriginal(*selection);
+  if (hasShown_) {
+    noteShown(edit);
+  } else {
+    restoreOriginal(*selection);
+  }
 }
 
 void OpenSelectionEdit::showOriginal() {
@@ -47,16 +52,16 @@ void OpenSelectionEdit::restoreOriginal(Selection& selection) const {
 void OpenSelectionEdit::keep() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  close();
+  DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<SelectionChangeOperation> record = std::exchange(record_, nullptr);
+  close();
   if (record == nullptr || (!hadSelection_ && target->activeSelection() == nullptr)) return;
   record->captureAfter();
-  DocumentEdit edit(*target, editKind::selecting);
   edit.record(record);
 }
 
 void OpenSelectionEdit::end() {
-  if (hasShown_) {
+  if (hasShown()) {
     keep();
   } else {
     close();

@@ -33,7 +33,6 @@ class OpenSelectionEdit final : public OpenEdit {
   void restoreOriginal(Selection& selection) const;
 
   bool hadSelection_;
-  bool hasShown_ = false;
   std::optional<Surface> originalMask_;
   Selection::Flags originalFlags_;
   std::shared_ptr<SelectionChangeOperation> record_;

@@ -50,10 +50,9 @@ std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& docum
 
 OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
                                  const std::vector<SurfaceKind>& kinds, Purpose purpose, QString actionName)
-    : OpenEdit(document, Ground::surface),
+    : OpenEdit(document, Ground::surface, std::move(actionName)),
       layer_(std::move(layer)),
-      purpose_(purpose),
-      actionName_(std::move(actionName)) {
+      purpose_(purpose) {
   for (const SurfaceKind kind : kinds) {
     const Surface& surface = *layer_->surface(kind);
     parts_.push_back({.kind = kind,
@@ -72,6 +71,7 @@ void OpenSurfaceEdit::show(const SurfaceChange& change, const SurfaceChange& cha
   const DocumentPtr target = document();
   if (target == nullptr) return;
   DocumentEdit edit(*target, editKind::shown);
+  noteShown(edit);
   for (Part& part : parts_) {
     part.change = &part == &parts_.front() ? change : changeOfMask;
     edit.tell(change::PreviewChanged{layer_->id, part.kind});
@@ -121,7 +121,7 @@ void OpenSurfaceEdit::record(const DocumentPtr& document, DocumentEdit& edit) {
   std::vector<std::shared_ptr<MoveLayerOperation>> moves;
   for (const Part& part : parts_) {
     if (part.snapshotBefore == nullptr) return;
-    PixelEdit pixelEdit{.actionName = actionName_,
+    PixelEdit pixelEdit{.actionName = actionName(),
                         .document = document,
                         .layerID = layer_->id,
                         .snapshotBefore = part.snapshotBefore};
@@ -136,14 +136,14 @@ void OpenSurfaceEdit::record(const DocumentPtr& document, DocumentEdit& edit) {
     moves.push_back(move);
   }
   if (moves.size() == 1) return edit.record(moves.front());
-  edit.record(std::make_shared<LinkedMoveOperation>(actionName_, document, moves[0], moves[1]));
+  edit.record(std::make_shared<LinkedMoveOperation>(actionName(), document, moves[0], moves[1]));
 }
 
 void OpenSurfaceEdit::takeBack() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
-  close();
   DocumentEdit edit(*target, editKind::takenBack);
+  close();
   for (Part& part : parts_) {
     part.change.reset();
     edit.surface(*layer_, part.kind) = part.original;

@@ -70,7 +70,6 @@ class OpenSurfaceEdit final : public OpenEdit {
 
   std::shared_ptr<Layer> layer_;
   Purpose purpose_;
-  QString actionName_;
   std::vector<Part> parts_;  ///< the edited surface, then the mask that is carried along
 };
 

@@ -1,9 +1,11 @@
 #include "model/ThumbnailManager.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/BackgroundCall.h"
 #include "model/Document.h"
+#include "model/NodeWalk.h"
 #include "model/edit/DocumentEdit.h"
 
 namespace orvanel {
@@ -37,6 +39,8 @@ struct ThumbnailManager::Job {
     QUuid layerID;
     std::optional<Surface> pixels;
     std::optional<Surface> mask;
+    /// Only compared, and only on the main thread: a layer may get another mask in the meantime.
+    std::weak_ptr<LayerMask> maskObject;
   };
   ColorMode mode = ColorMode::rgb8;
   std::vector<LayerSurfaces> layers;
@@ -50,6 +54,7 @@ struct ThumbnailManager::LayerPictures {
   QUuid layerID;
   std::optional<ColorThumbnails> pixels;
   Thumbnail mask;
+  std::weak_ptr<LayerMask> maskObject;
 };
 
 struct ThumbnailManager::Pictures {
@@ -60,7 +65,8 @@ struct ThumbnailManager::Pictures {
 ThumbnailManager::Pictures ThumbnailManager::Job::pictures() const {
   Pictures made;
   for (const LayerSurfaces& layer : layers) {
-    LayerPictures pictures{.layerID = layer.layerID, .pixels = std::nullopt, .mask = nullptr};
+    LayerPictures pictures{
+        .layerID = layer.layerID, .pixels = std::nullopt, .mask = nullptr, .maskObject = layer.maskObject};
     if (layer.pixels) pictures.pixels = ThumbnailGenerator::colorThumbnails(*layer.pixels, mode);
     if (layer.mask) pictures.mask = ThumbnailGenerator::maskThumbnail(*layer.mask);
     made.layers.push_back(std::move(pictures));
@@ -126,8 +132,9 @@ void ThumbnailManager::viewerLeft() {
 
 void ThumbnailManager::endContinuousEditing() {
   if (continuousEditingCount_ == 0 || --continuousEditingCount_ > 0) return;
-  isCompositePending_ = false;
-  if (isViewed()) refreshComposite();
+  const bool isPending = std::exchange(isCompositePending_, false);
+  // One that is out of date is flattened soon, which asks for a refresh of its own.
+  if (isPending && isViewed() && document_.isCompositeCurrent()) refreshComposite();
 }
 
 // Marks.
@@ -142,10 +149,16 @@ void ThumbnailManager::layerMarked(const QUuid& layerID) {
   if (isViewed()) layerDebounce_.start();
 }
 
-void ThumbnailManager::refreshEverything() {
-  DocumentEdit edit(document_, editKind::state);
-  for (const std::shared_ptr<Layer>& layer : document_.allLayers()) edit.renewThumbnails(*layer);
-  scheduleCompositeRefresh();
+void ThumbnailManager::nodeCame(const LayerNode& node) {
+  if (!isViewed()) return;
+  forEachNode({node}, [this](const LayerNode& inserted) {
+    const std::shared_ptr<Layer> layer = inserted.layer();
+    if (layer != nullptr && hasStaleThumbnails(*layer)) layerMarked(layer->id);
+  });
+}
+
+bool ThumbnailManager::isWaiting(const QUuid& layerID) const {
+  return dirtyLayerIDs_.contains(layerID) || std::ranges::find(dueLayers_, layerID) != dueLayers_.end();
 }
 
 void ThumbnailManager::scheduleCompositeRefresh() {
@@ -169,6 +182,9 @@ void ThumbnailManager::refreshLayers() {
 
 void ThumbnailManager::startNextJob() {
   if (isWorking_) return;
+  // What a drag shows is made at its end, which marks the layer; writing it earlier would hold up the drag.
+  if (!dueLayers_.empty() && continuousEditingCount_ == 0) document_.settle();
+  if (isWorking_) return;
   auto job = std::make_shared<Job>();
   job->mode = document_.colorMode.value();
   if (std::exchange(isCompositeDue_, false)) job->composite = sharedCopy(document_.compositedTexture.value());
@@ -179,7 +195,8 @@ void ThumbnailManager::startNextJob() {
     if (layer == nullptr) continue;
     job->layers.push_back({.layerID = layer->id,
                            .pixels = sharedCopy(layer->surface(SurfaceKind::pixels)),
-                           .mask = sharedCopy(layer->surface(SurfaceKind::mask))});
+                           .mask = sharedCopy(layer->surface(SurfaceKind::mask)),
+                           .maskObject = layer->mask.value()});
   }
   dueLayers_.erase(dueLayers_.begin(), next);
   if (job->isEmpty()) return;
@@ -203,9 +220,10 @@ void ThumbnailManager::land(Pictures pictures) {
       const std::shared_ptr<Layer> layer = layerWithID(document_, made.layerID);
       if (layer == nullptr) continue;
       // A layer that was edited in the meantime stays marked.
-      const bool isStale = dirtyLayerIDs_.contains(made.layerID);
+      const bool isStale = isWaiting(made.layerID);
       if (made.pixels) edit.setThumbnails(*layer, *made.pixels, isStale);
-      if (made.mask != nullptr && layer->mask.value() != nullptr) {
+      const std::shared_ptr<LayerMask> mask = made.maskObject.lock();
+      if (made.mask != nullptr && mask != nullptr && mask == layer->mask.value()) {
         edit.setMaskThumbnail(*layer, made.mask, isStale);
       }
     }

@@ -1,7 +1,7 @@
-// Decides when a document's thumbnails are made: a moment after the last change, never in the middle of a
-// drag, and only while something shows them, so that an idle program isn't woken for pictures that nobody
-// sees. The pictures are made in the background from surfaces that share their tiles. Owned by its document;
-// main thread only.
+// Decides when a document's thumbnails are made: a moment after the last change, the composite's never in the
+// middle of a drag, and only while something shows them, so that an idle program isn't woken for pictures
+// that nobody sees. The pictures are made in the background from surfaces that share their tiles. Owned by
+// its document; main thread only.
 #pragma once
 
 #include <QTimer>
@@ -53,14 +53,12 @@ class ThumbnailManager {
   /// A drag that changes pixels at every step: the composite's thumbnails wait for its end.
   [[nodiscard]] static Hold editingContinuously(const std::shared_ptr<Document>& document);
   void beginContinuousEditing() { ++continuousEditingCount_; }
-  /// At the end of the last one the composite's thumbnails are made at once.
+  /// At the end of the last one the composite's thumbnails that came due meanwhile are made at once.
   void endContinuousEditing();
   [[nodiscard]] int continuousEditingCount() const { return continuousEditingCount_; }
 
   /// Marks all thumbnails of a layer as stale.
   void markDirty(const QUuid& layerID);
-  /// Marks those of every layer, and of the composite.
-  void refreshEverything();
   /// To be called whenever the composite has changed.
   void scheduleCompositeRefresh();
   /// The layers whose thumbnails are waiting to be made.
@@ -77,6 +75,9 @@ class ThumbnailManager {
   void viewerLeft();
   /// The layer has been marked: makes its thumbnails after the debounce.
   void layerMarked(const QUuid& layerID);
+  /// A node has entered the tree: makes what its layers lack.
+  void nodeCame(const LayerNode& node);
+  [[nodiscard]] bool isWaiting(const QUuid& layerID) const;
   void refreshComposite();
   void refreshLayers();
   /// Starts the next piece of work unless one is under way, so that results arrive in order.

@@ -14,6 +14,8 @@ LevelsWindow::LevelsWindow(QWidget* parent)
       content_(new LevelsContentView(model_, this)) {
   setObjectName(QStringLiteral("levels"));
   setWindowTitle(QStringLiteral("Levels"));
+  // The keys stay with the canvas until the user turns to the panel.
+  setAttribute(Qt::WA_ShowWithoutActivating);
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(content_);
@@ -33,7 +35,6 @@ void LevelsWindow::openFor(const DocumentPtr& document) {
   if (layer == nullptr) return;
   if (adjustment_ && adjustment_->isOpen() && adjustment_->layerID() == layer->id) {
     raise();
-    activateWindow();
     return;
   }
   closePanel();
@@ -53,7 +54,6 @@ void LevelsWindow::openFor(const DocumentPtr& document) {
   adjustSize();
   move(screen()->availableGeometry().center() - rect().center());
   show();
-  activateWindow();
 }
 
 void LevelsWindow::countBrightness(const DocumentPtr& document) {

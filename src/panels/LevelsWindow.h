@@ -25,6 +25,7 @@ class LevelsWindow : public QDialog {
 
   /// Begins on the document's active layer; does nothing if it isn't a layer with pixels. What an open panel
   /// shows of another layer is kept; on the same layer the panel only comes to the front.
+  /// Never takes the keyboard.
   void openFor(const DocumentPtr& document);
   [[nodiscard]] bool isOpen() const { return adjustment_.has_value(); }
   /// The layer being adjusted; null when the panel is closed.

@@ -57,9 +57,15 @@ class CanvasToolHandler {
   virtual void mouseUp(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
   virtual void mouseMoved(const EventRecord&, const ToolContext&, QPointF viewPoint) { (void)viewPoint; }
 
-  /// Returns true if the key was consumed.
+  /// Returns true if the key was consumed. One that is declined may be offered again, first ahead of the
+  /// editor's commands and then as the canvas's own, so declining must have no effect that adds up.
   virtual bool keyDown(const EventRecord&, const ToolContext&) { return false; }
   virtual bool keyUp(const EventRecord&, const ToolContext&) { return false; }
+  /// Whether a gesture goes on while no button is down.
+  [[nodiscard]] virtual bool hasOpenGesture(const ToolContext& context) {
+    (void)context;
+    return false;
+  }
   virtual void flagsChanged(const EventRecord&, const ToolContext&) {}
 };
 

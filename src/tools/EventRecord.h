@@ -7,10 +7,12 @@
 
 namespace orvanel {
 
-/// Modifier bits as tested by commands. The physical Control key is the command modifier.
+/// Modifier bits as tested by commands. The physical Control key is the command modifier. No
+/// command has Super, so that what the desktop does with it stays the desktop's.
 namespace modifier {
 inline constexpr std::uint32_t capsLock = 0x10000;
 inline constexpr std::uint32_t shift = 0x20000;
+inline constexpr std::uint32_t super = 0x40000;
 inline constexpr std::uint32_t option = 0x80000;
 inline constexpr std::uint32_t command = 0x100000;
 }  // namespace modifier

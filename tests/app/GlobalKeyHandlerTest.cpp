@@ -127,7 +127,7 @@ TEST(GlobalKeyHandlerTest, OtherKeysPass) {
 
 TEST(GlobalKeyHandlerTest, AnyModifierTurnsTheLettersOff) {
   for (const std::uint32_t modifiers :
-       {modifier::capsLock, modifier::shift, modifier::option, modifier::command}) {
+       {modifier::capsLock, modifier::shift, modifier::super, modifier::option, modifier::command}) {
     for (const char* characters : {"h", "m", "x", "d"}) {
       EXPECT_EQ(keyCommandOf(letter(characters, modifiers), onCanvas), std::nullopt) << modifiers;
     }
@@ -150,9 +150,18 @@ TEST(GlobalKeyHandlerTest, AGestureIsSteeredByItsOwnKeys) {
 TEST(GlobalKeyHandlerTest, SingleKeysComeBeforeTheMenus) {
   EXPECT_EQ(shortcutClaim(key(keyCode::tab), onCanvas), ShortcutClaim::key);
   EXPECT_EQ(shortcutClaim(key(keyCode::forwardDelete), onCanvas), ShortcutClaim::key);
-  EXPECT_EQ(shortcutClaim(key(keyCode::forwardDelete, modifier::capsLock), onCanvas), ShortcutClaim::key);
+  EXPECT_EQ(shortcutClaim(key(keyCode::forwardDelete, modifier::capsLock), onCanvas), ShortcutClaim::none);
   EXPECT_EQ(shortcutClaim(letter("z", modifier::command), onCanvas), ShortcutClaim::none);
   EXPECT_EQ(shortcutClaim(key(keyCode::none), onCanvas), ShortcutClaim::none);
+}
+
+TEST(GlobalKeyHandlerTest, AnOpenGestureKeepsItsKeysFromTheMenus) {
+  KeySituation drawing = onCanvas;
+  drawing.isGestureOpen = true;
+  EXPECT_EQ(shortcutClaim(key(keyCode::forwardDelete, modifier::capsLock), drawing), ShortcutClaim::key);
+  EXPECT_EQ(shortcutClaim(key(keyCode::returnKey), drawing), ShortcutClaim::key);
+  EXPECT_EQ(shortcutClaim(key(keyCode::forwardDelete, modifier::command), drawing), ShortcutClaim::none);
+  EXPECT_EQ(shortcutClaim(letter("z", modifier::command), drawing), ShortcutClaim::none);
 }
 
 TEST(GlobalKeyHandlerTest, TextKeepsItsKeysFromTheMenusExceptForTheirOwn) {

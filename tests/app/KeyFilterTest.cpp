@@ -49,6 +49,13 @@ class KeyFilterTest : public AppFixture {
     QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, 0, 0, lock, QString(QChar(key)));
     QApplication::sendEvent(&canvas(), &event);
   }
+  [[nodiscard]] bool isKeptFromMenusWithCapsLock(Qt::Key key) {
+    constexpr quint32 lock = 0x2;
+    QKeyEvent question(QEvent::ShortcutOverride, key, Qt::NoModifier, 0, 0, lock);
+    question.ignore();
+    QApplication::sendEvent(&canvas(), &question);
+    return question.isAccepted();
+  }
   template <typename Field>
   Field& focusedField() {
     auto* field = new Field(&window->contentView());
@@ -251,7 +258,10 @@ TEST_F(KeyFilterTest, DuringATransformEscapeAndReturnAreItsOwn) {
   state.toolState.pushTool(Tool::freeTransform);
   KeyHandlerView* view = window->findChild<KeyHandlerView*>();
   view->offerToGesture = nullptr;
-  for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter}) press(key);
+  for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter}) {
+    if (tool() != Tool::freeTransform) state.toolState.pushTool(Tool::freeTransform);
+    press(key);
+  }
   EXPECT_THAT(posted, ElementsAre("freeTransformCancel", "freeTransformApply", "freeTransformApply"));
   EXPECT_NE(document->activeSelection(), nullptr);
 }
@@ -292,6 +302,39 @@ TEST_F(KeyFilterTest, SingleKeysRestWhileAMenuIsOpen) {
   QTest::keyClick(&menu, Qt::Key_Escape);
   QApplication::processEvents();
   EXPECT_FALSE(menu.isVisible());
+  EXPECT_NE(document->activeSelection(), nullptr);
+}
+
+TEST_F(KeyFilterTest, SingleKeysRestWhileTheMenuBarHasTheKeyboard) {
+  document->selectAll();
+  QMenuBar& bar = *window->menuBar();
+  bar.setFocus(Qt::MenuBarFocusReason);
+  ASSERT_EQ(QApplication::focusWidget(), &bar);
+  press(Qt::Key_V);
+  EXPECT_EQ(tool(), Tool::hand);
+  if (QWidget* open = QApplication::activePopupWidget()) open->close();
+  bar.setFocus(Qt::MenuBarFocusReason);
+  press(Qt::Key_Escape);
+  EXPECT_NE(document->activeSelection(), nullptr);
+  EXPECT_EQ(pixel(), white);
+}
+
+TEST_F(KeyFilterTest, WithCapsLockDeleteIsTheMenusUnlessAGestureIsOpen) {
+  EXPECT_FALSE(isKeptFromMenusWithCapsLock(Qt::Key_Delete));
+  state.toolState.selectTool(Tool::polygonalLassoSelect);
+  EXPECT_FALSE(isKeptFromMenusWithCapsLock(Qt::Key_Delete));
+  QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::NoModifier, canvas().rect().center());
+  EXPECT_TRUE(isKeptFromMenusWithCapsLock(Qt::Key_Delete));
+  pressWithCapsLock(Qt::Key_Delete);
+  EXPECT_FALSE(isKeptFromMenusWithCapsLock(Qt::Key_Delete)) << "its only corner is gone";
+  EXPECT_EQ(pixel(), white);
+}
+
+TEST_F(KeyFilterTest, SuperTurnsTheSingleKeysOff) {
+  press(Qt::Key_V, Qt::MetaModifier);
+  EXPECT_EQ(tool(), Tool::hand);
+  document->selectAll();
+  press(Qt::Key_Escape, Qt::MetaModifier);
   EXPECT_NE(document->activeSelection(), nullptr);
 }
 

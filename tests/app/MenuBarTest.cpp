@@ -5,6 +5,8 @@
 #include "canvas/CanvasPaneView.h"
 #include "model/LevelsAdjustment.h"
 #include "panels/LevelsWindow.h"
+#include "tools/selection/SelectionGesture.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {
@@ -91,6 +93,97 @@ TEST_F(MenuBarTest, UndoingAnImageSizeIsCalledCanvasSize) {
   EXPECT_TRUE(isEnabled("Edit", "Undo Canvas Size"));
 }
 
+TEST_F(MenuBarTest, AnOpenTransformCanBeSavedAndUndone) {
+  document->setDirty(false);
+  document->setSource(path("one.tessel"), std::nullopt);
+  document->invertActive();
+  document->undo();
+  document->setDirty(false);
+  EXPECT_TRUE(isEnabled("Edit", "Redo Invert"));
+
+  const auto transform = LayerTransform::begin(document, QStringLiteral("Move"));
+  ASSERT_NE(transform, nullptr);
+  EXPECT_FALSE(isEnabled("File", "Save")) << "nothing has moved yet";
+  EXPECT_TRUE(isEnabled("Edit", "Redo Invert"));
+  transform->translate(5, 3);
+  EXPECT_TRUE(isEnabled("File", "Save"));
+  EXPECT_TRUE(isEnabled("Edit", "Undo Move"));
+  EXPECT_FALSE(isEnabled("Edit", "Redo"));
+  transform->cancel();
+  EXPECT_FALSE(isEnabled("File", "Save"));
+  EXPECT_FALSE(isEnabled("Edit", "Undo"));
+  EXPECT_TRUE(isEnabled("Edit", "Redo Invert"));
+}
+
+TEST_F(MenuBarTest, UndoTakesBackAnOpenTransform) {
+  const auto transform = LayerTransform::begin(document, QStringLiteral("Move"));
+  ASSERT_NE(transform, nullptr);
+  transform->translate(5, 3);
+  item("Edit", "Undo Move")->trigger();
+  EXPECT_FALSE(transform->isOpen());
+  EXPECT_EQ(pixel(), white);
+  EXPECT_TRUE(isEnabled("Edit", "Redo Move"));
+}
+
+TEST_F(MenuBarTest, OpenLevelsCanBeSavedAndUndone) {
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  document->setSource(path("one.tessel"), std::nullopt);
+  document->setDirty(false);
+  press(Qt::Key_L);
+  EXPECT_FALSE(isEnabled("File", "Save"));
+  window->levels().content().black.slider->setValue(100);
+  EXPECT_TRUE(isEnabled("File", "Save"));
+  EXPECT_TRUE(isEnabled("Edit", "Undo Levels"));
+  press(Qt::Key_Z);
+  EXPECT_FALSE(window->levels().isVisible());
+  EXPECT_TRUE(isEnabled("Edit", "Redo Levels"));
+  EXPECT_TRUE(isEnabled("Edit", "Undo Fill"));
+}
+
+TEST_F(MenuBarTest, ASelectionBeingDrawnCanBeUndoneButNotSaved) {
+  document->setSource(path("one.tessel"), std::nullopt);
+  document->setDirty(false);
+  SelectionGesture gesture(document, QStringLiteral("Rectangle Select"));
+  gesture.selectShape(SelectionMode::replace, [this](Selection& selection) {
+    selection.setRect({2, 2, 4, 4}, 0.0F, document->context());
+  });
+  EXPECT_TRUE(isEnabled("Edit", "Undo Rectangle Select"));
+  EXPECT_FALSE(isEnabled("File", "Save"));
+  gesture.close();
+  EXPECT_TRUE(isEnabled("Edit", "Undo Rectangle Select"));
+}
+
+TEST_F(MenuBarTest, TheLevelsPanelLeavesTheKeyboardToTheCanvas) {
+  press(Qt::Key_L);
+  EXPECT_TRUE(window->levels().testAttribute(Qt::WA_ShowWithoutActivating));
+  // The platform of the tests activates whatever is shown.
+  QApplication::setActiveWindow(window.get());
+  focusCanvas();
+  press(Qt::Key_L);
+  EXPECT_EQ(QApplication::activeWindow(), window.get());
+  press(Qt::Key_V, Qt::NoModifier);
+  EXPECT_EQ(state.toolState.currentTool(), Tool::move);
+}
+
+TEST_F(MenuBarTest, TheMenusKeysActFromTheLevelsPanelToo) {
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  const auto turnToLevels = [this] {
+    window->levels().openFor(document);
+    window->levels().content().black.slider->setValue(100);
+    QApplication::setActiveWindow(&window->levels());
+    window->levels().content().black.slider->setFocus();
+  };
+  turnToLevels();
+  press(Qt::Key_Z);
+  EXPECT_EQ(document->undoStack.redoActionName(), "Levels");
+  EXPECT_FALSE(window->levels().isVisible());
+  turnToLevels();
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  press(Qt::Key_W);
+  EXPECT_THAT(openNames(), IsEmpty());
+  EXPECT_FALSE(window->levels().isVisible());
+}
+
 TEST_F(MenuBarTest, TheHistoryHasItsKeys) {
   document->invertActive();
   press(Qt::Key_Z);
@@ -110,6 +203,18 @@ TEST_F(MenuBarTest, CutAndCopyNeedASelectionOnALayer) {
     EXPECT_TRUE(isEnabled("Edit", title));
     document->deselect();
   }
+}
+
+TEST_F(MenuBarTest, ABlankSelectionHasNothingToCopy) {
+  const std::shared_ptr<Layer> full = document->activeLayer();
+  document->addLayer(QStringLiteral("Empty"));
+  document->selectLayerTransparency(*document->activeLayer());
+  ASSERT_NE(document->activeSelection(), nullptr);
+  EXPECT_FALSE(isEnabled("Edit", "Cut"));
+  EXPECT_FALSE(isEnabled("Edit", "Copy"));
+  EXPECT_TRUE(isEnabled("Select", "Deselect"));
+  document->selectLayerTransparency(*full);
+  EXPECT_TRUE(isEnabled("Edit", "Copy"));
 }
 
 TEST_F(MenuBarTest, ClearClearsTheActiveLayer) {
@@ -276,6 +381,8 @@ TEST_F(MenuBarTest, ChangesOfPixelsAndTheViewDoNotConcernTheMenus) {
   EXPECT_FALSE(
       MenuFacts::areConcerned({change::PixelsChanged{}, change::Composited{},
                                change::ViewChanged{ViewProperty::zoom}, change::ThumbnailsChanged{}}));
+  EXPECT_FALSE(MenuFacts::areConcerned({change::PreviewChanged{}})) << "each step of a drag";
+  EXPECT_TRUE(MenuFacts::areConcerned({change::PreviewChanged{}, change::OpenEditChanged{}}));
   EXPECT_TRUE(MenuFacts::areConcerned({change::PixelsChanged{}, change::HistoryChanged{}}));
 }
 

@@ -5,6 +5,7 @@
 #include "AppFixture.h"
 #include "app/PixelMimeData.h"
 #include "app/PixelPasteboard.h"
+#include "raster/MemoryBudget.h"
 #include "tools/selection/SelectionGesture.h"
 
 namespace orvanel {
@@ -258,6 +259,73 @@ TEST_F(PasteboardTest, ABrokenImageIsReportedAndNothingIsLost) {
   }
   EXPECT_EQ(document->undoStack.operations().size(), records);
   EXPECT_EQ(state.pixelClipboard.value(), before);
+}
+
+TEST_F(PasteboardTest, AnImageThatCannotBeReadGivesWayToTheNext) {
+  const DocumentPtr document = open(40, 30);
+  auto data = std::make_unique<QMimeData>();
+  data->setData(QStringLiteral("image/x-unheard-of"), "no image");
+  data->setData(QStringLiteral("image/png"), "no image");
+  data->setData(QStringLiteral("image/bmp"),
+                encoded(filled(40, 30, Qt::red).convertToFormat(QImage::Format_RGB32), "BMP"));
+  desktop().setMimeData(data.release());
+  pasteboard.paste(document, {20.0, 15.0});
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+  EXPECT_EQ(pixel(document, 1, 1), red);
+
+  data = std::make_unique<QMimeData>();
+  data->setData(QStringLiteral("image/x-unheard-of"), "no image");
+  data->setImageData(filled(40, 30, Qt::blue));
+  desktop().setMimeData(data.release());
+  pasteboard.paste(document, {20.0, 15.0});
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+  EXPECT_EQ(pixel(document, 1, 1), 0xFFFF0000U);
+}
+
+TEST_F(PasteboardTest, WhatCanBePastedIsWhatIsPasted) {
+  offerBytes(QStringLiteral("image/x-unheard-of"), "no image");
+  pasteboard.look();
+  EXPECT_TRUE(pasteboard.canPaste());
+  pasteboard.paste(open(40, 30), {});
+  EXPECT_THAT(dialogs.warnings, SizeIs(1)) << "an image, if one that can't be read";
+}
+
+TEST_F(PasteboardTest, AnImageWithoutMemoryForItChangesNothing) {
+  const DocumentPtr document = open(40, 30);
+  offerBytes(QStringLiteral("image/png"), encoded(filled(40, 30, Qt::red)));
+  const ScopedMemoryLimit limit(0);
+  pasteboard.paste(document, {20.0, 15.0});
+  EXPECT_EQ(document->layerCount(), 1);
+  EXPECT_THAT(dialogs.warnings, SizeIs(1));
+}
+
+TEST_F(PasteboardTest, APartOfAnImageIsReportedOnceItIsPasted) {
+  const DocumentPtr document = open(40, 30);
+  QImage noise(400, 300, QImage::Format_RGB32);
+  for (int i = 0; i < 400 * 300; ++i) noise.setPixel(i % 400, i / 400, static_cast<uint>(i) * 2654435761U);
+  const QByteArray whole = encoded(noise, "JPG");
+  offerBytes(QStringLiteral("image/jpeg"), whole.left(whole.size() / 2));
+  int layersAtWarning = 0;
+  dialogs.duringWarning = [&] { layersAtWarning = document->layerCount(); };
+  pasteboard.paste(document, {20.0, 15.0});
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Pasted in Part");
+  EXPECT_EQ(layersAtWarning, 2);
+}
+
+TEST_F(PasteboardTest, OurPixelsWithoutMemoryForThemChangeNothing) {
+  const DocumentPtr document = open(40, 30);
+  selectRect(document, {10, 5, 8, 6});
+  pasteboard.copy(document);
+  {
+    const ScopedMemoryLimit limit(0);
+    EXPECT_TRUE(desktop().mimeData()->data(QStringLiteral("image/png")).isEmpty());
+    pasteboard.paste(document, {});
+  }
+  EXPECT_EQ(document->layerCount(), 1);
+  EXPECT_FALSE(desktop().mimeData()->data(QStringLiteral("image/png")).isEmpty()) << "asked for again";
+  pasteboard.paste(document, {});
+  EXPECT_EQ(document->layerCount(), 2);
 }
 
 TEST_F(PasteboardTest, AnImageBeyondTheLimitsIsReported) {

@@ -27,11 +27,14 @@ class ScriptedDialogs : public Dialogs {
   std::queue<ExportTarget> exportTargets;
   std::optional<NewDocumentEntry> newDocument;
   QStringList filesToOpen;
+  /// Called while a warning is open.
+  std::function<void()> duringWarning;
   /// Called while a question is open.
   std::function<void()> duringQuestion;
 
   void showWarning(const QString& message, const QString& informativeText) override {
     warnings.emplace_back(message.toStdString(), informativeText.toStdString());
+    if (duringWarning) duringWarning();
   }
   SaveAnswer askToSave(const QString& message, const QString& informativeText) override {
     questions.push_back(message.toStdString());

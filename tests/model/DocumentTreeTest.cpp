@@ -227,7 +227,7 @@ TEST_F(DocumentTreeTest, ACopiedLayerHasItsOwnPixelsAndMask) {
   EXPECT_NE(copyMask->maskTexture->texture, sourceMask->maskTexture->texture);
   EXPECT_TRUE(copyMask->maskTexture->texture->equals(*sourceMask->maskTexture->texture));
   EXPECT_EQ(copy->maskThumbnailImage.value(), source->maskThumbnailImage.value());
-  EXPECT_FALSE(copy->maskThumbnailDirty.value());
+  EXPECT_EQ(copy->maskThumbnailDirty.value(), source->maskThumbnailDirty.value());
   EXPECT_TRUE(copy->channelThumbnailsDirty.value());
 }
 

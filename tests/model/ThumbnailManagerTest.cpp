@@ -239,14 +239,102 @@ TEST_F(ThumbnailManagerTest, CommandsOnTheCanvasRenewEveryLayer) {
   }
 }
 
-TEST_F(ThumbnailManagerTest, EverythingCanBeRenewed) {
-  document->addLayer(QStringLiteral("Other"));
+TEST_F(ThumbnailManagerTest, APictureShowsWhatAnOpenAdjustmentShows) {
   view();
-  const Thumbnail composite = document->compositeThumbnailImage.value();
-  manager().refreshEverything();
-  for (const auto& renewed : document->allLayers()) EXPECT_TRUE(renewed->thumbnailDirty.value());
-  ASSERT_TRUE(waitUntil([&] { return document->compositeThumbnailImage.value() != composite; }));
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
   ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  auto adjustment = LevelsAdjustment::begin(document);
+  adjustment->apply({.blackPoint = 200.0F, .whitePoint = 255.0F, .gamma = 1.0F});
+  manager().markDirty(layer->id);
+  ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  EXPECT_EQ(layer->thumbnailImage.value()->pixel(0, 0), qRgb(0, 0, 0));
+  EXPECT_TRUE(adjustment->isOpen());
+  adjustment->cancel();
+  ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  EXPECT_EQ(layer->thumbnailImage.value()->pixel(0, 0), qRgb(128, 128, 128));
+}
+
+TEST_F(ThumbnailManagerTest, ALayerThatComesBackGetsWhatItMissed) {
+  document->addLayer(QStringLiteral("Other"));
+  const std::shared_ptr<Layer> other = document->activeLayer();
+  view();
+  document->invertActive();
+  document->removeNode(other->id);
+  ASSERT_TRUE(waitUntil([this] { return manager().dirtyLayerIDs().empty(); }));
+  EXPECT_FALSE(isFresh(*other));
+  document->undo();
+  ASSERT_TRUE(waitUntil([&] { return isFresh(*other); }));
+}
+
+TEST_F(ThumbnailManagerTest, ALayerThatComesBackInItsFolderGetsWhatItMissed) {
+  document->addFolder(QStringLiteral("Folder"));
+  const QUuid folder = document->selectedNodeID.value().value();
+  document->addLayer(QStringLiteral("Other"));
+  const std::shared_ptr<Layer> other = document->activeLayer();
+  view();
+  document->invertActive();
+  document->removeNode(folder);
+  ASSERT_TRUE(waitUntil([this] { return manager().dirtyLayerIDs().empty(); }));
+  document->undo();
+  ASSERT_TRUE(waitUntil([&] { return isFresh(*other); }));
+}
+
+TEST_F(ThumbnailManagerTest, TheCopyOfAMaskIsAsStaleAsTheMask) {
+  document->addLayerMask(layer);
+  ASSERT_TRUE(layer->maskThumbnailDirty.value());
+  document->duplicateNode(layer->id);
+  const std::shared_ptr<Layer> copy = document->activeLayer();
+  EXPECT_TRUE(copy->maskThumbnailDirty.value());
+  view();
+  ASSERT_TRUE(waitUntil([&] { return !copy->maskThumbnailDirty.value(); }));
+  EXPECT_NE(copy->maskThumbnailImage.value(), nullptr);
+}
+
+TEST_F(ThumbnailManagerTest, APictureOfAnotherMaskIsDropped) {
+  document->addLayerMask(layer);
+  view();
+  document->setMaskSelected(layer->id, true);
+  manager().markDirty(layer->id);
+  ASSERT_TRUE(waitUntil([this] { return manager().dirtyLayerIDs().empty(); }));
+  document->removeLayerMask(layer);
+  document->selectAll();
+  document->invertSelection();
+  document->addLayerMask(layer);
+  const Thumbnail own = layer->maskThumbnailImage.value();
+  ASSERT_NE(own, nullptr);
+  ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  EXPECT_EQ(layer->maskThumbnailImage.value(), own);
+}
+
+TEST_F(ThumbnailManagerTest, AMovedHoldEndsTheOneThatItReplaces) {
+  ThumbnailManager::Hold first = ThumbnailManager::editingContinuously(document);
+  ThumbnailManager::Hold second = ThumbnailManager::editingContinuously(document);
+  EXPECT_EQ(manager().continuousEditingCount(), 2);
+  first = std::move(second);
+  EXPECT_EQ(manager().continuousEditingCount(), 1);
+  second = {};
+  EXPECT_EQ(manager().continuousEditingCount(), 1);
+  first = {};
+  EXPECT_EQ(manager().continuousEditingCount(), 0);
+}
+
+TEST_F(ThumbnailManagerTest, WorkUnderWayIsKeptForTheNextViewer) {
+  viewer = ThumbnailManager::viewing(document);
+  ASSERT_TRUE(waitUntil([this] { return manager().dirtyLayerIDs().empty(); }));
+  viewer = {};
+  EXPECT_FALSE(manager().isViewed());
+  ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  EXPECT_NE(layer->thumbnailImage.value(), nullptr);
+}
+
+TEST_F(ThumbnailManagerTest, ADragThatFlattensNothingRenewsNoComposite) {
+  view();
+  const Thumbnail before = document->compositeThumbnailImage.value();
+  ThumbnailManager::Hold drag = ThumbnailManager::editingContinuously(document);
+  drag = {};
+  manager().markDirty(layer->id);
+  ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
+  EXPECT_EQ(document->compositeThumbnailImage.value(), before);
 }
 
 TEST_F(ThumbnailManagerTest, AClosedDocumentIsForgottenByWorkUnderWay) {

@@ -96,6 +96,7 @@ void DocumentEdit::insertNode(const LayerNode& node, const TreePosition& positio
   extended.insert(extended.begin() + index, node);
   PropertyWriter::write(list, std::move(extended));
   tell(change::NodeInserted{node.id(), {idOf(folder), index}});
+  document_.thumbnailManager->nodeCame(node);
   if (node.folder() == nullptr) return;
   walkNodes(
       node.folder()->children.value(),

@@ -27,6 +27,7 @@ class SelectionToolHandler : public CanvasToolHandler {
   /// that delete do nothing.
   bool keyDown(const EventRecord& event, const ToolContext& context) override;
   bool keyUp(const EventRecord& event, const ToolContext& context) override;
+  [[nodiscard]] bool hasOpenGesture(const ToolContext& context) override { return isOpen(context); }
 
  protected:
   // The tool's own gesture.

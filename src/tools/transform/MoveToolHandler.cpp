@@ -13,7 +13,8 @@ namespace {
 constexpr int nudgeStep = 1;
 constexpr int longNudgeStep = 10;
 
-constexpr std::uint32_t keyModifiers = modifier::shift | modifier::option | modifier::command;
+constexpr std::uint32_t keyModifiers =
+    modifier::shift | modifier::super | modifier::option | modifier::command;
 
 QRectF rectOf(const PixelRect& rect) {
   return QRectF(rect.x, rect.y, rect.width, rect.height);
