@@ -18,8 +18,8 @@ OpenEdit::~OpenEdit() {
   close();
 }
 
-void OpenEdit::noteShown(DocumentEdit& edit) {
-  if (!std::exchange(hasShown_, true)) edit.tell(change::OpenEditChanged{});
+void OpenEdit::noteShown(DocumentEdit& edit, bool isShown) {
+  if (std::exchange(hasShown_, isShown) != isShown) edit.tell(change::OpenEditChanged{});
 }
 
 void OpenEdit::close() {

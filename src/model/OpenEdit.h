@@ -27,7 +27,7 @@ class OpenEdit {
   /// False once it was kept, taken back or ended, or its document was closed. All operations on a closed edit
   /// do nothing.
   [[nodiscard]] bool isOpen() const { return isOpen_ && !document_.expired(); }
-  /// Whether it has shown anything yet.
+  /// Whether it shows anything but the original.
   [[nodiscard]] bool hasShown() const { return hasShown_; }
   /// The name of the record that would keep it.
   [[nodiscard]] const QString& actionName() const { return actionName_; }
@@ -55,8 +55,8 @@ class OpenEdit {
   OpenEdit(const DocumentPtr& document, Ground ground, QString actionName);
   /// Null once the edit is closed.
   [[nodiscard]] DocumentPtr document() const { return isOpen_ ? document_.lock() : nullptr; }
-  /// Tells of the first time; to be called by each step that shows something.
-  void noteShown(DocumentEdit& edit);
+  /// To be called by each step: whether the edit now shows something. Tells when that changes.
+  void noteShown(DocumentEdit& edit, bool isShown);
   /// Observers hear of it and may destroy the edit, unless a `DocumentEdit` of the caller is still alive.
   void close();
   /// Counts as continuous editing until the edit is closed.

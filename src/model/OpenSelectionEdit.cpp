@@ -29,19 +29,17 @@ void OpenSelectionEdit::show(
   DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<Selection> selection = edit.selection();
   restoreOriginal(*selection);
-  hasShown_ = write(*target, *selection);
-  if (hasShown_) {
-    noteShown(edit);
-  } else {
-    restoreOriginal(*selection);
-  }
+  const bool isWritten = write(*target, *selection);
+  if (!isWritten) restoreOriginal(*selection);
+  noteShown(edit, isWritten);
 }
 
 void OpenSelectionEdit::showOriginal() {
   const DocumentPtr target = document();
-  if (target == nullptr || !std::exchange(hasShown_, false)) return;
+  if (target == nullptr || !hasShown()) return;
   DocumentEdit edit(*target, editKind::selecting);
   restoreOriginal(*edit.selection());
+  noteShown(edit, false);
 }
 
 void OpenSelectionEdit::restoreOriginal(Selection& selection) const {

@@ -71,7 +71,7 @@ void OpenSurfaceEdit::show(const SurfaceChange& change, const SurfaceChange& cha
   const DocumentPtr target = document();
   if (target == nullptr) return;
   DocumentEdit edit(*target, editKind::shown);
-  noteShown(edit);
+  noteShown(edit, true);
   for (Part& part : parts_) {
     part.change = &part == &parts_.front() ? change : changeOfMask;
     edit.tell(change::PreviewChanged{layer_->id, part.kind});
