@@ -26,7 +26,10 @@ class LevelsWindowTest : public testing::Test {
     }
     return true;
   }
-  [[nodiscard]] Surface pixels() const { return *layer->texture.value(); }
+  [[nodiscard]] Surface pixels() const {
+    document->settle();
+    return *layer->texture.value();
+  }
   [[nodiscard]] std::size_t records() const { return document->undoStack.operations().size(); }
   LevelsContentView& content() { return window.content(); }
   void openOnGrey() {
