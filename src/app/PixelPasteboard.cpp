@@ -52,7 +52,7 @@ QStringList imageTypesIn(const QMimeData& data) {
     return type == QLatin1String("image/png") || type == QLatin1String("image/tiff") ||
            type == QLatin1String("image/bmp");
   };
-  std::ranges::stable_partition(types, isLossless);
+  std::stable_partition(types.begin(), types.end(), isLossless);
   return types;
 }
 

@@ -1,7 +1,7 @@
 #include "model/Document.h"
 
 #include <algorithm>
-#include <ranges>
+#include <functional>
 #include <utility>
 
 #include "model/DocumentCompositor.h"
@@ -230,10 +230,8 @@ std::optional<ShownSurface> Document::shown(const Layer& layer, SurfaceKind kind
 
 std::optional<QString> Document::undoActionName() const {
   // The edits end in their order, so the last one's record is the first to be undone.
-  for (const OpenEdit* edit : std::views::reverse(openEdits_)) {
-    if (edit->hasShown()) return edit->actionName();
-  }
-  return undoStack.undoActionName();
+  const auto last = std::find_if(openEdits_.rbegin(), openEdits_.rend(), std::mem_fn(&OpenEdit::hasShown));
+  return last != openEdits_.rend() ? (*last)->actionName() : undoStack.undoActionName();
 }
 
 std::optional<QString> Document::redoActionName() const {

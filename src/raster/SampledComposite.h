@@ -38,7 +38,7 @@ struct SampleLayout {
     std::vector<Strip> strips;
   };
 
-  explicit SampleLayout(const SampleGrid& grid);
+  explicit SampleLayout(const SampleGrid& sampled);
 
   SampleGrid grid;
   std::vector<Block> blocks;
