@@ -102,8 +102,9 @@ void selectIslands(Document& document, CanvasRenderer& renderer, double width, d
   std::mt19937 random(3);
   std::vector<std::uint16_t> pixels(static_cast<std::size_t>(width * height));
   for (std::size_t i = 0; i < pixels.size(); ++i) {
+    const std::size_t row = i / static_cast<std::size_t>(width);
     const auto x = static_cast<double>(i % static_cast<std::size_t>(width));
-    const auto y = static_cast<double>(i / static_cast<std::size_t>(width));
+    const auto y = static_cast<double>(row);
     const double waves = std::sin(x * 0.06) * std::cos(y * 0.09) + std::sin(x * 0.02 + y * 0.031);
     const double value = waves + std::uniform_real_distribution(-0.5, 0.5)(random);
     pixels[i] = value > 0.2 ? 0x3C00 : 0;

@@ -51,12 +51,12 @@ struct Stack {
                                                     const SurfaceChange* ofMask = nullptr) const {
     auto made = std::make_unique<CompositePlan>(canvas);
     const CompositePlan::Target folder = made->addTarget(temporary);
-    const auto add = [&](CompositePlan::Target target, int i, BlendMode blendMode, float opacity,
-                         bool masked) {
+    const auto add = [&](CompositePlan::Target target, int i, BlendMode blendMode, float layerOpacity,
+                         bool hasMask) {
       const auto at = static_cast<std::size_t>(i);
-      made->compositeLayer(target, paramsOf(blendMode, opacity, mode, masked),
+      made->compositeLayer(target, paramsOf(blendMode, layerOpacity, mode, hasMask),
                            {&layers[at], i == changed ? ofLayer : nullptr},
-                           {masked ? &masks[at] : nullptr, i == changed && masked ? ofMask : nullptr});
+                           {hasMask ? &masks[at] : nullptr, i == changed && hasMask ? ofMask : nullptr});
     };
     add(0, 0, BlendMode::normal, 1.0F, false);
     add(folder, 1, BlendMode::normal, 1.0F, false);
