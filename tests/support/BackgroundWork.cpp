@@ -5,6 +5,14 @@
 #include "raster/Background.h"
 #include "raster/FatalFault.h"
 
+#ifdef __SANITIZE_ADDRESS__
+// The C library keeps the last result of loading a library for each thread, and never frees that of a thread
+// that is still alive when the process ends.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:_dlerror_run\n";
+}
+#endif
+
 namespace orvanel {
 namespace {
 
