@@ -12,6 +12,9 @@
 namespace orvanel::fragments {
 namespace {
 
+/// How many tiles ahead pixels are asked for.
+constexpr std::size_t partsAhead = 4;
+
 enum class Blend { nothing, replace, over };
 
 Blend blendOf(const displayRows::Coverage& coverage) {
@@ -54,7 +57,9 @@ class RowBuilder {
   void build(int textureY) {
     segments_.clear();
     const std::size_t rowInTile = static_cast<std::size_t>(textureY % tileSide) * tileSide * pixelBytes_;
-    for (const TileColumns& part : parts_) {
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+      if (i + partsAhead < parts_.size()) prefetch(parts_[i + partsAhead], textureY, rowInTile);
+      const TileColumns& part = parts_[i];
       const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, textureY / tileSide));
       append(part.device,
              tile.isUniform() ? fillUniform(part, tile) : convertRow(part, tile.data() + rowInTile));
@@ -96,6 +101,17 @@ class RowBuilder {
       };
       parts_.push_back({tileX, {deviceAt(from), deviceAt(to)}, {*from, *(to - 1) + 1}});
       from = to;
+    }
+  }
+
+  /// Asks for the distant pixels of a part ahead of time; the processor doesn't foresee them across tiles.
+  void prefetch(const TileColumns& part, int textureY, std::size_t rowInTile) const {
+    if (isMagnified_ || isOneToOne_) return;
+    const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, textureY / tileSide));
+    if (tile.isUniform()) return;
+    for (int x = part.device.begin; x < part.device.end; ++x) {
+      __builtin_prefetch(tile.data() + rowInTile +
+                         static_cast<std::size_t>(indexAt(x) % tileSide) * pixelBytes_);
     }
   }
 
