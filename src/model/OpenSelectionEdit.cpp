@@ -34,12 +34,14 @@ void OpenSelectionEdit::show(
   noteShown(edit, isWritten);
 }
 
-void OpenSelectionEdit::showOriginal() {
+void OpenSelectionEdit::takeBack() {
   const DocumentPtr target = document();
-  if (target == nullptr || !hasShown()) return;
-  DocumentEdit edit(*target, editKind::selecting);
-  restoreOriginal(*edit.selection());
-  noteShown(edit, false);
+  if (target != nullptr && hasShown()) {
+    DocumentEdit edit(*target, editKind::selecting);
+    restoreOriginal(*edit.selection());
+    noteShown(edit, false);
+  }
+  close();
 }
 
 void OpenSelectionEdit::restoreOriginal(Selection& selection) const {

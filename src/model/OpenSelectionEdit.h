@@ -22,8 +22,8 @@ class OpenSelectionEdit final : public OpenEdit {
   /// Restores the original selection, then calls `write` to change its mask and flags. If it returns false
   /// the original selection stays, as if nothing had ever been shown.
   void show(const std::function<bool(const Document& document, Selection& selection)>& write);
-  /// Shows the original selection again, and counts as never having shown anything.
-  void showOriginal();
+  /// Restores the original selection; leaves no record.
+  void takeBack();
   /// Keeps what is shown. Leaves no record if nothing was selected before and nothing is now.
   void keep();
   /// Leaves no record if the edit never showed anything.

@@ -43,10 +43,7 @@ class SelectionGesture {
   /// is now.
   void close() { edit_.end(); }
   /// Ends the gesture with the original selection and without a record.
-  void takeBack() {
-    edit_.showOriginal();
-    edit_.end();
-  }
+  void takeBack() { edit_.takeBack(); }
   /// `callback` is called once when the gesture ends, whoever ends it; it must not destroy the gesture.
   void whenClosed(std::function<void()> callback) { edit_.onClosed = std::move(callback); }
   /// False once closed, or ended by the document.

@@ -19,10 +19,7 @@ class SelectionMove {
   /// Ends the move and records it, even if the selection is where it was.
   void close() { edit_.keep(); }
   /// Ends the move with the selection where it was and without a record.
-  void takeBack() {
-    edit_.showOriginal();
-    edit_.end();
-  }
+  void takeBack() { edit_.takeBack(); }
   /// `callback` is called once when the move ends, whoever ends it; it must not destroy the move.
   void whenClosed(std::function<void()> callback) { edit_.onClosed = std::move(callback); }
   /// False once closed, or ended by the document.
