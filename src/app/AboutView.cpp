@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include "panels/PanelStyle.h"
+#include "look/Look.h"
 
 namespace orvanel {
 
@@ -37,12 +37,11 @@ AboutView::AboutView(QWidget* parent) : QDialog(parent) {
       QIcon(QStringLiteral(":/app/orvanel.svg")).pixmap(QSize(iconEdge, iconEdge), devicePixelRatio()));
   column->addWidget(picture);
   column->addSpacing(10);
-  addLine(*column, QStringLiteral("Orvanel"), panelStyle::systemFont(20, QFont::DemiBold),
-          panelStyle::primaryText);
-  addLine(*column, QStringLiteral("Version 0.1"), panelStyle::systemFont(12), panelStyle::secondaryText);
+  addLine(*column, QStringLiteral("Orvanel"), look::font(20, QFont::DemiBold), look::color::text);
+  addLine(*column, QStringLiteral("Version 0.1"), look::font(12), look::color::secondaryText);
   column->addSpacing(6);
-  addLine(*column, QStringLiteral("A layered image editor by Fennimoor"), panelStyle::systemFont(11),
-          panelStyle::secondaryText);
+  addLine(*column, QStringLiteral("A layered image editor by Fennimoor"), look::font(11),
+          look::color::secondaryText);
   column->setSizeConstraint(QLayout::SetFixedSize);
 }
 

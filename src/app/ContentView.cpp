@@ -7,8 +7,8 @@
 #include "app/KeyHandlerView.h"
 #include "app/ProgressLine.h"
 #include "canvas/CanvasPaneView.h"
-#include "panels/DocumentTabBar.h"
-#include "panels/StatusBarPane.h"
+#include "panels/bars/DocumentTabBar.h"
+#include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
 

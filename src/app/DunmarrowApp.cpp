@@ -5,8 +5,8 @@
 #include <chrono>
 #include <utility>
 
-#include "app/Appearance.h"
 #include "app/BackgroundWork.h"
+#include "look/LightStyle.h"
 
 namespace orvanel {
 
@@ -23,7 +23,7 @@ DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
   setDesktopFileName(QStringLiteral("com.fennimoor.orvanel"));
   setWindowIcon(QIcon(QStringLiteral(":/app/orvanel.svg")));
   setQuitOnLastWindowClosed(false);
-  applyLightAppearance(*this);
+  look::applyLightAppearance(*this);
   makeRoomForHangingReads();
 
   AppState& state = AppState::shared();

@@ -2,7 +2,7 @@
 #include <array>
 
 #include "app/MenuCommands.h"
-#include "panels/LevelsWindow.h"
+#include "panels/levels/LevelsWindow.h"
 
 namespace orvanel {
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "model/DisplayText.h"
-#include "panels/LevelsWindow.h"
+#include "panels/levels/LevelsWindow.h"
 
 namespace orvanel {
 

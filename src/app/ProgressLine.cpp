@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <chrono>
 
-#include "panels/PanelStyle.h"
+#include "look/Look.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -50,8 +50,8 @@ void CancelButton::paintEvent(QPaintEvent* event) {
   // An opaque background keeps the symbol legible over any image.
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(hasFocus() ? panelStyle::accentColor : panelStyle::dividerColor, hasFocus() ? 2 : 1));
-  painter.setBrush(panelStyle::paneColor);
+  painter.setPen(QPen(hasFocus() ? look::color::accent : look::color::divider, hasFocus() ? 2 : 1));
+  painter.setBrush(look::color::pane);
   painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 5, 5);
   painter.end();
   SymbolButton::paintEvent(event);
@@ -108,10 +108,10 @@ void ProgressLine::activityChanged() {
 void ProgressLine::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const double fraction = std::max(shortestFraction, activity_.fraction.value().value_or(0.0));
-  QColor track = panelStyle::accentColor;
+  QColor track = look::color::accent;
   track.setAlpha(40);
   painter.fillRect(rect(), track);
-  painter.fillRect(QRectF(0, 0, width() * fraction, height()), panelStyle::accentColor);
+  painter.fillRect(QRectF(0, 0, width() * fraction, height()), look::color::accent);
 }
 
 }  // namespace orvanel

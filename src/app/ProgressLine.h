@@ -8,7 +8,7 @@
 #include <functional>
 
 #include "app/FileActivity.h"
-#include "panels/SymbolButton.h"
+#include "panels/controls/SymbolButton.h"
 
 namespace orvanel {
 

@@ -17,7 +17,7 @@
 #include "app/AppState.h"
 #include "app/DocumentFiles.h"
 #include "app/MainWindow.h"
-#include "panels/DocumentTabBar.h"
+#include "panels/bars/DocumentTabBar.h"
 
 namespace orvanel {
 

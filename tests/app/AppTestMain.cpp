@@ -4,7 +4,7 @@
 #include <QTemporaryDir>
 #include <QThreadPool>
 
-#include "app/Appearance.h"
+#include "look/LightStyle.h"
 
 // Settings and recent-file lists are kept in a temporary home directory.
 int main(int argc, char** argv) {
@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   QApplication::setOrganizationName(QStringLiteral("Fennimoor"));
   QApplication::setApplicationName(QStringLiteral("Orvanel"));
   QApplication::setQuitOnLastWindowClosed(false);
-  orvanel::applyLightAppearance(application);
+  orvanel::look::applyLightAppearance(application);
   const int status = RUN_ALL_TESTS();
   QThreadPool::globalInstance()->waitForDone();
   return status;

@@ -8,7 +8,7 @@
 #include "AppFixture.h"
 #include "app/KeyHandlerView.h"
 #include "canvas/CanvasPaneView.h"
-#include "panels/LevelsWindow.h"
+#include "panels/levels/LevelsWindow.h"
 
 namespace orvanel {
 namespace {

@@ -10,7 +10,7 @@
 #include "AppFixture.h"
 #include "app/NewDocumentDialog.h"
 #include "canvas/CanvasPaneView.h"
-#include "panels/StatusBarPane.h"
+#include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
 namespace {

@@ -4,7 +4,7 @@
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
 #include "model/LevelsAdjustment.h"
-#include "panels/LevelsWindow.h"
+#include "panels/levels/LevelsWindow.h"
 #include "tools/selection/SelectionGesture.h"
 #include "tools/transform/LayerTransform.h"
 

@@ -26,9 +26,10 @@ const std::vector<Room> plan = {
     {"model", QtAllowed::withoutWidgets, {"raster", "undo"}},
     {"io", QtAllowed::withoutWidgets, {"raster", "undo", "model"}},
     {"tools", QtAllowed::withoutWidgets, {"raster", "undo", "model"}},
-    {"canvas", QtAllowed::all, {"raster", "undo", "model", "io", "tools"}},
-    {"panels", QtAllowed::all, {"raster", "undo", "model", "tools"}},
-    {"app", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "canvas", "panels"}},
+    {"look", QtAllowed::all, {}},
+    {"canvas", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "look"}},
+    {"panels", QtAllowed::all, {"raster", "undo", "model", "tools", "look"}},
+    {"app", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "look", "canvas", "panels"}},
     {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io", "tools"}},
 };
 

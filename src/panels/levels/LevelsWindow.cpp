@@ -1,4 +1,4 @@
-#include "panels/LevelsWindow.h"
+#include "panels/levels/LevelsWindow.h"
 
 #include <QPointer>
 #include <QScreen>

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "panels/DocumentTab.h"
+#include "panels/bars/DocumentTab.h"
 
 namespace orvanel {
 

@@ -1,4 +1,4 @@
-#include "panels/StatusBarPane.h"
+#include "panels/bars/StatusBarPane.h"
 
 #include <gtest/gtest.h>
 

@@ -10,8 +10,8 @@
 
 #include "model/LevelsAdjustment.h"
 #include "model/ThumbnailManager.h"
-#include "panels/LevelsContentView.h"
-#include "panels/LevelsModel.h"
+#include "panels/levels/LevelsContentView.h"
+#include "panels/levels/LevelsModel.h"
 
 namespace orvanel {
 

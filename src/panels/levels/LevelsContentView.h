@@ -10,8 +10,8 @@
 #include <functional>
 #include <vector>
 
-#include "panels/HistogramView.h"
-#include "panels/LevelsModel.h"
+#include "panels/levels/HistogramView.h"
+#include "panels/levels/LevelsModel.h"
 
 class QFormLayout;
 

@@ -1,4 +1,4 @@
-#include "panels/DocumentTab.h"
+#include "panels/bars/DocumentTab.h"
 
 #include <QContextMenuEvent>
 #include <QIcon>
@@ -6,9 +6,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include "look/Look.h"
 #include "model/DisplayText.h"
-#include "panels/PanelStyle.h"
-#include "panels/SymbolButton.h"
+#include "panels/controls/SymbolButton.h"
 
 namespace orvanel {
 
@@ -26,7 +26,7 @@ constexpr int widestTab = 240;
 
 DocumentTab::DocumentTab(DocumentPtr shownDocument, QWidget* parent)
     : QAbstractButton(parent), document(std::move(shownDocument)) {
-  setFont(panelStyle::systemFont(fontSize));
+  setFont(look::font(fontSize));
   setCheckable(true);
   setFocusPolicy(Qt::NoFocus);
   setAttribute(Qt::WA_Hover);
@@ -126,21 +126,21 @@ void DocumentTab::resizeEvent(QResizeEvent* /*event*/) {
 void DocumentTab::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const double line = panelStyle::hairline(*this);
+  const double line = look::hairline(*this);
   if (isSelected_) {
-    painter.fillRect(rect(), panelStyle::paneColor);
+    painter.fillRect(rect(), look::color::pane);
   } else if (isHovering_) {
-    painter.fillRect(rect(), panelStyle::hoverColor);
+    painter.fillRect(rect(), look::color::hover);
   }
-  painter.fillRect(QRectF(width() - line, 0, line, height()), panelStyle::dividerColor);
-  if (!isSelected_) painter.fillRect(QRectF(0, height() - line, width(), line), panelStyle::dividerColor);
+  painter.fillRect(QRectF(width() - line, 0, line, height()), look::color::divider);
+  if (!isSelected_) painter.fillRect(QRectF(0, height() - line, width(), line), look::color::divider);
 
-  const QColor ink = isSelected_ ? panelStyle::primaryText : panelStyle::secondaryText;
+  const QColor ink = isSelected_ ? look::color::text : look::color::secondaryText;
   const double nameLeft = sidePadding + dirtyDotSize + gap;
   const double nameRight = width() - sidePadding - closeBoxEdge - gap + 2;
   if (showsDirtyDot()) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(panelStyle::primaryText);
+    painter.setBrush(look::color::text);
     painter.drawEllipse(QRectF(sidePadding, (height() - dirtyDotSize) / 2, dirtyDotSize, dirtyDotSize));
   }
   painter.setPen(ink);

@@ -1,11 +1,11 @@
-#include "panels/StatusBarPane.h"
+#include "panels/bars/StatusBarPane.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
 #include <chrono>
 #include <utility>
 
-#include "panels/PanelStyle.h"
+#include "look/Look.h"
 
 namespace orvanel {
 
@@ -59,9 +59,9 @@ StatusBarPane::StatusBarPane(QWidget* parent) : QWidget(parent) {
 
 QLabel* StatusBarPane::addLabel(const QString& accessibleName, const QString& widestText) {
   auto* label = new QLabel(this);
-  label->setFont(panelStyle::systemFont(fontSize));
+  label->setFont(look::font(fontSize));
   QPalette palette = label->palette();
-  palette.setColor(QPalette::WindowText, panelStyle::secondaryText);
+  palette.setColor(QPalette::WindowText, look::color::secondaryText);
   label->setPalette(palette);
   label->setTextFormat(Qt::PlainText);
   label->setAccessibleName(accessibleName);
@@ -150,8 +150,8 @@ void StatusBarPane::followMemory() {
 
 void StatusBarPane::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  painter.fillRect(rect(), panelStyle::paneColor);
-  painter.fillRect(QRectF(0, 0, width(), panelStyle::hairline(*this)), panelStyle::dividerColor);
+  painter.fillRect(rect(), look::color::pane);
+  painter.fillRect(QRectF(0, 0, width(), look::hairline(*this)), look::color::divider);
 }
 
 }  // namespace orvanel

@@ -1,4 +1,4 @@
-#include "panels/DocumentTabBar.h"
+#include "panels/bars/DocumentTabBar.h"
 
 #include <QPainter>
 #include <QWheelEvent>
@@ -6,8 +6,8 @@
 #include <map>
 #include <numeric>
 
-#include "panels/PanelStyle.h"
-#include "panels/SymbolButton.h"
+#include "look/Look.h"
+#include "panels/controls/SymbolButton.h"
 
 namespace orvanel {
 
@@ -144,10 +144,10 @@ void DocumentTabBar::wheelEvent(QWheelEvent* event) {
 
 void DocumentTabBar::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  const double line = panelStyle::hairline(*this);
-  painter.fillRect(rect(), panelStyle::barColor);
+  const double line = look::hairline(*this);
+  painter.fillRect(rect(), look::color::bar);
   painter.fillRect(QRectF(strip_->width(), height() - line, width() - strip_->width(), line),
-                   panelStyle::dividerColor);
+                   look::color::divider);
 }
 
 }  // namespace orvanel

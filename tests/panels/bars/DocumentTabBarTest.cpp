@@ -1,4 +1,4 @@
-#include "panels/DocumentTabBar.h"
+#include "panels/bars/DocumentTabBar.h"
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,11 @@
-#include "panels/HistogramView.h"
+#include "panels/levels/HistogramView.h"
 
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
+
+#include "look/Look.h"
 
 namespace orvanel {
 namespace {
@@ -39,7 +41,7 @@ std::vector<double> HistogramView::barHeights(const LevelsHistogram& histogram) 
 void HistogramView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillRect(rect(), Qt::white);
+  painter.fillRect(rect(), look::color::field);
   const std::vector<double> heights = barHeights(model_.histogram.value());
   const double barWidth = static_cast<double>(width()) / static_cast<double>(heights.size());
   QPainterPath bars(QPointF(0.0, height()));

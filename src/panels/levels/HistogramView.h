@@ -6,7 +6,7 @@
 #include <QWidget>
 #include <vector>
 
-#include "panels/LevelsModel.h"
+#include "panels/levels/LevelsModel.h"
 
 namespace orvanel {
 

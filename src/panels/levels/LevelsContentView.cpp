@@ -1,4 +1,4 @@
-#include "panels/LevelsContentView.h"
+#include "panels/levels/LevelsContentView.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -6,7 +6,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
-#include "panels/PanelStyle.h"
+#include "look/Look.h"
 
 namespace orvanel {
 namespace {
@@ -46,7 +46,7 @@ LevelsContentView::Scale LevelsContentView::ratioScale(float smallest, float lar
 }
 
 LevelsContentView::LevelsContentView(LevelsModel& model, QWidget* parent) : QWidget(parent) {
-  setFont(panelStyle::systemFont(fieldFontSize));
+  setFont(look::font(fieldFontSize));
   setMinimumWidth(smallestWidth);
   auto* column = new QVBoxLayout(this);
   column->addWidget(new HistogramView(model, this));
@@ -87,6 +87,7 @@ LevelsContentView::Row LevelsContentView::addRow(QFormLayout& form, const QStrin
   row.field->setRange(double{scale.smallest}, double{scale.largest});
   row.field->setSingleStep(scale.decimals > 0 ? 0.1 : 1.0);
   row.field->setKeyboardTracking(false);
+  row.field->setAlignment(Qt::AlignRight);
   auto* line = new QHBoxLayout;
   line->addWidget(row.slider, 1);
   line->addWidget(row.field);
