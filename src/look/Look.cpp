@@ -69,7 +69,7 @@ double hairline(const QWidget& widget) {
 }
 
 double contrast(const QColor& first, const QColor& second) {
-  const auto [darker, lighter] = std::minmax(relativeLuminance(first), relativeLuminance(second));
+  const auto [darker, lighter] = std::minmax({relativeLuminance(first), relativeLuminance(second)});
   return (lighter + 0.05) / (darker + 0.05);
 }
 

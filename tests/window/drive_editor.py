@@ -95,6 +95,11 @@ class Editor:
         self.process.terminate()
         self.process.wait(PATIENCE)
 
+    def wait_for_document(self, name):
+        """Waits until the document of that name is active, as the window's title says."""
+        until(lambda: run("xdotool", "getwindowname", self.window).decode().startswith(name),
+              f"the document {name}")
+
     def find_canvas(self):
         """Shows the picture at 100 % and finds it on the screen, with whole pixels on both axes."""
         self.keys("ctrl+1")
@@ -309,7 +314,9 @@ def main():
         editor = Editor(program, [first, second], folder)
         try:
             # The last one opened is active; the next tab after it is the first.
+            editor.wait_for_document("second")
             editor.keys("Tab")
+            editor.wait_for_document("first")
             editor.find_canvas()
             work_through(editor, pictures, first, second)
         finally:
