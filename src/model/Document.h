@@ -51,6 +51,7 @@ class DocumentEdit;
 class SampledComposite;
 struct SampleGrid;
 struct SurfaceChange;
+class FileMemory;
 class FrozenComposite;
 class OpenEdit;
 class ThumbnailManager;
@@ -311,6 +312,9 @@ class Document : public std::enable_shared_from_this<Document> {
   void setDirty(bool hasUnsavedChanges);
   void setSource(const std::optional<QString>& path, const std::optional<ImageFileFormat>& format);
   void setSourceMetadata(const std::shared_ptr<const SourceMetadata>& metadata);
+  /// What its file is known to hold; null if nothing. No part of the document's state, so nobody is told.
+  [[nodiscard]] const std::shared_ptr<const FileMemory>& fileMemory() const { return fileMemory_; }
+  void setFileMemory(std::shared_ptr<const FileMemory> memory) { fileMemory_ = std::move(memory); }
 
   /// Whether an edit may use this many bytes of pixel memory; reports a refusal if not. Commands ask for
   /// their own worst case and do nothing if it is refused.
@@ -333,6 +337,7 @@ class Document : public std::enable_shared_from_this<Document> {
   bool flatten(std::chrono::steady_clock::time_point deadline);
 
   MetalContext& context_;
+  std::shared_ptr<const FileMemory> fileMemory_;
   UndoStack history_;
   ChangeStream changes_;
   /// What the current edit has done so far; null between edits.

@@ -23,6 +23,7 @@ class FileInput final : public ArchiveInput {
     return count;
   }
   std::uint64_t size() const override { return static_cast<std::uint64_t>(file_.size()); }
+  std::optional<FileIdentity> identity() const override { return FileIdentity::of(file_.descriptor()); }
 
  private:
   FileHandle file_;
@@ -39,6 +40,7 @@ class MemoryInput final : public ArchiveInput {
     return static_cast<std::int64_t>(count);
   }
   std::uint64_t size() const override { return bytes_.size(); }
+  std::optional<FileIdentity> identity() const override { return std::nullopt; }
 
  private:
   std::span<const std::byte> bytes_;
@@ -126,16 +128,19 @@ std::shared_ptr<const ArchiveInput> ArchiveInput::bytes(std::span<const std::byt
   return std::make_shared<const MemoryInput>(bytes);
 }
 
-zip_t* openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error) {
+OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error) {
   auto* cursor = new Cursor{std::move(input), 0, {0, 0}};
   zip_source_t* source = zip_source_function_create(&Cursor::callback, cursor, &error);
   if (source == nullptr) {
     delete cursor;
-    return nullptr;
+    return {};
   }
   zip_t* archive = zip_open_from_source(source, ZIP_RDONLY, &error);
-  if (archive == nullptr) zip_source_free(source);
-  return archive;
+  if (archive == nullptr) {
+    zip_source_free(source);
+    return {};
+  }
+  return {archive, &cursor->offset};
 }
 
 }  // namespace orvanel

@@ -6,10 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
 
 namespace orvanel {
 
@@ -19,13 +21,22 @@ class ArchiveInput {
   /// The number of bytes read, fewer than requested only at the end; -1 on a read error.
   [[nodiscard]] virtual std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const = 0;
   [[nodiscard]] virtual std::uint64_t size() const = 0;
+  /// Which file it is; empty for memory.
+  [[nodiscard]] virtual std::optional<FileIdentity> identity() const = 0;
 
   /// Keeps the file open, so the file may be replaced under its name in the meantime.
   [[nodiscard]] static Described<std::shared_ptr<const ArchiveInput>> file(const std::string& path);
   [[nodiscard]] static std::shared_ptr<const ArchiveInput> bytes(std::span<const std::byte> bytes);
 };
 
-/// Opens another, independent library handle on the input. Returns null and sets `error` on failure.
-[[nodiscard]] zip_t* openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error);
+/// A library handle on an input.
+struct OpenArchive {
+  zip_t* handle = nullptr;
+  /// The offset in the input that follows the last byte read; lives as long as the handle.
+  const std::uint64_t* position = nullptr;
+};
+
+/// Opens another, independent handle on the input. Without one, `error` says why.
+[[nodiscard]] OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error);
 
 }  // namespace orvanel

@@ -85,12 +85,6 @@ void ChunkPipeline::waitForNext() {
   }
 }
 
-const Chunk& ChunkPipeline::peek() {
-  waitForNext();
-  const std::lock_guard lock(state_->mutex);
-  return *state_->place(state_->taken);
-}
-
 Chunk ChunkPipeline::take() {
   waitForNext();
   const std::lock_guard lock(state_->mutex);

@@ -18,6 +18,8 @@ struct Chunk {
   /// Size and checksum of the uncompressed bytes; the file format decides which checksum.
   std::uint64_t rawSize = 0;
   std::uint32_t rawCheckSum = 0;
+  /// Of `bytes`, where the format needs it.
+  std::uint32_t checkSum = 0;
 };
 
 class ChunkPipeline {
@@ -29,8 +31,6 @@ class ChunkPipeline {
   ChunkPipeline(const ChunkPipeline&) = delete;
   ChunkPipeline& operator=(const ChunkPipeline&) = delete;
 
-  /// The chunk that `take` gives next; valid until then.
-  [[nodiscard]] const Chunk& peek();
   /// The next chunk. Called at most `count` times.
   [[nodiscard]] Chunk take();
 

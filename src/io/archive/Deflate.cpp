@@ -35,21 +35,53 @@ std::size_t storedSize(std::size_t rawSize) {
   return rawSize + blocks * storedHeaderBytes;
 }
 
-void storeChunk(std::span<const std::byte> raw, ByteBuffer& chunk) {
-  chunk.resizeDiscarding(storedSize(raw.size()));
+constexpr std::array emptyStoredBlock{std::byte{0}, std::byte{0}, std::byte{0}, std::byte{0xFF},
+                                      std::byte{0xFF}};
+/// An empty block with the fixed code before the stored one: the same in six bytes.
+constexpr std::array longEmptyBlock{std::byte{2}, std::byte{0},    std::byte{0},
+                                    std::byte{0}, std::byte{0xFF}, std::byte{0xFF}};
+
+/// How many bytes of empty blocks make `size` a multiple. Fives and sixes add up to any number from 20 on.
+std::size_t paddingFor(std::size_t size, std::size_t multiple) {
+  constexpr std::size_t leastPadding = 24;
+  std::size_t padding = (multiple - size % multiple) % multiple;
+  while (padding != 0 && padding < leastPadding) padding += multiple;
+  return padding;
+}
+
+/// The most that `paddingFor` gives.
+std::size_t mostPadding(std::size_t multiple) {
+  return multiple == 1 ? 0 : multiple + 24;
+}
+
+void appendPadding(std::byte* out, std::size_t padding) {
+  for (std::size_t sixes = padding % emptyStoredBlock.size(); padding > 0;) {
+    const std::span<const std::byte> block =
+        sixes > 0 ? std::span<const std::byte>(longEmptyBlock) : std::span<const std::byte>(emptyStoredBlock);
+    std::memcpy(out, block.data(), block.size());
+    out += block.size();
+    padding -= block.size();
+    sixes -= sixes > 0 ? 1 : 0;
+  }
+}
+
+/// Stores the bytes as they are; the buffer has room for them.
+std::size_t storeChunk(std::span<const std::byte> raw, ByteBuffer& chunk) {
   std::byte* out = chunk.data();
   while (!raw.empty()) {
     const std::size_t length = std::min(raw.size(), largestStoredBlock);
     appendStoredBlock(out, raw.first(length));
     raw = raw.subspan(length);
   }
+  return static_cast<std::size_t>(out - chunk.data());
 }
 
 }  // namespace
 
-ByteBuffer deflateChunk(std::span<const std::byte> raw) {
+ByteBuffer deflateChunk(std::span<const std::byte> raw, std::size_t multiple) {
   thread_local const auto workspace = std::make_unique<Workspace>();
-  ByteBuffer chunk(storedSize(raw.size()));
+  const std::size_t room = storedSize(raw.size());
+  ByteBuffer chunk(room + mostPadding(multiple));
   isal_zstream& stream = workspace->stream;
   isal_deflate_init(&stream);
   // The highest level is the one written in vectors: on photographs it is faster than the levels below it,
@@ -64,14 +96,18 @@ ByteBuffer deflateChunk(std::span<const std::byte> raw) {
   stream.next_in = const_cast<std::uint8_t*>(reinterpret_cast<const std::uint8_t*>(raw.data()));
   stream.avail_in = static_cast<std::uint32_t>(raw.size());
   stream.next_out = reinterpret_cast<std::uint8_t*>(chunk.data());
-  stream.avail_out = static_cast<std::uint32_t>(chunk.size());
+  stream.avail_out = static_cast<std::uint32_t>(room);
   const int status = isal_deflate(&stream);
+  std::size_t size = 0;
   // With no room left there may be more to come: what doesn't get smaller is stored.
   if (status != COMP_OK || stream.avail_in != 0 || stream.avail_out == 0) {
-    storeChunk(raw, chunk);
+    size = storeChunk(raw, chunk);
   } else {
-    chunk.truncate(chunk.size() - stream.avail_out);
+    size = room - stream.avail_out;
   }
+  const std::size_t padding = paddingFor(size, multiple);
+  appendPadding(chunk.data() + size, padding);
+  chunk.truncate(size + padding);
   return chunk;
 }
 
@@ -124,6 +160,18 @@ Described<void> InflateStream::read(std::span<std::byte> out) {
     }
   }
   return {};
+}
+
+Described<bool> InflateStream::isPartAtEnd() {
+  std::byte beyond{};
+  while (state_->block_state != ISAL_BLOCK_FINISH) {
+    std::size_t made = 0;
+    const auto moved = step({&beyond, 1}, made);
+    if (!moved) return because(moved.error());
+    if (made != 0) return false;
+    if (!*moved) return true;
+  }
+  return false;
 }
 
 Described<bool> InflateStream::isAtEnd() {

@@ -17,8 +17,9 @@ struct inflate_state;
 
 namespace orvanel {
 
-/// Compresses to a part of a deflate stream that is self-contained and ends on a byte boundary.
-[[nodiscard]] ByteBuffer deflateChunk(std::span<const std::byte> raw);
+/// Compresses to a part of a deflate stream that is self-contained and ends on a byte boundary. Empty blocks
+/// make its size a multiple of `multiple` bytes, so that file systems can share it.
+[[nodiscard]] ByteBuffer deflateChunk(std::span<const std::byte> raw, std::size_t multiple = 1);
 
 /// Follows the last chunk: an empty final block.
 inline constexpr std::array<std::byte, 2> deflateStreamEnd{std::byte{3}, std::byte{0}};
@@ -44,6 +45,9 @@ class InflateStream {
 
   /// Fills `out` completely. Fails if the data is damaged or the stream ends early.
   [[nodiscard]] Described<void> read(std::span<std::byte> out);
+  /// Whether the rest of the input makes no more bytes and leaves the stream open, so that another part of it
+  /// can follow. Nothing can be read after this call.
+  [[nodiscard]] Described<bool> isPartAtEnd();
   /// Whether the stream ends here and no input follows. Nothing can be read after this call.
   [[nodiscard]] Described<bool> isAtEnd();
 

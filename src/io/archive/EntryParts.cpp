@@ -15,7 +15,7 @@ constexpr std::size_t mostFieldBytes = 65000;
 
 std::vector<std::byte> encodedParts(const std::vector<EntryPart>& parts) {
   static_assert(sizeof(EntryPart) == partBytes);
-  if (parts.size() < 2 || parts.size() * partBytes > mostFieldBytes) return {};
+  if (parts.size() * partBytes > mostFieldBytes) return {};
   std::vector<std::byte> field(parts.size() * partBytes);
   std::memcpy(field.data(), parts.data(), field.size());
   return field;
@@ -23,7 +23,7 @@ std::vector<std::byte> encodedParts(const std::vector<EntryPart>& parts) {
 
 std::vector<EntryPart> decodedParts(std::span<const std::byte> field, std::uint64_t size,
                                     std::uint64_t storedSize) {
-  if (field.size() < 2 * partBytes || field.size() % partBytes != 0) return {};
+  if (field.empty() || field.size() % partBytes != 0) return {};
   std::vector<EntryPart> parts(field.size() / partBytes);
   std::memcpy(parts.data(), field.data(), field.size());
   std::uint64_t sum = 0;

@@ -18,11 +18,22 @@ struct EntryPart {
   friend bool operator==(const EntryPart&, const EntryPart&) = default;
 };
 
+/// A part where it stands in an archive, or a whole entry that is stored as it is.
+struct StoredChunk {
+  std::uint64_t offset = 0;  ///< in the file
+  std::uint32_t storedSize = 0;
+  std::uint32_t size = 0;
+  std::uint32_t crc = 0;        ///< CRC-32 of the bytes
+  std::uint32_t storedCrc = 0;  ///< CRC-32 of the compressed bytes
+
+  friend bool operator==(const StoredChunk&, const StoredChunk&) = default;
+};
+
 /// The header ID of the extra field.
 inline constexpr std::uint16_t entryPartsFieldID = 0x5650;
 
-/// Encodes the two sizes of each part in order, little-endian. Empty for a single part, and for more parts
-/// than a field can hold; such an entry is read sequentially.
+/// Encodes the two sizes of each part in order, little-endian. Empty for no parts, and for more than a field
+/// can hold; such an entry is read sequentially.
 [[nodiscard]] std::vector<std::byte> encodedParts(const std::vector<EntryPart>& parts);
 
 /// The parts of an entry of these sizes; empty if the field contradicts them.

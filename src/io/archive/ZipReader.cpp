@@ -4,9 +4,7 @@
 #include <mutex>
 
 #include "io/archive/ArchiveInput.h"
-#include "io/archive/ZipWriter.h"
 #include "io/files/FileName.h"
-#include "io/files/Parallel.h"
 
 namespace orvanel {
 namespace {
@@ -67,39 +65,39 @@ std::vector<EntryPart> partsOf(zip_t* archive, zip_uint64_t index, const Archive
 struct ZipReader::Handles {
   explicit Handles(std::shared_ptr<const ArchiveInput> archiveInput) : input(std::move(archiveInput)) {}
   ~Handles() {
-    for (zip_t* archive : idle) zip_discard(archive);
+    for (const OpenArchive& archive : idle) zip_discard(archive.handle);
   }
   Handles(const Handles&) = delete;
   Handles& operator=(const Handles&) = delete;
 
-  Described<zip_t*> acquire() {
+  Described<OpenArchive> acquire() {
     {
       const std::lock_guard lock(mutex);
       if (!idle.empty()) {
-        zip_t* archive = idle.back();
+        const OpenArchive archive = idle.back();
         idle.pop_back();
         return archive;
       }
     }
     zip_error_t error;
     zip_error_init(&error);
-    zip_t* archive = openArchive(input, error);
-    if (archive == nullptr) return because(notAnArchive(error));
+    const OpenArchive archive = openArchive(input, error);
+    if (archive.handle == nullptr) return because(notAnArchive(error));
     return archive;
   }
-  void release(zip_t* archive) {
+  void release(const OpenArchive& archive) {
     const std::lock_guard lock(mutex);
     idle.push_back(archive);
   }
 
   std::shared_ptr<const ArchiveInput> input;
   std::mutex mutex;
-  std::vector<zip_t*> idle;
+  std::vector<OpenArchive> idle;
 };
 
 /// An entry opened for its stored bytes.
 struct ZipReader::Stream::Handle {
-  Handle(std::shared_ptr<Handles> owner, zip_t* archiveHandle, zip_file_t* entryHandle,
+  Handle(std::shared_ptr<Handles> owner, const OpenArchive& archiveHandle, zip_file_t* entryHandle,
          std::uint64_t storedSize)
       : handles(std::move(owner)),
         archive(archiveHandle),
@@ -117,16 +115,35 @@ struct ZipReader::Stream::Handle {
   Described<std::span<const std::byte>> next() { return next(buffer.span()); }
   Described<std::span<const std::byte>> next(std::span<std::byte> out) {
     const zip_int64_t count = zip_fread(entry, out.data(), std::min<std::uint64_t>(out.size(), left));
-    left -= static_cast<std::uint64_t>(std::max<zip_int64_t>(count, 0));
     if (count < 0) return because(QStringLiteral("The archive is damaged or can't be read."));
-    return std::span<const std::byte>(out.first(static_cast<std::size_t>(count)));
+    const std::span<const std::byte> bytes = out.first(static_cast<std::size_t>(count));
+    left -= bytes.size();
+    if (isNoting) note(bytes);
+    return bytes;
+  }
+
+  /// From now on: the next so many bytes, and what they are.
+  void beginPart(std::uint32_t storedSize) {
+    left = storedSize;
+    part = {.storedSize = storedSize};
+    isNoting = true;
   }
 
   std::shared_ptr<Handles> handles;
-  zip_t* archive;
+  OpenArchive archive;
+  StoredChunk part;
+  bool isNoting = false;
   zip_file_t* entry;
   std::uint64_t left;
   ByteBuffer buffer;
+
+ private:
+  void note(std::span<const std::byte> bytes) {
+    if (bytes.empty()) return;
+    // The library hands on what it reads, so the bytes stand right before its position.
+    if (part.offset == 0) part.offset = *archive.position - bytes.size();
+    part.storedCrc = crc32(bytes, part.storedCrc);
+  }
 };
 
 ZipReader::ZipReader(std::shared_ptr<Handles> handles) : handles_(std::move(handles)) {}
@@ -156,14 +173,15 @@ Described<void> ZipReader::readDirectory() {
   const auto archive = handles_->acquire();
   if (!archive) return because(archive.error());
   handles_->release(*archive);
-  const zip_int64_t count = zip_get_num_entries(*archive, 0);
+  zip_t* const directory = archive->handle;
+  const zip_int64_t count = zip_get_num_entries(directory, 0);
   if (count < 0 || static_cast<std::uint64_t>(count) > maximumArchiveEntries) {
     return because(QStringLiteral("The archive has too many entries."));
   }
   entries_.reserve(static_cast<std::size_t>(count));
   std::uint64_t claimed = 0;
   for (zip_uint64_t index = 0; index < static_cast<zip_uint64_t>(count); ++index) {
-    auto info = describeEntry(*archive, index);
+    auto info = describeEntry(directory, index);
     if (!info) return because(info.error());
     // Overlapping entries would let a small file expand without bound.
     const std::uint64_t taken = info->storedSize + 2 * info->path.size() + entryOverhead;
@@ -174,10 +192,14 @@ Described<void> ZipReader::readDirectory() {
     if (!indexOfPath_.emplace(info->path, entries_.size()).second) {
       return because(damaged(*info, QStringLiteral("Another entry has the same name.")));
     }
-    parts_.push_back(partsOf(*archive, index, *info));
+    parts_.push_back(partsOf(directory, index, *info));
     entries_.push_back(std::move(*info));
   }
   return {};
+}
+
+std::optional<FileIdentity> ZipReader::identity() const {
+  return handles_->input->identity();
 }
 
 std::optional<std::size_t> ZipReader::find(const std::string& path) const {
@@ -189,7 +211,7 @@ std::optional<std::size_t> ZipReader::find(const std::string& path) const {
 Described<std::unique_ptr<ZipReader::Stream::Handle>> ZipReader::openStored(std::size_t index) const {
   const auto archive = handles_->acquire();
   if (!archive) return because(archive.error());
-  zip_file_t* entry = zip_fopen_index(*archive, index, ZIP_FL_COMPRESSED);
+  zip_file_t* entry = zip_fopen_index(archive->handle, index, ZIP_FL_COMPRESSED);
   if (entry == nullptr) {
     handles_->release(*archive);
     return because(damaged(entries_[index], QStringLiteral("It is missing from the archive.")));
@@ -200,31 +222,23 @@ Described<std::unique_ptr<ZipReader::Stream::Handle>> ZipReader::openStored(std:
 Described<ZipReader::Stream> ZipReader::stream(std::size_t index) const {
   auto handle = openStored(index);
   if (!handle) return because(handle.error());
-  return Stream(entries_[index], std::move(*handle));
+  return Stream(entries_[index], std::move(*handle), {});
 }
 
 Described<ZipReader::Stream> ZipReader::streamOfParts(std::size_t index, std::size_t first,
                                                       std::size_t count) const {
   ArchiveEntryInfo info = entries_[index];
   info.size = 0;
-  info.storedSize = 0;
   std::uint64_t start = 0;
-  for (std::size_t i = 0; i < first + count; ++i) {
-    const EntryPart& part = parts_[index][i];
-    if (i < first) {
-      start += part.storedSize;
-      continue;
-    }
-    info.size += part.size;
-    info.storedSize += part.storedSize;
-  }
+  for (std::size_t i = 0; i < first; ++i) start += parts_[index][i].storedSize;
+  const std::span<const EntryPart> parts = std::span(parts_[index]).subspan(first, count);
+  for (const EntryPart& part : parts) info.size += part.size;
   auto handle = openStored(index);
   if (!handle) return because(handle.error());
   if (zip_fseek((*handle)->entry, static_cast<zip_int64_t>(start), SEEK_SET) != 0) {
     return because(damaged(info, QStringLiteral("The archive is damaged or can't be read.")));
   }
-  (*handle)->left = info.storedSize;
-  return Stream(std::move(info), std::move(*handle));
+  return Stream(std::move(info), std::move(*handle), parts);
 }
 
 Described<ByteBuffer> ZipReader::readAll(std::size_t index, std::uint64_t limit) const {
@@ -238,22 +252,15 @@ Described<ByteBuffer> ZipReader::readAll(std::size_t index, std::uint64_t limit)
   return bytes;
 }
 
-Described<std::uint32_t> ZipReader::storedCrc(std::size_t index, const Progress& progress) const {
-  const auto handle = openStored(index);
-  if (!handle) return because(handle.error());
-  std::uint32_t crc = 0;
-  while (true) {
-    if (progress.isCancelled()) return cancelled();
-    const auto bytes = (*handle)->next();
-    if (!bytes) return because(damaged(entries_[index], bytes.error()));
-    if (bytes->empty()) return crc;
-    crc = crc32(*bytes, crc);
+ZipReader::Stream::Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle,
+                          std::span<const EntryPart> parts)
+    : info_(std::move(info)), handle_(std::move(handle)), parts_(parts.begin(), parts.end()) {
+  chunks_.reserve(parts_.size());
+  if (!parts_.empty()) {
+    beginPart();
+  } else if (info_.isDeflated) {
+    beginInflating();
   }
-}
-
-ZipReader::Stream::Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle)
-    : info_(std::move(info)), handle_(std::move(handle)) {
-  if (info_.isDeflated) inflate_.emplace([source = handle_.get()] { return source->next(); });
 }
 
 ZipReader::Stream::~Stream() = default;
@@ -263,6 +270,7 @@ Described<void> ZipReader::Stream::read(std::span<std::byte> out) {
   if (out.size() > info_.size - done_) {
     return because(damaged(info_, QStringLiteral("It is too short.")));
   }
+  if (!parts_.empty()) return readParts(out);
   if (inflate_.has_value()) {
     if (auto result = inflate_->read(out); !result) return because(damaged(info_, result.error()));
   } else {
@@ -275,6 +283,47 @@ Described<void> ZipReader::Stream::read(std::span<std::byte> out) {
   }
   done_ += out.size();
   crc_ = crc32(out, crc_);
+  return {};
+}
+
+void ZipReader::Stream::beginInflating() {
+  inflate_.emplace([source = handle_.get()] { return source->next(); });
+}
+
+void ZipReader::Stream::beginPart() {
+  const EntryPart& part = parts_[chunks_.size()];
+  handle_->beginPart(part.storedSize);
+  partLeft_ = part.size;
+  partCrc_ = 0;
+  // Starting anew shows that the part stands on its own.
+  beginInflating();
+}
+
+/// After the part's last byte.
+Described<void> ZipReader::Stream::endPart() {
+  const auto atEnd = inflate_->isPartAtEnd();
+  if (!atEnd) return because(damaged(info_, atEnd.error()));
+  if (!*atEnd) return because(damaged(info_, QStringLiteral("It is too long.")));
+  StoredChunk chunk = handle_->part;
+  chunk.size = parts_[chunks_.size()].size;
+  chunk.crc = partCrc_;
+  crc_ = joinCrc32(crc_, chunk.crc, chunk.size);
+  chunks_.push_back(chunk);
+  if (chunks_.size() < parts_.size()) beginPart();
+  return {};
+}
+
+Described<void> ZipReader::Stream::readParts(std::span<std::byte> out) {
+  done_ += out.size();
+  while (!out.empty()) {
+    const auto piece = out.first(std::min<std::size_t>(out.size(), partLeft_));
+    if (auto result = inflate_->read(piece); !result) return because(damaged(info_, result.error()));
+    partCrc_ = crc32(piece, partCrc_);
+    partLeft_ -= static_cast<std::uint32_t>(piece.size());
+    out = out.subspan(piece.size());
+    if (partLeft_ > 0) continue;
+    if (auto result = endPart(); !result) return result;
+  }
   return {};
 }
 
@@ -292,24 +341,6 @@ Described<void> ZipReader::Stream::finish(const Progress& progress) {
   }
   if (crc_ != info_.crc) return because(damaged(info_, QStringLiteral("Its checksum is wrong.")));
   return {};
-}
-
-Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& written,
-                               const Progress& progress) {
-  const QString different = QStringLiteral("The file on the disk differs from what was written.");
-  const auto reader = ZipReader::open(path);
-  if (!reader) return because(reader.error());
-  const auto& entries = reader->entries();
-  if (entries.size() != written.size()) return because(different);
-  return forEachInBackground(written.size(), [&](std::size_t i) -> Described<void> {
-    const bool agrees = entries[i].path == written[i].path && entries[i].size == written[i].size &&
-                        entries[i].storedSize == written[i].storedSize && entries[i].crc == written[i].crc;
-    if (!agrees) return because(different);
-    const auto crc = reader->storedCrc(i, progress);
-    if (!crc) return because(crc.error());
-    if (*crc != written[i].storedCrc) return because(different);
-    return {};
-  });
 }
 
 }  // namespace orvanel

@@ -14,14 +14,13 @@
 #include "io/archive/EntryParts.h"
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
 #include "io/files/Progress.h"
 
 struct zip;
 struct zip_file;
 
 namespace orvanel {
-
-struct WrittenEntry;
 
 /// The most entries an archive may have.
 inline constexpr std::uint64_t maximumArchiveEntries = 65535;
@@ -51,6 +50,8 @@ class ZipReader {
   [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
   /// The sections of an entry that can be read independently; empty when it has none.
   [[nodiscard]] const std::vector<EntryPart>& parts(std::size_t index) const { return parts_[index]; }
+  /// Which file the archive is read from; empty for memory.
+  [[nodiscard]] std::optional<FileIdentity> identity() const;
   [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
 
   /// An entry's bytes, from the first to the last.
@@ -64,19 +65,30 @@ class ZipReader {
     [[nodiscard]] Described<void> read(std::span<std::byte> out);
     /// Reads the rest and checks size and CRC-32 against the directory.
     [[nodiscard]] Described<void> finish(const Progress& progress = {});
-    /// The CRC-32 of what has been read.
+    /// The CRC-32 of what has been read; of parts, those that are complete.
     [[nodiscard]] std::uint32_t crc() const { return crc_; }
+    /// Where the parts that were read stand in the archive.
+    [[nodiscard]] const std::vector<StoredChunk>& chunks() const { return chunks_; }
 
    private:
     friend class ZipReader;
     struct Handle;
-    Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle);
+    Stream(ArchiveEntryInfo info, std::unique_ptr<Handle> handle, std::span<const EntryPart> parts);
+    void beginInflating();
+    void beginPart();
+    Described<void> endPart();
+    Described<void> readParts(std::span<std::byte> out);
 
     ArchiveEntryInfo info_;
     std::unique_ptr<Handle> handle_;
     std::optional<InflateStream> inflate_;
     std::uint64_t done_ = 0;
     std::uint32_t crc_ = 0;
+    // Of a stream of parts.
+    std::vector<EntryPart> parts_;
+    std::vector<StoredChunk> chunks_;
+    std::uint32_t partLeft_ = 0;
+    std::uint32_t partCrc_ = 0;
   };
 
   /// Any thread.
@@ -86,8 +98,6 @@ class ZipReader {
                                                 std::size_t count) const;
   /// The whole, verified contents of an entry of at most `limit` bytes.
   [[nodiscard]] Described<ByteBuffer> readAll(std::size_t index, std::uint64_t limit) const;
-  /// The CRC-32 of the entry's compressed bytes.
-  [[nodiscard]] Described<std::uint32_t> storedCrc(std::size_t index, const Progress& progress) const;
 
  private:
   struct Handles;
@@ -101,11 +111,5 @@ class ZipReader {
   std::vector<std::vector<EntryPart>> parts_;
   std::unordered_map<std::string, std::size_t> indexOfPath_;
 };
-
-/// Compares an archive on the disk with what was written: its directory and the compressed bytes of each
-/// entry.
-[[nodiscard]] Described<void> compareArchive(const std::string& path,
-                                             const std::vector<WrittenEntry>& written,
-                                             const Progress& progress);
 
 }  // namespace orvanel

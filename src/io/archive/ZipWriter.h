@@ -1,5 +1,5 @@
 // Writes a ZIP archive. All cores produce its entries in chunks, ahead of the writer and within a bounded
-// window. Runs on the calling thread.
+// window; chunks that another archive already holds are copied from there. Runs on the calling thread.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "io/archive/Deflate.h"
+#include "io/archive/EntryParts.h"
 #include "io/files/AtomicFile.h"
 #include "io/files/ByteBuffer.h"
+#include "io/files/InputFile.h"
 #include "io/files/Progress.h"
 
 namespace orvanel {
@@ -20,26 +22,35 @@ struct ArchiveEntry {
 
   std::string path;  ///< UTF-8
   Method method = Method::deflated;
-  /// The total size of all chunks; optional for an entry of one chunk.
+  /// The total size of all chunks; needed from 4 GiB on.
   std::optional<std::uint64_t> size;
   int chunkCount = 1;
-  /// Puts the bytes of a chunk into the buffer. Called from several threads, once for each chunk.
+  /// Puts the bytes of a chunk into the buffer. Called from several threads, once for each chunk that is
+  /// made.
   std::function<void(int chunk, ByteBuffer& bytes)> makeChunk;
+  /// Where the chunk stands in the archive that chunks are kept from, or null. Optional.
+  std::function<const StoredChunk*(int chunk)> keptChunk;
 };
 
-/// What the archive on the disk must contain for an entry.
+/// What the archive on the disk contains for an entry.
 struct WrittenEntry {
   std::string path;
   std::uint64_t size = 0;
   std::uint64_t storedSize = 0;
   std::uint32_t crc = 0;
-  /// CRC-32 of the compressed bytes.
-  std::uint32_t storedCrc = 0;
+  std::vector<StoredChunk> chunks;
+};
+
+struct WriteFailure {
+  QString reason;
+  /// The file on the disk isn't what was written. Without kept chunks it may be.
+  bool isDifferentOnDisk = false;
 };
 
 /// Writes all entries in order, reads the archive back from the disk to compare it with what was written, and
-/// moves it to its destination.
-[[nodiscard]] Described<void> writeArchive(AtomicFile& file, const std::vector<ArchiveEntry>& entries,
-                                           const Progress& progress);
+/// moves it to its destination. `keptFrom`, the archive that chunks are kept from, may be null.
+[[nodiscard]] tl::expected<std::vector<WrittenEntry>, WriteFailure> writeArchive(
+    AtomicFile& file, const std::vector<ArchiveEntry>& entries, const Progress& progress,
+    const FileHandle* keptFrom = nullptr);
 
 }  // namespace orvanel

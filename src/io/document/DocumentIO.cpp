@@ -1,5 +1,6 @@
 #include "io/document/DocumentIO.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QPointer>
 #include <memory>
@@ -22,14 +23,30 @@ tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& r
   return tl::unexpected(FileError{code, result.error(), progress.isCancelled()});
 }
 
-FileResult<void> saveResult(const Described<void>& result, const Progress& progress = {}) {
+template <typename Value>
+FileResult<void> saveResult(const Described<Value>& result, const Progress& progress = {}) {
   if (!result) return failed(DocumentIOError::saveFailed, result, progress);
   return {};
 }
 
+/// Fills the surfaces of a document that is being loaded; returns what its file holds.
+Described<SavedFilePtr> fill(const OpenedDocument& opened, const QString& path, const Progress& progress) {
+  auto surfaces = fillTextures(opened, progress);
+  if (!surfaces) return because(surfaces.error());
+  if (auto judged = judgeShownMemory(opened); !judged) return because(judged.error());
+  const auto identity = opened.archive.identity();
+  if (!identity) return nullptr;
+  auto saved = std::make_shared<SavedFile>();
+  saved->path = QFile::encodeName(path).toStdString();
+  saved->identity = *identity;
+  saved->surfaces = std::move(*surfaces);
+  return saved;
+}
+
 /// Marks a loaded document as clean and sets its source file.
-void attachSource(Document& document, const QString& path) {
+void attachSource(Document& document, const QString& path, SavedFilePtr saved) {
   document.setSource(QFileInfo(path).absoluteFilePath(), std::nullopt);
+  document.setFileMemory(std::move(saved));
   document.setDirty(false);
 }
 
@@ -54,10 +71,10 @@ struct LoadJob {
 
 using LoadJobPtr = std::shared_ptr<LoadJob>;
 
-void finishLoad(const LoadJobPtr& job, const Described<void>& filled) {
+void finishLoad(const LoadJobPtr& job, const Described<SavedFilePtr>& filled) {
   DocumentPtr document = std::move(job->document);
   if (filled) {
-    attachSource(*document, job->path);
+    attachSource(*document, job->path, *filled);
     job->finish(document);
   } else {
     // Nodes must be destroyed on this thread; their surfaces, which may be many, are released in the
@@ -74,8 +91,7 @@ void buildAndFill(const LoadJobPtr& job) {
   job->document = buildDocument(*job->opened, job->context);
   // The job holds the document, so the main thread must release the last reference to it.
   runInBackground([job = job]() mutable {
-    Described<void> filled = fillTextures(*job->opened, job->progress);
-    if (filled) filled = judgeShownMemory(*job->opened);
+    auto filled = fill(*job->opened, job->path, job->progress);
     runOnMainThread([job = std::move(job), filled = std::move(filled)] { finishLoad(job, filled); });
   });
 }
@@ -103,17 +119,20 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
   }
   auto snapshot = SaveSnapshot::take(*document);
   if (!snapshot) {
-    runOnMainThread([finish, error = snapshot.error()] { finish(saveResult(because(error))); });
+    runOnMainThread(
+        [finish, error = snapshot.error()] { finish(saveResult(Described<void>(because(error)))); });
     return;
   }
   backgroundSaveRuns = true;
   auto picture = std::make_shared<SaveSnapshot>(std::move(*snapshot));
   Progress progress = progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation));
-  runInBackground([picture, path, progress = std::move(progress), finish]() mutable {
-    Described<void> written = writeSnapshot(*picture, path, progress);
+  const std::weak_ptr<Document> saved = document;
+  runInBackground([picture, path, progress = std::move(progress), finish, saved]() mutable {
+    auto written = writeSnapshot(*picture, path, progress);
     picture.reset();
-    runOnMainThread([finish, written = std::move(written), progress = std::move(progress)] {
+    runOnMainThread([finish, written = std::move(written), progress = std::move(progress), saved] {
       backgroundSaveRuns = false;
+      if (const DocumentPtr still = saved.lock(); still && written) still->setFileMemory(*written);
       finish(saveResult(written, progress));
     });
   });
@@ -123,7 +142,9 @@ FileResult<void> DocumentIO::saveSynchronously(const DocumentPtr& document, cons
                                                MetalContext& /*context*/) {
   const auto snapshot = SaveSnapshot::take(*document);
   if (!snapshot) return failed(DocumentIOError::saveFailed, snapshot);
-  return saveResult(writeSnapshot(*snapshot, path, {}));
+  const auto written = writeSnapshot(*snapshot, path, {});
+  if (written) document->setFileMemory(*written);
+  return saveResult(written);
 }
 
 void DocumentIO::load(const QString& path, MetalContext& context, QObject* receiver, LoadDone done,
@@ -147,10 +168,9 @@ FileResult<DocumentPtr> DocumentIO::loadSynchronously(const QString& path, Metal
   const auto opened = openDocument(path, context);
   if (!opened) return failed(DocumentIOError::loadFailed, opened);
   DocumentPtr document = buildDocument(*opened, context);
-  Described<void> filled = fillTextures(*opened, {});
-  if (filled) filled = judgeShownMemory(*opened);
+  auto filled = fill(*opened, path, {});
   if (!filled) return failed(DocumentIOError::loadFailed, filled);
-  attachSource(*document, path);
+  attachSource(*document, path, std::move(*filled));
   return document;
 }
 

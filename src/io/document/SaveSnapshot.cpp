@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <map>
+#include <string>
 
 #include "io/archive/ZipReader.h"
 #include "io/document/LayerData.h"
@@ -49,32 +51,90 @@ ArchiveEntry manifestEntry(const QByteArray& manifest) {
   return entry;
 }
 
-ArchiveEntry previewEntry(FrozenComposite& composite, const Progress& progress) {
+constexpr auto previewPath = "preview.png";
+
+/// Finds the chunks of a surface's entry that the document's file holds.
+class KeptChunks {
+ public:
+  KeptChunks(const SavedFile* saved, const std::string& path) {
+    if (saved == nullptr) return;
+    const auto found = saved->surfaces.find(path);
+    if (found != saved->surfaces.end()) surface_ = &found->second;
+  }
+
+  /// The chunk of that number and size, if it was made of these rows of the surface as it is now.
+  [[nodiscard]] const StoredChunk* find(int chunk, std::uint64_t size, const Surface& surface, int firstRow,
+                                        int endRow) const {
+    if (surface_ == nullptr || static_cast<std::size_t>(chunk) >= surface_->chunks.size()) return nullptr;
+    const StoredChunk& stored = surface_->chunks[static_cast<std::size_t>(chunk)];
+    return stored.size == size && surface_->holds(surface, firstRow, endRow) ? &stored : nullptr;
+  }
+  /// The only chunk, if it was made of the surface as it is now.
+  [[nodiscard]] const StoredChunk* findOnly(const Surface& surface) const {
+    const bool isSame =
+        surface_ != nullptr && surface_->chunks.size() == 1 && surface_->holds(surface, 0, surface.height());
+    return isSame ? &surface_->chunks.front() : nullptr;
+  }
+
+ private:
+  const SavedSurface* surface_ = nullptr;
+};
+
+ArchiveEntry previewEntry(FrozenComposite& composite, const SavedFile* saved, const Progress& progress) {
+  const auto isCancelled = [&progress] { return progress.isCancelled(); };
   ArchiveEntry entry;
-  entry.path = "preview.png";
+  entry.path = previewPath;
   entry.method = ArchiveEntry::Method::stored;
-  entry.makeChunk = [&composite, &progress](int, ByteBuffer& bytes) {
-    const Surface* const picture = composite.surface([&progress] { return progress.isCancelled(); });
+  entry.makeChunk = [&composite, isCancelled](int, ByteBuffer& bytes) {
+    const Surface* const picture = composite.surface(isCancelled);
     // A save that was cancelled meanwhile writes nothing more.
     const QByteArray png = picture != nullptr ? previewPng(*picture) : QByteArray();
     bytes.resizeDiscarding(static_cast<std::size_t>(png.size()));
     std::memcpy(bytes.data(), png.constData(), static_cast<std::size_t>(png.size()));
   };
+  // An image that still has to be made isn't the one of the last preview.
+  if (composite.bytesToFinish() == 0) {
+    entry.keptChunk = [kept = KeptChunks(saved, entry.path), &composite, isCancelled](int) {
+      const Surface* const picture = composite.surface(isCancelled);
+      return picture != nullptr ? kept.findOnly(*picture) : nullptr;
+    };
+  }
   return entry;
 }
 
-ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer) {
-  const std::int64_t bytesPerRow = layer.width * layer.bpp;
-  const std::int64_t rowsPerChunk = std::min(rowsOfChunk(bytesPerRow), layer.height);
+/// How a surface's rows are divided into the chunks of its entry.
+struct SurfaceChunks {
+  explicit SurfaceChunks(const SaveSnapshot::LayerEntry& layer)
+      : bytesPerRow(layer.width * layer.bpp),
+        height(layer.height),
+        rowsPerChunk(std::min(rowsOfChunk(bytesPerRow), layer.height)) {}
+
+  [[nodiscard]] int count() const { return static_cast<int>((height + rowsPerChunk - 1) / rowsPerChunk); }
+  [[nodiscard]] std::int64_t firstRow(int chunk) const { return chunk * rowsPerChunk; }
+  [[nodiscard]] std::int64_t endRow(int chunk) const {
+    return std::min(firstRow(chunk) + rowsPerChunk, height);
+  }
+  [[nodiscard]] static std::size_t headerBytes(int chunk) {
+    return chunk == 0 ? LayerdataHeader::byteSize : 0;
+  }
+  [[nodiscard]] std::size_t size(int chunk) const {
+    return headerBytes(chunk) + static_cast<std::size_t>((endRow(chunk) - firstRow(chunk)) * bytesPerRow);
+  }
+
+  std::int64_t bytesPerRow;
+  std::int64_t height;
+  std::int64_t rowsPerChunk;
+};
+
+ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer, const SavedFile* saved) {
+  const SurfaceChunks chunks(layer);
   ArchiveEntry entry;
   entry.path = layer.entryPath.toStdString();
-  entry.size = LayerdataHeader::byteSize + static_cast<std::uint64_t>(bytesPerRow * layer.height);
-  entry.chunkCount = static_cast<int>((layer.height + rowsPerChunk - 1) / rowsPerChunk);
-  entry.makeChunk = [&layer, bytesPerRow, rowsPerChunk](int chunk, ByteBuffer& bytes) {
-    const std::int64_t firstRow = chunk * rowsPerChunk;
-    const std::int64_t rows = std::min(rowsPerChunk, layer.height - firstRow);
-    const std::size_t headerBytes = chunk == 0 ? LayerdataHeader::byteSize : 0;
-    bytes.resizeDiscarding(headerBytes + static_cast<std::size_t>(rows * bytesPerRow));
+  entry.size = LayerdataHeader::byteSize + static_cast<std::uint64_t>(chunks.bytesPerRow * layer.height);
+  entry.chunkCount = chunks.count();
+  entry.makeChunk = [&layer, chunks](int chunk, ByteBuffer& bytes) {
+    const std::size_t headerBytes = SurfaceChunks::headerBytes(chunk);
+    bytes.resizeDiscarding(chunks.size(chunk));
     if (chunk == 0) {
       LayerdataHeader header = LayerdataHeader::of(layer.metalPixelFormat, static_cast<int>(layer.width),
                                                    static_cast<int>(layer.height));
@@ -82,11 +142,57 @@ ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer) {
       const auto encoded = header.encoded();
       std::memcpy(bytes.data(), encoded.data(), encoded.size());
     }
-    layer.texture->readRect(
-        {0, static_cast<int>(firstRow), static_cast<int>(layer.width), static_cast<int>(rows)},
-        bytes.data() + headerBytes, static_cast<std::size_t>(bytesPerRow));
+    const std::int64_t firstRow = chunks.firstRow(chunk);
+    layer.texture->readRect({0, static_cast<int>(firstRow), static_cast<int>(layer.width),
+                             static_cast<int>(chunks.endRow(chunk) - firstRow)},
+                            bytes.data() + headerBytes, static_cast<std::size_t>(chunks.bytesPerRow));
+  };
+  entry.keptChunk = [&layer, chunks, kept = KeptChunks(saved, entry.path)](int chunk) {
+    return kept.find(chunk, chunks.size(chunk), *layer.texture, static_cast<int>(chunks.firstRow(chunk)),
+                     static_cast<int>(chunks.endRow(chunk)));
   };
   return entry;
+}
+
+/// What the archive that was just written holds.
+SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file,
+                       std::vector<WrittenEntry> written) {
+  if (!file.committed()) return nullptr;
+  auto saved = std::make_shared<SavedFile>();
+  saved->path = file.destination();
+  saved->identity = *file.committed();
+  std::map<std::string, std::vector<StoredChunk>> chunks;
+  for (WrittenEntry& entry : written) chunks[entry.path] = std::move(entry.chunks);
+  for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) {
+    const std::string path = layer.entryPath.toStdString();
+    saved->surfaces.emplace(path, SavedSurface::of(*layer.texture, std::move(chunks[path])));
+  }
+  if (const auto preview = chunks.find(previewPath); preview != chunks.end()) {
+    if (const Surface* picture = snapshot.compositedTexture->surface()) {
+      saved->surfaces.emplace(previewPath, SavedSurface::of(*picture, std::move(preview->second)));
+    }
+  }
+  return saved;
+}
+
+/// Writes the archive with what `saved` holds, or everything anew without it.
+tl::expected<SavedFilePtr, WriteFailure> writeWith(const SavedFile* saved, const FileHandle* keptFrom,
+                                                   const SaveSnapshot& snapshot, const QString& destination,
+                                                   const Progress& progress) {
+  auto file = AtomicFile::create(destination);
+  if (!file) return tl::unexpected(WriteFailure{file.error()});
+  std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
+  // A document is saved without a preview rather than not at all.
+  if (snapshot.compositedTexture != nullptr &&
+      pixelsFitInMemory(snapshot.compositedTexture->bytesToFinish())) {
+    entries.push_back(previewEntry(*snapshot.compositedTexture, saved, progress));
+  }
+  for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) {
+    entries.push_back(surfaceEntry(layer, saved));
+  }
+  auto written = writeArchive(**file, entries, progress, keptFrom);
+  if (!written) return tl::unexpected(written.error());
+  return savedFile(snapshot, **file, std::move(*written));
 }
 
 }  // namespace
@@ -122,6 +228,7 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
   if (snapshot.layerEntries.size() + otherEntries > maximumArchiveEntries) {
     return because(QStringLiteral("The document has more layers than a file can hold."));
   }
+  snapshot.saved = std::dynamic_pointer_cast<const SavedFile>(document.fileMemory());
   const ColorMode mode = document.colorMode.value();
   snapshot.compositedTexture = document.freezeComposite();
   snapshot.previewPixelFormat = compositePixelFormat(mode);
@@ -130,18 +237,18 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
   return snapshot;
 }
 
-Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                              const Progress& progress) {
-  auto file = AtomicFile::create(destination);
-  if (!file) return because(file.error());
-  std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
-  // A document is saved without a preview rather than not at all.
-  if (snapshot.compositedTexture != nullptr &&
-      pixelsFitInMemory(snapshot.compositedTexture->bytesToFinish())) {
-    entries.push_back(previewEntry(*snapshot.compositedTexture, progress));
+Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
+                                      const Progress& progress) {
+  const auto keptFrom = snapshot.saved != nullptr ? snapshot.saved->open() : std::nullopt;
+  if (keptFrom) {
+    auto written = writeWith(snapshot.saved.get(), &*keptFrom, snapshot, destination, progress);
+    if (written) return std::move(*written);
+    // Something other than what was noted stands in the document's file.
+    if (!written.error().isDifferentOnDisk) return because(written.error().reason);
   }
-  for (const SaveSnapshot::LayerEntry& layer : snapshot.layerEntries) entries.push_back(surfaceEntry(layer));
-  return writeArchive(**file, entries, progress);
+  auto written = writeWith(nullptr, nullptr, snapshot, destination, progress);
+  if (!written) return because(written.error().reason);
+  return std::move(*written);
 }
 
 }  // namespace orvanel

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "io/archive/ZipWriter.h"
+#include "io/document/SavedFile.h"
 #include "io/files/FileError.h"
 #include "raster/Surface.h"
 
@@ -38,6 +39,8 @@ struct SaveSnapshot {
   PixelFormat previewPixelFormat = PixelFormat::rgba8Unorm;
   std::int64_t previewBytesPerPixel = 4;
   std::int64_t compositingBitsPerChannel = 8;
+  /// What the document's file holds already; may be null.
+  SavedFilePtr saved;
 
   [[nodiscard]] static Described<SaveSnapshot> take(const Document& document);
 };
@@ -46,8 +49,10 @@ struct SaveSnapshot {
 [[nodiscard]] QString layerEntryPath(const QString& layerID);
 [[nodiscard]] QString maskEntryPath(const QString& layerID);
 
-/// Writes the document's archive to the destination. Any thread; the work spreads over all cores.
-[[nodiscard]] Described<void> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                                            const Progress& progress);
+/// Writes the document's archive to the destination, and returns what it holds. Chunks of which no tile has
+/// changed are copied from the document's file, if that is still what it was. Any thread; the work spreads
+/// over all cores.
+[[nodiscard]] Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
+                                                    const Progress& progress);
 
 }  // namespace orvanel

@@ -125,14 +125,16 @@ struct LoadPiece {
   int firstRow = 0;
   int endRow = 0;
   std::uint64_t size = 0;
-  std::uint32_t crc = 0;  ///< once it is read
+  std::uint32_t crc = 0;                 ///< once it is read
+  std::vector<StoredChunk> chunks = {};  ///< once it is read
 };
 
-/// Splits an entry where a part starts at a row of tiles; a single piece if there is no such part.
+/// Splits an entry where a part starts at a row of tiles; an entry without parts stays whole.
 std::vector<LoadPiece> piecesOf(std::size_t entry, const std::vector<EntryPart>& parts,
                                 const Surface& surface) {
   constexpr std::uint64_t leastPieceBytes = std::uint64_t{16} << 20U;
   const LoadPiece whole{.entry = entry, .endRow = surface.height()};
+  if (parts.empty()) return {whole};
   const std::uint64_t tileRowBytes = std::uint64_t{bytesPerRow(surface)} * tileSide;
   std::vector<LoadPiece> pieces{whole};
   std::uint64_t offset = 0;
@@ -147,7 +149,7 @@ std::vector<LoadPiece> piecesOf(std::size_t entry, const std::vector<EntryPart>&
     pieces.back().size += parts[part].size;
     offset += parts[part].size;
   }
-  return pieces.size() > 1 ? pieces : std::vector{whole};
+  return pieces;
 }
 
 /// Reads a piece, into the surface if there is one.
@@ -166,6 +168,7 @@ Described<void> readPiece(const ZipReader& archive, LoadPiece& piece, Surface* s
   }
   if (isWhole) return stream->finish(progress.whole());
   piece.crc = stream->crc();
+  piece.chunks = stream->chunks();
   return {};
 }
 
@@ -221,9 +224,26 @@ struct ShownFolder {
   std::uint64_t held = 0;
 };
 
+/// Where the surfaces' entries stand in the archive, as far as they were read in parts.
+SavedSurfaces savedSurfaces(const OpenedDocument& opened, const std::vector<Surface*>& destinations,
+                            const std::vector<LoadPiece>& pieces) {
+  SavedSurfaces surfaces;
+  for (std::size_t i = 0; i < pieces.size();) {
+    const std::size_t entry = pieces[i].entry;
+    std::vector<StoredChunk> chunks;
+    for (; i < pieces.size() && pieces[i].entry == entry; ++i) {
+      chunks.insert(chunks.end(), pieces[i].chunks.begin(), pieces[i].chunks.end());
+    }
+    if (destinations[entry] == nullptr || chunks.empty()) continue;
+    surfaces.emplace(opened.archive.entries()[entry].path,
+                     SavedSurface::of(*destinations[entry], std::move(chunks)));
+  }
+  return surfaces;
+}
+
 }  // namespace
 
-Described<void> fillTextures(const OpenedDocument& opened, const Progress& progress) {
+Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress) {
   const auto& entries = opened.archive.entries();
   std::vector<Surface*> destinations(entries.size(), nullptr);
   for (const TextureLoadRequest& request : opened.requests)
@@ -231,7 +251,7 @@ Described<void> fillTextures(const OpenedDocument& opened, const Progress& progr
   const DocumentManifest& canvas = opened.manifest.document;
   const auto canvasPixels =
       static_cast<std::uint64_t>(canvas.canvasWidth) * static_cast<std::uint64_t>(canvas.canvasHeight);
-  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return result;
+  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return because(result.error());
   std::uint64_t total = 1;
   for (const ArchiveEntryInfo& entry : entries) total += entry.size;
 
@@ -248,8 +268,9 @@ Described<void> fillTextures(const OpenedDocument& opened, const Progress& progr
   const auto read = forEachInBackground(pieces.size(), [&](std::size_t index) {
     return readPiece(opened.archive, pieces[index], destinations[pieces[index].entry], loaded);
   });
-  if (!read) return read;
-  return judgeSums(pieces, entries);
+  if (!read) return because(read.error());
+  if (auto judged = judgeSums(pieces, entries); !judged) return because(judged.error());
+  return savedSurfaces(opened, destinations, pieces);
 }
 
 Described<void> judgeShownMemory(const OpenedDocument& opened) {

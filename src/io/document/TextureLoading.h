@@ -3,11 +3,13 @@
 #pragma once
 
 #include "io/document/DocumentReader.h"
+#include "io/document/SavedFile.h"
 
 namespace orvanel {
 
-/// Fills the requested surfaces and verifies all other entries.
-[[nodiscard]] Described<void> fillTextures(const OpenedDocument& opened, const Progress& progress);
+/// Fills the requested surfaces and verifies all other entries. Returns where the surfaces' pixels stand in
+/// the archive, as far as it says where reading can start.
+[[nodiscard]] Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress);
 
 /// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
 [[nodiscard]] Described<void> judgeShownMemory(const OpenedDocument& opened);

@@ -19,6 +19,8 @@ namespace orvanel {
 namespace {
 
 constexpr std::size_t bufferBytes = std::size_t{4} << 20U;
+/// The unit that file systems share.
+constexpr std::int64_t sharedBlock = 4096;
 /// Bytes after which the system is asked to start writing to the disk.
 constexpr std::int64_t pushBytes = std::int64_t{16} << 20U;
 
@@ -109,12 +111,50 @@ Described<void> AtomicFile::writeThrough(std::span<const std::byte> bytes, std::
     bytes = bytes.subspan(static_cast<std::size_t>(written));
     offset += written;
   }
-  // Starting to write to the disk early shortens the wait for the final sync.
-  if (offset - pushedTo_ >= pushBytes) {
-    ::sync_file_range(file_, pushedTo_, offset - pushedTo_, SYNC_FILE_RANGE_WRITE);
-    pushedTo_ = offset;
+  push(offset);
+  return {};
+}
+
+/// Starts to write to the disk early, which shortens the wait for the final sync.
+void AtomicFile::push(std::int64_t end) {
+  if (end - pushedTo_ < pushBytes) return;
+  ::sync_file_range(file_, pushedTo_, end - pushedTo_, SYNC_FILE_RANGE_WRITE);
+  pushedTo_ = end;
+}
+
+Described<void> AtomicFile::copyThrough(int source, std::int64_t offset, std::uint64_t count) {
+  while (count > 0) {
+    const ssize_t copied = FileOperations::current().copyRange(source, offset, file_, position_, count);
+    if (copied < 0 && errno == EINTR) continue;
+    if (copied <= 0) {
+      const int error = copied == 0 ? EIO : errno;
+      return because(QStringLiteral("The file can't be written: %1.").arg(systemReason(error)));
+    }
+    offset += copied;
+    position_ += copied;
+    count -= static_cast<std::uint64_t>(copied);
   }
   return {};
+}
+
+Described<AtomicFile::RangeCopy> AtomicFile::append(int source, std::int64_t offset, std::uint64_t count) {
+  if (position_ != size_) return because(QStringLiteral("The file can't be written beyond its end."));
+  if (auto result = flush(); !result) return because(result.error());
+  RangeCopy how = RangeCopy::copied;
+  // Sharing works on whole blocks, and on file systems that know how.
+  if (mayShare_ && (offset | position_ | static_cast<std::int64_t>(count)) % sharedBlock == 0) {
+    mayShare_ = FileOperations::current().shareRange(source, offset, file_, position_, count) == 0;
+    if (mayShare_) how = RangeCopy::shared;
+  }
+  if (how == RangeCopy::shared) {
+    position_ += static_cast<std::int64_t>(count);
+  } else if (auto result = copyThrough(source, offset, count); !result) {
+    return because(result.error());
+  }
+  bufferStart_ = position_;
+  size_ = position_;
+  push(size_);
+  return how;
 }
 
 Described<void> AtomicFile::flush() {
@@ -174,6 +214,7 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
     return because(QStringLiteral("The file can't be replaced: %1.").arg(systemReason(errno)));
   }
   temporaryPath_.clear();
+  committed_ = FileIdentity::of(destination_);
   syncDirectory(std::filesystem::path(destination_).parent_path());
   return {};
 }

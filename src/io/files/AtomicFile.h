@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
 
 namespace orvanel {
 
@@ -25,18 +27,28 @@ class AtomicFile {
 
   /// Writes at the current position and advances it.
   [[nodiscard]] Described<void> write(std::span<const std::byte> bytes);
+  enum class RangeCopy { shared, copied };
+  /// Appends a range of another file: as the same blocks on the disk where the file system can, otherwise
+  /// within the kernel. The position must be at the end.
+  [[nodiscard]] Described<RangeCopy> append(int source, std::int64_t offset, std::uint64_t count);
   /// Sets the position of the next write, at most the end of the file.
   void seek(std::int64_t position) { position_ = position; }
   [[nodiscard]] std::int64_t position() const { return position_; }
   [[nodiscard]] std::int64_t size() const { return size_; }
+  /// The path of the file to replace, with symbolic links resolved.
+  [[nodiscard]] const std::string& destination() const { return destination_; }
 
   /// Syncs the file, calls `verify` on it and renames it to the destination.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
+  /// The destination's identity right after `commit`.
+  [[nodiscard]] const std::optional<FileIdentity>& committed() const { return committed_; }
 
  private:
   AtomicFile(std::string destination, std::string temporaryPath, int file);
   Described<void> flush();
   Described<void> writeThrough(std::span<const std::byte> bytes, std::int64_t offset);
+  Described<void> copyThrough(int source, std::int64_t offset, std::uint64_t count);
+  void push(std::int64_t end);
   Described<void> closeAndCheck();
 
   std::string destination_;
@@ -48,6 +60,8 @@ class AtomicFile {
   std::int64_t position_ = 0;
   std::int64_t size_ = 0;
   std::int64_t pushedTo_ = 0;
+  bool mayShare_ = true;
+  std::optional<FileIdentity> committed_;
 };
 
 /// Replaces the contents of `destination` atomically.

@@ -1,6 +1,8 @@
 #include "io/files/FileOperations.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -29,6 +31,19 @@ int FileOperations::createFile(const std::string& path, mode_t mode) {
 
 ssize_t FileOperations::writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) {
   return writePassing(file, {static_cast<const std::byte*>(bytes), count}, offset);
+}
+
+ssize_t FileOperations::copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                                  std::size_t count) {
+  off64_t source = fromOffset;
+  off64_t target = toOffset;
+  return ::copy_file_range(from, &source, to, &target, count, 0);
+}
+
+int FileOperations::shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                               std::size_t count) {
+  file_clone_range range{from, static_cast<__u64>(fromOffset), count, static_cast<__u64>(toOffset)};
+  return ::ioctl(to, FICLONERANGE, &range);
 }
 
 int FileOperations::sync(int file) {

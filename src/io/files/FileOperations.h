@@ -17,6 +17,11 @@ class FileOperations {
   /// Creates a file for writing; fails if it exists.
   virtual int createFile(const std::string& path, mode_t mode);
   virtual ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset);
+  /// Copies within the kernel; may copy less.
+  virtual ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                            std::size_t count);
+  /// Lets the range of one file be the same blocks on the disk as that of another.
+  virtual int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset, std::size_t count);
   virtual int sync(int file);
   virtual int renameFile(const std::string& from, const std::string& to);
 

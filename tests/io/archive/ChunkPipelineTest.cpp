@@ -26,9 +26,6 @@ TEST(ChunkPipeline, deliversAllChunksInOrder) {
   for (const int window : {1, 2, 7, 1000}) {
     ChunkPipeline pipeline(300, window, numbered);
     for (int i = 0; i < 300; ++i) {
-      if (i % 3 == 0) {
-        EXPECT_EQ(numberOf(pipeline.peek()), i);
-      }
       EXPECT_EQ(numberOf(pipeline.take()), i);
     }
   }

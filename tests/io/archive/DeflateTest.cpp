@@ -54,6 +54,45 @@ TEST(Deflate, repetitionShrinks) {
   EXPECT_LT(deflateChunk(Bytes(1'000'000)).size(), 10'000U);
 }
 
+TEST(Deflate, paddedChunksHaveAMultipleOfTheSizeAndFormOneStream) {
+  // Ends at every distance to the grid.
+  Bytes whole;
+  Bytes stream;
+  for (unsigned seed = 0; seed < 300; ++seed) {
+    const Bytes chunk = testing::noise(500 + seed, seed);
+    const ByteBuffer deflated = deflateChunk(chunk, 64);
+    EXPECT_EQ(deflated.size() % 64, 0U);
+    whole.insert(whole.end(), chunk.begin(), chunk.end());
+    stream.insert(stream.end(), deflated.data(), deflated.data() + deflated.size());
+  }
+  stream.insert(stream.end(), deflateStreamEnd.begin(), deflateStreamEnd.end());
+  EXPECT_EQ(testing::inflateWithZlib(stream, whole.size()), whole);
+  Bytes out(whole.size());
+  InflateStream inflate = inPieces(stream, 1000);
+  ASSERT_TRUE(inflate.read(out).has_value());
+  EXPECT_EQ(out, whole);
+  EXPECT_TRUE(inflate.isAtEnd().value());
+}
+
+TEST(InflateStream, knowsAPartFromAStreamThatEndsOrGoesOn) {
+  const Bytes bytes = testing::halfNoise(20'000, 11);
+  const ByteBuffer deflated = deflateChunk(bytes, 4096);
+  Bytes stream(deflated.data(), deflated.data() + deflated.size());
+  const auto isPartAtEnd = [&] {
+    InflateStream inflate = inPieces(stream, 700);
+    Bytes out(bytes.size());
+    EXPECT_TRUE(inflate.read(out).has_value());
+    return inflate.isPartAtEnd().value();
+  };
+  EXPECT_TRUE(isPartAtEnd());
+  const Bytes part = stream;
+  stream.insert(stream.end(), part.begin(), part.end());
+  EXPECT_FALSE(isPartAtEnd());
+  stream = part;
+  stream.insert(stream.end(), deflateStreamEnd.begin(), deflateStreamEnd.end());
+  EXPECT_FALSE(isPartAtEnd());
+}
+
 TEST(Crc32, agreesWithZlibAndCombines) {
   const Bytes bytes = testing::noise(100'003, 5);
   const auto* raw = reinterpret_cast<const Bytef*>(bytes.data());

@@ -17,7 +17,7 @@ TEST(EntryParts, roundTrip) {
 
 TEST(EntryParts, areEncodedOnlyIfThereAreSeveral) {
   EXPECT_TRUE(encodedParts({}).empty());
-  EXPECT_TRUE(encodedParts({{100, 1000}}).empty());
+  EXPECT_FALSE(encodedParts({{100, 1000}}).empty());
   EXPECT_FALSE(encodedParts(std::vector<EntryPart>(8000, {1, 1})).empty());
   EXPECT_TRUE(encodedParts(std::vector<EntryPart>(9000, {1, 1})).empty());
 }

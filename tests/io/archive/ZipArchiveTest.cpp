@@ -22,13 +22,17 @@ using testing::ZipFixture;
 ArchiveEntry entryOf(std::string path, ArchiveEntry::Method method, const Bytes& bytes,
                      std::size_t chunkBytes) {
   const std::size_t chunks = std::max<std::size_t>(1, (bytes.size() + chunkBytes - 1) / chunkBytes);
-  return {std::move(path), method, bytes.size(), static_cast<int>(chunks),
+  return {std::move(path),
+          method,
+          bytes.size(),
+          static_cast<int>(chunks),
           [&bytes, chunkBytes](int chunk, ByteBuffer& out) {
             const std::size_t first = static_cast<std::size_t>(chunk) * chunkBytes;
             const std::size_t count = std::min(chunkBytes, bytes.size() - first);
             out.resizeDiscarding(count);
             std::copy_n(bytes.data() + first, count, out.data());
-          }};
+          },
+          {}};
 }
 
 Bytes readWithLibrary(const QString& path, const char* name) {
@@ -56,7 +60,9 @@ class ZipArchiveTest : public ::testing::Test {
   Described<void> write(const std::vector<ArchiveEntry>& entries) const {
     auto file = AtomicFile::create(path());
     if (!file) return because(file.error());
-    return writeArchive(**file, entries, {});
+    const auto written = writeArchive(**file, entries, {});
+    if (!written) return because(written.error().reason);
+    return {};
   }
   QString path() const { return directory_.filePath(QStringLiteral("archive.zip")); }
 
@@ -117,7 +123,7 @@ TEST_F(ZipArchiveTest, cancelledWritingLeavesNoFile) {
     auto file = AtomicFile::create(path());
     const auto written = writeArchive(**file, entries_, progress);
     ASSERT_FALSE(written.has_value());
-    EXPECT_EQ(written.error(), cancelled().value());
+    EXPECT_EQ(written.error().reason, cancelled().value());
   }
   EXPECT_FALSE(QFile::exists(path()));
 }

@@ -16,12 +16,15 @@
 namespace orvanel {
 namespace {
 
-bool holdsVersion(const Document& document, int version) {
-  const DocumentPtr expected = testing::versionToSave(version);
+using testing::Versions;
+
+bool holdsVersion(const Document& document, Versions kind, int version) {
+  const DocumentPtr expected = testing::versionToSave(kind, version);
   const LayerNodeList& layers = document.rootNodes.value();
   const LayerNodeList& expectedLayers = expected->rootNodes.value();
-  if (document.name.value() != expected->name.value() || layers.size() != expectedLayers.size()) return false;
+  if (layers.size() != expectedLayers.size()) return false;
   for (std::size_t i = 0; i < layers.size(); ++i) {
+    if (layers[i].name().value() != expectedLayers[i].name().value()) return false;
     if (!testing::sameSurface(layers[i].layer()->texture.value(),
                               expectedLayers[i].layer()->texture.value())) {
       return false;
@@ -41,17 +44,20 @@ std::optional<std::chrono::microseconds> awaitSave(QProcess& saver) {
   return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
 }
 
-TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
+class KilledSave : public ::testing::TestWithParam<Versions> {};
+
+TEST_P(KilledSave, leavesTheOldFileOrTheNewOne) {
+  const Versions kind = GetParam();
   const QTemporaryDir directory;
   const QString path = directory.filePath(QStringLiteral("image.tessel"));
-  ASSERT_TRUE(
-      DocumentIO::saveSynchronously(testing::versionToSave(0), path, MetalContext::shared()).has_value());
+  ASSERT_TRUE(DocumentIO::saveSynchronously(testing::versionToSave(kind, 0), path, MetalContext::shared())
+                  .has_value());
   std::mt19937 random(2024);
   std::array<int, 2> found{};
-  for (int round = 0; round < 200; ++round) {
+  for (int round = 0; round < (kind == Versions::edited ? 120 : 80); ++round) {
     QProcess saver;
-    saver.start(QCoreApplication::applicationFilePath(),
-                {QString::fromLatin1(testing::saveForeverArgument), path});
+    saver.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(testing::saveForeverArgument),
+                                                          QString::number(static_cast<int>(kind)), path});
     // The first save is a warm-up and the second is timed, so that the kill falls within a later save however
     // busy the machine is.
     ASSERT_TRUE(awaitSave(saver).has_value());
@@ -65,8 +71,8 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
 
     const auto loaded = DocumentIO::loadSynchronously(path, MetalContext::shared());
     ASSERT_TRUE(loaded.has_value()) << "round " << round << ": " << loaded.error().message.toStdString();
-    const bool isFirst = holdsVersion(**loaded, 0);
-    EXPECT_TRUE(isFirst || holdsVersion(**loaded, 1)) << "round " << round;
+    const bool isFirst = holdsVersion(**loaded, kind, 0);
+    EXPECT_TRUE(isFirst || holdsVersion(**loaded, kind, 1)) << "round " << round;
     ++found[isFirst ? 0 : 1];
     // A killed process leaves its temporary file behind.
     for (const QString& left : testing::filesIn(directory.path())) {
@@ -76,6 +82,8 @@ TEST(KilledSave, leavesTheOldFileOrTheNewOne) {
   EXPECT_GT(found[0], 0);
   EXPECT_GT(found[1], 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Versions, KilledSave, ::testing::Values(Versions::separate, Versions::edited));
 
 }  // namespace
 }  // namespace orvanel

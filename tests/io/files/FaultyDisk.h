@@ -25,6 +25,23 @@ class FullDisk final : public FileOperations {
     return FileOperations::writeAt(file, bytes, taken, offset);
   }
 
+  ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                    std::size_t count) override {
+    if (room_ == 0) {
+      errno = ENOSPC;
+      return -1;
+    }
+    const std::size_t taken = std::min(count, static_cast<std::size_t>(room_));
+    room_ -= static_cast<std::int64_t>(taken);
+    return FileOperations::copyRange(from, fromOffset, to, toOffset, taken);
+  }
+
+  int shareRange(int /*from*/, std::int64_t /*fromOffset*/, int /*to*/, std::int64_t /*toOffset*/,
+                 std::size_t /*count*/) override {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
+
  private:
   std::int64_t room_;
 };

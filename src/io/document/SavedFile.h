@@ -1,0 +1,56 @@
+// Where the compressed pixels of a document stand in its file, and of which tiles they are. A save copies
+// what hasn't changed since from there instead of compressing it again. Immutable once made; any thread.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "io/archive/EntryParts.h"
+#include "io/files/FileIdentity.h"
+#include "io/files/InputFile.h"
+#include "model/FileMemory.h"
+#include "raster/Surface.h"
+
+namespace orvanel {
+
+/// What identifies a tile's pixels without holding them: the version of its data, or its uniform value.
+struct TileMark {
+  std::uint64_t value = 0;
+  bool isUniform = false;
+
+  friend bool operator==(const TileMark&, const TileMark&) = default;
+};
+
+/// The chunks of one surface's entry, and the surface that they were made of.
+struct SavedSurface {
+  PixelFormat format = PixelFormat::rgba8Unorm;
+  int width = 0;
+  int height = 0;
+  std::vector<TileMark> tiles;
+  std::vector<StoredChunk> chunks;
+
+  [[nodiscard]] static SavedSurface of(const Surface& surface, std::vector<StoredChunk> chunks);
+  /// Whether the surface has this format and size, and its tiles from `firstRow` up to `endRow`, in pixels,
+  /// are the ones that were saved.
+  [[nodiscard]] bool holds(const Surface& surface, int firstRow, int endRow) const;
+};
+
+/// By the path of the entry.
+using SavedSurfaces = std::map<std::string, SavedSurface>;
+
+struct SavedFile final : FileMemory {
+  std::string path;
+  FileIdentity identity;
+  SavedSurfaces surfaces;
+
+  /// Opens the file if it is still the one that was saved or loaded.
+  [[nodiscard]] std::optional<FileHandle> open() const;
+};
+
+using SavedFilePtr = std::shared_ptr<const SavedFile>;
+
+}  // namespace orvanel

@@ -1,0 +1,274 @@
+// Saving a document again writes what changed and copies the rest from its file.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <zip.h>
+
+#include <QTemporaryDir>
+#include <functional>
+
+#include "io/document/DocumentFixture.h"
+#include "io/document/SavedFile.h"
+#include "io/files/FaultyDisk.h"
+
+namespace orvanel {
+namespace {
+
+constexpr int width = 1000;
+constexpr int height = 900;
+
+/// Counts the bytes that are written and those that are copied from another file.
+class CountingDisk : public FileOperations {
+ public:
+  std::int64_t written = 0;
+  std::int64_t copied = 0;
+
+  ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) override {
+    written += static_cast<std::int64_t>(count);
+    return FileOperations::writeAt(file, bytes, count, offset);
+  }
+  ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                    std::size_t count) override {
+    copied += static_cast<std::int64_t>(count);
+    return FileOperations::copyRange(from, fromOffset, to, toOffset, count);
+  }
+  int shareRange(int /*from*/, std::int64_t /*fromOffset*/, int /*to*/, std::int64_t /*toOffset*/,
+                 std::size_t /*count*/) override {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
+};
+
+/// A disk on which copied ranges come out as zeros.
+class ForgetfulDisk final : public CountingDisk {
+ public:
+  ssize_t copyRange(int /*from*/, std::int64_t /*fromOffset*/, int to, std::int64_t toOffset,
+                    std::size_t count) override {
+    copied += static_cast<std::int64_t>(count);
+    const std::vector<char> zeros(count);
+    return FileOperations::writeAt(to, zeros.data(), count, toOffset);
+  }
+};
+
+class ResavingTest : public ::testing::Test {
+ protected:
+  ResavingTest() {
+    DocumentContents contents{
+        .name = QStringLiteral("Layers"), .width = width, .height = height, .colorMode = ColorMode::rgb16};
+    for (unsigned i = 0; i < 3; ++i) {
+      contents.rootNodes.emplace_back(
+          std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Layer %1").arg(i)},
+                                  testing::scribbled(PixelFormat::rgba16Float, width, height, i),
+                                  i == 1 ? testing::scribbledMask(width, height, 7) : nullptr));
+    }
+    contents.selectedNodeID = contents.rootNodes.front().id();
+    document_ = Document::create(std::move(contents), MetalContext::shared());
+    static_cast<void>(document_->composite());
+  }
+
+  QString path() const { return directory_.filePath(QStringLiteral("layers.tessel")); }
+  std::shared_ptr<Layer> layer(int index) const {
+    return document_->rootNodes.value()[static_cast<std::size_t>(index)].layer();
+  }
+
+  /// Saves, and checks that the file holds the document.
+  void save(const QString& to) {
+    ASSERT_TRUE(DocumentIO::saveSynchronously(document_, to, MetalContext::shared()).has_value());
+    const auto loaded = DocumentIO::loadSynchronously(to, MetalContext::shared());
+    ASSERT_TRUE(loaded.has_value()) << loaded.error().message.toStdString();
+    EXPECT_EQ(testing::firstDifference(*document_, **loaded), QString());
+  }
+  void saveCounting(CountingDisk& disk) {
+    const ScopedFileOperations counting(disk);
+    save(path());
+  }
+  /// Fills a few pixels of a layer.
+  void edit(int index, int x, int y) {
+    document_->selectNode(layer(index)->id);
+    const Texture mask = MetalContext::shared().makeTexture(maskPixelFormat, width, height);
+    const std::vector<std::uint16_t> ones(30 * 30, 0x3C00);
+    mask->writeRect({x, y, 30, 30}, reinterpret_cast<const std::byte*>(ones.data()), 30 * 2);
+    document_->selectMask(LayerMask(QUuid::createUuid(), std::make_shared<MaskTexture>(mask), true));
+    document_->fillSelection({0.3F, 0.6F, 0.9F, 1.0F});
+    document_->deselect();
+  }
+
+  QTemporaryDir directory_;
+  DocumentPtr document_;
+};
+
+TEST_F(ResavingTest, theFirstSaveWritesEverything) {
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_EQ(disk.copied, 0);
+  EXPECT_GT(disk.written, 4'000'000);
+}
+
+TEST_F(ResavingTest, aNewNameCopiesAllPixels) {
+  CountingDisk first;
+  saveCounting(first);
+  document_->rename(layer(0)->id, QStringLiteral("Renamed"));
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_GT(disk.copied, first.written * 95 / 100);
+  EXPECT_LT(disk.written, 100'000);
+}
+
+TEST_F(ResavingTest, anEditWritesItsChunksAlone) {
+  CountingDisk first;
+  saveCounting(first);
+  edit(1, 10, 10);
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_GT(disk.copied, first.written * 6 / 10);
+  // One chunk of a MiB at most, the preview and the archive's records.
+  EXPECT_LT(disk.written, 2'000'000);
+}
+
+TEST_F(ResavingTest, theFirstSaveAfterOpeningCopiesToo) {
+  save(path());
+  const auto loaded = DocumentIO::loadSynchronously(path(), MetalContext::shared());
+  ASSERT_TRUE(loaded.has_value());
+  document_ = *loaded;
+  static_cast<void>(document_->composite());
+  edit(2, 500, 300);
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_GT(disk.copied, 3'000'000);
+  EXPECT_LT(disk.written, 2'000'000);
+}
+
+TEST_F(ResavingTest, anotherDestinationIsCopiedFromTheDocumentsFile) {
+  save(path());
+  CountingDisk disk;
+  {
+    const ScopedFileOperations counting(disk);
+    save(directory_.filePath(QStringLiteral("copy.tessel")));
+  }
+  EXPECT_GT(disk.copied, 4'000'000);
+  EXPECT_LT(disk.written, 100'000);
+}
+
+TEST_F(ResavingTest, manySavesAfterEachOtherStayWhole) {
+  for (int round = 0; round < 8; ++round) {
+    save(path());
+    edit(round % 3, 120 * round, 100 * round);
+    if (round == 4) document_->undo();
+    if (round == 5) document_->addLayerMask(layer(0));
+    if (round == 6) document_->removeNode(layer(2)->id);
+    if (round == 6) document_->addLayer(QStringLiteral("New"));
+  }
+  save(path());
+}
+
+TEST_F(ResavingTest, anotherColorModeOrCanvasWritesEverything) {
+  save(path());
+  document_->changeColorMode(ColorMode::rgb8);
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_LT(disk.copied, 1'000'000);  // the mask stays
+}
+
+/// What may happen to the file behind the document's back.
+class ChangedBehindTest : public ResavingTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ChangedBehindTest, everythingIsMadeAnew) {
+  save(path());
+  switch (GetParam()) {
+    case 0: {  // removed
+      ASSERT_TRUE(QFile::remove(path()));
+      break;
+    }
+    case 1: {  // replaced by an equal file
+      const QByteArray bytes = testing::contentsOf(path());
+      ASSERT_TRUE(QFile::remove(path()));
+      QFile file(path());
+      ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+      file.write(bytes);
+      break;
+    }
+    default: {  // overwritten in place, under its old time
+      struct stat before {};
+      ASSERT_EQ(::stat(path().toLocal8Bit().constData(), &before), 0);
+      QFile file(path());
+      ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+      file.seek(100'000);
+      file.write(QByteArray(5000, 'x'));
+      file.close();
+      const timespec times[] = {before.st_atim, before.st_mtim};
+      ASSERT_EQ(::utimensat(AT_FDCWD, path().toLocal8Bit().constData(), times, 0), 0);
+      break;
+    }
+  }
+  CountingDisk disk;
+  saveCounting(disk);
+  EXPECT_EQ(disk.copied, 0);
+  EXPECT_GT(disk.written, 4'000'000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, ChangedBehindTest, ::testing::Range(0, 3));
+
+TEST_F(ResavingTest, bytesThatComeOutOtherwiseAreMadeAnew) {
+  save(path());
+  ForgetfulDisk disk;
+  saveCounting(disk);
+  EXPECT_GT(disk.copied, 1'000'000);
+  EXPECT_GT(disk.written, 4'000'000);
+}
+
+TEST_F(ResavingTest, aDiskThatFillsUpLeavesTheOldFile) {
+  save(path());
+  const QByteArray old = testing::contentsOf(path());
+  edit(0, 200, 20);
+  for (std::int64_t capacity = 0; capacity < old.size(); capacity += old.size() / 23) {
+    testing::FullDisk disk(capacity);
+    const ScopedFileOperations full(disk);
+    ASSERT_FALSE(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()).has_value());
+    ASSERT_EQ(testing::contentsOf(path()), old);
+    ASSERT_EQ(testing::filesIn(directory_.path()), QStringList{QStringLiteral("layers.tessel")});
+  }
+  save(path());
+}
+
+TEST_F(ResavingTest, otherReadersFindTheArchiveConsistent) {
+  save(path());
+  edit(1, 700, 600);
+  save(path());
+  int error = 0;
+  zip_t* archive = zip_open(QFile::encodeName(path()).constData(), ZIP_RDONLY | ZIP_CHECKCONS, &error);
+  ASSERT_NE(archive, nullptr);
+  EXPECT_EQ(zip_get_num_entries(archive, 0), 6);
+  zip_discard(archive);
+}
+
+TEST_F(ResavingTest, chunksLieOnTheGridThatFileSystemsShare) {
+  save(path());
+  const auto saved = std::dynamic_pointer_cast<const SavedFile>(document_->fileMemory());
+  ASSERT_NE(saved, nullptr);
+  for (const auto& [entry, surface] : saved->surfaces) {
+    if (entry == "preview.png") continue;
+    for (const StoredChunk& chunk : surface.chunks) {
+      EXPECT_EQ(chunk.offset % 4096, 0U) << entry;
+      EXPECT_EQ(chunk.storedSize % 4096, 0U) << entry;
+    }
+  }
+}
+
+TEST_F(ResavingTest, thePreviewIsMadeAnewOnlyForAnotherPicture) {
+  save(path());
+  const auto previewOf = [this] {
+    const auto saved = std::dynamic_pointer_cast<const SavedFile>(document_->fileMemory());
+    return saved->surfaces.at("preview.png").tiles;
+  };
+  const auto first = previewOf();
+  document_->rename(layer(0)->id, QStringLiteral("Other"));
+  save(path());
+  EXPECT_EQ(previewOf(), first);
+  edit(2, 0, 0);
+  static_cast<void>(document_->composite());
+  save(path());
+  EXPECT_NE(previewOf(), first);
+}
+
+}  // namespace
+}  // namespace orvanel
