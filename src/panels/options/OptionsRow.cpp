@@ -11,7 +11,7 @@ OptionsRow::OptionsRow(QWidget* parent) : QWidget(parent) {
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(look::space::section);
-  row->addStretch();
+  row->addStretch(1);
 }
 
 SliderDropdown* OptionsRow::makeSlider(const OptionText& text, double lowest, double highest,

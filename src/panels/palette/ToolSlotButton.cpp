@@ -32,30 +32,35 @@ QString toolTipOf(Tool tool) {
 }
 
 /// Dark above and at the left, light below and at the right: the face lies deeper than the palette. The lines
-/// are one point wide along the edges of `face`, with their centres half a point inside.
+/// are one point wide along the edges of `face`, with their centres half a point inside, and meet in the
+/// middle of two corners.
 void paintBevels(QPainter& painter, const QRectF& face) {
   const QRectF line = face.adjusted(0.5, 0.5, -0.5, -0.5);
   const double diameter = 2.0 * look::radius::control - 1.0;
   const QSizeF corner(diameter, diameter);
+  const QRectF topLeft(line.topLeft(), corner);
+  const QRectF topRight(line.topRight() - QPointF(diameter, 0), corner);
+  const QRectF bottomRight(line.bottomRight() - QPointF(diameter, diameter), corner);
+  const QRectF bottomLeft(line.bottomLeft() - QPointF(0, diameter), corner);
   QPainterPath dark;
-  dark.moveTo(line.left(), line.bottom() - diameter / 2);
-  dark.arcTo(QRectF(line.topLeft(), corner), 180, -90);
-  dark.lineTo(line.right() - diameter / 2, line.top());
+  dark.arcMoveTo(bottomLeft, 225);
+  dark.arcTo(bottomLeft, 225, -45);
+  dark.arcTo(topLeft, 180, -90);
+  dark.arcTo(topRight, 90, -45);
   QPainterPath light;
-  light.moveTo(line.right(), line.top() + diameter / 2);
-  light.arcTo(QRectF(line.bottomRight() - QPointF(diameter, diameter), corner), 0, -90);
-  light.lineTo(line.left() + diameter / 2, line.bottom());
+  light.arcMoveTo(topRight, 45);
+  light.arcTo(topRight, 45, -45);
+  light.arcTo(bottomRight, 0, -90);
+  light.arcTo(bottomLeft, 270, -45);
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(look::color::bevelLight);
-  painter.drawPath(light);
-  painter.setPen(look::color::bevelDark);
-  painter.drawPath(dark);
+  painter.strokePath(light, look::color::bevelLight);
+  painter.strokePath(dark, look::color::bevelDark);
 }
 
 /// The mark in the lower right corner of a group's face.
 QPolygonF variantTriangle(const QRectF& face) {
   constexpr double leg = 4.0;
-  const QPointF corner = face.bottomRight() - QPointF(3.0, 3.0);
+  const QPointF corner = face.bottomRight() - QPointF(4.0, 4.0);
   return {corner, corner - QPointF(leg, 0), corner - QPointF(0, leg)};
 }
 
@@ -81,8 +86,9 @@ ToolSlotButton::ToolSlotButton(ToolSlot slot, ToolState& toolState, QWidget* par
 
 void ToolSlotButton::makeMenu() {
   menu_ = new QMenu(this);
+  menu_->setProperty("hasPictures", true);
   for (const Tool tool : slot_.tools()) {
-    QAction* action = menu_->addAction(look::symbolIcon(iconName(tool)), nameOf(tool));
+    QAction* action = menu_->addAction(look::symbolIcon(iconName(tool), look::IconPlace::menu), nameOf(tool));
     if (const auto letter = shortcutLetter(tool)) action->setShortcut(QKeySequence(*letter));
     // The key is shown here and acts elsewhere.
     action->setShortcutContext(Qt::WidgetShortcut);
