@@ -110,7 +110,7 @@ void ToolOptionsPane::paintEvent(QPaintEvent* /*event*/) {
   painter.fillRect(rect(), look::color::pane);
   const double line = look::hairline(*this);
   painter.fillRect(QRectF(0, height() - line, width(), line), look::color::divider);
-  const double x = (name_->geometry().right() + 1 + rows_->geometry().left()) / 2;
+  const double x = rows_->x() - look::space::section;
   painter.fillRect(QRectF(x, (height() - dividerHeight) / 2.0, line, dividerHeight), look::color::divider);
   QRectF symbol(0, 0, look::size::symbol, look::size::symbol);
   symbol.moveCenter(QPointF(look::space::wide + look::size::symbol / 2.0, height() / 2.0));

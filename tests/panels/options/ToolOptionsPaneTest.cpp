@@ -21,6 +21,7 @@ struct Range {
   float highest = 0;
   QString value;
   friend bool operator==(const Range&, const Range&) = default;
+  // NOLINTNEXTLINE(readability-identifier-naming)
   friend void PrintTo(const Range& range, std::ostream* stream) {
     *stream << range.label.toStdString() << ' ' << range.lowest << " to " << range.highest << ", "
             << range.value.toStdString();
