@@ -160,10 +160,11 @@ void KeyHandlerView::carryOut(const KeyCommand& command) {
     });
     if (slot != toolSlots().end()) tools.activateSlot(*slot);
   } else if (const DocumentPtr document = appState_.windowState.activeDocument()) {
-    const bool isSwap = std::get<keyCommand::Colors>(command) == keyCommand::Colors::swap;
-    const DisplayColor foreground = document->foregroundColor.value();
-    document->setForegroundColor(isSwap ? document->backgroundColor.value() : DisplayColor::black());
-    document->setBackgroundColor(isSwap ? foreground : DisplayColor::white());
+    if (std::get<keyCommand::Colors>(command) == keyCommand::Colors::swap) {
+      document->swapColors();
+    } else {
+      document->resetColors();
+    }
   }
 }
 

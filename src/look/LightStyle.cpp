@@ -18,6 +18,7 @@ QMenuBar::item:selected { background: @hover; }
 QMenuBar::item:pressed { background: @accent; color: @onAccent; }
 QMenu { background: @field; border: 1px solid @border; padding: 4px 0; }
 QMenu::item { padding: 4px 28px 4px 24px; }
+QMenu[hasPictures="true"]::item { padding-left: 8px; }
 QMenu::item:selected { background: @accent; color: @onAccent; }
 QMenu::item:disabled { color: @disabledText; background: transparent; }
 QMenu::icon { padding-left: 8px; }
@@ -63,6 +64,8 @@ QCheckBox::indicator:hover { background: @hover; }
 QCheckBox::indicator:checked { background: @accent; border-color: @accent;
   image: url(:/icons/checkmark.on.svg); }
 QCheckBox::indicator:focus { border: 2px solid @accent; width: 12px; height: 12px; }
+QCheckBox::indicator:disabled { background: @pane; border-color: @divider; }
+QCheckBox::indicator:checked:disabled { background: @border; border-color: @border; }
 QCheckBox:disabled { color: @disabledText; }
 
 QSlider::groove:horizontal { height: 4px; background: @divider; border-radius: 2px; }

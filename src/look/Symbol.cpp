@@ -34,7 +34,7 @@ QPixmap symbolPixmap(const QString& name, const QSize& devicePixels, const QColo
 
 class SymbolIconEngine : public QIconEngine {
  public:
-  explicit SymbolIconEngine(QString name) : name_(std::move(name)) {}
+  SymbolIconEngine(QString name, IconPlace place) : name_(std::move(name)), place_(place) {}
 
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override {
     paintSymbol(*painter, name_, rect, colorOf(mode));
@@ -42,15 +42,19 @@ class SymbolIconEngine : public QIconEngine {
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/) override {
     return symbolPixmap(name_, size, colorOf(mode));
   }
-  [[nodiscard]] QIconEngine* clone() const override { return new SymbolIconEngine(name_); }
+  [[nodiscard]] QIconEngine* clone() const override { return new SymbolIconEngine(name_, place_); }
 
  private:
-  static QColor colorOf(QIcon::Mode mode) {
+  [[nodiscard]] QColor colorOf(QIcon::Mode mode) const {
     if (mode == QIcon::Disabled) return color::disabledText;
-    return mode == QIcon::Selected ? color::onAccent : color::symbol;
+    // A menu's highlighted item is active; an active button only has the focus.
+    const bool isHighlighted =
+        mode == QIcon::Selected || (mode == QIcon::Active && place_ == IconPlace::menu);
+    return isHighlighted ? color::onAccent : color::symbol;
   }
 
   QString name_;
+  IconPlace place_;
 };
 
 }  // namespace
@@ -66,8 +70,8 @@ void paintSymbol(QPainter& painter, const QString& name, const QRectF& box, cons
   painter.drawPixmap(painter.deviceTransform().inverted().map(aligned), pixmap);
 }
 
-QIcon symbolIcon(const QString& name) {
-  return QIcon(new SymbolIconEngine(name));  // owned by the icon
+QIcon symbolIcon(const QString& name, IconPlace place) {
+  return QIcon(new SymbolIconEngine(name, place));  // owned by the icon
 }
 
 }  // namespace orvanel::look

@@ -15,7 +15,10 @@ namespace orvanel::look {
 /// nothing.
 void paintSymbol(QPainter& painter, const QString& name, const QRectF& box, const QColor& color);
 
-/// The symbol for the toolkit's own controls; it has a disabled look and is sharp at every scale.
-[[nodiscard]] QIcon symbolIcon(const QString& name);
+enum class IconPlace { control, menu };
+
+/// The symbol for the toolkit's own controls; it has a disabled look and is sharp at every scale. In a menu
+/// it is light on the highlighted item.
+[[nodiscard]] QIcon symbolIcon(const QString& name, IconPlace place = IconPlace::control);
 
 }  // namespace orvanel::look

@@ -285,6 +285,9 @@ class Document : public std::enable_shared_from_this<Document> {
   void setChannelVisibility(const ChannelVisibility& visibility);
   void setForegroundColor(const DisplayColor& color);
   void setBackgroundColor(const DisplayColor& color);
+  void swapColors();
+  /// Black on white.
+  void resetColors();
   /// Stores the tool and the chosen members of the groups in the document.
   void rememberTool(Tool tool, const QHash<QString, Tool>& variants);
 

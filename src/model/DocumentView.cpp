@@ -121,6 +121,19 @@ void Document::setBackgroundColor(const DisplayColor& color) {
   edit.set(&Document::backgroundColor, color, ViewProperty::colors);
 }
 
+void Document::swapColors() {
+  DocumentEdit edit(*this, editKind::state);
+  const DisplayColor foreground = foregroundColor.value();
+  edit.set(&Document::foregroundColor, backgroundColor.value(), ViewProperty::colors);
+  edit.set(&Document::backgroundColor, foreground, ViewProperty::colors);
+}
+
+void Document::resetColors() {
+  DocumentEdit edit(*this, editKind::state);
+  edit.set(&Document::foregroundColor, DisplayColor::black(), ViewProperty::colors);
+  edit.set(&Document::backgroundColor, DisplayColor::white(), ViewProperty::colors);
+}
+
 void Document::rememberTool(Tool tool, const QHash<QString, Tool>& variants) {
   DocumentEdit edit(*this, editKind::state);
   edit.set(&Document::selectedTool, tool, ViewProperty::selectedTool);

@@ -175,6 +175,32 @@ TEST_F(DocumentViewTest, ShowsFactorsBeyondEightHundredPercent) {
   EXPECT_EQ(zoomText(8.5), "8.5x");
 }
 
+TEST_F(DocumentViewTest, SwappingExchangesTheColorsInOneStepWithoutARecord) {
+  const DisplayColor red{1.0F, 0.0F, 0.0F, 1.0F};
+  document->setForegroundColor(red);
+  document->setDirty(false);
+  const ChangeRecorder recorder(*document);
+  document->swapColors();
+  EXPECT_EQ(document->foregroundColor.value(), DisplayColor::white());
+  EXPECT_EQ(document->backgroundColor.value(), red);
+  EXPECT_EQ(recorder.batches, 1);
+  EXPECT_GT(recorder.count<change::ViewChanged>(ViewProperty::colors), 0U);
+  EXPECT_TRUE(document->undoStack.operations().empty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(DocumentViewTest, ResettingTheColorsGivesBlackOnWhite) {
+  document->setForegroundColor({1.0F, 0.0F, 0.0F, 1.0F});
+  document->setBackgroundColor({0.0F, 0.0F, 1.0F, 1.0F});
+  const ChangeRecorder recorder(*document);
+  document->resetColors();
+  EXPECT_EQ(document->foregroundColor.value(), DisplayColor::black());
+  EXPECT_EQ(document->backgroundColor.value(), DisplayColor::white());
+  EXPECT_EQ(recorder.batches, 1);
+  document->resetColors();
+  EXPECT_EQ(recorder.batches, 1) << "nothing was left to change";
+}
+
 TEST(DocumentViewDeathTest, AZoomIndexOutsideTheTableIsFatal) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const DocumentPtr document = makeDocument();

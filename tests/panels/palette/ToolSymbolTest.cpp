@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include <QDirIterator>
+#include <QFile>
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <QXmlStreamReader>
+
+#include "model/Tool.h"
+
+namespace orvanel {
+namespace {
+
+QString fileOf(const QString& symbolName) {
+  return QStringLiteral(":/icons/%1.svg").arg(symbolName);
+}
+
+/// The attributes of a drawing's outermost element, which its strokes inherit.
+QXmlStreamAttributes attributesOf(const QString& path) {
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  QXmlStreamReader xml(&file);
+  return xml.readNextStartElement() ? xml.attributes() : QXmlStreamAttributes();
+}
+
+/// Those with a purpose of their own: the mark of a check box, and a drawing for an empty window.
+bool isInFamily(const QString& name) {
+  return name != QLatin1String("checkmark.on") && name != QLatin1String("doc.badge.plus.large");
+}
+
+TEST(ToolSymbolTest, EveryToolHasADrawing) {
+  for (const Tool tool : allTools) {
+    EXPECT_TRUE(QSvgRenderer(fileOf(iconName(tool))).isValid()) << iconName(tool).toStdString();
+  }
+}
+
+TEST(ToolSymbolTest, EverySymbolIsOfTheFamily) {
+  int count = 0;
+  for (QDirIterator files(QStringLiteral(":/icons")); files.hasNext();) {
+    const QFileInfo file(files.next());
+    if (!isInFamily(file.completeBaseName())) continue;
+    SCOPED_TRACE(file.fileName().toStdString());
+    ++count;
+    const QXmlStreamAttributes attributes = attributesOf(file.filePath());
+    EXPECT_EQ(attributes.value(QLatin1String("viewBox")).toString(), "0 0 16 16");
+    EXPECT_EQ(attributes.value(QLatin1String("stroke-width")).toString(), "1.5");
+    EXPECT_EQ(attributes.value(QLatin1String("stroke")).toString(), "#3a3a3a");
+    EXPECT_EQ(attributes.value(QLatin1String("stroke-linecap")).toString(), "round");
+    EXPECT_EQ(attributes.value(QLatin1String("stroke-linejoin")).toString(), "round");
+  }
+  EXPECT_GE(count, static_cast<int>(allTools.size()));
+}
+
+TEST(ToolSymbolTest, EverySymbolKeepsWithinItsGrid) {
+  constexpr int scale = 8;
+  constexpr int margin = scale / 2;
+  for (QDirIterator files(QStringLiteral(":/icons")); files.hasNext();) {
+    const QFileInfo file(files.next());
+    if (!isInFamily(file.completeBaseName())) continue;
+    QSvgRenderer renderer(file.filePath());
+    ASSERT_TRUE(renderer.isValid()) << file.fileName().toStdString();
+    QImage picture(16 * scale, 16 * scale, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    renderer.render(&painter);
+    painter.end();
+    bool isDrawn = false;
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) {
+        if (picture.pixelColor(x, y).alpha() < 128) continue;
+        isDrawn = true;
+        ASSERT_TRUE(picture.rect().adjusted(margin, margin, -margin, -margin).contains(x, y))
+            << file.fileName().toStdString() << " at " << x << ", " << y;
+      }
+    }
+    EXPECT_TRUE(isDrawn) << file.fileName().toStdString();
+  }
+}
+
+}  // namespace
+}  // namespace orvanel
