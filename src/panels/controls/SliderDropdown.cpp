@@ -183,7 +183,7 @@ void SliderDropdown::setLabelWidth(int width) {
 }
 
 int SliderDropdown::labelWidth() const {
-  return labelText_->sizeHint().width();
+  return labelText_->fontMetrics().horizontalAdvance(label_);
 }
 
 // The field.

@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QLabel>
 
+#include "look/Look.h"
 #include "look/TranslatedName.h"
 #include "panels/controls/ElidedLabel.h"
 
@@ -12,6 +13,7 @@ DocumentInfoSection::DocumentInfoSection(QWidget* parent) : InspectorSection(par
   setTitle(tr("Document"));
   const auto addValue = [this](const QString& label) {
     auto* value = new ElidedLabel(this);
+    value->setFont(look::font(look::type::small));
     return std::pair(value, addRow(label, value));
   };
   size_ = addValue(tr("Size:")).first;

@@ -58,7 +58,6 @@ class SectionHeading : public QAbstractButton {
 
 InspectorSection::InspectorSection(QWidget* parent)
     : QWidget(parent), heading_(new SectionHeading(this)), contents_(new QWidget(this)) {
-  setFont(look::font(look::type::small));
   rows_ = new QGridLayout(contents_);
   rows_->setContentsMargins(look::space::wide, 0, look::space::wide, look::space::normal);
   rows_->setHorizontalSpacing(look::space::normal);
@@ -92,6 +91,7 @@ void InspectorSection::setExpanded(bool isExpanded) {
 QLabel* InspectorSection::addRow(const QString& label, QWidget* value) {
   auto* text = new QLabel(label, contents_);
   text->setTextFormat(Qt::PlainText);
+  text->setFont(value->font());
   look::setTextColor(*text, look::color::secondaryText);
   text->setBuddy(value);
   const int row = rows_->rowCount();
@@ -107,9 +107,9 @@ void InspectorSection::addWideRow(QWidget* value) {
 int InspectorSection::labelWidth() const {
   int width = 0;
   for (int row = 0; row < rows_->rowCount(); ++row) {
-    const QLayoutItem* label = rows_->itemAtPosition(row, 0);
-    const bool isLabel = label != nullptr && label != rows_->itemAtPosition(row, 1);
-    if (isLabel) width = std::max(width, label->widget()->sizeHint().width());
+    const QLayoutItem* item = rows_->itemAtPosition(row, 0);
+    const auto* label = item != nullptr ? qobject_cast<const QLabel*>(item->widget()) : nullptr;
+    if (label != nullptr) width = std::max(width, label->fontMetrics().horizontalAdvance(label->text()));
   }
   return width;
 }
