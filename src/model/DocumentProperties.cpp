@@ -18,7 +18,7 @@ std::shared_ptr<Layer> layerOf(const Document& document, const QUuid& nodeID) {
 }  // namespace
 
 void Document::setOpacity(const QUuid& nodeID, float opacity) {
-  DocumentEdit edit(*this, editKind::property);
+  DocumentEdit edit(*this, editKind::opacity);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
   if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;

@@ -8,9 +8,21 @@
 
 namespace orvanel {
 
+EndsOpenEdits OpenEdit::onTheSameGround(Ground ground) {
+  switch (ground) {
+    case Ground::surfaces:
+      return EndsOpenEdits::ofTheSurfaces;
+    case Ground::selection:
+      return EndsOpenEdits::ofTheSelection;
+    case Ground::properties:
+      return EndsOpenEdits::ofTheProperties;
+  }
+  return EndsOpenEdits::none;
+}
+
 OpenEdit::OpenEdit(const DocumentPtr& document, Ground ground, QString actionName)
     : document_(document), ground_(ground), actionName_(std::move(actionName)) {
-  endAll(*document, ground == Ground::surface ? EndsOpenEdits::ofTheSurfaces : EndsOpenEdits::ofTheSelection);
+  endAll(*document, onTheSameGround(ground));
   document->openEdits_.push_back(this);
 }
 
@@ -39,17 +51,7 @@ void OpenEdit::holdThumbnailsBack() {
 
 void OpenEdit::endAll(Document& document, EndsOpenEdits which) {
   const auto mustEnd = [which](const OpenEdit* edit) {
-    switch (which) {
-      case EndsOpenEdits::none:
-        return false;
-      case EndsOpenEdits::ofTheSurfaces:
-        return edit->ground_ == Ground::surface;
-      case EndsOpenEdits::ofTheSelection:
-        return edit->ground_ == Ground::selection;
-      case EndsOpenEdits::all:
-        return true;
-    }
-    return false;
+    return which == EndsOpenEdits::all || which == onTheSameGround(edit->ground_);
   };
   // Ending one notifies observers, who may destroy it or end others.
   const auto next = [&] { return std::ranges::find_if(document.openEdits_, mustEnd); };

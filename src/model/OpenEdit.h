@@ -1,7 +1,7 @@
 // An edit that stays open while the user experiments: a drag, a free transform, an adjustment. Its document
 // knows it, and ends it before changing anything it depends on. At most one is open on the document's
-// surfaces, and one on its selection: a new one ends the one before. Owned by the tool, window or script that
-// performs it; main thread only.
+// surfaces, one on its selection and one on the properties of its nodes: a new one ends the one before. Owned
+// by the tool, panel or script that performs it; main thread only.
 #pragma once
 
 #include <QString>
@@ -32,7 +32,7 @@ class OpenEdit {
   /// The name of the record that would keep it.
   [[nodiscard]] const QString& actionName() const { return actionName_; }
   /// Whether keeping it marks the document as unsaved.
-  [[nodiscard]] bool isUnsavedChange() const { return ground_ == Ground::surface; }
+  [[nodiscard]] bool isUnsavedChange() const { return ground_ != Ground::selection; }
 
   /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
   /// changed.
@@ -50,7 +50,7 @@ class OpenEdit {
   std::function<void()> onClosed;
 
  protected:
-  enum class Ground { surface, selection };
+  enum class Ground { surfaces, selection, properties };
 
   OpenEdit(const DocumentPtr& document, Ground ground, QString actionName);
   /// Null once the edit is closed.
@@ -64,6 +64,7 @@ class OpenEdit {
 
  private:
   friend class DocumentEdit;
+  [[nodiscard]] static EndsOpenEdits onTheSameGround(Ground ground);
   static void endAll(Document& document, EndsOpenEdits which);
 
   std::weak_ptr<Document> document_;

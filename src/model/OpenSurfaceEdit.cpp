@@ -50,7 +50,7 @@ std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& docum
 
 OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
                                  const std::vector<SurfaceKind>& kinds, Purpose purpose, QString actionName)
-    : OpenEdit(document, Ground::surface, std::move(actionName)),
+    : OpenEdit(document, Ground::surfaces, std::move(actionName)),
       layer_(std::move(layer)),
       purpose_(purpose) {
   for (const SurfaceKind kind : kinds) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/LevelsAdjustment.h"
+#include "model/OpenOpacityEdit.h"
 #include "model/PixelSupport.h"
 #include "raster/MemoryBudget.h"
 
@@ -141,6 +142,9 @@ TEST_F(RefusedSteps, ANewIsolatingFolderNeedsMemoryForItsImage) {
   EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
   document->setBlendMode(folder, BlendMode::multiply);
   EXPECT_EQ(changes.count<change::EditRefused>(), 2U);
+  EXPECT_NE(OpenOpacityEdit::begin(document, layer), nullptr);
+  EXPECT_EQ(OpenOpacityEdit::begin(document, folder), nullptr);
+  EXPECT_EQ(changes.count<change::EditRefused>(), 3U);
 }
 
 TEST(RefusedEdits, EditsThatNeedNoMemoryAreNeverRefused) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "model/LevelsAdjustment.h"
+#include "model/OpenOpacityEdit.h"
 #include "model/PixelSupport.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
@@ -29,8 +30,12 @@ struct Opened {
   std::function<void()> keep;
 };
 
+/// What an edit changes; edits of different grounds don't end each other.
+enum class Ground { surfaces, selection, properties };
+
 struct Opening {
   std::string name;
+  Ground ground;
   std::function<Opened(const DocumentPtr&)> begin;
 };
 
@@ -81,14 +86,26 @@ Opened beginMoveOfSelection(const DocumentPtr& document) {
           .keep = [=] { move->close(); }};
 }
 
+Opened beginOpacity(const DocumentPtr& document) {
+  const std::shared_ptr<OpenOpacityEdit> edit =
+      OpenOpacityEdit::begin(document, *document->selectedNodeID.value());
+  return {.isOpen = [=] { return edit->isOpen(); },
+          .show = [=] { edit->show(0.25F); },
+          .keep = [=] { edit->keep(); }};
+}
+
 struct Pull {
   std::string name;
   std::function<void(Document&)> command;
 };
 
-const std::vector<Opening> openings{
-    {"levels", beginLevels}, {"move", beginMove},   {"moveOfMask", beginMoveOfMask},
-    {"wand", beginWand},     {"shape", beginShape}, {"moveOfSelection", beginMoveOfSelection}};
+const std::vector<Opening> openings{{"levels", Ground::surfaces, beginLevels},
+                                    {"move", Ground::surfaces, beginMove},
+                                    {"moveOfMask", Ground::surfaces, beginMoveOfMask},
+                                    {"wand", Ground::selection, beginWand},
+                                    {"shape", Ground::selection, beginShape},
+                                    {"moveOfSelection", Ground::selection, beginMoveOfSelection},
+                                    {"opacity", Ground::properties, beginOpacity}};
 
 const std::vector<Pull> pulls{
     {"undo", [](Document& d) { d.undo(); }},
@@ -166,8 +183,8 @@ TEST_P(OpenEditTest, EndsBeforeWhatItDependsOnChanges) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Pairs, OpenEditTest,
-                         testing::Combine(testing::Range<std::size_t>(0, 6),
-                                          testing::Range<std::size_t>(0, 12)),
+                         testing::Combine(testing::Range<std::size_t>(0, openings.size()),
+                                          testing::Range<std::size_t>(0, pulls.size())),
                          [](const testing::TestParamInfo<Pair>& tested) {
                            return openings[std::get<0>(tested.param)].name + "And" +
                                   pulls[std::get<1>(tested.param)].name;
@@ -181,9 +198,7 @@ TEST_P(OverlappingEdits, TheSecondEndsTheFirstOnTheSameGround) {
   const Opened before = openings[first].begin(document);
   before.show();
   const Opened after = openings[second].begin(document);
-  constexpr std::size_t firstOfTheSelection = 3;
-  const bool isSameGround = (first < firstOfTheSelection) == (second < firstOfTheSelection);
-  EXPECT_EQ(before.isOpen(), !isSameGround);
+  EXPECT_EQ(before.isOpen(), openings[first].ground != openings[second].ground);
   EXPECT_TRUE(after.isOpen());
   after.show();
   before.keep();
@@ -192,8 +207,8 @@ TEST_P(OverlappingEdits, TheSecondEndsTheFirstOnTheSameGround) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Pairs, OverlappingEdits,
-                         testing::Combine(testing::Range<std::size_t>(0, 6),
-                                          testing::Range<std::size_t>(0, 6)),
+                         testing::Combine(testing::Range<std::size_t>(0, openings.size()),
+                                          testing::Range<std::size_t>(0, openings.size())),
                          [](const testing::TestParamInfo<Pair>& tested) {
                            return openings[std::get<0>(tested.param)].name + "Then" +
                                   openings[std::get<1>(tested.param)].name;

@@ -5,6 +5,8 @@
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
 
+#include "look/Look.h"
+
 namespace orvanel {
 
 namespace {
@@ -14,6 +16,7 @@ constexpr int largeStep = 10;
 }  // namespace
 
 DirectSlider::DirectSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
+  setMinimumHeight(look::size::control);
   setSingleStep(1);
   setPageStep(largeStep);
 }

@@ -80,6 +80,7 @@ SliderDropdown::SliderDropdown(const QString& label, double lowest, double highe
 
   labelText_->setTextFormat(Qt::PlainText);
   labelText_->setVisible(!label.isEmpty());
+  look::setTextColor(*labelText_, look::color::secondaryText);
   text_->setTextFormat(Qt::PlainText);
   text_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button_->setFocusPolicy(Qt::NoFocus);
@@ -179,6 +180,10 @@ void SliderDropdown::reserveWidth() {
 void SliderDropdown::setLabelWidth(int width) {
   labelText_->setFixedWidth(width);
   labelText_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+}
+
+int SliderDropdown::labelWidth() const {
+  return labelText_->fontMetrics().horizontalAdvance(label_);
 }
 
 // The field.

@@ -40,6 +40,8 @@ class SliderDropdown : public QWidget {
 
   /// A width for the label, which is then right-aligned, so that it lines up with those of other rows.
   void setLabelWidth(int width);
+  /// The room that the label needs.
+  [[nodiscard]] int labelWidth() const;
   [[nodiscard]] const QString& label() const { return label_; }
   /// The value as it is shown, truncated, without what is being typed.
   [[nodiscard]] int shownValue() const;

@@ -24,7 +24,7 @@ SliderPanel::SliderPanel(DirectSlider* slider, QWidget* opener)
     : QWidget(opener, Qt::Popup | Qt::FramelessWindowHint), slider_(slider), opener_(opener) {
   setObjectName(QStringLiteral("sliderPanel"));
   auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(look::space::wide, look::space::normal, look::space::wide, look::space::normal);
+  row->setContentsMargins(look::space::wide, look::space::tight, look::space::wide, look::space::tight);
   row->addWidget(slider);
   setFocusProxy(slider);
 }

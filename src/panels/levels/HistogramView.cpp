@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "look/Look.h"
+#include "panels/controls/InsetBorder.h"
 
 namespace orvanel {
 namespace {
@@ -63,6 +64,8 @@ void HistogramView::paintEvent(QPaintEvent* /*event*/) {
   };
   drawPoint(model_.blackPoint.value(), Qt::blue);
   drawPoint(model_.whitePoint.value(), Qt::red);
+
+  InsetBorder::ofWells(*this).paint(painter, rect());
 }
 
 }  // namespace orvanel

@@ -1,19 +1,22 @@
 #include "panels/levels/LevelsContentView.h"
 
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <cmath>
 
 #include "look/Look.h"
+#include "panels/controls/DirectSlider.h"
 
 namespace orvanel {
 namespace {
 
-constexpr double fieldFontSize = 11.0;
+constexpr double fieldFontSize = look::type::small;
 constexpr int ratioPositions = 1000;
-constexpr int smallestWidth = 300;
+constexpr int smallestWidth = 320;
+constexpr int fieldWidth = 52;
 
 }  // namespace
 
@@ -46,25 +49,33 @@ LevelsContentView::Scale LevelsContentView::ratioScale(float smallest, float lar
 }
 
 LevelsContentView::LevelsContentView(LevelsModel& model, QWidget* parent) : QWidget(parent) {
-  setFont(look::font(fieldFontSize));
-  setMinimumWidth(smallestWidth);
   auto* column = new QVBoxLayout(this);
-  column->addWidget(new HistogramView(model, this));
+  const int margin = look::space::section;
+  column->setContentsMargins(margin, margin, margin, margin);
+  column->setSpacing(look::space::section);
+  auto* histogram = new HistogramView(model, this);
+  histogram->setMinimumWidth(smallestWidth);
+  column->addWidget(histogram);
 
-  auto* form = new QFormLayout;
-  column->addLayout(form);
-  black = addRow(*form, QStringLiteral("Black:"), model.blackPoint,
+  auto* grid = new QGridLayout;
+  grid->setHorizontalSpacing(look::space::normal);
+  grid->setVerticalSpacing(look::space::tight);
+  grid->setColumnStretch(1, 1);
+  column->addLayout(grid);
+  black = addRow(*grid, tr("Black:"), tr("Black point"), model.blackPoint,
                  linearScale(LevelsModel::smallestBlack, LevelsModel::largestBlack));
-  gamma = addRow(*form, QStringLiteral("Gamma:"), model.gamma,
+  gamma = addRow(*grid, tr("Gamma:"), tr("Gamma"), model.gamma,
                  ratioScale(LevelsModel::smallestGamma, LevelsModel::largestGamma));
-  white = addRow(*form, QStringLiteral("White:"), model.whitePoint,
+  white = addRow(*grid, tr("White:"), tr("White point"), model.whitePoint,
                  linearScale(LevelsModel::smallestWhite, LevelsModel::largestWhite));
 
   auto* buttons = new QHBoxLayout;
+  buttons->setSpacing(look::space::normal);
   column->addLayout(buttons);
   buttons->addStretch();
-  cancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-  okButton = new QPushButton(QStringLiteral("OK"), this);
+  cancelButton = new QPushButton(tr("Cancel"), this);
+  okButton = new QPushButton(tr("OK"), this);
+  cancelButton->setAutoDefault(false);
   okButton->setDefault(true);
   buttons->addWidget(cancelButton);
   buttons->addWidget(okButton);
@@ -76,22 +87,27 @@ LevelsContentView::LevelsContentView(LevelsModel& model, QWidget* parent) : QWid
   });
 }
 
-LevelsContentView::Row LevelsContentView::addRow(QFormLayout& form, const QString& label,
+LevelsContentView::Row LevelsContentView::addRow(QGridLayout& grid, const QString& label, const QString& name,
                                                  QProperty<float>& value, const Scale& scale) {
-  const Row row{.slider = new QSlider(Qt::Horizontal, this), .field = new QDoubleSpinBox(this)};
-  const QString name = label.chopped(1);
+  const Row row{.slider = new DirectSlider(this), .field = new QDoubleSpinBox(this)};
   row.slider->setAccessibleName(name);
   row.slider->setRange(0, scale.positions);
+  row.field->setFont(look::font(fieldFontSize));
   row.field->setAccessibleName(name);
   row.field->setDecimals(scale.decimals);
   row.field->setRange(double{scale.smallest}, double{scale.largest});
   row.field->setSingleStep(scale.decimals > 0 ? 0.1 : 1.0);
   row.field->setKeyboardTracking(false);
   row.field->setAlignment(Qt::AlignRight);
-  auto* line = new QHBoxLayout;
-  line->addWidget(row.slider, 1);
-  line->addWidget(row.field);
-  form.addRow(label, line);
+  row.field->setButtonSymbols(QAbstractSpinBox::NoButtons);
+  row.field->setFixedWidth(fieldWidth);
+  auto* text = new QLabel(label, this);
+  text->setBuddy(row.field);
+  look::setTextColor(*text, look::color::secondaryText);
+  const int line = grid.rowCount();
+  grid.addWidget(text, line, 0, Qt::AlignRight | Qt::AlignVCenter);
+  grid.addWidget(row.slider, line, 1);
+  grid.addWidget(row.field, line, 2);
 
   const auto show = [row, &value, positionOf = scale.positionOf] {
     const QSignalBlocker slider(row.slider);
@@ -105,12 +121,9 @@ LevelsContentView::Row LevelsContentView::addRow(QFormLayout& form, const QStrin
           [this, &value, valueAt = scale.valueAt](int position) { userSet(value, valueAt(position)); });
   connect(row.field, &QDoubleSpinBox::valueChanged, this,
           [this, &value](double typed) { userSet(value, static_cast<float>(typed)); });
-  connect(row.slider, &QSlider::sliderPressed, this, [this] {
-    if (onEditingChanged) onEditingChanged(true);
-  });
-  connect(row.slider, &QSlider::sliderReleased, this, [this] {
-    if (onEditingChanged) onEditingChanged(false);
-  });
+  row.slider->onEditingChanged = [this](bool isEditing) {
+    if (onEditingChanged) onEditingChanged(isEditing);
+  };
   return row;
 }
 

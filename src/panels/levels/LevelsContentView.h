@@ -5,7 +5,6 @@
 #include <QDoubleSpinBox>
 #include <QPropertyNotifier>
 #include <QPushButton>
-#include <QSlider>
 #include <QWidget>
 #include <functional>
 #include <vector>
@@ -13,9 +12,11 @@
 #include "panels/levels/HistogramView.h"
 #include "panels/levels/LevelsModel.h"
 
-class QFormLayout;
+class QGridLayout;
 
 namespace orvanel {
+
+class DirectSlider;
 
 class LevelsContentView : public QWidget {
   Q_OBJECT
@@ -33,7 +34,7 @@ class LevelsContentView : public QWidget {
 
   /// The controls of one value.
   struct Row {
-    QSlider* slider = nullptr;
+    DirectSlider* slider = nullptr;
     QDoubleSpinBox* field = nullptr;
   };
   Row black;
@@ -56,8 +57,8 @@ class LevelsContentView : public QWidget {
   /// Equal steps of the slider multiply the value equally, so that 1 lies in the middle.
   [[nodiscard]] static Scale ratioScale(float smallest, float largest);
 
-  [[nodiscard]] Row addRow(QFormLayout& form, const QString& label, QProperty<float>& value,
-                           const Scale& scale);
+  [[nodiscard]] Row addRow(QGridLayout& grid, const QString& label, const QString& name,
+                           QProperty<float>& value, const Scale& scale);
   void userSet(QProperty<float>& value, float chosen);
 
   std::vector<QPropertyNotifier> notifiers_;

@@ -4,10 +4,12 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QTest>
 #include <QThreadPool>
 #include <cmath>
 #include <numeric>
 
+#include "panels/controls/DirectSlider.h"
 #include "raster/HalfFloat.h"
 
 namespace orvanel {
@@ -182,10 +184,34 @@ TEST_F(LevelsWindowTest, ADragIsContinuousEditingAndMarksTheThumbnailsAtItsEnd) 
 
 TEST_F(LevelsWindowTest, SlidersReportTheirDrags) {
   openOnGrey();
-  Q_EMIT content().gamma.slider->sliderPressed();
+  DirectSlider& slider = *content().gamma.slider;
+  const QPoint centre = slider.rect().center();
+  QTest::mousePress(&slider, Qt::LeftButton, {}, centre);
   EXPECT_EQ(document->thumbnailManager->continuousEditingCount(), 1);
-  Q_EMIT content().gamma.slider->sliderReleased();
+  QTest::mouseMove(&slider, centre + QPoint(40, 0));
+  EXPECT_GT(window.model().gamma.value(), 1.0F);
+  QTest::mouseRelease(&slider, Qt::LeftButton, {}, centre + QPoint(40, 0));
   EXPECT_EQ(document->thumbnailManager->continuousEditingCount(), 0);
+}
+
+TEST_F(LevelsWindowTest, KeysStepTheSlidersAndTheFields) {
+  openOnGrey();
+  QTest::keyClick(content().black.slider, Qt::Key_Right);
+  EXPECT_EQ(window.model().blackPoint.value(), 1.0F);
+  QTest::keyClick(content().black.slider, Qt::Key_Up, Qt::ShiftModifier);
+  EXPECT_EQ(window.model().blackPoint.value(), 11.0F);
+  QTest::keyClick(content().white.field, Qt::Key_Down);
+  EXPECT_EQ(window.model().whitePoint.value(), 254.0F);
+  QTest::keyClick(content().gamma.field, Qt::Key_Up);
+  EXPECT_FLOAT_EQ(window.model().gamma.value(), 1.1F);
+}
+
+TEST_F(LevelsWindowTest, EscapeCancels) {
+  openOnGrey();
+  content().black.slider->setValue(200);
+  QTest::keyClick(content().black.slider, Qt::Key_Escape);
+  EXPECT_FALSE(window.isOpen());
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF808080U);
 }
 
 TEST_F(LevelsWindowTest, OpeningAgainOnTheSameLayerKeepsTheLevels) {

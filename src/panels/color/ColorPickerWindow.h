@@ -1,0 +1,45 @@
+// The floating colour picker: edits one colour at a time and reports every change at once, so that whoever
+// asked for it shows it while it is chosen. "OK" leaves the last colour, "Cancel" and the frame's button give
+// back the first. One for the program, owned by the main window; main thread only.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "panels/color/ColorPickerContentView.h"
+#include "panels/color/ColorPickerModel.h"
+
+namespace orvanel {
+
+class ColorPickerWindow : public QDialog {
+  Q_OBJECT
+
+ public:
+  /// The panel floats above `parent`.
+  explicit ColorPickerWindow(QWidget* parent);
+
+  /// Begins with another colour. One that was being chosen stays as it is.
+  void open(const QString& name, const DisplayColor& color,
+            std::function<void(const DisplayColor&)> onChange);
+
+  [[nodiscard]] ColorPickerModel& model() { return model_; }
+  [[nodiscard]] ColorPickerContentView& content() { return *content_; }
+
+  void accept() override;
+  void reject() override;
+
+ private:
+  using QDialog::open;
+  void changed(const DisplayColor& color);
+  void closePanel();
+
+  ColorPickerModel model_;
+  ColorPickerContentView* content_;
+  std::function<void(const DisplayColor&)> onChange_;
+  DisplayColor initialColor_;
+  /// What the owner was last told.
+  DisplayColor lastColor_;
+  bool hasChanged_ = false;
+};
+
+}  // namespace orvanel
