@@ -24,7 +24,7 @@ class SymbolView : public QWidget {
     (void)event;
     QPainter painter(this);
     painter.setOpacity(0.55);
-    QIcon(QStringLiteral(":/icons/doc.badge.plus.svg")).paint(&painter, rect());
+    QIcon(QStringLiteral(":/icons/doc.badge.plus.large.svg")).paint(&painter, rect());
   }
 };
 
