@@ -10,7 +10,8 @@ namespace orvanel {
 
 OpenEdit::OpenEdit(const DocumentPtr& document, Ground ground, QString actionName)
     : document_(document), ground_(ground), actionName_(std::move(actionName)) {
-  endAll(*document, ground == Ground::surface ? EndsOpenEdits::ofTheSurfaces : EndsOpenEdits::ofTheSelection);
+  if (ground == Ground::surface) endAll(*document, EndsOpenEdits::ofTheSurfaces);
+  if (ground == Ground::selection) endAll(*document, EndsOpenEdits::ofTheSelection);
   document->openEdits_.push_back(this);
 }
 

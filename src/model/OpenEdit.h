@@ -32,7 +32,7 @@ class OpenEdit {
   /// The name of the record that would keep it.
   [[nodiscard]] const QString& actionName() const { return actionName_; }
   /// Whether keeping it marks the document as unsaved.
-  [[nodiscard]] bool isUnsavedChange() const { return ground_ == Ground::surface; }
+  [[nodiscard]] bool isUnsavedChange() const { return ground_ != Ground::selection; }
 
   /// Ends the edit as a change of tool does: keeps what it shows under a record, or leaves none if nothing
   /// changed.
@@ -50,7 +50,11 @@ class OpenEdit {
   std::function<void()> onClosed;
 
  protected:
-  enum class Ground { surface, selection };
+  enum class Ground {
+    surface,
+    selection,
+    properties,  ///< of nodes; any number may be open
+  };
 
   OpenEdit(const DocumentPtr& document, Ground ground, QString actionName);
   /// Null once the edit is closed.
