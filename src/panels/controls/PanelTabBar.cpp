@@ -3,6 +3,7 @@
 #include <QPainter>
 
 #include "look/Look.h"
+#include "panels/controls/RowPainting.h"
 
 namespace orvanel {
 
@@ -37,14 +38,13 @@ void PanelTabBar::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(isCurrent || isHovered ? look::color::text : look::color::secondaryText);
     painter.drawText(tab, Qt::AlignCenter | Qt::TextSingleLine, tabText(index));
     if (!isCurrent) continue;
-    const QRectF underline(tab.left() + look::space::wide, tab.bottom() + 1 - look::size::focusRing,
-                           tab.width() - 2 * look::space::wide, look::size::focusRing);
-    painter.fillRect(underline, look::color::accent);
     if (hasFocus()) {
-      painter.setPen(QPen(look::color::accent, look::size::focusRing));
-      painter.setBrush(Qt::NoBrush);
-      painter.drawRoundedRect(QRectF(tab).adjusted(3, 5, -3, -5), look::radius::control,
-                              look::radius::control);
+      paintRowFocus(painter, tab.adjusted(look::space::tight, look::space::tight, -look::space::tight,
+                                          -look::space::tight));
+    } else {
+      const QRectF underline(tab.left() + look::space::wide, height() - look::size::focusRing,
+                             tab.width() - 2 * look::space::wide, look::size::focusRing);
+      painter.fillRect(underline, look::color::accent);
     }
   }
 }

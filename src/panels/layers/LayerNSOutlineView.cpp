@@ -335,7 +335,8 @@ void LayerNSOutlineView::fillContextMenu(QMenu& menu, const QModelIndex& index, 
 void LayerNSOutlineView::keyPressEvent(QKeyEvent* event) {
   const QModelIndex current = currentIndex();
   const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
-  if (!current.isValid() || !isPlain) return QTreeView::keyPressEvent(event);
+  // Keys that the field of a name leaves come here as well.
+  if (!current.isValid() || !isPlain || isEditing()) return QTreeView::keyPressEvent(event);
   switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:

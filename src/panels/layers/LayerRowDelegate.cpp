@@ -2,6 +2,7 @@
 
 #include <QLineEdit>
 #include <QPainter>
+#include <algorithm>
 
 #include "look/Look.h"
 #include "panels/layers/CornerBrackets.h"
@@ -131,7 +132,9 @@ void LayerRowDelegate::setEditorData(QWidget* editor, const QModelIndex& index) 
   // Called again whenever the row changes, which must not undo what is being typed.
   if (field == nullptr || field->isModified()) return;
   field->setText(index.data(Qt::EditRole).toString());
-  field->selectAll();
+  // All of it, with the beginning in sight.
+  const int length = static_cast<int>(field->text().size());
+  field->setSelection(length, -length);
 }
 
 void LayerRowDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
@@ -145,8 +148,11 @@ void LayerRowDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionV
                                             const QModelIndex& index) const {
   const std::optional<LayerRowLayout> layout = layoutOf(index, option.rect);
   if (!layout) return;
-  QRect place(layout->name.left() - look::space::tight, 0, 0, look::size::control);
-  place.setRight(layout->lock.right());
+  // Names next to two thumbnails have little room; the field may cover them.
+  constexpr int narrowestField = 128;
+  const int right = layout->lock.left() + layout->lock.width();
+  const int left = std::min(layout->name.left() - look::space::tight, right - narrowestField);
+  QRect place(left, 0, right - left, look::size::control);
   place.moveTop(option.rect.top() + (option.rect.height() - place.height()) / 2);
   editor->setGeometry(place);
 }

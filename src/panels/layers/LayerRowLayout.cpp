@@ -15,6 +15,8 @@ constexpr int indentation = space::wide;
 constexpr int deepestIndentation = 6;
 constexpr int chevronWidth = size::symbol;
 constexpr int folderWidth = size::control;
+/// Leaves room for the brackets around a mask.
+constexpr int chainWidth = size::symbol + space::tight;
 
 QRect centeredIn(const QRect& row, int left, int width, int height) {
   return {left, row.top() + (row.height() - height) / 2, width, height};
@@ -41,7 +43,7 @@ LayerRowLayout::LayerRowLayout(const QRect& rowRect, const LayerNode& node, int 
     left += chevronWidth;
     thumbnail = next(thumbnailSize, thumbnailSize);
     if (layer->mask.value() != nullptr) {
-      chain = next(size::symbol, size::control);
+      chain = next(chainWidth, size::control);
       maskThumbnail = next(thumbnailSize, thumbnailSize);
     }
   }
