@@ -104,13 +104,14 @@ void ChannelListView::paintRow(QPainter& painter, const QStyleOptionViewItem& op
   painter.setPen(model_.isVisible(row) ? look::color::text : look::color::secondaryText);
   painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
                    model_.index(row).data().toString());
-  if (hasFocus() && currentIndex().row() == row) paintRowFocus(painter, option.rect);
+  if (isUsedByKeys_ && hasFocus() && currentIndex().row() == row) paintRowFocus(painter, option.rect);
   painter.restore();
 }
 
 // The pointer.
 
 void ChannelListView::mousePressEvent(QMouseEvent* event) {
+  isUsedByKeys_ = false;
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   if (event->button() != Qt::LeftButton || !index.isValid()) return;
@@ -187,7 +188,15 @@ bool ChannelListView::showHelp(const QPoint& point, const QPoint& globalPoint) {
 
 // Keys.
 
+void ChannelListView::focusInEvent(QFocusEvent* event) {
+  const Qt::FocusReason reason = event->reason();
+  if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) isUsedByKeys_ = true;
+  QListView::focusInEvent(event);
+}
+
 void ChannelListView::keyPressEvent(QKeyEvent* event) {
+  isUsedByKeys_ = true;
+  update(currentIndex());
   const int row = currentIndex().row();
   const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;

@@ -37,6 +37,7 @@ class ChannelListView : public QListView {
   /// Two quick clicks are two clicks.
   void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
   void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
   bool viewportEvent(QEvent* event) override;
 
  private:
@@ -60,6 +61,8 @@ class ChannelListView : public QListView {
   std::optional<Sweep> sweep_;
   int hoveredRow_ = -1;
   bool isOnEye_ = false;
+  /// The ring around the current row is for those who work with keys.
+  bool isUsedByKeys_ = false;
 };
 
 }  // namespace orvanel

@@ -24,7 +24,7 @@ class ThumbnailPainter {
  private:
   /// The picture and its width on the device.
   using Key = std::pair<qint64, int>;
-  static constexpr int mostScaled = 512;
+  static constexpr int mostScaled = 256;
   QCache<Key, QPixmap> scaled_{mostScaled};
 };
 

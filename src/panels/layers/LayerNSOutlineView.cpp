@@ -2,6 +2,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -193,7 +194,8 @@ void LayerNSOutlineView::drawRow(QPainter* painter, const QStyleOptionViewItem& 
   row.rect = QTreeView::visualRect(node);
   row.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(node));
   row.state.setFlag(QStyle::State_MouseOver, pointer_.row == node);
-  row.state.setFlag(QStyle::State_HasFocus, hasFocus() && currentIndex() == node && !isEditing());
+  const bool hasRing = isUsedByKeys_ && hasFocus() && !isEditing();
+  row.state.setFlag(QStyle::State_HasFocus, hasRing && currentIndex() == node);
   delegate_.paint(painter, row, node);
 }
 
@@ -213,12 +215,19 @@ void LayerNSOutlineView::beginRename(const QModelIndex& index) {
   if (document == nullptr || !index.isValid()) return;
   const QPersistentModelIndex row = index.siblingAtColumn(LayerTreeModel::nodeColumn);
   document->selectNode(model_.idOf(row));
-  if (row.isValid()) edit(row);
+  if (!row.isValid()) return;
+  edit(row);
+  if (auto* field = qobject_cast<QLineEdit*>(indexWidget(row))) {
+    // All of the name, with its beginning in sight.
+    const int length = static_cast<int>(field->text().size());
+    field->setSelection(length, -length);
+  }
 }
 
 // The pointer.
 
 void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
+  isUsedByKeys_ = false;
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   const LayerRowPart part = partAt(point);
@@ -332,11 +341,26 @@ void LayerNSOutlineView::fillContextMenu(QMenu& menu, const QModelIndex& index, 
 
 // Keys.
 
+void LayerNSOutlineView::focusInEvent(QFocusEvent* event) {
+  const Qt::FocusReason reason = event->reason();
+  if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) isUsedByKeys_ = true;
+  QTreeView::focusInEvent(event);
+}
+
 void LayerNSOutlineView::keyPressEvent(QKeyEvent* event) {
   const QModelIndex current = currentIndex();
-  const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  isUsedByKeys_ = true;
+  update(current);
+  const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
   // Keys that the field of a name leaves come here as well.
-  if (!current.isValid() || !isPlain || isEditing()) return QTreeView::keyPressEvent(event);
+  if (!current.isValid() || isEditing()) return QTreeView::keyPressEvent(event);
+  if (event->key() == Qt::Key_Space && modifiers == Qt::ShiftModifier) {
+    return coordinator_.pushButton(current, LayerRowPart::lock);
+  }
+  if (event->key() == Qt::Key_Space && modifiers == (Qt::ControlModifier | Qt::ShiftModifier)) {
+    return coordinator_.pushButton(current, LayerRowPart::chain);
+  }
+  if (modifiers != Qt::NoModifier) return QTreeView::keyPressEvent(event);
   switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:

@@ -56,6 +56,7 @@ class LayerNSOutlineView : public QTreeView {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
   bool viewportEvent(QEvent* event) override;
   void timerEvent(QTimerEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
@@ -96,6 +97,7 @@ class LayerNSOutlineView : public QTreeView {
   bool walkLevels(int key, const QModelIndex& current);
 
   // Drag and drop.
+  [[nodiscard]] QPixmap pictureOf(const QModelIndex& row) const;
   [[nodiscard]] std::optional<DropPlace> dropPlaceAt(const QPoint& point, const QMimeData& dragged) const;
   [[nodiscard]] DropPlace placeBetween(const QModelIndex& item, int gap, int y,
                                        const QModelIndex& dragged) const;
@@ -109,6 +111,8 @@ class LayerNSOutlineView : public QTreeView {
   LayerRowDelegate delegate_;
   QPersistentModelIndex lastSwept_;
   bool isShowing_ = false;
+  /// The ring around the active row is for those who work with keys.
+  bool isUsedByKeys_ = false;
 
   std::optional<QRect> dropMark_;
   QPersistentModelIndex springFolder_;

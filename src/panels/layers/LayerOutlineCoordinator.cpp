@@ -117,8 +117,8 @@ QString LayerOutlineCoordinator::help(const QModelIndex& index, LayerRowPart par
       return node->isVisible().value() ? tr("Hide (Space)\nDrag to hide several.")
                                        : tr("Show (Space)\nDrag to show several.");
     case LayerRowPart::lock:
-      return node->isLocked().value() ? tr("Unlock\nLets the tools change it again.")
-                                      : tr("Lock\nProtects it from the tools.");
+      return node->isLocked().value() ? tr("Unlock (Shift+Space)\nLets the tools change it again.")
+                                      : tr("Lock (Shift+Space)\nProtects it from the tools.");
     case LayerRowPart::disclosure:
       return node->folder() != nullptr && node->folder()->isExpanded.value() ? tr("Collapse (Left)")
                                                                              : tr("Expand (Right)");
@@ -136,8 +136,9 @@ QString LayerOutlineCoordinator::helpForMask(const Layer& layer, LayerRowPart pa
   if (part == LayerRowPart::maskThumbnail) {
     return tr("Mask\nClick to edit it. Ctrl-click to load it as the selection.");
   }
-  return layer.isMaskLinked.value() ? tr("Linked\nThe mask moves along with the pixels.")
-                                    : tr("Unlinked\nThe mask and the pixels move on their own.");
+  return layer.isMaskLinked.value()
+             ? tr("Linked (Ctrl+Shift+Space)\nThe mask moves along with the pixels.")
+             : tr("Unlinked (Ctrl+Shift+Space)\nThe mask and the pixels move on their own.");
 }
 
 }  // namespace orvanel

@@ -10,23 +10,30 @@ namespace orvanel {
 void LayerNSOutlineView::startDrag(Qt::DropActions /*supportedActions*/) {
   const QModelIndex row = currentIndex();
   if (!row.isValid()) return;
-  constexpr double draggedOpacity = 0.75;
-  const QRect place = QTreeView::visualRect(row);
-  QPixmap picture(place.size() * devicePixelRatioF());
-  picture.setDevicePixelRatio(devicePixelRatioF());
-  picture.fill(Qt::transparent);
-  QPainter painter(&picture);
-  painter.setOpacity(draggedOpacity);
-  painter.drawPixmap(0, 0, viewport()->grab(place));
-  painter.end();
-
   auto* drag = new QDrag(this);  // owned by the toolkit
   drag->setMimeData(model_.mimeData({row}));
-  drag->setPixmap(picture);
-  drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - place.topLeft());
+  drag->setPixmap(pictureOf(row));
+  drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - QTreeView::visualRect(row).topLeft());
   setState(DraggingState);
   runDrag(*drag);
   endDropping();
+}
+
+QPixmap LayerNSOutlineView::pictureOf(const QModelIndex& row) const {
+  QStyleOptionViewItem option;
+  initViewItemOption(&option);
+  option.rect = QRect({}, QTreeView::visualRect(row).size());
+  option.state.setFlag(QStyle::State_MouseOver);
+  option.state.setFlag(QStyle::State_HasFocus, false);
+  QPixmap picture(option.rect.size() * devicePixelRatioF());
+  picture.setDevicePixelRatio(devicePixelRatioF());
+  QPainter painter(&picture);
+  delegate_.paint(&painter, option, row);
+  // The rows beneath and the line between them shine through.
+  constexpr int draggedAlpha = 190;
+  painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+  painter.fillRect(option.rect, QColor(0, 0, 0, draggedAlpha));
+  return picture;
 }
 
 void LayerNSOutlineView::dragEnterEvent(QDragEnterEvent* event) {

@@ -132,9 +132,6 @@ void LayerRowDelegate::setEditorData(QWidget* editor, const QModelIndex& index) 
   // Called again whenever the row changes, which must not undo what is being typed.
   if (field == nullptr || field->isModified()) return;
   field->setText(index.data(Qt::EditRole).toString());
-  // All of it, with the beginning in sight.
-  const int length = static_cast<int>(field->text().size());
-  field->setSelection(length, -length);
 }
 
 void LayerRowDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,

@@ -193,6 +193,15 @@ TEST_F(LayerNSOutlineViewTest, AButtonThatThePointerLeavesDoesNothing) {
   EXPECT_FALSE(node("a").isLocked().value());
 }
 
+TEST_F(LayerNSOutlineViewTest, LockAndChainHaveKeysToo) {
+  document->addLayerMask(layer("d"));
+  QTest::keyClick(&outline, Qt::Key_Space, Qt::ShiftModifier);
+  EXPECT_TRUE(node("d").isLocked().value());
+  QTest::keyClick(&outline, Qt::Key_Space, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_FALSE(layer("d")->isMaskLinked.value());
+  EXPECT_TRUE(isVisible("d"));
+}
+
 TEST_F(LayerNSOutlineViewTest, SpaceTurnsTheEye) {
   activate(*document, "b");
   key(Qt::Key_Space);
@@ -309,6 +318,17 @@ TEST_F(LayerNSOutlineViewTest, TheSameNameOrNoneRecordsNothing) {
   QApplication::processEvents();
   EXPECT_EQ(node("d").name().value(), "d");
   EXPECT_EQ(records(), before);
+}
+
+TEST_F(LayerNSOutlineViewTest, TabGoesOnToTheNextName) {
+  key(Qt::Key_Return);
+  ASSERT_NE(editor(), nullptr);
+  QTest::keyClicks(editor(), "Sky");
+  QTest::keyClick(editor(), Qt::Key_Tab);
+  QApplication::processEvents();
+  EXPECT_EQ(treeText(*document), "Background, a, b, c, Sky");
+  EXPECT_TRUE(outline.isEditing());
+  EXPECT_EQ(activeName(*document), "c");
 }
 
 TEST_F(LayerNSOutlineViewTest, WhatIsTypedOutlivesANewThumbnail) {
