@@ -192,6 +192,9 @@ class Document : public std::enable_shared_from_this<Document> {
   /// `index` is counted after the node's removal, and clamped. If the folder doesn't exist the node goes to
   /// the root list; if it lies inside the node, nothing happens. Sets no flags.
   void moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index);
+  /// The same by the user's hand: the node becomes active and the document unsaved. A node that is already
+  /// there only becomes active.
+  void placeNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index);
   void duplicateNode(const QUuid& nodeID);
 
   // Changes of one node property; each leaves one record. An equal value, an empty name or an absent node

@@ -93,6 +93,18 @@ TreePosition positionForNewNode(const Document& document) {
   return position;
 }
 
+/// False if the node isn't in the tree, or if the position lies inside it.
+bool moveAndRecord(DocumentEdit& edit, Document& document, const QUuid& nodeID,
+                   const TreePosition& position) {
+  const std::optional<TreePosition> source = document.treePosition(nodeID);
+  if (!source) return false;
+  auto record = std::make_shared<MoveNodeOperation>(document.shared_from_this(), nodeID, *source);
+  if (!edit.moveNode(nodeID, position)) return false;
+  record->setDestination(document.treePosition(nodeID));
+  edit.record(std::move(record));
+  return true;
+}
+
 }  // namespace
 
 void Document::addLayer(const QString& requestedName) {
@@ -155,12 +167,15 @@ void Document::moveNode(const QUuid& nodeID, const QUuid& toFolder) {
 
 void Document::moveNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index) {
   DocumentEdit edit(*this, editKind::order);
+  moveAndRecord(edit, *this, nodeID, {.parentID = parentID, .index = index});
+}
+
+void Document::placeNode(const QUuid& nodeID, const std::optional<QUuid>& parentID, int index) {
+  DocumentEdit edit(*this, editKind::property);
   const std::optional<TreePosition> source = treePosition(nodeID);
   if (!source) return;
-  auto record = std::make_shared<MoveNodeOperation>(shared_from_this(), nodeID, *source);
-  if (!edit.moveNode(nodeID, {.parentID = parentID, .index = index})) return;
-  record->setDestination(treePosition(nodeID));
-  edit.record(std::move(record));
+  if (source == TreePosition{.parentID = parentID, .index = index}) return selectNode(nodeID);
+  if (moveAndRecord(edit, *this, nodeID, {.parentID = parentID, .index = index})) edit.setActiveNode(nodeID);
 }
 
 void Document::duplicateNode(const QUuid& nodeID) {

@@ -178,6 +178,32 @@ TEST_F(DocumentTreeTest, MovingToAnIndexChangesNeitherActiveNodeNorFlags) {
   EXPECT_EQ(document->undoStack.undoActionName(), "Move Layer");
 }
 
+TEST_F(DocumentTreeTest, PlacingANodeActivatesItAndLeavesTheDocumentUnsaved) {
+  document->addLayer("a");
+  document->addFolder("Folder");
+  settle();
+  ChangeRecorder changes(*document);
+  document->placeNode(idOf(*document, "Background"), idOf(*document, "Folder"), 0);
+  EXPECT_EQ(treeText(*document), "a, Folder[Background]");
+  EXPECT_EQ(activeName(*document), "Background");
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(changes.batches, 1);
+  EXPECT_EQ(document->undoStack.undoActionName(), "Move Layer");
+  document->undo();
+  EXPECT_EQ(treeText(*document), "Background, a, Folder[]");
+}
+
+TEST_F(DocumentTreeTest, PlacingANodeWhereItIsOnlyActivatesIt) {
+  document->addLayer("a");
+  settle();
+  document->placeNode(idOf(*document, "Background"), std::nullopt, 0);
+  EXPECT_EQ(activeName(*document), "Background");
+  EXPECT_EQ(historySize(), 1U);
+  EXPECT_FALSE(document->isDirty.value());
+  document->placeNode(QUuid::createUuid(), std::nullopt, 0);
+  EXPECT_EQ(activeName(*document), "Background");
+}
+
 TEST_F(DocumentTreeTest, MovingIntoALayerMovesToTheRoot) {
   document->addFolder("Folder");
   document->addLayer("a");
