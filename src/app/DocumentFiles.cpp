@@ -6,8 +6,9 @@
 #include <utility>
 
 #include "app/EventWait.h"
-#include "app/ExportFormats.h"
 #include "app/FileMessage.h"
+#include "app/dialogs/ExportFormats.h"
+#include "app/dialogs/SizeRule.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "model/DisplayText.h"
@@ -16,14 +17,6 @@
 namespace orvanel {
 
 namespace {
-
-/// Parses the width or height of a canvas; nothing if it is not an integer within the limits.
-std::optional<int> parsedSide(const QString& text) {
-  bool isNumber = false;
-  const int side = text.toInt(&isNumber);
-  if (!isNumber || side < 1 || side > maximumCanvasSide) return std::nullopt;
-  return side;
-}
 
 /// A file name, without extension, for a document of this name.
 QString proposedName(QString name) {
@@ -56,16 +49,11 @@ DocumentFiles::~DocumentFiles() {
 void DocumentFiles::newDocument() {
   const std::optional<NewDocumentEntry> entry = dialogs_.askForNewDocument();
   if (!entry) return;
-  const std::optional<int> width = parsedSide(entry->width);
-  const std::optional<int> height = parsedSide(entry->height);
-  if (!width || !height) {
-    dialogs_.showWarning(QStringLiteral("Invalid Dimensions"),
-                         QStringLiteral("Width and height must be between 1 and 16384 pixels."));
-    return;
-  }
+  const std::optional<QSize> size = allowedSize(typedNumber(entry->width), typedNumber(entry->height));
+  if (!size) return dialogs_.showInvalidDimensions();
   const ColorMode mode = colorModeFromRaw(entry->colorModeIndex).value_or(ColorMode::rgb8);
   const DocumentPtr document =
-      Document::create(QStringLiteral("Untitled"), *width, *height, mode, appState_.metalContext);
+      Document::create(tr("Untitled"), size->width(), size->height(), mode, appState_.metalContext);
   NotificationCenter::standard().post(notification::createdNewDocument, document);
 }
 

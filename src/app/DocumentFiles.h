@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "app/AppState.h"
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 #include "app/DocumentOpener.h"
 #include "app/DocumentWriter.h"
 #include "app/FileActivity.h"

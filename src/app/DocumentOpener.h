@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 #include "app/FileActivity.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileError.h"

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "app/MenuCommands.h"
+#include "app/dialogs/SizeCommands.h"
 #include "panels/levels/LevelsWindow.h"
 
 namespace orvanel {
@@ -41,6 +42,18 @@ void addAdjustments(QMenu& menu, const CommandContext& context) {
       hasLayer);
 }
 
+void addSizes(QMenu& menu, const CommandContext& context) {
+  const auto add = [&](const QString& title, void (*command)(const DocumentPtr&, Dialogs&)) {
+    context.items.add(
+        menu, title, {},
+        onActiveDocument(context.appState, [command, &dialogs = context.dialogs](
+                                               const DocumentPtr& document) { command(document, dialogs); }),
+        hasDocument);
+  };
+  add(QStringLiteral("Canvas Size..."), askAndResizeCanvas);
+  add(QStringLiteral("Image Size..."), askAndResizeImage);
+}
+
 }  // namespace
 
 void ImageMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
@@ -48,6 +61,7 @@ void ImageMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
   menu.addSeparator();
   addAdjustments(*menu.addMenu(QStringLiteral("Adjustments")), context);
   menu.addSeparator();
+  addSizes(menu, context);
   context.items.add(
       menu, QStringLiteral("Crop"), {},
       onActiveDocument(context.appState, [](const DocumentPtr& document) { document->cropToSelection(); }),

@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "app/AppState.h"
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 #include "app/DocumentFiles.h"
 #include "app/MenuItems.h"
 #include "app/PixelPasteboard.h"

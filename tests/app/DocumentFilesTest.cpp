@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "AppFixture.h"
-#include "app/ExportFormats.h"
+#include "app/dialogs/ExportFormats.h"
 #include "model/LevelsAdjustment.h"
 #include "model/TestDoor.h"
 

@@ -1,14 +1,11 @@
 #include "app/MainWindow.h"
 
-#include <QComboBox>
 #include <QDropEvent>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSettings>
 
 #include "AppFixture.h"
-#include "app/NewDocumentDialog.h"
 #include "canvas/CanvasPaneView.h"
 #include "panels/bars/StatusBarPane.h"
 
@@ -111,6 +108,8 @@ TEST_F(MainWindowTest, TheMenuBarHoldsTheseItems) {
     -
     Invert | Ctrl+I
   -
+  Canvas Size...
+  Image Size...
   Crop
   Trim | Ctrl+.
 &Layer
@@ -352,20 +351,6 @@ TEST_F(MainWindowTest, ANameThatContainsTheModifiedMarkerIsShownLiterally) {
 TEST_F(MainWindowTest, TheAboutItemShowsTheAboutWindow) {
   item("Help", "About Orvanel")->trigger();
   EXPECT_EQ(dialogs.aboutShown, 1);
-}
-
-TEST(NewDocumentDialogTest, StartsWithTheDefaultValues) {
-  const NewDocumentDialog dialog;
-  EXPECT_EQ(dialog.widthField->text(), "1024");
-  EXPECT_EQ(dialog.heightField->text(), "768");
-  EXPECT_EQ(dialog.widthField->placeholderText(), "1024");
-  QStringList modes;
-  for (int index = 0; index < dialog.colorModePopup->count(); ++index)
-    modes << dialog.colorModePopup->itemText(index);
-  EXPECT_EQ(modes, QStringList({QStringLiteral("Grayscale 8-bit"), QStringLiteral("Grayscale 16-bit"),
-                                QStringLiteral("RGB 8-bit"), QStringLiteral("RGB 16-bit")}));
-  EXPECT_EQ(dialog.colorModePopup->currentIndex(), 2);
-  EXPECT_EQ(dialog.entry().colorModeIndex, 2);
 }
 
 TEST_F(MainWindowTest, AltAloneLeavesTheFocusOnTheCanvas) {

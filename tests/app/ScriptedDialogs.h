@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 
 namespace orvanel {
 
@@ -26,6 +26,8 @@ class ScriptedDialogs : public Dialogs {
   std::queue<QString> savePaths;
   std::queue<ExportTarget> exportTargets;
   std::optional<NewDocumentEntry> newDocument;
+  std::optional<CanvasSizeEntry> canvasSize;
+  std::optional<ImageSizeEntry> imageSize;
   QStringList filesToOpen;
   /// Called while a warning is open.
   std::function<void()> duringWarning;
@@ -43,6 +45,12 @@ class ScriptedDialogs : public Dialogs {
     return next(saveAnswers).value_or(SaveAnswer::cancel);
   }
   std::optional<NewDocumentEntry> askForNewDocument() override { return newDocument; }
+  std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& /*document*/) override {
+    return canvasSize;
+  }
+  std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& /*document*/) override {
+    return imageSize;
+  }
   QStringList askForFilesToOpen() override { return filesToOpen; }
   std::optional<QString> askWhereToSave(const QString& proposedPath) override {
     proposals.push_back(proposedPath.toStdString());

@@ -1,4 +1,4 @@
-#include "app/WindowDialogs.h"
+#include "app/dialogs/WindowDialogs.h"
 
 #include <gmock/gmock.h>
 

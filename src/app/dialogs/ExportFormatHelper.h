@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QString>
 
-#include "app/ExportFormats.h"
+#include "app/dialogs/ExportFormats.h"
 
 namespace orvanel {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 
 namespace orvanel {
 
@@ -22,6 +22,8 @@ class WindowDialogs : public Dialogs {
   void showWarning(const QString& message, const QString& informativeText) override;
   SaveAnswer askToSave(const QString& message, const QString& informativeText) override;
   std::optional<NewDocumentEntry> askForNewDocument() override;
+  std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) override;
+  std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) override;
   QStringList askForFilesToOpen() override;
   std::optional<QString> askWhereToSave(const QString& proposedPath) override;
   std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override;

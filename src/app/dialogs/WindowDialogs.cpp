@@ -1,4 +1,4 @@
-#include "app/WindowDialogs.h"
+#include "app/dialogs/WindowDialogs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -9,10 +9,12 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-#include "app/AboutView.h"
-#include "app/ExportFormatHelper.h"
-#include "app/ExportFormats.h"
-#include "app/NewDocumentDialog.h"
+#include "app/dialogs/AboutView.h"
+#include "app/dialogs/CanvasSizeDialog.h"
+#include "app/dialogs/ExportFormatHelper.h"
+#include "app/dialogs/ExportFormats.h"
+#include "app/dialogs/ImageSizeDialog.h"
+#include "app/dialogs/NewDocumentDialog.h"
 #include "io/files/FileName.h"
 
 namespace orvanel {
@@ -55,6 +57,12 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
     font.setWeight(QFont::DemiBold);
     label->setFont(font);
   }
+}
+
+/// What the user has entered; nothing if the dialog was cancelled.
+template <typename SizeDialogType>
+auto enteredIn(SizeDialogType& dialog) {
+  return dialog.exec() == QDialog::Accepted ? std::optional(dialog.entry()) : std::nullopt;
 }
 
 /// Whether the panel is drawn by Qt rather than by the desktop. With a desktop's own panel the name must not
@@ -115,8 +123,17 @@ SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& infor
 
 std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {
   NewDocumentDialog dialog(window_);
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return dialog.entry();
+  return enteredIn(dialog);
+}
+
+std::optional<CanvasSizeEntry> WindowDialogs::askForCanvasSize(const DocumentPtr& document) {
+  CanvasSizeDialog dialog(document, window_);
+  return enteredIn(dialog);
+}
+
+std::optional<ImageSizeEntry> WindowDialogs::askForImageSize(const DocumentPtr& document) {
+  ImageSizeDialog dialog(document, window_);
+  return enteredIn(dialog);
 }
 
 QStringList WindowDialogs::askForFilesToOpen() {

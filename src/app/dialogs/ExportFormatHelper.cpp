@@ -1,4 +1,4 @@
-#include "app/ExportFormatHelper.h"
+#include "app/dialogs/ExportFormatHelper.h"
 
 namespace orvanel {
 

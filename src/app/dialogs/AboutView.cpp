@@ -1,4 +1,4 @@
-#include "app/AboutView.h"
+#include "app/dialogs/AboutView.h"
 
 #include <QIcon>
 #include <QLabel>
