@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <algorithm>
 #include <utility>
 
 #include "app/EventWait.h"
@@ -62,9 +63,9 @@ void DocumentFiles::reportRefusedEdit() {
   QMetaObject::invokeMethod(
       this,
       [this] {
-        dialogs_.showNotEnoughMemory(QStringLiteral(
-            "There is not enough memory for this edit. The document has not changed. Close other "
-            "documents or programs and try again."));
+        dialogs_.showNotEnoughMemory(
+            tr("There is not enough memory for this edit. The document has not changed. Close other "
+               "documents or programs and try again."));
       },
       Qt::QueuedConnection);
 }
@@ -72,7 +73,7 @@ void DocumentFiles::reportRefusedEdit() {
 // Opening.
 
 void DocumentFiles::askAndOpen() {
-  open(dialogs_.askForFilesToOpen());
+  open(dialogs_.askForFilesToOpen(startFolder(appState_.windowState.activeDocument().get())));
 }
 
 void DocumentFiles::open(const QStringList& paths) {
@@ -86,7 +87,7 @@ void DocumentFiles::openDropped(const QStringList& paths) {
 QStringList DocumentFiles::openablePaths(const QStringList& paths) {
   QStringList absolute;
   for (const QString& path : paths) absolute << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-  if (!absolute.isEmpty()) rememberFolder(absolute.constLast());
+  if (!absolute.isEmpty()) rememberFolderOf(absolute.constLast());
   return absolute;
 }
 
@@ -102,19 +103,25 @@ void DocumentFiles::noteRecentDocument(const QString& path) {
 
 // Saving.
 
-void DocumentFiles::rememberFolder(const QString& path) {
-  lastFolder_ = QFileInfo(path).absolutePath();
+void DocumentFiles::rememberFolderOf(const QString& path) {
+  appState_.userDefaults.setValue(UserDefaults::lastFolderKey, QFileInfo(path).absolutePath());
+}
+
+QString DocumentFiles::startFolder(const Document* document) const {
+  QStringList folders;
+  if (document != nullptr && document->sourceFileURL.value()) {
+    folders << QFileInfo(*document->sourceFileURL.value()).path();
+  }
+  folders << appState_.userDefaults.value(UserDefaults::lastFolderKey).toString()
+          << QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  const auto usable = std::ranges::find_if(
+      folders, [](const QString& folder) { return !folder.isEmpty() && QFileInfo(folder).isDir(); });
+  return usable == folders.end() ? QDir::homePath() : *usable;
 }
 
 QString DocumentFiles::proposedPath(const Document& document, const QString& extension) const {
-  QString folder = lastFolder_;
-  if (const auto& source = document.sourceFileURL.value()) folder = QFileInfo(*source).path();
-  if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
-    folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-  }
-  if (!QFileInfo(folder).isDir()) folder = QDir::homePath();
   const QString name = proposedName(document.name.value());
-  return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
+  return QDir(startFolder(&document)).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
 
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
@@ -143,7 +150,7 @@ void DocumentFiles::save(const DocumentPtr& document) {
 std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
   std::optional<QString> path =
       dialogs_.askWhereToSave(proposedPath(document, QLatin1String(documentExtension)));
-  if (path) rememberFolder(*path);
+  if (path) rememberFolderOf(*path);
   return path;
 }
 
@@ -178,8 +185,8 @@ void DocumentFiles::refuseFlatSave(Done done) {
       [done = std::move(done)] {
         done(tl::make_unexpected(
             FileError{DocumentIOError::saveFailed,
-                      QStringLiteral("The document has gained layers, masks or folders that this format "
-                                     "can't hold. Use Save As.")}));
+                      tr("The document has gained layers, masks or folders that this format "
+                         "can't hold. Use Save As.")}));
       },
       Qt::QueuedConnection);
 }
@@ -189,18 +196,20 @@ void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>
 }
 
 void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
-  dialogs_.showWarning(QStringLiteral("Failed to Save"), fileMessage(request.path, error.message));
+  dialogs_.showWarning(tr("Failed to Save"), fileMessage(request.path, error.message) + u'\n' +
+                                                 tr("The document stays open with all its changes."));
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   document->endOpenEdits();
-  rememberFolder(target->path);
+  rememberFolderOf(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
   const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
-    dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
+    dialogs_.showWarning(tr("Failed to Export"), fileMessage(path, result.error().message) + u'\n' +
+                                                     tr("The document itself is not affected."));
   };
   writer_.writeImage(*document, target->path, format, report);
 }
@@ -230,8 +239,8 @@ void DocumentFiles::settleWrites() {
 bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
   if (!appState_.userDefaults.confirmUnsavedChanges()) return true;
   const SaveAnswer answer = dialogs_.askToSave(
-      QStringLiteral("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
-      QStringLiteral("Your changes will be lost if you don't save them."));
+      tr("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
+      tr("Your changes will be lost if you don't save them."));
   if (answer == SaveAnswer::save) return saveForClosing(document);
   return answer == SaveAnswer::dontSave;
 }

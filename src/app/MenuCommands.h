@@ -6,10 +6,10 @@
 #include <functional>
 
 #include "app/AppState.h"
-#include "app/dialogs/Dialogs.h"
 #include "app/DocumentFiles.h"
 #include "app/MenuItems.h"
 #include "app/PixelPasteboard.h"
+#include "app/dialogs/Dialogs.h"
 
 namespace orvanel {
 

@@ -297,13 +297,13 @@ TEST_F(MainWindowTest, TheTabsCloseButtonAndMenuClose) {
   window->contentView().tabBar().tabs()[1]->closeButton()->click();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one", "three"));
-  window->contentView().tabBar().tabs()[0]->contextItems()[1].second();
+  window->contentView().tabBar().tabs()[0]->contextItems()[1].action();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one"));
   window->contentView().tabBar().newTabButton()->click();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one", "Untitled"));
-  window->contentView().tabBar().tabs()[0]->contextItems()[2].second();
+  window->contentView().tabBar().tabs()[0]->contextItems()[2].action();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), IsEmpty());
   EXPECT_TRUE(window->contentView().tabBar().isHidden());

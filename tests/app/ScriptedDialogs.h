@@ -51,7 +51,10 @@ class ScriptedDialogs : public Dialogs {
   std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& /*document*/) override {
     return imageSize;
   }
-  QStringList askForFilesToOpen() override { return filesToOpen; }
+  QStringList askForFilesToOpen(const QString& folder) override {
+    proposals.push_back(folder.toStdString());
+    return filesToOpen;
+  }
   std::optional<QString> askWhereToSave(const QString& proposedPath) override {
     proposals.push_back(proposedPath.toStdString());
     return next(savePaths);

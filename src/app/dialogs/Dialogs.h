@@ -68,7 +68,8 @@ class Dialogs {
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) = 0;
   virtual std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) = 0;
-  virtual QStringList askForFilesToOpen() = 0;
+  /// Starts in `folder`.
+  virtual QStringList askForFilesToOpen(const QString& folder) = 0;
   /// Starts with the folder and name of `proposedPath`. The result ends in ".tessel".
   virtual std::optional<QString> askWhereToSave(const QString& proposedPath) = 0;
   /// Starts with the folder and name of `proposedBase`, which has no extension.

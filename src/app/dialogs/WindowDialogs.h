@@ -24,7 +24,7 @@ class WindowDialogs : public Dialogs {
   std::optional<NewDocumentEntry> askForNewDocument() override;
   std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) override;
   std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) override;
-  QStringList askForFilesToOpen() override;
+  QStringList askForFilesToOpen(const QString& folder) override;
   std::optional<QString> askWhereToSave(const QString& proposedPath) override;
   std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override;
   void showAbout() override;
