@@ -12,6 +12,7 @@
 #include "app/dialogs/SizeRule.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
+#include "look/TranslatedName.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
@@ -53,8 +54,8 @@ void DocumentFiles::newDocument() {
   const std::optional<QSize> size = allowedSize(typedNumber(entry->width), typedNumber(entry->height));
   if (!size) return dialogs_.showInvalidDimensions();
   const ColorMode mode = colorModeFromRaw(entry->colorModeIndex).value_or(ColorMode::rgb8);
-  const DocumentPtr document =
-      Document::create(tr("Untitled"), size->width(), size->height(), mode, appState_.metalContext);
+  const DocumentPtr document = Document::create(look::translatedName("Untitled"), size->width(),
+                                                size->height(), mode, appState_.metalContext);
   NotificationCenter::standard().post(notification::createdNewDocument, document);
 }
 

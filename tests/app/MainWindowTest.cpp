@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include <QAbstractButton>
 #include <QDropEvent>
 #include <QMenuBar>
 #include <QMimeData>
@@ -7,6 +8,7 @@
 
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
+#include "canvas/RecentFilesView.h"
 #include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
@@ -130,6 +132,7 @@ TEST_F(MainWindowTest, TheMenuBarHoldsTheseItems) {
   Next Tab | Tab
   Previous Tab | Shift+Tab
 &Help
+  Keyboard Shortcuts | F1
   About Orvanel
 )");
 }
@@ -346,6 +349,69 @@ TEST_F(MainWindowTest, ANameThatContainsTheModifiedMarkerIsShownLiterally) {
   addDocument(QStringLiteral("a[*]b"));
   QApplication::processEvents();
   EXPECT_EQ(window->windowTitle(), QStringLiteral("a[*][*]b[*] — Orvanel"));
+}
+
+TEST_F(MainWindowTest, TheListOfShortcutsIsThatOfTheMenusKeysAndTools) {
+  addDocument(QStringLiteral("One"))->invertActive();
+  item("Help", "Keyboard Shortcuts")->trigger();
+  const auto keysFor = [this](const char* group, const char* meaning) {
+    for (const ShortcutGroup& listed : dialogs.shortcuts) {
+      if (listed.title != QLatin1String(group)) continue;
+      for (const ShortcutGroup::Row& row : listed.rows) {
+        if (row.meaning == QLatin1String(meaning)) return row.keys.toStdString();
+      }
+    }
+    return std::string("not listed");
+  };
+  EXPECT_EQ(keysFor("File", "New"), "Ctrl+N");
+  EXPECT_EQ(keysFor("Edit", "Undo"), "Ctrl+Z") << "not what would be undone";
+  EXPECT_EQ(keysFor("Image", "Levels"), "Ctrl+L");
+  EXPECT_EQ(keysFor("Tools and single keys", "Hand"), "H");
+  EXPECT_EQ(keysFor("Tools and single keys", "Clear"), "Backspace or Del");
+  EXPECT_EQ(keysFor("Tools and single keys", "Fill with the foreground color"), "Alt+Backspace");
+  EXPECT_EQ(keysFor("Selection tools", "Add to the selection"), "Shift");
+}
+
+TEST_F(MainWindowTest, TheFirstWindowLeavesPlaceForItsTitleBar) {
+  const QSize small(1366, 768);
+  const QSize size = MainWindow::firstSizeOn(small);
+  EXPECT_LE(size.width(), small.width());
+  EXPECT_LE(size.height(), small.height() - 20);
+  EXPECT_EQ(MainWindow::firstSizeOn({2560, 1440}), QSize(1280, 800));
+}
+
+TEST_F(MainWindowTest, FitsASmallScreenWithEverythingShown) {
+  addDocument(QStringLiteral("One"));
+  QApplication::processEvents();
+  EXPECT_LE(window->minimumSizeHint().width(), 1280);
+  EXPECT_LE(window->minimumSizeHint().height(), 680);
+  window->resize(1280, 680);
+  EXPECT_EQ(window->size(), QSize(1280, 680));
+}
+
+TEST_F(MainWindowTest, TheEmptyWindowListsRecentFilesThatAreThere) {
+  const QString kept = writeImage("kept.png");
+  const QString gone = writeImage("gone.png");
+  open({kept, gone});
+  QFile::remove(gone);
+  state.windowState.closeAllDocuments();
+  QApplication::processEvents();
+  const RecentFilesView& recent = window->contentView().canvasPane().noDocumentView().recentFiles();
+  ASSERT_TRUE(waitUntil([&] { return recent.cards().size() == 1; }));
+  recent.cards().front()->click();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("kept"));
+}
+
+TEST_F(MainWindowTest, TheEmptyWindowsLinksAskForADocument) {
+  const NoDocumentView& placeholder = window->contentView().canvasPane().noDocumentView();
+  dialogs.newDocument = NewDocumentEntry{QStringLiteral("40"), QStringLiteral("30"), 3};
+  placeholder.newLink().click();
+  EXPECT_THAT(openNames(), ElementsAre("Untitled"));
+  dialogs.filesToOpen = QStringList{writeImage("photo.png")};
+  placeholder.openLink().click();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("Untitled", "photo"));
 }
 
 TEST_F(MainWindowTest, TheAboutItemShowsTheAboutWindow) {

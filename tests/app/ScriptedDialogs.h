@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/dialogs/Dialogs.h"
+#include "app/dialogs/ShortcutsWindow.h"
 
 namespace orvanel {
 
@@ -19,6 +20,7 @@ class ScriptedDialogs : public Dialogs {
   std::vector<std::string> questions;
   std::vector<std::string> proposals;
   int aboutShown = 0;
+  std::vector<ShortcutGroup> shortcuts;
   int beeps = 0;
 
   // Answers, used in order. When a queue is empty, the dialog is cancelled.
@@ -64,6 +66,7 @@ class ScriptedDialogs : public Dialogs {
     return next(exportTargets);
   }
   void showAbout() override { ++aboutShown; }
+  void showShortcuts(const std::vector<ShortcutGroup>& groups) override { shortcuts = groups; }
   void beep() override { ++beeps; }
 
   std::string lastInformativeText;

@@ -1,15 +1,18 @@
-// Interface to all alerts and file panels, so that tests can answer them. Main thread only; each call returns
-// when the user has answered.
+// Interface to all alerts, dialogs and file panels, so that tests can answer them. Main thread only; each
+// call returns when the user has answered, unless it says otherwise.
 #pragma once
 
 #include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <vector>
 
 #include "model/Document.h"
 
 namespace orvanel {
+
+struct ShortcutGroup;
 
 enum class SaveAnswer { save, dontSave, cancel };
 
@@ -74,7 +77,9 @@ class Dialogs {
   virtual std::optional<QString> askWhereToSave(const QString& proposedPath) = 0;
   /// Starts with the folder and name of `proposedBase`, which has no extension.
   virtual std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) = 0;
+  // Windows that don't block the others; these calls return at once.
   virtual void showAbout() = 0;
+  virtual void showShortcuts(const std::vector<ShortcutGroup>& groups) = 0;
   /// Says that a command has nothing to do.
   virtual void beep() = 0;
 };

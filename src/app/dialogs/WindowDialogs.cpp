@@ -13,6 +13,7 @@
 #include "app/dialogs/FilePanels.h"
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
+#include "app/dialogs/ShortcutsWindow.h"
 #include "io/files/FileName.h"
 #include "look/Look.h"
 
@@ -60,6 +61,14 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
 template <typename SizeDialogType>
 auto enteredIn(SizeDialogType& dialog) {
   return dialog.exec() == QDialog::Accepted ? std::optional(dialog.entry()) : std::nullopt;
+}
+
+/// Shows a window that doesn't block the others, and deletes itself when it is closed.
+void bringForward(QWidget& view) {
+  view.setAttribute(Qt::WA_DeleteOnClose);
+  view.show();
+  view.raise();
+  view.activateWindow();
 }
 
 QString withExtension(const QString& name, const char* extension) {
@@ -174,7 +183,13 @@ void WindowDialogs::beep() {
 }
 
 void WindowDialogs::showAbout() {
-  AboutView(window_).exec();
+  if (about_.isNull()) about_ = new AboutView(window_);
+  bringForward(*about_);
+}
+
+void WindowDialogs::showShortcuts(const std::vector<ShortcutGroup>& groups) {
+  if (shortcuts_.isNull()) shortcuts_ = new ShortcutsWindow(groups, window_);
+  bringForward(*shortcuts_);
 }
 
 }  // namespace orvanel

@@ -28,10 +28,14 @@ class WindowDialogs : public Dialogs {
   std::optional<QString> askWhereToSave(const QString& proposedPath) override;
   std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override;
   void showAbout() override;
+  void showShortcuts(const std::vector<ShortcutGroup>& groups) override;
   void beep() override;
 
  private:
   QPointer<QWidget> window_;
+  // Null while they are closed.
+  QPointer<QWidget> about_;
+  QPointer<QWidget> shortcuts_;
   bool isHoldingWarnings_ = false;
   /// Message and informative text of each warning held back.
   std::vector<std::pair<QString, QString>> heldWarnings_;

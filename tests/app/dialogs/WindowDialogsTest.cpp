@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <functional>
 #include <queue>
@@ -22,6 +23,7 @@
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
 #include "app/dialogs/PreviewPane.h"
+#include "app/dialogs/ShortcutsWindow.h"
 
 namespace orvanel {
 namespace {
@@ -163,6 +165,30 @@ TEST_F(WindowDialogsTest, TheQuestionAboutChangesHasThreeAnswers) {
   EXPECT_EQ(ask(), SaveAnswer::cancel);
   whenShown<QMessageBox>([](QMessageBox& box) { box.reject(); });
   EXPECT_EQ(ask(), SaveAnswer::cancel);
+}
+
+// Windows that don't block the others.
+
+TEST_F(WindowDialogsTest, AboutAndTheShortcutsBlockNothing) {
+  dialogs.showAbout();
+  dialogs.showShortcuts({{QStringLiteral("File"), {{QStringLiteral("New"), QStringLiteral("Ctrl+N")}}}});
+  const auto shown = [] {
+    QStringList names;
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+      if (widget->isVisible()) names << widget->objectName();
+    }
+    names.sort();
+    return names;
+  };
+  EXPECT_EQ(shown(), (QStringList{"about", "shortcuts"}));
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  dialogs.showAbout();
+  EXPECT_EQ(shown().size(), 2) << "the one that is open comes forward";
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (widget->isVisible()) QTest::keyClick(widget, Qt::Key_Escape);
+  }
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(shown().isEmpty());
 }
 
 // Opening.
