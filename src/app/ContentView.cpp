@@ -6,6 +6,7 @@
 
 #include "app/KeyHandlerView.h"
 #include "app/ProgressLine.h"
+#include "app/RecentFilePictures.h"
 #include "canvas/CanvasPaneView.h"
 #include "panels/bars/DocumentTabBar.h"
 #include "panels/bars/StatusBarPane.h"
@@ -46,6 +47,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
 
   canvasPane_->openFiles = [this](const QStringList& paths) { files_.openDropped(paths); };
   connectTabBar();
+  connectPlaceholder();
   observeNotifications();
   observeWindowState();
   refresh();
@@ -60,6 +62,14 @@ void ContentView::connectTabBar() {
   tabBar_->onCloseOthers = [&window](const QUuid& id) { window.closeOtherDocuments(id); };
   tabBar_->onCloseAll = [&window] { window.closeAllDocuments(); };
   tabBar_->onNewDocument = [&window] { window.createUntitledDocument(); };
+}
+
+void ContentView::connectPlaceholder() {
+  NoDocumentView& placeholder = canvasPane_->noDocumentView();
+  placeholder.onNew = [this] { files_.newDocument(); };
+  placeholder.onOpen = [this] { files_.askAndOpen(); };
+  placeholder.onOpenRecent = [this](const QString& path) { files_.open({path}); };
+  recentFiles_ = std::make_unique<RecentFilePictures>(appState_.recentDocuments, placeholder);
 }
 
 void ContentView::on(std::string_view name, NotificationCenter::Handler handler) {

@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QPropertyNotifier>
 #include <QWidget>
+#include <memory>
 #include <vector>
 
 #include "app/AppState.h"
@@ -17,6 +18,7 @@ class CanvasPaneView;
 class DocumentTabBar;
 class KeyHandlerView;
 class ProgressLine;
+class RecentFilePictures;
 class StatusBarPane;
 
 class ContentView : public QWidget {
@@ -47,6 +49,7 @@ class ContentView : public QWidget {
 
  private:
   void connectTabBar();
+  void connectPlaceholder();
   void observeNotifications();
   void observeCommands();
   void on(std::string_view name, NotificationCenter::Handler handler);
@@ -63,6 +66,7 @@ class ContentView : public QWidget {
   StatusBarPane* statusBar_;
   ProgressLine* progressLine_;
   KeyHandlerView* keyHandler_;
+  std::unique_ptr<RecentFilePictures> recentFiles_;
   bool isRefreshScheduled_ = false;
   DocumentPtr shownDocument_;
   std::vector<QPropertyNotifier> windowNotifiers_;

@@ -3,27 +3,22 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <algorithm>
 #include <utility>
 
 #include "app/EventWait.h"
-#include "app/ExportFormats.h"
 #include "app/FileMessage.h"
+#include "app/dialogs/ExportFormats.h"
+#include "app/dialogs/SizeRule.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
+#include "look/TranslatedName.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
 
 namespace {
-
-/// Parses the width or height of a canvas; nothing if it is not an integer within the limits.
-std::optional<int> parsedSide(const QString& text) {
-  bool isNumber = false;
-  const int side = text.toInt(&isNumber);
-  if (!isNumber || side < 1 || side > maximumCanvasSide) return std::nullopt;
-  return side;
-}
 
 /// A file name, without extension, for a document of this name.
 QString proposedName(QString name) {
@@ -56,16 +51,11 @@ DocumentFiles::~DocumentFiles() {
 void DocumentFiles::newDocument() {
   const std::optional<NewDocumentEntry> entry = dialogs_.askForNewDocument();
   if (!entry) return;
-  const std::optional<int> width = parsedSide(entry->width);
-  const std::optional<int> height = parsedSide(entry->height);
-  if (!width || !height) {
-    dialogs_.showWarning(QStringLiteral("Invalid Dimensions"),
-                         QStringLiteral("Width and height must be between 1 and 16384 pixels."));
-    return;
-  }
+  const std::optional<QSize> size = allowedSize(typedNumber(entry->width), typedNumber(entry->height));
+  if (!size) return dialogs_.showInvalidDimensions();
   const ColorMode mode = colorModeFromRaw(entry->colorModeIndex).value_or(ColorMode::rgb8);
-  const DocumentPtr document =
-      Document::create(QStringLiteral("Untitled"), *width, *height, mode, appState_.metalContext);
+  const DocumentPtr document = Document::create(look::translatedName("Untitled"), size->width(),
+                                                size->height(), mode, appState_.metalContext);
   NotificationCenter::standard().post(notification::createdNewDocument, document);
 }
 
@@ -74,9 +64,9 @@ void DocumentFiles::reportRefusedEdit() {
   QMetaObject::invokeMethod(
       this,
       [this] {
-        dialogs_.showNotEnoughMemory(QStringLiteral(
-            "There is not enough memory for this edit. The document has not changed. Close other "
-            "documents or programs and try again."));
+        dialogs_.showNotEnoughMemory(
+            tr("There is not enough memory for this edit. The document has not changed. Close other "
+               "documents or programs and try again."));
       },
       Qt::QueuedConnection);
 }
@@ -84,7 +74,7 @@ void DocumentFiles::reportRefusedEdit() {
 // Opening.
 
 void DocumentFiles::askAndOpen() {
-  open(dialogs_.askForFilesToOpen());
+  open(dialogs_.askForFilesToOpen(startFolder(appState_.windowState.activeDocument().get())));
 }
 
 void DocumentFiles::open(const QStringList& paths) {
@@ -98,7 +88,7 @@ void DocumentFiles::openDropped(const QStringList& paths) {
 QStringList DocumentFiles::openablePaths(const QStringList& paths) {
   QStringList absolute;
   for (const QString& path : paths) absolute << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-  if (!absolute.isEmpty()) rememberFolder(absolute.constLast());
+  if (!absolute.isEmpty()) rememberFolderOf(absolute.constLast());
   return absolute;
 }
 
@@ -114,19 +104,25 @@ void DocumentFiles::noteRecentDocument(const QString& path) {
 
 // Saving.
 
-void DocumentFiles::rememberFolder(const QString& path) {
-  lastFolder_ = QFileInfo(path).absolutePath();
+void DocumentFiles::rememberFolderOf(const QString& path) {
+  appState_.userDefaults.setValue(UserDefaults::lastFolderKey, QFileInfo(path).absolutePath());
+}
+
+QString DocumentFiles::startFolder(const Document* document) const {
+  QStringList folders;
+  if (document != nullptr && document->sourceFileURL.value()) {
+    folders << QFileInfo(*document->sourceFileURL.value()).path();
+  }
+  folders << appState_.userDefaults.value(UserDefaults::lastFolderKey).toString()
+          << QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+  const auto usable = std::ranges::find_if(
+      folders, [](const QString& folder) { return !folder.isEmpty() && QFileInfo(folder).isDir(); });
+  return usable == folders.end() ? QDir::homePath() : *usable;
 }
 
 QString DocumentFiles::proposedPath(const Document& document, const QString& extension) const {
-  QString folder = lastFolder_;
-  if (const auto& source = document.sourceFileURL.value()) folder = QFileInfo(*source).path();
-  if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
-    folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-  }
-  if (!QFileInfo(folder).isDir()) folder = QDir::homePath();
   const QString name = proposedName(document.name.value());
-  return QDir(folder).filePath(extension.isEmpty() ? name : name + u'.' + extension);
+  return QDir(startFolder(&document)).filePath(extension.isEmpty() ? name : name + u'.' + extension);
 }
 
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
@@ -155,7 +151,7 @@ void DocumentFiles::save(const DocumentPtr& document) {
 std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
   std::optional<QString> path =
       dialogs_.askWhereToSave(proposedPath(document, QLatin1String(documentExtension)));
-  if (path) rememberFolder(*path);
+  if (path) rememberFolderOf(*path);
   return path;
 }
 
@@ -190,8 +186,8 @@ void DocumentFiles::refuseFlatSave(Done done) {
       [done = std::move(done)] {
         done(tl::make_unexpected(
             FileError{DocumentIOError::saveFailed,
-                      QStringLiteral("The document has gained layers, masks or folders that this format "
-                                     "can't hold. Use Save As.")}));
+                      tr("The document has gained layers, masks or folders that this format "
+                         "can't hold. Use Save As.")}));
       },
       Qt::QueuedConnection);
 }
@@ -201,18 +197,20 @@ void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>
 }
 
 void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
-  dialogs_.showWarning(QStringLiteral("Failed to Save"), fileMessage(request.path, error.message));
+  dialogs_.showWarning(tr("Failed to Save"), fileMessage(request.path, error.message) + u'\n' +
+                                                 tr("The document stays open with all its changes."));
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   document->endOpenEdits();
-  rememberFolder(target->path);
+  rememberFolderOf(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
   const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
-    dialogs_.showWarning(QStringLiteral("Failed to Export"), fileMessage(path, result.error().message));
+    dialogs_.showWarning(tr("Failed to Export"), fileMessage(path, result.error().message) + u'\n' +
+                                                     tr("The document itself is not affected."));
   };
   writer_.writeImage(*document, target->path, format, report);
 }
@@ -242,8 +240,8 @@ void DocumentFiles::settleWrites() {
 bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
   if (!appState_.userDefaults.confirmUnsavedChanges()) return true;
   const SaveAnswer answer = dialogs_.askToSave(
-      QStringLiteral("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
-      QStringLiteral("Your changes will be lost if you don't save them."));
+      tr("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
+      tr("Your changes will be lost if you don't save them."));
   if (answer == SaveAnswer::save) return saveForClosing(document);
   return answer == SaveAnswer::dontSave;
 }

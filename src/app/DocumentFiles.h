@@ -11,11 +11,11 @@
 #include <optional>
 
 #include "app/AppState.h"
-#include "app/Dialogs.h"
 #include "app/DocumentOpener.h"
 #include "app/DocumentWriter.h"
 #include "app/FileActivity.h"
 #include "app/SaveQueue.h"
+#include "app/dialogs/Dialogs.h"
 #include "io/files/FileError.h"
 
 namespace orvanel {
@@ -84,17 +84,17 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   static void markSaving(Document& document);
   static void markSaveFailed(Document& document);
   static void adoptSavedFile(Document& document, const QString& path);
+  /// Where the user is working: the folder of the document's file, else the one used last, else the pictures.
+  [[nodiscard]] QString startFolder(const Document* document) const;
   /// The path a file panel starts with.
   [[nodiscard]] QString proposedPath(const Document& document, const QString& extension) const;
-  void rememberFolder(const QString& path);
+  void rememberFolderOf(const QString& path);
 
   AppState& appState_;
   Dialogs& dialogs_;
   DocumentOpener opener_;
   DocumentWriter writer_;
   SaveQueue saves_{*this};
-  /// Where file panels start for documents without a file.
-  QString lastFolder_;
 };
 
 }  // namespace orvanel

@@ -91,14 +91,14 @@ void DocumentOpener::finish(const BatchPtr& batch) {
   std::erase(batches_, batch);
   if (!batch->errors.isEmpty()) dialogs_.showWarning(failureTitle(*batch), batch->errors.join(u'\n'));
   if (!batch->warnings.isEmpty()) {
-    dialogs_.showWarning(QStringLiteral("Opened Incompletely"), batch->warnings.join(u'\n'));
+    dialogs_.showWarning(tr("Opened Incompletely"), batch->warnings.join(u'\n'));
   }
 }
 
 QString DocumentOpener::failureTitle(const Batch& batch) {
-  if (batch.origin == Origin::drop) return QStringLiteral("Failed to Open Image");
-  if (batch.errors.size() == 1) return QStringLiteral("Failed to Open");
-  return QStringLiteral("Failed to Open %1 Files").arg(batch.errors.size());
+  if (batch.origin == Origin::drop) return tr("Failed to Open Image");
+  if (batch.errors.size() == 1) return tr("Failed to Open");
+  return tr("Failed to Open %1 Files").arg(batch.errors.size());
 }
 
 void DocumentOpener::cancelAll() {

@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-#include "app/Dialogs.h"
 #include "app/FileActivity.h"
+#include "app/dialogs/Dialogs.h"
 #include "io/document/DocumentIO.h"
 #include "io/files/FileError.h"
 #include "io/files/Progress.h"

@@ -7,7 +7,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/MainWindow.h"
-#include "app/WindowDialogs.h"
+#include "app/dialogs/WindowDialogs.h"
 
 class QSessionManager;
 

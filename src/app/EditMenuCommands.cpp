@@ -1,4 +1,5 @@
 #include "app/MenuCommands.h"
+#include "look/TranslatedName.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -16,7 +17,7 @@ void addHistoryItem(QMenu& menu, const CommandContext& context, const QString& w
       [name](const MenuFacts& facts) { return (facts.*name).has_value(); });
   context.items.follow(*item, [word, name](QAction& followed, const MenuFacts& facts) {
     const std::optional<QString>& action = facts.*name;
-    followed.setText(action ? word + QChar(u' ') + *action : word);
+    followed.setText(action ? word + QChar(u' ') + look::translatedName(*action) : word);
   });
 }
 
@@ -32,28 +33,27 @@ void EditMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
     context.items.add(menu, title, {key}, onActiveDocument(context.appState, std::move(action)), isEnabled);
   };
   PixelPasteboard& pasteboard = context.pasteboard;
-  addHistoryItem(menu, context, QStringLiteral("Undo"), QKeySequence(Qt::CTRL | Qt::Key_Z), &Document::undo,
+  addHistoryItem(menu, context, tr("Undo"), QKeySequence(Qt::CTRL | Qt::Key_Z), &Document::undo,
                  &MenuFacts::undoName);
-  addHistoryItem(menu, context, QStringLiteral("Redo"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z),
-                 &Document::redo, &MenuFacts::redoName);
+  addHistoryItem(menu, context, tr("Redo"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), &Document::redo,
+                 &MenuFacts::redoName);
   add(
-      QStringLiteral("Cut"), QKeySequence(Qt::CTRL | Qt::Key_X),
+      tr("Cut"), QKeySequence(Qt::CTRL | Qt::Key_X),
       [&pasteboard](const DocumentPtr& document) { pasteboard.cut(document); }, canCopy);
   add(
-      QStringLiteral("Copy"), QKeySequence(Qt::CTRL | Qt::Key_C),
+      tr("Copy"), QKeySequence(Qt::CTRL | Qt::Key_C),
       [&pasteboard](const DocumentPtr& document) { pasteboard.copy(document); }, canCopy);
   add(
-      QStringLiteral("Paste"), QKeySequence(Qt::CTRL | Qt::Key_V),
+      tr("Paste"), QKeySequence(Qt::CTRL | Qt::Key_V),
       [&pasteboard, viewCentre = context.viewCentre](const DocumentPtr& document) {
         pasteboard.paste(document, viewCentre(*document));
       },
       [](const MenuFacts& facts) { return facts.hasDocument && facts.canPaste; });
   menu.addSeparator();
   add(
-      QStringLiteral("Clear"), QKeySequence(Qt::Key_Delete),
-      [](const DocumentPtr& document) { document->clearActive(); },
+      tr("Clear"), QKeySequence(Qt::Key_Delete), [](const DocumentPtr& document) { document->clearActive(); },
       [](const MenuFacts& facts) { return facts.hasActiveLayer; });
-  context.items.addPosting(menu, QStringLiteral("Free Transform"), {QKeySequence(Qt::CTRL | Qt::Key_T)},
+  context.items.addPosting(menu, tr("Free Transform"), {QKeySequence(Qt::CTRL | Qt::Key_T)},
                            notification::freeTransform, [](const MenuFacts& facts) {
                              return facts.hasActiveLayer && !facts.isActiveLocked && !facts.isTransforming;
                            });

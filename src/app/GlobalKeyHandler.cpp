@@ -1,9 +1,12 @@
 #include "app/GlobalKeyHandler.h"
 
+#include <QCoreApplication>
+#include <QKeySequence>
 #include <algorithm>
 #include <array>
 #include <utility>
 
+#include "look/TranslatedName.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -38,61 +41,89 @@ std::optional<KeyCommand> textCommand(const EventRecord& event) {
   return std::nullopt;
 }
 
-/// A key that fills, under the only modifier that it may have.
-std::optional<KeyCommand> modifiedDelete(const EventRecord& event) {
-  if (event.key != keyCode::backspace) return std::nullopt;
-  switch (modifiersOf(event)) {
-    case modifier::option:
-      return Post{notification::fillWithForegroundColor};
-    case modifier::command:
-      return Post{notification::fillWithBackgroundColor};
-    default:
-      return std::nullopt;
-  }
-}
+/// A key that acts whatever text it produces, under exactly these modifiers.
+struct KeyRule {
+  int key;
+  std::uint32_t modifiers;
+  KeyCommand command;
+  const char* meaning;
+  bool isForTransform = false;
+};
 
-std::optional<KeyCommand> transformCommand(const EventRecord& event) {
-  switch (event.key) {
-    case keyCode::escape:
-      return Post{notification::freeTransformCancel};
-    case keyCode::returnKey:
-    case keyCode::enter:
-      return Post{notification::freeTransformApply};
-    default:
-      return std::nullopt;
-  }
-}
+// The first rule that holds decides.
+constexpr std::array keyRules{
+    KeyRule{keyCode::tab, 0, Post{notification::cycleNextTab}, QT_TRANSLATE_NOOP("keys", "Next tab")},
+    KeyRule{keyCode::tab, modifier::shift, Post{notification::cyclePreviousTab},
+            QT_TRANSLATE_NOOP("keys", "Previous tab")},
+    KeyRule{keyCode::backspace, modifier::option, Post{notification::fillWithForegroundColor},
+            QT_TRANSLATE_NOOP("keys", "Fill with the foreground color")},
+    KeyRule{keyCode::backspace, modifier::command, Post{notification::fillWithBackgroundColor},
+            QT_TRANSLATE_NOOP("keys", "Fill with the background color")},
+    KeyRule{keyCode::escape, 0, Post{notification::freeTransformCancel},
+            QT_TRANSLATE_NOOP("keys", "Cancel a free transform"), true},
+    KeyRule{keyCode::returnKey, 0, Post{notification::freeTransformApply},
+            QT_TRANSLATE_NOOP("keys", "Apply a free transform"), true},
+    KeyRule{keyCode::enter, 0, Post{notification::freeTransformApply},
+            QT_TRANSLATE_NOOP("keys", "Apply a free transform"), true},
+    KeyRule{keyCode::escape, 0, Post{notification::deselect}, QT_TRANSLATE_NOOP("keys", "Deselect")},
+    KeyRule{keyCode::backspace, 0, Post{notification::clearSelection}, QT_TRANSLATE_NOOP("keys", "Clear")},
+    KeyRule{keyCode::forwardDelete, 0, Post{notification::clearSelection},
+            QT_TRANSLATE_NOOP("keys", "Clear")},
+};
+
+/// A letter without modifiers. Those of tools need a document.
+struct LetterRule {
+  char16_t letter;
+  KeyCommand command;
+};
+
+constexpr std::array letterRules{
+    LetterRule{u'h', SelectTool{Tool::hand}},
+    LetterRule{u'v', SelectTool{Tool::move}},
+    LetterRule{u'm', ActivateSlot{Tool::rectangleSelect}},
+    LetterRule{u'b', SelectTool{Tool::brush}},
+    LetterRule{u'e', SelectTool{Tool::eraser}},
+    LetterRule{u'i', SelectTool{Tool::eyedropper}},
+    LetterRule{u'w', SelectTool{Tool::magicWand}},
+    LetterRule{u'z', SelectTool{Tool::zoom}},
+    LetterRule{u'x', Colors::swap},
+    LetterRule{u'd', Colors::reset},
+};
 
 std::optional<KeyCommand> letterCommand(const EventRecord& event, bool hasDocument) {
   const QString characters = event.characters.toLower();
   if (characters.size() != 1) return std::nullopt;
-  const auto withDocument = [hasDocument](const KeyCommand& command) {
-    return hasDocument ? std::optional(command) : std::nullopt;
-  };
-  switch (characters.front().unicode()) {
-    case u'h':
-      return withDocument(SelectTool{Tool::hand});
-    case u'v':
-      return withDocument(SelectTool{Tool::move});
-    case u'm':
-      return withDocument(ActivateSlot{Tool::rectangleSelect});
-    case u'b':
-      return withDocument(SelectTool{Tool::brush});
-    case u'e':
-      return withDocument(SelectTool{Tool::eraser});
-    case u'i':
-      return withDocument(SelectTool{Tool::eyedropper});
-    case u'w':
-      return withDocument(SelectTool{Tool::magicWand});
-    case u'z':
-      return withDocument(SelectTool{Tool::zoom});
-    case u'x':
-      return Colors::swap;
-    case u'd':
-      return Colors::reset;
-    default:
-      return std::nullopt;
+  const auto rule = std::ranges::find(letterRules, characters.front().unicode(), &LetterRule::letter);
+  if (rule == letterRules.end()) return std::nullopt;
+  const bool needsDocument = !std::holds_alternative<Colors>(rule->command);
+  return hasDocument || !needsDocument ? std::optional(rule->command) : std::nullopt;
+}
+
+QString keyText(const KeyRule& rule) {
+  constexpr std::array<std::pair<int, Qt::Key>, 6> keys{{{keyCode::tab, Qt::Key_Tab},
+                                                         {keyCode::backspace, Qt::Key_Backspace},
+                                                         {keyCode::forwardDelete, Qt::Key_Delete},
+                                                         {keyCode::escape, Qt::Key_Escape},
+                                                         {keyCode::returnKey, Qt::Key_Return},
+                                                         {keyCode::enter, Qt::Key_Enter}}};
+  const auto* key = std::ranges::find(keys, rule.key, &std::pair<int, Qt::Key>::first);
+  Qt::KeyboardModifiers modifiers;
+  modifiers.setFlag(Qt::ShiftModifier, (rule.modifiers & modifier::shift) != 0);
+  modifiers.setFlag(Qt::AltModifier, (rule.modifiers & modifier::option) != 0);
+  modifiers.setFlag(Qt::ControlModifier, (rule.modifiers & modifier::command) != 0);
+  return QKeySequence(key->second | modifiers).toString(QKeySequence::NativeText);
+}
+
+QString meaningOf(const KeyCommand& letterCommand) {
+  if (const auto* select = std::get_if<SelectTool>(&letterCommand)) {
+    return look::translatedName(displayName(select->tool));
   }
+  if (std::holds_alternative<ActivateSlot>(letterCommand)) {
+    return QCoreApplication::translate("keys", "Rectangle or ellipse selection");
+  }
+  return std::get<Colors>(letterCommand) == Colors::swap
+             ? QCoreApplication::translate("keys", "Swap the foreground and background colors")
+             : QCoreApplication::translate("keys", "Foreground black, background white");
 }
 
 }  // namespace
@@ -105,18 +136,31 @@ std::optional<KeyCommand> keyCommandOf(const EventRecord& event, const KeySituat
   }
   if (situation.text == TextFocus::readOnly) return std::nullopt;
 
-  if (event.key == keyCode::tab && modifiers == 0) return Post{notification::cycleNextTab};
-  if (event.key == keyCode::tab && modifiers == modifier::shift) return Post{notification::cyclePreviousTab};
-  if (modifiers != 0) return modifiedDelete(event);
-
-  if (situation.currentTool == Tool::freeTransform) {
-    if (const auto command = transformCommand(event)) return command;
-  }
-  if (event.key == keyCode::escape) return Post{notification::deselect};
-  if (event.key == keyCode::backspace || event.key == keyCode::forwardDelete) {
-    return Post{notification::clearSelection};
-  }
+  const bool isTransforming = situation.currentTool == Tool::freeTransform;
+  const auto rule = std::ranges::find_if(keyRules, [&](const KeyRule& candidate) {
+    return candidate.key == event.key && candidate.modifiers == modifiers &&
+           (isTransforming || !candidate.isForTransform);
+  });
+  if (rule != keyRules.end()) return rule->command;
+  if (modifiers != 0) return std::nullopt;
   return letterCommand(event, situation.hasDocument);
+}
+
+std::vector<ListedKey> listedKeys() {
+  std::vector<ListedKey> list;
+  for (const LetterRule& rule : letterRules) {
+    list.push_back({QString(QChar(rule.letter)).toUpper(), meaningOf(rule.command)});
+  }
+  for (const KeyRule& rule : keyRules) {
+    const QString meaning = QCoreApplication::translate("keys", rule.meaning);
+    const auto known = std::ranges::find(list, meaning, &ListedKey::meaning);
+    if (known == list.end()) {
+      list.push_back({keyText(rule), meaning});
+    } else {
+      known->key += QCoreApplication::translate("keys", " or ") + keyText(rule);
+    }
+  }
+  return list;
 }
 
 bool isGestureKey(const EventRecord& event) {

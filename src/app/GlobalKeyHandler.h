@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "model/Tool.h"
 #include "tools/EventRecord.h"
@@ -54,6 +55,14 @@ using KeyCommand = std::variant<keyCommand::EditText, keyCommand::Post, keyComma
 /// The command of a key that is pressed; none for a key that passes on. Modifiers are compared exactly, so
 /// Caps Lock turns the single-key commands off.
 [[nodiscard]] std::optional<KeyCommand> keyCommandOf(const EventRecord& event, const KeySituation& situation);
+
+/// A key and what it does, in words.
+struct ListedKey {
+  QString key;
+  QString meaning;
+};
+/// All keys that `keyCommandOf` knows where no text is edited.
+[[nodiscard]] std::vector<ListedKey> listedKeys();
 
 /// Whether the key steers a gesture while one is open, before it means anything else.
 [[nodiscard]] bool isGestureKey(const EventRecord& event);

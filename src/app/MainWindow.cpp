@@ -1,11 +1,14 @@
 #include "app/MainWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLoggingCategory>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStyle>
 #include <utility>
 
+#include "app/dialogs/ShortcutsWindow.h"
 #include "model/DisplayText.h"
 #include "panels/levels/LevelsWindow.h"
 
@@ -20,6 +23,14 @@ constexpr QSize smallestSize{480, 320};
 Q_LOGGING_CATEGORY(startLog, "orvanel.start", QtInfoMsg)
 
 }  // namespace
+
+QSize MainWindow::firstSizeOn(const QSize& available) {
+  // The window manager adds a title bar and a frame.
+  const int titleBar = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  const int frame = QApplication::style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+  const QSize decoration(2 * frame, titleBar + 2 * frame);
+  return firstSize.boundedTo(available - decoration).expandedTo(smallestSize);
+}
 
 MainWindow::MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                        std::function<void()> requestQuit)
@@ -49,7 +60,7 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::buildMenus(const CommandContext& context) {
-  addMenu(QStringLiteral("&File"), [&](QMenu& menu) {
+  addMenu(tr("&File"), [&](QMenu& menu) {
     NewDocumentCommand::addTo(menu, context);
     OpenDocumentCommand::addTo(menu, context);
     openRecent_ = std::make_unique<OpenRecentCommand>(menu, appState_.recentDocuments, context.files);
@@ -60,19 +71,22 @@ void MainWindow::buildMenus(const CommandContext& context) {
     CloseCommand::addTo(menu, context);
     QuitCommand::addTo(menu, context);
   });
-  addMenu(QStringLiteral("&Edit"), [&](QMenu& menu) {
+  addMenu(tr("&Edit"), [&](QMenu& menu) {
     connect(&menu, &QMenu::aboutToShow, this, [this] { pasteboard_.look(); });
     EditMenuCommands::addTo(menu, context);
   });
-  addMenu(QStringLiteral("&Image"), [&](QMenu& menu) { ImageMenuCommands::addTo(menu, context); });
-  addMenu(QStringLiteral("&Layer"), [&](QMenu& menu) { LayerMenuCommands::addTo(menu, context); });
-  addMenu(QStringLiteral("&Select"), [&](QMenu& menu) { SelectMenuCommands::addTo(menu, context); });
-  addMenu(QStringLiteral("&View"), [&](QMenu& menu) {
+  addMenu(tr("&Image"), [&](QMenu& menu) { ImageMenuCommands::addTo(menu, context); });
+  addMenu(tr("&Layer"), [&](QMenu& menu) { LayerMenuCommands::addTo(menu, context); });
+  addMenu(tr("&Select"), [&](QMenu& menu) { SelectMenuCommands::addTo(menu, context); });
+  addMenu(tr("&View"), [&](QMenu& menu) {
     ViewMenuCommands::addTo(menu, context);
     addFullScreenItem(menu);
   });
-  addMenu(QStringLiteral("&Window"), [&](QMenu& menu) { WindowMenuCommands::addTo(menu, context); });
-  addMenu(QStringLiteral("&Help"), [&](QMenu& menu) { AboutCommand::addTo(menu, context); });
+  addMenu(tr("&Window"), [&](QMenu& menu) { WindowMenuCommands::addTo(menu, context); });
+  addMenu(tr("&Help"), [&](QMenu& menu) {
+    addShortcutsItem(menu, context.dialogs);
+    AboutCommand::addTo(menu, context);
+  });
 }
 
 void MainWindow::addMenu(const QString& title, const std::function<void(QMenu&)>& addItems) {
@@ -83,9 +97,14 @@ void MainWindow::addMenu(const QString& title, const std::function<void(QMenu&)>
 
 void MainWindow::addFullScreenItem(QMenu& menu) {
   menu.addSeparator();
-  fullScreenItem_ = items_.add(menu, QStringLiteral("Full Screen"), {QKeySequence(Qt::Key_F11)},
+  fullScreenItem_ = items_.add(menu, tr("Full Screen"), {QKeySequence(Qt::Key_F11)},
                                [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
   fullScreenItem_->setCheckable(true);
+}
+
+void MainWindow::addShortcutsItem(QMenu& menu, Dialogs& dialogs) {
+  items_.add(menu, tr("Keyboard Shortcuts"), {QKeySequence(Qt::Key_F1)},
+             [this, &dialogs] { dialogs.showShortcuts(shortcutGroups(*menuBar())); });
 }
 
 void MainWindow::followFacts() {
@@ -107,8 +126,7 @@ void MainWindow::restoreSize() {
     resize(*remembered);
     return;
   }
-  const QSize available = screen()->availableSize();
-  resize(firstSize.boundedTo(available));
+  resize(firstSizeOn(screen()->availableSize()));
 }
 
 void MainWindow::activeDocumentChanged() {

@@ -25,6 +25,9 @@ class MainWindow : public QMainWindow {
   MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialogs, std::function<void()> requestQuit);
   ~MainWindow() override;
 
+  /// The size of a first window on a screen with this much room, title bar and frame included.
+  [[nodiscard]] static QSize firstSizeOn(const QSize& available);
+
   [[nodiscard]] ContentView& contentView() { return *contentView_; }
   [[nodiscard]] LevelsWindow& levels() { return *levels_; }
   [[nodiscard]] OpenRecentCommand& openRecent() { return *openRecent_; }
@@ -39,6 +42,7 @@ class MainWindow : public QMainWindow {
   void buildMenus(const CommandContext& context);
   void addMenu(const QString& title, const std::function<void(QMenu&)>& addItems);
   void addFullScreenItem(QMenu& menu);
+  void addShortcutsItem(QMenu& menu, Dialogs& dialogs);
   void followFacts();
   void updateMenus();
   void restoreSize();

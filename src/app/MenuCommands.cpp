@@ -27,45 +27,45 @@ MenuItems::Action onActiveDocument(AppState& appState, std::function<void(const 
 }
 
 void NewDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  context.items.add(menu, QStringLiteral("New..."), {QKeySequence(Qt::CTRL | Qt::Key_N)},
+  context.items.add(menu, tr("New..."), {QKeySequence(Qt::CTRL | Qt::Key_N)},
                     [&files = context.files] { files.newDocument(); });
 }
 
 void OpenDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  context.items.add(menu, QStringLiteral("Open..."), {QKeySequence(Qt::CTRL | Qt::Key_O)},
+  context.items.add(menu, tr("Open..."), {QKeySequence(Qt::CTRL | Qt::Key_O)},
                     [&files = context.files] { files.askAndOpen(); });
 }
 
 void SaveDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  addFileItem(menu, context, QStringLiteral("Save"), QKeySequence(Qt::CTRL | Qt::Key_S), &DocumentFiles::save,
+  addFileItem(menu, context, tr("Save"), QKeySequence(Qt::CTRL | Qt::Key_S), &DocumentFiles::save,
               [](const MenuFacts& facts) { return facts.canSave; });
 }
 
 void SaveAsDocumentCommand::addTo(QMenu& menu, const CommandContext& context) {
-  addFileItem(menu, context, QStringLiteral("Save As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+  addFileItem(menu, context, tr("Save As..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
               &DocumentFiles::saveAs, hasDocument);
 }
 
 void ExportImageCommand::addTo(QMenu& menu, const CommandContext& context) {
-  addFileItem(menu, context, QStringLiteral("Export Image..."),
-              QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E), &DocumentFiles::exportImage, hasDocument);
+  addFileItem(menu, context, tr("Export Image..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+              &DocumentFiles::exportImage, hasDocument);
 }
 
 void CloseCommand::addTo(QMenu& menu, const CommandContext& context) {
   WindowState& window = context.appState.windowState;
   context.items.add(
-      menu, QStringLiteral("Close"), {QKeySequence(Qt::CTRL | Qt::Key_W)},
+      menu, tr("Close"), {QKeySequence(Qt::CTRL | Qt::Key_W)},
       onActiveDocument(context.appState,
                        [&window](const DocumentPtr& active) { window.closeDocument(active->id); }),
       hasDocument);
 }
 
 void QuitCommand::addTo(QMenu& menu, const CommandContext& context) {
-  context.items.add(menu, QStringLiteral("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, context.requestQuit);
+  context.items.add(menu, tr("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, context.requestQuit);
 }
 
 void LayerMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
-  context.items.add(menu, QStringLiteral("Duplicate"), {QKeySequence(Qt::CTRL | Qt::Key_J)},
+  context.items.add(menu, tr("Duplicate"), {QKeySequence(Qt::CTRL | Qt::Key_J)},
                     onActiveDocument(context.appState,
                                      [](const DocumentPtr& document) {
                                        if (const auto node = document->activeNode())
@@ -82,40 +82,39 @@ void SelectMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
                                        [command](const DocumentPtr& document) { ((*document).*command)(); }),
                       isEnabled);
   };
-  add(QStringLiteral("All"), QKeySequence(Qt::CTRL | Qt::Key_A), &Document::selectAll, hasDocument);
-  add(QStringLiteral("Deselect"), QKeySequence(Qt::CTRL | Qt::Key_D), &Document::deselect,
+  add(tr("All"), QKeySequence(Qt::CTRL | Qt::Key_A), &Document::selectAll, hasDocument);
+  add(tr("Deselect"), QKeySequence(Qt::CTRL | Qt::Key_D), &Document::deselect,
       [](const MenuFacts& facts) { return facts.hasSelection; });
   menu.addSeparator();
-  add(QStringLiteral("Inverse"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I), &Document::invertSelection,
+  add(tr("Inverse"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I), &Document::invertSelection,
       [](const MenuFacts& facts) { return facts.canInvertSelection; });
 }
 
 void ViewMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
   MenuItems& items = context.items;
   // Plus needs Shift on most keyboards; the same key without Shift zooms in as well.
-  items.addPosting(menu, QStringLiteral("Zoom In"),
+  items.addPosting(menu, tr("Zoom In"),
                    {QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal),
                     QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Plus)},
                    notification::zoomIn, hasDocument);
-  items.addPosting(menu, QStringLiteral("Zoom Out"), {QKeySequence(Qt::CTRL | Qt::Key_Minus)},
-                   notification::zoomOut, hasDocument);
-  items.addPosting(menu, QStringLiteral("100%"), {QKeySequence(Qt::CTRL | Qt::Key_1)},
-                   notification::zoomActualSize, hasDocument);
-  items.addPosting(menu, QStringLiteral("Fit on Screen"), {QKeySequence(Qt::CTRL | Qt::Key_0)},
+  items.addPosting(menu, tr("Zoom Out"), {QKeySequence(Qt::CTRL | Qt::Key_Minus)}, notification::zoomOut,
+                   hasDocument);
+  items.addPosting(menu, tr("100%"), {QKeySequence(Qt::CTRL | Qt::Key_1)}, notification::zoomActualSize,
+                   hasDocument);
+  items.addPosting(menu, tr("Fit on Screen"), {QKeySequence(Qt::CTRL | Qt::Key_0)},
                    notification::zoomFitOnScreen, hasDocument);
 }
 
 void WindowMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
   const MenuItems::Rule hasOtherTab = [](const MenuFacts& facts) { return facts.hasSeveralDocuments; };
-  context.items.addPosting(menu, QStringLiteral("Next Tab"), {QKeySequence(Qt::Key_Tab)},
-                           notification::cycleNextTab, hasOtherTab);
-  context.items.addPosting(menu, QStringLiteral("Previous Tab"), {QKeySequence(Qt::SHIFT | Qt::Key_Tab)},
+  context.items.addPosting(menu, tr("Next Tab"), {QKeySequence(Qt::Key_Tab)}, notification::cycleNextTab,
+                           hasOtherTab);
+  context.items.addPosting(menu, tr("Previous Tab"), {QKeySequence(Qt::SHIFT | Qt::Key_Tab)},
                            notification::cyclePreviousTab, hasOtherTab);
 }
 
 void AboutCommand::addTo(QMenu& menu, const CommandContext& context) {
-  context.items
-      .add(menu, QStringLiteral("About Orvanel"), {}, [&dialogs = context.dialogs] { dialogs.showAbout(); })
+  context.items.add(menu, tr("About Orvanel"), {}, [&dialogs = context.dialogs] { dialogs.showAbout(); })
       ->setMenuRole(QAction::AboutRole);
 }
 

@@ -58,6 +58,8 @@ bool MenuFacts::areConcerned(const DocumentChanges& changes) {
 QAction* MenuItems::add(QMenu& menu, const QString& title, const QList<QKeySequence>& keys, Action action,
                         const Rule& isEnabled) {
   QAction* item = menu.addAction(title);
+  // The name that stays when the text tells what would be undone.
+  item->setIconText(QString(title).remove(QStringLiteral("...")).remove(u'&'));
   item->setShortcuts(keys);
   item->setShortcutContext(Qt::WindowShortcut);
   QObject::connect(item, &QAction::triggered, item, [action = std::move(action)] { action(); });

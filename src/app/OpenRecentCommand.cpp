@@ -22,7 +22,7 @@ QString itemTitle(const QString& path, bool isAmbiguous) {
 OpenRecentCommand::OpenRecentCommand(QMenu& fileMenu, RecentDocuments& recentDocuments, DocumentFiles& files)
     : recentDocuments_(recentDocuments),
       files_(files),
-      menu_(fileMenu.addMenu(QStringLiteral("Open Recent"))),
+      menu_(fileMenu.addMenu(tr("Open Recent"))),
       subscription_(NotificationCenter::standard().observe(notification::recentDocumentsChanged,
                                                            [this](const std::any&) { rebuild(); })) {
   menu_->setToolTipsVisible(true);
@@ -41,7 +41,7 @@ void OpenRecentCommand::rebuild() {
     QObject::connect(item, &QAction::triggered, item, [this, path] { files_.open({path}); });
   }
   if (!paths.isEmpty()) menu_->addSeparator();
-  QAction* clear = menu_->addAction(QStringLiteral("Clear Menu"));
+  QAction* clear = menu_->addAction(tr("Clear Menu"));
   clear->setEnabled(!paths.isEmpty());
   QObject::connect(clear, &QAction::triggered, clear, [this] {
     recentDocuments_.clear();

@@ -2,6 +2,7 @@
 // window; main thread only.
 #pragma once
 
+#include <QCoreApplication>
 #include <QMenu>
 
 #include "app/DocumentFiles.h"
@@ -11,6 +12,8 @@
 namespace orvanel {
 
 class OpenRecentCommand {
+  Q_DECLARE_TR_FUNCTIONS(orvanel::OpenRecentCommand)
+
  public:
   /// All must outlive the command.
   OpenRecentCommand(QMenu& fileMenu, RecentDocuments& recentDocuments, DocumentFiles& files);

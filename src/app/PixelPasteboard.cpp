@@ -64,7 +64,7 @@ bool holdsImage(const QMimeData& data) {
 Described<FlatImage> decoded(const std::function<bool(QTemporaryFile&)>& write, const MetalContext& context) {
   QTemporaryFile file;
   if (!file.open() || !write(file) || !file.flush()) {
-    return because(QStringLiteral("The image in the clipboard can't be read."));
+    return because(PixelPasteboard::tr("The image in the clipboard can't be read."));
   }
   FileResult<FlatImage> image = readFlatImage(file.fileName(), context);
   if (!image) return because(image.error().message);
@@ -145,7 +145,7 @@ void PixelPasteboard::paste(const DocumentPtr& document, QPointF viewCentre) {
   const Described<FlatImage> image = imageIn(*data, appState_.metalContext);
   Described<PixelClipboard> pixels = image ? pixelsOf(*image->pixels) : because(image.error());
   if (!pixels) {
-    dialogs_.showWarning(QStringLiteral("Failed to Paste"), pixels.error());
+    dialogs_.showWarning(tr("Failed to Paste"), pixels.error());
     return;
   }
   pixels->originX = originOf(viewCentre.x(), pixels->width, document->canvasWidth.value());
@@ -153,13 +153,13 @@ void PixelPasteboard::paste(const DocumentPtr& document, QPointF viewCentre) {
   // A refusal for want of memory has its own message.
   const bool isPasted = document->pastePixels(*pixels);
   if (isPasted && !image->warning.isEmpty()) {
-    dialogs_.showWarning(QStringLiteral("Pasted in Part"), image->warning);
+    dialogs_.showWarning(tr("Pasted in Part"), image->warning);
   }
 }
 
 Described<PixelClipboard> PixelPasteboard::pixelsOf(const Surface& image) const {
   auto snapshot = TextureSnapshot::capture(image, appState_.metalContext);
-  if (snapshot == nullptr) return because(QStringLiteral("There is not enough memory for this image."));
+  if (snapshot == nullptr) return because(tr("There is not enough memory for this image."));
   return PixelClipboard{.snapshot = std::move(snapshot),
                         .width = image.width(),
                         .height = image.height(),

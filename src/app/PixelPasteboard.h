@@ -9,7 +9,7 @@
 #include <functional>
 
 #include "app/AppState.h"
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 #include "io/files/FileError.h"
 
 class QMimeData;

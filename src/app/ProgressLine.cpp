@@ -16,16 +16,16 @@ constexpr std::chrono::milliseconds buttonAppearance{600};
 /// Shown even before any progress has been made.
 constexpr double shortestFraction = 0.03;
 constexpr double cancelSymbolSize = 9.0;
-constexpr int cancelButtonEdge = 24;
-constexpr int cancelButtonMargin = 8;
+constexpr int cancelButtonEdge = look::size::control;
+constexpr int cancelButtonMargin = look::space::normal;
 
 }  // namespace
 
 CancelButton::CancelButton(QWidget* parent)
     : SymbolButton(QStringLiteral("xmark"), cancelSymbolSize, parent) {
   setObjectName(QStringLiteral("cancelFileWork"));
-  setAccessibleName(QStringLiteral("Cancel reading and writing files"));
-  setToolTip(QStringLiteral("Cancel"));
+  setAccessibleName(tr("Cancel reading and writing files"));
+  setToolTip(tr("Cancel reading and writing files"));
   setFocusPolicy(Qt::TabFocus);
 }
 
@@ -50,9 +50,11 @@ void CancelButton::paintEvent(QPaintEvent* event) {
   // An opaque background keeps the symbol legible over any image.
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(hasFocus() ? look::color::accent : look::color::divider, hasFocus() ? 2 : 1));
+  painter.setPen(
+      QPen(hasFocus() ? look::color::accent : look::color::divider, hasFocus() ? look::size::focusRing : 1));
   painter.setBrush(look::color::pane);
-  painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 5, 5);
+  painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), look::radius::control,
+                          look::radius::control);
   painter.end();
   SymbolButton::paintEvent(event);
 }
@@ -60,7 +62,7 @@ void CancelButton::paintEvent(QPaintEvent* event) {
 ProgressLine::ProgressLine(FileActivity& activity, QWidget* parent)
     : QWidget(parent), activity_(activity), cancelButton_(new CancelButton(parent)) {
   setObjectName(QStringLiteral("progressLine"));
-  setAccessibleName(QStringLiteral("Progress"));
+  setAccessibleName(tr("Progress"));
   setAttribute(Qt::WA_TransparentForMouseEvents);
   hideAll();
   for (const auto& [timer, widget, delay] :

@@ -12,6 +12,8 @@ class UserDefaults {
  public:
   /// Whether closing or quitting asks about unsaved changes; if false, they are discarded silently.
   static constexpr const char* confirmUnsavedChangesKey = "confirmUnsavedChanges";
+  /// Where files were last opened from or written to.
+  static constexpr const char* lastFolderKey = "lastFolder";
   /// Edge of the thumbnails in the layer panel, in view points.
   static constexpr const char* layerThumbnailSizeKey = "layerThumbnailSize";
 

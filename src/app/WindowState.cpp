@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include "look/TranslatedName.h"
+
 namespace orvanel {
 
 DocumentPtr WindowState::findDocument(const QUuid& documentID) const {
@@ -32,7 +34,7 @@ void WindowState::createDocument(const QString& name, int width, int height, Col
 }
 
 void WindowState::createUntitledDocument() {
-  const QString name = QStringLiteral("Untitled");
+  const QString name = look::translatedName("Untitled");
   if (const DocumentPtr active = activeDocument()) {
     createDocument(name, active->canvasWidth.value(), active->canvasHeight.value(),
                    active->colorMode.value());

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "look/Look.h"
+
 namespace orvanel {
 namespace {
 
@@ -11,16 +13,12 @@ constexpr double shortestKnob = 24.0;
 /// The knob is thinner than its track until the pointer is near.
 constexpr double restingInset = 1.5;
 constexpr double hoveredInset = 0.5;
-const QColor restingColor(44, 44, 52, 130);
-const QColor hoveredColor(30, 30, 38, 190);
-const QColor rimColor(255, 255, 255, 110);
 
 }  // namespace
 
 OverlayScrollIndicator::OverlayScrollIndicator(Qt::Orientation orientation, QWidget* parent)
     : QWidget(parent), isHorizontal_(orientation == Qt::Horizontal) {
-  setAccessibleName(isHorizontal_ ? QStringLiteral("Horizontal position")
-                                  : QStringLiteral("Vertical position"));
+  setAccessibleName(isHorizontal_ ? tr("Horizontal position") : tr("Vertical position"));
   setCursor(Qt::ArrowCursor);
 }
 
@@ -47,9 +45,8 @@ void OverlayScrollIndicator::paintEvent(QPaintEvent* event) {
   const double radius = std::min(knob.width(), knob.height()) / 2.0;
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  // The pale rim keeps the knob visible over a dark image.
-  painter.setPen(QPen(rimColor, 1.0));
-  painter.setBrush(isHovered_ || isDragging_ ? hoveredColor : restingColor);
+  painter.setPen(QPen(look::color::indicatorRim, 1.0));
+  painter.setBrush(isHovered_ || isDragging_ ? look::color::indicatorHover : look::color::indicator);
   painter.drawRoundedRect(knob.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 

@@ -8,6 +8,8 @@
 namespace orvanel {
 
 class OverlayScrollIndicator : public QWidget {
+  Q_OBJECT
+
  public:
   OverlayScrollIndicator(Qt::Orientation orientation, QWidget* parent);
 

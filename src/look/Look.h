@@ -35,6 +35,10 @@ inline const QColor accent{0x27, 0x64, 0xc6};
 inline const QColor onAccent{0xff, 0xff, 0xff};
 /// A selected row that holds controls of its own.
 inline const QColor selectedRow{0xd3, 0xe0, 0xf4};
+/// Translucent indicators over the image, with a rim that keeps them visible on a dark one.
+inline const QColor indicator{0x2c, 0x2c, 0x2c, 0x82};
+inline const QColor indicatorHover{0x1e, 0x1e, 0x1e, 0xbe};
+inline const QColor indicatorRim{0xff, 0xff, 0xff, 0x6e};
 inline const QColor alert{0xb4, 0x23, 0x18};
 }  // namespace color
 

@@ -34,7 +34,11 @@ inline bool waitUntil(const std::function<bool()>& condition) {
 
 class AppFixture : public testing::Test {
  protected:
-  AppFixture() { UserDefaults().removeValue(UserDefaults::confirmUnsavedChangesKey); }
+  AppFixture() {
+    for (const char* key : {UserDefaults::confirmUnsavedChangesKey, UserDefaults::lastFolderKey}) {
+      UserDefaults().removeValue(key);
+    }
+  }
   ~AppFixture() override { files.settleWrites(); }
 
   void showWindow() {

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "AppFixture.h"
-#include "app/ExportFormats.h"
+#include "app/dialogs/ExportFormats.h"
 #include "model/LevelsAdjustment.h"
 #include "model/TestDoor.h"
 
@@ -204,6 +204,23 @@ TEST_F(DocumentFilesTest, SaveAsProposesTheDocumentsName) {
   EXPECT_EQ(document->sourceFileURL.value(), path("photo.png"));
 }
 
+TEST_F(DocumentFilesTest, FilePanelsStartWhereTheUserIsWorking) {
+  files.askAndOpen();
+  EXPECT_EQ(dialogs.proposals.back(), QDir::homePath().toStdString());
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  ASSERT_TRUE(waitForFiles());
+  addDocument(QStringLiteral("Untitled"));
+  files.askAndOpen();
+  EXPECT_EQ(dialogs.proposals.back(), folder.path().toStdString()) << "the folder used last";
+  const QTemporaryDir other;
+  document->setSource(other.filePath(QStringLiteral("Sky.tessel")), std::nullopt);
+  state.windowState.switchToDocument(document->id);
+  files.askAndOpen();
+  EXPECT_EQ(dialogs.proposals.back(), other.path().toStdString()) << "the document's own";
+}
+
 TEST_F(DocumentFilesTest, AFailedSaveAsKeepsTheNewNameAndLeavesTheDocumentDirty) {
   const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
   dialogs.savePaths.push(path("no such folder/Sky.tessel"));
@@ -383,7 +400,7 @@ TEST_F(DocumentFilesTest, AQueuedFlatSaveFailsIfItsDocumentIsNoLongerFlat) {
   EXPECT_EQ(dialogs.warnings[0].first, "Failed to Save");
   EXPECT_EQ(dialogs.warnings[0].second,
             "photo.png: The document has gained layers, masks or folders that this format can't hold. "
-            "Use Save As.");
+            "Use Save As.\nThe document stays open with all its changes.");
 }
 
 TEST_F(DocumentFilesTest, SavingAnUnmodifiedDocumentWritesNothing) {

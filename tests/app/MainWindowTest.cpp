@@ -1,15 +1,14 @@
 #include "app/MainWindow.h"
 
-#include <QComboBox>
+#include <QAbstractButton>
 #include <QDropEvent>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSettings>
 
 #include "AppFixture.h"
-#include "app/NewDocumentDialog.h"
 #include "canvas/CanvasPaneView.h"
+#include "canvas/RecentFilesView.h"
 #include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
@@ -111,6 +110,8 @@ TEST_F(MainWindowTest, TheMenuBarHoldsTheseItems) {
     -
     Invert | Ctrl+I
   -
+  Canvas Size...
+  Image Size...
   Crop
   Trim | Ctrl+.
 &Layer
@@ -131,6 +132,7 @@ TEST_F(MainWindowTest, TheMenuBarHoldsTheseItems) {
   Next Tab | Tab
   Previous Tab | Shift+Tab
 &Help
+  Keyboard Shortcuts | F1
   About Orvanel
 )");
 }
@@ -298,13 +300,13 @@ TEST_F(MainWindowTest, TheTabsCloseButtonAndMenuClose) {
   window->contentView().tabBar().tabs()[1]->closeButton()->click();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one", "three"));
-  window->contentView().tabBar().tabs()[0]->contextItems()[1].second();
+  window->contentView().tabBar().tabs()[0]->contextItems()[1].action();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one"));
   window->contentView().tabBar().newTabButton()->click();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), ElementsAre("one", "Untitled"));
-  window->contentView().tabBar().tabs()[0]->contextItems()[2].second();
+  window->contentView().tabBar().tabs()[0]->contextItems()[2].action();
   QApplication::processEvents();
   EXPECT_THAT(openNames(), IsEmpty());
   EXPECT_TRUE(window->contentView().tabBar().isHidden());
@@ -349,23 +351,72 @@ TEST_F(MainWindowTest, ANameThatContainsTheModifiedMarkerIsShownLiterally) {
   EXPECT_EQ(window->windowTitle(), QStringLiteral("a[*][*]b[*] — Orvanel"));
 }
 
+TEST_F(MainWindowTest, TheListOfShortcutsIsThatOfTheMenusKeysAndTools) {
+  addDocument(QStringLiteral("One"))->invertActive();
+  item("Help", "Keyboard Shortcuts")->trigger();
+  const auto keysFor = [this](const char* group, const char* meaning) {
+    for (const ShortcutGroup& listed : dialogs.shortcuts) {
+      if (listed.title != QLatin1String(group)) continue;
+      for (const ShortcutGroup::Row& row : listed.rows) {
+        if (row.meaning == QLatin1String(meaning)) return row.keys.toStdString();
+      }
+    }
+    return std::string("not listed");
+  };
+  EXPECT_EQ(keysFor("File", "New"), "Ctrl+N");
+  EXPECT_EQ(keysFor("Edit", "Undo"), "Ctrl+Z") << "not what would be undone";
+  EXPECT_EQ(keysFor("Image", "Levels"), "Ctrl+L");
+  EXPECT_EQ(keysFor("Tools and single keys", "Hand"), "H");
+  EXPECT_EQ(keysFor("Tools and single keys", "Clear"), "Backspace or Del");
+  EXPECT_EQ(keysFor("Tools and single keys", "Fill with the foreground color"), "Alt+Backspace");
+  EXPECT_EQ(keysFor("Selection tools", "Add to the selection"), "Shift");
+}
+
+TEST_F(MainWindowTest, TheFirstWindowLeavesPlaceForItsTitleBar) {
+  const QSize small(1366, 768);
+  const QSize size = MainWindow::firstSizeOn(small);
+  EXPECT_LE(size.width(), small.width());
+  EXPECT_LE(size.height(), small.height() - 20);
+  EXPECT_EQ(MainWindow::firstSizeOn({2560, 1440}), QSize(1280, 800));
+}
+
+TEST_F(MainWindowTest, FitsASmallScreenWithEverythingShown) {
+  addDocument(QStringLiteral("One"));
+  QApplication::processEvents();
+  EXPECT_LE(window->minimumSizeHint().width(), 1280);
+  EXPECT_LE(window->minimumSizeHint().height(), 680);
+  window->resize(1280, 680);
+  EXPECT_EQ(window->size(), QSize(1280, 680));
+}
+
+TEST_F(MainWindowTest, TheEmptyWindowListsRecentFilesThatAreThere) {
+  const QString kept = writeImage("kept.png");
+  const QString gone = writeImage("gone.png");
+  open({kept, gone});
+  QFile::remove(gone);
+  state.windowState.closeAllDocuments();
+  QApplication::processEvents();
+  const RecentFilesView& recent = window->contentView().canvasPane().noDocumentView().recentFiles();
+  ASSERT_TRUE(waitUntil([&] { return recent.cards().size() == 1; }));
+  recent.cards().front()->click();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("kept"));
+}
+
+TEST_F(MainWindowTest, TheEmptyWindowsLinksAskForADocument) {
+  const NoDocumentView& placeholder = window->contentView().canvasPane().noDocumentView();
+  dialogs.newDocument = NewDocumentEntry{QStringLiteral("40"), QStringLiteral("30"), 3};
+  placeholder.newLink().click();
+  EXPECT_THAT(openNames(), ElementsAre("Untitled"));
+  dialogs.filesToOpen = QStringList{writeImage("photo.png")};
+  placeholder.openLink().click();
+  ASSERT_TRUE(waitForFiles());
+  EXPECT_THAT(openNames(), ElementsAre("Untitled", "photo"));
+}
+
 TEST_F(MainWindowTest, TheAboutItemShowsTheAboutWindow) {
   item("Help", "About Orvanel")->trigger();
   EXPECT_EQ(dialogs.aboutShown, 1);
-}
-
-TEST(NewDocumentDialogTest, StartsWithTheDefaultValues) {
-  const NewDocumentDialog dialog;
-  EXPECT_EQ(dialog.widthField->text(), "1024");
-  EXPECT_EQ(dialog.heightField->text(), "768");
-  EXPECT_EQ(dialog.widthField->placeholderText(), "1024");
-  QStringList modes;
-  for (int index = 0; index < dialog.colorModePopup->count(); ++index)
-    modes << dialog.colorModePopup->itemText(index);
-  EXPECT_EQ(modes, QStringList({QStringLiteral("Grayscale 8-bit"), QStringLiteral("Grayscale 16-bit"),
-                                QStringLiteral("RGB 8-bit"), QStringLiteral("RGB 16-bit")}));
-  EXPECT_EQ(dialog.colorModePopup->currentIndex(), 2);
-  EXPECT_EQ(dialog.entry().colorModeIndex, 2);
 }
 
 TEST_F(MainWindowTest, AltAloneLeavesTheFocusOnTheCanvas) {

@@ -5,6 +5,7 @@
 #include "canvas/CanvasPaneView.h"
 #include "model/LevelsAdjustment.h"
 #include "panels/levels/LevelsWindow.h"
+#include "raster/MemoryBudget.h"
 #include "tools/selection/SelectionGesture.h"
 #include "tools/transform/LayerTransform.h"
 
@@ -288,6 +289,72 @@ TEST_F(MenuBarTest, ClosingADocumentClosesItsLevels) {
   QApplication::processEvents();
   EXPECT_FALSE(window->levels().isOpen());
   EXPECT_FALSE(window->levels().isVisible());
+}
+
+TEST_F(MenuBarTest, CanvasSizeAddsRelativeNumbersToTheSize) {
+  document->resizeCanvas(100, 100, 0, 0);
+  dialogs.canvasSize = CanvasSizeEntry{QStringLiteral("-10"), QStringLiteral("20"), true, -1, 1};
+  item("Image", "Canvas Size...")->trigger();
+  EXPECT_EQ(document->canvasWidth.value(), 90);
+  EXPECT_EQ(document->canvasHeight.value(), 120);
+  EXPECT_EQ(document->undoStack.undoActionName(), "Canvas Size");
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(MenuBarTest, CanvasSizeKeepsTheOldCanvasAtItsAnchor) {
+  dialogs.canvasSize = CanvasSizeEntry{QStringLiteral("20"), QStringLiteral("20"), false, 1, 1};
+  item("Image", "Canvas Size...")->trigger();
+  EXPECT_EQ(pixel(0, 0), 0U);
+  EXPECT_EQ(pixel(19, 19), white);
+}
+
+TEST_F(MenuBarTest, ImageSizeResamplesAsChosen) {
+  document->selectAll();
+  dialogs.imageSize = ImageSizeEntry{QStringLiteral("32"), QStringLiteral("24"), 2};
+  item("Image", "Image Size...")->trigger();
+  EXPECT_EQ(document->canvasWidth.value(), 32);
+  EXPECT_EQ(document->canvasHeight.value(), 24);
+  EXPECT_EQ(document->activeSelection(), nullptr);
+  EXPECT_TRUE(isEnabled("Edit", "Undo Canvas Size"));
+}
+
+TEST_F(MenuBarTest, ImpossibleSizesAreRefused) {
+  const auto records = document->undoStack.operations().size();
+  const std::pair<std::string, std::string> refusal{"Invalid Dimensions",
+                                                    "Width and height must be between 1 and 16384 pixels."};
+  for (const char* width : {"-16", "-17", "16369", "", "abc"}) {
+    dialogs.warnings.clear();
+    dialogs.canvasSize = CanvasSizeEntry{QString::fromLatin1(width), QStringLiteral("0"), true, 0, 0};
+    item("Image", "Canvas Size...")->trigger();
+    EXPECT_THAT(dialogs.warnings, ElementsAre(refusal)) << width;
+  }
+  for (const char* height : {"0", "16385", "", "abc"}) {
+    dialogs.warnings.clear();
+    dialogs.imageSize = ImageSizeEntry{QStringLiteral("10"), QString::fromLatin1(height), 0};
+    item("Image", "Image Size...")->trigger();
+    EXPECT_THAT(dialogs.warnings, ElementsAre(refusal)) << height;
+  }
+  EXPECT_EQ(document->undoStack.operations().size(), records);
+}
+
+TEST_F(MenuBarTest, ACancelledSizeChangesNothing) {
+  const auto records = document->undoStack.operations().size();
+  item("Image", "Canvas Size...")->trigger();
+  item("Image", "Image Size...")->trigger();
+  EXPECT_EQ(document->undoStack.operations().size(), records);
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+}
+
+TEST_F(MenuBarTest, ASizeWithoutTheMemoryForItIsReported) {
+  dialogs.canvasSize = CanvasSizeEntry{QStringLiteral("4000"), QStringLiteral("4000"), false, 0, 0};
+  {
+    const ScopedMemoryLimit limit(0);
+    item("Image", "Canvas Size...")->trigger();
+  }
+  QApplication::processEvents();
+  EXPECT_EQ(document->canvasWidth.value(), 16);
+  ASSERT_EQ(dialogs.warnings.size(), 1U);
+  EXPECT_EQ(dialogs.warnings[0].first, "Not Enough Memory");
 }
 
 TEST_F(MenuBarTest, CropNeedsASelection) {

@@ -43,7 +43,7 @@ TEST_F(ProgressLineTest, TheButtonLiesInTheCornerBelowTheLine) {
 
 TEST_F(ProgressLineTest, TheButtonHasANameAndTakesTheFocus) {
   EXPECT_EQ(button.accessibleName(), "Cancel reading and writing files");
-  EXPECT_EQ(button.toolTip(), "Cancel");
+  EXPECT_EQ(button.toolTip(), "Cancel reading and writing files");
   EXPECT_EQ(button.focusPolicy(), Qt::TabFocus);
 }
 

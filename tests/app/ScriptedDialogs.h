@@ -7,7 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
+#include "app/dialogs/ShortcutsWindow.h"
 
 namespace orvanel {
 
@@ -19,6 +20,7 @@ class ScriptedDialogs : public Dialogs {
   std::vector<std::string> questions;
   std::vector<std::string> proposals;
   int aboutShown = 0;
+  std::vector<ShortcutGroup> shortcuts;
   int beeps = 0;
 
   // Answers, used in order. When a queue is empty, the dialog is cancelled.
@@ -26,6 +28,8 @@ class ScriptedDialogs : public Dialogs {
   std::queue<QString> savePaths;
   std::queue<ExportTarget> exportTargets;
   std::optional<NewDocumentEntry> newDocument;
+  std::optional<CanvasSizeEntry> canvasSize;
+  std::optional<ImageSizeEntry> imageSize;
   QStringList filesToOpen;
   /// Called while a warning is open.
   std::function<void()> duringWarning;
@@ -43,7 +47,16 @@ class ScriptedDialogs : public Dialogs {
     return next(saveAnswers).value_or(SaveAnswer::cancel);
   }
   std::optional<NewDocumentEntry> askForNewDocument() override { return newDocument; }
-  QStringList askForFilesToOpen() override { return filesToOpen; }
+  std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& /*document*/) override {
+    return canvasSize;
+  }
+  std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& /*document*/) override {
+    return imageSize;
+  }
+  QStringList askForFilesToOpen(const QString& folder) override {
+    proposals.push_back(folder.toStdString());
+    return filesToOpen;
+  }
   std::optional<QString> askWhereToSave(const QString& proposedPath) override {
     proposals.push_back(proposedPath.toStdString());
     return next(savePaths);
@@ -53,6 +66,7 @@ class ScriptedDialogs : public Dialogs {
     return next(exportTargets);
   }
   void showAbout() override { ++aboutShown; }
+  void showShortcuts(const std::vector<ShortcutGroup>& groups) override { shortcuts = groups; }
   void beep() override { ++beeps; }
 
   std::string lastInformativeText;

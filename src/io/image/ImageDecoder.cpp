@@ -29,6 +29,10 @@ namespace {
 
 constexpr int largestImageMebibytes = maximumCanvasSide / 1024 * (maximumCanvasSide / 1024) * 8;
 
+/// Beyond this a reduced picture isn't made. JPEG is decoded at a fraction of its size.
+constexpr qint64 mostReducedPixels = qint64{40} << 20;
+constexpr qint64 mostReducedBytes = qint64{64} << 20;
+
 /// The reader's default limit is far below the largest canvas.
 void raiseReaderLimit() {
   static std::once_flag once;
@@ -185,6 +189,41 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
                                               ? ImageMetadata::Orientation::ignored
                                               : ImageMetadata::Orientation::applied);
   return decoded;
+}
+
+QImage decodeReduced(const QString& path, int side, const Progress& progress) {
+  raiseReaderLimit();
+  const LibraryMessages messages;
+  auto opened = InputFile::open(path, progress);
+  if (!opened || !pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return {};
+  if (isTiff(**opened)) LibraryMessages::catchTiff();
+  const bool isSmallFile = (*opened)->size() <= mostReducedBytes;
+  const auto file = harmlessSource(std::move(*opened));
+  if (!file) return {};
+  const auto reduced = [side](const QSize& size) {
+    return size.width() <= side && size.height() <= side
+               ? size
+               : size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1});
+  };
+  QImageReader reader(file->get());
+  reader.setDecideFormatFromContent(true);
+  reader.setAutoTransform(true);
+  QImage image;
+  if (reader.canRead()) {
+    const QSize size = reader.size();
+    const qint64 pixels = qint64{size.width()} * size.height();
+    if (size.isEmpty() || !judgeImageSize(size)) return {};
+    if (pixels > mostReducedPixels && reader.format() != "jpeg") return {};
+    reader.setScaledSize(reduced(size));
+    image = reader.read();
+  } else if (isHeif(path) && isSmallFile) {
+    (*file)->seek(0);
+    if (auto heif = decodeHeif((*file)->readAll())) image = std::move(heif->image);
+  }
+  if (image.isNull() || progress.isCancelled()) return {};
+  image = image.scaled(reduced(image.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  convertToDisplay(image);
+  return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
 }  // namespace orvanel

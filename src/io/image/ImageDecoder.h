@@ -27,4 +27,7 @@ struct DecodedImage {
 
 [[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});
 
+/// The image at most `side` pixels wide and high, where that takes little time and memory; otherwise null.
+[[nodiscard]] QImage decodeReduced(const QString& path, int side, const Progress& progress = {});
+
 }  // namespace orvanel

@@ -1,10 +1,13 @@
 #include "panels/bars/DocumentTab.h"
 
 #include <QContextMenuEvent>
-#include <QIcon>
+#include <QDesktopServices>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QUrl>
+#include <map>
 
 #include "look/Look.h"
 #include "model/DisplayText.h"
@@ -14,24 +17,20 @@ namespace orvanel {
 
 namespace {
 
-constexpr double fontSize = 11.0;
-constexpr int sidePadding = 10;
-constexpr int gap = 6;
+constexpr int sidePadding = look::space::normal;
+constexpr int gap = look::space::tight;
 constexpr int closeBoxEdge = 18;
-constexpr int tabHeight = 30;
-constexpr int narrowestTab = 96;
-constexpr int widestTab = 240;
 
 }  // namespace
 
 DocumentTab::DocumentTab(DocumentPtr shownDocument, QWidget* parent)
     : QAbstractButton(parent), document(std::move(shownDocument)) {
-  setFont(look::font(fontSize));
+  setFont(look::font(look::type::small));
   setCheckable(true);
   setFocusPolicy(Qt::NoFocus);
   setAttribute(Qt::WA_Hover);
   closeButton_ = new SymbolButton(QStringLiteral("xmark"), closeButtonSize, this);
-  closeButton_->setToolTip(QStringLiteral("Close"));
+  closeButton_->setToolTip(tr("Close this document"));
   closeButton_->hide();
 
   connect(this, &QAbstractButton::clicked, this, [this] {
@@ -57,8 +56,8 @@ void DocumentTab::documentChanged() {
   // Tooltips interpret markup, and names may contain anything.
   setToolTip(
       QStringLiteral("<span>%1</span>").arg(document->sourceFileURL.value().value_or(name).toHtmlEscaped()));
-  setAccessibleName(showsDirtyDot() ? QStringLiteral("%1, unsaved changes").arg(name) : name);
-  closeButton_->setAccessibleName(QStringLiteral("Close %1").arg(name));
+  setAccessibleName(showsDirtyDot() ? tr("%1, unsaved changes").arg(name) : name);
+  closeButton_->setAccessibleName(tr("Close %1").arg(name));
   if (onWidthChanged) onWidthChanged();
   update();
 }
@@ -67,24 +66,31 @@ QString DocumentTab::shownName() const {
   return displayText(document->name.value());
 }
 
-std::vector<std::pair<QString, std::function<void()>>> DocumentTab::contextItems() const {
-  std::vector<std::pair<QString, std::function<void()>>> items;
-  items.emplace_back(QStringLiteral("Close"), onClose);
-  if (hasOtherDocuments_) items.emplace_back(QStringLiteral("Close Others"), onCloseOthers);
-  items.emplace_back(QStringLiteral("Close All"), onCloseAll);
+std::vector<DocumentTab::ContextItem> DocumentTab::contextItems() const {
+  std::vector<ContextItem> items;
+  items.push_back({tr("Close"), onClose});
+  if (hasOtherDocuments_) items.push_back({tr("Close Others"), onCloseOthers});
+  items.push_back({tr("Close All"), onCloseAll});
+  const QString path = document->sourceFileURL.value().value_or(QString());
+  const auto openFolder = [path] {
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+  };
+  items.push_back({tr("Open Containing Folder"), openFolder, !path.isEmpty(), true});
   return items;
 }
 
 void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
-  QMenu menu(this);
-  for (const auto& [title, action] : contextItems()) menu.addAction(title)->setData(title);
-  const QAction* chosen = menu.exec(event->globalPos());
-  if (chosen == nullptr) return;
-  for (const auto& [title, action] : contextItems()) {
-    if (title != chosen->data().toString() || !action) continue;
-    action();
-    return;
+  // What is chosen may close this tab.
+  QMenu menu(window());
+  std::map<const QAction*, std::function<void()>> actions;
+  for (const ContextItem& item : contextItems()) {
+    if (item.followsSeparator) menu.addSeparator();
+    QAction* entry = menu.addAction(item.title);
+    entry->setEnabled(item.isEnabled);
+    actions.emplace(entry, item.action);
   }
+  const auto chosen = actions.find(menu.exec(event->globalPos()));
+  if (chosen != actions.end() && chosen->second) chosen->second();
 }
 
 void DocumentTab::mousePressEvent(QMouseEvent* event) {
@@ -103,7 +109,7 @@ QSize DocumentTab::sizeHint() const {
   // Space for the dot and the close button is always reserved, so that the name doesn't move.
   const int name = fontMetrics().horizontalAdvance(shownName());
   const int around = 2 * (sidePadding + gap) + static_cast<int>(dirtyDotSize) + closeBoxEdge;
-  return {qBound(narrowestTab, name + around, widestTab), tabHeight};
+  return {qBound(narrowest, name + around, widest), look::size::bar};
 }
 
 bool DocumentTab::event(QEvent* event) {
@@ -113,6 +119,7 @@ bool DocumentTab::event(QEvent* event) {
 }
 
 void DocumentTab::setHovering(bool hovering) {
+  if (hovering == isHovering_) return;
   isHovering_ = hovering;
   closeButton_->setVisible(hovering);
   update();

@@ -23,20 +23,31 @@ class DocumentTab : public QAbstractButton {
   /// Called when the preferred width may have changed.
   std::function<void()> onWidthChanged;
 
-  /// Edge of the close button's symbol, in view points.
+  // Lengths in view points.
+  static constexpr int narrowest = 120;
+  static constexpr int widest = 240;
+  /// Edge of the close button's symbol.
   static constexpr double closeButtonSize = 8.0;
-  /// Diameter of the dot for unsaved changes, in view points.
+  /// Diameter of the dot for unsaved changes.
   static constexpr double dirtyDotSize = 6.0;
 
   [[nodiscard]] bool isSelected() const { return isSelected_; }
   void setSelected(bool selected);
   void setHasOtherDocuments(bool hasOthers) { hasOtherDocuments_ = hasOthers; }
   [[nodiscard]] bool isHovering() const { return isHovering_; }
+  /// Shows the close button while the pointer is over the tab.
+  void setHovering(bool hovering);
   [[nodiscard]] bool showsDirtyDot() const { return document->isDirty.value(); }
   [[nodiscard]] QAbstractButton* closeButton() const { return closeButton_; }
 
-  /// Titles and actions of the context menu, in order.
-  [[nodiscard]] std::vector<std::pair<QString, std::function<void()>>> contextItems() const;
+  struct ContextItem {
+    QString title;
+    std::function<void()> action;
+    bool isEnabled = true;
+    bool followsSeparator = false;
+  };
+  /// The items of the context menu, in order.
+  [[nodiscard]] std::vector<ContextItem> contextItems() const;
 
   [[nodiscard]] QSize sizeHint() const override;
 
@@ -51,7 +62,6 @@ class DocumentTab : public QAbstractButton {
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
-  void setHovering(bool hovering);
   void documentChanged();
   [[nodiscard]] QString shownName() const;
 

@@ -1,5 +1,6 @@
-// The row of tabs above the canvas, one per open document in order, and a button for a new document. Owned by
-// the window, which sets the documents and handles the requests. Main thread only.
+// The row of tabs above the canvas: one per open document in order, then a button for a new document, and at
+// the end a list of all of them. Owned by the window, which sets the documents and handles the requests. Main
+// thread only.
 #pragma once
 
 #include <QUuid>
@@ -10,9 +11,19 @@
 
 #include "panels/bars/DocumentTab.h"
 
+class QMenu;
+
 namespace orvanel {
 
 class SymbolButton;
+
+/// Holds the tabs and clips those that don't fit. A list of tabs to screen readers.
+class TabStrip : public QWidget {
+  Q_OBJECT
+
+ public:
+  using QWidget::QWidget;
+};
 
 class DocumentTabBar : public QWidget {
   Q_OBJECT
@@ -31,6 +42,10 @@ class DocumentTabBar : public QWidget {
 
   [[nodiscard]] const std::vector<DocumentTab*>& tabs() const { return tabs_; }
   [[nodiscard]] QAbstractButton* newTabButton() const;
+  [[nodiscard]] QAbstractButton* listButton() const;
+  // Shown while the tabs don't fit.
+  [[nodiscard]] QAbstractButton* scrollBackButton() const;
+  [[nodiscard]] QAbstractButton* scrollForwardButton() const;
 
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override;
@@ -39,19 +54,36 @@ class DocumentTabBar : public QWidget {
   void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
 
  private:
+  SymbolButton* makeButton(const QString& symbol, double symbolSize, const QString& name);
   DocumentTab* makeTab(const DocumentPtr& document);
+  void holdPlaces(const std::vector<DocumentPtr>& documents);
   void layOutTabs();
+  void placeTabs();
+  void placeButtons(int stripWidth, bool overflows);
+  [[nodiscard]] std::vector<int> wishedWidths() const;
+  [[nodiscard]] int roomForTabs(bool overflows) const;
+  [[nodiscard]] int furthestOffset() const;
+  void scrollBy(int distance);
   void revealSelectedTab();
-  [[nodiscard]] int roomForTabs() const;
+  void hoverTabUnderPointer();
+  void showList();
 
-  /// Clips the tabs if they don't all fit; the wheel scrolls them.
-  QWidget* strip_;
+  TabStrip* strip_;
   SymbolButton* newTabButton_;
+  SymbolButton* scrollBackButton_;
+  SymbolButton* scrollForwardButton_;
+  SymbolButton* listButton_;
   std::vector<DocumentTab*> tabs_;
+  /// Widths of the tabs, in order.
+  std::vector<int> widths_;
   int scrollOffset_ = 0;
-  int tabsWidth_ = 0;
+  bool isPointerInside_ = false;
+  /// Since the pointer closed a tab the others keep its place, so that it can close the next without moving.
+  bool isHoldingPlaces_ = false;
 };
 
 }  // namespace orvanel

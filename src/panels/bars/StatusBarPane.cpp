@@ -1,18 +1,19 @@
 #include "panels/bars/StatusBarPane.h"
 
-#include <QHBoxLayout>
 #include <QPainter>
-#include <chrono>
+#include <algorithm>
 #include <utility>
 
 #include "look/Look.h"
+#include "panels/bars/StatusText.h"
 
 namespace orvanel {
 
 namespace {
 
-constexpr double fontSize = 11.0;
-constexpr int barHeight = 24;
+constexpr int gap = look::space::section;
+/// Less of the memory text says nothing.
+constexpr int narrowestMemory = 96;
 constexpr std::chrono::milliseconds memoryInterval{500};
 /// Unchanged readings after which background compression is assumed to have finished.
 constexpr int readingsUntilQuiet = 6;
@@ -41,33 +42,94 @@ QString cursorPositionText(const std::optional<QPointF>& position,
 
 StatusBarPane::StatusBarPane(QWidget* parent) : QWidget(parent) {
   setObjectName(QStringLiteral("statusBar"));
-  setAccessibleName(QStringLiteral("Status"));
-  setFixedHeight(barHeight);
-  auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(12, 1, 12, 0);
-  row->setSpacing(20);
-  // Space for the widest usual texts is reserved, so that labels don't move with the pointer.
-  zoomLabel_ = addLabel(QStringLiteral("Zoom"), QStringLiteral("66.66%"));
-  positionLabel_ = addLabel(QStringLiteral("Pointer position"), QStringLiteral("X: 16384  Y: 16384"));
-  canvasLabel_ = addLabel(QStringLiteral("Canvas size"), QString());
-  row->addStretch(1);
-  memoryLabel_ = addLabel(QStringLiteral("Memory"), QString());
+  setAccessibleName(tr("Status"));
+  setFixedHeight(look::size::control);
+  zoom_ = new StatusText(tr("Zoom"), QStringLiteral("3200.00%"), this);
+  position_ = new StatusText(tr("Pointer position"), QStringLiteral("X: 16384"), this);
+  canvasSize_ = new StatusText(tr("Canvas size"), QStringLiteral("16384 × 16384"), this);
+  memory_ = new StatusText(tr("Memory use"), QString(), this);
+  note_ = new StatusText(tr("Note"), QString(), this);
+  note_->setColor(look::color::text);
+  note_->hide();
 
+  noteTimer_.setSingleShot(true);
+  connect(&noteTimer_, &QTimer::timeout, this, [this] {
+    note_->setText({});
+    arrange();
+  });
   memoryTimer_.setInterval(memoryInterval);
   connect(&memoryTimer_, &QTimer::timeout, this, &StatusBarPane::followMemory);
 }
 
-QLabel* StatusBarPane::addLabel(const QString& accessibleName, const QString& widestText) {
-  auto* label = new QLabel(this);
-  label->setFont(look::font(fontSize));
-  QPalette palette = label->palette();
-  palette.setColor(QPalette::WindowText, look::color::secondaryText);
-  label->setPalette(palette);
-  label->setTextFormat(Qt::PlainText);
-  label->setAccessibleName(accessibleName);
-  if (!widestText.isEmpty()) label->setMinimumWidth(label->fontMetrics().horizontalAdvance(widestText));
-  static_cast<QHBoxLayout*>(layout())->addWidget(label);
-  return label;
+QString StatusBarPane::zoomText() const {
+  return zoom_->text();
+}
+
+QString StatusBarPane::positionText() const {
+  return position_->text();
+}
+
+QString StatusBarPane::canvasText() const {
+  return canvasSize_->text();
+}
+
+QString StatusBarPane::memoryText() const {
+  return memory_->text();
+}
+
+void StatusBarPane::showNote(const QString& text, std::chrono::milliseconds duration) {
+  note_->setText(text);
+  arrange();
+  noteTimer_.start(duration);
+}
+
+int StatusBarPane::widthOfPosition(int room) const {
+  // Place for the size of a drag is kept free where nothing else needs it.
+  constexpr int partsWithDrag = 4;
+  const int whole = position_->widthOfParts(partsWithDrag);
+  const int others = canvasSize_->sizeHint().width() + memory_->neededWidth() + 2 * gap;
+  if (whole + others <= room) return whole;
+  return std::max(position_->widthOfParts(2), position_->neededWidth());
+}
+
+void StatusBarPane::arrange() {
+  int left = look::space::wide;
+  const int right = width() - look::space::wide;
+  const auto place = [&](StatusText& text, int textWidth) {
+    text.setGeometry(left, 0, std::min(textWidth, right - left), height());
+    text.setVisible(text.width() > 0);
+    left += textWidth + gap;
+  };
+  place(*zoom_, zoom_->sizeHint().width());
+  place(*position_, widthOfPosition(right - left));
+  const int memoryWidth = memory_->neededWidth();
+  const bool hasNote = !note_->text().isEmpty();
+  const int afterCanvas = left + canvasSize_->sizeHint().width() + gap;
+  const bool showsCanvas =
+      left + canvasSize_->neededWidth() <= right && (!hasNote || afterCanvas + note_->neededWidth() <= right);
+  canvasSize_->setVisible(showsCanvas);
+  if (showsCanvas) place(*canvasSize_, canvasSize_->sizeHint().width());
+  const int rest = right - left;
+  note_->setGeometry(left, 0, std::max(0, rest), height());
+  note_->setVisible(hasNote);
+  const int shownMemory = std::min(memoryWidth, rest);
+  memory_->setGeometry(right - shownMemory, 0, std::max(0, shownMemory), height());
+  memory_->setVisible(!hasNote && shownMemory >= std::min(memoryWidth, narrowestMemory));
+  tellWhatIsCut();
+}
+
+void StatusBarPane::tellWhatIsCut() {
+  QStringList cut;
+  for (const StatusText* text : {zoom_, position_, canvasSize_, memory_, note_}) {
+    if (!text->text().isEmpty() && !text->isWhole()) cut << text->text().toHtmlEscaped();
+  }
+  // Tooltips interpret markup, and notes may contain names.
+  setToolTip(cut.isEmpty() ? QString()
+                           : QStringLiteral("<span>%1</span>").arg(cut.join(QStringLiteral("<br>"))));
+}
+
+void StatusBarPane::resizeEvent(QResizeEvent* /*event*/) {
+  arrange();
 }
 
 void StatusBarPane::setDocument(const DocumentPtr& document) {
@@ -96,22 +158,25 @@ void StatusBarPane::follow(const DocumentChanges& changes) {
 
 void StatusBarPane::updateZoom() {
   const auto document = document_.lock();
-  zoomLabel_->setText(document ? document->zoomDisplayString() : QString());
+  zoom_->setText(document ? document->zoomDisplayString() : QString());
+  arrange();
 }
 
 void StatusBarPane::updatePosition() {
   const auto document = document_.lock();
-  positionLabel_->setText(
+  position_->setText(
       document ? cursorPositionText(document->cursorDocumentPosition.value(), document->dragSize.value())
                : QString());
+  arrange();
 }
 
 void StatusBarPane::updateCanvasSize() {
   const auto document = document_.lock();
-  canvasLabel_->setText(
+  canvasSize_->setText(
       document
           ? QStringLiteral("%1 × %2").arg(document->canvasWidth.value()).arg(document->canvasHeight.value())
           : QString());
+  arrange();
 }
 
 void StatusBarPane::scheduleMemory() {
@@ -129,22 +194,24 @@ void StatusBarPane::scheduleMemory() {
 void StatusBarPane::updateMemory() {
   const auto document = document_.lock();
   if (!document) {
-    memoryLabel_->clear();
+    memory_->setText({});
+    arrange();
     memoryTimer_.stop();
     return;
   }
   const std::int64_t undoBytes = document->undoStack.totalMemoryCost();
-  memoryLabel_->setText(QStringLiteral("Memory: Layers %1, Undo %2")
-                            .arg(byteCountText(document->memoryUsage()), byteCountText(undoBytes)));
+  memory_->setText(
+      tr("Memory: Layers %1, Undo %2").arg(byteCountText(document->memoryUsage()), byteCountText(undoBytes)));
+  arrange();
   quietReadings_ = 0;
   if (undoBytes > 0) memoryTimer_.start();
 }
 
 void StatusBarPane::followMemory() {
-  const QString before = memoryLabel_->text();
+  const QString before = memory_->text();
   const int quietReadings = quietReadings_;
   updateMemory();
-  quietReadings_ = memoryLabel_->text() == before ? quietReadings + 1 : 0;
+  quietReadings_ = memory_->text() == before ? quietReadings + 1 : 0;
   if (quietReadings_ >= readingsUntilQuiet) memoryTimer_.stop();
 }
 

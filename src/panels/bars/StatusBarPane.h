@@ -1,14 +1,13 @@
-// The status bar: zoom, pointer position, canvas size and memory use of the active document. Owned by the
-// window; observes the document and never changes it. Main thread only.
+// The status bar: zoom, pointer position, canvas size and memory use of the active document, and short notes.
+// Owned by the window; observes the document and never changes it. Main thread only.
 #pragma once
 
-#include <QLabel>
 #include <QPointF>
 #include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "model/Document.h"
 
@@ -21,6 +20,8 @@ namespace orvanel {
 [[nodiscard]] QString cursorPositionText(const std::optional<QPointF>& position,
                                          const std::optional<Document::DragSize>& dragSize);
 
+class StatusText;
+
 class StatusBarPane : public QWidget {
   Q_OBJECT
 
@@ -30,16 +31,31 @@ class StatusBarPane : public QWidget {
   [[nodiscard]] DocumentPtr document() const { return document_.lock(); }
   void setDocument(const DocumentPtr& document);
 
-  [[nodiscard]] QString zoomText() const { return zoomLabel_->text(); }
-  [[nodiscard]] QString positionText() const { return positionLabel_->text(); }
-  [[nodiscard]] QString canvasText() const { return canvasLabel_->text(); }
-  [[nodiscard]] QString memoryText() const { return memoryLabel_->text(); }
+  /// Shows a short note for a while, in the place of texts that matter less.
+  void showNote(const QString& text, std::chrono::milliseconds duration = noteDuration);
+
+  // The texts; in a narrow window the last ones are shortened or left out.
+  [[nodiscard]] StatusText& zoom() const { return *zoom_; }
+  [[nodiscard]] StatusText& position() const { return *position_; }
+  [[nodiscard]] StatusText& canvasSize() const { return *canvasSize_; }
+  [[nodiscard]] StatusText& memory() const { return *memory_; }
+  [[nodiscard]] StatusText& note() const { return *note_; }
+  [[nodiscard]] QString zoomText() const;
+  [[nodiscard]] QString positionText() const;
+  [[nodiscard]] QString canvasText() const;
+  [[nodiscard]] QString memoryText() const;
 
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  QLabel* addLabel(const QString& accessibleName, const QString& widestText);
+  static constexpr std::chrono::seconds noteDuration{5};
+
+  /// Gives each text its place, the first ones before the others.
+  void arrange();
+  [[nodiscard]] int widthOfPosition(int room) const;
+  void tellWhatIsCut();
   void follow(const DocumentChanges& changes);
   void updateZoom();
   void updatePosition();
@@ -50,10 +66,12 @@ class StatusBarPane : public QWidget {
 
   std::weak_ptr<Document> document_;
   ChangeStream::Subscription changes_;
-  QLabel* zoomLabel_;
-  QLabel* positionLabel_;
-  QLabel* canvasLabel_;
-  QLabel* memoryLabel_;
+  StatusText* zoom_;
+  StatusText* position_;
+  StatusText* canvasSize_;
+  StatusText* memory_;
+  StatusText* note_;
+  QTimer noteTimer_;
   /// Runs while snapshots may still be compressed in the background.
   QTimer memoryTimer_;
   int quietReadings_ = 0;

@@ -2,11 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <QAccessible>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QEnterEvent>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QTest>
 #include <QTimer>
+#include <QUrl>
 #include <QWheelEvent>
 
 namespace orvanel {
@@ -45,6 +49,12 @@ class DocumentTabBarTest : public testing::Test {
       QEvent event(QEvent::Leave);
       QApplication::sendEvent(&tab, &event);
     }
+  }
+
+  [[nodiscard]] bool isInView(std::size_t index) const {
+    const DocumentTab& tab = *bar.tabs()[index];
+    const QRect place = tab.geometry();
+    return place.left() >= 0 && place.right() < tab.parentWidget()->width();
   }
 
   DocumentTabBar bar;
@@ -133,15 +143,17 @@ TEST_F(DocumentTabBarTest, CloseOthersIsOfferedOnlyWhenThereAreOthers) {
   showDocuments(1);
   const auto titles = [](const DocumentTab& tab) {
     std::vector<std::string> result;
-    for (const auto& item : tab.contextItems()) result.push_back(item.first.toStdString());
+    for (const auto& item : tab.contextItems()) result.push_back(item.title.toStdString());
     return result;
   };
-  EXPECT_THAT(titles(*bar.tabs()[0]), ElementsAre("Close", "Close All"));
+  EXPECT_THAT(titles(*bar.tabs()[0]), ElementsAre("Close", "Close All", "Open Containing Folder"));
   documents.push_back(makeDocument(QStringLiteral("Other")));
   bar.setDocuments(documents, documents[0]->id);
-  EXPECT_THAT(titles(*bar.tabs()[0]), ElementsAre("Close", "Close Others", "Close All"));
+  EXPECT_THAT(titles(*bar.tabs()[0]),
+              ElementsAre("Close", "Close Others", "Close All", "Open Containing Folder"));
 
-  for (const auto& item : bar.tabs()[0]->contextItems()) item.second();
+  const auto items = bar.tabs()[0]->contextItems();
+  for (std::size_t index = 0; index < 3; ++index) items[index].action();
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("close"), documents[0]->id),
                                  std::pair(std::string("closeOthers"), documents[0]->id),
                                  std::pair(std::string("closeAll"), QUuid())));
@@ -168,27 +180,179 @@ TEST_F(DocumentTabBarTest, TheLastButtonRequestsANewDocument) {
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("new"), QUuid())));
 }
 
-TEST_F(DocumentTabBarTest, ManyTabsScrollToTheActiveOne) {
-  showDocuments(30);
-  const auto isInView = [this](std::size_t index) {
-    const DocumentTab& tab = *bar.tabs()[index];
-    const QRect place = tab.geometry();
-    return place.left() >= 0 && place.right() < tab.parentWidget()->width();
-  };
+/// Receives the folders that the desktop is asked to show.
+class FolderOpener : public QObject {
+  Q_OBJECT
+
+ public:
+  FolderOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+  ~FolderOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+  QList<QUrl> opened;
+
+ public Q_SLOTS:
+  void open(const QUrl& url) { opened << url; }
+};
+
+TEST_F(DocumentTabBarTest, TheContainingFolderOfASavedDocumentCanBeOpened) {
+  showDocuments(1);
+  FolderOpener desktop;
+  const auto item = [this] { return bar.tabs()[0]->contextItems().back(); };
+  EXPECT_FALSE(item().isEnabled);
+  documents[0]->setSource(QStringLiteral("/pictures/summer/sea.tessel"), std::nullopt);
+  ASSERT_TRUE(item().isEnabled);
+  item().action();
+  EXPECT_EQ(desktop.opened, QList{QUrl::fromLocalFile(QStringLiteral("/pictures/summer"))});
+}
+
+TEST_F(DocumentTabBarTest, TheTooltipTellsTheWholePath) {
+  showDocuments(1);
+  documents[0]->setSource(QStringLiteral("/pictures/<b>sea.tessel"), std::nullopt);
+  EXPECT_TRUE(bar.tabs()[0]->toolTip().contains(QStringLiteral("/pictures/&lt;b&gt;sea.tessel")));
+}
+
+// Many tabs.
+
+TEST_F(DocumentTabBarTest, TabsKeepTheirSmallestWidthAndScroll) {
+  showDocuments(4);
+  EXPECT_FALSE(bar.scrollForwardButton()->isVisible());
+  for (int index = 4; index < 30; ++index) documents.push_back(makeDocument(QStringLiteral("Doc")));
+  bar.setDocuments(documents, documents.back()->id);
+  for (const DocumentTab* tab : bar.tabs()) EXPECT_EQ(tab->width(), 120);
   EXPECT_TRUE(isInView(29));
   EXPECT_FALSE(isInView(0));
-  EXPECT_LT(bar.newTabButton()->geometry().right(), bar.width());
+  EXPECT_TRUE(bar.scrollForwardButton()->isVisible());
+  EXPECT_LT(bar.newTabButton()->geometry().right(), bar.scrollBackButton()->x());
+  EXPECT_LT(bar.listButton()->geometry().right(), bar.width());
 
   bar.setDocuments(documents, documents[0]->id);
   EXPECT_TRUE(isInView(0));
+}
 
+TEST_F(DocumentTabBarTest, TheWheelAndTheButtonsScroll) {
+  showDocuments(30);
   for (int click = 0; click < 200; ++click) {
-    QWheelEvent wheel(QPointF(10, 10), QPointF(10, 10), QPoint(), QPoint(0, -120), Qt::NoButton,
+    QWheelEvent wheel(QPointF(10, 10), QPointF(10, 10), QPoint(), QPoint(0, 120), Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&bar, &wheel);
   }
+  EXPECT_TRUE(isInView(0));
+  EXPECT_FALSE(bar.scrollBackButton()->isEnabled());
+  int clicks = 0;
+  for (; bar.scrollForwardButton()->isEnabled() && clicks < 100; ++clicks) {
+    QTest::mouseClick(bar.scrollForwardButton(), Qt::LeftButton);
+  }
   EXPECT_TRUE(isInView(29));
+  EXPECT_GT(clicks, 20);
+}
+
+TEST_F(DocumentTabBarTest, TheListSelectsAnyDocument) {
+  showDocuments(30);
+  documents[3]->setName(QStringLiteral("Cats & Dogs"));
+  QTest::mouseClick(bar.listButton(), Qt::LeftButton);
+  auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_NE(menu, nullptr);
+  ASSERT_EQ(menu->actions().size(), 30);
+  EXPECT_EQ(menu->actions().at(3)->text(), "Cats && Dogs");
+  EXPECT_TRUE(menu->actions().at(29)->isChecked());
+  menu->actions().at(3)->trigger();
+  menu->close();
+  EXPECT_THAT(asked, ElementsAre(std::pair(std::string("select"), documents[3]->id)));
+}
+
+// Closing one tab after the other.
+
+class ClosingInARowTest : public DocumentTabBarTest {
+ protected:
+  ClosingInARowTest() {
+    bar.onClose = [this](const QUuid& id) {
+      asked.emplace_back("close", id);
+      std::erase_if(documents, [&](const DocumentPtr& document) { return document->id == id; });
+      bar.setDocuments(documents, documents.empty() ? std::nullopt : std::optional(documents[0]->id));
+    };
+  }
+
+  /// Clicks where the pointer is.
+  void click() {
+    const QPoint place = bar.mapFromGlobal(QCursor::pos());
+    QWidget* target = bar.childAt(place);
+    ASSERT_NE(target, nullptr);
+    QTest::mouseClick(target, Qt::LeftButton, Qt::NoModifier, target->mapFrom(&bar, place));
+    QApplication::processEvents();
+  }
+  void pointAtCloseButton(std::size_t index) {
+    QTest::mouseMove(&bar, QPoint(-20, -20));
+    QTest::mouseMove(bar.tabs()[index], QPoint(5, 5));
+    QApplication::processEvents();
+    const QRect button = bar.tabs()[index]->closeButton()->geometry();
+    QTest::mouseMove(bar.tabs()[index], button.center());
+    QApplication::processEvents();
+  }
+};
+
+TEST_F(ClosingInARowTest, TheNextTabsButtonComesUnderThePointer) {
+  bar.resize(2000, 32);
+  showDocuments(6);
+  documents[2]->setName(QStringLiteral("A considerably longer name"));
+  documents[4]->setName(QStringLiteral("Another considerably longer name than that"));
+  const std::vector<DocumentPtr> all = documents;
+  pointAtCloseButton(1);
+  for (int step = 0; step < 4; ++step) click();
+  EXPECT_EQ(documents, (std::vector{all[0], all[5]}));
+}
+
+TEST_F(ClosingInARowTest, AfterTheLastTabComesTheOneBeforeIt) {
+  bar.resize(2000, 32);
+  showDocuments(5);
+  documents[3]->setName(QStringLiteral("A considerably longer name"));
+  const std::vector<DocumentPtr> all = documents;
+  pointAtCloseButton(4);
+  for (int step = 0; step < 3; ++step) click();
+  EXPECT_EQ(documents, (std::vector{all[0], all[1]}));
+}
+
+TEST_F(ClosingInARowTest, WorksInARowThatScrolls) {
+  showDocuments(30);
+  bar.setDocuments(documents, documents[29]->id);
+  pointAtCloseButton(28);
+  for (int step = 0; step < 10; ++step) click();
+  EXPECT_EQ(documents.size(), 20U);
+}
+
+TEST_F(ClosingInARowTest, TheTabsFillTheRowAgainWhenThePointerLeaves) {
+  bar.resize(700, 32);
+  showDocuments(5);
+  for (const DocumentPtr& document : documents) {
+    document->setName(QStringLiteral("A considerably longer name"));
+  }
+  const int squeezed = bar.tabs()[0]->width();
+  pointAtCloseButton(1);
+  click();
+  click();
+  EXPECT_EQ(bar.tabs()[0]->width(), squeezed);
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&bar, &leave);
+  EXPECT_GT(bar.tabs()[0]->width(), squeezed);
+}
+
+// Screen readers.
+
+TEST_F(DocumentTabBarTest, ScreenReadersSeeAListOfTabs) {
+  showDocuments(2);
+  QAccessibleInterface* tab = QAccessible::queryAccessibleInterface(bar.tabs()[0]);
+  ASSERT_NE(tab, nullptr);
+  EXPECT_EQ(tab->role(), QAccessible::PageTab);
+  EXPECT_EQ(tab->text(QAccessible::Name), "Doc 0");
+  EXPECT_TRUE(tab->state().selectable);
+  EXPECT_FALSE(tab->state().selected);
+  EXPECT_TRUE(QAccessible::queryAccessibleInterface(bar.tabs()[1])->state().selected);
+  EXPECT_EQ(tab->parent()->role(), QAccessible::PageTabList);
+  EXPECT_EQ(tab->parent()->text(QAccessible::Name), "Open documents");
+  tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_THAT(asked, ElementsAre(std::pair(std::string("select"), documents[0]->id)));
 }
 
 }  // namespace
 }  // namespace orvanel
+
+#include "DocumentTabBarTest.moc"

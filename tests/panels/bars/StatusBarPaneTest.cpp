@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include "model/edit/DocumentEdit.h"
+#include "panels/bars/StatusText.h"
 #include "undo/UndoableOperation.h"
 
 namespace orvanel {
@@ -109,6 +110,83 @@ TEST(StatusBarPaneTest, ShowsTheMemoryOfTheHistory) {
   DocumentEdit(*document, editKind::state).record(std::make_shared<WeightedOperation>(1500000));
   QCoreApplication::sendPostedEvents();
   EXPECT_EQ(pane.memoryText(), "Memory: Layers 32 KB, Undo 1.5 MB");
+}
+
+// The places of the texts.
+
+class StatusBarPlacesTest : public testing::Test {
+ protected:
+  StatusBarPlacesTest() {
+    pane.setDocument(document);
+    resize(1000);
+    pane.show();
+  }
+  void resize(int width) { pane.resize(width, 24); }
+  [[nodiscard]] static int left(const StatusText& text) { return text.x(); }
+
+  const DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+};
+
+TEST_F(StatusBarPlacesTest, NothingMovesWithThePointerOrADrag) {
+  const int canvasBefore = left(pane.canvasSize());
+  document->setCursorDocumentPosition(QPointF(9, 9));
+  document->setDragSize(Document::DragSize{20, 10});
+  const QImage small = pane.position().grab().toImage();
+  EXPECT_EQ(left(pane.canvasSize()), canvasBefore);
+  EXPECT_TRUE(pane.position().isWhole());
+  // The height stands where it stood, whatever is before it.
+  document->setCursorDocumentPosition(QPointF(9999, 9999));
+  document->setDragSize(Document::DragSize{2000, 10});
+  const QImage large = pane.position().grab().toImage();
+  const QRect height(pane.position().widthOfParts(3), 0, pane.position().widthOfParts(1), small.height());
+  EXPECT_EQ(small.copy(height), large.copy(height));
+  EXPECT_NE(small, large);
+}
+
+TEST_F(StatusBarPlacesTest, TheMemoryStandsAtTheEndAndIsCutFirst) {
+  EXPECT_TRUE(pane.memory().isWhole());
+  EXPECT_EQ(pane.memory().geometry().right(), 1000 - 1 - 12);
+  EXPECT_EQ(pane.toolTip(), QString());
+  resize(460);
+  EXPECT_TRUE(pane.zoom().isWhole());
+  EXPECT_TRUE(pane.position().isWhole());
+  EXPECT_TRUE(pane.canvasSize().isWhole());
+  EXPECT_FALSE(pane.memory().isWhole());
+  EXPECT_TRUE(pane.toolTip().contains(pane.memoryText())) << "the whole text can still be read";
+  resize(240);
+  EXPECT_TRUE(pane.position().isWhole());
+  EXPECT_FALSE(pane.memory().isVisible());
+  EXPECT_FALSE(pane.canvasSize().isVisible());
+  EXPECT_TRUE(pane.toolTip().contains(pane.canvasText()));
+}
+
+TEST_F(StatusBarPlacesTest, ADragIsShownWholeInANarrowBar) {
+  resize(480);
+  document->setCursorDocumentPosition(QPointF(12, 7));
+  document->setDragSize(Document::DragSize{30, 40});
+  EXPECT_TRUE(pane.position().isWhole());
+}
+
+TEST_F(StatusBarPlacesTest, ANoteTakesThePlaceOfTheMemoryForAWhile) {
+  pane.showNote(QStringLiteral("Saved"), std::chrono::milliseconds(1));
+  EXPECT_TRUE(pane.note().isWhole());
+  EXPECT_FALSE(pane.memory().isVisible());
+  EXPECT_TRUE(pane.canvasSize().isVisible());
+  while (pane.note().isVisible()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_TRUE(pane.memory().isWhole());
+}
+
+TEST_F(StatusBarPlacesTest, ANoteComesBeforeTheCanvasSizeInANarrowBar) {
+  resize(460);
+  pane.showNote(QStringLiteral("The selection is empty, so nothing was copied"));
+  EXPECT_FALSE(pane.canvasSize().isVisible());
+  EXPECT_TRUE(pane.note().isVisible());
+}
+
+TEST_F(StatusBarPlacesTest, ScreenReadersHearWhatTheTextsTell) {
+  EXPECT_EQ(pane.zoom().accessibleName(), "Zoom: 100%");
+  EXPECT_EQ(pane.position().accessibleName(), "Pointer position: X: --  Y: --");
 }
 
 TEST(StatusBarPaneTest, StopsObservingThePreviousDocument) {

@@ -1,18 +1,29 @@
-#include "app/WindowDialogs.h"
+#include "app/dialogs/WindowDialogs.h"
 
 #include <gmock/gmock.h>
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <functional>
 #include <queue>
+
+#include "app/AppFixture.h"
+#include "app/dialogs/CanvasSizeDialog.h"
+#include "app/dialogs/FilePanels.h"
+#include "app/dialogs/ImageSizeDialog.h"
+#include "app/dialogs/NewDocumentDialog.h"
+#include "app/dialogs/PreviewPane.h"
+#include "app/dialogs/ShortcutsWindow.h"
 
 namespace orvanel {
 namespace {
@@ -68,6 +79,11 @@ class WindowDialogsTest : public testing::Test {
   ~WindowDialogsTest() override { EXPECT_TRUE(steps_.empty()) << "an expected dialog was not shown"; }
 
   [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
+  void write(const char* name, const QByteArray& bytes) {
+    QFile file(path(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+  }
 
   QTemporaryDir folder;
   WindowDialogs dialogs;
@@ -151,25 +167,62 @@ TEST_F(WindowDialogsTest, TheQuestionAboutChangesHasThreeAnswers) {
   EXPECT_EQ(ask(), SaveAnswer::cancel);
 }
 
+// Windows that don't block the others.
+
+TEST_F(WindowDialogsTest, AboutAndTheShortcutsBlockNothing) {
+  dialogs.showAbout();
+  dialogs.showShortcuts({{QStringLiteral("File"), {{QStringLiteral("New"), QStringLiteral("Ctrl+N")}}}});
+  const auto shown = [] {
+    QStringList names;
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+      if (widget->isVisible()) names << widget->objectName();
+    }
+    names.sort();
+    return names;
+  };
+  EXPECT_EQ(shown(), (QStringList{"about", "shortcuts"}));
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  dialogs.showAbout();
+  EXPECT_EQ(shown().size(), 2) << "the one that is open comes forward";
+  for (QWidget* widget : QApplication::topLevelWidgets()) {
+    if (widget->isVisible()) QTest::keyClick(widget, Qt::Key_Escape);
+  }
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(shown().isEmpty());
+}
+
 // Opening.
 
 TEST_F(WindowDialogsTest, SeveralFilesCanBeOpened) {
-  for (const char* name : {"a.png", "b.tessel"}) {
-    QFile file(path(name));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  }
+  for (const char* name : {"a.png", "b.tessel"}) write(name, {});
   whenShown<QFileDialog>([&](QFileDialog& panel) {
     EXPECT_EQ(panel.windowTitle(), "Select documents or image files to open");
     panel.setDirectory(folder.path());
     nameField(panel).setText(QStringLiteral("\"a.png\" \"b.tessel\""));
     QMetaObject::invokeMethod(&panel, "accept");
   });
-  EXPECT_EQ(dialogs.askForFilesToOpen(), QStringList({path("a.png"), path("b.tessel")}));
+  EXPECT_EQ(dialogs.askForFilesToOpen(folder.path()), QStringList({path("a.png"), path("b.tessel")}));
+}
+
+TEST_F(WindowDialogsTest, TheOpenPanelShowsWhatTheChosenFileLooksLike) {
+  QImage image(40, 30, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  ASSERT_TRUE(image.save(path("a.png")));
+  whenShown<OpenPanel>([&](OpenPanel& panel) {
+    EXPECT_EQ(panel.directory().path(), folder.path());
+    Q_EMIT panel.currentChanged(path("a.png"));
+    EXPECT_TRUE(waitUntil([&] { return !panel.previewPane()->picture().isNull(); }));
+    EXPECT_EQ(panel.previewPane()->picture().size(), QSize(40, 30));
+    Q_EMIT panel.currentChanged(path("missing.png"));
+    EXPECT_TRUE(panel.previewPane()->picture().isNull());
+    panel.reject();
+  });
+  EXPECT_THAT(dialogs.askForFilesToOpen(folder.path()), IsEmpty());
 }
 
 TEST_F(WindowDialogsTest, ACancelledPanelReturnsNothing) {
   for (int i = 0; i < 3; ++i) whenShown<QFileDialog>([](QFileDialog& panel) { panel.reject(); });
-  EXPECT_THAT(dialogs.askForFilesToOpen(), IsEmpty());
+  EXPECT_THAT(dialogs.askForFilesToOpen(folder.path()), IsEmpty());
   EXPECT_EQ(dialogs.askWhereToSave(path("a.tessel")), std::nullopt);
   EXPECT_EQ(dialogs.askWhereToExport(path("a")), std::nullopt);
 }
@@ -185,13 +238,47 @@ TEST_F(WindowDialogsTest, TheSavePanelProposesAndCompletesTheName) {
   EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("other.tessel"));
 }
 
-TEST_F(WindowDialogsTest, ADocumentIsNotSavedWithAnImageExtension) {
+TEST_F(WindowDialogsTest, AnotherExtensionIsKeptBeforeTheDocuments) {
   typeName(QStringLiteral("photo.png"));
-  whenShown<QFileDialog>([](QFileDialog& panel) {
-    EXPECT_EQ(nameField(panel).text(), "photo.tessel");
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("photo.png.tessel"));
+  typeName(QStringLiteral("Photo.TESSEL"));
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("Photo.TESSEL"));
+}
+
+TEST_F(WindowDialogsTest, OverwritingACompletedNameIsConfirmed) {
+  write("photo.tessel", "kept");
+  typeName(QStringLiteral("photo"));
+  press(QStringLiteral("&No"));
+  whenShown<QFileDialog>([](QFileDialog& panel) { panel.reject(); });
+  EXPECT_EQ(dialogs.askWhereToSave(path("other.tessel")), std::nullopt);
+  typeName(QStringLiteral("photo"));
+  press(QStringLiteral("&Yes"));
+  EXPECT_EQ(dialogs.askWhereToSave(path("other.tessel")), path("photo.tessel"));
+}
+
+TEST_F(WindowDialogsTest, TheNameOfAFolderLeadsIntoIt) {
+  ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("inner")));
+  whenShown<QFileDialog>([&](QFileDialog& panel) {
+    nameField(panel).setText(QStringLiteral("inner"));
     QMetaObject::invokeMethod(&panel, "accept");
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(panel.directory().path(), path("inner"));
+    panel.reject();
   });
-  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), path("photo.tessel"));
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), std::nullopt);
+}
+
+TEST_F(WindowDialogsTest, APanelRemembersItsSize) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    panel.resize(801, 502);
+    panel.reject();
+  });
+  static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(panel.size(), QSize(801, 502));
+    panel.reject();
+  });
+  static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
 }
 
 // Exporting.
@@ -207,21 +294,44 @@ TEST_F(WindowDialogsTest, AnExportStartsWithTheFirstFormat) {
   EXPECT_EQ(target->formatRow, 0);
 }
 
-TEST_F(WindowDialogsTest, TheChosenFormatDeterminesTheExtension) {
-  whenShown<QFileDialog>([](QFileDialog& panel) {
-    nameField(panel).setText(QStringLiteral("typed.jpg"));
-    QMetaObject::invokeMethod(&panel, "accept");
-  });
-  whenShown<QFileDialog>([](QFileDialog& panel) {
-    EXPECT_EQ(nameField(panel).text(), "typed.png");
-    chooseFormat(panel, 1);
-    EXPECT_EQ(nameField(panel).text(), "typed.jpg");
-    QMetaObject::invokeMethod(&panel, "accept");
-  });
+TEST_F(WindowDialogsTest, TheExtensionOfATypedNameChoosesTheFormat) {
+  typeName(QStringLiteral("typed.jpg"));
   const auto target = dialogs.askWhereToExport(path("photo"));
   ASSERT_TRUE(target.has_value());
   EXPECT_EQ(target->path, path("typed.jpg"));
   EXPECT_EQ(target->formatRow, 1);
+}
+
+TEST_F(WindowDialogsTest, AnUnknownExtensionGetsThatOfTheChosenFormat) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    chooseFormat(panel, 1);
+    EXPECT_EQ(nameField(panel).text(), "photo.jpg") << "the document's name, not what was typed";
+    nameField(panel).setText(QStringLiteral("holiday.2024"));
+    QMetaObject::invokeMethod(&panel, "accept");
+  });
+  const auto target = dialogs.askWhereToExport(path("photo"));
+  ASSERT_TRUE(target.has_value());
+  EXPECT_EQ(target->path, path("holiday.2024.jpg"));
+  EXPECT_EQ(target->formatRow, 1);
+}
+
+// Sizes.
+
+TEST_F(WindowDialogsTest, TheSizesAreThoseThatWereTyped) {
+  whenShown<NewDocumentDialog>([](NewDocumentDialog& dialog) {
+    dialog.widthField->setText(QStringLiteral("abc"));
+    dialog.accept();
+  });
+  EXPECT_EQ(dialogs.askForNewDocument()->width, "abc");
+  const DocumentPtr document =
+      Document::create(QStringLiteral("Picture"), 100, 50, ColorMode::rgb8, MetalContext::shared());
+  whenShown<CanvasSizeDialog>([](CanvasSizeDialog& dialog) {
+    dialog.relativeCheckbox->click();
+    dialog.accept();
+  });
+  EXPECT_TRUE(dialogs.askForCanvasSize(document)->isRelative);
+  whenShown<ImageSizeDialog>([](ImageSizeDialog& dialog) { dialog.reject(); });
+  EXPECT_EQ(dialogs.askForImageSize(document), std::nullopt);
 }
 
 }  // namespace

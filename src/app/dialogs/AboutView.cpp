@@ -1,4 +1,4 @@
-#include "app/AboutView.h"
+#include "app/dialogs/AboutView.h"
 
 #include <QIcon>
 #include <QLabel>
@@ -16,9 +16,7 @@ QLabel* addLine(QVBoxLayout& column, const QString& text, const QFont& font, con
   auto* label = new QLabel(text);
   label->setFont(font);
   label->setAlignment(Qt::AlignHCenter);
-  QPalette palette = label->palette();
-  palette.setColor(QPalette::WindowText, ink);
-  label->setPalette(palette);
+  look::setTextColor(*label, ink);
   column.addWidget(label);
   return label;
 }
@@ -27,20 +25,22 @@ QLabel* addLine(QVBoxLayout& column, const QString& text, const QFont& font, con
 
 AboutView::AboutView(QWidget* parent) : QDialog(parent) {
   setObjectName(QStringLiteral("about"));
-  setWindowTitle(QStringLiteral("About Orvanel"));
+  setWindowTitle(tr("About Orvanel"));
   auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(48, 28, 48, 28);
-  column->setSpacing(4);
+  constexpr int margin = 2 * look::space::dialogMargin;
+  column->setContentsMargins(margin, margin, margin, margin);
+  column->setSpacing(look::space::tight);
   auto* picture = new QLabel;
   picture->setAlignment(Qt::AlignHCenter);
   picture->setPixmap(
       QIcon(QStringLiteral(":/app/orvanel.svg")).pixmap(QSize(iconEdge, iconEdge), devicePixelRatio()));
   column->addWidget(picture);
-  column->addSpacing(10);
-  addLine(*column, QStringLiteral("Orvanel"), look::font(20, QFont::DemiBold), look::color::text);
-  addLine(*column, QStringLiteral("Version 0.1"), look::font(12), look::color::secondaryText);
-  column->addSpacing(6);
-  addLine(*column, QStringLiteral("A layered image editor by Fennimoor"), look::font(11),
+  column->addSpacing(look::space::normal);
+  addLine(*column, QStringLiteral("Orvanel"), look::font(look::type::title, QFont::DemiBold),
+          look::color::text);
+  addLine(*column, tr("Version 0.1"), look::font(), look::color::secondaryText);
+  column->addSpacing(look::space::tight);
+  addLine(*column, tr("A layered image editor by Fennimoor"), look::font(look::type::small),
           look::color::secondaryText);
   column->setSizeConstraint(QLayout::SetFixedSize);
 }

@@ -1,16 +1,14 @@
-// Asks for the size and colour mode of a new document. Main thread only.
+// Asks for the size and colour mode of a new document. Lives while it is shown; main thread only.
 #pragma once
 
-#include <QDialog>
-
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
+#include "app/dialogs/SizeDialog.h"
 
 class QComboBox;
-class QLineEdit;
 
 namespace orvanel {
 
-class NewDocumentDialog : public QDialog {
+class NewDocumentDialog : public SizeDialog {
   Q_OBJECT
 
  public:
@@ -18,8 +16,6 @@ class NewDocumentDialog : public QDialog {
 
   [[nodiscard]] NewDocumentEntry entry() const;
 
-  QLineEdit* widthField;
-  QLineEdit* heightField;
   QComboBox* colorModePopup;
 };
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/Dialogs.h"
+#include "app/dialogs/Dialogs.h"
 
 namespace orvanel {
 
@@ -22,14 +22,20 @@ class WindowDialogs : public Dialogs {
   void showWarning(const QString& message, const QString& informativeText) override;
   SaveAnswer askToSave(const QString& message, const QString& informativeText) override;
   std::optional<NewDocumentEntry> askForNewDocument() override;
-  QStringList askForFilesToOpen() override;
+  std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) override;
+  std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) override;
+  QStringList askForFilesToOpen(const QString& folder) override;
   std::optional<QString> askWhereToSave(const QString& proposedPath) override;
   std::optional<ExportTarget> askWhereToExport(const QString& proposedBase) override;
   void showAbout() override;
+  void showShortcuts(const std::vector<ShortcutGroup>& groups) override;
   void beep() override;
 
  private:
   QPointer<QWidget> window_;
+  // Null while they are closed.
+  QPointer<QWidget> about_;
+  QPointer<QWidget> shortcuts_;
   bool isHoldingWarnings_ = false;
   /// Message and informative text of each warning held back.
   std::vector<std::pair<QString, QString>> heldWarnings_;

@@ -1,19 +1,21 @@
-#include "app/WindowDialogs.h"
+#include "app/dialogs/WindowDialogs.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
-#include "app/AboutView.h"
-#include "app/ExportFormatHelper.h"
-#include "app/ExportFormats.h"
-#include "app/NewDocumentDialog.h"
+#include "app/dialogs/AboutView.h"
+#include "app/dialogs/CanvasSizeDialog.h"
+#include "app/dialogs/ExportFormatHelper.h"
+#include "app/dialogs/ExportFormats.h"
+#include "app/dialogs/FilePanels.h"
+#include "app/dialogs/ImageSizeDialog.h"
+#include "app/dialogs/NewDocumentDialog.h"
+#include "app/dialogs/ShortcutsWindow.h"
 #include "io/files/FileName.h"
+#include "look/Look.h"
 
 namespace orvanel {
 
@@ -42,8 +44,8 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
     box.setInformativeText(informativeText);
   } else {
     const qsizetype hidden = lines.size() - mostLinesShown;
-    box.setInformativeText(lines.mid(0, mostLinesShown).join(u'\n') +
-                           QStringLiteral("\n… and %1 more").arg(hidden));
+    box.setInformativeText(lines.mid(0, mostLinesShown).join(u'\n') + u'\n' +
+                           QCoreApplication::translate("orvanel::Dialogs", "… and %1 more").arg(hidden));
     box.setDetailedText(informativeText);
   }
   if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
@@ -51,28 +53,26 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
     label->setMinimumWidth(narrowestAlertText);
   }
   if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-    QFont font = label->font();
-    font.setWeight(QFont::DemiBold);
-    label->setFont(font);
+    label->setFont(look::font(look::type::heading, QFont::DemiBold));
   }
 }
 
-/// Whether the panel is drawn by Qt rather than by the desktop. With a desktop's own panel the name must not
-/// be changed afterwards: a sandboxed program may write only the file that the user has chosen.
-bool isDrawnByToolkit(const QFileDialog& panel) {
-  return panel.findChild<QLineEdit*>() != nullptr;
+/// What the user has entered; nothing if the dialog was cancelled.
+template <typename SizeDialogType>
+auto enteredIn(SizeDialogType& dialog) {
+  return dialog.exec() == QDialog::Accepted ? std::optional(dialog.entry()) : std::nullopt;
 }
 
-std::optional<QString> runPanel(QFileDialog& panel) {
-  if (panel.exec() != QDialog::Accepted || panel.selectedFiles().isEmpty()) return std::nullopt;
-  return panel.selectedFiles().constFirst();
+/// Shows a window that doesn't block the others, and deletes itself when it is closed.
+void bringForward(QWidget& view) {
+  view.setAttribute(Qt::WA_DeleteOnClose);
+  view.show();
+  view.raise();
+  view.activateWindow();
 }
 
-/// The name to propose in place of one without the document extension.
-QString withDocumentExtension(const QString& path) {
-  const QFileInfo file(path);
-  const QString base = exportRowForName(path) ? file.completeBaseName() : file.fileName();
-  return file.dir().filePath(base + u'.' + QLatin1String(documentExtension));
+QString withExtension(const QString& name, const char* extension) {
+  return hasExtension(name, QString::fromLatin1(extension)) ? name : name + u'.' + QLatin1String(extension);
 }
 
 }  // namespace
@@ -103,9 +103,9 @@ void WindowDialogs::showWarning(const QString& message, const QString& informati
 SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& informativeText) {
   QMessageBox box(window_);
   fillAlert(box, message, informativeText);
-  QPushButton* save = box.addButton(QStringLiteral("Save"), QMessageBox::AcceptRole);
-  QPushButton* dontSave = box.addButton(QStringLiteral("Don't Save"), QMessageBox::DestructiveRole);
-  QPushButton* cancel = box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+  QPushButton* save = box.addButton(tr("Save"), QMessageBox::AcceptRole);
+  QPushButton* dontSave = box.addButton(tr("Don't Save"), QMessageBox::DestructiveRole);
+  QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
   box.setDefaultButton(save);
   box.setEscapeButton(cancel);
   box.exec();
@@ -115,59 +115,66 @@ SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& infor
 
 std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {
   NewDocumentDialog dialog(window_);
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-  return dialog.entry();
+  return enteredIn(dialog);
 }
 
-QStringList WindowDialogs::askForFilesToOpen() {
-  QFileDialog panel(window_, QStringLiteral("Select documents or image files to open"));
+std::optional<CanvasSizeEntry> WindowDialogs::askForCanvasSize(const DocumentPtr& document) {
+  CanvasSizeDialog dialog(document, window_);
+  return enteredIn(dialog);
+}
+
+std::optional<ImageSizeEntry> WindowDialogs::askForImageSize(const DocumentPtr& document) {
+  ImageSizeDialog dialog(document, window_);
+  return enteredIn(dialog);
+}
+
+QStringList WindowDialogs::askForFilesToOpen(const QString& folder) {
+  OpenPanel panel(tr("Select documents or image files to open"), folder, "openPanelSize", window_);
   panel.setAcceptMode(QFileDialog::AcceptOpen);
   panel.setFileMode(QFileDialog::ExistingFiles);
   panel.setOption(QFileDialog::HideNameFilterDetails);
   const QString known = QStringLiteral("*.tessel *.jpg *.jpeg *.png *.tif *.tiff *.gif *.heic *.heif");
   panel.setNameFilters(
-      {QStringLiteral("Documents and Images (%1)").arg(inBothCases(known)), QStringLiteral("All Files (*)")});
+      {tr("Documents and Images") + QStringLiteral(" (%1)").arg(inBothCases(known)), tr("All Files (*)")});
   return panel.exec() == QDialog::Accepted ? panel.selectedFiles() : QStringList();
 }
 
+// A desktop's own panel doesn't complete names, and the name must not be changed after it: a sandboxed
+// program may write only the file that was chosen. So such a panel is shown again with the name completed.
+
 std::optional<QString> WindowDialogs::askWhereToSave(const QString& proposedPath) {
+  const auto completed = [](const QString& name) { return withExtension(name, documentExtension); };
   QString proposal = proposedPath;
   while (true) {
-    QFileDialog panel(window_, QStringLiteral("Save As"), QFileInfo(proposal).path());
+    SavePanel panel(tr("Save As"), QFileInfo(proposal).path(), "savePanelSize", window_);
+    panel.completedName = completed;
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
-    panel.setNameFilter(QStringLiteral("Orvanel Document (*.tessel)"));
-    if (isDrawnByToolkit(panel)) panel.setDefaultSuffix(QLatin1String(documentExtension));
+    panel.setNameFilter(tr("Orvanel Document") + QStringLiteral(" (*.tessel)"));
     panel.selectFile(QFileInfo(proposal).fileName());
-    std::optional<QString> path = runPanel(panel);
-    if (!path || QFileInfo(*path).suffix().toLower() == QLatin1String(documentExtension)) return path;
-    // Never change the name silently: show the panel again with the corrected name.
-    proposal = withDocumentExtension(*path);
+    std::optional<QString> path = panel.run();
+    if (!path || completed(*path) == *path) return path;
+    proposal = completed(*path);
   }
 }
 
 std::optional<ExportTarget> WindowDialogs::askWhereToExport(const QString& proposedBase) {
-  const QFileInfo proposal(proposedBase);
-  QString folder = proposal.path();
-  QString baseName = proposal.fileName();
+  QFileInfo proposal(proposedBase);
   int row = 0;
   while (true) {
-    QFileDialog panel(window_, QStringLiteral("Export Image"), folder);
+    SavePanel panel(tr("Export Image"), proposal.path(), "exportPanelSize", window_);
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);
-    panel.setLabelText(QFileDialog::FileType, QStringLiteral("Format:"));
+    panel.setLabelText(QFileDialog::FileType, tr("Format:"));
     panel.setOption(QFileDialog::HideNameFilterDetails);
-    ExportFormatHelper helper(panel, baseName, isDrawnByToolkit(panel));
+    ExportFormatHelper helper(panel, proposal.fileName());
+    panel.completedName = [&helper](const QString& typed) { return helper.completedName(typed); };
     helper.selectRow(row);
-    const std::optional<QString> path = runPanel(panel);
+    const std::optional<QString> path = panel.run();
     if (!path) return std::nullopt;
+    if (const std::optional<int> named = exportRowForName(*path)) return ExportTarget{*path, *named};
     row = helper.selectedRow();
-    const std::optional<int> named = exportRowForName(*path);
-    if (named == row) return ExportTarget{*path, row};
-    // The chosen format takes precedence. If the extension doesn't match it, show the panel again with the
-    // corrected name.
-    folder = QFileInfo(*path).path();
-    baseName = named ? QFileInfo(*path).completeBaseName() : QFileInfo(*path).fileName();
+    proposal = QFileInfo(*path);
   }
 }
 
@@ -176,7 +183,13 @@ void WindowDialogs::beep() {
 }
 
 void WindowDialogs::showAbout() {
-  AboutView(window_).exec();
+  if (about_.isNull()) about_ = new AboutView(window_);
+  bringForward(*about_);
+}
+
+void WindowDialogs::showShortcuts(const std::vector<ShortcutGroup>& groups) {
+  if (shortcuts_.isNull()) shortcuts_ = new ShortcutsWindow(groups, window_);
+  bringForward(*shortcuts_);
 }
 
 }  // namespace orvanel

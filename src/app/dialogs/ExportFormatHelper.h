@@ -1,12 +1,12 @@
-// Updates the file name in an export panel when another format is chosen. Lives as long as its panel; main
-// thread only.
+// Keeps the name and the format in an export panel in step: another format replaces the name's extension, and
+// the extension of a typed name chooses the format. Lives as long as its panel; main thread only.
 #pragma once
 
 #include <QFileDialog>
 #include <QObject>
 #include <QString>
 
-#include "app/ExportFormats.h"
+#include "app/dialogs/ExportFormats.h"
 
 namespace orvanel {
 
@@ -14,20 +14,20 @@ class ExportFormatHelper : public QObject {
   Q_OBJECT
 
  public:
-  /// With `completesNames` the panel adds the format's extension to names typed without one.
-  ExportFormatHelper(QFileDialog& exportPanel, QString proposedName, bool completesNames);
+  ExportFormatHelper(QFileDialog& exportPanel, QString proposedName);
 
   /// Replaces whatever was typed by the base name with the row's extension.
   void selectRow(int row);
   [[nodiscard]] int selectedRow() const;
+  /// The name as typed, if its extension is that of a format, which is then chosen; otherwise with the
+  /// extension of the chosen format.
+  [[nodiscard]] QString completedName(const QString& typed);
 
   QFileDialog& panel;
   const QString baseName;
 
  private:
   void formatChosen(const QString& nameFilter);
-
-  const bool completesNames_;
 };
 
 /// The panel's entry for a row, for example "JPEG (*.jpg *.jpeg)".

@@ -1,4 +1,4 @@
-#include "app/ExportFormats.h"
+#include "app/dialogs/ExportFormats.h"
 
 #include <QFileInfo>
 #include <QStringList>
