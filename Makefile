@@ -22,7 +22,7 @@ LINT := build/lint
 configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake --preset $(notdir $(1))
 compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)
 
-.PHONY: help setup run test bench fuzz lint sample pictures
+.PHONY: help setup run test bench fuzz lint package sample pictures
 
 help:
 	@echo 'make run              install the dependencies, build the editor and start it'
@@ -31,6 +31,7 @@ help:
 	@echo 'make bench            run the benchmarks (BENCH_ARGS="--benchmark_filter=...")'
 	@echo 'make fuzz             run every fuzzer for FUZZ_SECONDS ($(FUZZ_SECONDS)) seconds'
 	@echo 'make lint             check formatting and includes, run clang-tidy'
+	@echo 'make package          make a Debian package in build/package/'
 	@echo 'make sample           write the sample document to build/sample.tessel'
 	@echo 'make pictures         take the screenshots and draw the overlays in docs/ (PHOTO="...")'
 	@echo 'make setup            only install the dependencies'
@@ -68,6 +69,11 @@ lint: setup $(LINT)/build.ninja $(RELEASE)/build.ninja
 	@scripts/lint.sh $(LINT) $(JOBS)
 	@$(call compile,$(RELEASE)) --target structure_tests
 	@ctest --test-dir $(RELEASE)/tests/structure --output-on-failure --no-tests=error
+
+package: setup $(RELEASE)/build.ninja
+	@$(call compile,$(RELEASE)) --target package_contents
+	@scripts/step.sh "Packing" build/package.log cpack --config $(RELEASE)/CPackConfig.cmake -B build/package
+	@ls build/package/*.deb
 
 pictures: setup $(RELEASE)/build.ninja
 	@$(call compile,$(RELEASE)) --target orvanel overlay_pictures

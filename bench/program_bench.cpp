@@ -28,7 +28,7 @@ class RunningEditor {
     process_.setProcessChannelMode(QProcess::MergedChannels);
     QElapsedTimer timer;
     timer.start();
-    process_.start(QStringLiteral(ORVANEL_PROGRAM), arguments);
+    process_.start(QStringLiteral(ORVANEL_PROGRAM), QStringList(QStringLiteral("--new-window")) + arguments);
     while (!isShown_ && timer.elapsed() < patience && process_.state() != QProcess::NotRunning) {
       process_.waitForReadyRead(patience);
       isShown_ = process_.readAll().contains("first frame");

@@ -12,6 +12,7 @@ import os
 import struct
 import sys
 import zipfile
+import zlib
 
 LAYER = "3F2504E0-4F89-41D3-9A0C-0305E82C3301"
 FOLDER = "6FA459EA-EE8A-4CA4-894E-DB77E160355E"
@@ -124,8 +125,27 @@ def archives():
     yield "cut", whole[: len(whole) // 2]
 
 
+def png(width, height, claimed=None):
+    def chunk(kind, content):
+        return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
+
+    header = struct.pack(">IIBBBBB", *(claimed or (width, height)), 8, 6, 0, 0, 0)
+    rows = zlib.compress((b"\0" + bytes(4 * width)) * height)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", rows) + chunk(b"IEND", b"")
+
+
+def previews():
+    content = text(manifest([]))
+    yield "whole", archive(content, [("preview.png", png(9, 7))], zipfile.ZIP_STORED)
+    yield "deflated", archive(content, [("preview.png", png(300, 2))])
+    yield "bomb", archive(content, [("preview.png", png(2, 2, (60000, 60000)))])
+    yield "cut", archive(content, [("preview.png", png(9, 7)[:-20])])
+    yield "none", archive(content, [])
+
+
 def main(root):
-    for fuzzer, seeds in (("manifest", manifests), ("layerdata", layerdatas), ("archive", archives)):
+    fuzzers = {"manifest": manifests, "layerdata": layerdatas, "archive": archives, "preview": previews}
+    for fuzzer, seeds in fuzzers.items():
         place = os.path.join(root, fuzzer)
         os.makedirs(place, exist_ok=True)
         for name, content in seeds():

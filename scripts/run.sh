@@ -6,7 +6,8 @@ editorProgram=$1
 shift
 
 if [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]]; then
-  exec "$editorProgram" "$@"
+  # Not in the window of another build that may be running.
+  exec "$editorProgram" --new-window "$@"
 fi
 
 cd "$(dirname "$0")/.."

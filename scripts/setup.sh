@@ -16,8 +16,10 @@ packages=(
   libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
   # Tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
+  # Making a package, and judging it
+  dpkg-dev librsvg2-bin lintian desktop-file-utils appstream libxml2-utils shared-mime-info groff-base
   # Running without a display and taking pictures of it
-  xvfb xauth xdotool imagemagick fonts-dejavu-core python3
+  xvfb xauth xdotool weston imagemagick fonts-dejavu-core python3
 )
 
 # dpkg-query fails if it doesn't know one of the packages.

@@ -5,6 +5,7 @@
 
 #include "app/AppState.h"
 #include "app/DocumentFiles.h"
+#include "app/StartArguments.h"
 
 namespace orvanel {
 
@@ -13,7 +14,7 @@ enum class TerminationReply { now, cancel };
 class AppDelegate {
  public:
   /// `arguments` exclude the program name. `appState` and `files` must outlive the delegate.
-  AppDelegate(AppState& appState, DocumentFiles& files, QStringList arguments);
+  AppDelegate(AppState& appState, DocumentFiles& files, const QStringList& arguments);
 
   /// Opens the files given as arguments.
   void applicationDidFinishLaunching();
@@ -21,11 +22,9 @@ class AppDelegate {
   [[nodiscard]] TerminationReply applicationShouldTerminate();
 
  private:
-  [[nodiscard]] bool isUITesting() const;
-
   AppState& appState_;
   DocumentFiles& files_;
-  QStringList arguments_;
+  StartArguments start_;
 };
 
 }  // namespace orvanel

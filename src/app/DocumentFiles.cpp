@@ -3,9 +3,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QThreadPool>
 #include <algorithm>
 #include <utility>
 
+#include "app/DesktopThumbnails.h"
 #include "app/EventWait.h"
 #include "app/FileMessage.h"
 #include "app/dialogs/ExportFormats.h"
@@ -193,7 +195,11 @@ void DocumentFiles::refuseFlatSave(Done done) {
 }
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
-  if (!result) markSaveFailed(*request.document);
+  if (!result) {
+    markSaveFailed(*request.document);
+  } else if (!request.flatFormat) {
+    QThreadPool::globalInstance()->start([path = request.path] { publishThumbnails(path); });
+  }
 }
 
 void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {

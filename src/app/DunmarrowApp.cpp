@@ -35,20 +35,39 @@ DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
 
 DunmarrowApp::~DunmarrowApp() = default;
 
-int DunmarrowApp::run() {
+int DunmarrowApp::run(std::unique_ptr<InstanceClaim> claim) {
   window_ =
       std::make_unique<MainWindow>(AppState::shared(), *files_, dialogs_, [this] { requestTermination(); });
   dialogs_.setWindow(window_.get());
   window_->show();
   QMetaObject::invokeMethod(
       this, [this] { delegate_->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+  serve(std::move(claim));
   const int status = exec();
+  // From now on a start opens a window of its own.
+  instance_.reset();
   window_->hide();
   files_->abandonReading();
   files_->settleWrites();
   AppState::shared().userDefaults.synchronize();
   endBackgroundWork(status, patienceAtEnd);
   return status;
+}
+
+void DunmarrowApp::serve(std::unique_ptr<InstanceClaim> claim) {
+  if (claim == nullptr) return;
+  instance_ = std::make_unique<InstanceServer>(std::move(claim));
+  instance_->mayOpen = [this] { return !isTerminating_; };
+  instance_->open = [this](const OpenRequest& request) { openFromLaterStart(request); };
+}
+
+void DunmarrowApp::openFromLaterStart(const OpenRequest& request) {
+  // The platform takes the token from here when the window asks to be active.
+  if (!request.activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", request.activationToken.toUtf8());
+  window_->setWindowState(window_->windowState() & ~Qt::WindowMinimized);
+  window_->raise();
+  window_->activateWindow();
+  files_->open(request.files);
 }
 
 void DunmarrowApp::requestTermination() {

@@ -8,6 +8,7 @@
 #include "app/AppDelegate.h"
 #include "app/MainWindow.h"
 #include "app/dialogs/WindowDialogs.h"
+#include "app/instance/InstanceServer.h"
 
 class QSessionManager;
 
@@ -20,8 +21,9 @@ class DunmarrowApp : public QApplication {
   DunmarrowApp(int& argc, char** argv);
   ~DunmarrowApp() override;
 
-  /// Shows the window and runs until the user quits. Returns the exit status.
-  int run();
+  /// Shows the window and runs until the user quits. Returns the exit status. With a claim, files of later
+  /// starts open in this window.
+  int run(std::unique_ptr<InstanceClaim> claim);
   /// Ends the program unless the user keeps an unsaved document.
   void requestTermination();
 
@@ -30,11 +32,15 @@ class DunmarrowApp : public QApplication {
 
  private:
   void commitSession(QSessionManager& session);
+  void serve(std::unique_ptr<InstanceClaim> claim);
+  void openFromLaterStart(const OpenRequest& request);
 
   WindowDialogs dialogs_;
   std::unique_ptr<DocumentFiles> files_;
   std::unique_ptr<AppDelegate> delegate_;
   std::unique_ptr<MainWindow> window_;
+  /// Null if another process is the one that later starts find.
+  std::unique_ptr<InstanceServer> instance_;
   bool isTerminating_ = false;
 };
 

@@ -31,6 +31,7 @@ const std::vector<Room> plan = {
     {"panels", QtAllowed::all, {"raster", "undo", "model", "tools", "look"}},
     {"app", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "look", "canvas", "panels"}},
     {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io", "tools"}},
+    {"thumbnailer", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io"}},
 };
 
 /// Folders that serve their own room alone. What can write to a document is among them, so that everybody

@@ -78,6 +78,8 @@ class Editor:
     def __init__(self, program, files, home):
         environment = dict(os.environ, HOME=str(home), XDG_CONFIG_HOME=f"{home}/config",
                            XDG_DATA_HOME=f"{home}/data", XDG_STATE_HOME=f"{home}/state")
+        # Without a runtime folder no other start of the editor can find this one.
+        environment.pop("XDG_RUNTIME_DIR", None)
         self.process = subprocess.Popen([program, *files], env=environment, stdin=subprocess.DEVNULL)
         self.window = until(self._find_window, "the editor's window")
         for command in (("windowmove", self.window, "0", "0"),
