@@ -2,7 +2,10 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QShortcut>
+#include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/KeyHandlerView.h"
 #include "app/ProgressLine.h"
@@ -20,10 +23,31 @@ DocumentPtr documentIn(const std::any& object) {
   return document == nullptr ? nullptr : *document;
 }
 
+/// In view points.
+constexpr int narrowestInspector = 248;
+constexpr int widestInspector = 480;
+
+template <typename Layout>
+Layout* tightLayout(QWidget* parent) {
+  auto* layout = new Layout(parent);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  return layout;
+}
+
+/// The first widget inside that takes the focus by Tab.
+QWidget* firstFocusable(QWidget& area) {
+  for (QWidget* next = area.nextInFocusChain(); next != &area; next = next->nextInFocusChain()) {
+    const bool takesFocus = (next->focusPolicy() & Qt::TabFocus) != 0;
+    if (area.isAncestorOf(next) && takesFocus && next->isVisible() && next->isEnabled()) return next;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* parent)
-    : QWidget(parent), appState_(appState), files_(files) {
+    : QWidget(parent), appState_(appState), files_(files), panels_(appState, this) {
   tabBar_ = new DocumentTabBar(this);
   canvasPane_ = new CanvasPaneView(appState.metalContext, appState.toolState, this);
   statusBar_ = new StatusBarPane(this);
@@ -38,13 +62,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
     return canvasPane_->canvasView().container().mtkView().hasOpenGesture();
   };
 
-  auto* column = new QVBoxLayout(this);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(0);
-  column->addWidget(tabBar_);
-  column->addWidget(canvasPane_, 1);
-  column->addWidget(statusBar_);
-
+  layOut();
   canvasPane_->openFiles = [this](const QStringList& paths) { files_.openDropped(paths); };
   connectTabBar();
   connectPlaceholder();
@@ -54,6 +72,57 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
 }
 
 ContentView::~ContentView() = default;
+
+void ContentView::layOut() {
+  auto* central = new QWidget;
+  auto* column = tightLayout<QVBoxLayout>(central);
+  column->addWidget(tabBar_);
+  column->addWidget(canvasPane_, 1);
+  column->addWidget(statusBar_);
+
+  splitter_ = new QSplitter(Qt::Horizontal);
+  splitter_->setHandleWidth(1);
+  splitter_->setChildrenCollapsible(false);
+  splitter_->addWidget(central);
+  splitter_->addWidget(panels_.inspector);
+  splitter_->setStretchFactor(0, 1);
+  splitter_->setStretchFactor(1, 0);
+  panels_.inspector->setMinimumWidth(narrowestInspector);
+  panels_.inspector->setMaximumWidth(widestInspector);
+  const int inspectorWidth = appState_.userDefaults.inspectorWidth();
+  splitter_->setSizes({std::max(1, width() - inspectorWidth), inspectorWidth});
+  connect(splitter_, &QSplitter::splitterMoved, this, [this] {
+    appState_.userDefaults.setValue(UserDefaults::inspectorWidthKey, panels_.inspector->width());
+  });
+
+  auto* window = tightLayout<QVBoxLayout>(this);
+  window->addWidget(panels_.options);
+  auto* row = tightLayout<QHBoxLayout>(nullptr);
+  row->addWidget(panels_.palette);
+  row->addWidget(splitter_, 1);
+  window->addLayout(row, 1);
+
+  auto* next = new QShortcut(QKeySequence(Qt::Key_F6), this);
+  connect(next, &QShortcut::activated, this, [this] { focusNextArea(); });
+}
+
+/// Tab belongs to the documents, so the areas of the window have a key of their own.
+void ContentView::focusNextArea() {
+  const std::array<QWidget*, 4> areas{&canvasPane_->canvasView().container().mtkView(), panels_.options,
+                                      panels_.palette, panels_.inspector};
+  const QWidget* focus = focusWidget();
+  const auto current = std::find_if(areas.begin(), areas.end(), [&](const QWidget* area) {
+    return area == focus || area->isAncestorOf(focus);
+  });
+  const auto index = static_cast<std::size_t>(current - areas.begin());
+  for (std::size_t step = 1; step <= areas.size(); ++step) {
+    QWidget* area = areas[(index + step) % areas.size()];
+    QWidget* target = area->focusPolicy() != Qt::NoFocus ? area : firstFocusable(*area);
+    if (target == nullptr || !target->isVisible() || !target->isEnabled()) continue;
+    target->setFocus(Qt::TabFocusReason);
+    return;
+  }
+}
 
 void ContentView::connectTabBar() {
   WindowState& window = appState_.windowState;
@@ -160,6 +229,7 @@ void ContentView::refresh() {
   shownDocument_ = window.activeDocument();
   canvasPane_->setDocument(shownDocument_);
   statusBar_->setDocument(shownDocument_);
+  panels_.setDocument(shownDocument_);
 
   documentChanges_ = {};
   if (shownDocument_) {
@@ -174,7 +244,7 @@ void ContentView::refresh() {
 
 void ContentView::placeProgressLine() {
   layout()->activate();
-  progressLine_->placeIn(canvasPane_->geometry());
+  progressLine_->placeIn(QRect(canvasPane_->mapTo(this, QPoint()), canvasPane_->size()));
 }
 
 void ContentView::resizeEvent(QResizeEvent* /*event*/) {

@@ -1,5 +1,5 @@
-// The root view of the main window: tab bar, canvas and status bar. Handles the notifications that concern
-// open documents. Owned by the window; main thread only.
+// The root view of the main window: lays out the panels around the canvas. Handles the notifications that
+// concern open documents. Owned by the window; main thread only.
 #pragma once
 
 #include <QEvent>
@@ -10,7 +10,10 @@
 
 #include "app/AppState.h"
 #include "app/DocumentFiles.h"
+#include "app/SidePanels.h"
 #include "tools/NotificationCenter.h"
+
+class QSplitter;
 
 namespace orvanel {
 
@@ -41,6 +44,7 @@ class ContentView : public QWidget {
   [[nodiscard]] DocumentTabBar& tabBar() { return *tabBar_; }
   [[nodiscard]] CanvasPaneView& canvasPane() { return *canvasPane_; }
   [[nodiscard]] StatusBarPane& statusBar() { return *statusBar_; }
+  [[nodiscard]] SidePanels& panels() { return panels_; }
   [[nodiscard]] ProgressLine& progressLine() { return *progressLine_; }
 
  protected:
@@ -48,6 +52,8 @@ class ContentView : public QWidget {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void layOut();
+  void focusNextArea();
   void connectTabBar();
   void connectPlaceholder();
   void observeNotifications();
@@ -61,6 +67,8 @@ class ContentView : public QWidget {
 
   AppState& appState_;
   DocumentFiles& files_;
+  SidePanels panels_;
+  QSplitter* splitter_ = nullptr;
   DocumentTabBar* tabBar_;
   CanvasPaneView* canvasPane_;
   StatusBarPane* statusBar_;

@@ -4,6 +4,7 @@ namespace orvanel {
 
 UserDefaults::UserDefaults() {
   registerDefault(confirmUnsavedChangesKey, true);
+  registerDefault(inspectorWidthKey, 288);
   registerDefault(layerThumbnailSizeKey, 48);
 }
 

@@ -17,6 +17,9 @@ class UserDefaults {
   /// Edge of the thumbnails in the layer panel, in view points.
   static constexpr const char* layerThumbnailSizeKey = "layerThumbnailSize";
 
+  /// Width of the column at the window's right, in view points.
+  static constexpr const char* inspectorWidthKey = "inspectorWidth";
+
   UserDefaults();
 
   /// Sets the value of a key for as long as none is stored.
@@ -30,6 +33,7 @@ class UserDefaults {
   void synchronize() { settings_.sync(); }
 
   [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
+  [[nodiscard]] int inspectorWidth() const { return value(inspectorWidthKey).toInt(); }
   [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }
 
  private:

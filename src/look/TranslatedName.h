@@ -3,15 +3,19 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <string>
 #include <string_view>
 
 namespace orvanel::look {
 
+[[nodiscard]] inline QString translatedName(const char* name) {
+  return QCoreApplication::translate("names", name);
+}
 [[nodiscard]] inline QString translatedName(std::string_view name) {
-  return QCoreApplication::translate("names", std::string(name).c_str());
+  return translatedName(std::string(name).c_str());
 }
 [[nodiscard]] inline QString translatedName(const QString& name) {
-  return QCoreApplication::translate("names", name.toUtf8().constData());
+  return translatedName(name.toUtf8().constData());
 }
 
 }  // namespace orvanel::look
