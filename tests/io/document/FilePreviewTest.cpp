@@ -8,6 +8,7 @@
 
 #include "io/archive/ZipFixture.h"
 #include "io/document/DocumentFixture.h"
+#include "io/document/StoredPreview.h"
 
 namespace orvanel {
 namespace {
@@ -95,9 +96,11 @@ TEST_F(FilePreviewTest, AnOversizedPreviewIsNotDecoded) {
   EXPECT_FALSE(filePreview(writeArchive("a.tessel", ZipFixture::deflated("preview.png", png(512, 512))), 100)
                    .isNull());
   EXPECT_TRUE(
-      filePreview(writeArchive("b.tessel", ZipFixture::deflated("preview.png", png(513, 8))), 100).isNull());
+      filePreview(
+          writeArchive("b.tessel", ZipFixture::deflated("preview.png", png(maximumPreviewSide + 1, 8))), 100)
+          .isNull());
   Bytes endless = png(8, 8);
-  endless.resize(4 << 20);
+  endless.resize(maximumPreviewBytes + 1);
   EXPECT_TRUE(
       filePreview(writeArchive("c.tessel", ZipFixture::deflated("preview.png", endless)), 100).isNull());
 }
