@@ -59,7 +59,8 @@ class WindowDialogsTest : public testing::Test {
   void typeName(const QString& name) {
     whenShown<QFileDialog>([name](QFileDialog& panel) {
       nameField(panel).setText(name);
-      QMetaObject::invokeMethod(&panel, "accept");
+      // Later, because the panel may show a question of its own, which the timer has to answer.
+      QMetaObject::invokeMethod(&panel, "accept", Qt::QueuedConnection);
     });
   }
 
