@@ -70,6 +70,8 @@ OpenPanel::OpenPanel(const QString& title, const QString& folder, const char* si
   previewPane_ = new PreviewPane(this);
   grid->addWidget(previewPane_, 0, grid->columnCount(), grid->rowCount(), 1);
   connect(this, &QFileDialog::currentChanged, previewPane_, &PreviewPane::showFile);
+  connect(nameField(), &QLineEdit::textChanged, previewPane_,
+          [this](const QString& typed) { previewPane_->showFile(directory().filePath(typed)); });
 }
 
 }  // namespace orvanel
