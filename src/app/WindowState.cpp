@@ -34,7 +34,7 @@ void WindowState::createDocument(const QString& name, int width, int height, Col
 }
 
 void WindowState::createUntitledDocument() {
-  const QString name = look::translatedName("Untitled");
+  const QString name = look::translatedName(QStringLiteral("Untitled"));
   if (const DocumentPtr active = activeDocument()) {
     createDocument(name, active->canvasWidth.value(), active->canvasHeight.value(),
                    active->colorMode.value());

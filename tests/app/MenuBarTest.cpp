@@ -53,7 +53,8 @@ TEST_F(MenuBarTest, WithoutADocumentOnlyWhatNeedsNoneIsEnabled) {
       if (isItem && action->isEnabled()) enabled.push_back(action->text().toStdString());
     }
   }
-  EXPECT_THAT(enabled, ElementsAre("New...", "Open...", "Quit", "Full Screen", "About Orvanel"));
+  EXPECT_THAT(enabled,
+              ElementsAre("New...", "Open...", "Quit", "Full Screen", "Keyboard Shortcuts", "About Orvanel"));
   for (const char* title : {"RGB 8-bit", "Levels...", "Invert"}) EXPECT_FALSE(isEnabled("Image", title));
 }
 

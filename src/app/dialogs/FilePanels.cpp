@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QTreeView>
 
 #include "app/UserDefaults.h"
 #include "app/dialogs/PreviewPane.h"
@@ -12,7 +14,7 @@ namespace orvanel {
 
 namespace {
 
-constexpr QSize firstSize{760, 480};
+constexpr QSize firstSize{840, 520};
 
 /// In a sandbox only the desktop's own panel reaches the user's files.
 bool isSandboxed() {
@@ -25,6 +27,15 @@ FilePanel::FilePanel(const QString& title, const QString& folder, const char* si
     : QFileDialog(parent, title, folder), sizeKey_(sizeKey) {
   const QSize remembered = UserDefaults().value(sizeKey_).toSize();
   resize(remembered.isValid() ? remembered : firstSize);
+  // Names need the width more than what the extension already says.
+  if (auto* list = findChild<QTreeView*>(QStringLiteral("treeView"))) {
+    constexpr int name = 0;
+    constexpr int type = 2;
+    list->header()->setStretchLastSection(false);
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list->header()->setSectionResizeMode(name, QHeaderView::Stretch);
+    list->header()->hideSection(type);
+  }
 }
 
 FilePanel::~FilePanel() {
@@ -59,6 +70,8 @@ OpenPanel::OpenPanel(const QString& title, const QString& folder, const char* si
   previewPane_ = new PreviewPane(this);
   grid->addWidget(previewPane_, 0, grid->columnCount(), grid->rowCount(), 1);
   connect(this, &QFileDialog::currentChanged, previewPane_, &PreviewPane::showFile);
+  connect(nameField(), &QLineEdit::textChanged, previewPane_,
+          [this](const QString& typed) { previewPane_->showFile(directory().filePath(typed)); });
 }
 
 }  // namespace orvanel

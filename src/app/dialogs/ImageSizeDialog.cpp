@@ -16,6 +16,8 @@ namespace {
 
 constexpr QSize lockSize{30, 50};
 constexpr int popupWidth = 160;
+/// The way of resampling stands apart from the size.
+constexpr int gapBeforePopup = 6;
 
 }  // namespace
 
@@ -52,8 +54,9 @@ void ImageSizeDialog::addResamplePopup() {
   resamplePopup->addItems({tr("Bicubic"), tr("Bilinear"), tr("Nearest Neighbor")});
   resamplePopup->setMinimumWidth(popupWidth);
   resamplePopup->setAccessibleName(tr("Resample"));
-  addLabel(2, tr("Resample:"), resamplePopup);
-  grid().addWidget(resamplePopup, 2, 1, 1, 3, Qt::AlignLeft);
+  grid().setRowMinimumHeight(2, gapBeforePopup);
+  addLabel(3, tr("Resample:"), resamplePopup);
+  grid().addWidget(resamplePopup, 3, 1, 1, 3, Qt::AlignLeft);
 }
 
 void ImageSizeDialog::lockToggled(bool isLocked) {

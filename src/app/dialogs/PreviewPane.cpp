@@ -26,6 +26,9 @@ QSize PreviewPane::sizeHint() const {
 }
 
 void PreviewPane::showFile(const QString& path) {
+  // Choosing a file changes the typed name as well.
+  if (path == path_) return;
+  path_ = path;
   previews_.cancel();
   picture_ = {};
   message_.clear();

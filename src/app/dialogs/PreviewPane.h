@@ -25,6 +25,7 @@ class PreviewPane : public QWidget {
 
  private:
   FilePreviews previews_;
+  QString path_;
   QImage picture_;
   QString message_;
 };

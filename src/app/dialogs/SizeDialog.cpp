@@ -44,7 +44,7 @@ SizeDialog::SizeDialog(const Frame& frame, QWidget* parent)
   look::setTextColor(*informative, look::color::secondaryText);
 
   accessory_->setMinimumSize(frame.accessorySize);
-  grid_->setContentsMargins(0, 0, 0, 0);
+  grid_->setContentsMargins(0, gapOfRows, 0, 0);
   grid_->setHorizontalSpacing(look::space::normal);
   grid_->setVerticalSpacing(gapOfRows);
   grid_->setColumnMinimumWidth(0, frame.fieldsLeft - look::space::normal);
@@ -63,9 +63,9 @@ SizeDialog::SizeDialog(const Frame& frame, QWidget* parent)
   column->addWidget(message);
   column->addSpacing(look::space::tight);
   column->addWidget(informative);
-  column->addSpacing(look::space::section);
+  column->addSpacing(look::space::normal);
   column->addWidget(accessory_);
-  column->addSpacing(look::space::section);
+  column->addSpacing(look::space::normal);
   column->addWidget(buttons);
 }
 

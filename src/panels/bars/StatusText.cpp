@@ -1,7 +1,8 @@
 #include "panels/bars/StatusText.h"
 
 #include <QPainter>
-#include <utility>
+#include <algorithm>
+#include <cmath>
 
 #include "look/Look.h"
 
@@ -41,7 +42,8 @@ int StatusText::widthOfParts(int count) const {
 
 int StatusText::neededWidth() const {
   const QStringList all = parts();
-  const int last = fontMetrics().horizontalAdvance(all.constLast());
+  // Rounded up, and a little more: a text that just fits is not to be shortened.
+  const int last = static_cast<int>(std::ceil(QFontMetricsF(font()).horizontalAdvance(all.constLast()))) + 1;
   return widthOfParts(static_cast<int>(all.size()) - 1) + last;
 }
 
