@@ -1,6 +1,7 @@
 #include "panels/bars/StatusText.h"
 
 #include <QPainter>
+#include <cmath>
 #include <utility>
 
 #include "look/Look.h"
@@ -41,8 +42,9 @@ int StatusText::widthOfParts(int count) const {
 
 int StatusText::neededWidth() const {
   const QStringList all = parts();
-  const int last = fontMetrics().horizontalAdvance(all.constLast());
-  return widthOfParts(static_cast<int>(all.size()) - 1) + last;
+  // Rounded up, or the text would be cut for the sake of a fraction of a point.
+  const double last = std::ceil(QFontMetricsF(font(), this).horizontalAdvance(all.constLast()));
+  return widthOfParts(static_cast<int>(all.size()) - 1) + static_cast<int>(last);
 }
 
 QSize StatusText::sizeHint() const {
