@@ -1,9 +1,11 @@
 #include "look/Symbol.h"
 
+#include <QFile>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
+#include <algorithm>
 
 #include "look/Look.h"
 
@@ -11,15 +13,31 @@ namespace orvanel::look {
 
 namespace {
 
-QPixmap symbolPixmap(const QString& name, const QSize& devicePixels, const QColor& color) {
-  const QString key = QStringLiteral("symbol/%1/%2x%3/%4")
+/// Small symbols keep lines of this width, in view points, or they would look faint.
+constexpr double thinnestLine = 1.25;
+/// The grid and the lines of the drawings.
+constexpr double drawnEdge = 16.0;
+constexpr double drawnLine = 1.5;
+
+/// A symbol's drawing, with the lines that it needs at `edge` view points.
+QByteArray drawingOf(const QString& name, double edge) {
+  QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  const double line = std::max(drawnLine, thinnestLine * drawnEdge / edge);
+  return file.readAll().replace(QByteArrayLiteral("stroke-width=\"1.5\""),
+                                "stroke-width=\"" + QByteArray::number(line) + '"');
+}
+
+QPixmap symbolPixmap(const QString& name, const QSize& devicePixels, double scale, const QColor& color) {
+  const QString key = QStringLiteral("symbol/%1/%2x%3/%4/%5")
                           .arg(name)
                           .arg(devicePixels.width())
                           .arg(devicePixels.height())
+                          .arg(scale)
                           .arg(color.rgba(), 8, 16);
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) return pixmap;
-  QSvgRenderer renderer(QStringLiteral(":/icons/%1.svg").arg(name));
+  QSvgRenderer renderer(drawingOf(name, devicePixels.width() / scale));
   if (!renderer.isValid()) return {};
   pixmap = QPixmap(devicePixels);
   pixmap.fill(Qt::transparent);
@@ -40,7 +58,7 @@ class SymbolIconEngine : public QIconEngine {
     paintSymbol(*painter, name_, rect, colorOf(mode));
   }
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/) override {
-    return symbolPixmap(name_, size, colorOf(mode));
+    return symbolPixmap(name_, size, 1.0, colorOf(mode));
   }
   [[nodiscard]] QIconEngine* clone() const override { return new SymbolIconEngine(name_, place_); }
 
@@ -61,7 +79,7 @@ class SymbolIconEngine : public QIconEngine {
 
 void paintSymbol(QPainter& painter, const QString& name, const QRectF& box, const QColor& color) {
   const double scale = painter.device()->devicePixelRatioF();
-  QPixmap pixmap = symbolPixmap(name, (box.size() * scale).toSize(), color);
+  QPixmap pixmap = symbolPixmap(name, (box.size() * scale).toSize(), scale, color);
   if (pixmap.isNull()) return;
   pixmap.setDevicePixelRatio(scale);
   // On the device's grid, or every line of the symbol would be blurred.

@@ -80,7 +80,8 @@ SliderDropdown::SliderDropdown(const QString& label, double lowest, double highe
 
   labelText_->setTextFormat(Qt::PlainText);
   labelText_->setVisible(!label.isEmpty());
-  look::setTextColor(*labelText_, look::color::secondaryText);
+  // A role, because a colour of its own would be lost when the control changes its parent.
+  labelText_->setForegroundRole(QPalette::PlaceholderText);
   text_->setTextFormat(Qt::PlainText);
   text_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   button_->setFocusPolicy(Qt::NoFocus);

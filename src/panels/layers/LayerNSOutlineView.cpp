@@ -10,6 +10,8 @@
 #include <QToolTip>
 
 #include "look/Look.h"
+#include "panels/controls/RowPainting.h"
+#include "panels/controls/RowScrollBar.h"
 
 namespace orvanel {
 
@@ -45,6 +47,7 @@ LayerNSOutlineView::LayerNSOutlineView(QWidget* parent)
   setSelectionMode(SingleSelection);
   setSelectionBehavior(SelectRows);
   setVerticalScrollMode(ScrollPerPixel);
+  setVerticalScrollBar(new RowScrollBar([this](QPainter& painter) { paintRowsBeside(painter); }, this));
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFrameShape(NoFrame);
   setMouseTracking(true);
@@ -199,7 +202,22 @@ void LayerNSOutlineView::drawRow(QPainter* painter, const QStyleOptionViewItem& 
   delegate_.paint(painter, row, node);
 }
 
+void LayerNSOutlineView::paintRowsBeside(QPainter& painter) const {
+  const int width = verticalScrollBar()->width();
+  for (QModelIndex index = indexAt({0, 0}); index.isValid(); index = indexBelow(index)) {
+    const QRect row = QTreeView::visualRect(index);
+    if (row.top() > viewport()->height()) return;
+    QStyle::State state;
+    state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
+    state.setFlag(QStyle::State_MouseOver, pointer_.row == index);
+    paintRowBackground(painter, {0, row.top(), width, row.height()}, state);
+  }
+}
+
 void LayerNSOutlineView::paintEvent(QPaintEvent* event) {
+  // The rows go on below the scroll bar.
+  verticalScrollBar()->update();
+
   QTreeView::paintEvent(event);
   if (!dropMark_) return;
   QPainter painter(viewport());

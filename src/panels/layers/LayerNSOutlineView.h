@@ -88,6 +88,9 @@ class LayerNSOutlineView : public QTreeView {
   void selectionChosen();
   void expansionChosen(const QModelIndex& index, bool isExpanded);
 
+  /// The rows' backgrounds where the scroll bar lies over them.
+  void paintRowsBeside(QPainter& painter) const;
+
   // The pointer.
   bool pressButton(const QModelIndex& index, LayerRowPart part);
   void sweepTo(const QPoint& point);

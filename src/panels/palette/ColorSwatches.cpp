@@ -13,7 +13,7 @@ namespace {
 constexpr int swatchEdge = 24;
 /// How far the background's swatch lies below and to the right of the foreground's.
 constexpr int overlap = 12;
-constexpr int buttonSymbol = 12;
+constexpr int buttonSymbol = look::size::symbol;
 constexpr QSize buttonSize(20, 24);
 constexpr int areaWidth = 2 * buttonSize.width();
 

@@ -161,6 +161,14 @@ TEST_F(StatusBarPlacesTest, TheMemoryStandsAtTheEndAndIsCutFirst) {
   EXPECT_TRUE(pane.toolTip().contains(pane.canvasText()));
 }
 
+TEST_F(StatusBarPlacesTest, NoTextIsCutInAWideBarWhateverItsWidth) {
+  for (const StatusText* text : {&pane.zoom(), &pane.position(), &pane.canvasSize(), &pane.memory()}) {
+    const double needed =
+        QFontMetricsF(text->font(), text).horizontalAdvance(text->text().split("  ").last());
+    EXPECT_GE(text->neededWidth(), needed) << text->text().toStdString();
+  }
+}
+
 TEST_F(StatusBarPlacesTest, ADragIsShownWholeInANarrowBar) {
   resize(480);
   document->setCursorDocumentPosition(QPointF(12, 7));
