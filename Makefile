@@ -22,7 +22,7 @@ LINT := build/lint
 configure = scripts/step.sh "Configuring $(1)" $(1).configure.log cmake --preset $(notdir $(1))
 compile = scripts/step.sh "Building $(1)" $(1).log cmake --build $(1) -j $(JOBS)
 
-.PHONY: help setup run test bench fuzz lint package sample pictures
+.PHONY: help setup run test bench fuzz lint package sample pictures translations
 
 help:
 	@echo 'make run              install the dependencies, build the editor and start it'
@@ -34,6 +34,7 @@ help:
 	@echo 'make package          make a Debian package in build/package/'
 	@echo 'make sample           write the sample document to build/sample.tessel'
 	@echo 'make pictures         take the screenshots and draw the overlays in docs/ (PHOTO="...")'
+	@echo 'make translations     bring the translations up to date with the sources'
 	@echo 'make setup            only install the dependencies'
 
 setup:
@@ -79,3 +80,6 @@ pictures: setup $(RELEASE)/build.ninja
 	@$(call compile,$(RELEASE)) --target orvanel overlay_pictures
 	@$(RELEASE)/tests/canvas/overlay_pictures docs/overlays
 	@scripts/make_pictures.sh $(RELEASE)/src/app/orvanel "$(PHOTO)"
+
+translations: setup $(RELEASE)/build.ninja
+	@$(call compile,$(RELEASE)) --target translations

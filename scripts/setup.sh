@@ -12,6 +12,8 @@ packages=(
   # The window and its images
   qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6svg6 qt6-image-formats-plugins libgl-dev
   libgif-dev libheif-dev libexiv2-dev qt6-wayland
+  # Translations, those of the toolkit included
+  qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-translations-l10n
   # The core: vectors, threads, results, compression, archives
   libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
   # Tests and benchmarks

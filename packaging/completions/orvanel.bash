@@ -2,7 +2,7 @@
 _orvanel() {
   COMPREPLY=()
   if [[ ${COMP_WORDS[COMP_CWORD]} == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W '--new-window --help --version' -- "${COMP_WORDS[COMP_CWORD]}")
+    mapfile -t COMPREPLY < <(compgen -W '--new-window --translation --help --version' -- "${COMP_WORDS[COMP_CWORD]}")
   fi
 }
 

@@ -98,7 +98,7 @@ void DocumentOpener::finish(const BatchPtr& batch) {
 QString DocumentOpener::failureTitle(const Batch& batch) {
   if (batch.origin == Origin::drop) return tr("Failed to Open Image");
   if (batch.errors.size() == 1) return tr("Failed to Open");
-  return tr("Failed to Open %1 Files").arg(batch.errors.size());
+  return tr("Failed to Open %n Files", nullptr, static_cast<int>(batch.errors.size()));
 }
 
 void DocumentOpener::cancelAll() {

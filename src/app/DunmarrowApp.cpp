@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "app/BackgroundWork.h"
+#include "app/StartArguments.h"
+#include "app/Translations.h"
 #include "look/LightStyle.h"
 
 namespace orvanel {
@@ -24,6 +26,7 @@ DunmarrowApp::DunmarrowApp(int& argc, char** argv) : QApplication(argc, argv) {
   setWindowIcon(QIcon(QStringLiteral(":/app/orvanel.svg")));
   setQuitOnLastWindowClosed(false);
   look::applyLightAppearance(*this);
+  installTranslations(*this, StartArguments::of(arguments().mid(1)).translation);
   makeRoomForHangingReads();
 
   AppState& state = AppState::shared();

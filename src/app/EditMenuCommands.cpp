@@ -8,16 +8,22 @@ namespace {
 
 using Name = std::optional<QString> MenuFacts::*;
 
+struct HistoryWords {
+  QString alone;
+  /// %1 is what would be undone or redone.
+  QString withName;
+};
+
 /// Undo or Redo: the title says what it does, and without anything to do the item is disabled.
-void addHistoryItem(QMenu& menu, const CommandContext& context, const QString& word, const QKeySequence& key,
-                    void (Document::*step)(), Name name) {
+void addHistoryItem(QMenu& menu, const CommandContext& context, const HistoryWords& words,
+                    const QKeySequence& key, void (Document::*step)(), Name name) {
   QAction* item = context.items.add(
-      menu, word, {key},
+      menu, words.alone, {key},
       onActiveDocument(context.appState, [step](const DocumentPtr& document) { ((*document).*step)(); }),
       [name](const MenuFacts& facts) { return (facts.*name).has_value(); });
-  context.items.follow(*item, [word, name](QAction& followed, const MenuFacts& facts) {
+  context.items.follow(*item, [words, name](QAction& followed, const MenuFacts& facts) {
     const std::optional<QString>& action = facts.*name;
-    followed.setText(action ? word + QChar(u' ') + look::translatedName(*action) : word);
+    followed.setText(action ? words.withName.arg(look::translatedName(*action)) : words.alone);
   });
 }
 
@@ -33,10 +39,10 @@ void EditMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
     context.items.add(menu, title, {key}, onActiveDocument(context.appState, std::move(action)), isEnabled);
   };
   PixelPasteboard& pasteboard = context.pasteboard;
-  addHistoryItem(menu, context, tr("Undo"), QKeySequence(Qt::CTRL | Qt::Key_Z), &Document::undo,
-                 &MenuFacts::undoName);
-  addHistoryItem(menu, context, tr("Redo"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), &Document::redo,
-                 &MenuFacts::redoName);
+  addHistoryItem(menu, context, {tr("Undo"), tr("Undo %1")}, QKeySequence(Qt::CTRL | Qt::Key_Z),
+                 &Document::undo, &MenuFacts::undoName);
+  addHistoryItem(menu, context, {tr("Redo"), tr("Redo %1")}, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z),
+                 &Document::redo, &MenuFacts::redoName);
   add(
       tr("Cut"), QKeySequence(Qt::CTRL | Qt::Key_X),
       [&pasteboard](const DocumentPtr& document) { pasteboard.cut(document); }, canCopy);

@@ -59,7 +59,7 @@ QAction* MenuItems::add(QMenu& menu, const QString& title, const QList<QKeySeque
                         const Rule& isEnabled) {
   QAction* item = menu.addAction(title);
   // The name that stays when the text tells what would be undone.
-  item->setIconText(QString(title).remove(QStringLiteral("...")).remove(u'&'));
+  item->setIconText(QString(title).remove(QStringLiteral("...")).remove(u'…').remove(u'&').trimmed());
   item->setShortcuts(keys);
   item->setShortcutContext(Qt::WindowShortcut);
   QObject::connect(item, &QAction::triggered, item, [action = std::move(action)] { action(); });

@@ -15,6 +15,7 @@
 
 #include "app/PixelMimeData.h"
 #include "io/image/FlatImage.h"
+#include "look/TranslatedSentence.h"
 #include "raster/MemoryBudget.h"
 
 namespace orvanel {
@@ -67,7 +68,7 @@ Described<FlatImage> decoded(const std::function<bool(QTemporaryFile&)>& write, 
     return because(PixelPasteboard::tr("The image in the clipboard can't be read."));
   }
   FileResult<FlatImage> image = readFlatImage(file.fileName(), context);
-  if (!image) return because(image.error().message);
+  if (!image) return because(look::translatedSentence(image.error().message));
   return *std::move(image);
 }
 
@@ -153,7 +154,7 @@ void PixelPasteboard::paste(const DocumentPtr& document, QPointF viewCentre) {
   // A refusal for want of memory has its own message.
   const bool isPasted = document->pastePixels(*pixels);
   if (isPasted && !image->warning.isEmpty()) {
-    dialogs_.showWarning(tr("Pasted in Part"), image->warning);
+    dialogs_.showWarning(tr("Pasted in Part"), look::translatedSentence(image->warning));
   }
 }
 

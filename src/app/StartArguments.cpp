@@ -16,7 +16,8 @@ QString pathFromArgument(const QString& argument) {
 StartArguments StartArguments::of(const QStringList& arguments) {
   StartArguments start;
   bool takesOptions = true;
-  for (const QString& argument : arguments) {
+  for (qsizetype index = 0; index < arguments.size(); ++index) {
+    const QString& argument = arguments.at(index);
     if (!takesOptions || !argument.startsWith(u'-')) {
       start.files << pathFromArgument(argument);
     } else if (argument == QStringLiteral("--")) {
@@ -27,6 +28,8 @@ StartArguments StartArguments::of(const QStringList& arguments) {
       start.wantsVersion = true;
     } else if (argument == QStringLiteral("--new-window")) {
       start.wantsNewWindow = true;
+    } else if (argument == QStringLiteral("--translation")) {
+      start.translation = arguments.value(++index);
     } else if (argument == QStringLiteral("--uitesting")) {
       start.isUITesting = true;
     } else {

@@ -11,6 +11,8 @@ struct StartArguments {
   /// Whether to open a window of its own even if there is one already.
   bool wantsNewWindow = false;
   bool isUITesting = false;
+  /// A compiled translation to show instead of the installed ones; empty if none was given.
+  QString translation;
   /// Whether there are options that aren't ours. Those of the toolkit concern this process alone.
   bool hasOtherOptions = false;
   /// Paths as they were given, relative ones included. File managers may pass file URLs instead.

@@ -14,9 +14,10 @@ constexpr auto helpText = R"(Usage: orvanel [OPTION...] [FILE...]
 Edit layered raster images. Each FILE, a document or an image, opens in its own tab: of the window
 that is already open on this screen, if there is one, otherwise of a new window.
 
-  --new-window  open a window of its own, in a process of its own
-  --help        show this help and exit
-  --version     show the version and exit
+  --new-window        open a window of its own, in a process of its own
+  --translation FILE  show the texts of a compiled translation (.qm), in a window of its own
+  --help              show this help and exit
+  --version           show the version and exit
 
 Options of the toolkit, such as -platform or -style, are understood too.
 )";
@@ -34,7 +35,7 @@ std::unique_ptr<InstanceClaim> meetOtherInstance(const StartArguments& start, bo
   const auto address = InstanceAddress::ofSession();
   if (!address) return nullptr;
   std::unique_ptr<InstanceClaim> claim = InstanceClaim::take(*address);
-  const bool needsOwnProcess = start.wantsNewWindow || start.hasOtherOptions;
+  const bool needsOwnProcess = start.wantsNewWindow || start.hasOtherOptions || !start.translation.isEmpty();
   isHandedOver =
       claim == nullptr && !needsOwnProcess && handOver(*address, OpenRequest::ofThisProcess(start.files));
   return claim;

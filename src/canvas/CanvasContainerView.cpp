@@ -27,7 +27,7 @@ CanvasContainerView::CanvasContainerView(CanvasRenderer& renderer, ToolState& to
     return true;
   }();
   setObjectName(QStringLiteral("canvas"));
-  setAccessibleName(QStringLiteral("canvas"));
+  setAccessibleName(tr("canvas"));
   setFocusProxy(mtkView_);
   mtkView_->onScrollChanged = [this] { refreshIndicators(); };
   horizontalIndicator_->onValueChanged = [this](double) { scrollFromIndicators(); };

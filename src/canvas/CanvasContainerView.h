@@ -1,6 +1,7 @@
 // The canvas with two overlaid scroll indicators. Owned by the canvas pane; main thread only.
 #pragma once
 
+#include <QCoreApplication>
 #include <QWidget>
 #include <memory>
 
@@ -10,6 +11,8 @@
 namespace orvanel {
 
 class CanvasContainerView : public QWidget {
+  Q_DECLARE_TR_FUNCTIONS(orvanel::CanvasContainerView)
+
  public:
   /// Both must outlive the container.
   CanvasContainerView(CanvasRenderer& renderer, ToolState& toolState, QWidget* parent = nullptr);

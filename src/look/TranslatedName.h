@@ -1,5 +1,5 @@
 // Names from the engine's tables (colour modes, blend modes, tools, actions) in the user's language. The
-// engine itself has no translations.
+// tables are listed for translators in TranslationSources.cpp.
 #pragma once
 
 #include <QCoreApplication>

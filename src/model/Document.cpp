@@ -1,5 +1,6 @@
 #include "model/Document.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -41,7 +42,8 @@ std::shared_ptr<Document> Document::create(const QString& name, int width, int h
       create({.name = name, .width = width, .height = height, .colorMode = colorMode}, context);
   const Texture pixels = document->makeLayerTexture();
   context.clearTexture(*pixels, colorMode, {1.0F, 1.0F, 1.0F, 1.0F});
-  const auto background = std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Background")}, pixels);
+  const auto background =
+      std::make_shared<Layer>(NodeValues{.name = QCoreApplication::translate("names", "Background")}, pixels);
   DocumentEdit edit(*document, editKind::state);
   edit.insertNode(background, {});
   edit.setActiveNode(background->id);

@@ -1,4 +1,5 @@
 // Commands on the active node's pixels, and on layer masks.
+#include <QCoreApplication>
 #include <utility>
 #include <vector>
 
@@ -157,8 +158,10 @@ bool Document::pastePixels(const PixelClipboard& clipboard) {
   if (copied == nullptr) return false;
   orvanel::copyPixels(*copied, copied->bounds(), *pixels, static_cast<int>(clipboard.originX),
                       static_cast<int>(clipboard.originY));
-  addNewLayer(edit, std::make_shared<Layer>(
-                        NodeValues{.name = uniqueNodeName(QStringLiteral("Pasted Layer"))}, pixels));
+  addNewLayer(
+      edit,
+      std::make_shared<Layer>(
+          NodeValues{.name = uniqueNodeName(QCoreApplication::translate("names", "Pasted Layer"))}, pixels));
   return true;
 }
 

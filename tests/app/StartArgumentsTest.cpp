@@ -23,6 +23,13 @@ TEST(StartArguments, areFilesUnlessTheyAreOptions) {
   EXPECT_EQ(own.files, QStringList({QStringLiteral("a.png")}));
 }
 
+TEST(StartArguments, aTranslationIsNoFileToOpen) {
+  const StartArguments german = start("--translation de.qm a.png");
+  EXPECT_EQ(german.translation, QStringLiteral("de.qm"));
+  EXPECT_EQ(german.files, QStringList({QStringLiteral("a.png")}));
+  EXPECT_TRUE(start("--translation").translation.isEmpty());
+}
+
 TEST(StartArguments, twoDashesEndTheOptions) {
   const StartArguments names = start("-- --help -x");
   EXPECT_FALSE(names.wantsHelp || names.hasOtherOptions);

@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScrollArea>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include "app/GlobalKeyHandler.h"
@@ -104,7 +105,9 @@ ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups, QWidg
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(area);
-  resize(firstSize);
+  // Rolling sideways would separate the keys from what they do.
+  const int wide = list->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  resize(firstSize.expandedTo({wide, 0}));
 }
 
 }  // namespace orvanel

@@ -45,7 +45,7 @@ void fillAlert(QMessageBox& box, const QString& message, const QString& informat
   } else {
     const qsizetype hidden = lines.size() - mostLinesShown;
     box.setInformativeText(lines.mid(0, mostLinesShown).join(u'\n') + u'\n' +
-                           QCoreApplication::translate("orvanel::Dialogs", "… and %1 more").arg(hidden));
+                           WindowDialogs::tr("… and %n more", nullptr, static_cast<int>(hidden)));
     box.setDetailedText(informativeText);
   }
   if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {

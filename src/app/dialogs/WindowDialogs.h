@@ -1,6 +1,7 @@
 // The dialogs as real alerts and file panels, modal to the main window. Main thread only.
 #pragma once
 
+#include <QCoreApplication>
 #include <QPointer>
 #include <QWidget>
 #include <utility>
@@ -11,6 +12,8 @@
 namespace orvanel {
 
 class WindowDialogs : public Dialogs {
+  Q_DECLARE_TR_FUNCTIONS(orvanel::WindowDialogs)
+
  public:
   /// The parent of all dialogs; may be null.
   void setWindow(QWidget* window) { window_ = window; }

@@ -34,9 +34,10 @@ QString byteCountText(std::int64_t bytes) {
 
 QString cursorPositionText(const std::optional<QPointF>& position,
                            const std::optional<Document::DragSize>& dragSize) {
-  if (!position) return QStringLiteral("X: --  Y: --");
-  QString text = QStringLiteral("X: %1  Y: %2").arg(wholePixel(position->x())).arg(wholePixel(position->y()));
-  if (dragSize) text += QStringLiteral("  W: %1  H: %2").arg(dragSize->width).arg(dragSize->height);
+  if (!position) return StatusBarPane::tr("X: --  Y: --");
+  QString text =
+      StatusBarPane::tr("X: %1  Y: %2").arg(wholePixel(position->x())).arg(wholePixel(position->y()));
+  if (dragSize) text += StatusBarPane::tr("  W: %1  H: %2").arg(dragSize->width).arg(dragSize->height);
   return text;
 }
 

@@ -18,7 +18,7 @@ constexpr double barOpacity = 0.7;
 }  // namespace
 
 HistogramView::HistogramView(LevelsModel& model, QWidget* parent) : QWidget(parent), model_(model) {
-  setAccessibleName(QStringLiteral("Histogram"));
+  setAccessibleName(tr("Histogram"));
   setFixedHeight(viewHeight);
   const auto redraw = [this] { update(); };
   notifiers_.push_back(model.histogram.addNotifier(redraw));

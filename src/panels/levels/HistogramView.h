@@ -2,6 +2,7 @@
 // Owned by the panel; main thread only.
 #pragma once
 
+#include <QCoreApplication>
 #include <QPropertyNotifier>
 #include <QWidget>
 #include <vector>
@@ -11,6 +12,8 @@
 namespace orvanel {
 
 class HistogramView : public QWidget {
+  Q_DECLARE_TR_FUNCTIONS(orvanel::HistogramView)
+
  public:
   /// `model` must outlive the view.
   HistogramView(LevelsModel& model, QWidget* parent);

@@ -13,7 +13,7 @@ LevelsWindow::LevelsWindow(QWidget* parent)
     : QDialog(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       content_(new LevelsContentView(model_, this)) {
   setObjectName(QStringLiteral("levels"));
-  setWindowTitle(QStringLiteral("Levels"));
+  setWindowTitle(tr("Levels"));
   // The keys stay with the canvas until the user turns to the panel.
   setAttribute(Qt::WA_ShowWithoutActivating);
   auto* column = new QVBoxLayout(this);

@@ -1,0 +1,97 @@
+// Which language the program chooses, and what a translation of it must keep.
+#include "app/Translations.h"
+
+#include <QSet>
+#include <QTranslator>
+#include <algorithm>
+
+#include "AppFixture.h"
+#include "look/TranslationSources.h"
+#include "model/Tool.h"
+
+namespace orvanel {
+namespace {
+
+QString chosenFrom(const char* languages) {
+  return translatedLanguage(QString::fromLatin1(languages).split(u' ', Qt::SkipEmptyParts));
+}
+
+TEST(Translations, TheFirstTranslatedLanguageIsChosen) {
+  EXPECT_EQ(chosenFrom("de"), "de");
+  EXPECT_EQ(chosenFrom("de-AT de"), "de");
+  EXPECT_EQ(chosenFrom("xx-YY de-CH"), "de");
+  EXPECT_EQ(chosenFrom("C"), "");
+  EXPECT_EQ(chosenFrom(""), "");
+}
+
+TEST(Translations, EnglishComesBeforeWhatTheUserLikesLess) {
+  EXPECT_EQ(chosenFrom("en-US en de"), "");
+  EXPECT_EQ(chosenFrom("xx en de"), "");
+  EXPECT_EQ(chosenFrom("de en"), "de");
+}
+
+TEST(Translations, EveryNameOfTheEngineIsListedForTranslators) {
+  const auto names = look::translatableNames();
+  const auto expectListed = [&](const std::string& name) {
+    EXPECT_NE(std::ranges::find(names, name), names.end()) << name;
+  };
+  for (const Tool tool : allTools) expectListed(displayName(tool).toStdString());
+  for (const ColorMode mode : allColorModes) expectListed(std::string(displayName(mode)));
+  for (const BlendMode mode : allBlendModes) expectListed(std::string(displayName(mode)));
+  // Put together from a verb and the kind of the node.
+  for (const char* verb : {"Delete", "Duplicate"}) {
+    for (const char* kind : {"", " Layer", " Folder"}) expectListed(std::string(verb) + kind);
+  }
+}
+
+class GermanWindowTest : public AppFixture {
+ protected:
+  GermanWindowTest() {
+    EXPECT_TRUE(german_.load(QStringLiteral(":/translations/orvanel_de.qm")));
+    QApplication::installTranslator(&german_);
+    showWindow();
+  }
+
+ private:
+  QTranslator german_;
+};
+
+/// The letters after "&" of a menu's items, one for each that has one.
+QStringList mnemonicsOf(const QWidget& menu) {
+  QStringList letters;
+  for (const QAction* action : menu.actions()) {
+    const qsizetype mark = action->text().indexOf(u'&');
+    if (mark >= 0) letters << action->text().mid(mark + 1, 1).toLower();
+  }
+  return letters;
+}
+
+TEST_F(GermanWindowTest, MnemonicsAreUnique) {
+  const QStringList ofMenus = mnemonicsOf(*window->menuBar());
+  EXPECT_EQ(ofMenus.size(), window->menuBar()->actions().size());
+  EXPECT_EQ(QSet<QString>(ofMenus.begin(), ofMenus.end()).size(), ofMenus.size());
+  for (const QMenu* menu : window->findChildren<QMenu*>()) {
+    const QStringList letters = mnemonicsOf(*menu);
+    EXPECT_EQ(QSet<QString>(letters.begin(), letters.end()).size(), letters.size())
+        << menu->title().toStdString();
+  }
+}
+
+TEST_F(GermanWindowTest, NamesOfItemsHaveNoEllipsis) {
+  const QAction* open = window->menuBar()->actions().constFirst()->menu()->actions().at(1);
+  EXPECT_EQ(open->text(), QStringLiteral("Öffnen …"));
+  EXPECT_EQ(open->iconText(), QStringLiteral("Öffnen"));
+}
+
+TEST_F(GermanWindowTest, UndoTellsWhatItDoes) {
+  const DocumentPtr document =
+      Document::create(QStringLiteral("One"), 8, 8, ColorMode::rgb8, state.metalContext);
+  state.windowState.addDocument(document);
+  document->selectAll();
+  QApplication::processEvents();
+  const QAction* undo = window->menuBar()->actions().at(1)->menu()->actions().constFirst();
+  EXPECT_EQ(undo->text(), QStringLiteral("Rückgängig: Alles auswählen"));
+}
+
+}  // namespace
+}  // namespace orvanel
