@@ -19,8 +19,7 @@ struct WrittenRange {
   std::uint32_t crc = 0;
 };
 
-/// Compares the directory as a reader sees it with the entries, and the ranges with their checksums. Ranges
-/// that share their blocks with a file that was checked before need no second look and aren't listed.
+/// Compares the directory as a reader sees it with the entries, and the ranges with their checksums.
 [[nodiscard]] Described<void> compareArchive(const std::string& path,
                                              const std::vector<WrittenEntry>& entries,
                                              const std::vector<WrittenRange>& ranges,

@@ -13,7 +13,8 @@ namespace {
 
 class FileInput final : public ArchiveInput {
  public:
-  explicit FileInput(FileHandle file) : file_(std::move(file)) {}
+  explicit FileInput(FileHandle file)
+      : file_(std::move(file)), opened_(FileIdentity::of(file_.descriptor())) {}
 
   std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const override {
     ssize_t count = 0;
@@ -23,10 +24,13 @@ class FileInput final : public ArchiveInput {
     return count;
   }
   std::uint64_t size() const override { return static_cast<std::uint64_t>(file_.size()); }
-  std::optional<FileIdentity> identity() const override { return FileIdentity::of(file_.descriptor()); }
+  std::optional<FileIdentity> identity() const override {
+    return FileIdentity::of(file_.descriptor()) == opened_ ? opened_ : std::nullopt;
+  }
 
  private:
   FileHandle file_;
+  std::optional<FileIdentity> opened_;
 };
 
 class MemoryInput final : public ArchiveInput {

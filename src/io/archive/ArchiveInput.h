@@ -21,7 +21,7 @@ class ArchiveInput {
   /// The number of bytes read, fewer than requested only at the end; -1 on a read error.
   [[nodiscard]] virtual std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const = 0;
   [[nodiscard]] virtual std::uint64_t size() const = 0;
-  /// Which file it is; empty for memory.
+  /// Which file it is; empty for memory, and for a file that has changed since it was opened.
   [[nodiscard]] virtual std::optional<FileIdentity> identity() const = 0;
 
   /// Keeps the file open, so the file may be replaced under its name in the meantime.

@@ -169,7 +169,8 @@ Described<bool> InflateStream::isPartAtEnd() {
     const auto moved = step({&beyond, 1}, made);
     if (!moved) return because(moved.error());
     if (made != 0) return false;
-    if (!*moved) return true;
+    // Between two blocks.
+    if (!*moved) return state_->block_state == ISAL_BLOCK_NEW_HDR;
   }
   return false;
 }

@@ -50,7 +50,7 @@ class ZipReader {
   [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
   /// The sections of an entry that can be read independently; empty when it has none.
   [[nodiscard]] const std::vector<EntryPart>& parts(std::size_t index) const { return parts_[index]; }
-  /// Which file the archive is read from; empty for memory.
+  /// Which file the archive is read from; empty for memory, and for a file that has changed meanwhile.
   [[nodiscard]] std::optional<FileIdentity> identity() const;
   [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
 

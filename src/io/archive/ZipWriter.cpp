@@ -31,15 +31,26 @@ bool mayBeLarge(const ArchiveEntry& entry) {
   return size + overhead >= std::numeric_limits<std::uint32_t>::max();
 }
 
-const StoredChunk* keptChunk(const ArchiveEntry& entry, int chunk) {
-  return entry.keptChunk ? entry.keptChunk(chunk) : nullptr;
+/// The chunks that are kept, null for those to be made.
+std::vector<const StoredChunk*> keptChunks(const ArchiveEntry& entry) {
+  std::vector<const StoredChunk*> kept(static_cast<std::size_t>(entry.chunkCount), nullptr);
+  for (int chunk = 0; entry.keptChunk && chunk < entry.chunkCount; ++chunk) {
+    const StoredChunk* found = entry.keptChunk(chunk);
+    // A chunk off the grid would push those behind it off, too; one with much padding isn't ours.
+    const bool isFit = found != nullptr && found->storedSize % gridOf(entry) == 0 &&
+                       found->storedSize <= std::uint64_t{found->size} + found->size / 1024 + 2 * shareGrid;
+    if (isFit) kept[static_cast<std::size_t>(chunk)] = found;
+  }
+  return kept;
 }
+
+using KeptChunks = std::vector<std::vector<const StoredChunk*>>;
 
 /// Delivers the chunks that have to be made, of all entries in order.
 class ChunkSupply {
  public:
-  explicit ChunkSupply(const std::vector<ArchiveEntry>& entries)
-      : places_(placesOf(entries)),
+  ChunkSupply(const std::vector<ArchiveEntry>& entries, const KeptChunks& kept)
+      : places_(placesOf(entries, kept)),
         pipeline_(static_cast<int>(places_.size()), chunksAhead, [this](int index) { return make(index); }) {}
 
   Chunk take() { return pipeline_.take(); }
@@ -50,11 +61,11 @@ class ChunkSupply {
     int chunk;
   };
 
-  static std::vector<Place> placesOf(const std::vector<ArchiveEntry>& entries) {
+  static std::vector<Place> placesOf(const std::vector<ArchiveEntry>& entries, const KeptChunks& kept) {
     std::vector<Place> places;
-    for (const ArchiveEntry& entry : entries) {
-      for (int chunk = 0; chunk < entry.chunkCount; ++chunk) {
-        if (keptChunk(entry, chunk) == nullptr) places.push_back({&entry, chunk});
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+      for (std::size_t chunk = 0; chunk < kept[i].size(); ++chunk) {
+        if (kept[i][chunk] == nullptr) places.push_back({&entries[i], static_cast<int>(chunk)});
       }
     }
     return places;
@@ -84,16 +95,20 @@ class Writer {
   Writer(AtomicFile& file, const std::vector<ArchiveEntry>& entries, const FileHandle* keptFrom,
          const Progress& progress, double share)
       : file_(file), entries_(entries), keptFrom_(keptFrom), progress_(progress), share_(share) {
-    for (const ArchiveEntry& entry : entries) chunkCount_ += static_cast<std::size_t>(entry.chunkCount);
+    for (const ArchiveEntry& entry : entries) {
+      chunkCount_ += static_cast<std::size_t>(entry.chunkCount);
+      kept_.push_back(keptChunks(entry));
+    }
   }
 
   std::vector<WrittenEntry> written;
   std::vector<WrittenRange> ranges;
+  bool isKeptUnreadable = false;
 
   Described<void> write() {
-    ChunkSupply supply(entries_);
-    for (const ArchiveEntry& entry : entries_) {
-      if (auto result = writeEntry(entry, supply); !result) return result;
+    ChunkSupply supply(entries_, kept_);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      if (auto result = writeEntry(entries_[i], kept_[i], supply); !result) return result;
     }
     const std::uint64_t start = position();
     for (const zipRecords::Entry& record : records_) {
@@ -110,7 +125,8 @@ class Writer {
     return file_.write(bytes);
   }
 
-  Described<void> writeEntry(const ArchiveEntry& entry, ChunkSupply& supply) {
+  Described<void> writeEntry(const ArchiveEntry& entry, const std::vector<const StoredChunk*>& kept,
+                             ChunkSupply& supply) {
     zipRecords::Entry record{.path = entry.path,
                              .isDeflated = entry.method == ArchiveEntry::Method::deflated,
                              .isLarge = mayBeLarge(entry),
@@ -124,10 +140,9 @@ class Writer {
 
     WrittenEntry& sums = written.emplace_back();
     sums.path = entry.path;
-    for (int chunk = 0; chunk < entry.chunkCount; ++chunk) {
+    for (const StoredChunk* chunk : kept) {
       if (progress_.isCancelled()) return cancelled();
-      const StoredChunk* kept = keptChunk(entry, chunk);
-      auto result = kept != nullptr ? copyChunk(*kept, sums) : writeChunk(supply.take(), sums);
+      auto result = chunk != nullptr ? copyChunk(*chunk, sums) : writeChunk(supply.take(), sums);
       if (!result) return result;
       progress_.tell(share_ * static_cast<double>(++chunksDone_) / static_cast<double>(chunkCount_));
     }
@@ -160,10 +175,10 @@ class Writer {
     const auto how =
         file_.append(keptFrom_->descriptor(), static_cast<std::int64_t>(kept.offset), kept.storedSize);
     if (!how) return because(how.error());
+    isKeptUnreadable = *how == AtomicFile::RangeCopy::sourceUnreadable;
+    if (isKeptUnreadable) return because(QStringLiteral("The document's file can't be read."));
     add(place, sums);
-    if (*how == AtomicFile::RangeCopy::copied) {
-      ranges.push_back({place.offset, place.storedSize, place.storedCrc});
-    }
+    ranges.push_back({place.offset, place.storedSize, place.storedCrc});
     return {};
   }
 
@@ -178,6 +193,7 @@ class Writer {
   const FileHandle* keptFrom_;
   const Progress& progress_;
   double share_;
+  KeptChunks kept_;
   std::size_t chunkCount_ = 0;
   std::size_t chunksDone_ = 0;
   std::vector<zipRecords::Entry> records_;
@@ -192,11 +208,13 @@ tl::expected<std::vector<WrittenEntry>, WriteFailure> writeArchive(AtomicFile& f
   // Checking what was written takes about a tenth of the time.
   constexpr double writingShare = 0.9;
   Writer writer(file, entries, keptFrom, progress, writingShare);
-  if (auto written = writer.write(); !written) return tl::unexpected(WriteFailure{written.error()});
+  if (auto written = writer.write(); !written) {
+    return tl::unexpected(WriteFailure{written.error(), writer.isKeptUnreadable});
+  }
   WriteFailure failure;
   const auto committed = file.commit([&](const std::string& path) {
     auto same = compareArchive(path, writer.written, writer.ranges, progress);
-    failure.isDifferentOnDisk = !same && !progress.isCancelled();
+    failure.isKeptUnusable = !same && !progress.isCancelled();
     return same;
   });
   if (committed) return std::move(writer.written);

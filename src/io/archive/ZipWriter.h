@@ -43,8 +43,8 @@ struct WrittenEntry {
 
 struct WriteFailure {
   QString reason;
-  /// The file on the disk isn't what was written. Without kept chunks it may be.
-  bool isDifferentOnDisk = false;
+  /// What was kept can't be read, or came out otherwise on the disk: writing everything anew may work.
+  bool isKeptUnusable = false;
 };
 
 /// Writes all entries in order, reads the archive back from the disk to compare it with what was written, and

@@ -132,7 +132,11 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
     picture.reset();
     runOnMainThread([finish, written = std::move(written), progress = std::move(progress), saved] {
       backgroundSaveRuns = false;
-      if (const DocumentPtr still = saved.lock(); still && written) still->setFileMemory(*written);
+      if (const DocumentPtr still = saved.lock(); still && written) {
+        // What it replaces may be long, and is given back in the background.
+        runInBackground([replaced = still->fileMemory()]() mutable { replaced.reset(); });
+        still->setFileMemory(*written);
+      }
       finish(saveResult(written, progress));
     });
   });

@@ -1,5 +1,9 @@
 #include "io/document/SaveSnapshot.h"
 
+#include <sys/stat.h>
+
+#include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -53,55 +57,6 @@ ArchiveEntry manifestEntry(const QByteArray& manifest) {
 
 constexpr auto previewPath = "preview.png";
 
-/// Finds the chunks of a surface's entry that the document's file holds.
-class KeptChunks {
- public:
-  KeptChunks(const SavedFile* saved, const std::string& path) {
-    if (saved == nullptr) return;
-    const auto found = saved->surfaces.find(path);
-    if (found != saved->surfaces.end()) surface_ = &found->second;
-  }
-
-  /// The chunk of that number and size, if it was made of these rows of the surface as it is now.
-  [[nodiscard]] const StoredChunk* find(int chunk, std::uint64_t size, const Surface& surface, int firstRow,
-                                        int endRow) const {
-    if (surface_ == nullptr || static_cast<std::size_t>(chunk) >= surface_->chunks.size()) return nullptr;
-    const StoredChunk& stored = surface_->chunks[static_cast<std::size_t>(chunk)];
-    return stored.size == size && surface_->holds(surface, firstRow, endRow) ? &stored : nullptr;
-  }
-  /// The only chunk, if it was made of the surface as it is now.
-  [[nodiscard]] const StoredChunk* findOnly(const Surface& surface) const {
-    const bool isSame =
-        surface_ != nullptr && surface_->chunks.size() == 1 && surface_->holds(surface, 0, surface.height());
-    return isSame ? &surface_->chunks.front() : nullptr;
-  }
-
- private:
-  const SavedSurface* surface_ = nullptr;
-};
-
-ArchiveEntry previewEntry(FrozenComposite& composite, const SavedFile* saved, const Progress& progress) {
-  const auto isCancelled = [&progress] { return progress.isCancelled(); };
-  ArchiveEntry entry;
-  entry.path = previewPath;
-  entry.method = ArchiveEntry::Method::stored;
-  entry.makeChunk = [&composite, isCancelled](int, ByteBuffer& bytes) {
-    const Surface* const picture = composite.surface(isCancelled);
-    // A save that was cancelled meanwhile writes nothing more.
-    const QByteArray png = picture != nullptr ? previewPng(*picture) : QByteArray();
-    bytes.resizeDiscarding(static_cast<std::size_t>(png.size()));
-    std::memcpy(bytes.data(), png.constData(), static_cast<std::size_t>(png.size()));
-  };
-  // An image that still has to be made isn't the one of the last preview.
-  if (composite.bytesToFinish() == 0) {
-    entry.keptChunk = [kept = KeptChunks(saved, entry.path), &composite, isCancelled](int) {
-      const Surface* const picture = composite.surface(isCancelled);
-      return picture != nullptr ? kept.findOnly(*picture) : nullptr;
-    };
-  }
-  return entry;
-}
-
 /// How a surface's rows are divided into the chunks of its entry.
 struct SurfaceChunks {
   explicit SurfaceChunks(const SaveSnapshot::LayerEntry& layer)
@@ -126,6 +81,47 @@ struct SurfaceChunks {
   std::int64_t rowsPerChunk;
 };
 
+/// What the document's file holds of an entry, or null.
+const SavedSurface* savedSurface(const SavedFile* saved, const std::string& path) {
+  if (saved == nullptr) return nullptr;
+  const auto found = saved->surfaces.find(path);
+  return found != saved->surfaces.end() ? &found->second : nullptr;
+}
+
+/// Whether the entry is cut into chunks as this program cuts it. Other writers may do it in their own way.
+bool hasOwnLayout(const SavedSurface& saved, const SurfaceChunks& chunks) {
+  if (saved.chunks.size() != static_cast<std::size_t>(chunks.count())) return false;
+  for (int chunk = 0; chunk < chunks.count(); ++chunk) {
+    if (saved.chunks[static_cast<std::size_t>(chunk)].size != chunks.size(chunk)) return false;
+  }
+  return true;
+}
+
+ArchiveEntry previewEntry(FrozenComposite& composite, const SavedFile* saved, const Progress& progress) {
+  const auto isCancelled = [&progress] { return progress.isCancelled(); };
+  ArchiveEntry entry;
+  entry.path = previewPath;
+  entry.method = ArchiveEntry::Method::stored;
+  entry.makeChunk = [&composite, isCancelled](int, ByteBuffer& bytes) {
+    const Surface* const picture = composite.surface(isCancelled);
+    // A save that was cancelled meanwhile writes nothing more.
+    const QByteArray png = picture != nullptr ? previewPng(*picture) : QByteArray();
+    bytes.resizeDiscarding(static_cast<std::size_t>(png.size()));
+    std::memcpy(bytes.data(), png.constData(), static_cast<std::size_t>(png.size()));
+  };
+  // An image that still has to be made isn't the one of the last preview.
+  if (composite.bytesToFinish() == 0) {
+    entry.keptChunk = [kept = savedSurface(saved, previewPath), &composite,
+                       isCancelled](int) -> const StoredChunk* {
+      const Surface* const picture = composite.surface(isCancelled);
+      const bool isSame = kept != nullptr && kept->chunks.size() == 1 && picture != nullptr &&
+                          kept->holds(*picture, 0, picture->height());
+      return isSame ? &kept->chunks.front() : nullptr;
+    };
+  }
+  return entry;
+}
+
 ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer, const SavedFile* saved) {
   const SurfaceChunks chunks(layer);
   ArchiveEntry entry;
@@ -147,11 +143,21 @@ ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer, const SavedFile
                              static_cast<int>(chunks.endRow(chunk) - firstRow)},
                             bytes.data() + headerBytes, static_cast<std::size_t>(chunks.bytesPerRow));
   };
-  entry.keptChunk = [&layer, chunks, kept = KeptChunks(saved, entry.path)](int chunk) {
-    return kept.find(chunk, chunks.size(chunk), *layer.texture, static_cast<int>(chunks.firstRow(chunk)),
-                     static_cast<int>(chunks.endRow(chunk)));
+  const SavedSurface* const kept = savedSurface(saved, entry.path);
+  if (kept == nullptr || !hasOwnLayout(*kept, chunks)) return entry;
+  entry.keptChunk = [&layer, chunks, kept](int chunk) {
+    const bool isSame = kept->holds(*layer.texture, static_cast<int>(chunks.firstRow(chunk)),
+                                    static_cast<int>(chunks.endRow(chunk)));
+    return isSame ? &kept->chunks[static_cast<std::size_t>(chunk)] : nullptr;
   };
   return entry;
+}
+
+/// The device that a file of that path would stand on; 0 if there is no such folder.
+std::uint64_t deviceOf(const QString& path) {
+  struct stat folder {};
+  const QByteArray name = QFile::encodeName(QFileInfo(path).absolutePath());
+  return ::stat(name.constData(), &folder) == 0 ? folder.st_dev : 0;
 }
 
 /// What the archive that was just written holds.
@@ -239,12 +245,13 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
 
 Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
                                       const Progress& progress) {
-  const auto keptFrom = snapshot.saved != nullptr ? snapshot.saved->open() : std::nullopt;
+  // A file on another device may be out of reach by now, and saving elsewhere must not wait for it.
+  const bool isNear = snapshot.saved != nullptr && snapshot.saved->identity.device == deviceOf(destination);
+  const auto keptFrom = isNear ? snapshot.saved->open() : std::nullopt;
   if (keptFrom) {
     auto written = writeWith(snapshot.saved.get(), &*keptFrom, snapshot, destination, progress);
     if (written) return std::move(*written);
-    // Something other than what was noted stands in the document's file.
-    if (!written.error().isDifferentOnDisk) return because(written.error().reason);
+    if (!written.error().isKeptUnusable) return because(written.error().reason);
   }
   auto written = writeWith(nullptr, nullptr, snapshot, destination, progress);
   if (!written) return because(written.error().reason);

@@ -109,12 +109,14 @@ Described<void> fillRows(ZipReader::Stream& stream, Surface& surface, int firstR
   return {};
 }
 
-Described<void> readHeader(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, const Surface& surface) {
+/// Returns whether the header is the one that this program writes for the surface.
+Described<bool> readHeader(ZipReader::Stream& stream, const ArchiveEntryInfo& entry, const Surface& surface) {
   std::array<std::byte, LayerdataHeader::byteSize> start{};
-  if (auto result = stream.read(start); !result) return result;
+  if (auto result = stream.read(start); !result) return because(result.error());
   const auto header = LayerdataHeader::decode(start);
   if (!header) return because(header.error());
-  return judgeHeader(*header, entry, surface);
+  if (auto judged = judgeHeader(*header, entry, surface); !judged) return because(judged.error());
+  return *header == LayerdataHeader::of(surface.format(), surface.width(), surface.height());
 }
 
 /// A unit of parallel loading: a whole entry, or parts of one that cover whole rows of tiles.
@@ -126,6 +128,7 @@ struct LoadPiece {
   int endRow = 0;
   std::uint64_t size = 0;
   std::uint32_t crc = 0;                 ///< once it is read
+  bool isForeign = false;                ///< with a header of another writer
   std::vector<StoredChunk> chunks = {};  ///< once it is read
 };
 
@@ -160,7 +163,9 @@ Described<void> readPiece(const ZipReader& archive, LoadPiece& piece, Surface* s
                         : archive.streamOfParts(piece.entry, piece.firstPart, piece.partCount);
   if (!stream) return because(stream.error());
   if (surface != nullptr && piece.firstRow == 0) {
-    if (auto result = readHeader(*stream, archive.entries()[piece.entry], *surface); !result) return result;
+    const auto isOwn = readHeader(*stream, archive.entries()[piece.entry], *surface);
+    if (!isOwn) return because(isOwn.error());
+    piece.isForeign = !*isOwn;
   }
   if (surface != nullptr) {
     if (auto result = fillRows(*stream, *surface, piece.firstRow, piece.endRow, progress); !result)
@@ -231,10 +236,11 @@ SavedSurfaces savedSurfaces(const OpenedDocument& opened, const std::vector<Surf
   for (std::size_t i = 0; i < pieces.size();) {
     const std::size_t entry = pieces[i].entry;
     std::vector<StoredChunk> chunks;
+    const bool isForeign = pieces[i].isForeign;
     for (; i < pieces.size() && pieces[i].entry == entry; ++i) {
       chunks.insert(chunks.end(), pieces[i].chunks.begin(), pieces[i].chunks.end());
     }
-    if (destinations[entry] == nullptr || chunks.empty()) continue;
+    if (destinations[entry] == nullptr || chunks.empty() || isForeign) continue;
     surfaces.emplace(opened.archive.entries()[entry].path,
                      SavedSurface::of(*destinations[entry], std::move(chunks)));
   }

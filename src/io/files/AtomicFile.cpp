@@ -13,6 +13,7 @@
 #include <filesystem>
 
 #include "io/files/FileOperations.h"
+#include "io/files/PassingFile.h"
 #include "raster/Background.h"
 
 namespace orvanel {
@@ -26,6 +27,14 @@ constexpr std::int64_t pushBytes = std::int64_t{16} << 20U;
 
 QString systemReason(int error) {
   return QString::fromLocal8Bit(std::strerror(error));
+}
+
+QString writeFailure(int error) {
+  return QStringLiteral("The file can't be written: %1.").arg(systemReason(error));
+}
+
+bool isOutOfRoom(int error) {
+  return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }
 
 /// The file to replace, with symbolic links resolved.
@@ -105,8 +114,7 @@ Described<void> AtomicFile::writeThrough(std::span<const std::byte> bytes, std::
     const ssize_t written = FileOperations::current().writeAt(file_, bytes.data(), bytes.size(), offset);
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) {
-      const int error = written == 0 ? ENOSPC : errno;
-      return because(QStringLiteral("The file can't be written: %1.").arg(systemReason(error)));
+      return because(writeFailure(written == 0 ? ENOSPC : errno));
     }
     bytes = bytes.subspan(static_cast<std::size_t>(written));
     offset += written;
@@ -122,39 +130,58 @@ void AtomicFile::push(std::int64_t end) {
   pushedTo_ = end;
 }
 
-Described<void> AtomicFile::copyThrough(int source, std::int64_t offset, std::uint64_t count) {
-  while (count > 0) {
+Described<AtomicFile::RangeCopy> AtomicFile::copyThrough(int source, std::int64_t offset,
+                                                         std::uint64_t count) {
+  while (count > 0 && mayCopyInKernel_) {
     const ssize_t copied = FileOperations::current().copyRange(source, offset, file_, position_, count);
     if (copied < 0 && errno == EINTR) continue;
-    if (copied <= 0) {
-      const int error = copied == 0 ? EIO : errno;
-      return because(QStringLiteral("The file can't be written: %1.").arg(systemReason(error)));
-    }
-    offset += copied;
-    position_ += copied;
-    count -= static_cast<std::uint64_t>(copied);
+    if (copied < 0 && isOutOfRoom(errno)) return because(writeFailure(errno));
+    // Not every pair of file systems can do this, and a source that can't be read fails here, too.
+    if (copied <= 0) mayCopyInKernel_ = false;
+    const auto done = std::max<ssize_t>(copied, 0);
+    offset += done;
+    position_ += done;
+    count -= static_cast<std::uint64_t>(done);
   }
-  return {};
+  return readAndWrite(source, offset, count);
+}
+
+Described<AtomicFile::RangeCopy> AtomicFile::readAndWrite(int source, std::int64_t offset,
+                                                          std::uint64_t count) {
+  if (buffer_.isEmpty()) buffer_.resizeDiscarding(bufferBytes);
+  while (count > 0) {
+    const auto part = buffer_.span().first(std::min<std::uint64_t>(count, bufferBytes));
+    const ssize_t read = readPassing(source, part, offset);
+    if (read < 0 && errno == EINTR) continue;
+    if (read <= 0) return RangeCopy::sourceUnreadable;
+    const auto bytes = part.first(static_cast<std::size_t>(read));
+    if (auto result = writeThrough(bytes, position_); !result) return because(result.error());
+    offset += read;
+    position_ += read;
+    count -= bytes.size();
+  }
+  return RangeCopy::done;
 }
 
 Described<AtomicFile::RangeCopy> AtomicFile::append(int source, std::int64_t offset, std::uint64_t count) {
   if (position_ != size_) return because(QStringLiteral("The file can't be written beyond its end."));
+  if (count == 0) return RangeCopy::done;
   if (auto result = flush(); !result) return because(result.error());
-  RangeCopy how = RangeCopy::copied;
+  hasCopied_ = true;
   // Sharing works on whole blocks, and on file systems that know how.
-  if (mayShare_ && (offset | position_ | static_cast<std::int64_t>(count)) % sharedBlock == 0) {
+  const bool isOnGrid = (offset | position_ | static_cast<std::int64_t>(count)) % sharedBlock == 0;
+  if (mayShare_ && isOnGrid) {
     mayShare_ = FileOperations::current().shareRange(source, offset, file_, position_, count) == 0;
-    if (mayShare_) how = RangeCopy::shared;
   }
-  if (how == RangeCopy::shared) {
+  if (mayShare_ && isOnGrid) {
     position_ += static_cast<std::int64_t>(count);
-  } else if (auto result = copyThrough(source, offset, count); !result) {
-    return because(result.error());
+  } else if (auto result = copyThrough(source, offset, count); !result || *result != RangeCopy::done) {
+    return result;
   }
   bufferStart_ = position_;
   size_ = position_;
   push(size_);
-  return how;
+  return RangeCopy::done;
 }
 
 Described<void> AtomicFile::flush() {
@@ -196,6 +223,8 @@ Described<void> AtomicFile::closeAndCheck() {
   if (FileOperations::current().sync(file_) != 0) {
     return because(QStringLiteral("The file can't be written to the disk: %1.").arg(systemReason(errno)));
   }
+  // What was copied within the kernel may still be in the cache; it is to be read back from the disk.
+  if (hasCopied_) ::posix_fadvise(file_, 0, 0, POSIX_FADV_DONTNEED);
   const int closing = ::close(file_);
   file_ = -1;
   if (closing != 0) return because(QStringLiteral("The file can't be closed: %1.").arg(systemReason(errno)));
@@ -210,11 +239,20 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   if (auto result = flush(); !result) return result;
   if (auto result = closeAndCheck(); !result) return result;
   if (auto result = verify(temporaryPath_); !result) return result;
+  // Held across the renaming, so that the identity is that of this file whatever happens to the name.
+  const int written = ::open(temporaryPath_.c_str(), O_RDONLY | O_CLOEXEC);
+  const auto identify = [&] {
+    if (written >= 0) committed_ = FileIdentity::of(written);
+    if (written >= 0) ::close(written);
+  };
   if (replace(temporaryPath_, destination_) != 0) {
+    const int reason = errno;
+    identify();
+    errno = reason;
     return because(QStringLiteral("The file can't be replaced: %1.").arg(systemReason(errno)));
   }
   temporaryPath_.clear();
-  committed_ = FileIdentity::of(destination_);
+  identify();
   syncDirectory(std::filesystem::path(destination_).parent_path());
   return {};
 }

@@ -27,9 +27,9 @@ class AtomicFile {
 
   /// Writes at the current position and advances it.
   [[nodiscard]] Described<void> write(std::span<const std::byte> bytes);
-  enum class RangeCopy { shared, copied };
+  enum class RangeCopy { done, sourceUnreadable };
   /// Appends a range of another file: as the same blocks on the disk where the file system can, otherwise
-  /// within the kernel. The position must be at the end.
+  /// within the kernel where that works. The position must be at the end.
   [[nodiscard]] Described<RangeCopy> append(int source, std::int64_t offset, std::uint64_t count);
   /// Sets the position of the next write, at most the end of the file.
   void seek(std::int64_t position) { position_ = position; }
@@ -47,7 +47,8 @@ class AtomicFile {
   AtomicFile(std::string destination, std::string temporaryPath, int file);
   Described<void> flush();
   Described<void> writeThrough(std::span<const std::byte> bytes, std::int64_t offset);
-  Described<void> copyThrough(int source, std::int64_t offset, std::uint64_t count);
+  Described<RangeCopy> copyThrough(int source, std::int64_t offset, std::uint64_t count);
+  Described<RangeCopy> readAndWrite(int source, std::int64_t offset, std::uint64_t count);
   void push(std::int64_t end);
   Described<void> closeAndCheck();
 
@@ -61,6 +62,8 @@ class AtomicFile {
   std::int64_t size_ = 0;
   std::int64_t pushedTo_ = 0;
   bool mayShare_ = true;
+  bool mayCopyInKernel_ = true;
+  bool hasCopied_ = false;
   std::optional<FileIdentity> committed_;
 };
 
