@@ -4,6 +4,7 @@
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
 #include "model/LevelsAdjustment.h"
+#include "panels/controls/DirectSlider.h"
 #include "panels/levels/LevelsWindow.h"
 #include "raster/MemoryBudget.h"
 #include "tools/selection/SelectionGesture.h"
@@ -52,7 +53,8 @@ TEST_F(MenuBarTest, WithoutADocumentOnlyWhatNeedsNoneIsEnabled) {
       if (isItem && action->isEnabled()) enabled.push_back(action->text().toStdString());
     }
   }
-  EXPECT_THAT(enabled, ElementsAre("New...", "Open...", "Quit", "Full Screen", "About Orvanel"));
+  EXPECT_THAT(enabled,
+              ElementsAre("New...", "Open...", "Quit", "Full Screen", "Keyboard Shortcuts", "About Orvanel"));
   for (const char* title : {"RGB 8-bit", "Levels...", "Invert"}) EXPECT_FALSE(isEnabled("Image", title));
 }
 
