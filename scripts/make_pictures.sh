@@ -6,6 +6,8 @@ cd "$(dirname "$0")/.."
 editorProgram=$1
 photo=${2:-}
 source scripts/headless.sh
+# The documentation is in English.
+export LC_ALL=C.UTF-8 LANGUAGE=
 if [[ -z $photo ]]; then
   photo=build/sample.tessel
   python3 scripts/make_sample.py "$photo"

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -107,7 +108,7 @@ ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups, QWidg
   column->addWidget(area);
   // Rolling sideways would separate the keys from what they do.
   const int wide = list->sizeHint().width() + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
-  resize(firstSize.expandedTo({wide, 0}));
+  resize(firstSize.expandedTo({wide, 0}).boundedTo(screen()->availableSize()));
 }
 
 }  // namespace orvanel
