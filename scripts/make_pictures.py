@@ -108,7 +108,7 @@ class Desk:
     def keys(self, *names):
         for name in names:
             run("xdotool", "key", name)
-            time.sleep(0.15)
+            time.sleep(0.25)
 
     def point(self, x, y):
         run("xdotool", "mousemove", "--window", self.window, *self.pixels(x, y))
