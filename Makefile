@@ -10,7 +10,6 @@ JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 30
 BENCH_ARGS ?=
 FILES ?=
-PHOTO ?=
 export FUZZ_SECONDS
 
 RELEASE := build/release
@@ -33,7 +32,7 @@ help:
 	@echo 'make lint             check formatting and includes, run clang-tidy'
 	@echo 'make package          make a Debian package in build/package/'
 	@echo 'make sample           write the sample document to build/sample.tessel'
-	@echo 'make pictures         take the screenshots and draw the overlays in docs/ (PHOTO="...")'
+	@echo 'make pictures         take the screenshots and draw the overlays in docs/'
 	@echo 'make translations     bring the translations up to date with the sources'
 	@echo 'make setup            only install the dependencies'
 
@@ -79,7 +78,7 @@ package: setup $(RELEASE)/build.ninja
 pictures: setup $(RELEASE)/build.ninja
 	@$(call compile,$(RELEASE)) --target orvanel overlay_pictures
 	@$(RELEASE)/tests/canvas/overlay_pictures docs/overlays
-	@scripts/make_pictures.sh $(RELEASE)/src/app/orvanel "$(PHOTO)"
+	@python3 scripts/make_pictures.py $(RELEASE)/src/app/orvanel
 
 translations: setup $(RELEASE)/build.ninja
 	@$(call compile,$(RELEASE)) --target translations

@@ -108,7 +108,7 @@ class Desk:
     def keys(self, *names):
         for name in names:
             run("xdotool", "key", name)
-            time.sleep(0.15)
+            time.sleep(0.25)
 
     def point(self, x, y):
         run("xdotool", "mousemove", "--window", self.window, *self.pixels(x, y))
@@ -160,17 +160,22 @@ class Desk:
     def take_dialog(self, name, *openers):
         """Opens a dialog by keys, takes its picture and closes it again."""
         self.keys(*openers)
-        self.take_active(name)
-        self.keys("Escape")
-        time.sleep(0.3)
+        self.take_open(name)
+        self.close_dialog()
 
-    def take_active(self, name):
+    def close_dialog(self):
+        # Panels that float above the window don't take the focus by themselves.
+        run("xdotool", "windowfocus", self.find_dialog())
+        time.sleep(0.2)
+        self.keys("Escape")
+        until(lambda: self.find_dialog() is None, "the dialog to close")
+
+    def take_open(self, name):
         dialog = until(self.find_dialog, f"the window for {name}")
         self.rest_pointer()
         self.take(name, window=dialog)
 
     def find_dialog(self):
-        # Panels that float above the window need not be active.
         found = self.find_windows()
         return next((window for window in found if window != self.window), None)
 
@@ -227,8 +232,8 @@ def take_dialogs(desk):
     desk.take_dialog("shortcuts", "F1")
     desk.take_dialog("about", "alt+h", "Down", "Return")
     desk.click(*SWATCH)
-    desk.take_active("color-picker")
-    desk.keys("Escape")
+    desk.take_open("color-picker")
+    desk.close_dialog()
 
 
 def take_all(editor, scale, home):
@@ -244,16 +249,15 @@ def take_all(editor, scale, home):
         take_tools(desk)
         take_menus(desk)
         take_dialogs(desk)
-        desk.keys("ctrl+d", "alt+BackSpace", "ctrl+w")
-        desk.take_active("unsaved")
-        desk.keys("alt+d")
-        time.sleep(0.5)
-        desk.take("empty")
         for width, height in ((1280, 720), (1000, 640)):
-            desk.keys("ctrl+o")
-            desk.keys("Escape")
             desk.resize(width, height)
             desk.take(f"window-{width}x{height}")
+        desk.resize(*WINDOW)
+        desk.keys("ctrl+d", "alt+BackSpace", "ctrl+w")
+        desk.take_open("unsaved")
+        desk.keys("Tab", "space")
+        until(lambda: desk.find_dialog() is None, "the dialog to close")
+        desk.take("empty")
 
 
 def main():

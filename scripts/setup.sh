@@ -21,7 +21,7 @@ packages=(
   # Making a package, and judging it
   dpkg-dev librsvg2-bin lintian desktop-file-utils appstream libxml2-utils shared-mime-info groff-base
   # Running without a display and taking pictures of it
-  xvfb xauth xdotool weston imagemagick fonts-dejavu-core python3
+  xvfb xauth xdotool openbox weston imagemagick fonts-dejavu-core python3
 )
 
 # dpkg-query fails if it doesn't know one of the packages.

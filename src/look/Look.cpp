@@ -50,7 +50,8 @@ QPalette palette() {
   palette.setColor(QPalette::HighlightedText, color::onAccent);
   palette.setColor(QPalette::Link, color::accent);
   palette.setColor(QPalette::LinkVisited, color::accent);
-  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+  for (const auto role :
+       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText}) {
     palette.setColor(QPalette::Disabled, role, color::disabledText);
   }
   palette.setColor(QPalette::Disabled, QPalette::Highlight, color::divider);

@@ -25,11 +25,6 @@ bool isSandboxed() {
 
 FilePanel::FilePanel(const QString& title, const QString& folder, const char* sizeKey, QWidget* parent)
     : QFileDialog(parent, title, folder), sizeKey_(sizeKey) {
-  if (auto* list = findChild<QTreeView*>(QStringLiteral("treeView"))) {
-    // Dates, sizes and kinds in full; names get the rest.
-    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-  }
   const QSize remembered = UserDefaults().value(sizeKey_).toSize();
   resize(remembered.isValid() ? remembered : firstSize);
   // Names need the width more than what the extension already says.
