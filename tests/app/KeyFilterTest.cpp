@@ -8,6 +8,7 @@
 #include "AppFixture.h"
 #include "app/KeyHandlerView.h"
 #include "canvas/CanvasPaneView.h"
+#include "panels/controls/DirectSlider.h"
 #include "panels/levels/LevelsWindow.h"
 
 namespace orvanel {

@@ -4,6 +4,7 @@
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
 #include "model/LevelsAdjustment.h"
+#include "panels/controls/DirectSlider.h"
 #include "panels/levels/LevelsWindow.h"
 #include "raster/MemoryBudget.h"
 #include "tools/selection/SelectionGesture.h"
