@@ -22,6 +22,8 @@ packages=(
   dpkg-dev librsvg2-bin lintian desktop-file-utils appstream libxml2-utils shared-mime-info groff-base
   # Running without a display and taking pictures of it
   xvfb xauth xdotool openbox weston imagemagick fonts-dejavu-core python3
+  # Using it as assistive technology does
+  dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi
 )
 
 # dpkg-query fails if it doesn't know one of the packages.

@@ -102,11 +102,19 @@ void ContentView::layOut() {
   row->addWidget(splitter_, 1);
   window->addLayout(row, 1);
 
-  auto* next = new QShortcut(QKeySequence(Qt::Key_F6), this);
-  connect(next, &QShortcut::activated, this, [this] { focusNextArea(); });
+  addFocusKeys();
 }
 
-/// Tab belongs to the documents, so the areas of the window have a key of their own.
+/// Tab belongs to the documents, so the areas of the window and their controls have keys of their own.
+void ContentView::addFocusKeys() {
+  const auto addKey = [this](const QKeyCombination& key, const std::function<void()>& action) {
+    connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, action);
+  };
+  addKey(Qt::Key_F6, [this] { focusNextArea(); });
+  addKey(Qt::CTRL | Qt::Key_F6, [this] { focusNextChild(); });
+  addKey(Qt::CTRL | Qt::SHIFT | Qt::Key_F6, [this] { focusPreviousChild(); });
+}
+
 void ContentView::focusNextArea() {
   const std::array<QWidget*, 4> areas{&canvasPane_->canvasView().container().mtkView(), panels_.options,
                                       panels_.palette, panels_.inspector};

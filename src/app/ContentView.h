@@ -53,6 +53,7 @@ class ContentView : public QWidget {
 
  private:
   void layOut();
+  void addFocusKeys();
   void focusNextArea();
   void connectTabBar();
   void connectPlaceholder();

@@ -7,12 +7,13 @@
 namespace orvanel {
 namespace {
 
-/// Tells assistive technology that the canvas is a group, not a control.
-QAccessibleInterface* makeAccessible(const QString& className, QObject* object) {
-  (void)className;
-  auto* container = dynamic_cast<CanvasContainerView*>(object);
-  if (container == nullptr) return nullptr;
-  return new QAccessibleWidget(container, QAccessible::Grouping, container->accessibleName());
+/// Tells assistive technology that the view is a picture to work in, in a group with its indicators.
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+  if (auto* container = dynamic_cast<CanvasContainerView*>(object)) {
+    return new QAccessibleWidget(container, QAccessible::Grouping);
+  }
+  auto* view = dynamic_cast<ScrollableMTKView*>(object);
+  return view != nullptr ? new QAccessibleWidget(view, QAccessible::Canvas) : nullptr;
 }
 
 }  // namespace
@@ -29,6 +30,7 @@ CanvasContainerView::CanvasContainerView(CanvasRenderer& renderer, ToolState& to
   setObjectName(QStringLiteral("canvas"));
   setAccessibleName(tr("canvas"));
   setFocusProxy(mtkView_);
+  mtkView_->setAccessibleName(QCoreApplication::translate("canvas", "Canvas"));
   mtkView_->onScrollChanged = [this] { refreshIndicators(); };
   horizontalIndicator_->onValueChanged = [this](double) { scrollFromIndicators(); };
   verticalIndicator_->onValueChanged = [this](double) { scrollFromIndicators(); };

@@ -27,7 +27,9 @@ class RecentCard : public QAbstractButton {
     setCursor(Qt::PointingHandCursor);
     setText(entry_.name);
     // Names are data: a tooltip would take them for markup.
-    setToolTip(QStringLiteral("<span>%1</span>").arg(QDir::toNativeSeparators(entry_.path).toHtmlEscaped()));
+    const QString place = QDir::toNativeSeparators(entry_.path);
+    setToolTip(QStringLiteral("<span>%1</span>").arg(place.toHtmlEscaped()));
+    setAccessibleDescription(place);
     setAccessibleName(RecentFilesView::tr("Open %1").arg(entry_.name));
     resize(sizeHint());
   }

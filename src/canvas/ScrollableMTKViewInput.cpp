@@ -1,3 +1,4 @@
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -29,7 +30,9 @@ constexpr std::uint32_t keyModifiers =
 constexpr std::uint32_t zoomModifiers = modifier::option | modifier::command;
 
 bool isTextInput(const QWidget* widget) {
-  return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled);
+  // A list whose rows can be edited takes input methods too, but its text is typed in a field of its own.
+  const bool isList = qobject_cast<const QAbstractItemView*>(widget) != nullptr;
+  return widget != nullptr && !isList && widget->testAttribute(Qt::WA_InputMethodEnabled);
 }
 
 }  // namespace

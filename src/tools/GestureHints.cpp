@@ -61,11 +61,21 @@ constexpr std::array pointing{
                 QT_TRANSLATE_NOOP("gestures", "Show a part, or zoom by dragging")},
 };
 
+// Tab steps through the documents.
+constexpr std::array focus{
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "F6"),
+                QT_TRANSLATE_NOOP("gestures", "Next area of the window")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+F6"), QT_TRANSLATE_NOOP("gestures", "Next control")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+Shift+F6"),
+                QT_TRANSLATE_NOOP("gestures", "Previous control")},
+};
+
 constexpr std::array groups{
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Canvas"), view},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Selection tools"), selection},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Move and Free Transform"), transform},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Eyedropper and Zoom"), pointing},
+    GestureGroup{QT_TRANSLATE_NOOP("gestures", "Keyboard focus"), focus},
 };
 
 }  // namespace

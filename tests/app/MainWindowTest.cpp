@@ -370,6 +370,7 @@ TEST_F(MainWindowTest, TheListOfShortcutsIsThatOfTheMenusKeysAndTools) {
   EXPECT_EQ(keysFor("Tools and single keys", "Clear"), "Backspace or Del");
   EXPECT_EQ(keysFor("Tools and single keys", "Fill with the foreground color"), "Alt+Backspace");
   EXPECT_EQ(keysFor("Selection tools", "Add to the selection"), "Shift");
+  EXPECT_EQ(keysFor("Keyboard focus", "Next control"), "Ctrl+F6");
 }
 
 TEST_F(MainWindowTest, TheFirstWindowLeavesPlaceForItsTitleBar) {

@@ -53,19 +53,31 @@ def test_picture(seed):
 class Screen:
     """A virtual screen of its own."""
 
+    SIZE = "1280 800"
+
     def __enter__(self):
+        # Servers that start at the same moment may choose the same number, and only one of them gets it.
+        until(self._start, "a virtual screen")
+        os.environ.pop("WAYLAND_DISPLAY", None)
+        os.environ["QT_QPA_PLATFORM"] = "xcb"
+        return self
+
+    def _start(self):
         numbers, writer = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", self.SIZE.replace(" ", "x") + "x24",
+             "-nolisten", "tcp"],
             pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(numbers) as source:
             number = source.readline().strip()
         assert number, "the virtual screen did not start"
         os.environ["DISPLAY"] = f":{number}"
-        os.environ.pop("WAYLAND_DISPLAY", None)
-        os.environ["QT_QPA_PLATFORM"] = "xcb"
-        return self
+        answer = subprocess.run(["xdotool", "getdisplaygeometry"], capture_output=True, text=True, check=False)
+        if answer.stdout.strip() == self.SIZE:
+            return True
+        self.__exit__()
+        return False
 
     def __exit__(self, *_):
         self.server.terminate()

@@ -99,7 +99,10 @@ void CanvasSizeDialog::addAnchorGrid() {
     group->addButton(button, place);
     cells->addWidget(button, place / sideOfGrid, place % sideOfGrid);
   }
-  connect(group, &QButtonGroup::idClicked, this, &CanvasSizeDialog::anchorClicked);
+  // Assistive technology toggles where the mouse clicks.
+  connect(group, &QButtonGroup::idToggled, this, [this](int place, bool isOn) {
+    if (isOn) anchorClicked(place);
+  });
   grid().addLayout(cells, 4, 1, 1, 3, Qt::AlignLeft | Qt::AlignTop);
   showAnchor();
 }

@@ -54,8 +54,9 @@ void DocumentTab::setSelected(bool selected) {
 void DocumentTab::documentChanged() {
   const QString name = shownName();
   // Tooltips interpret markup, and names may contain anything.
-  setToolTip(
-      QStringLiteral("<span>%1</span>").arg(document->sourceFileURL.value().value_or(name).toHtmlEscaped()));
+  const QString place = document->sourceFileURL.value().value_or(name);
+  setToolTip(QStringLiteral("<span>%1</span>").arg(place.toHtmlEscaped()));
+  setAccessibleDescription(place);
   setAccessibleName(showsDirtyDot() ? tr("%1, unsaved changes").arg(name) : name);
   closeButton_->setAccessibleName(tr("Close %1").arg(name));
   if (onWidthChanged) onWidthChanged();

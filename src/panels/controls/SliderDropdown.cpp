@@ -10,12 +10,14 @@
 #include <QSignalBlocker>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "look/Look.h"
 #include "panels/controls/AccessibleSliderDropdown.h"
 #include "panels/controls/DirectSlider.h"
 #include "panels/controls/SliderPanel.h"
 #include "panels/controls/SymbolButton.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 
@@ -218,8 +220,12 @@ void SliderDropdown::commitText() {
 void SliderDropdown::closeField() {
   const bool hadFocus = window()->focusWidget() == field_;
   field_->hide();
-  if (hadFocus && previousFocus_ != nullptr) previousFocus_->setFocus(Qt::OtherFocusReason);
-  previousFocus_ = nullptr;
+  const QPointer<QWidget> previous = std::exchange(previousFocus_, nullptr);
+  if (!hadFocus) return;
+  // The field of another control may have closed meanwhile.
+  if (previous != nullptr && previous->isVisible()) previous->setFocus(Qt::OtherFocusReason);
+  // Who works with keys stays at the control; a click has only borrowed the canvas's keyboard.
+  if (previous != this) NotificationCenter::standard().post(notification::focusCanvas);
 }
 
 void SliderDropdown::endEditing() {

@@ -12,6 +12,7 @@
 #include "look/Look.h"
 #include "panels/controls/RowPainting.h"
 #include "panels/controls/RowScrollBar.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 
@@ -242,6 +243,13 @@ void LayerNSOutlineView::beginRename(const QModelIndex& index) {
   }
 }
 
+void LayerNSOutlineView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+  const bool hadFocus = editor != nullptr && editor->hasFocus();
+  QTreeView::closeEditor(editor, hint);
+  // Who works with keys stays in the list; a double click has only borrowed the canvas's keyboard.
+  if (hadFocus && !isUsedByKeys_) NotificationCenter::standard().post(notification::focusCanvas);
+}
+
 // The pointer.
 
 void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
@@ -366,12 +374,13 @@ void LayerNSOutlineView::focusInEvent(QFocusEvent* event) {
 }
 
 void LayerNSOutlineView::keyPressEvent(QKeyEvent* event) {
+  // Keys that the field of a name leaves come here as well.
+  if (isEditing()) return QTreeView::keyPressEvent(event);
   const QModelIndex current = currentIndex();
   isUsedByKeys_ = true;
   update(current);
   const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
-  // Keys that the field of a name leaves come here as well.
-  if (!current.isValid() || isEditing()) return QTreeView::keyPressEvent(event);
+  if (!current.isValid()) return QTreeView::keyPressEvent(event);
   if (event->key() == Qt::Key_Space && modifiers == Qt::ShiftModifier) {
     return coordinator_.pushButton(current, LayerRowPart::lock);
   }

@@ -276,7 +276,7 @@ QString LayerTreeModel::spokenText(const LayerNode& node, int column) const {
     case visibilityColumn:
       return node.isVisible().value() ? tr("Visible") : tr("Hidden");
     case linkColumn:
-      if (layer == nullptr || layer->mask.value() == nullptr) return {};
+      if (layer == nullptr || layer->mask.value() == nullptr) return tr("No mask");
       return layer->isMaskLinked.value() ? tr("Linked") : tr("Unlinked");
     case lockColumn:
       return node.isLocked().value() ? tr("Locked") : tr("Unlocked");

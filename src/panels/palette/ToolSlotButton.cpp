@@ -13,6 +13,7 @@
 #include "look/Look.h"
 #include "look/Symbol.h"
 #include "look/TranslatedName.h"
+#include "panels/palette/AccessibleToolSlot.h"
 
 namespace orvanel {
 
@@ -68,6 +69,7 @@ QPolygonF variantTriangle(const QRectF& face) {
 
 ToolSlotButton::ToolSlotButton(ToolSlot slot, ToolState& toolState, QWidget* parent)
     : QAbstractButton(parent), slot_(std::move(slot)), toolState_(toolState) {
+  AccessibleToolSlot::install();
   setCheckable(true);
   // A click leaves the keyboard with the canvas.
   setFocusPolicy(Qt::TabFocus);
@@ -77,7 +79,7 @@ ToolSlotButton::ToolSlotButton(ToolSlot slot, ToolState& toolState, QWidget* par
   holdTimer_.setSingleShot(true);
   holdTimer_.setInterval(holdTime);
   connect(&holdTimer_, &QTimer::timeout, this, &ToolSlotButton::openMenu);
-  // Keys and assistive tools click; the mouse has rules of its own.
+  // Keys and assistive technology click; the mouse has rules of its own.
   connect(this, &QAbstractButton::clicked, this, [this] { toolState_.selectTool(shownTool()); });
   const auto changed = [this] { followToolState(); };
   notifiers_ = {toolState_.toolStack.addNotifier(changed), toolState_.selectedVariants.addNotifier(changed)};

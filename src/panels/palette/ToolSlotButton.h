@@ -28,6 +28,8 @@ class ToolSlotButton : public QAbstractButton {
   [[nodiscard]] QTimer& holdTimer() { return holdTimer_; }
   /// The group's tools; null for a single tool.
   [[nodiscard]] QMenu* menu() const { return menu_; }
+  /// For a group.
+  void openMenu();
 
   [[nodiscard]] QSize sizeHint() const override;
 
@@ -44,7 +46,6 @@ class ToolSlotButton : public QAbstractButton {
 
  private:
   void makeMenu();
-  void openMenu();
   void followToolState();
   /// Forgets a press whose release won't come or mustn't count.
   void dropPress();

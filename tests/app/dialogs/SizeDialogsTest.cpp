@@ -1,6 +1,7 @@
 // The dialogs that ask for a size, as widgets: what they propose, and how their controls follow each other.
 #include <gmock/gmock.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -164,6 +165,13 @@ TEST_F(CanvasSizeDialogTest, TheNeighboursOfTheAnchorPointAtIt) {
   EXPECT_EQ(dialog.entry().anchorY, 0);
   EXPECT_THAT(cells(), ElementsAre("·", "↘", "↓", "·", "→", "●", "·", "↗", "↑"));
   for (std::size_t tag = 0; tag < 9; ++tag) EXPECT_EQ(dialog.anchorButtons.at(tag)->isChecked(), tag == 5);
+}
+
+TEST_F(CanvasSizeDialogTest, AssistiveTechnologyMovesTheAnchor) {
+  QAccessibleInterface* corner = QAccessible::queryAccessibleInterface(dialog.anchorButtons[0]);
+  corner->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+  EXPECT_EQ(dialog.entry().anchorX, -1);
+  EXPECT_EQ(dialog.entry().anchorY, -1);
 }
 
 TEST_F(CanvasSizeDialogTest, TheArrowKeysMoveTheAnchor) {

@@ -280,6 +280,17 @@ TEST_F(ToolPalettePaneTest, AssistiveToolsSeeNamesAndWhatIsSelected) {
   EXPECT_FALSE(hand->state().checked);
 }
 
+TEST_F(ToolPalettePaneTest, AssistiveToolsChooseAToolAndAskForAGroupsTools) {
+  const auto doAction = [](QWidget& button, const QString& action) {
+    QAccessible::queryAccessibleInterface(&button)->actionInterface()->doAction(action);
+  };
+  doAction(buttonOf(Tool::zoom), QAccessibleActionInterface::pressAction());
+  EXPECT_THAT(selectedTools(), ElementsAre(Tool::zoom));
+  EXPECT_EQ(tools.currentTool(), Tool::zoom);
+  doAction(marquees, QAccessibleActionInterface::showMenuAction());
+  EXPECT_TRUE(marquees.menu()->isVisible());
+}
+
 TEST_F(ToolPalettePaneTest, TheTooltipShowsAtOnceWithNameAndKey) {
   const ActiveTooltipView& tip = pane.tooltip().view();
   EXPECT_FALSE(tip.isVisible());
