@@ -81,6 +81,13 @@ Maske und Pixel bewegen sich unabhängig voneinander.</translation>
     </message>
 </context>
 <context>
+    <name>canvas</name>
+    <message>
+        <source>Canvas</source>
+        <translation>Arbeitsfläche</translation>
+    </message>
+</context>
+<context>
     <name>gestures</name>
     <message>
         <source>Wheel</source>
@@ -269,6 +276,34 @@ Maske und Pixel bewegen sich unabhängig voneinander.</translation>
     <message>
         <source>Eyedropper and Zoom</source>
         <translation>Pipette und Zoom</translation>
+    </message>
+    <message>
+        <source>F6</source>
+        <translation>F6</translation>
+    </message>
+    <message>
+        <source>Next area of the window</source>
+        <translation>Nächster Bereich des Fensters</translation>
+    </message>
+    <message>
+        <source>Ctrl+F6</source>
+        <translation>Strg+F6</translation>
+    </message>
+    <message>
+        <source>Next control</source>
+        <translation>Nächstes Bedienelement</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+F6</source>
+        <translation>Strg+Umschalt+F6</translation>
+    </message>
+    <message>
+        <source>Previous control</source>
+        <translation>Vorheriges Bedienelement</translation>
+    </message>
+    <message>
+        <source>Keyboard focus</source>
+        <translation>Tastaturfokus</translation>
     </message>
 </context>
 <context>
@@ -1367,6 +1402,10 @@ Klicken, um eine andere zu wählen</translation>
         <source>Lock</source>
         <translation>Sperre</translation>
     </message>
+    <message>
+        <source>No mask</source>
+        <translation>Keine Maske</translation>
+    </message>
 </context>
 <context>
     <name>orvanel::LevelsContentView</name>
@@ -2196,6 +2235,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The image is larger than %1 pixels on a side.</source>
         <translation>Eine Seite des Bildes ist länger als %1 Pixel.</translation>
+    </message>
+    <message>
+        <source>The document&apos;s file can&apos;t be read.</source>
+        <translation>Die Datei des Dokuments kann nicht gelesen werden.</translation>
     </message>
 </context>
 </TS>

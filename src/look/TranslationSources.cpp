@@ -107,6 +107,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The document has no preview."),
     QT_TRANSLATE_NOOP("sentences", "The document has two nodes with the same id."),
     QT_TRANSLATE_NOOP("sentences", "The document's canvas is not between 1 and 16384 pixels on a side."),
+    QT_TRANSLATE_NOOP("sentences", "The document's file can't be read."),
     QT_TRANSLATE_NOOP("sentences", "The drawing can't be unpacked."),
     QT_TRANSLATE_NOOP("sentences", "The drawing's compressed data is damaged."),
     QT_TRANSLATE_NOOP("sentences", "The file can't be written beyond its end."),
