@@ -169,8 +169,7 @@ Described<bool> InflateStream::isPartAtEnd() {
     const auto moved = step({&beyond, 1}, made);
     if (!moved) return because(moved.error());
     if (made != 0) return false;
-    // Between two blocks.
-    if (!*moved) return state_->block_state == ISAL_BLOCK_NEW_HDR;
+    if (!*moved) return true;
   }
   return false;
 }
