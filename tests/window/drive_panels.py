@@ -73,6 +73,12 @@ class Hand:
         self.row(new_name, "SELECTED")
         until(lambda: canvas.has("FOCUSED"), "the keyboard back at the canvas")
 
+    def accept_dialog(self):
+        self.editor.keys("Return")
+        until(lambda: not self.app.find_all("text", "Width"), "the dialog's end")
+        # There is no window manager that would give the keyboard back.
+        run("xdotool", "windowfocus", "--sync", self.editor.window)
+
     def eyes(self):
         return self.app.find_all("table cell", "Visible") + self.app.find_all("table cell", "Hidden")
 
@@ -188,8 +194,7 @@ def enter_sizes(hand, compare):
     hand.app.find("text", "Width", "FOCUSED")
     hand.type_number(120)
     until(lambda: hand.app.find("text", "Height").text == "90", "the height that goes with the width")
-    hand.editor.keys("Return")
-    until(lambda: not hand.app.find_all("text", "Width"), "the dialog's end")
+    hand.accept_dialog()
     step = {"do": "imageSize", "width": 120, "height": 90, "method": 0}
     check(compare.after(hand.editor, step), "the image's size")
 
@@ -201,8 +206,7 @@ def enter_sizes(hand, compare):
     hand.editor.keys("Tab")
     hand.app.find("text", "Height", "FOCUSED")
     hand.type_number(100)
-    hand.editor.keys("Return")
-    until(lambda: not hand.app.find_all("text", "Width"), "the dialog's end")
+    hand.accept_dialog()
     step = {"do": "canvasSize", "width": 150, "height": 100, "anchorX": -1, "anchorY": -1}
     check(compare.after(hand.editor, step), "the canvas's size")
 
