@@ -56,8 +56,8 @@ void DocumentFiles::newDocument() {
   const std::optional<QSize> size = allowedSize(typedNumber(entry->width), typedNumber(entry->height));
   if (!size) return dialogs_.showInvalidDimensions();
   const ColorMode mode = colorModeFromRaw(entry->colorModeIndex).value_or(ColorMode::rgb8);
-  const DocumentPtr document = Document::create(look::translatedName(QStringLiteral("Untitled")), size->width(),
-                                                size->height(), mode, appState_.metalContext);
+  const DocumentPtr document = Document::create(look::translatedName(QStringLiteral("Untitled")),
+                                                size->width(), size->height(), mode, appState_.metalContext);
   NotificationCenter::standard().post(notification::createdNewDocument, document);
 }
 
