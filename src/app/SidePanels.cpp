@@ -26,7 +26,8 @@ SidePanels::SidePanels(AppState& appState, QWidget* parent)
 
 void SidePanels::setDocument(const DocumentPtr& document) {
   // A colour that is being chosen belongs to the document that was active.
-  if (colorPicker_ != nullptr && colorPicker_->isVisible() && document != palette->document()) {
+  if (colorPicker_ != nullptr && colorPicker_->isVisible() &&
+      (document == nullptr || document != palette->document())) {
     colorPicker_->accept();
   }
   options->setDocument(document);

@@ -18,7 +18,7 @@ std::shared_ptr<Layer> layerOf(const Document& document, const QUuid& nodeID) {
 }  // namespace
 
 void Document::setOpacity(const QUuid& nodeID, float opacity) {
-  DocumentEdit edit(*this, editKind::opacity);
+  DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
   if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;
@@ -46,7 +46,7 @@ void Document::rename(const QUuid& nodeID, const QString& newName) {
 }
 
 void Document::setVisible(const QUuid& nodeID, bool isVisible) {
-  DocumentEdit edit(*this, editKind::property);
+  DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->isVisible().value() == isVisible) return;
   if (!edit.admits(editCost::ofFlattening(*this))) return;
@@ -55,7 +55,7 @@ void Document::setVisible(const QUuid& nodeID, bool isVisible) {
 }
 
 void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {
-  DocumentEdit edit(*this, editKind::property);
+  DocumentEdit edit(*this, editKind::shownProperty);
   if (!edit.admits(editCost::ofFlattening(*this))) return;
   std::vector<BatchVisibilityChangeOperation::Change> changes;
   std::set<QUuid> seen;

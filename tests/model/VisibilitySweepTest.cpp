@@ -53,6 +53,18 @@ TEST_F(VisibilitySweepTest, ShowsAtOnceAndIsKeptAsOneStep) {
   EXPECT_FALSE(isVisible("c"));
 }
 
+TEST_F(VisibilitySweepTest, EndsBeforeAnotherChangeOfVisibility) {
+  VisibilitySweep sweep(document, false);
+  sweep.add(idOf(*document, "a"));
+  document->setVisible(idOf(*document, "a"), true);
+  sweep.end();
+  EXPECT_EQ(newRecords(), 2U);
+  document->undo();
+  EXPECT_FALSE(isVisible("a"));
+  document->undo();
+  EXPECT_TRUE(isVisible("a"));
+}
+
 TEST_F(VisibilitySweepTest, OfASingleNodeIsAChangeOfThatNode) {
   VisibilitySweep sweep(document, true);
   sweep.add(idOf(*document, "b"));

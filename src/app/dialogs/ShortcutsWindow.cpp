@@ -1,5 +1,6 @@
 #include "app/dialogs/ShortcutsWindow.h"
 
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>

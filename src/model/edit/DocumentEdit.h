@@ -44,8 +44,8 @@ inline constexpr EditKind addition{true, true, true, EndsOpenEdits::none, true};
 inline constexpr EditKind order{false, false, false, EndsOpenEdits::none};
 /// One property of a node, which the compositor detects by its hash.
 inline constexpr EditKind property{true, false, false, EndsOpenEdits::none};
-/// The same for an opacity, which an open edit may be showing.
-inline constexpr EditKind opacity{true, false, false, EndsOpenEdits::ofTheProperties};
+/// The same for opacity and visibility, which an open edit may be showing.
+inline constexpr EditKind shownProperty{true, false, false, EndsOpenEdits::ofTheProperties};
 inline constexpr EditKind selection{false, false, false, EndsOpenEdits::ofTheSelection, true};
 /// A step through the history.
 inline constexpr EditKind history{true, true, true, EndsOpenEdits::all};

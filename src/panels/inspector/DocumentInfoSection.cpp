@@ -54,6 +54,8 @@ void DocumentInfoSection::setDocument(const DocumentPtr& document) {
 void DocumentInfoSection::follow(const DocumentChanges& changes) {
   using change::FileStateChanged;
   using change::ViewChanged;
+  // An earlier observer may have dropped the document.
+  if (document_.expired()) return;
   if (contains<change::CanvasChanged>(changes)) showCanvas();
   if (containsAny<FileStateChanged>(changes, FileProperty::source)) showSource();
   if (contains<change::NodeInserted>(changes) || contains<change::NodeRemoved>(changes)) showLayers();

@@ -33,7 +33,8 @@ LevelsWindow::~LevelsWindow() {
 void LevelsWindow::openFor(const DocumentPtr& document) {
   const std::shared_ptr<Layer> layer = document->activeLayer();
   if (layer == nullptr) return;
-  if (adjustment_ && adjustment_->isOpen() && adjustment_->layerID() == layer->id) {
+  if (adjustment_ && adjustment_->isOpen() && adjustment_->layerID() == layer->id &&
+      document_.lock() == document) {
     raise();
     return;
   }
