@@ -30,7 +30,7 @@ class ColorPickerContentView : public QWidget {
   explicit ColorPickerContentView(ColorPickerModel& model, QWidget* parent = nullptr);
 
   /// What the colour is for.
-  void setName(const QString& name);
+  void setName(const QString& text);
 
   /// The model has changed; may be told more than once of one change.
   std::function<void(const DisplayColor&)> onChange;

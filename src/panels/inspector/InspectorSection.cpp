@@ -1,6 +1,7 @@
 #include "panels/inspector/InspectorSection.h"
 
 #include <QAbstractButton>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPainter>
