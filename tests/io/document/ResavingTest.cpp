@@ -46,7 +46,7 @@ class ForgetfulDisk final : public CountingDisk {
                     std::size_t count) override {
     copied += static_cast<std::int64_t>(count);
     const std::vector<char> zeros(count);
-    return FileOperations::writeAt(to, zeros.data(), count, toOffset);
+    return CountingDisk::writeAt(to, zeros.data(), count, toOffset);
   }
 };
 

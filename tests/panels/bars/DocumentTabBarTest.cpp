@@ -1,4 +1,5 @@
 #include "panels/bars/DocumentTabBar.h"
+#include "panels/bars/FolderOpener.h"
 
 #include <gmock/gmock.h>
 
@@ -180,20 +181,6 @@ TEST_F(DocumentTabBarTest, TheLastButtonRequestsANewDocument) {
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("new"), QUuid())));
 }
 
-/// Receives the folders that the desktop is asked to show.
-class FolderOpener : public QObject {
-  Q_OBJECT
-
- public:
-  FolderOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-  ~FolderOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-  QList<QUrl> opened;
-
- public Q_SLOTS:
-  void open(const QUrl& url) { opened << url; }
-};
-
 TEST_F(DocumentTabBarTest, TheContainingFolderOfASavedDocumentCanBeOpened) {
   showDocuments(1);
   FolderOpener desktop;
@@ -354,5 +341,3 @@ TEST_F(DocumentTabBarTest, ScreenReadersSeeAListOfTabs) {
 
 }  // namespace
 }  // namespace orvanel
-
-#include "DocumentTabBarTest.moc"
