@@ -16,9 +16,8 @@ constexpr std::size_t mostFieldBytes = 65000;
 std::vector<std::byte> encodedParts(const std::vector<EntryPart>& parts) {
   static_assert(sizeof(EntryPart) == partBytes);
   if (parts.size() * partBytes > mostFieldBytes) return {};
-  std::vector<std::byte> field(parts.size() * partBytes);
-  std::memcpy(field.data(), parts.data(), field.size());
-  return field;
+  const std::span<const std::byte> bytes = std::as_bytes(std::span(parts));
+  return {bytes.begin(), bytes.end()};
 }
 
 std::vector<EntryPart> decodedParts(std::span<const std::byte> field, std::uint64_t size,

@@ -118,7 +118,7 @@ void ChannelListView::mousePressEvent(QMouseEvent* event) {
   const int row = index.row();
   setCurrentIndex(index);
   if (eyeOf(row).contains(point)) {
-    sweep_ = Sweep{.isVisible = !model_.isVisible(row), .lastRow = row};
+    sweep_ = Sweep{.isVisible = model_.toggled(row), .lastRow = row};
     sweepOver(row);
   } else if (thumbnailOf(row).contains(point) && event->modifiers().testFlag(Qt::ControlModifier)) {
     model_.loadAsSelection(row);

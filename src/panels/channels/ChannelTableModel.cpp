@@ -142,8 +142,12 @@ void ChannelTableModel::setVisible(int row, bool isVisible) const {
   document->setChannelVisibility(changed);
 }
 
+bool ChannelTableModel::toggled(int row) const {
+  return row == imageRow ? visibility() != allOn : !isVisible(row);
+}
+
 void ChannelTableModel::toggleVisibility(int row) const {
-  setVisible(row, row == imageRow ? visibility() != allOn : !isVisible(row));
+  setVisible(row, toggled(row));
 }
 
 void ChannelTableModel::showAlone(int row) const {

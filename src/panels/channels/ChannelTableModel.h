@@ -25,6 +25,8 @@ class ChannelTableModel : public QAbstractListModel {
   void setVisible(int row, bool isVisible) const;
   /// The eye: the first row turns all lanes off when all are on, and otherwise on; the others flip their own.
   void toggleVisibility(int row) const;
+  /// What `toggleVisibility` makes of the row's visibility.
+  [[nodiscard]] bool toggled(int row) const;
   /// Shows this channel alone, or all of them in the row of the colour image.
   void showAlone(int row) const;
   void loadAsSelection(int row) const;

@@ -68,6 +68,7 @@ void NodePropertiesSection::follow(const DocumentChanges& changes) {
 void NodePropertiesSection::showActiveNode() {
   // What was begun on the node before is still meant for that one.
   opacity_->endEditing();
+  blendMode_->hidePopup();
   const DocumentPtr document = document_.lock();
   const std::optional<LayerNode> active = document != nullptr ? document->activeNode() : std::nullopt;
   nodeID_ = active ? active->id() : QUuid();

@@ -75,6 +75,8 @@ LayerNSOutlineView::LayerNSOutlineView(QWidget* parent)
 LayerNSOutlineView::~LayerNSOutlineView() = default;
 
 void LayerNSOutlineView::setDocument(const DocumentPtr& document) {
+  if (document == model_.document()) return;
+  keepTypedName();
   coordinator_.endSweep();
   setPointer({}, LayerRowPart::none, false);
   model_.setDocument(document);
@@ -229,12 +231,21 @@ void LayerNSOutlineView::paintEvent(QPaintEvent* event) {
 
 // Renaming.
 
+/// A name that is being typed is meant for the document that is shown.
+void LayerNSOutlineView::keepTypedName() {
+  QWidget* field = isEditing() ? indexWidget(currentIndex()) : nullptr;
+  if (field == nullptr) return;
+  commitData(field);
+  closeEditor(field, QAbstractItemDelegate::NoHint);
+}
+
 void LayerNSOutlineView::beginRename(const QModelIndex& index) {
   const DocumentPtr document = model_.document();
   if (document == nullptr || !index.isValid()) return;
   const QPersistentModelIndex row = index.siblingAtColumn(LayerTreeModel::nodeColumn);
   document->selectNode(model_.idOf(row));
-  if (!row.isValid()) return;
+  // A row in a closed folder has no place for a field.
+  if (!row.isValid() || QTreeView::visualRect(row).isEmpty()) return;
   edit(row);
   if (auto* field = qobject_cast<QLineEdit*>(indexWidget(row))) {
     // All of the name, with its beginning in sight.

@@ -83,6 +83,7 @@ class LayerNSOutlineView : public QTreeView {
 
   // The document's state.
   void follow(const DocumentChanges& changes);
+  void keepTypedName();
   void showSelection();
   void showExpansion(const QModelIndex& folder);
   void showAllExpansions();

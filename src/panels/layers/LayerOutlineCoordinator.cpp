@@ -93,8 +93,13 @@ void LayerOutlineCoordinator::fillContextMenu(QMenu& menu, const QModelIndex& in
     withMask(tr("Apply Layer Mask"), &Document::applyLayerMask);
     return;
   }
-  addItem(menu, tr("Rename"), id, [this, id] {
-    if (onRename) onRename(model_.indexOf(id));
+  // A menu may outlive what was shown when it opened.
+  const auto isShown = [this, weak] {
+    const DocumentPtr target = weak.lock();
+    return target != nullptr && target == model_.document();
+  };
+  addItem(menu, tr("Rename"), id, [this, id, isShown] {
+    if (onRename && isShown()) onRename(model_.indexOf(id));
   });
   addItem(menu, tr("Duplicate"), id, [weak, id] {
     if (const DocumentPtr target = weak.lock()) target->duplicateNode(id);
@@ -103,8 +108,8 @@ void LayerOutlineCoordinator::fillContextMenu(QMenu& menu, const QModelIndex& in
   const bool isLastLayer = layer != nullptr && document->layerCount() < 2;
   addItem(
       menu, tr("Delete"), id,
-      [this, id] {
-        if (onDeleteNode) onDeleteNode(id);
+      [this, id, isShown] {
+        if (onDeleteNode && isShown()) onDeleteNode(id);
       },
       !isLastLayer);
 }

@@ -129,9 +129,12 @@ QWidget* LayerRowDelegate::createEditor(QWidget* parent, const QStyleOptionViewI
 
 void LayerRowDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
   auto* field = qobject_cast<QLineEdit*>(editor);
-  // Called again whenever the row changes, which must not undo what is being typed.
-  if (field == nullptr || field->isModified()) return;
-  field->setText(index.data(Qt::EditRole).toString());
+  // Called again whenever the row changes, which must undo neither what is being typed nor what is selected.
+  constexpr auto shownName = "shownName";
+  const QVariant name = index.data(Qt::EditRole);
+  if (field == nullptr || field->isModified() || field->property(shownName) == name) return;
+  field->setProperty(shownName, name);
+  field->setText(name.toString());
 }
 
 void LayerRowDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,

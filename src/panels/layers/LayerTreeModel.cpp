@@ -366,12 +366,13 @@ bool LayerTreeModel::acceptDrop(const QMimeData& dragged, const QModelIndex& ite
   if (document == nullptr || !node) return false;
   const Item& target = itemAt(item).isFolder ? itemAt(item) : *root_;
   const std::optional<QUuid> folder = &target != root_.get() ? std::optional(target.nodeID) : std::nullopt;
-  if (childIndex < 0 && folder) {
-    document->moveNode(*node, *folder);
-    return true;
-  }
   const int count = static_cast<int>(target.children.size());
   const bool isInTarget = find(*node)->parent == &target;
+  if (childIndex < 0 && folder) {
+    // To the top of the folder, where the node may be already.
+    document->placeNode(*node, folder, isInTarget ? count - 1 : count);
+    return true;
+  }
   const int index = isInTarget ? count - 1 - childIndex : count - childIndex;
   document->placeNode(*node, folder, std::max(index, 0));
   return true;

@@ -123,7 +123,10 @@ QSize ToolSlotButton::sizeHint() const {
 }
 
 void ToolSlotButton::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::EnabledChange && !isEnabled()) dropPress();
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) {
+    if (menu_ != nullptr) menu_->close();
+    dropPress();
+  }
   QAbstractButton::changeEvent(event);
 }
 

@@ -343,6 +343,43 @@ TEST_F(LayerNSOutlineViewTest, WhatIsTypedOutlivesANewThumbnail) {
   EXPECT_EQ(activeName(*document), "Sky");
 }
 
+TEST_F(LayerNSOutlineViewTest, ANewThumbnailLeavesTheNameSelected) {
+  key(Qt::Key_Return);
+  ASSERT_NE(editor(), nullptr);
+  put(layer("d")->thumbnailDirty, false);
+  document->thumbnailManager->markDirty(idOf(*document, "d"));
+  EXPECT_EQ(editor()->selectedText(), "d");
+  typeName("Sky");
+  EXPECT_EQ(activeName(*document), "Sky");
+}
+
+TEST_F(LayerNSOutlineViewTest, AnotherDocumentKeepsWhatWasTypedForTheLast) {
+  key(Qt::Key_Return);
+  ASSERT_NE(editor(), nullptr);
+  QTest::keyClicks(editor(), "Sky");
+  outline.setDocument(makeDocument());
+  EXPECT_EQ(activeName(*document), "Sky");
+}
+
+TEST_F(LayerNSOutlineViewTest, ARowInAClosedFolderIsNotRenamedUnseen) {
+  document->addFolder("F");
+  document->setExpanded(idOf(*document, "F"), false);
+  document->addLayer("inner");
+  QApplication::processEvents();
+  key(Qt::Key_F2);
+  EXPECT_EQ(editor(), nullptr);
+}
+
+TEST_F(LayerNSOutlineViewTest, AMenuThatOutlivesItsDocumentDeletesNothing) {
+  QMenu menu;
+  outline.fillContextMenu(menu, at("b"), Part::name);
+  std::vector<QUuid> deleted;
+  outline.onDeleteNode = [&](const QUuid& id) { deleted.push_back(id); };
+  outline.setDocument(makeDocument());
+  menu.actions().constLast()->trigger();
+  EXPECT_TRUE(deleted.empty());
+}
+
 TEST_F(LayerNSOutlineViewTest, ANameTooLongForAFieldIsKeptAsItIs) {
   const QString name = QString(100000, u'x') + "\nend";
   document->rename(idOf(*document, "d"), name);
