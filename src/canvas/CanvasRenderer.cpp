@@ -54,6 +54,7 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   RenderEncoder encoder(*drawable);
   for (const auto* passes : {&std::as_const(layers_), &std::as_const(toolOverlayLayers)}) {
     for (const auto& pass : *passes) {
+      if (pass == selectionOverlayLayer_) encoder.endBackdrop();
       if (pass->shouldRender(context, shown.get())) pass->render(encoder, context, shown.get());
     }
   }
@@ -62,7 +63,7 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
   if (isNew) {
     lastFrameFingerprint_ = fingerprint;
     ants_.beginWholeFrame(encoder);
-    encoder.endEncoding();
+    encoder.endEncoding(backdrop_);
     view.present();
   } else if (const auto moved = ants_.advance(encoder, *drawable); !moved.empty()) {
     isNew = true;

@@ -16,6 +16,7 @@
 #include "canvas/MTKView.h"
 #include "canvas/MarchingAnts.h"
 #include "model/Document.h"
+#include "raster/Backdrop.h"
 #include "raster/SampledComposite.h"
 #include "tools/CanvasViewLayer.h"
 
@@ -51,8 +52,11 @@ class CanvasRenderer {
   FrameResult drawInMTKView(MTKView& view);
   /// Flattens some more of the document, for when nothing else is to do. True once its image is current.
   bool catchUp();
-  /// Lets go of what is kept between frames that sample the document.
-  void forgetSamples() { samples_.forget(); }
+  /// Lets go of what is kept between frames.
+  void forgetFrames() {
+    samples_.forget();
+    backdrop_.forget();
+  }
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
 
   /// Bottom first; never changes.
@@ -79,6 +83,7 @@ class CanvasRenderer {
   float selectionAnimationOffset_ = 0.0F;
   double lastFrameTime_ = 0.0;
   SampledComposite samples_;
+  Backdrop backdrop_;
   MarchingAnts ants_;
   /// Identifies the picture in the drawable, whatever the outline's phase.
   std::optional<std::uint64_t> lastFrameFingerprint_;

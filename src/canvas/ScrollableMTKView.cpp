@@ -56,7 +56,7 @@ ScrollableMTKView::ScrollableMTKView(CanvasRenderer& renderer, ToolState& toolSt
   catchUpTimer_.setSingleShot(true);
   restTimer_.setSingleShot(true);
   QObject::connect(&catchUpTimer_, &QTimer::timeout, this, [this] { catchUp(); });
-  QObject::connect(&restTimer_, &QTimer::timeout, this, [this] { renderer_.forgetSamples(); });
+  QObject::connect(&restTimer_, &QTimer::timeout, this, [this] { renderer_.forgetFrames(); });
   registerToolHandler(std::make_shared<HandToolHandler>());
   registerToolHandler(std::make_shared<ZoomToolHandler>(MetalContext::shared(), toolState));
   registerToolHandler(std::make_shared<EyedropperToolHandler>());
@@ -85,7 +85,7 @@ void ScrollableMTKView::setDocument(const std::shared_ptr<Document>& document) {
   if (isOther && previous != nullptr) previous->setCursorDocumentPosition(std::nullopt);
   document_ = document;
   catchUpTimer_.stop();
-  renderer_.forgetSamples();
+  renderer_.forgetFrames();
   if (document != nullptr) {
     changes_ =
         document->changes().observe([this](const DocumentChanges& changes) { documentChanged(changes); });

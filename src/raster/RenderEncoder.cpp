@@ -52,11 +52,15 @@ void RenderEncoder::drawAnimated(const RenderPipeline& pipeline, std::span<const
 }
 
 std::uint64_t RenderEncoder::fingerprint() const {
+  return fingerprintOf(draws_);
+}
+
+std::uint64_t RenderEncoder::fingerprintOf(std::span<const Draw> draws) const {
   Hasher hasher;
   hasher.fold(reinterpret_cast<std::uintptr_t>(drawable_.pixels));
   hasher.fold(static_cast<std::uint64_t>(drawable_.width) << 32U |
               static_cast<std::uint64_t>(drawable_.height));
-  for (const Draw& draw : draws_) {
+  for (const Draw& draw : draws) {
     hasher.fold(reinterpret_cast<std::uintptr_t>(draw.function));
     foldBytes(hasher, std::span(draw.uniforms).first(draw.stillBytes));
     foldTexture(hasher, draw.texture);
@@ -75,13 +79,27 @@ FragmentBand RenderEncoder::band(const Drawable& drawable, int index) {
           std::min(bandRows, drawable.height - y), drawable.width};
 }
 
-void RenderEncoder::endEncoding() {
+void RenderEncoder::endEncoding(Backdrop& backdrop) {
+  const std::span<const Draw> below = std::span(draws_).first(backdropDraws_);
+  const std::span<const Draw> above = std::span(draws_).subspan(backdropDraws_);
+  const Backdrop::Use use = below.empty()
+                                ? Backdrop::Use::pass
+                                : backdrop.begin(fingerprintOf(below), drawable_.width, drawable_.height);
   tbb::parallel_for(0, bandCount(drawable_), [&](int index) {
-    for (const Draw& draw : draws_) {
-      draw.function({draw.uniforms, {draw.texture}, draw.points}, band(drawable_, index));
+    const FragmentBand rows = band(drawable_, index);
+    const auto drawAll = [&](std::span<const Draw> draws) {
+      for (const Draw& draw : draws) draw.function({draw.uniforms, {draw.texture}, draw.points}, rows);
+    };
+    if (use == Backdrop::Use::restore) {
+      backdrop.restore(rows);
+    } else {
+      drawAll(below);
     }
+    if (use == Backdrop::Use::keep) backdrop.keep(rows);
+    drawAll(above);
   });
   draws_.clear();
+  backdropDraws_ = 0;
 }
 
 }  // namespace orvanel

@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "raster/Backdrop.h"
 #include "raster/MetalContext.h"
 
 namespace orvanel {
@@ -40,12 +41,14 @@ class RenderEncoder {
   /// Adds a full-view draw whose uniforms change as time goes on, except for their first `stillBytes`.
   void drawAnimated(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
                     std::size_t stillBytes, const Surface* texture);
+  /// Says that what was recorded until now is the picture's backdrop.
+  void endBackdrop() { backdropDraws_ = draws_.size(); }
   /// A hash of everything the recorded picture depends on, except for time: drawable, passes, uniforms,
   /// points and the tiles of the textures. Equal fingerprints draw pictures that are equal but for their
   /// animation; no pixel is read.
   [[nodiscard]] std::uint64_t fingerprint() const;
-  /// Draws what was recorded and forgets it.
-  void endEncoding();
+  /// Draws what was recorded and forgets it. The backdrop is taken from `backdrop` if that holds it.
+  void endEncoding(Backdrop& backdrop);
   /// The rows that are drawn at once; bands are counted from the top.
   [[nodiscard]] static int bandCount(const Drawable& drawable);
   [[nodiscard]] static FragmentBand band(const Drawable& drawable, int index);
@@ -54,8 +57,11 @@ class RenderEncoder {
   [[nodiscard]] const std::vector<Draw>& draws() const { return draws_; }
 
  private:
+  [[nodiscard]] std::uint64_t fingerprintOf(std::span<const Draw> draws) const;
+
   Drawable drawable_;
   std::vector<Draw> draws_;
+  std::size_t backdropDraws_ = 0;
 };
 
 }  // namespace orvanel

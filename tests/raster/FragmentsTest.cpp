@@ -35,7 +35,8 @@ class Picture {
   void draw(FragmentFunction function, const Uniforms& uniforms, const Surface* texture = nullptr) {
     RenderEncoder encoder({pixels_.data(), stride_, width_, height_});
     encoder.draw({"", function, true}, std::as_bytes(std::span(&uniforms, 1)), texture);
-    encoder.endEncoding();
+    Backdrop backdrop;
+    encoder.endEncoding(backdrop);
   }
 
   [[nodiscard]] std::uint32_t& at(int x, int y) {
@@ -333,7 +334,8 @@ TEST(RenderEncoder, DrawsPassesInTheOrderTheyWereRecorded) {
   RenderEncoder encoder({pixels.data(), 100, 100, 100});
   encoder.draw({"", fragments::checkerboard, true}, std::as_bytes(std::span(&view, 1)));
   encoder.draw({"", fragments::background, false}, std::as_bytes(std::span(&grey, 1)));
-  encoder.endEncoding();
+  Backdrop backdrop;
+  encoder.endEncoding(backdrop);
   EXPECT_EQ(pixels, std::vector<std::uint32_t>(100 * 100, 0xFF000000U));
 }
 
