@@ -1,6 +1,8 @@
 // Frames while something changes: from the event to the finished frame of a full-HD view, on the main thread.
 // Every step is timed by itself; `median` and `worst` leave out the first, in which samples are gathered.
-// `processor` is the median of what all threads used: on a machine with other work, look at that.
+// `processor` is the median of what all threads used: on a machine with other work, look at that. `end` is
+// what the release of the button costs, `kernel` what its kernels need alone, and `hold` the longest turn of
+// the flattening that follows.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -15,6 +17,7 @@
 #include "BenchView.h"
 #include "FeelDocuments.h"
 #include "model/LevelsAdjustment.h"
+#include "raster/SurfaceChange.h"
 #include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
@@ -65,6 +68,22 @@ double median(std::vector<double> times) {
   return *middle;
 }
 
+/// The kernels alone that the end of an open edit runs, into fresh surfaces. Nothing without an open edit.
+std::optional<double> kernelMilliseconds(const Document& document) {
+  const std::shared_ptr<Layer> layer = document.activeLayer();
+  std::optional<double> sum;
+  for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
+    const std::optional<ShownSurface> shown = document.shown(*layer, kind);
+    if (!shown) continue;
+    const Surface& source = *shown->original;
+    Surface destination(source.format(), source.width(), source.height());
+    const Clock::time_point start = Clock::now();
+    applyChange(*shown->change, MetalContext::shared(), source, destination);
+    sum = sum.value_or(0.0) + millisecondsSince(start);
+  }
+  return sum;
+}
+
 void frames(benchmark::State& state, const std::string& name, const Subject& make, const Begin& begin,
             Zoom zoom) {
   const DocumentPtr document = keptDocument(name, make);
@@ -92,6 +111,9 @@ void frames(benchmark::State& state, const std::string& name, const Subject& mak
   state.counters["processor_ms"] = median(processorTimes);
   state.counters["worst_ms"] = *std::ranges::max_element(times);
 
+  if (const std::optional<double> kernel = kernelMilliseconds(*document)) {
+    state.counters["kernel_ms"] = *kernel;
+  }
   const Clock::time_point release = Clock::now();
   if (gesture.end) gesture.end();
   state.counters["end_ms"] = millisecondsSince(release);
@@ -171,18 +193,6 @@ Gesture levels(const DocumentPtr& document) {
       [=] { open->commit(); }};
 }
 
-/// The kernel alone that the end of a rotation runs over the whole layer.
-void rotationKernel(benchmark::State& state, const std::string& name, const Subject& make) {
-  const std::shared_ptr<Layer> layer = keptDocument(name, make)->activeLayer();
-  const Surface& source = *layer->texture.value();
-  for (auto _ : state) {
-    Surface destination(source.format(), source.width(), source.height());
-    const SurfaceChange turn{RotateParams{
-        static_cast<float>(source.width()) / 2.0F, static_cast<float>(source.height()) / 2.0F, 0.6F, 0, {}}};
-    applyChange(turn, MetalContext::shared(), source, destination);
-  }
-}
-
 struct NamedGesture {
   const char* name;
   Begin begin;
@@ -224,12 +234,6 @@ void registerFrames(const NamedSubject& subject, const NamedGesture& gesture) {
   const std::vector<NamedSubject> large{{"A", bench::documentA}, {"B", bench::documentB}};
   for (const NamedSubject& subject : large) {
     for (const NamedGesture& gesture : everyGesture) registerFrames(subject, gesture);
-    benchmark::RegisterBenchmark(
-        ("GestureEnd/" + subject.name + "/rotationKernel").c_str(),
-        [=](benchmark::State& state) { rotationKernel(state, subject.name, subject.make); })
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime()
-        ->Iterations(3);
   }
   for (const int side : {2048, 8192, 16384}) {
     const NamedSubject photo{"photo:" + std::to_string(side),
