@@ -10,7 +10,7 @@
 
 namespace orvanel::kernels {
 
-/// Columns and rows of a canvas, both ascending and not empty.
+/// Columns and rows of a canvas within one tile, both ascending and not empty.
 struct SampleBlock {
   std::span<const std::int32_t> columns;
   std::span<const std::int32_t> rows;
