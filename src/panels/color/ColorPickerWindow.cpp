@@ -35,6 +35,15 @@ void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
   raise();
 }
 
+void ColorPickerWindow::follow(const DisplayColor& color) {
+  if (!onChange_ || color == lastColor_) return;
+  const auto onChange = std::exchange(onChange_, nullptr);
+  model_.setColor(color);
+  onChange_ = onChange;
+  lastColor_ = model_.color();
+  hasChanged_ = true;
+}
+
 void ColorPickerWindow::changed(const DisplayColor& color) {
   if (!onChange_ || color == lastColor_) return;
   lastColor_ = color;

@@ -85,6 +85,25 @@ TEST_F(ColorPickerWindowTest, AColorBetweenTheStepsOfEightBitsIsNotChangedByOpen
   EXPECT_TRUE(told.empty());
 }
 
+TEST_F(ColorPickerWindowTest, AColorChangedElsewhereIsShownAndNotToldBack) {
+  open(cyan);
+  window.follow(red);
+  EXPECT_EQ(content().hex->field().text(), "FF0000");
+  EXPECT_EQ(model().originalColor.value(), cyan) << "the colour at the opening";
+  EXPECT_TRUE(told.empty());
+  type(content().green->field(), QStringLiteral("255"));
+  EXPECT_EQ(told.back(), (DisplayColor{1.0F, 1.0F, 0.0F, 1.0F})) << "further changes start from it";
+}
+
+TEST_F(ColorPickerWindowTest, CancelGivesBackTheFirstColorEvenIfItWasChangedElsewhere) {
+  open(cyan);
+  window.follow(red);
+  window.reject();
+  EXPECT_EQ(told, std::vector{cyan});
+  window.follow(red);
+  EXPECT_EQ(told.size(), 1U) << "a closed picker follows nothing";
+}
+
 TEST_F(ColorPickerWindowTest, DraggingInTheSquarePicksSaturationAndBrightness) {
   open(cyan);
   QTest::mousePress(content().square, Qt::LeftButton, {}, at(0.5, 0.5));
