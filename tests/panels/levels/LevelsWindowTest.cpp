@@ -9,6 +9,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "model/PixelSupport.h"
 #include "panels/controls/DirectSlider.h"
 #include "raster/HalfFloat.h"
 
@@ -161,12 +162,28 @@ TEST_F(LevelsWindowTest, ClosingThePanelByItsFrameCancels) {
 TEST_F(LevelsWindowTest, ASelectionLimitsPreviewAndResult) {
   openOnGrey();
   window.reject();
+  test::selectRect(*document, {0, 0, 10, 10});
+  const auto expectLimited = [this] {
+    EXPECT_EQ(pixels().pixelAt(9, 9), 0xFF000000U);
+    EXPECT_EQ(pixels().pixelAt(10, 9), 0xFF808080U);
+    EXPECT_EQ(pixels().pixelAt(9, 10), 0xFF808080U);
+  };
+  window.openFor(document);
+  content().black.slider->setValue(200);
+  expectLimited();
+  content().okButton->click();
+  expectLimited();
+}
+
+TEST_F(LevelsWindowTest, AnEmptySelectionLimitsNothing) {
+  openOnGrey();
+  window.reject();
   document->selectAll();
   document->invertSelection();
   document->ensureSelection();
   window.openFor(document);
   content().black.slider->setValue(200);
-  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U) << "an empty selection limits nothing";
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U);
 }
 
 TEST_F(LevelsWindowTest, ADragIsContinuousEditingAndMarksTheThumbnailsAtItsEnd) {
@@ -220,6 +237,24 @@ TEST_F(LevelsWindowTest, OpeningAgainOnTheSameLayerKeepsTheLevels) {
   window.openFor(document);
   EXPECT_EQ(window.model().blackPoint.value(), 10.0F);
   EXPECT_EQ(records(), 1U);
+}
+
+TEST_F(LevelsWindowTest, ACopyOfTheFileIsAnotherDocumentAlthoughItsLayersHaveTheSameIDs) {
+  openOnGrey();
+  content().black.slider->setValue(200);
+  const auto twinLayer =
+      std::make_shared<Layer>(NodeValues{.id = layer->id, .name = "Twin"}, document->makeLayerTexture());
+  const DocumentPtr twin = Document::create(
+      {.width = 40, .height = 30, .rootNodes = {LayerNode(twinLayer)}, .selectedNodeID = layer->id},
+      MetalContext::shared());
+  window.openFor(twin);
+  EXPECT_EQ(window.model().levels(), Levels{}) << "an adjustment of its own";
+  EXPECT_EQ(document->undoStack.undoActionName(), "Levels") << "the other's is kept";
+  content().black.slider->setValue(100);
+  content().okButton->click();
+  EXPECT_EQ(twin->undoStack.operations().size(), 1U);
+  EXPECT_EQ(records(), 2U);
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U);
 }
 
 TEST_F(LevelsWindowTest, OpeningOnAnotherLayerKeepsWhatWasShown) {
