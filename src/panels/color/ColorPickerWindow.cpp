@@ -23,6 +23,8 @@ ColorPickerWindow::ColorPickerWindow(QWidget* parent)
 
 void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
                              std::function<void(const DisplayColor&)> onChange) {
+  // What is being typed is meant for the colour before.
+  if (QWidget* field = focusWidget()) field->clearFocus();
   onChange_ = nullptr;
   hasChanged_ = false;
   initialColor_ = color;

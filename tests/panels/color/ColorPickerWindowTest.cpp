@@ -312,6 +312,21 @@ TEST_F(ColorPickerWindowTest, OpeningForAnotherColorLeavesTheOneBefore) {
   EXPECT_EQ(content().name->text(), "Background Color");
 }
 
+TEST_F(ColorPickerWindowTest, WhatWasTypedBelongsToTheColorItWasTypedFor) {
+  open(cyan);
+  content().red->field().setFocus();
+  content().red->field().selectAll();
+  QTest::keyClicks(&content().red->field(), QStringLiteral("255"));
+  std::vector<DisplayColor> toldOther;
+  window.open(QStringLiteral("Background Color"), red,
+              [&](const DisplayColor& chosen) { toldOther.push_back(chosen); });
+  EXPECT_EQ(told, std::vector{DisplayColor::white()});
+  EXPECT_EQ(content().red->field().text(), "255");
+  EXPECT_EQ(content().green->field().text(), "0");
+  window.accept();
+  EXPECT_TRUE(toldOther.empty());
+}
+
 TEST_F(ColorPickerWindowTest, EveryControlHasAName) {
   open(cyan);
   for (const QWidget* widget : content().findChildren<QWidget*>()) {
