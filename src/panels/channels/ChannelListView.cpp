@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
@@ -42,6 +43,7 @@ class ChannelListView::RowDelegate : public QStyledItemDelegate {
 ChannelListView::ChannelListView(QWidget* parent) : QListView(parent) {
   setObjectName(QStringLiteral("channels"));
   setAccessibleName(tr("Channels"));
+  verticalScrollBar()->setAccessibleName(accessibleName());
   setModel(&model_);
   // Other rows, or those of another document: what the pointer was on has gone.
   connect(&model_, &QAbstractItemModel::modelReset, this, [this] {

@@ -4,6 +4,7 @@
 #include <QHelpEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QScrollBar>
 #include <QToolTip>
 
 #include "model/PixelSupport.h"
@@ -542,6 +543,11 @@ TEST_F(LayerNSOutlineViewTest, ScreenReadersReachEyeLockAndChain) {
   EXPECT_TRUE(cell(LayerTreeModel::visibilityColumn)->state().checked);
   EXPECT_EQ(cell(LayerTreeModel::lockColumn)->rect().center(),
             outline.viewport()->mapToGlobal(center("d", Part::lock)));
+}
+
+TEST_F(LayerNSOutlineViewTest, TheScrollBarHasTheListsName) {
+  EXPECT_EQ(outline.verticalScrollBar()->accessibleName(), outline.accessibleName());
+  EXPECT_EQ(outline.accessibleName(), "Layers");
 }
 
 TEST_F(LayerNSOutlineViewTest, TooltipsTellWhatPartsDoAndWholeNames) {
