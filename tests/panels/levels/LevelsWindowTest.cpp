@@ -307,6 +307,25 @@ TEST_F(LevelsWindowTest, WithoutItsLayerThePanelCloses) {
   EXPECT_FALSE(window.isVisible());
 }
 
+TEST(HistogramViewTest, ThePointsAreLinesThatStandWhereTheyAreUpToTheEdges) {
+  LevelsModel model;
+  HistogramView view(model, nullptr);
+  view.resize(255, 100);
+  // The middle row of a picture; the lines lie between pixels or on them.
+  const auto isLine = [&](int x, const QColor& color) {
+    const QColor shown = view.grab().toImage().pixelColor(x, 50);
+    return color == Qt::blue ? shown.blue() > shown.red() : shown.red() > shown.blue();
+  };
+  EXPECT_TRUE(isLine(1, Qt::blue));
+  EXPECT_TRUE(isLine(253, Qt::red));
+  model.blackPoint = 100.0F;
+  model.whitePoint = 180.0F;
+  EXPECT_TRUE(isLine(100, Qt::blue));
+  EXPECT_TRUE(isLine(180, Qt::red));
+  EXPECT_FALSE(isLine(1, Qt::blue));
+  EXPECT_FALSE(isLine(253, Qt::red));
+}
+
 TEST(HistogramViewTest, BarsAreLogarithms) {
   LevelsHistogram histogram{};
   EXPECT_EQ(HistogramView::barHeights(histogram), std::vector<double>(256, 0.0));
