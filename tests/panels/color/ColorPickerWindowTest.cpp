@@ -327,6 +327,18 @@ TEST_F(ColorPickerWindowTest, WhatWasTypedBelongsToTheColorItWasTypedFor) {
   EXPECT_TRUE(toldOther.empty());
 }
 
+TEST_F(ColorPickerWindowTest, LabelsHaveTheirRoomAndTheFieldsOfAColumnLineUp) {
+  open(cyan);
+  const auto left = [&](ValueField& field) { return field.mapTo(&window, QPoint()).x(); };
+  EXPECT_EQ(left(content().hue->field()), left(content().saturation->field()));
+  EXPECT_EQ(left(content().hue->field()), left(content().brightness->field()));
+  EXPECT_EQ(left(content().hue->field()), left(content().hex->field()));
+  EXPECT_EQ(left(content().red->field()), left(content().blue->field()));
+  for (const QLabel* label : content().findChildren<QLabel*>()) {
+    EXPECT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString();
+  }
+}
+
 TEST_F(ColorPickerWindowTest, EveryControlHasAName) {
   open(cyan);
   for (const QWidget* widget : content().findChildren<QWidget*>()) {
