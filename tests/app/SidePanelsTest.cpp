@@ -44,6 +44,7 @@ class SidePanelsTest : public AppFixture {
     QTest::mouseClick(&swatches.swatch(which), Qt::LeftButton, {}, corner);
   }
   void typeColor(const QString& digits) {
+    QApplication::setActiveWindow(&picker());
     ValueField& field = picker().content().hex->field();
     field.setFocus();
     field.selectAll();
