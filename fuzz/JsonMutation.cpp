@@ -82,7 +82,7 @@ QJsonValue mutatedArray(QJsonArray array, const QList<QJsonValue>& others, Rando
 QJsonValue mutatedObject(QJsonObject object, const QList<QJsonValue>& others, Random& random) {
   if (object.isEmpty()) return object;
   const QStringList keys = object.keys();
-  const QString key = keys[static_cast<qsizetype>(choose(random, std::size(keys)))];
+  const QString& key = keys[static_cast<qsizetype>(choose(random, std::size(keys)))];
   if (choose(random, 12) == 0) {
     object.remove(key);
   } else {

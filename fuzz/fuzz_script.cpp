@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include "Mutations.h"
@@ -35,13 +36,13 @@ void perform(const std::vector<orvanel::ScriptStep>& steps, orvanel::ColorMode m
   orvanel::Document& document = *run.document;
   const auto before = document.composite();
   if (before == nullptr) return;
-  const orvanel::Surface shown = *before;
+  const auto shown = std::make_unique<const orvanel::Surface>(*before);
   const std::int64_t position = document.undoStack.currentIndex.value() + 1;
   run.isRefused = false;
   for (std::int64_t i = 0; i < position; ++i) document.undo();
   for (std::int64_t i = 0; i < position; ++i) document.redo();
   const auto after = document.composite();
-  if (after != nullptr && !run.isRefused && !after->equals(shown)) std::abort();
+  if (after != nullptr && !run.isRefused && !after->equals(*shown)) std::abort();
 }
 
 }  // namespace
