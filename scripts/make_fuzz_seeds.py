@@ -116,6 +116,8 @@ def archives():
         content = text(manifest([folder([masked])], mode=mode))
         entries = [(name, layerdata(mode, 4, 3)), (mask_name, layerdata(4, 4, 3))]
         yield f"mode{mode}", archive(content, entries)
+    content = text(manifest([layer()], mode=0, width=130, height=129))
+    yield "tiles", archive(content, [(name, layerdata(0, 130, 129))])
     content = text(manifest([layer()]))
     yield "stored", archive(content, [(name, layerdata(3, 4, 3))], zipfile.ZIP_STORED)
     yield "missing", archive(content, [])
