@@ -1,6 +1,7 @@
 #!/bin/bash
-# fuzz.sh BUILD: runs every fuzzer in BUILD for FUZZ_SECONDS from its seeds. Inputs that break it are
-# kept in BUILD/crashes, interesting ones in BUILD/corpus. Fails when any fuzzer fails.
+# fuzz.sh BUILD: runs every fuzzer in BUILD for FUZZ_SECONDS from its seeds, and from what fuzz/corpus/ keeps of
+# earlier runs. Inputs that break it are written to BUILD/crashes, interesting ones to BUILD/corpus. Fails when any
+# fuzzer fails.
 set -euo pipefail
 build=$1
 seconds=${FUZZ_SECONDS:-30}
@@ -13,10 +14,11 @@ for program in "$build"/fuzz/fuzz_*; do
   [[ -f $program && -x $program ]] || continue
   found=1
   name=${program##*/fuzz_}
-  mkdir -p "$build/corpus/$name" "$build/seeds/$name"
+  mkdir -p "$build/corpus/$name" "$build/seeds/$name" "$build/kept/$name"
+  [[ ! -f fuzz/corpus/$name.zip ]] || python3 -m zipfile -e "fuzz/corpus/$name.zip" "$build/kept/$name"
   echo "fuzz_$name for $seconds s"
   if ! "$program" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 \
-    -artifact_prefix="$build/crashes/$name-" "$build/corpus/$name" "$build/seeds/$name" \
+    -artifact_prefix="$build/crashes/$name-" "$build/corpus/$name" "$build/seeds/$name" "$build/kept/$name" \
     >"$build/fuzz_$name.log" 2>&1 </dev/null; then
     failed+=("fuzz_$name")
     tail -n 50 "$build/fuzz_$name.log"

@@ -116,6 +116,8 @@ def archives():
         content = text(manifest([folder([masked])], mode=mode))
         entries = [(name, layerdata(mode, 4, 3)), (mask_name, layerdata(4, 4, 3))]
         yield f"mode{mode}", archive(content, entries)
+    content = text(manifest([layer()], mode=0, width=130, height=129))
+    yield "tiles", archive(content, [(name, layerdata(0, 130, 129))])
     content = text(manifest([layer()]))
     yield "stored", archive(content, [(name, layerdata(3, 4, 3))], zipfile.ZIP_STORED)
     yield "missing", archive(content, [])
@@ -143,8 +145,92 @@ def previews():
     yield "none", archive(content, [])
 
 
+def scripts():
+    """Every command, in runs that do something; what stands in one may be put in another."""
+    def script(*steps):
+        return json.dumps([{"do": name, **arguments} for name, arguments in steps]).encode()
+
+    yield "empty", script()
+    yield "tree", script(
+        ("addLayer", {"name": "a"}), ("addFolder", {"name": "F"}), ("addLayer", {"name": "b"}),
+        ("moveNode", {"node": "a", "into": "F"}), ("moveNode", {"node": "b", "parent": None, "index": 0}),
+        ("moveNode", {"node": "a", "parent": "F", "index": 1}), ("select", {"node": "a"}),
+        ("set", {"name": "c", "opacity": 0.5, "blendMode": 3, "isVisible": False, "isLocked": False}),
+        ("duplicateNode", {}), ("removeNode", {}), ("undo", {"count": 3}), ("redo", {"count": 2}))
+    yield "pixels", script(
+        ("rectangle", {"x": 10, "y": 3, "width": 90, "height": 20, "feather": 2}),
+        ("fill", {"color": [1, 0.5, 0, 0.8]}), ("copy", {}), ("paste", {}), ("cut", {}), ("paste", {}),
+        ("invert", {}), ("levels", {"black": 10, "white": 240, "gamma": 1.5}), ("clear", {}), ("deselect", {}),
+        ("move", {"dx": 130, "dy": -5}), ("rotate", {"angle": 30}), ("scale", {"to": [2, 3, 50, 20]}),
+        ("transform", {"matrix": [1, 0.2, -0.1, 2, 5, -3]}))
+    yield "masks", script(
+        ("rectangle", {"x": 10, "y": 3, "width": 90, "height": 20}), ("addMask", {}), ("editMask", {"on": True}),
+        ("fill", {"color": [0.5, 0.5, 0.5, 1]}), ("set", {"maskEnabled": False}), ("selectMask", {}),
+        ("move", {"dx": 3, "dy": 3}), ("editMask", {"on": False}), ("move", {"dx": 300, "dy": 3}),
+        ("applyMask", {}), ("addMask", {}), ("removeMask", {}))
+    yield "selections", script(
+        ("selectAll", {}), ("ellipse", {"cx": 60, "cy": 12, "rx": 40, "ry": 9.5, "mode": "subtract"}),
+        ("polygon", {"points": [[0, 0], [130, 2], [70, 29.5]], "mode": "intersect"}), ("invertSelection", {}),
+        ("wand", {"x": 5, "y": 5, "tolerance": 20, "contiguous": False, "antialiased": True,
+                  "sampleAllLayers": True, "mode": "add"}),
+        ("selectTransparency", {}), ("selectChannel", {"index": 3}), ("fill", {"color": [0, 0, 1, 1]}))
+    yield "canvas", script(
+        ("imageSize", {"width": 200, "height": 33, "method": 0}), ("undo", {}),
+        ("canvasSize", {"width": 100, "height": 140, "anchorX": -1, "anchorY": 1}),
+        ("rectangle", {"x": 10, "y": 3, "width": 50, "height": 20}), ("fill", {"color": [1, 1, 1, 0.5]}),
+        ("crop", {}), ("trim", {}), ("colorMode", {"mode": 1}), ("colorMode", {"mode": 2}), ("undo", {"count": 4}))
+    yield "wrong", script(("fill", {"color": [1, 2]}), ("nothing", {}), ("undo", {"count": 0}))
+
+
+def tiff(entries, order="<"):
+    """A directory of entries, each a tag, a type and values of 16 or 32 bits."""
+    formats = {3: "H", 4: "I"}
+    start = 8 + 2 + 12 * len(entries) + 4
+    head = struct.pack(order + "2sHI", b"II" if order == "<" else b"MM", 42, 8)
+    head += struct.pack(order + "H", len(entries))
+    body = b""
+    for tag, kind, values in entries:
+        packed = struct.pack(f"{order}{len(values)}{formats[kind]}", *values)
+        head += struct.pack(order + "HHI", tag, kind, len(values))
+        if len(packed) <= 4:
+            head += packed.ljust(4, b"\0")
+        else:
+            head += struct.pack(order + "I", start + len(body))
+            body += packed
+    return head + bytes(4) + body + bytes(64)
+
+
+def image_headers():
+    yield "png", png(9, 7)
+    yield "tall", png(1, 1, (1, 0x7FFFFFFF))
+    for order in "<>":
+        grey = [(256, 4, [4]), (257, 4, [3]), (258, 3, [16]), (259, 3, [1]), (262, 3, [1]), (273, 4, [120]),
+                (277, 3, [1]), (278, 4, [3]), (279, 4, [24])]
+        colors = [(256, 3, [4]), (257, 3, [3]), (258, 3, [8, 8, 8, 8]), (262, 3, [2]), (277, 3, [4]),
+                  (338, 3, [2]), (339, 3, [1, 1, 1, 1])]
+        palette = [(256, 3, [4]), (257, 3, [3]), (258, 3, [8]), (262, 3, [3]), (320, 3, [0] * 768)]
+        for name, entries in (("grey", grey), ("colors", colors), ("palette", palette)):
+            yield f"tiff-{name}-{'little' if order == '<' else 'big'}", tiff(entries, order)
+    yield "gif", (b"GIF89a" + struct.pack("<HHBBB", 4, 3, 0x80, 0, 0) + bytes(6) +
+                  b"!\xF9\x04\x01\0\0\0\0" + b"," + struct.pack("<HHHHB", 0, 0, 4, 3, 0) +
+                  b"\x02\x02\x84\x51\0;")
+    yield "bmp", b"BM" + struct.pack("<IIIIiiHHIIiiII", 70, 0, 54, 40, 2, 2, 1, 24, 0, 16, 2835, 2835, 0, 0) + bytes(16)
+    yield "jpeg", (b"\xFF\xD8\xFF\xE0\0\x10JFIF\0\1\1\1\0\x48\0\x48\0\0" +
+                   b"\xFF\xC0\0\x0B\x08\0\3\0\4\1\1\x11\0" + b"\xFF\xDA\0\x08\1\1\0\0\x3F\0" + b"abc\xFF\0\xFF\xD9")
+    yield "webp", b"RIFF" + struct.pack("<I", 20) + b"WEBPVP8L" + struct.pack("<I", 8) + b"\x2F" + bytes(7)
+    yield "svg", (b'<?xml version="1.0"?><!DOCTYPE svg [<!ENTITY a "b">]><svg xmlns="http://www.w3.org/2000/svg" '
+                  b'xmlns:xlink="http://www.w3.org/1999/xlink" width="9" height="9"><style>@import "a.css";</style>'
+                  b'<image xlink:href="data:image/png;base64,iVBORw0KGgo="/><use xlink:href="#a"/>&a;</svg>')
+
+
+def palettes():
+    for bits in range(4):
+        yield f"bits{bits}", bytes([11, 5, bits, 2, bits % 2]) + bytes((i * 29) & 255 for i in range(120))
+
+
 def main(root):
-    fuzzers = {"manifest": manifests, "layerdata": layerdatas, "archive": archives, "preview": previews}
+    fuzzers = {"manifest": manifests, "layerdata": layerdatas, "archive": archives, "preview": previews,
+               "script": scripts, "imageheader": image_headers, "palette": palettes}
     for fuzzer, seeds in fuzzers.items():
         place = os.path.join(root, fuzzer)
         os.makedirs(place, exist_ok=True)

@@ -13,12 +13,13 @@ import sys
 import tempfile
 import time
 
+from patience import PATIENCE, run, until
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 ALL_PICTURES = ROOT / "build/pictures"
 SHOWN_PICTURES = ROOT / "docs/pictures"
 SCREEN = (1440, 900)
 WINDOW = (1366, 768)
-PATIENCE = 30.0
 
 # Where things stand in the window, in view points.
 OPTIONS = (0, 25, 760, 40)
@@ -30,22 +31,6 @@ PANEL = (1078, 285, 288, 483)
 LAYERS_TAB, CHANNELS_TAB = (1112, 302), (1190, 302)
 # The canvas shows the sample at its fitted size; the corners of a box around its sun.
 SUN = ((644, 349), (784, 489))
-
-
-def run(*arguments, **options):
-    return subprocess.run([str(argument) for argument in arguments], check=True, capture_output=True,
-                          **options).stdout
-
-
-def until(condition, what):
-    """Waits for a condition; returns its first true value."""
-    end = time.monotonic() + PATIENCE
-    while time.monotonic() < end:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.05)
-    raise RuntimeError(f"waited in vain for {what}")
 
 
 def shown_pictures():

@@ -164,8 +164,13 @@ void ContentView::observeNotifications() {
   on(notification::createdNewDocument, [&window](const std::any& object) {
     if (const DocumentPtr document = documentIn(object)) window.addDocument(document);
   });
-  on(notification::cycleNextTab, [&window](const std::any&) { window.cycleNextTab(); });
-  on(notification::cyclePreviousTab, [&window](const std::any&) { window.cyclePreviousTab(); });
+  // Without tabs to go through, Tab goes through the links of the empty window.
+  on(notification::cycleNextTab, [this, &window](const std::any&) {
+    if (!window.cycleNextTab() && window.documents.value().empty()) focusNextChild();
+  });
+  on(notification::cyclePreviousTab, [this, &window](const std::any&) {
+    if (!window.cyclePreviousTab() && window.documents.value().empty()) focusPreviousChild();
+  });
   on(notification::cycleNextDocument, [&window](const std::any&) { window.cycleNextDocument(); });
   on(notification::cyclePreviousDocument, [&window](const std::any&) { window.cyclePreviousDocument(); });
   on(notification::commitMRUCycle, [&window](const std::any&) {

@@ -2,6 +2,14 @@
 
 namespace orvanel {
 
+namespace {
+
+DisplayColor colorOf(const Document& document, Swatch swatch) {
+  return swatch == Swatch::foreground ? document.foregroundColor.value() : document.backgroundColor.value();
+}
+
+}  // namespace
+
 SidePanels::SidePanels(AppState& appState, QWidget* parent)
     : options(new ToolOptionsPane(appState.toolState, parent)),
       palette(new ToolPalettePane(appState.toolState, parent)),
@@ -45,9 +53,9 @@ void SidePanels::chooseColor(Swatch swatch) {
   const DocumentPtr document = appState_.windowState.activeDocument();
   if (!document) return;
   const bool isForeground = swatch == Swatch::foreground;
+  const std::weak_ptr<Document> edited = document;
   colorPicker().open(isForeground ? tr("Foreground Color") : tr("Background Color"),
-                     isForeground ? document->foregroundColor.value() : document->backgroundColor.value(),
-                     [isForeground, edited = std::weak_ptr<Document>(document)](const DisplayColor& color) {
+                     colorOf(*document, swatch), [isForeground, edited](const DisplayColor& color) {
                        const DocumentPtr still = edited.lock();
                        if (!still) return;
                        if (isForeground) {
@@ -56,6 +64,12 @@ void SidePanels::chooseColor(Swatch swatch) {
                          still->setBackgroundColor(color);
                        }
                      });
+  // The eyedropper and the keys go on working meanwhile.
+  colorChanges_ = document->changes().observe([this, swatch, edited](const DocumentChanges& changes) {
+    const DocumentPtr still = edited.lock();
+    if (!still || !containsAny<change::ViewChanged>(changes, ViewProperty::colors)) return;
+    colorPicker().follow(colorOf(*still, swatch));
+  });
 }
 
 }  // namespace orvanel

@@ -37,6 +37,7 @@ class SidePanels {
   AppState& appState_;
   QWidget* parent_;
   ColorPickerWindow* colorPicker_ = nullptr;
+  ChangeStream::Subscription colorChanges_;
 };
 
 }  // namespace orvanel

@@ -22,6 +22,8 @@ QMenu[hasPictures="true"]::item { padding-left: 8px; }
 QMenu::item:selected { background: @accent; color: @onAccent; }
 QMenu::item:disabled { color: @disabledText; background: transparent; }
 QMenu::icon { padding-left: 8px; }
+QMenu::right-arrow { image: url(:/icons/chevron.right.svg); width: 12px; height: 12px; right: 8px; }
+QMenu::right-arrow:selected { image: url(:/icons/chevron.right.on.svg); }
 QMenu::separator { height: 1px; background: @divider; margin: 4px 0; }
 QToolTip { background: @field; color: @text; border: 1px solid @border; padding: 4px; }
 

@@ -23,7 +23,8 @@ void VisibilitySweep::add(const QUuid& nodeID) {
       std::ranges::any_of(swept_, [&](const SweptNode& known) { return known.nodeID == nodeID; });
   if (!node || isKnown) return;
   DocumentEdit edit(*target, editKind::state);
-  if (!edit.admits(editCost::ofFlattening(*target))) return;
+  // Told once: the nodes that follow would be refused as well.
+  if (!edit.admits(editCost::ofFlattening(*target))) return end();
   swept_.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
   edit.setVisible(*node, isVisible_);
   noteShown(edit, hasShown() || swept_.back().oldValue != isVisible_);

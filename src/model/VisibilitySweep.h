@@ -16,7 +16,7 @@ class VisibilitySweep final : public OpenEdit {
   ~VisibilitySweep() override;
 
   /// Gives the node the sweep's value at once. Each node counts once; one that has the value already stays as
-  /// it is.
+  /// it is. The first node that there is no memory to show ends the sweep.
   void add(const QUuid& nodeID);
   void end() override;
 

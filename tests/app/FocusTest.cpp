@@ -162,5 +162,22 @@ TEST_F(FocusTest, TabStaysWithTheDocumentsWhileAControlOfAPanelHasTheKeyboard) {
   EXPECT_EQ(state.windowState.activeDocument(), document);
 }
 
+TEST_F(FocusTest, TabGoesThroughTheLinksOfTheEmptyWindow) {
+  state.recentDocuments.clear();
+  state.windowState.closeAllDocuments();
+  QApplication::processEvents();
+  NoDocumentView& placeholder = window->contentView().canvasPane().noDocumentView();
+  ASSERT_EQ(focus(), &placeholder.newLink());
+  press(Qt::Key_Tab);
+  EXPECT_EQ(focus(), &placeholder.openLink());
+  QTest::keyClick(focus(), Qt::Key_Tab, Qt::ShiftModifier);
+  EXPECT_EQ(focus(), &placeholder.newLink());
+  for (int step = 0; step < 20; ++step) {
+    press(Qt::Key_Tab);
+    ASSERT_NE(focus(), nullptr);
+    EXPECT_TRUE(focus()->isVisible() && focus()->isEnabled());
+  }
+}
+
 }  // namespace
 }  // namespace orvanel

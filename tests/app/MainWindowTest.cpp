@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSettings>
+#include <QTest>
 
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
@@ -182,6 +183,38 @@ TEST_F(MainWindowTest, AClickOnATabShowsItsDocument) {
   EXPECT_EQ(canvas().document()->name.value(), "one");
   EXPECT_TRUE(window->contentView().tabBar().tabs()[0]->isSelected());
   EXPECT_EQ(window->windowTitle(), QStringLiteral("one[*] — Orvanel"));
+}
+
+TEST_F(MainWindowTest, TheNewTabButtonMakesAnotherDocumentLikeTheActiveOne) {
+  state.windowState.addDocument(
+      Document::create(QStringLiteral("Scan"), 640, 480, ColorMode::grayscale8, state.metalContext));
+  QApplication::processEvents();
+  QTest::mouseClick(window->contentView().tabBar().newTabButton(), Qt::LeftButton);
+  const DocumentPtr made = state.windowState.activeDocument();
+  EXPECT_EQ(made->name.value(), "Untitled");
+  EXPECT_EQ(made->canvasWidth.value(), 640);
+  EXPECT_EQ(made->canvasHeight.value(), 480);
+  EXPECT_EQ(made->colorMode.value(), ColorMode::grayscale8);
+}
+
+TEST_F(MainWindowTest, TheStatusTellsThePointersPlaceAndTheSizeOfADrag) {
+  addDocument(QStringLiteral("Photo"), 200, 200);
+  QApplication::processEvents();
+  state.toolState.selectTool(Tool::rectangleSelect);
+  const StatusBarPane& status = window->contentView().statusBar();
+  EXPECT_EQ(status.positionText(), "X: --  Y: --");
+  const QPoint middle = canvas().rect().center();
+  QTest::mouseMove(&canvas(), middle);
+  EXPECT_THAT(status.positionText().toStdString(), testing::MatchesRegex("X: [0-9]+  Y: [0-9]+"));
+  QTest::mousePress(&canvas(), Qt::LeftButton, {}, middle);
+  QTest::mouseMove(&canvas(), middle + QPoint(40, 20));
+  EXPECT_TRUE(waitUntil([&] { return status.positionText().contains(QStringLiteral("  W: ")); }));
+  EXPECT_TRUE(status.positionText().contains(QStringLiteral("  H: ")));
+  QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, middle + QPoint(40, 20));
+  EXPECT_FALSE(status.positionText().contains(QStringLiteral("W: ")));
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&canvas(), &leave);
+  EXPECT_EQ(status.positionText(), "X: --  Y: --");
 }
 
 TEST_F(MainWindowTest, TheTitleShortensAnEndlessName) {

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "model/ModelSupport.h"
 #include "model/OpenSelectionEdit.h"
+#include "model/PixelSupport.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -102,6 +103,23 @@ TEST_F(VisibilitySweepTest, LeavesOtherOpenEditsOpen) {
   sweep.add(idOf(*document, "a"));
   sweep.end();
   EXPECT_TRUE(selecting.isOpen());
+}
+
+TEST_F(VisibilitySweepTest, ARefusalIsToldOnceAndEndsTheSweep) {
+  std::mt19937 random{5};
+  document = makeRandomDocument(ColorMode::rgb8, random);
+  for (const char* name : {"a", "b"}) document->addLayer(name);
+  const std::size_t before = document->undoStack.operations().size();
+  const ChangeRecorder changes(*document);
+  VisibilitySweep sweep(document, false);
+  {
+    const ScopedMemoryLimit limit(0);
+    for (const char* name : {"b", "a", "Background"}) sweep.add(idOf(*document, name));
+  }
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+  EXPECT_FALSE(sweep.isOpen());
+  for (const char* name : {"b", "a", "Background"}) EXPECT_TRUE(isVisible(name)) << name;
+  EXPECT_EQ(document->undoStack.operations().size(), before);
 }
 
 TEST_F(VisibilitySweepTest, MayOutliveItsDocument) {

@@ -11,25 +11,13 @@ import sys
 import tempfile
 import time
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
+
+from patience import PATIENCE, run, until  # noqa: E402  (found by the line above)
+
 WIDTH, HEIGHT = 240, 180
 FRAME = (255, 0, 255)
 SURROUND = (148, 148, 156)
-PATIENCE = 30.0
-
-
-def run(*arguments, **options):
-    return subprocess.run(arguments, check=True, capture_output=True, **options).stdout
-
-
-def until(condition, what):
-    """Waits for a condition; returns its first true value."""
-    end = time.monotonic() + PATIENCE
-    while time.monotonic() < end:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.05)
-    raise AssertionError(f"waited in vain for {what}")
 
 
 def pixels_of(path):
@@ -101,9 +89,18 @@ class Editor:
 
     def _find_window(self):
         assert self.process.poll() is None, "the editor has exited"
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "orvanel"],
-                               capture_output=True, check=False).stdout.split()
-        return found[0].decode() if found else None
+        return next(iter(self._find_windows()), None)
+
+    @staticmethod
+    def _find_windows():
+        return subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "orvanel"],
+                              capture_output=True, check=False).stdout.decode().split()
+
+    def press_in_other_window(self, key):
+        """Presses a key in the window that is open beside the main one."""
+        other = until(lambda: [each for each in self._find_windows() if each != self.window], "another window")[0]
+        run("xdotool", "windowfocus", "--sync", other, "key", key)
+        run("xdotool", "windowfocus", self.window)
 
     def close(self):
         self.process.terminate()

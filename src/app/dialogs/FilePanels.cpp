@@ -5,6 +5,7 @@
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QSplitter>
 #include <QTreeView>
 
 #include "app/UserDefaults.h"
@@ -15,6 +16,8 @@ namespace orvanel {
 namespace {
 
 constexpr QSize firstSize{840, 520};
+/// Room for the names of places.
+constexpr int placesWidth = 160;
 
 /// In a sandbox only the desktop's own panel reaches the user's files.
 bool isSandboxed() {
@@ -35,6 +38,9 @@ FilePanel::FilePanel(const QString& title, const QString& folder, const char* si
     list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     list->header()->setSectionResizeMode(name, QHeaderView::Stretch);
     list->header()->hideSection(type);
+  }
+  if (auto* splitter = findChild<QSplitter*>(QStringLiteral("splitter"))) {
+    splitter->setSizes({placesWidth, width() - placesWidth});
   }
 }
 

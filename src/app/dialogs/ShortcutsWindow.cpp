@@ -7,6 +7,7 @@
 #include <QMenuBar>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -104,6 +105,7 @@ ShortcutsWindow::ShortcutsWindow(const std::vector<ShortcutGroup>& groups, QWidg
   area->setFrameShape(QFrame::NoFrame);
   area->setFocusPolicy(Qt::StrongFocus);
   area->setAccessibleName(tr("List of shortcuts"));
+  area->verticalScrollBar()->setAccessibleName(area->accessibleName());
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(0, 0, 0, 0);
   column->addWidget(area);

@@ -3,6 +3,7 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
@@ -42,7 +43,13 @@ class ChannelListView::RowDelegate : public QStyledItemDelegate {
 ChannelListView::ChannelListView(QWidget* parent) : QListView(parent) {
   setObjectName(QStringLiteral("channels"));
   setAccessibleName(tr("Channels"));
+  verticalScrollBar()->setAccessibleName(accessibleName());
   setModel(&model_);
+  // Other rows, or those of another document: what the pointer was on has gone.
+  connect(&model_, &QAbstractItemModel::modelReset, this, [this] {
+    endSweep();
+    setHoveredRow(-1, false);
+  });
   setItemDelegate(new RowDelegate(*this));
   setSelectionMode(NoSelection);
   setEditTriggers(NoEditTriggers);
@@ -57,7 +64,6 @@ ChannelListView::ChannelListView(QWidget* parent) : QListView(parent) {
 }
 
 void ChannelListView::setDocument(const DocumentPtr& document) {
-  sweep_.reset();
   model_.setDocument(document);
 }
 
@@ -129,6 +135,8 @@ void ChannelListView::mousePressEvent(QMouseEvent* event) {
 
 void ChannelListView::mouseMoveEvent(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
+  // The release may have gone elsewhere.
+  if (sweep_ && !event->buttons().testFlag(Qt::LeftButton)) endSweep();
   if (sweep_) return sweepTo(point);
   const int row = indexAt(point).row();
   setHoveredRow(row, row >= 0 && eyeOf(row).contains(point));
@@ -136,8 +144,12 @@ void ChannelListView::mouseMoveEvent(QMouseEvent* event) {
 
 void ChannelListView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
-  sweep_.reset();
+  endSweep();
   mouseMoveEvent(event);
+}
+
+void ChannelListView::endSweep() {
+  sweep_.reset();
   viewport()->update();
 }
 

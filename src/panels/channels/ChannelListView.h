@@ -51,6 +51,7 @@ class ChannelListView : public QListView {
 
   void sweepTo(const QPoint& point);
   void sweepOver(int row);
+  void endSweep();
   void setHoveredRow(int row, bool isOnEye);
   bool showHelp(const QPoint& point, const QPoint& globalPoint);
   void paintRow(QPainter& painter, const QStyleOptionViewItem& option, int row);

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <initializer_list>
 
 #include "look/Look.h"
 #include "panels/color/ColorPreview.h"
@@ -22,6 +24,13 @@ constexpr QSize contentSize(420, 310);
 constexpr int colorsHeight = 204;
 constexpr int degrees = 360;
 constexpr int percent = 100;
+
+/// The fields of a column begin behind the widest of their labels.
+void lineUp(std::initializer_list<QLabel*> labels) {
+  int width = look::space::wide;
+  for (const QLabel* label : labels) width = std::max(width, label->sizeHint().width());
+  for (QLabel* label : labels) label->setFixedWidth(width);
+}
 
 }  // namespace
 
@@ -106,6 +115,8 @@ void ColorPickerContentView::addFields(QGridLayout& grid) {
   blue = add(2, 1, tr("B"), tr("Blue"), largestComponent, {});
   hex = new HexField(model_, this);
   grid.addWidget(hex, 3, 0, 1, 2);
+  lineUp({&hue->label(), &saturation->label(), &brightness->label(), &hex->label()});
+  lineUp({&red->label(), &green->label(), &blue->label()});
 
   hue->onValueChanged = [this](int value) { model_.setHue(value / double{degrees}); };
   saturation->onValueChanged = [this](int value) {

@@ -23,6 +23,8 @@ ColorPickerWindow::ColorPickerWindow(QWidget* parent)
 
 void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
                              std::function<void(const DisplayColor&)> onChange) {
+  // What is being typed is meant for the colour before.
+  if (QWidget* field = focusWidget()) field->clearFocus();
   onChange_ = nullptr;
   hasChanged_ = false;
   initialColor_ = color;
@@ -33,6 +35,15 @@ void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
   onChange_ = std::move(onChange);
   show();
   raise();
+}
+
+void ColorPickerWindow::follow(const DisplayColor& color) {
+  if (!onChange_ || color == lastColor_) return;
+  const auto onChange = std::exchange(onChange_, nullptr);
+  model_.setColor(color);
+  onChange_ = onChange;
+  lastColor_ = model_.color();
+  hasChanged_ = true;
 }
 
 void ColorPickerWindow::changed(const DisplayColor& color) {

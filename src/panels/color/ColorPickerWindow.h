@@ -1,6 +1,7 @@
 // The floating colour picker: edits one colour at a time and reports every change at once, so that whoever
-// asked for it shows it while it is chosen. "OK" leaves the last colour, "Cancel" and the frame's button give
-// back the first. One for the program, owned by the main window; main thread only.
+// asked for it shows it while it is chosen; what else changes it is shown here. "OK" leaves the last colour,
+// "Cancel" and the frame's button give back the first. One for the program, owned by the main window; main
+// thread only.
 #pragma once
 
 #include <QDialog>
@@ -22,6 +23,9 @@ class ColorPickerWindow : public QDialog {
   void open(const QString& name, const DisplayColor& color,
             std::function<void(const DisplayColor&)> onChange);
 
+  /// The colour has been changed elsewhere while it is being chosen here; its owner isn't told.
+  void follow(const DisplayColor& color);
+
   [[nodiscard]] ColorPickerModel& model() { return model_; }
   [[nodiscard]] ColorPickerContentView& content() { return *content_; }
 
@@ -37,7 +41,7 @@ class ColorPickerWindow : public QDialog {
   ColorPickerContentView* content_;
   std::function<void(const DisplayColor&)> onChange_;
   DisplayColor initialColor_;
-  /// What the owner was last told.
+  /// What the owner was last told, or has told.
   DisplayColor lastColor_;
   bool hasChanged_ = false;
 };

@@ -21,18 +21,19 @@ bool isHexDigit(QChar character) {
 }  // namespace
 
 HexField::HexField(ColorPickerModel& model, QWidget* parent)
-    : QWidget(parent), model_(model), field_(new ValueField(this)) {
-  auto* text = new QLabel(QStringLiteral("#"), this);
-  text->setBuddy(field_);
-  text->setFixedWidth(look::space::wide);
-  look::setTextColor(*text, look::color::secondaryText);
+    : QWidget(parent),
+      model_(model),
+      label_(new QLabel(QStringLiteral("#"), this)),
+      field_(new ValueField(this)) {
+  label_->setBuddy(field_);
+  look::setTextColor(*label_, look::color::secondaryText);
   field_->setAccessibleName(tr("Hexadecimal color"));
   field_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   field_->setToolTip(tr("Six hexadecimal digits: red, green and blue"));
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(look::space::tight);
-  row->addWidget(text);
+  row->addWidget(label_);
   row->addWidget(field_);
 
   connect(field_, &QLineEdit::textEdited, this, &HexField::read);

@@ -8,6 +8,8 @@
 
 #include "panels/color/ColorPickerModel.h"
 
+class QLabel;
+
 namespace orvanel {
 
 class ValueField;
@@ -20,12 +22,14 @@ class HexField : public QWidget {
   HexField(ColorPickerModel& model, QWidget* parent);
 
   [[nodiscard]] ValueField& field() { return *field_; }
+  [[nodiscard]] QLabel& label() { return *label_; }
 
  private:
   void showColor();
   void read(const QString& text);
 
   ColorPickerModel& model_;
+  QLabel* label_;
   ValueField* field_;
   std::vector<QPropertyNotifier> notifiers_;
 };

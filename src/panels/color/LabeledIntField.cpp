@@ -11,11 +11,13 @@ namespace orvanel {
 
 LabeledIntField::LabeledIntField(const QString& label, const QString& name, Range range,
                                  const QString& suffix, QWidget* parent)
-    : QWidget(parent), range_(range), suffix_(suffix), field_(new ValueField(this)) {
-  auto* text = new QLabel(label, this);
-  text->setBuddy(field_);
-  text->setFixedWidth(look::space::wide);
-  look::setTextColor(*text, look::color::secondaryText);
+    : QWidget(parent),
+      range_(range),
+      suffix_(suffix),
+      label_(new QLabel(label, this)),
+      field_(new ValueField(this)) {
+  label_->setBuddy(field_);
+  look::setTextColor(*label_, look::color::secondaryText);
   field_->setAccessibleName(name);
   field_->setToolTip(name);
   field_->setAlignment(Qt::AlignRight);
@@ -25,7 +27,7 @@ LabeledIntField::LabeledIntField(const QString& label, const QString& name, Rang
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(look::space::tight);
-  row->addWidget(text);
+  row->addWidget(label_);
   row->addWidget(field_);
 
   field_->onCommit = [this](const QString& typed) {

@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <functional>
 
+class QLabel;
+
 namespace orvanel {
 
 class ValueField;
@@ -27,6 +29,7 @@ class LabeledIntField : public QWidget {
   /// Tells nobody.
   void setValue(int value);
   [[nodiscard]] ValueField& field() { return *field_; }
+  [[nodiscard]] QLabel& label() { return *label_; }
 
   /// The user has chosen a value.
   std::function<void(int)> onValueChanged;
@@ -37,6 +40,7 @@ class LabeledIntField : public QWidget {
   Range range_;
   QString suffix_;
   int value_ = 0;
+  QLabel* label_;
   ValueField* field_;
 };
 

@@ -8,14 +8,18 @@
 namespace orvanel {
 
 void paintRowBackground(QPainter& painter, const QRect& row, QStyle::State state) {
+  // At fractional scales the sides may lie within a pixel: all of it belongs to the row, and none is blended.
+  const bool wasSmooth = painter.testRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  const QRectF place = QRectF(row).adjusted(-1, 0, 1, 0);
   if (state.testFlag(QStyle::State_Selected)) {
-    painter.fillRect(row, look::color::selectedRow);
+    painter.fillRect(place, look::color::selectedRow);
   } else if (state.testFlag(QStyle::State_MouseOver)) {
-    painter.fillRect(row, look::color::hover);
+    painter.fillRect(place, look::color::hover);
   }
   const double line = 1.0 / painter.device()->devicePixelRatioF();
-  painter.fillRect(QRectF(row.left(), row.top() + row.height() - line, row.width(), line),
-                   look::color::divider);
+  painter.fillRect(QRectF(place.left(), place.bottom() - line, place.width(), line), look::color::divider);
+  painter.setRenderHint(QPainter::Antialiasing, wasSmooth);
 }
 
 void paintRowFocus(QPainter& painter, const QRect& row) {

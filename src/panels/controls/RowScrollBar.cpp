@@ -6,7 +6,9 @@
 namespace orvanel {
 
 RowScrollBar::RowScrollBar(PaintRows paintRows, QWidget* parent)
-    : QScrollBar(Qt::Vertical, parent), paintRows_(std::move(paintRows)) {}
+    : QScrollBar(Qt::Vertical, parent), paintRows_(std::move(paintRows)) {
+  setAccessibleName(parent->accessibleName());
+}
 
 void RowScrollBar::paintEvent(QPaintEvent* event) {
   {

@@ -13,6 +13,7 @@ class RowScrollBar : public QScrollBar {
  public:
   using PaintRows = std::function<void(QPainter&)>;
 
+  /// It has the list's name, too.
   RowScrollBar(PaintRows paintRows, QWidget* parent);
 
  protected:

@@ -207,6 +207,8 @@ void SliderDropdown::beginTextEditing() {
 
 void SliderDropdown::commitText() {
   if (!isEditingText()) return;
+  // The text that nobody touched is only the whole part of the value.
+  if (!field_->isModified()) return closeField();
   QString typed = field_->text().trimmed();
   if (display_ == Display::percent && typed.endsWith(QLatin1Char('%'))) typed = typed.chopped(1).trimmed();
   closeField();

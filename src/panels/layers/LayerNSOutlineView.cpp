@@ -200,8 +200,9 @@ void LayerNSOutlineView::drawRow(QPainter* painter, const QStyleOptionViewItem& 
   row.rect = QTreeView::visualRect(node);
   row.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(node));
   row.state.setFlag(QStyle::State_MouseOver, pointer_.row == node);
-  const bool hasRing = isUsedByKeys_ && hasFocus() && !isEditing();
-  row.state.setFlag(QStyle::State_HasFocus, hasRing && currentIndex() == node);
+  const bool showsKeyboard = isUsedByKeys_ && hasFocus() && !isEditing();
+  const QModelIndex ringed = menuRow_.isValid() ? QModelIndex(menuRow_) : currentIndex();
+  row.state.setFlag(QStyle::State_HasFocus, (menuRow_.isValid() || showsKeyboard) && ringed == node);
   delegate_.paint(painter, row, node);
 }
 
@@ -268,7 +269,9 @@ void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   const LayerRowPart part = partAt(point);
-  if (event->button() == Qt::LeftButton && index.isValid()) {
+  // The other buttons choose no row: a menu is about the row under the pointer, whichever is active.
+  if (event->button() != Qt::LeftButton) return;
+  if (index.isValid()) {
     if (pressButton(index, part)) return;
     coordinator_.clickThumbnail(index, part, event->modifiers());
   }
@@ -289,6 +292,8 @@ bool LayerNSOutlineView::pressButton(const QModelIndex& index, LayerRowPart part
 
 void LayerNSOutlineView::mouseMoveEvent(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
+  // The release may have gone to a message that the press brought up.
+  if (pointer_.isPressed && !event->buttons().testFlag(Qt::LeftButton)) endPress(point);
   if (coordinator_.isSweeping()) return sweepTo(point);
   if (pointer_.isPressed) return;
   setPointer(indexAt(point), partAt(point), false);
@@ -298,11 +303,13 @@ void LayerNSOutlineView::mouseMoveEvent(QMouseEvent* event) {
 void LayerNSOutlineView::mouseReleaseEvent(QMouseEvent* event) {
   const QPoint point = event->position().toPoint();
   if (!pointer_.isPressed || event->button() != Qt::LeftButton) return QTreeView::mouseReleaseEvent(event);
-  if (coordinator_.isSweeping()) {
-    coordinator_.endSweep();
-  } else if (indexAt(point) == pointer_.row && partAt(point) == pointer_.part) {
-    coordinator_.pushButton(pointer_.row, pointer_.part);
-  }
+  const bool isOnButton = indexAt(point) == pointer_.row && partAt(point) == pointer_.part;
+  if (!coordinator_.isSweeping() && isOnButton) coordinator_.pushButton(pointer_.row, pointer_.part);
+  endPress(point);
+}
+
+void LayerNSOutlineView::endPress(const QPoint& point) {
+  coordinator_.endSweep();
   setPointer(indexAt(point), partAt(point), false);
 }
 
@@ -320,9 +327,11 @@ void LayerNSOutlineView::mouseDoubleClickEvent(QMouseEvent* event) {
 void LayerNSOutlineView::sweepTo(const QPoint& point) {
   // The pointer may leave the eyes sideways, and skip rows when it is fast.
   const QModelIndex index = indexAt({viewport()->width() / 2, point.y()});
-  if (!index.isValid() || !lastSwept_.isValid()) return;
-  const bool isDown = QTreeView::visualRect(index).top() > QTreeView::visualRect(lastSwept_).top();
-  QModelIndex row = lastSwept_;
+  if (!index.isValid()) return;
+  // A row that has gone leaves the sweep to go on where the pointer is.
+  if (!lastSwept_.isValid()) coordinator_.sweepOver(index);
+  QModelIndex row = lastSwept_.isValid() ? QModelIndex(lastSwept_) : index;
+  const bool isDown = QTreeView::visualRect(index).top() > QTreeView::visualRect(row).top();
   while (row.isValid() && row != index) {
     row = isDown ? indexBelow(row) : indexAbove(row);
     coordinator_.sweepOver(row);
@@ -368,8 +377,16 @@ void LayerNSOutlineView::contextMenuEvent(QContextMenuEvent* event) {
   menu->setAttribute(Qt::WA_DeleteOnClose);
   fillContextMenu(*menu, index, isByKey ? LayerRowPart::name : partAt(event->pos()));
   if (menu->isEmpty()) return menu->deleteLater();
+  markMenuRow(index);
+  connect(menu, &QMenu::aboutToHide, this, [this] { markMenuRow({}); });
   menu->popup(isByKey ? viewport()->mapToGlobal(rectOf(index, LayerRowPart::name).center())
                       : event->globalPos());
+}
+
+void LayerNSOutlineView::markMenuRow(const QModelIndex& row) {
+  const QModelIndex before = menuRow_;
+  menuRow_ = row;
+  for (const QModelIndex& changed : {before, row, currentIndex()}) update(changed);
 }
 
 void LayerNSOutlineView::fillContextMenu(QMenu& menu, const QModelIndex& index, LayerRowPart part) const {

@@ -96,8 +96,11 @@ class LayerNSOutlineView : public QTreeView {
   // The pointer.
   bool pressButton(const QModelIndex& index, LayerRowPart part);
   void sweepTo(const QPoint& point);
+  void endPress(const QPoint& point);
   void setPointer(const QModelIndex& row, LayerRowPart part, bool isPressed);
   bool showHelp(const QPoint& point, const QPoint& globalPoint);
+  /// The ring around the row that the open menu is about; an invalid index takes it away.
+  void markMenuRow(const QModelIndex& row);
   /// Left and Right close and open folders and walk between levels; true for a key that was used.
   bool walkLevels(int key, const QModelIndex& current);
 
@@ -115,6 +118,7 @@ class LayerNSOutlineView : public QTreeView {
   LayerRowPointer pointer_;
   LayerRowDelegate delegate_;
   QPersistentModelIndex lastSwept_;
+  QPersistentModelIndex menuRow_;
   bool isShowing_ = false;
   /// The ring around the active row is for those who work with keys.
   bool isUsedByKeys_ = false;

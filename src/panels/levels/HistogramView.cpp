@@ -14,6 +14,8 @@ namespace {
 constexpr int viewHeight = 100;
 constexpr float pointScale = 255.0F;
 constexpr double barOpacity = 0.7;
+/// Where the lines stand at the least from the sides.
+constexpr double edge = 1.5;
 
 }  // namespace
 
@@ -58,7 +60,8 @@ void HistogramView::paintEvent(QPaintEvent* /*event*/) {
   painter.fillPath(bars, QColor::fromRgbF(0.0F, 0.0F, 0.0F, static_cast<float>(barOpacity)));
 
   const auto drawPoint = [&](float point, const QColor& color) {
-    const double x = static_cast<double>(point / pointScale) * width();
+    // A line at the very edge would vanish under the frame.
+    const double x = std::clamp(static_cast<double>(point / pointScale) * width(), edge, width() - edge);
     painter.setPen(QPen(color, 1.0));
     painter.drawLine(QPointF(x, 0.0), QPointF(x, height()));
   };

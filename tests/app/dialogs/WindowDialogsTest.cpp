@@ -285,6 +285,16 @@ TEST_F(WindowDialogsTest, APanelRemembersItsSize) {
   static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
 }
 
+TEST_F(WindowDialogsTest, APanelHasRoomForTheNamesOfPlaces) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    const auto* places = panel.findChild<QWidget*>(QStringLiteral("sidebar"));
+    ASSERT_NE(places, nullptr);
+    EXPECT_GE(places->width(), 150);
+    panel.reject();
+  });
+  static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
+}
+
 // Exporting.
 
 TEST_F(WindowDialogsTest, AnExportStartsWithTheFirstFormat) {

@@ -36,14 +36,16 @@ class ChannelListViewTest : public testing::Test {
     QTest::mouseClick(list.viewport(), Qt::LeftButton, modifiers, point);
   }
   void clickEye(int row) { click(list.eyeOf(row).center()); }
+  void pressEye(int row) { QTest::mousePress(list.viewport(), Qt::LeftButton, {}, list.eyeOf(row).center()); }
+  void moveTo(int row, Qt::MouseButtons held = Qt::LeftButton) {
+    const QPoint point = list.eyeOf(row).center();
+    QMouseEvent move(QEvent::MouseMove, point, list.viewport()->mapToGlobal(QPointF(point)), Qt::NoButton,
+                     held, Qt::NoModifier);
+    QApplication::sendEvent(list.viewport(), &move);
+  }
   void sweep(const std::vector<int>& rows) {
-    QTest::mousePress(list.viewport(), Qt::LeftButton, {}, list.eyeOf(rows.front()).center());
-    for (const int row : rows) {
-      const QPoint point = list.eyeOf(row).center();
-      QMouseEvent move(QEvent::MouseMove, point, list.viewport()->mapToGlobal(QPointF(point)), Qt::NoButton,
-                       Qt::LeftButton, Qt::NoModifier);
-      QApplication::sendEvent(list.viewport(), &move);
-    }
+    pressEye(rows.front());
+    for (const int row : rows) moveTo(row);
     QTest::mouseRelease(list.viewport(), Qt::LeftButton, {}, list.eyeOf(rows.back()).center());
   }
   [[nodiscard]] std::vector<std::string> names() {
@@ -119,6 +121,45 @@ TEST_F(ChannelListViewTest, ASweepSetsItsRowsToOneValue) {
   EXPECT_EQ(shown(), ChannelVisibility{}) << "rows between aren't skipped";
   sweep({rgb, red});
   EXPECT_EQ(shown(), (ChannelVisibility{0, 0, 0})) << "the first row stands for all lanes";
+}
+
+TEST_F(ChannelListViewTest, ASweepOverThreeRowsInOneDragSetsThemToOneValue) {
+  sweep({red, green, blue});
+  EXPECT_EQ(shown(), (ChannelVisibility{0, 0, 0}));
+  EXPECT_EQ(document->undoStack.operations().size(), 0U);
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChannelListViewTest, ASweepWhoseReleaseWasLostEndsWithTheNextMove) {
+  pressEye(red);
+  moveTo(green, Qt::NoButton);
+  moveTo(blue);
+  EXPECT_EQ(shown(), (ChannelVisibility{0, 1, 1}));
+}
+
+TEST_F(ChannelListViewTest, ASweepEndsWithTheRowsThatItBeganOn) {
+  pressEye(blue);
+  document->changeColorMode(ColorMode::grayscale8);
+  moveTo(0);
+  EXPECT_EQ(shown(), (ChannelVisibility{1, 1, 0})) << "as the press left it";
+  document->undo();
+  moveTo(red);
+  EXPECT_EQ(shown(), (ChannelVisibility{1, 1, 0}));
+}
+
+TEST_F(ChannelListViewTest, ASweepGoesOnInAnotherDepthOfTheSameRows) {
+  pressEye(blue);
+  document->changeColorMode(ColorMode::rgb16);
+  moveTo(green);
+  EXPECT_EQ(shown(), (ChannelVisibility{1, 0, 0}));
+}
+
+TEST_F(ChannelListViewTest, AnotherDocumentEndsASweep) {
+  pressEye(blue);
+  const DocumentPtr other = makeDocument();
+  list.setDocument(other);
+  moveTo(red);
+  EXPECT_EQ(other->channelVisibility.value(), ChannelVisibility{});
 }
 
 TEST_F(ChannelListViewTest, ControlClicksOnThumbnailsLoadTheChannel) {

@@ -85,6 +85,25 @@ TEST_F(ColorPickerWindowTest, AColorBetweenTheStepsOfEightBitsIsNotChangedByOpen
   EXPECT_TRUE(told.empty());
 }
 
+TEST_F(ColorPickerWindowTest, AColorChangedElsewhereIsShownAndNotToldBack) {
+  open(cyan);
+  window.follow(red);
+  EXPECT_EQ(content().hex->field().text(), "FF0000");
+  EXPECT_EQ(model().originalColor.value(), cyan) << "the colour at the opening";
+  EXPECT_TRUE(told.empty());
+  type(content().green->field(), QStringLiteral("255"));
+  EXPECT_EQ(told.back(), (DisplayColor{1.0F, 1.0F, 0.0F, 1.0F})) << "further changes start from it";
+}
+
+TEST_F(ColorPickerWindowTest, CancelGivesBackTheFirstColorEvenIfItWasChangedElsewhere) {
+  open(cyan);
+  window.follow(red);
+  window.reject();
+  EXPECT_EQ(told, std::vector{cyan});
+  window.follow(red);
+  EXPECT_EQ(told.size(), 1U) << "a closed picker follows nothing";
+}
+
 TEST_F(ColorPickerWindowTest, DraggingInTheSquarePicksSaturationAndBrightness) {
   open(cyan);
   QTest::mousePress(content().square, Qt::LeftButton, {}, at(0.5, 0.5));
@@ -291,6 +310,33 @@ TEST_F(ColorPickerWindowTest, OpeningForAnotherColorLeavesTheOneBefore) {
   EXPECT_EQ(told, std::vector<DisplayColor>{red});
   EXPECT_EQ(background.back(), DisplayColor::white());
   EXPECT_EQ(content().name->text(), "Background Color");
+}
+
+TEST_F(ColorPickerWindowTest, WhatWasTypedBelongsToTheColorItWasTypedFor) {
+  open(cyan);
+  content().red->field().setFocus();
+  content().red->field().selectAll();
+  QTest::keyClicks(&content().red->field(), QStringLiteral("255"));
+  std::vector<DisplayColor> toldOther;
+  window.open(QStringLiteral("Background Color"), red,
+              [&](const DisplayColor& chosen) { toldOther.push_back(chosen); });
+  EXPECT_EQ(told, std::vector{DisplayColor::white()});
+  EXPECT_EQ(content().red->field().text(), "255");
+  EXPECT_EQ(content().green->field().text(), "0");
+  window.accept();
+  EXPECT_TRUE(toldOther.empty());
+}
+
+TEST_F(ColorPickerWindowTest, LabelsHaveTheirRoomAndTheFieldsOfAColumnLineUp) {
+  open(cyan);
+  const auto left = [&](ValueField& field) { return field.mapTo(&window, QPoint()).x(); };
+  EXPECT_EQ(left(content().hue->field()), left(content().saturation->field()));
+  EXPECT_EQ(left(content().hue->field()), left(content().brightness->field()));
+  EXPECT_EQ(left(content().hue->field()), left(content().hex->field()));
+  EXPECT_EQ(left(content().red->field()), left(content().blue->field()));
+  for (const QLabel* label : content().findChildren<QLabel*>()) {
+    EXPECT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString();
+  }
 }
 
 TEST_F(ColorPickerWindowTest, EveryControlHasAName) {

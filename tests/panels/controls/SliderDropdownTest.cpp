@@ -173,6 +173,21 @@ TEST_F(SliderDropdownTest, TypingTheSameNumberChangesNothing) {
   EXPECT_EQ(edits, oneEdit);
 }
 
+TEST_F(SliderDropdownTest, ATextThatNobodyTouchedLeavesTheFractionOfTheValue) {
+  control.setValue(0.507F);
+  clickText();
+  QTest::keyClick(&control.field(), Qt::Key_Return);
+  EXPECT_FALSE(control.isEditingText());
+  clickText();
+  before->setFocus();
+  EXPECT_FALSE(control.isEditingText());
+  EXPECT_EQ(control.value(), 0.507F);
+  EXPECT_TRUE(values.empty());
+  EXPECT_TRUE(edits.empty()) << "it is no edit";
+  typeOverTheText(QStringLiteral("50"));
+  EXPECT_EQ(control.value(), 0.5F) << "the same number, typed";
+}
+
 TEST_F(SliderDropdownTest, EscapeClosesTheFieldAndKeepsTheValue) {
   clickText();
   QTest::keyClicks(&control.field(), QStringLiteral("30"));

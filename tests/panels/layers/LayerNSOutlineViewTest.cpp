@@ -4,9 +4,12 @@
 #include <QHelpEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QScrollBar>
 #include <QToolTip>
 
+#include "model/PixelSupport.h"
 #include "panels/layers/LayerPanelSupport.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -76,6 +79,20 @@ TEST_F(LayerNSOutlineViewTest, AClickOnARowMakesItActive) {
   EXPECT_EQ(activeName(*document), "b");
 }
 
+TEST_F(LayerNSOutlineViewTest, TheOtherButtonsChooseNoRow) {
+  document->addLayerMask(layer("b"));
+  const std::size_t before = records();
+  for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+    for (const Part part : {Part::name, Part::visibility, Part::thumbnail, Part::maskThumbnail, Part::lock}) {
+      QTest::mouseClick(outline.viewport(), button, {}, center("b", part));
+    }
+  }
+  EXPECT_EQ(activeName(*document), "d");
+  EXPECT_EQ(selectedName(), "d");
+  EXPECT_FALSE(layer("b")->isMaskSelected.value());
+  EXPECT_EQ(records(), before);
+}
+
 TEST_F(LayerNSOutlineViewTest, RemovingTheActiveNodeLeavesTheChoiceToTheDocument) {
   activate(*document, "b");
   document->removeNode(idOf(*document, "b"));
@@ -118,6 +135,15 @@ TEST_F(LayerNSOutlineViewTest, ControlClicksOnThumbnailsLoadTheSelection) {
   EXPECT_EQ(activeName(*document), "a");
 }
 
+TEST_F(LayerNSOutlineViewTest, LoadingTheTransparencyLeavesTheMaskAsWhatIsEdited) {
+  document->addLayerMask(layer("b"));
+  document->setMaskSelected(idOf(*document, "b"), true);
+  click("b", Part::thumbnail, Qt::ControlModifier);
+  EXPECT_EQ(document->undoStack.undoActionName(), "Select Layer Transparency");
+  EXPECT_TRUE(layer("b")->isMaskSelected.value());
+  EXPECT_EQ(activeName(*document), "b");
+}
+
 TEST_F(LayerNSOutlineViewTest, RowsWithoutAMaskHaveNeitherItsThumbnailNorTheChain) {
   EXPECT_TRUE(outline.rectOf(at("a"), Part::maskThumbnail).isEmpty());
   EXPECT_TRUE(outline.rectOf(at("a"), Part::chain).isEmpty());
@@ -152,6 +178,53 @@ TEST_F(LayerNSOutlineViewTest, AFastSweepSkipsNoRow) {
   moveTo(center("Background", Part::visibility) + QPoint(60, 0));
   release(center("Background", Part::visibility));
   for (const char* name : {"a", "b", "c", "d", "Background"}) EXPECT_FALSE(isVisible(name)) << name;
+}
+
+TEST_F(LayerNSOutlineViewTest, ASweepWhoseReleaseWasLostEndsWithTheNextMove) {
+  const std::size_t before = records();
+  press(center("d", Part::visibility));
+  moveTo(center("c", Part::visibility));
+  moveTo(center("a", Part::visibility), Qt::NoButton);
+  EXPECT_EQ(records(), before + 1);
+  EXPECT_TRUE(isVisible("a"));
+  moveTo(center("Background", Part::visibility));
+  EXPECT_TRUE(isVisible("Background"));
+  document->undo();
+  EXPECT_TRUE(isVisible("c"));
+  EXPECT_TRUE(isVisible("d"));
+}
+
+TEST_F(LayerNSOutlineViewTest, APressOnALockWhoseReleaseWasLostDoesNothing) {
+  press(center("d", Part::lock));
+  moveTo(center("d", Part::lock), Qt::NoButton);
+  release(center("d", Part::lock));
+  EXPECT_FALSE(node("d").isLocked().value());
+}
+
+TEST_F(LayerNSOutlineViewTest, ARefusedSweepIsToldOnce) {
+  std::mt19937 random{5};
+  document = makeRandomDocument(ColorMode::rgb8, random);
+  for (const char* name : {"a", "b"}) document->addLayer(name);
+  panel.setDocument(document);
+  const ChangeRecorder changes(*document);
+  {
+    const ScopedMemoryLimit limit(0);
+    press(center("b", Part::visibility));
+    for (const char* name : {"a", "Background"}) moveTo(center(name, Part::visibility));
+    release(center("Background", Part::visibility));
+  }
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+  for (const char* name : {"b", "a", "Background"}) EXPECT_TRUE(isVisible(name)) << name;
+}
+
+TEST_F(LayerNSOutlineViewTest, ANodeThatVanishesUnderASweepEndsNothingElse) {
+  press(center("d", Part::visibility));
+  document->removeNode(idOf(*document, "d"));
+  moveTo(center("b", Part::visibility));
+  release(center("b", Part::visibility));
+  EXPECT_EQ(treeText(*document), "Background, a, b, c");
+  click("a", Part::visibility);
+  EXPECT_FALSE(isVisible("a")) << "the next click works";
 }
 
 TEST_F(LayerNSOutlineViewTest, AClickOnAnEyeIsAChangeOfThatNode) {
@@ -470,6 +543,11 @@ TEST_F(LayerNSOutlineViewTest, ScreenReadersReachEyeLockAndChain) {
   EXPECT_TRUE(cell(LayerTreeModel::visibilityColumn)->state().checked);
   EXPECT_EQ(cell(LayerTreeModel::lockColumn)->rect().center(),
             outline.viewport()->mapToGlobal(center("d", Part::lock)));
+}
+
+TEST_F(LayerNSOutlineViewTest, TheScrollBarHasTheListsName) {
+  EXPECT_EQ(outline.verticalScrollBar()->accessibleName(), outline.accessibleName());
+  EXPECT_EQ(outline.accessibleName(), "Layers");
 }
 
 TEST_F(LayerNSOutlineViewTest, TooltipsTellWhatPartsDoAndWholeNames) {

@@ -51,9 +51,9 @@ class LayerPanelTest : public testing::Test {
   void press(const QPoint& point, Qt::KeyboardModifiers modifiers = {}) {
     QTest::mousePress(outline.viewport(), Qt::LeftButton, modifiers, point);
   }
-  void moveTo(const QPoint& point) {
+  void moveTo(const QPoint& point, Qt::MouseButtons held = Qt::LeftButton) {
     QMouseEvent move(QEvent::MouseMove, point, outline.viewport()->mapToGlobal(QPointF(point)), Qt::NoButton,
-                     Qt::LeftButton, Qt::NoModifier);
+                     held, Qt::NoModifier);
     QApplication::sendEvent(outline.viewport(), &move);
   }
   void release(const QPoint& point, Qt::KeyboardModifiers modifiers = {}) {

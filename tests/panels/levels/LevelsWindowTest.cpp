@@ -9,6 +9,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "model/PixelSupport.h"
 #include "panels/controls/DirectSlider.h"
 #include "raster/HalfFloat.h"
 
@@ -161,12 +162,28 @@ TEST_F(LevelsWindowTest, ClosingThePanelByItsFrameCancels) {
 TEST_F(LevelsWindowTest, ASelectionLimitsPreviewAndResult) {
   openOnGrey();
   window.reject();
+  test::selectRect(*document, {0, 0, 10, 10});
+  const auto expectLimited = [this] {
+    EXPECT_EQ(pixels().pixelAt(9, 9), 0xFF000000U);
+    EXPECT_EQ(pixels().pixelAt(10, 9), 0xFF808080U);
+    EXPECT_EQ(pixels().pixelAt(9, 10), 0xFF808080U);
+  };
+  window.openFor(document);
+  content().black.slider->setValue(200);
+  expectLimited();
+  content().okButton->click();
+  expectLimited();
+}
+
+TEST_F(LevelsWindowTest, AnEmptySelectionLimitsNothing) {
+  openOnGrey();
+  window.reject();
   document->selectAll();
   document->invertSelection();
   document->ensureSelection();
   window.openFor(document);
   content().black.slider->setValue(200);
-  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U) << "an empty selection limits nothing";
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U);
 }
 
 TEST_F(LevelsWindowTest, ADragIsContinuousEditingAndMarksTheThumbnailsAtItsEnd) {
@@ -222,6 +239,24 @@ TEST_F(LevelsWindowTest, OpeningAgainOnTheSameLayerKeepsTheLevels) {
   EXPECT_EQ(records(), 1U);
 }
 
+TEST_F(LevelsWindowTest, ACopyOfTheFileIsAnotherDocumentAlthoughItsLayersHaveTheSameIDs) {
+  openOnGrey();
+  content().black.slider->setValue(200);
+  const auto twinLayer =
+      std::make_shared<Layer>(NodeValues{.id = layer->id, .name = "Twin"}, document->makeLayerTexture());
+  const DocumentPtr twin = Document::create(
+      {.width = 40, .height = 30, .rootNodes = {LayerNode(twinLayer)}, .selectedNodeID = layer->id},
+      MetalContext::shared());
+  window.openFor(twin);
+  EXPECT_EQ(window.model().levels(), Levels{}) << "an adjustment of its own";
+  EXPECT_EQ(document->undoStack.undoActionName(), "Levels") << "the other's is kept";
+  content().black.slider->setValue(100);
+  content().okButton->click();
+  EXPECT_EQ(twin->undoStack.operations().size(), 1U);
+  EXPECT_EQ(records(), 2U);
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF000000U);
+}
+
 TEST_F(LevelsWindowTest, OpeningOnAnotherLayerKeepsWhatWasShown) {
   openOnGrey();
   content().black.slider->setValue(10);
@@ -270,6 +305,25 @@ TEST_F(LevelsWindowTest, WithoutItsLayerThePanelCloses) {
   document->removeNode(layer->id);
   QApplication::processEvents();
   EXPECT_FALSE(window.isVisible());
+}
+
+TEST(HistogramViewTest, ThePointsAreLinesThatStandWhereTheyAreUpToTheEdges) {
+  LevelsModel model;
+  HistogramView view(model, nullptr);
+  view.resize(255, 100);
+  // The middle row of a picture; the lines lie between pixels or on them.
+  const auto isLine = [&](int x, const QColor& color) {
+    const QColor shown = view.grab().toImage().pixelColor(x, 50);
+    return color == Qt::blue ? shown.blue() > shown.red() : shown.red() > shown.blue();
+  };
+  EXPECT_TRUE(isLine(1, Qt::blue));
+  EXPECT_TRUE(isLine(253, Qt::red));
+  model.blackPoint = 100.0F;
+  model.whitePoint = 180.0F;
+  EXPECT_TRUE(isLine(100, Qt::blue));
+  EXPECT_TRUE(isLine(180, Qt::red));
+  EXPECT_FALSE(isLine(1, Qt::blue));
+  EXPECT_FALSE(isLine(253, Qt::red));
 }
 
 TEST(HistogramViewTest, BarsAreLogarithms) {
