@@ -202,6 +202,111 @@ TEST_P(SampledComposites, FollowEveryStepOfAGesture) {
   expectSamplesOf(flattened(stack), grid, sampled.evaluate(*stack.plan(composite, folder), grid));
 }
 
+/// The steps of the canvas alone, any of which may change between two frames.
+class ChangingSteps {
+ public:
+  ChangingSteps(const Stack& stack, std::mt19937& random) : stack_(stack), random_(random) {
+    for (int i = 0; i < 6; ++i) {
+      steps_.push_back({i % 5, i % 2 == 1, allBlendModes[below(allBlendModes.size())], 0.9F, true});
+    }
+  }
+
+  void change() {
+    Step& step = steps_[steps_.size() - 1 - below(steps_.size())];
+    switch (below(5)) {
+      case 0:
+        if (steps_.size() > 1) steps_.pop_back();
+        break;
+      case 1:
+        steps_.insert(steps_.begin() + static_cast<std::ptrdiff_t>(below(steps_.size())), steps_.back());
+        break;
+      default:
+        changeOften(step);
+    }
+  }
+
+  [[nodiscard]] std::unique_ptr<CompositePlan> plan(Surface& canvas) const {
+    auto made = std::make_unique<CompositePlan>(canvas);
+    for (const Step& step : steps_) {
+      const auto at = static_cast<std::size_t>(step.layer);
+      CompositeParams params = paramsOf(step.blend, step.opacity, stack_.mode, step.isMasked);
+      params.visible = step.isVisible ? 1U : 0U;
+      made->compositeLayer(0, params, stack_.layers[at], step.isMasked ? &stack_.masks[at] : nullptr);
+    }
+    return made;
+  }
+
+  /// As a slider does: the same step, frame after frame.
+  void slide(std::size_t index) { steps_[index % steps_.size()].opacity = fraction(); }
+
+ private:
+  struct Step {
+    int layer;
+    bool isMasked;
+    BlendMode blend;
+    float opacity;
+    bool isVisible;
+  };
+
+  void changeOften(Step& step) {
+    step.isVisible = !step.isVisible;
+    step.opacity = fraction();
+    step.blend = allBlendModes[below(allBlendModes.size())];
+  }
+  std::size_t below(std::size_t end) { return random_() % end; }
+  float fraction() { return static_cast<float>(1 + below(99)) / 100.0F; }
+
+  const Stack& stack_;
+  std::mt19937& random_;
+  std::vector<Step> steps_;
+};
+
+TEST_P(SampledComposites, FollowTheSameStepForFramesAndThenAnother) {
+  SampledComposite sampled;
+  ChangingSteps steps(stack, random);
+  SampleGrid grid = SampleGrid::ofView(uniformsOf(views[1]));
+  for (int round = 0; round < 40; ++round) {
+    SCOPED_TRACE(round);
+    if (round % 7 == 6) fillRandomTile(stack.layers[random() % 5], static_cast<int>(random() % 9), random);
+    if (round % 11 == 10) grid = SampleGrid::ofView(uniformsOf(views[random() % views.size()]));
+    const std::size_t index = random();
+    for (int frame = 0; frame < 4; ++frame) {
+      if (round % 3 == 2) {
+        steps.change();
+      } else {
+        steps.slide(index);
+      }
+      Surface whole = newComposite();
+      steps.plan(whole)->run(CompositeScope::allTiles);
+      expectSamplesOf(whole, grid, sampled.evaluate(*steps.plan(composite), grid));
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+}
+
+/// What is below a step that changes is read once, and then not any more.
+TEST(SampledComposite, KeepsWhatIsBelowTheStepThatChanges) {
+  std::mt19937 random(9);
+  const Stack stack(ColorMode::rgb16, random);
+  Surface canvas(compositePixelFormat(ColorMode::rgb16), canvasWidth, canvasHeight);
+  const SampleGrid grid = SampleGrid::ofView(uniformsOf({0.5F, 1.0F, 0.0F}));
+  SampledComposite sampled;
+  std::vector<std::size_t> kept;
+  for (int frame = 0; frame < 4; ++frame) {
+    CompositePlan plan(canvas);
+    for (std::size_t i = 0; i < stack.layers.size(); ++i) {
+      const float opacity = i == 4 ? 0.1F * static_cast<float>(frame + 1) : 0.5F;
+      plan.compositeLayer(0, paramsOf(BlendMode::normal, opacity, ColorMode::rgb16, false), stack.layers[i],
+                          nullptr);
+    }
+    sampled.evaluate(plan, grid);
+    kept.push_back(sampled.keptBytes());
+  }
+  EXPECT_EQ(kept[1], kept[0]);
+  EXPECT_GT(kept[2], kept[1]);
+  EXPECT_EQ(kept[3], kept[2]);
+}
+
 TEST_P(SampledComposites, CompositeOnlyWhatHasChanged) {
   SampledComposite sampled;
   const SampleGrid grid = SampleGrid::ofView(uniformsOf({0.5F, 1.0F, 0.0F}));

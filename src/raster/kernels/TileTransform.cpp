@@ -368,10 +368,18 @@ const std::byte* TileTransform::cornerWithinTile(int x, int y) const {
          static_cast<std::ptrdiff_t>(y % tileSide * tileSide + x % tileSide) * source_.pixelBytes();
 }
 
+/// Copies the four neighbours of every collected sample. A size that is known copies without a call.
+template <std::size_t pixelBytes>
+void TileTransform::readAllNeighbours() {
+  for (std::size_t i = 0; i < static_cast<std::size_t>(collectedCount_); ++i) {
+    readNeighbours<pixelBytes>(collected_[i], corners_[i], neighbours_.data() + i * 4 * pixelBytes);
+  }
+}
+
 /// Copies the four neighbours of a sample, one by one where they don't stand together.
+template <std::size_t pixelBytes>
 void TileTransform::readNeighbours(const CollectedSample& sample, const std::byte* corner,
                                    std::byte* out) const {
-  const auto pixelBytes = static_cast<std::size_t>(source_.pixelBytes());
   if (corner != nullptr) {
     std::memcpy(out, corner, 2 * pixelBytes);
     std::memcpy(out + 2 * pixelBytes, corner + tileSide * pixelBytes, 2 * pixelBytes);
@@ -393,9 +401,15 @@ void TileTransform::readNeighbours(const CollectedSample& sample, const std::byt
 
 void TileTransform::addCollected(float* sums) {
   if (collectedCount_ == 0) return;
-  const std::size_t sampleBytes = 4 * static_cast<std::size_t>(source_.pixelBytes());
-  for (std::size_t i = 0; i < static_cast<std::size_t>(collectedCount_); ++i) {
-    readNeighbours(collected_[i], corners_[i], neighbours_.data() + i * sampleBytes);
+  switch (source_.pixelBytes()) {
+    case 2:
+      readAllNeighbours<2>();
+      break;
+    case 4:
+      readAllNeighbours<4>();
+      break;
+    default:
+      readAllNeighbours<8>();
   }
   const int padded = (collectedCount_ * 4 + 15) / 16 * 16;
   premultiplyRow(source_.format(), neighbours_.data(), premultiplied_.data(), padded);

@@ -76,6 +76,9 @@ class TileTransform {
   void addPoints(const SampleBlock& samples, std::size_t row, const SampleLine& line, float* sums);
   void collect(FixedPoint u, FixedPoint v, std::uint32_t output, float* sums);
   [[nodiscard]] const std::byte* cornerWithinTile(int x, int y) const;
+  template <std::size_t pixelBytes>
+  void readAllNeighbours();
+  template <std::size_t pixelBytes>
   void readNeighbours(const CollectedSample& sample, const std::byte* corner, std::byte* out) const;
   void addCollected(float* sums);
 
