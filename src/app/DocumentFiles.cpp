@@ -39,6 +39,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
       opener_(appState.metalContext, activity, dialogs),
       writer_(appState.metalContext, activity) {
   opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
+  opener_.onLoadingChanged = [this] {
+    if (onLoadingChanged) onLoadingChanged();
+  };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);

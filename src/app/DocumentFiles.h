@@ -40,6 +40,12 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void open(const QStringList& paths);
   /// The same for files dropped on the canvas.
   void openDropped(const QStringList& paths);
+  /// Called when `loadingFile` changes.
+  std::function<void()> onLoadingChanged;
+  /// The file of the latest request to open whose document will be active; null while none is read.
+  [[nodiscard]] LoadingFilePtr loadingFile() const { return opener_.loadingFile(); }
+  /// Cancels the latest request to open.
+  void cancelLoading() { opener_.cancelLatest(); }
   /// Moves the file to the front of the recent documents and notifies observers.
   void noteRecentDocument(const QString& path);
 

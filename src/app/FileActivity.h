@@ -19,6 +19,11 @@ class FileActivity {
   void advance(Work work, double workFraction);
   void end(Work work);
 
+  /// Of one running work.
+  [[nodiscard]] double fractionOf(Work work) const;
+  /// Averaged over all running work but this one; nothing while there is no other.
+  [[nodiscard]] std::optional<double> fractionWithout(std::optional<Work> work) const;
+
  private:
   void publish();
 

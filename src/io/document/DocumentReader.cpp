@@ -115,16 +115,8 @@ Described<OpenedDocument> open(Described<ZipReader> archive, const MetalContext&
                                const Progress& progress) {
   if (!archive) return because(archive.error());
   if (progress.isCancelled()) return cancelled();
-  const auto entry = archive->find("manifest.json");
-  if (!entry.has_value()) return because(QStringLiteral("The archive contains no document."));
-  const auto text = archive->readAll(*entry, maximumManifestBytes);
-  if (!text) return because(text.error());
-  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
+  auto manifest = readManifest(*archive, progress);
   if (!manifest) return because(manifest.error());
-  const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
-  if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
-    return because(QStringLiteral("The document's canvas is not between 1 and 16384 pixels on a side."));
-  }
   if (!gridsFitInMemory(*manifest)) return because(tooMuchMemory());
   OpenedDocument opened{std::move(*archive), std::move(*manifest), {}, {}};
   if (auto planned = Planner(opened, context).plan(progress); !planned) return because(planned.error());
@@ -184,6 +176,20 @@ LayerNodeList buildTree(const OpenedDocument& opened) {
 }
 
 }  // namespace
+
+Described<Manifest> readManifest(const ZipReader& archive, const Progress& progress) {
+  const auto entry = archive.find("manifest.json");
+  if (!entry.has_value()) return because(QStringLiteral("The archive contains no document."));
+  const auto text = archive.readAll(*entry, maximumManifestBytes);
+  if (!text) return because(text.error());
+  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
+  if (!manifest) return because(manifest.error());
+  const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
+  if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
+    return because(QStringLiteral("The document's canvas is not between 1 and 16384 pixels on a side."));
+  }
+  return manifest;
+}
 
 Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                        const Progress& progress) {

@@ -42,6 +42,9 @@ struct OpenedDocument {
   std::vector<TextureLoadRequest> requests;
 };
 
+/// The manifest of an archive, with a canvas of a possible size.
+[[nodiscard]] Described<Manifest> readManifest(const ZipReader& archive, const Progress& progress = {});
+
 [[nodiscard]] Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                                      const Progress& progress = {});
 /// The bytes must outlive the result.
