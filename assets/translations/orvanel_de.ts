@@ -981,6 +981,22 @@ Klicken, um eine andere zu wählen</translation>
         <source>Your changes will be lost if you don&apos;t save them.</source>
         <translation>Ihre Änderungen gehen verloren, wenn Sie sie nicht speichern.</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot; is no longer where it was.</source>
+        <translation>„%1“ ist nicht mehr an seinem Ort.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; has been changed by another program.</source>
+        <translation>„%1“ wurde von einem anderen Programm geändert.</translation>
+    </message>
+    <message>
+        <source>The file is not the one that was opened or saved here. Saving anyway replaces what the other program has written. Nothing is lost so far: your document is still open with all its changes.</source>
+        <translation>Die Datei ist nicht mehr die, die hier geöffnet oder gespeichert wurde. Wenn Sie trotzdem speichern, wird ersetzt, was das andere Programm geschrieben hat. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
+    </message>
+    <message>
+        <source>The file has been moved, renamed or deleted since it was opened or saved here. Nothing is lost: your document is still open with all its changes. Saving it anyway makes a new file there.</source>
+        <translation>Die Datei wurde verschoben, umbenannt oder gelöscht, seit sie hier geöffnet oder gespeichert wurde. Nichts ist verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet. Wenn Sie trotzdem speichern, entsteht dort eine neue Datei.</translation>
+    </message>
 </context>
 <context>
     <name>orvanel::DocumentInfoSection</name>
@@ -1450,6 +1466,51 @@ Klicken, um eine andere zu wählen</translation>
     </message>
 </context>
 <context>
+    <name>orvanel::LoadingCard</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Cancel (Esc): stop opening the file</source>
+        <translation>Abbrechen (Esc): Öffnen der Datei beenden</translation>
+    </message>
+    <message>
+        <source>Opening %1…</source>
+        <translation>%1 wird geöffnet …</translation>
+    </message>
+    <message numerus="yes">
+        <source>Opening %1 and %n more…</source>
+        <translation>
+            <numerusform>%1 und %n weitere Datei werden geöffnet …</numerusform>
+            <numerusform>%1 und %n weitere Dateien werden geöffnet …</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>orvanel::LoadingTab</name>
+    <message>
+        <source>Cancel opening this file</source>
+        <translation>Öffnen dieser Datei abbrechen</translation>
+    </message>
+    <message>
+        <source>%1, opening</source>
+        <translation>%1, wird geöffnet</translation>
+    </message>
+    <message>
+        <source>Opening %1</source>
+        <translation>%1 wird geöffnet</translation>
+    </message>
+    <message>
+        <source>Cancel opening %1</source>
+        <translation>Öffnen von %1 abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>orvanel::MagicWandOptions</name>
     <message>
         <source>Contiguous</source>
@@ -1525,6 +1586,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Keyboard Shortcuts</source>
         <translation>Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>Opening %1</source>
+        <translation>%1 wird geöffnet</translation>
     </message>
 </context>
 <context>
@@ -1950,6 +2015,14 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Format:</source>
         <translation>Format:</translation>
+    </message>
+    <message>
+        <source>Save As…</source>
+        <translation>Speichern unter …</translation>
+    </message>
+    <message>
+        <source>Save Anyway</source>
+        <translation>Trotzdem speichern</translation>
     </message>
 </context>
 <context>

@@ -15,6 +15,7 @@ namespace orvanel {
 struct ShortcutGroup;
 
 enum class SaveAnswer { save, dontSave, cancel };
+enum class OverwriteAnswer { saveAnyway, saveAs, cancel };
 
 // The user's input, not yet validated.
 
@@ -68,6 +69,8 @@ class Dialogs {
     showWarning(tr("Invalid Dimensions"), tr("Width and height must be between 1 and 16384 pixels."));
   }
   virtual SaveAnswer askToSave(const QString& message, const QString& informativeText) = 0;
+  /// Asks what to do about a file that another program has changed or removed. Cancels if it can't ask.
+  virtual OverwriteAnswer askToOverwrite(const QString& message, const QString& informativeText) = 0;
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) = 0;
   virtual std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) = 0;

@@ -113,6 +113,20 @@ SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& infor
   return box.clickedButton() == dontSave ? SaveAnswer::dontSave : SaveAnswer::cancel;
 }
 
+OverwriteAnswer WindowDialogs::askToOverwrite(const QString& message, const QString& informativeText) {
+  if (isHoldingWarnings_) return OverwriteAnswer::cancel;
+  QMessageBox box(window_);
+  fillAlert(box, message, informativeText);
+  QPushButton* saveAs = box.addButton(tr("Save As…"), QMessageBox::AcceptRole);
+  QPushButton* anyway = box.addButton(tr("Save Anyway"), QMessageBox::DestructiveRole);
+  QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
+  box.setDefaultButton(saveAs);
+  box.setEscapeButton(cancel);
+  box.exec();
+  if (box.clickedButton() == saveAs) return OverwriteAnswer::saveAs;
+  return box.clickedButton() == anyway ? OverwriteAnswer::saveAnyway : OverwriteAnswer::cancel;
+}
+
 std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {
   NewDocumentDialog dialog(window_);
   return enteredIn(dialog);

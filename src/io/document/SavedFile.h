@@ -10,9 +10,8 @@
 #include <vector>
 
 #include "io/archive/EntryParts.h"
-#include "io/files/FileIdentity.h"
 #include "io/files/InputFile.h"
-#include "model/FileMemory.h"
+#include "io/files/KnownFile.h"
 #include "raster/Surface.h"
 
 namespace orvanel {
@@ -42,9 +41,9 @@ struct SavedSurface {
 /// By the path of the entry.
 using SavedSurfaces = std::map<std::string, SavedSurface>;
 
-struct SavedFile final : FileMemory {
+struct SavedFile final : KnownFile {
+  /// Where it really stands.
   std::string path;
-  FileIdentity identity;
   SavedSurfaces surfaces;
 
   /// Opens the file if it is still the one that was saved or loaded.

@@ -180,6 +180,7 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   LibraryMessages messages;
   auto opened = InputFile::open(path, progress);
   if (!opened) return because(opened.error());
+  const std::optional<FileIdentity> identity = (*opened)->identity();
   // Some decoders read the whole file into memory, and a sparse file can be far larger than its disk.
   if (!pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return because(notEnoughMemory());
   if (isTiff(**opened)) LibraryMessages::catchTiff();
@@ -197,7 +198,9 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
     auto decoded = onDisplay(std::move(heif->image), traits);
-    if (decoded) decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
+    if (!decoded) return decoded;
+    decoded->identity = identity;
+    decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
     return decoded;
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
@@ -213,6 +216,7 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
   auto decoded = onDisplay(std::move(image), traits);
   if (!decoded) return decoded;
+  decoded->identity = identity;
   decoded->isIncomplete = isIncomplete;
   decoded->pictureCount = pictureCount(**file);
   decoded->metadata = ImageMetadata::read(path, **file,

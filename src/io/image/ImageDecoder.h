@@ -23,6 +23,8 @@ struct DecodedImage {
   int pictureCount = 1;
   /// Null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
+  /// Of the file, before it was read.
+  std::optional<FileIdentity> identity = std::nullopt;
 };
 
 [[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});
