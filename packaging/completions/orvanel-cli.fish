@@ -1,5 +1,6 @@
 # fish completion for orvanel-cli
 complete -c orvanel-cli -n __fish_use_subcommand -f -a info -d 'Describe a document or image as JSON'
+complete -c orvanel-cli -n __fish_use_subcommand -f -a check -d 'Say whether documents are whole'
 complete -c orvanel-cli -n __fish_use_subcommand -f -a convert -d 'Write it in another format'
 complete -c orvanel-cli -n __fish_use_subcommand -f -a run -d 'Run the steps of a script'
 complete -c orvanel-cli -n '__fish_seen_subcommand_from run' -l time -d 'Print the duration of each step'

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <optional>
 #include <string>
 
+#include "cli/CheckCommand.h"
 #include "cli/ConvertCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Output.h"
@@ -17,6 +19,8 @@ namespace {
 
 constexpr std::array table{
     Subcommand{"info", "FILE", "Describe a document or image as one JSON object", 1, 1, runInfo},
+    Subcommand{"check", "FILE...", "Say of each document, entry by entry, whether it is whole", 1,
+               std::numeric_limits<int>::max(), runCheck},
     Subcommand{"convert", "IN OUT",
                "Write IN as OUT in the format given by the extension of OUT:\n"
                "                        tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
@@ -39,8 +43,8 @@ QString helpText() {
   text += QStringLiteral(
       "  --help                Show this and exit\n"
       "  --version             Show the version and exit\n\n"
-      "Exit status: 0 for success, 1 if a file can't be read or written or a step fails,\n"
-      "2 for invalid usage.\n");
+      "Exit status: 0 for success, 1 if a file can't be read or written, isn't whole,\n"
+      "or a step fails, 2 for invalid usage.\n");
   return text;
 }
 

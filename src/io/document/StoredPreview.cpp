@@ -10,8 +10,6 @@
 namespace orvanel {
 namespace {
 
-constexpr const char* previewEntry = "preview.png";
-
 Described<QImage> decoded(const ByteBuffer& png) {
   QByteArray bytes =
       QByteArray::fromRawData(reinterpret_cast<const char*>(png.data()), static_cast<qsizetype>(png.size()));
@@ -38,7 +36,7 @@ Described<QImage> previewIn(const Described<ZipReader>& archive) {
 }  // namespace
 
 Described<QImage> readStoredPreview(const ZipReader& archive) {
-  const auto entry = archive.find(previewEntry);
+  const auto entry = archive.find(previewEntryPath);
   if (!entry) return because(QStringLiteral("The document has no preview."));
   const auto png = archive.readAll(*entry, maximumPreviewBytes);
   if (!png) return because(png.error());

@@ -13,6 +13,8 @@ namespace orvanel {
 
 class ZipReader;
 
+/// The preview's entry in a document's archive.
+inline constexpr const char* previewEntryPath = "preview.png";
 /// The largest preview that is read: twice the side that is written, and as many bytes as such a picture
 /// takes without compression.
 inline constexpr int maximumPreviewSide = 1024;

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <mutex>
 
-#include "io/document/LayerData.h"
 #include "io/files/FileName.h"
 #include "io/files/Parallel.h"
 #include "raster/MemoryBudget.h"
@@ -16,18 +15,6 @@ namespace {
 
 QString tooMuchMemory() {
   return QStringLiteral("There is not enough memory for this document.");
-}
-
-/// The header must agree with the surface that the tree asks for, and the entry's length with both.
-Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
-                            const Surface& surface) {
-  const bool agrees = header.surfaceFormat() == surface.format() &&
-                      header.width == static_cast<std::uint32_t>(surface.width()) &&
-                      header.height == static_cast<std::uint32_t>(surface.height()) &&
-                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
-  if (agrees) return {};
-  return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
-                     .arg(displayName(QString::fromStdString(entry.path))));
 }
 
 /// Whether all half floats are in the range 0 to 1. Nearly all rows are, and then need no search for values
@@ -248,6 +235,18 @@ SavedSurfaces savedSurfaces(const OpenedDocument& opened, const std::vector<Surf
 }
 
 }  // namespace
+
+// The header must agree with the surface that the tree asks for, and the entry's length with both.
+Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
+                            const Surface& surface) {
+  const bool agrees = header.surfaceFormat() == surface.format() &&
+                      header.width == static_cast<std::uint32_t>(surface.width()) &&
+                      header.height == static_cast<std::uint32_t>(surface.height()) &&
+                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
+  if (agrees) return {};
+  return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
+                     .arg(displayName(QString::fromStdString(entry.path))));
+}
 
 Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress) {
   const auto& entries = opened.archive.entries();
