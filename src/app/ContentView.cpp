@@ -162,7 +162,7 @@ void ContentView::connectLoadingPlace() {
   canvasPane_->loadingView().onCancel = [this] { loadingPlace_->cancel(); };
   tabBar_->onSelectLoading = [this] { loadingPlace_->bringForward(); };
   tabBar_->onCancelLoading = [this] { loadingPlace_->cancel(); };
-  loadingProgress_ = files_.activity.fraction.addNotifier([this] { showLoadingProgress(); });
+  loadingProgress_ = files_.activity.changes.addNotifier([this] { showLoadingProgress(); });
 }
 
 void ContentView::showLoadingFile() {

@@ -41,6 +41,7 @@ std::optional<double> FileActivity::fractionWithout(std::optional<Work> without)
 
 void FileActivity::publish() {
   fraction = fractionWithout(std::nullopt);
+  changes = changes.value() + 1;
 }
 
 }  // namespace orvanel

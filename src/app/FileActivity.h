@@ -14,6 +14,8 @@ class FileActivity {
 
   /// From 0 to 1, averaged over all running work; nothing while there is none.
   QProperty<std::optional<double>> fraction;
+  /// Counts what begins, advances and ends, also where that leaves the average as it is.
+  QProperty<int> changes;
 
   [[nodiscard]] Work begin();
   void advance(Work work, double workFraction);

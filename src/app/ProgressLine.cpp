@@ -79,7 +79,7 @@ ProgressLine::ProgressLine(FileActivity& activity, QWidget* parent)
   connect(cancelButton_, &QAbstractButton::clicked, this, [this] {
     if (onCancel) onCancel();
   });
-  notifier_ = activity_.fraction.addNotifier([this] { activityChanged(); });
+  notifier_ = activity_.changes.addNotifier([this] { activityChanged(); });
   activityChanged();
 }
 

@@ -99,12 +99,21 @@ QImage LoadingView::drawFrame() const {
   background_.render(encoder, context, nullptr);
   if (!canvas_.isEmpty()) checkerboard_.render(encoder, context, nullptr);
   encoder.endEncoding();
-  const QRect place = pictureRect();
-  if (!picture_.isNull() && !place.isEmpty()) {
-    QPainter(&frame).drawImage(
-        place, picture_.scaled(place.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-  }
+  paintPicture(frame);
   return frame;
+}
+
+// The toolkit spreads the rows of a large picture over the threads that read files, and would wait for them.
+void LoadingView::paintPicture(QImage& frame) const {
+  constexpr int rowsAtOnce = 32;
+  const QRect place = pictureRect();
+  if (picture_.isNull() || place.isEmpty()) return;
+  QPainter painter(&frame);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  for (int y = place.top(); y <= place.bottom(); y += rowsAtOnce) {
+    painter.setClipRect(place.left(), y, place.width(), rowsAtOnce);
+    painter.drawImage(place, picture_);
+  }
 }
 
 void LoadingView::paintEvent(QPaintEvent* /*event*/) {

@@ -52,6 +52,7 @@ class LoadingView : public QWidget {
   [[nodiscard]] QSize drawablePixels() const;
   [[nodiscard]] CanvasViewContext viewContext() const;
   [[nodiscard]] QImage drawFrame() const;
+  void paintPicture(QImage& frame) const;
 
   BackgroundLayer background_;
   CheckerboardLayer checkerboard_;

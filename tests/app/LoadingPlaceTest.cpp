@@ -8,6 +8,7 @@
 #include "AppFixture.h"
 #include "BackgroundBlock.h"
 #include "canvas/CanvasPaneView.h"
+#include "io/document/SavedFile.h"
 #include "panels/bars/DocumentTabBar.h"
 
 namespace orvanel {
@@ -170,13 +171,14 @@ TEST_F(LoadingPlaceTest, AfterAFailureTheDocumentBeforeIsShownAgain) {
   addDocument(QStringLiteral("Sea"));
   const QString file = writeDocument("Sky");
   // The pixels are damaged, so that its picture still comes up.
+  const auto sky = DocumentIO::loadSynchronously(file, state.metalContext);
+  ASSERT_TRUE(sky);
+  const auto saved = std::dynamic_pointer_cast<const SavedFile>((*sky)->fileMemory());
+  ASSERT_TRUE(saved != nullptr && !saved->surfaces.empty());
+  const StoredChunk chunk = saved->surfaces.begin()->second.chunks.front();
   QFile archive(file);
-  ASSERT_TRUE(archive.open(QIODevice::ReadWrite));
-  QByteArray bytes = archive.readAll();
-  const qsizetype layer = bytes.lastIndexOf(".layerdata", bytes.indexOf("PK\x01\x02"));
-  ASSERT_GT(layer, 0);
-  for (qsizetype at = layer + 60; at < layer + 90; ++at) bytes[at] = static_cast<char>(~bytes[at]);
-  ASSERT_TRUE(archive.seek(0) && archive.write(bytes) == bytes.size());
+  ASSERT_TRUE(archive.open(QIODevice::ReadWrite) && archive.seek(static_cast<qint64>(chunk.offset)));
+  archive.write(QByteArray(static_cast<qsizetype>(chunk.storedSize), '\xFF'));
   archive.close();
   dialogs.duringWarning = [this] { EXPECT_EQ(activeName(), "Sea"); };
   {
