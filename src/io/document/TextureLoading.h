@@ -12,6 +12,6 @@ namespace orvanel {
 [[nodiscard]] Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress);
 
 /// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
-[[nodiscard]] Described<void> judgeShownMemory(const OpenedDocument& opened);
+[[nodiscard]] Described<void> judgeShownMemory(const DocumentPlan& plan);
 
 }  // namespace orvanel
