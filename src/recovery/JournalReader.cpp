@@ -193,6 +193,7 @@ Described<JournalState> readJournalState(const JournalInput& input, TileCheck ch
 
 QImage thumbnailOf(const JournalState& state) {
   QByteArray png = state.document.thumbnail;
+  if (png.isEmpty()) return {};
   QBuffer buffer(&png);
   QImageReader reader(&buffer, "png");
   const QSize size = reader.size();
