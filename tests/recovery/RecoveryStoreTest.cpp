@@ -107,7 +107,7 @@ TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
   put(part, "half");
   EXPECT_EQ(store().orphans().size(), 1U);
   EXPECT_TRUE(QFile::exists(part));
-  const utimbuf longAgo{0, 0};
+  const utimbuf longAgo{1'000'000'000, 1'000'000'000};
   ::utime(QFile::encodeName(part).constData(), &longAgo);
   EXPECT_EQ(store().orphans().size(), 1U);
   EXPECT_FALSE(QFile::exists(part));
