@@ -124,6 +124,7 @@ void DocumentJournal::takeOutcome() {
   }
   if (!letter) return;
   isWriting_ = false;
+  if (document_.expired()) return;
   const JournalWriter::Outcome& outcome = letter->outcome;
   switch (outcome.result) {
     case JournalWriter::Result::written:
@@ -178,7 +179,7 @@ void DocumentJournal::watchBase() {
   surroundings_.lane.run([writer = writer_, inbox = inbox_] {
     if (writer->isBaseIntact()) return;
     runOnMainThread([inbox] {
-      if (inbox->owner == nullptr) return;
+      if (inbox->owner == nullptr || inbox->owner->document_.expired()) return;
       inbox->owner->capture_.forgetAll();
       inbox->owner->beginRecord();
     });

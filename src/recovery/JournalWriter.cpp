@@ -226,8 +226,9 @@ std::uint32_t JournalWriter::copyBase(const FileHandle& source) {
   const Descriptor copy(FileOperations::current().createFile(files_.copy(number), forUserAlone));
   if (!copy.isOpen()) return 0;
   constexpr std::size_t toTheEnd = 0;
-  if (FileOperations::current().shareRange(source.descriptor(), 0, copy.value(), 0, toTheEnd) == 0)
-    return number;
+  const bool isShared =
+      FileOperations::current().shareRange(source.descriptor(), 0, copy.value(), 0, toTheEnd) == 0;
+  if (isShared && FileOperations::current().sync(copy.value()) == 0) return number;
   ::unlink(files_.copy(number).c_str());
   return 0;
 }
