@@ -2313,5 +2313,49 @@ Klicken, um eine andere zu wählen</translation>
         <source>The document&apos;s file can&apos;t be read.</source>
         <translation>Die Datei des Dokuments kann nicht gelesen werden.</translation>
     </message>
+    <message>
+        <source>Recovery data can&apos;t be read back.</source>
+        <translation>Die Wiederherstellungsdaten können nicht zurückgelesen werden.</translation>
+    </message>
+    <message>
+        <source>Recovery data can&apos;t be written.</source>
+        <translation>Es können keine Wiederherstellungsdaten geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Recovery data would take more space than it may.</source>
+        <translation>Die Wiederherstellungsdaten würden mehr Platz brauchen als erlaubt.</translation>
+    </message>
+    <message>
+        <source>The disk takes long to write recovery data.</source>
+        <translation>Der Datenträger braucht lange, um Wiederherstellungsdaten zu schreiben.</translation>
+    </message>
+    <message>
+        <source>The document can&apos;t be written.</source>
+        <translation>Das Dokument kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>The document has more nodes than recovery data can hold.</source>
+        <translation>Das Dokument hat mehr Ebenen und Ordner, als die Wiederherstellungsdaten aufnehmen können.</translation>
+    </message>
+    <message>
+        <source>The document is open in another window.</source>
+        <translation>Das Dokument ist in einem anderen Fenster geöffnet.</translation>
+    </message>
+    <message>
+        <source>The recovery data is damaged.</source>
+        <translation>Die Wiederherstellungsdaten sind beschädigt.</translation>
+    </message>
+    <message>
+        <source>There is no such document to restore.</source>
+        <translation>Es gibt kein solches Dokument, das sich wiederherstellen ließe.</translation>
+    </message>
+    <message>
+        <source>Recovery data can&apos;t be written: %1.</source>
+        <translation>Es können keine Wiederherstellungsdaten geschrieben werden: %1.</translation>
+    </message>
+    <message>
+        <source>The changes can&apos;t be restored: the file &quot;%1&quot;, which they were made in, has been changed or removed since.</source>
+        <translation>Die Änderungen können nicht wiederhergestellt werden: Die Datei „%1“, in der sie gemacht wurden, ist seitdem geändert oder entfernt worden.</translation>
+    </message>
 </context>
 </TS>

@@ -11,6 +11,7 @@
 #include "cli/ConvertCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Output.h"
+#include "cli/RecoverCommand.h"
 #include "cli/RunCommand.h"
 
 namespace orvanel {
@@ -30,6 +31,10 @@ constexpr std::array table{
                "                        on IN, a file or new:WIDTHxHEIGHT:MODE with MODE from 0 to\n"
                "                        3, and write OUT; --time prints the duration of each step",
                2, 3, runScript, "--time"},
+    Subcommand{"recover", "[ID OUT]",
+               "List what was left unsaved as a JSON array, or write the one\n"
+               "                        with this ID to OUT; --discard ID removes it",
+               0, 2, runRecover, "--discard", isRecoverUsage},
 };
 
 QString helpText() {
@@ -109,7 +114,8 @@ ExitStatus runCommandLine(const QStringList& arguments) {
   const std::optional<Invocation> invocation = invocationOf(*command, arguments.mid(1), unknownOption);
   if (!invocation) return wrongUsage(QStringLiteral("unknown option \"%1\"").arg(unknownOption));
   const qsizetype count = invocation->arguments.size();
-  if (count < command->fewestArguments || count > command->mostArguments) {
+  const bool isUsage = command->isUsage == nullptr || command->isUsage(*invocation);
+  if (count < command->fewestArguments || count > command->mostArguments || !isUsage) {
     return wrongUsage(usageOf(*command));
   }
   return concluded(command->run(*invocation));

@@ -21,6 +21,9 @@ struct TileMark {
   std::uint64_t value = 0;
   bool isUniform = false;
 
+  [[nodiscard]] static TileMark of(const Tile& tile) {
+    return {tile.isUniform() ? tile.pixel() : tile.version(), tile.isUniform()};
+  }
   friend bool operator==(const TileMark&, const TileMark&) = default;
 };
 

@@ -278,8 +278,8 @@ Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progre
   return savedSurfaces(opened, destinations, pieces);
 }
 
-Described<void> judgeShownMemory(const OpenedDocument& opened) {
-  const DocumentManifest& canvas = opened.manifest.document;
+Described<void> judgeShownMemory(const DocumentPlan& plan) {
+  const DocumentManifest& canvas = plan.manifest.document;
   const auto tilesAlong = [](std::int64_t side) {
     return static_cast<std::uint64_t>((side - 1) / tileSide + 1);
   };
@@ -294,8 +294,8 @@ Described<void> judgeShownMemory(const OpenedDocument& opened) {
       if (closed.needsSurface) inFolders += std::min(closed.held, tilesOfCanvas);
     }
   };
-  for (const PlannedNode& node : opened.nodes) {
-    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+  for (const PlannedNode& node : plan.nodes) {
+    const NodeManifest& manifest = plan.manifest.nodes[node.manifest];
     closeDownTo(manifest.depth);
     if (manifest.type == u"folder") {
       open.push_back({.depth = manifest.depth, .needsSurface = isolates(manifest)});

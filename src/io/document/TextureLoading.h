@@ -17,6 +17,6 @@ namespace orvanel {
                                           const Surface& surface);
 
 /// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
-[[nodiscard]] Described<void> judgeShownMemory(const OpenedDocument& opened);
+[[nodiscard]] Described<void> judgeShownMemory(const DocumentPlan& plan);
 
 }  // namespace orvanel
