@@ -1048,6 +1048,25 @@ Klicken, um eine andere zu wählen</translation>
     </message>
 </context>
 <context>
+    <name>orvanel::DocumentRecovery</name>
+    <message>
+        <source>Failed to Restore</source>
+        <translation>Wiederherstellen fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>It will be offered again at the next start.</source>
+        <translation>Es wird beim nächsten Start wieder angeboten.</translation>
+    </message>
+    <message>
+        <source>Unsaved changes aren&apos;t kept for recovery: %1</source>
+        <translation>Ungespeicherte Änderungen werden nicht für die Wiederherstellung bewahrt: %1</translation>
+    </message>
+    <message>
+        <source>Unsaved changes are kept for recovery again.</source>
+        <translation>Ungespeicherte Änderungen werden wieder für die Wiederherstellung bewahrt.</translation>
+    </message>
+</context>
+<context>
     <name>orvanel::DocumentTab</name>
     <message>
         <source>Close this document</source>
@@ -1754,6 +1773,49 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Recent files</source>
         <translation>Zuletzt geöffnete Dateien</translation>
+    </message>
+</context>
+<context>
+    <name>orvanel::RecoveryDialog</name>
+    <message>
+        <source>Continue</source>
+        <translation>Fortfahren</translation>
+    </message>
+    <message>
+        <source>Decide Later</source>
+        <translation>Später entscheiden</translation>
+    </message>
+    <message>
+        <source>Recover Unsaved Documents</source>
+        <translation>Ungespeicherte Dokumente wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Orvanel ended before these were saved. A restored document opens with its changes and overwrites nothing until you save it.</source>
+        <translation>Orvanel wurde beendet, bevor diese Dokumente gespeichert waren. Ein wiederhergestelltes Dokument öffnet sich mit seinen Änderungen und überschreibt nichts, bis Sie es speichern.</translation>
+    </message>
+    <message>
+        <source>Decide Later (Esc): all of them are offered again at the next start</source>
+        <translation>Später entscheiden (Esc): Alle werden beim nächsten Start wieder angeboten</translation>
+    </message>
+    <message>
+        <source>Never saved to a file</source>
+        <translation>Noch in keiner Datei gespeichert</translation>
+    </message>
+    <message>
+        <source>Last changed %1</source>
+        <translation>Zuletzt geändert: %1</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>What to do with %1</source>
+        <translation>Was mit %1 geschehen soll</translation>
     </message>
 </context>
 <context>

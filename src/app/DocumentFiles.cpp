@@ -238,9 +238,9 @@ void DocumentFiles::refuseFlatSave(Done done) {
 }
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
-  if (!result) {
-    markSaveFailed(*request.document);
-  } else if (!request.flatFormat) {
+  if (!result) return markSaveFailed(*request.document);
+  if (onSaved) onSaved(*request.document);
+  if (!request.flatFormat) {
     QThreadPool::globalInstance()->start([path = request.path] { publishThumbnails(path); });
   }
 }

@@ -49,6 +49,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   /// Moves the file to the front of the recent documents and notifies observers.
   void noteRecentDocument(const QString& path);
 
+  /// Called after each save that has succeeded.
+  std::function<void(const Document&)> onSaved;
+
   // Saves run one at a time, in the order of the requests.
   /// False for a document that has a file and no changes, not even in an open gesture or adjustment.
   [[nodiscard]] static bool canSave(const Document& document);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/Document.h"
+#include "recovery/Orphan.h"
 
 namespace orvanel {
 
@@ -16,6 +17,7 @@ struct ShortcutGroup;
 
 enum class SaveAnswer { save, dontSave, cancel };
 enum class OverwriteAnswer { saveAnyway, saveAs, cancel };
+enum class RecoveryAnswer { restore, discard, later };
 
 // The user's input, not yet validated.
 
@@ -71,6 +73,8 @@ class Dialogs {
   virtual SaveAnswer askToSave(const QString& message, const QString& informativeText) = 0;
   /// Asks what to do about a file that another program has changed or removed. Cancels if it can't ask.
   virtual OverwriteAnswer askToOverwrite(const QString& message, const QString& informativeText) = 0;
+  /// Asks what to do with each document that an earlier process left unsaved; one answer for each.
+  virtual std::vector<RecoveryAnswer> askAboutOrphans(const OrphanList& orphans) = 0;
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) = 0;
   virtual std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) = 0;

@@ -13,6 +13,7 @@
 #include "app/dialogs/FilePanels.h"
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
+#include "app/dialogs/RecoveryDialog.h"
 #include "app/dialogs/ShortcutsWindow.h"
 #include "io/files/FileName.h"
 #include "look/Look.h"
@@ -125,6 +126,12 @@ OverwriteAnswer WindowDialogs::askToOverwrite(const QString& message, const QStr
   box.exec();
   if (box.clickedButton() == saveAs) return OverwriteAnswer::saveAs;
   return box.clickedButton() == anyway ? OverwriteAnswer::saveAnyway : OverwriteAnswer::cancel;
+}
+
+std::vector<RecoveryAnswer> WindowDialogs::askAboutOrphans(const OrphanList& orphans) {
+  RecoveryDialog dialog(orphans, window_);
+  const bool isAccepted = dialog.exec() == QDialog::Accepted;
+  return isAccepted ? dialog.answers() : std::vector(orphans.size(), RecoveryAnswer::later);
 }
 
 std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {

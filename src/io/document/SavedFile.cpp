@@ -22,6 +22,12 @@ bool SavedSurface::holds(const Surface& surface, int firstRow, int endRow) const
   return true;
 }
 
+std::shared_ptr<const KnownFile> SavedFile::under(const QString& newPath) const {
+  auto saved = std::make_shared<SavedFile>(*this);
+  saved->documentPath = newPath;
+  return saved;
+}
+
 std::optional<FileHandle> SavedFile::open() const {
   auto file = FileHandle::openForReading(path);
   if (!file || FileIdentity::of(file->descriptor()) != identity) return std::nullopt;

@@ -49,6 +49,7 @@ struct SavedFile final : KnownFile {
   std::string path;
   SavedSurfaces surfaces;
 
+  [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& newPath) const override;
   /// Opens the file if it is still the one that was saved or loaded.
   [[nodiscard]] std::optional<FileHandle> open() const;
 };

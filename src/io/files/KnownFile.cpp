@@ -6,6 +6,10 @@
 
 namespace orvanel {
 
+std::shared_ptr<const KnownFile> KnownFile::under(const QString& path) const {
+  return makeKnownFile(path, identity);
+}
+
 FileState KnownFile::state() const {
   const auto now = FileIdentity::of(QFile::encodeName(documentPath).toStdString());
   if (!now) return FileState::missing;
@@ -27,6 +31,15 @@ KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& iden
   known->documentPath = documentPath;
   known->identity = identity;
   return known;
+}
+
+void rememberFileOfRestored(Document& document) {
+  const auto& path = document.sourceFileURL.value();
+  if (!path) return;
+  auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
+  // No file has the identity of none.
+  if (known == nullptr) return document.setFileMemory(makeKnownFile(*path, {}));
+  if (known->documentPath != *path) document.setFileMemory(known->under(*path));
 }
 
 KnownFilePtr knownFileOf(const Document& document) {

@@ -19,6 +19,8 @@ struct KnownFile : FileMemory {
   QString documentPath;
   FileIdentity identity;
 
+  /// The same file of a document that has another path for it.
+  [[nodiscard]] virtual std::shared_ptr<const KnownFile> under(const QString& path) const;
   /// What stands there now. May take as long as the storage does.
   [[nodiscard]] FileState state() const;
 };
@@ -30,6 +32,8 @@ using KnownFilePtr = std::shared_ptr<const KnownFile>;
                                           const Progress& progress);
 
 [[nodiscard]] KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity);
+/// Makes a document that was restored know its file: as its memory tells, or else as one that has changed.
+void rememberFileOfRestored(Document& document);
 /// Of the file that the document would be saved to; null if its state isn't known. Main thread.
 [[nodiscard]] KnownFilePtr knownFileOf(const Document& document);
 
