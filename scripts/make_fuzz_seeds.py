@@ -228,9 +228,63 @@ def palettes():
         yield f"bits{bits}", bytes([11, 5, bits, 2, bits % 2]) + bytes((i * 29) & 255 for i in range(120))
 
 
+def lz4(data):
+    """One block of literals."""
+    size = len(data)
+    token, more = (size << 4, b"") if size < 15 else (15 << 4, b"\xff" * ((size - 15) // 255) + bytes([(size - 15) % 255]))
+    return bytes([token]) + more + data
+
+
+def sized(data):
+    return struct.pack("<I", len(data)) + data
+
+
+def journal_record(sequence, content, tiles=b"", name=b"Seed"):
+    """A record whose contents are the given manifest, stored tiles and surfaces."""
+    manifest_bytes, sizes, surfaces, gone = content
+    contents = sized(name) + sized(b"") + struct.pack("<BIIB", 0, 4, 3, 0)
+    contents += struct.pack("<I", len(manifest_bytes)) + sized(lz4(manifest_bytes) if manifest_bytes else b"\0")
+    contents += sized(png(9, 7) if sequence == 0 else b"")
+    contents += struct.pack("<I", len(sizes)) + b"".join(struct.pack("<IB", *size) for size in sizes)
+    contents += struct.pack("<I", len(surfaces))
+    for path, pixel_format, is_new, runs in surfaces:
+        contents += sized(path.encode()) + struct.pack("<HBI", pixel_format, is_new, len(runs))
+        contents += b"".join(struct.pack("<IIBIQ", *run) for run in runs)
+    contents += struct.pack("<I", len(gone)) + b"".join(sized(path.encode()) for path in gone)
+    header = struct.pack("<4sHHQQqQIII", b"ORJR", 1, min(sequence, 1), 7, sequence, 1, len(tiles), len(contents),
+                         zlib.crc32(tiles), zlib.crc32(contents)) + bytes(8)
+    return header + struct.pack("<I", zlib.crc32(header)) + tiles + contents
+
+
+def journals():
+    path = f"layers/{LAYER}.layerdata"
+    mask_path = f"layers/{LAYER}.mask.layerdata"
+    content = text(manifest([layer()], mode=2))
+    masked = text(manifest([folder([layer(mask={"id": MASK, "isEnabled": True})])], mode=2))
+    tile = lz4(bytes(128 * 128 * 4))
+    stored = [(0, 1, 1, 0, 0)]
+    uniform = [(0, 1, 0, 0, 0xFF00FF00)]
+    first = journal_record(0, (content, [], [(path, 70, 1, uniform)], []))
+    yield "uniform", first
+    yield "stored", journal_record(0, (content, [(len(tile), 4)], [(path, 70, 1, stored)], []), tile)
+    later = journal_record(1, (masked, [], [(mask_path, 25, 1, uniform)], []))
+    last = journal_record(2, (content, [], [(path, 70, 0, uniform)], [mask_path]))
+    yield "changes", first + later + last
+    yield "cut", (first + later)[:-9]
+    yield "missing", journal_record(0, (content, [], [], []))
+
+
 def main(root):
-    fuzzers = {"manifest": manifests, "layerdata": layerdatas, "archive": archives, "preview": previews,
-               "script": scripts, "imageheader": image_headers, "palette": palettes}
+    fuzzers = {
+        "manifest": manifests,
+        "layerdata": layerdatas,
+        "archive": archives,
+        "preview": previews,
+        "journal": journals,
+        "script": scripts,
+        "imageheader": image_headers,
+        "palette": palettes,
+    }
     for fuzzer, seeds in fuzzers.items():
         place = os.path.join(root, fuzzer)
         os.makedirs(place, exist_ok=True)

@@ -981,6 +981,22 @@ Klicken, um eine andere zu wählen</translation>
         <source>Your changes will be lost if you don&apos;t save them.</source>
         <translation>Ihre Änderungen gehen verloren, wenn Sie sie nicht speichern.</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot; is no longer where it was.</source>
+        <translation>„%1“ ist nicht mehr an seinem Ort.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; has been changed by another program.</source>
+        <translation>„%1“ wurde von einem anderen Programm geändert.</translation>
+    </message>
+    <message>
+        <source>The file is not the one that was opened or saved here. Saving anyway replaces what the other program has written. Nothing is lost so far: your document is still open with all its changes.</source>
+        <translation>Die Datei ist nicht mehr die, die hier geöffnet oder gespeichert wurde. Wenn Sie trotzdem speichern, wird ersetzt, was das andere Programm geschrieben hat. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
+    </message>
+    <message>
+        <source>The file has been moved, renamed or deleted since it was opened or saved here. Nothing is lost: your document is still open with all its changes. Saving it anyway makes a new file there.</source>
+        <translation>Die Datei wurde verschoben, umbenannt oder gelöscht, seit sie hier geöffnet oder gespeichert wurde. Nichts ist verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet. Wenn Sie trotzdem speichern, entsteht dort eine neue Datei.</translation>
+    </message>
 </context>
 <context>
     <name>orvanel::DocumentInfoSection</name>
@@ -1029,6 +1045,25 @@ Klicken, um eine andere zu wählen</translation>
             <numerusform>%n Datei konnte nicht geöffnet werden</numerusform>
             <numerusform>%n Dateien konnten nicht geöffnet werden</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>orvanel::DocumentRecovery</name>
+    <message>
+        <source>Failed to Restore</source>
+        <translation>Wiederherstellen fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>It will be offered again at the next start.</source>
+        <translation>Es wird beim nächsten Start wieder angeboten.</translation>
+    </message>
+    <message>
+        <source>Unsaved changes aren&apos;t kept for recovery: %1</source>
+        <translation>Ungespeicherte Änderungen werden nicht für die Wiederherstellung bewahrt: %1</translation>
+    </message>
+    <message>
+        <source>Unsaved changes are kept for recovery again.</source>
+        <translation>Ungespeicherte Änderungen werden wieder für die Wiederherstellung bewahrt.</translation>
     </message>
 </context>
 <context>
@@ -1450,6 +1485,51 @@ Klicken, um eine andere zu wählen</translation>
     </message>
 </context>
 <context>
+    <name>orvanel::LoadingCard</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Cancel (Esc): stop opening the file</source>
+        <translation>Abbrechen (Esc): Öffnen der Datei beenden</translation>
+    </message>
+    <message>
+        <source>Opening %1…</source>
+        <translation>%1 wird geöffnet …</translation>
+    </message>
+    <message numerus="yes">
+        <source>Opening %1 and %n more…</source>
+        <translation>
+            <numerusform>%1 und %n weitere Datei werden geöffnet …</numerusform>
+            <numerusform>%1 und %n weitere Dateien werden geöffnet …</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>orvanel::LoadingTab</name>
+    <message>
+        <source>Cancel opening this file</source>
+        <translation>Öffnen dieser Datei abbrechen</translation>
+    </message>
+    <message>
+        <source>%1, opening</source>
+        <translation>%1, wird geöffnet</translation>
+    </message>
+    <message>
+        <source>Opening %1</source>
+        <translation>%1 wird geöffnet</translation>
+    </message>
+    <message>
+        <source>Cancel opening %1</source>
+        <translation>Öffnen von %1 abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>orvanel::MagicWandOptions</name>
     <message>
         <source>Contiguous</source>
@@ -1525,6 +1605,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Keyboard Shortcuts</source>
         <translation>Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>Opening %1</source>
+        <translation>%1 wird geöffnet</translation>
     </message>
 </context>
 <context>
@@ -1689,6 +1773,49 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Recent files</source>
         <translation>Zuletzt geöffnete Dateien</translation>
+    </message>
+</context>
+<context>
+    <name>orvanel::RecoveryDialog</name>
+    <message>
+        <source>Continue</source>
+        <translation>Fortfahren</translation>
+    </message>
+    <message>
+        <source>Decide Later</source>
+        <translation>Später entscheiden</translation>
+    </message>
+    <message>
+        <source>Recover Unsaved Documents</source>
+        <translation>Ungespeicherte Dokumente wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Orvanel ended before these were saved. A restored document opens with its changes and overwrites nothing until you save it.</source>
+        <translation>Orvanel wurde beendet, bevor diese Dokumente gespeichert waren. Ein wiederhergestelltes Dokument öffnet sich mit seinen Änderungen und überschreibt nichts, bis Sie es speichern.</translation>
+    </message>
+    <message>
+        <source>Decide Later (Esc): all of them are offered again at the next start</source>
+        <translation>Später entscheiden (Esc): Alle werden beim nächsten Start wieder angeboten</translation>
+    </message>
+    <message>
+        <source>Never saved to a file</source>
+        <translation>Noch in keiner Datei gespeichert</translation>
+    </message>
+    <message>
+        <source>Last changed %1</source>
+        <translation>Zuletzt geändert: %1</translation>
+    </message>
+    <message>
+        <source>Restore</source>
+        <translation>Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>What to do with %1</source>
+        <translation>Was mit %1 geschehen soll</translation>
     </message>
 </context>
 <context>
@@ -1950,6 +2077,14 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Format:</source>
         <translation>Format:</translation>
+    </message>
+    <message>
+        <source>Save As…</source>
+        <translation>Speichern unter …</translation>
+    </message>
+    <message>
+        <source>Save Anyway</source>
+        <translation>Trotzdem speichern</translation>
     </message>
 </context>
 <context>
@@ -2239,6 +2374,50 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The document&apos;s file can&apos;t be read.</source>
         <translation>Die Datei des Dokuments kann nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>Recovery data can&apos;t be read back.</source>
+        <translation>Die Wiederherstellungsdaten können nicht zurückgelesen werden.</translation>
+    </message>
+    <message>
+        <source>Recovery data can&apos;t be written.</source>
+        <translation>Es können keine Wiederherstellungsdaten geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Recovery data would take more space than it may.</source>
+        <translation>Die Wiederherstellungsdaten würden mehr Platz brauchen als erlaubt.</translation>
+    </message>
+    <message>
+        <source>The disk takes long to write recovery data.</source>
+        <translation>Der Datenträger braucht lange, um Wiederherstellungsdaten zu schreiben.</translation>
+    </message>
+    <message>
+        <source>The document can&apos;t be written.</source>
+        <translation>Das Dokument kann nicht geschrieben werden.</translation>
+    </message>
+    <message>
+        <source>The document has more nodes than recovery data can hold.</source>
+        <translation>Das Dokument hat mehr Ebenen und Ordner, als die Wiederherstellungsdaten aufnehmen können.</translation>
+    </message>
+    <message>
+        <source>The document is open in another window.</source>
+        <translation>Das Dokument ist in einem anderen Fenster geöffnet.</translation>
+    </message>
+    <message>
+        <source>The recovery data is damaged.</source>
+        <translation>Die Wiederherstellungsdaten sind beschädigt.</translation>
+    </message>
+    <message>
+        <source>There is no such document to restore.</source>
+        <translation>Es gibt kein solches Dokument, das sich wiederherstellen ließe.</translation>
+    </message>
+    <message>
+        <source>Recovery data can&apos;t be written: %1.</source>
+        <translation>Es können keine Wiederherstellungsdaten geschrieben werden: %1.</translation>
+    </message>
+    <message>
+        <source>The changes can&apos;t be restored: the file &quot;%1&quot;, which they were made in, has been changed or removed since.</source>
+        <translation>Die Änderungen können nicht wiederhergestellt werden: Die Datei „%1“, in der sie gemacht wurden, ist seitdem geändert oder entfernt worden.</translation>
     </message>
 </context>
 </TS>

@@ -18,14 +18,16 @@ _orvanel_cli() {
   if [[ $current == -* ]]; then
     local options='--help --version'
     [[ $command == run ]] && options='--time'
-    [[ $command == info || $command == convert ]] && options=''
+    [[ $command == recover ]] && options='--discard'
+    [[ $command == info || $command == check || $command == convert ]] && options=''
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
     return
   fi
   case $command:$places in
-    :*) mapfile -t COMPREPLY < <(compgen -W 'info convert run' -- "$current") ;;
+    :*) mapfile -t COMPREPLY < <(compgen -W 'info check convert run recover' -- "$current") ;;
+    check:*) _orvanel_files '!*.@(tessel)' ;;
     run:0) _orvanel_files '!*.@(json)' ;;
-    convert:1 | run:2) _orvanel_files "!*.$writes" ;;
+    convert:1 | run:2 | recover:1) _orvanel_files "!*.$writes" ;;
     info:0 | convert:0 | run:1) _orvanel_files '' ;;
   esac
 }

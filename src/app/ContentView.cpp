@@ -11,6 +11,8 @@
 #include "app/ProgressLine.h"
 #include "app/RecentFilePictures.h"
 #include "canvas/CanvasPaneView.h"
+#include "io/files/FileName.h"
+#include "model/DisplayText.h"
 #include "panels/bars/DocumentTabBar.h"
 #include "panels/bars/StatusBarPane.h"
 
@@ -54,8 +56,13 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   progressLine_ = new ProgressLine(files.activity, this);
   progressLine_->onCancel = [&files] { files.cancelAll(); };
 
+  loadingPlace_ = new LoadingPlace(appState.windowState, files, this);
   keyHandler_ = new KeyHandlerView(appState, this);
   keyHandler_->offerToGesture = [this](const EventRecord& key) {
+    if (loadingPlace_->isInFront() && key.key == keyCode::escape) {
+      loadingPlace_->cancel();
+      return true;
+    }
     return canvasPane_->canvasView().container().mtkView().offerKey(key);
   };
   keyHandler_->isGestureOpen = [this] {
@@ -66,6 +73,7 @@ ContentView::ContentView(AppState& appState, DocumentFiles& files, QWidget* pare
   canvasPane_->openFiles = [this](const QStringList& paths) { files_.openDropped(paths); };
   connectTabBar();
   connectPlaceholder();
+  connectLoadingPlace();
   observeNotifications();
   observeWindowState();
   refresh();
@@ -149,6 +157,35 @@ void ContentView::connectPlaceholder() {
   recentFiles_ = std::make_unique<RecentFilePictures>(appState_.recentDocuments, placeholder);
 }
 
+void ContentView::connectLoadingPlace() {
+  loadingPlace_->onChanged = [this] { scheduleRefresh(); };
+  canvasPane_->loadingView().onCancel = [this] { loadingPlace_->cancel(); };
+  tabBar_->onSelectLoading = [this] { loadingPlace_->bringForward(); };
+  tabBar_->onCancelLoading = [this] { loadingPlace_->cancel(); };
+  loadingProgress_ = files_.activity.changes.addNotifier([this] { showLoadingProgress(); });
+}
+
+void ContentView::showLoadingFile() {
+  const LoadingFilePtr file = loadingPlace_->file();
+  const bool isInFront = loadingPlace_->isInFront();
+  tabBar_->setLoading(file == nullptr ? std::nullopt
+                                      : std::optional(LoadingTabContent{displayText(documentName(file->path)),
+                                                                        file->path, isInFront}));
+  progressLine_->leaveOut(isInFront ? std::optional(file->work) : std::nullopt);
+  if (file == nullptr) return;
+  LoadingView& view = canvasPane_->loadingView();
+  view.setFile(displayName(file->path), file->others);
+  const LoadingPreview preview = file->preview.value_or(LoadingPreview());
+  view.setPreview(preview.canvasSize, preview.picture);
+  showLoadingProgress();
+}
+
+void ContentView::showLoadingProgress() {
+  if (const LoadingFilePtr file = loadingPlace_->file()) {
+    canvasPane_->loadingView().setProgress(files_.activity.fractionOf(file->work));
+  }
+}
+
 void ContentView::on(std::string_view name, NotificationCenter::Handler handler) {
   subscriptions_.push_back(NotificationCenter::standard().observe(name, std::move(handler)));
 }
@@ -158,7 +195,7 @@ void ContentView::observeNotifications() {
   on(notification::openedImageDocument, [this](const std::any& object) {
     const DocumentPtr document = documentIn(object);
     if (!document) return;
-    appState_.windowState.addDocument(document);
+    loadingPlace_->add(document);
     if (document->sourceFileURL.value()) files_.noteRecentDocument(*document->sourceFileURL.value());
   });
   on(notification::createdNewDocument, [&window](const std::any& object) {
@@ -236,11 +273,13 @@ void ContentView::refresh() {
   const WindowState& window = appState_.windowState;
   const auto& documents = window.documents.value();
   tabBar_->setDocuments(documents, window.activeDocumentID.value());
-  tabBar_->setVisible(!documents.empty());
+  showLoadingFile();
+  tabBar_->setVisible(!documents.empty() || loadingPlace_->file() != nullptr);
   placeProgressLine();
 
   shownDocument_ = window.activeDocument();
-  canvasPane_->setDocument(shownDocument_);
+  canvasPane_->setDocument(shownDocument_, loadingPlace_->isInFront() ? CanvasPaneView::Instead::loadingView
+                                                                      : CanvasPaneView::Instead::placeholder);
   statusBar_->setDocument(shownDocument_);
   panels_.setDocument(shownDocument_);
 

@@ -10,6 +10,7 @@
 
 #include "app/AppState.h"
 #include "app/DocumentFiles.h"
+#include "app/LoadingPlace.h"
 #include "app/SidePanels.h"
 #include "tools/NotificationCenter.h"
 
@@ -46,6 +47,7 @@ class ContentView : public QWidget {
   [[nodiscard]] StatusBarPane& statusBar() { return *statusBar_; }
   [[nodiscard]] SidePanels& panels() { return panels_; }
   [[nodiscard]] ProgressLine& progressLine() { return *progressLine_; }
+  [[nodiscard]] LoadingPlace& loadingPlace() { return *loadingPlace_; }
 
  protected:
   bool event(QEvent* event) override;
@@ -57,6 +59,9 @@ class ContentView : public QWidget {
   void focusNextArea();
   void connectTabBar();
   void connectPlaceholder();
+  void connectLoadingPlace();
+  void showLoadingFile();
+  void showLoadingProgress();
   void observeNotifications();
   void observeCommands();
   void on(std::string_view name, NotificationCenter::Handler handler);
@@ -74,6 +79,8 @@ class ContentView : public QWidget {
   CanvasPaneView* canvasPane_;
   StatusBarPane* statusBar_;
   ProgressLine* progressLine_;
+  LoadingPlace* loadingPlace_;
+  QPropertyNotifier loadingProgress_;
   KeyHandlerView* keyHandler_;
   std::unique_ptr<RecentFilePictures> recentFiles_;
   bool isRefreshScheduled_ = false;

@@ -39,6 +39,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
       opener_(appState.metalContext, activity, dialogs),
       writer_(appState.metalContext, activity) {
   opener_.onOpened = [this](const DocumentPtr& document) { documentOpened(document); };
+  opener_.onLoadingChanged = [this] {
+    if (onLoadingChanged) onLoadingChanged();
+  };
   appState_.windowState.settleSaves = [this](const Document& document) { settleSave(document); };
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
@@ -130,10 +133,10 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
   if (!path) return std::nullopt;
-  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt};
+  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt, Overwrites::ownFile};
   const auto& format = document->sourceFileFormat.value();
   if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
-  return SaveRequest{document, *path, *format};
+  return SaveRequest{document, *path, *format, Overwrites::ownFile};
 }
 
 bool DocumentFiles::canSave(const Document& document) {
@@ -172,13 +175,53 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
     refuseFlatSave(std::move(done));
     return;
   }
+  const KnownFilePtr expected =
+      request.overwrites == Overwrites::ownFile ? knownFileOf(*request.document) : nullptr;
+  write(request, expected, [this, request, done = std::move(done)](const FileResult<void>& result) {
+    const bool isToBeAsked = !result && result.error().found != FileState::asKnown;
+    if (isToBeAsked && !result.error().isCancelled && saves_.isRunning()) {
+      settleOverwriting(request, result.error().found, done);
+    } else {
+      done(result);
+    }
+  });
+}
+
+void DocumentFiles::write(const SaveRequest& request, const KnownFilePtr& expected, Done done) {
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
-  if (request.flatFormat) {
-    writer_.writeImage(*request.document, request.path, *request.flatFormat, std::move(done));
-  } else {
-    writer_.writeDocument(request.document, request.path, std::move(done));
+  if (!request.flatFormat) {
+    writer_.writeDocument(request.document, request.path, expected, std::move(done));
+    return;
   }
+  const auto written = [document = request.document, path = request.path](const FileIdentity& file) {
+    document->setFileMemory(makeKnownFile(path, file));
+  };
+  writer_.writeImage(*request.document, request.path, *request.flatFormat, expected, std::move(done),
+                     written);
+}
+
+void DocumentFiles::settleOverwriting(const SaveRequest& request, FileState found, Done done) {
+  const DocumentPtr& document = request.document;
+  const QString name = displayName(request.path);
+  const bool isMissing = found == FileState::missing;
+  const OverwriteAnswer answer = dialogs_.askToOverwrite(
+      isMissing ? tr("\"%1\" is no longer where it was.").arg(name)
+                : tr("\"%1\" has been changed by another program.").arg(name),
+      isMissing
+          ? tr("The file has been moved, renamed or deleted since it was opened or saved here. Nothing is "
+               "lost: "
+               "your document is still open with all its changes. Saving it anyway makes a new file there.")
+          : tr("The file is not the one that was opened or saved here. Saving anyway replaces what the other "
+               "program has written. Nothing is lost so far: your document is still open with all its "
+               "changes."));
+  if (answer == OverwriteAnswer::saveAnyway) return write(request, nullptr, std::move(done));
+  const std::optional<QString> path =
+      answer == OverwriteAnswer::saveAs ? askWhereToSave(*document) : std::nullopt;
+  if (!path) return done(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QString(), true}));
+  adoptSavedFile(*document, *path);
+  saves_.redirectRunning(*path);
+  write({document, *path, std::nullopt}, nullptr, std::move(done));
 }
 
 void DocumentFiles::refuseFlatSave(Done done) {
@@ -195,9 +238,9 @@ void DocumentFiles::refuseFlatSave(Done done) {
 }
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
-  if (!result) {
-    markSaveFailed(*request.document);
-  } else if (!request.flatFormat) {
+  if (!result) return markSaveFailed(*request.document);
+  if (onSaved) onSaved(*request.document);
+  if (!request.flatFormat) {
     QThreadPool::globalInstance()->start([path = request.path] { publishThumbnails(path); });
   }
 }
@@ -218,7 +261,7 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
     dialogs_.showWarning(tr("Failed to Export"), fileMessage(path, result.error().message) + u'\n' +
                                                      tr("The document itself is not affected."));
   };
-  writer_.writeImage(*document, target->path, format, report);
+  writer_.writeImage(*document, target->path, format, nullptr, report);
 }
 
 void DocumentFiles::cancelAll() {

@@ -40,8 +40,17 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void open(const QStringList& paths);
   /// The same for files dropped on the canvas.
   void openDropped(const QStringList& paths);
+  /// Called when `loadingFile` changes.
+  std::function<void()> onLoadingChanged;
+  /// The file of the latest request to open whose document will be active; null while none is read.
+  [[nodiscard]] LoadingFilePtr loadingFile() const { return opener_.loadingFile(); }
+  /// Cancels the latest request to open.
+  void cancelLoading() { opener_.cancelLatest(); }
   /// Moves the file to the front of the recent documents and notifies observers.
   void noteRecentDocument(const QString& path);
+
+  /// Called after each save that has succeeded.
+  std::function<void(const Document&)> onSaved;
 
   // Saves run one at a time, in the order of the requests.
   /// False for a document that has a file and no changes, not even in an open gesture or adjustment.
@@ -71,6 +80,10 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
+  /// Writes unless the file isn't as expected; null expects nothing.
+  void write(const SaveRequest& request, const KnownFilePtr& expected, Done done);
+  /// Asks what to do about a file that isn't as expected, and does it.
+  void settleOverwriting(const SaveRequest& request, FileState found, Done done);
   /// Ends a save whose document has stopped being flat while the save was queued.
   void refuseFlatSave(Done done);
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;

@@ -9,12 +9,20 @@
 
 namespace orvanel {
 
+namespace {
+
+/// Enough that an image in a window of usual size doesn't look coarse.
+constexpr int previewSide = 1024;
+
+}  // namespace
+
 struct DocumentOpener::Batch {
   /// Files still to open.
   QStringList paths;
   qsizetype count = 0;
   Origin origin = Origin::command;
   FileActivity::Work work = 0;
+  LoadingFilePtr loading;
   std::shared_ptr<Cancellation> cancellation = std::make_shared<Cancellation>();
   // One line of the alert per file.
   QStringList errors;
@@ -31,8 +39,35 @@ void DocumentOpener::open(const QStringList& paths, Origin origin) {
   batch->count = paths.size();
   batch->origin = origin;
   batch->work = activity_.begin();
+  batch->loading = std::make_shared<LoadingFile>(
+      LoadingFile{paths.constLast(), static_cast<int>(paths.size()) - 1, batch->work, std::nullopt});
   batches_.push_back(batch);
+  readPreview(batch);
   openNext(batch);
+  tellLoadingChanged();
+}
+
+LoadingFilePtr DocumentOpener::loadingFile() const {
+  return batches_.empty() ? nullptr : batches_.back()->loading;
+}
+
+void DocumentOpener::tellLoadingChanged() const {
+  if (onLoadingChanged) onLoadingChanged();
+}
+
+// On its own, so that the picture is there long before the pixels.
+void DocumentOpener::readPreview(const BatchPtr& batch) {
+  runInBackground([guard = QPointer(this), batch, path = batch->loading->path,
+                   progress = Progress({}, batch->cancellation)] {
+    LoadingPreview preview = readLoadingPreview(path, previewSide, progress);
+    runOnMainThread([guard, batch, preview = std::move(preview)] {
+      if (guard.isNull()) return;
+      LoadingFile known = *batch->loading;
+      known.preview = preview;
+      batch->loading = std::make_shared<LoadingFile>(std::move(known));
+      if (guard->loadingFile() == batch->loading) guard->tellLoadingChanged();
+    });
+  });
 }
 
 void DocumentOpener::openNext(const BatchPtr& batch) {
@@ -89,6 +124,7 @@ void DocumentOpener::fileEnded(const BatchPtr& batch, const QString& path,
 void DocumentOpener::finish(const BatchPtr& batch) {
   activity_.end(batch->work);
   std::erase(batches_, batch);
+  tellLoadingChanged();
   if (!batch->errors.isEmpty()) dialogs_.showWarning(failureTitle(*batch), batch->errors.join(u'\n'));
   if (!batch->warnings.isEmpty()) {
     dialogs_.showWarning(tr("Opened Incompletely"), batch->warnings.join(u'\n'));
@@ -99,6 +135,13 @@ QString DocumentOpener::failureTitle(const Batch& batch) {
   if (batch.origin == Origin::drop) return tr("Failed to Open Image");
   if (batch.errors.size() == 1) return tr("Failed to Open");
   return tr("Failed to Open %n Files", nullptr, static_cast<int>(batch.errors.size()));
+}
+
+void DocumentOpener::cancelLatest() {
+  if (batches_.empty()) return;
+  const BatchPtr batch = batches_.back();
+  batch->cancellation->cancel();
+  finish(batch);
 }
 
 void DocumentOpener::cancelAll() {
@@ -113,6 +156,7 @@ void DocumentOpener::abandonAll() {
     batch->cancellation->cancel();
     activity_.end(batch->work);
   }
+  tellLoadingChanged();
 }
 
 }  // namespace orvanel

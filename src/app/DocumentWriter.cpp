@@ -34,25 +34,32 @@ void DocumentWriter::end(const JobPtr& job, const FileResult<void>& result) {
   job->done(result);
 }
 
-void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& path, Done done) {
+void DocumentWriter::writeDocument(const DocumentPtr& document, const QString& path, KnownFilePtr expected,
+                                   Done done) {
   const JobPtr job = begin(std::move(done));
   DocumentIO::save(
       document, path, context_, this, [this, job](const FileResult<void>& result) { end(job, result); },
-      [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
+      [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation,
+      std::move(expected));
 }
 
 void DocumentWriter::writeImage(const Document& document, const QString& path,
-                                Document::ImageFileFormat format, Done done) {
+                                Document::ImageFileFormat format, KnownFilePtr expected, Done done,
+                                Written written) {
   const JobPtr job = begin(std::move(done));
   const std::shared_ptr<FrozenComposite> picture = document.freezeComposite();
   const Progress progress = progressOnMainThread(
       this, [this, job](double fraction) { activity_.advance(job->work, fraction); }, job->cancellation);
   runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
-                   metadata = ImageMetadata::of(document), path, format, job, progress] {
-    FileResult<void> result =
-        writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get());
-    runOnMainThread([guard, job, result = std::move(result)] {
-      if (!guard.isNull()) guard->end(job, result);
+                   metadata = ImageMetadata::of(document), path, format, job, progress,
+                   expected = std::move(expected), written = std::move(written)] {
+    auto result = judgeFound(expected.get(), DocumentIOError::saveFailed, progress).and_then([&] {
+      return writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get());
+    });
+    runOnMainThread([guard, job, written, result = std::move(result)] {
+      if (guard.isNull()) return;
+      if (result && *result && written) written(**result);
+      guard->end(job, result.map([](const auto&) {}));
     });
   });
 }

@@ -10,6 +10,8 @@
 
 #include "app/FileActivity.h"
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
+#include "io/files/KnownFile.h"
 #include "io/files/Progress.h"
 #include "model/Document.h"
 
@@ -26,11 +28,16 @@ class DocumentWriter : public QObject {
   /// Both must outlive this object.
   DocumentWriter(MetalContext& context, FileActivity& activity);
 
-  // `done` is called once, later, on the main thread.
+  /// Called before `done` with the file that an image was written to.
+  using Written = std::function<void(const FileIdentity&)>;
+
+  // `done` is called once, later, on the main thread. If `expected` is given and isn't found as it is known,
+  // nothing is written.
   /// Writes the document with all its layers. Only one such write may run at a time.
-  void writeDocument(const DocumentPtr& document, const QString& path, Done done);
+  void writeDocument(const DocumentPtr& document, const QString& path, KnownFilePtr expected, Done done);
   /// Writes the composite as a flat image, with as much of its source's metadata as the format can carry.
-  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format, Done done);
+  void writeImage(const Document& document, const QString& path, Document::ImageFileFormat format,
+                  KnownFilePtr expected, Done done, Written written = {});
 
   /// Whether a write is running that has not been cancelled.
   [[nodiscard]] bool isWriting() const;

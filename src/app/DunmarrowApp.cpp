@@ -9,6 +9,7 @@
 #include "app/StartArguments.h"
 #include "app/Translations.h"
 #include "look/LightStyle.h"
+#include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
 
@@ -16,6 +17,8 @@ namespace {
 
 /// How long background work may take to end after the user has quit.
 constexpr std::chrono::seconds patienceAtEnd{2};
+/// How long the status bar says that changes aren't kept.
+constexpr std::chrono::seconds noteDuration{12};
 
 }  // namespace
 
@@ -45,6 +48,7 @@ int DunmarrowApp::run(std::unique_ptr<InstanceClaim> claim) {
   window_->show();
   QMetaObject::invokeMethod(
       this, [this] { delegate_->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+  beginRecovery();
   serve(std::move(claim));
   const int status = exec();
   // From now on a start opens a window of its own.
@@ -52,9 +56,28 @@ int DunmarrowApp::run(std::unique_ptr<InstanceClaim> claim) {
   window_->hide();
   files_->abandonReading();
   files_->settleWrites();
+  // Whatever is still open is saved, or the user doesn't want to save it.
+  if (recovery_ != nullptr) recovery_->closeAll();
+  recovery_.reset();
   AppState::shared().userDefaults.synchronize();
   endBackgroundWork(status, patienceAtEnd);
   return status;
+}
+
+void DunmarrowApp::beginRecovery() {
+  AppState& state = AppState::shared();
+  const StartArguments start = StartArguments::of(arguments().mid(1));
+  if (!state.userDefaults.keepsRecovery() || start.isUITesting) return;
+  recovery_ = std::make_unique<DocumentRecovery>(state, *files_, dialogs_);
+  recovery_->onNote = [this](const QString& note) {
+    window_->contentView().statusBar().showNote(note, noteDuration);
+  };
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (recovery_ != nullptr) recovery_->offerOrphans();
+      },
+      Qt::QueuedConnection);
 }
 
 void DunmarrowApp::serve(std::unique_ptr<InstanceClaim> claim) {
@@ -96,6 +119,7 @@ void DunmarrowApp::commitSession(QSessionManager& session) {
     // The session may end the program as soon as this returns.
     dialogs_.holdWarnings();
     files_->settleWrites();
+    if (recovery_ != nullptr) recovery_->recordNow();
     dialogs_.releaseWarnings();
     return;
   }

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/AppDelegate.h"
+#include "app/DocumentRecovery.h"
 #include "app/MainWindow.h"
 #include "app/dialogs/WindowDialogs.h"
 #include "app/instance/InstanceServer.h"
@@ -32,11 +33,14 @@ class DunmarrowApp : public QApplication {
 
  private:
   void commitSession(QSessionManager& session);
+  void beginRecovery();
   void serve(std::unique_ptr<InstanceClaim> claim);
   void openFromLaterStart(const OpenRequest& request);
 
   WindowDialogs dialogs_;
   std::unique_ptr<DocumentFiles> files_;
+  /// Null if the user has turned recovery off.
+  std::unique_ptr<DocumentRecovery> recovery_;
   std::unique_ptr<AppDelegate> delegate_;
   std::unique_ptr<MainWindow> window_;
   /// Null if another process is the one that later starts find.

@@ -23,14 +23,25 @@ void FileActivity::end(Work work) {
   publish();
 }
 
-void FileActivity::publish() {
-  if (running_.empty()) {
-    fraction = std::nullopt;
-    return;
-  }
+double FileActivity::fractionOf(Work work) const {
+  const auto found = running_.find(work);
+  return found == running_.end() ? 0.0 : found->second;
+}
+
+std::optional<double> FileActivity::fractionWithout(std::optional<Work> without) const {
   double sum = 0.0;
-  for (const auto& [work, workFraction] : running_) sum += workFraction;
-  fraction = sum / static_cast<double>(running_.size());
+  int count = 0;
+  for (const auto& [work, workFraction] : running_) {
+    if (work == without) continue;
+    sum += workFraction;
+    ++count;
+  }
+  return count == 0 ? std::nullopt : std::optional(sum / count);
+}
+
+void FileActivity::publish() {
+  fraction = fractionWithout(std::nullopt);
+  changes = changes.value() + 1;
 }
 
 }  // namespace orvanel

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "app/dialogs/ShortcutsWindow.h"
+#include "io/files/FileName.h"
 #include "model/DisplayText.h"
 #include "panels/levels/LevelsWindow.h"
 
@@ -135,7 +136,11 @@ void MainWindow::activeDocumentChanged() {
   const QString name =
       active ? displayText(active->name.value()).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"))
              : QString();
-  setWindowTitle(active ? QStringLiteral("%1[*] — Orvanel").arg(name) : QStringLiteral("Orvanel"));
+  QString title = active ? name + QStringLiteral("[*]") : QString();
+  if (const LoadingPlace& loading = contentView_->loadingPlace(); loading.isInFront()) {
+    title = tr("Opening %1").arg(displayName(loading.file()->path));
+  }
+  setWindowTitle(title.isEmpty() ? QStringLiteral("Orvanel") : QStringLiteral("%1 — Orvanel").arg(title));
   setWindowModified(active && active->isDirty.value());
   setWindowFilePath(active ? active->sourceFileURL.value().value_or(QString()) : QString());
   updateMenus();
@@ -149,6 +154,12 @@ void MainWindow::changeEvent(QEvent* event) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+  // The button closes what is shown.
+  if (LoadingPlace& loading = contentView_->loadingPlace(); loading.isInFront()) {
+    loading.cancel();
+    event->ignore();
+    return;
+  }
   if (!accessor_.closeDelegate.windowShouldClose()) {
     event->ignore();
     return;

@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <chrono>
+#include <utility>
 
 #include "look/Look.h"
 #include "tools/NotificationCenter.h"
@@ -78,7 +79,7 @@ ProgressLine::ProgressLine(FileActivity& activity, QWidget* parent)
   connect(cancelButton_, &QAbstractButton::clicked, this, [this] {
     if (onCancel) onCancel();
   });
-  notifier_ = activity_.fraction.addNotifier([this] { activityChanged(); });
+  notifier_ = activity_.changes.addNotifier([this] { activityChanged(); });
   activityChanged();
 }
 
@@ -95,8 +96,12 @@ void ProgressLine::hideAll() {
   hide();
 }
 
+void ProgressLine::leaveOut(std::optional<FileActivity::Work> work) {
+  if (std::exchange(leftOut_, work) != work) activityChanged();
+}
+
 void ProgressLine::activityChanged() {
-  if (!activity_.fraction.value()) {
+  if (!activity_.fractionWithout(leftOut_)) {
     lineDelay_.stop();
     buttonDelay_.stop();
     hideAll();
@@ -109,7 +114,7 @@ void ProgressLine::activityChanged() {
 
 void ProgressLine::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  const double fraction = std::max(shortestFraction, activity_.fraction.value().value_or(0.0));
+  const double fraction = std::max(shortestFraction, activity_.fractionWithout(leftOut_).value_or(0.0));
   QColor track = look::color::accent;
   track.setAlpha(40);
   painter.fillRect(rect(), track);

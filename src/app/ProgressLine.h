@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <optional>
 
 #include "app/FileActivity.h"
 #include "panels/controls/SymbolButton.h"
@@ -40,6 +41,8 @@ class ProgressLine : public QWidget {
   std::function<void()> onCancel;
   [[nodiscard]] CancelButton& cancelButton() { return *cancelButton_; }
 
+  /// Leaves out a work whose progress is shown elsewhere.
+  void leaveOut(std::optional<FileActivity::Work> work);
   /// Places line and button at the top of `area`, in coordinates of the parent.
   void placeIn(const QRect& area);
 
@@ -51,6 +54,7 @@ class ProgressLine : public QWidget {
   void hideAll();
 
   FileActivity& activity_;
+  std::optional<FileActivity::Work> leftOut_;
   CancelButton* cancelButton_;
   /// Short work shows neither; the button appears later than the line.
   QTimer lineDelay_;

@@ -53,6 +53,10 @@ void SaveQueue::abandonRunning() {
   client_.saveEnded(*running_, tl::make_unexpected(cancellation()));
 }
 
+void SaveQueue::redirectRunning(const QString& path) {
+  running_ = SaveRequest{running_->document, path, std::nullopt};
+}
+
 void SaveQueue::reportFailures() {
   // A save that fails while an alert is open is reported once that alert has been dismissed.
   if (isReporting_) return;

@@ -14,12 +14,17 @@
 
 namespace orvanel {
 
+/// What a save overwrites: the document's own file, which another program may have changed, or whatever
+/// stands where the user has chosen to save.
+enum class Overwrites { ownFile, chosenFile };
+
 /// A document to be written to a file.
 struct SaveRequest {
   DocumentPtr document;
   QString path;
   /// The flat format to write; nothing for the layered document format.
   std::optional<Document::ImageFileFormat> flatFormat;
+  Overwrites overwrites = Overwrites::chosenFile;
 
   friend bool operator==(const SaveRequest&, const SaveRequest&) = default;
 };
@@ -59,6 +64,11 @@ class SaveQueue {
   /// may still take any time to stop; the next save begins only then.
   void abandonRunning();
 
+  /// Leads the running save to another file that the user has chosen, as a document.
+  void redirectRunning(const QString& path);
+
+  /// Whether a save runs that has not been abandoned.
+  [[nodiscard]] bool isRunning() const { return running_ && !isAbandoned_; }
   // An abandoned save does not count.
   [[nodiscard]] bool isEmpty() const { return (!running_ || isAbandoned_) && waiting_.empty(); }
   /// Whether a save of this document is running or queued.

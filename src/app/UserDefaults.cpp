@@ -5,6 +5,7 @@ namespace orvanel {
 UserDefaults::UserDefaults() {
   registerDefault(confirmUnsavedChangesKey, true);
   registerDefault(inspectorWidthKey, 288);
+  registerDefault(keepsRecoveryKey, true);
   registerDefault(layerThumbnailSizeKey, 48);
 }
 

@@ -12,6 +12,8 @@ class UserDefaults {
  public:
   /// Whether closing or quitting asks about unsaved changes; if false, they are discarded silently.
   static constexpr const char* confirmUnsavedChangesKey = "confirmUnsavedChanges";
+  /// Whether unsaved documents are kept in journals, to be offered after a crash.
+  static constexpr const char* keepsRecoveryKey = "keepsRecovery";
   /// Where files were last opened from or written to.
   static constexpr const char* lastFolderKey = "lastFolder";
   /// Edge of the thumbnails in the layer panel, in view points.
@@ -34,6 +36,7 @@ class UserDefaults {
 
   [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
   [[nodiscard]] int inspectorWidth() const { return value(inspectorWidthKey).toInt(); }
+  [[nodiscard]] bool keepsRecovery() const { return value(keepsRecoveryKey).toBool(); }
   [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }
 
  private:

@@ -69,6 +69,11 @@ void WindowState::switchToDocument(const QUuid& documentID) {
   adoptActiveDocument();
 }
 
+void WindowState::setAsideActiveDocument() {
+  activeDocumentID = std::nullopt;
+  adoptActiveDocument();
+}
+
 bool WindowState::cycleNextDocument() {
   return cycleDocuments(CycleTarget::secondNewest);
 }

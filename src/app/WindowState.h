@@ -46,6 +46,8 @@ class WindowState {
   /// Adds an existing document without renaming it.
   void addDocument(const DocumentPtr& document);
   void switchToDocument(const QUuid& documentID);
+  /// Leaves no document active while the window shows something else in their place.
+  void setAsideActiveDocument();
 
   /// Activates the previously used document, so repeating it alternates between two. False with fewer than
   /// two.

@@ -5,6 +5,7 @@
 #include "app/DunmarrowApp.h"
 #include "app/StartArguments.h"
 #include "app/instance/InstanceHandover.h"
+#include "raster/FatalFault.h"
 
 namespace {
 
@@ -57,6 +58,7 @@ int main(int argc, char** argv) {
   bool isHandedOver = false;
   std::unique_ptr<InstanceClaim> claim = meetOtherInstance(start, isHandedOver);
   if (isHandedOver) return 0;
+  endFaultsOnTerminate();
   DunmarrowApp application(argc, argv);
   return application.run(std::move(claim));
 }

@@ -1,5 +1,5 @@
-// The middle of the main window: the canvas of the active document, or a placeholder if none is open. Main
-// thread only.
+// The middle of the main window: the canvas of the active document, the place of one that is being read, or a
+// placeholder if none is open. Main thread only.
 #pragma once
 
 #include <QStringList>
@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "canvas/CanvasView.h"
+#include "canvas/LoadingView.h"
 #include "canvas/NoDocumentView.h"
 
 namespace orvanel {
@@ -20,10 +21,13 @@ class CanvasPaneView : public QWidget {
   /// Opens files dropped on the pane and reports failures to the user.
   std::function<void(const QStringList&)> openFiles;
 
-  /// Shows the document, or the placeholder for null.
-  void setDocument(const std::shared_ptr<Document>& document);
+  /// What stands in the place of a document.
+  enum class Instead { placeholder, loadingView };
+  /// Shows the document, or what stands instead of it for null.
+  void setDocument(const std::shared_ptr<Document>& document, Instead instead = Instead::placeholder);
 
   [[nodiscard]] CanvasView& canvasView() { return canvasView_; }
+  [[nodiscard]] LoadingView& loadingView() { return *loadingView_; }
   [[nodiscard]] NoDocumentView& noDocumentView() { return *noDocumentView_; }
 
  protected:
@@ -31,6 +35,7 @@ class CanvasPaneView : public QWidget {
 
  private:
   CanvasView canvasView_;
+  LoadingView* loadingView_;
   NoDocumentView* noDocumentView_;
 };
 

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <optional>
 #include <string>
 
+#include "cli/CheckCommand.h"
 #include "cli/ConvertCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Output.h"
+#include "cli/RecoverCommand.h"
 #include "cli/RunCommand.h"
 
 namespace orvanel {
@@ -17,6 +20,8 @@ namespace {
 
 constexpr std::array table{
     Subcommand{"info", "FILE", "Describe a document or image as one JSON object", 1, 1, runInfo},
+    Subcommand{"check", "FILE...", "Say of each document, entry by entry, whether it is whole", 1,
+               std::numeric_limits<int>::max(), runCheck},
     Subcommand{"convert", "IN OUT",
                "Write IN as OUT in the format given by the extension of OUT:\n"
                "                        tessel, png, jpg, jpeg, tiff, tif, gif or bmp",
@@ -26,6 +31,10 @@ constexpr std::array table{
                "                        on IN, a file or new:WIDTHxHEIGHT:MODE with MODE from 0 to\n"
                "                        3, and write OUT; --time prints the duration of each step",
                2, 3, runScript, "--time"},
+    Subcommand{"recover", "[ID OUT]",
+               "List what was left unsaved as a JSON array, or write the one\n"
+               "                        with this ID to OUT; --discard ID removes it",
+               0, 2, runRecover, "--discard", isRecoverUsage},
 };
 
 QString helpText() {
@@ -39,8 +48,8 @@ QString helpText() {
   text += QStringLiteral(
       "  --help                Show this and exit\n"
       "  --version             Show the version and exit\n\n"
-      "Exit status: 0 for success, 1 if a file can't be read or written or a step fails,\n"
-      "2 for invalid usage.\n");
+      "Exit status: 0 for success, 1 if a file can't be read or written, isn't whole,\n"
+      "or a step fails, 2 for invalid usage.\n");
   return text;
 }
 
@@ -105,7 +114,8 @@ ExitStatus runCommandLine(const QStringList& arguments) {
   const std::optional<Invocation> invocation = invocationOf(*command, arguments.mid(1), unknownOption);
   if (!invocation) return wrongUsage(QStringLiteral("unknown option \"%1\"").arg(unknownOption));
   const qsizetype count = invocation->arguments.size();
-  if (count < command->fewestArguments || count > command->mostArguments) {
+  const bool isUsage = command->isUsage == nullptr || command->isUsage(*invocation);
+  if (count < command->fewestArguments || count > command->mostArguments || !isUsage) {
     return wrongUsage(usageOf(*command));
   }
   return concluded(command->run(*invocation));

@@ -37,6 +37,8 @@ struct Subcommand {
   CommandResult (*run)(const Invocation& invocation) = nullptr;
   /// The only option it supports; empty for none.
   std::string_view option = {};
+  /// Whether the option and the number of arguments go together; null if they always do.
+  bool (*isUsage)(const Invocation& invocation) = nullptr;
 };
 
 /// All subcommands, in the order of the help text.

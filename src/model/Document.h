@@ -45,6 +45,8 @@ inline constexpr std::array<double, 29> zoomTable{
     7.0,  8.0,       12.0, 16.0,      32.0, 64.0, 100.0,  200.0,      400.0};
 inline constexpr double minimumZoom = 0.01;
 inline constexpr double maximumZoom = 400.0;
+/// The zoom with which a canvas comes up in a view, in document pixels and view points.
+[[nodiscard]] double initialZoom(const QSizeF& canvas, const QSizeF& view);
 
 class DocumentCompositor;
 class DocumentEdit;

@@ -26,7 +26,16 @@ int lastIndexWhere(Predicate isBelow) {
   return std::max(static_cast<int>(after - zoomTable.begin()) - 1, 0);
 }
 
+int initialZoomIndex(const QSizeF& canvas, const QSizeF& view) {
+  const double fit = std::min({view.width() / canvas.width(), view.height() / canvas.height(), 1.0});
+  return lastIndexWhere([&](double entry) { return entry <= fit; });
+}
+
 }  // namespace
+
+double initialZoom(const QSizeF& canvas, const QSizeF& view) {
+  return zoomTable[static_cast<std::size_t>(initialZoomIndex(canvas, view))];
+}
 
 double Document::zoom() const {
   if (const std::optional<double>& custom = customZoomLevel.value()) return *custom;
@@ -82,11 +91,10 @@ void Document::zoomFitOnScreen(double availableWidth, double availableHeight) {
 }
 
 void Document::applyInitialZoom(double viewWidth, double viewHeight) {
-  const double fit = std::min({viewWidth / canvasWidth.value(), viewHeight / canvasHeight.value(), 1.0});
+  const QSizeF canvas(canvasWidth.value(), canvasHeight.value());
   DocumentEdit edit(*this, editKind::state);
   edit.set(&Document::customZoomLevel, std::nullopt, ViewProperty::zoom);
-  edit.set(&Document::zoomLevelIndex, lastIndexWhere([&](double entry) { return entry <= fit; }),
-           ViewProperty::zoom);
+  edit.set(&Document::zoomLevelIndex, initialZoomIndex(canvas, {viewWidth, viewHeight}), ViewProperty::zoom);
   edit.set(&Document::viewportOffset, QPointF(0.0, 0.0), ViewProperty::viewportOffset);
   edit.set(&Document::needsInitialZoom, false, ViewProperty::needsInitialZoom);
 }

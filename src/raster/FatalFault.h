@@ -8,6 +8,13 @@ namespace orvanel {
 /// Prints the message to standard error and aborts the process.
 [[noreturn]] void fatalFault(std::string_view message);
 
+/// A sentence that follows the message of any fault from now on, and must live as long as the process; null
+/// for none. For what a user should know when the program has ended.
+void setLastWords(const char* sentence) noexcept;
+
+/// Lets an exception that nobody catches end the process as a fault does.
+void endFaultsOnTerminate() noexcept;
+
 /// Whether `expectThat` ends the process. On in debug builds, off otherwise; test programs turn it on.
 void setMistakesFatal(bool areFatal);
 

@@ -58,19 +58,26 @@ CompressedTile::CompressedTile(const Tile& tile, int pixelBytes)
   compressed_.assign(output.begin(), output.begin() + size);
 }
 
+bool CompressedTile::decompress(std::span<const std::byte> compressed, std::span<std::byte> pixels,
+                                int pixelBytes) {
+  thread_local std::vector<std::byte> planesMemory;
+  const std::span<std::byte> planes = scratch(planesMemory, pixels.size());
+  const int size = LZ4_decompress_safe(reinterpret_cast<const char*>(compressed.data()),
+                                       reinterpret_cast<char*>(planes.data()),
+                                       static_cast<int>(compressed.size()), static_cast<int>(pixels.size()));
+  if (size != static_cast<int>(pixels.size())) return false;
+  joinBytePlanes(planes, pixels, pixelBytes);
+  return true;
+}
+
 Tile CompressedTile::restored() {
   {
     const std::lock_guard guard(livingMutex_);
     if (living_ != nullptr && living_->tryRetain()) return Tile::adopt(living_, version_);
   }
-  thread_local std::vector<std::byte> planesMemory;
-  const std::span<std::byte> planes = scratch(planesMemory, rawBytes_);
-  [[maybe_unused]] const int size = LZ4_decompress_safe(
-      reinterpret_cast<const char*>(compressed_.data()), reinterpret_cast<char*>(planes.data()),
-      static_cast<int>(compressed_.size()), static_cast<int>(rawBytes_));
-  assert(size == static_cast<int>(rawBytes_));
   auto* buffer = new TileBuffer(rawBytes_);
-  joinBytePlanes(planes, buffer->bytes(), pixelBytes_);
+  [[maybe_unused]] const bool isWhole = decompress(compressed_, buffer->bytes(), pixelBytes_);
+  assert(isWhole);
   buffer->trait = trait_;
   buffer->companion = weak_from_this();
   const std::lock_guard guard(livingMutex_);

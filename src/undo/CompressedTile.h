@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "raster/Tile.h"
@@ -19,6 +20,12 @@ class CompressedTile : public TileCompanion, public std::enable_shared_from_this
   [[nodiscard]] static std::shared_ptr<CompressedTile> of(const Tile& tile, int pixelBytes);
 
   [[nodiscard]] std::uint64_t version() const { return version_; }
+  /// LZ4 over byte planes.
+  [[nodiscard]] std::span<const std::byte> compressed() const { return compressed_; }
+  [[nodiscard]] int pixelBytes() const { return pixelBytes_; }
+  /// Turns such bytes into the pixels of a tile; false for bytes that aren't such.
+  [[nodiscard]] static bool decompress(std::span<const std::byte> compressed, std::span<std::byte> pixels,
+                                       int pixelBytes);
   /// The tile again: the original bytes if they are still alive, otherwise decompressed ones.
   [[nodiscard]] Tile restored();
 

@@ -1,9 +1,9 @@
 #include <QDir>
 #include <QKeyEvent>
-#include <QSemaphore>
 #include <QThreadPool>
 
 #include "AppFixture.h"
+#include "BackgroundBlock.h"
 #include "app/DocumentFiles.h"
 #include "app/ProgressLine.h"
 
@@ -13,28 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-/// Holds back all background work while alive, by occupying the only thread of the pool.
-class BackgroundBlock {
- public:
-  BackgroundBlock() : threadsBefore_(pool().maxThreadCount()) {
-    pool().waitForDone();
-    pool().setMaxThreadCount(1);
-    pool().start([release = release_] { release->acquire(); });
-  }
-  ~BackgroundBlock() {
-    release_->release();
-    pool().setMaxThreadCount(threadsBefore_);
-  }
-  BackgroundBlock(const BackgroundBlock&) = delete;
-  BackgroundBlock& operator=(const BackgroundBlock&) = delete;
-
- private:
-  static QThreadPool& pool() { return *QThreadPool::globalInstance(); }
-
-  const std::shared_ptr<QSemaphore> release_ = std::make_shared<QSemaphore>();
-  const int threadsBefore_;
-};
 
 class CancellingTest : public AppFixture {
  protected:

@@ -35,6 +35,20 @@ TEST_F(ProgressLineTest, LongWorkShowsTheLineAndThenTheButton) {
   EXPECT_FALSE(button.isVisible());
 }
 
+TEST_F(ProgressLineTest, WorkThatIsShownElsewhereIsLeftOut) {
+  const FileActivity::Work opening = activity.begin();
+  ASSERT_TRUE(waitUntil([&] { return line.isVisible(); }));
+  line.leaveOut(opening);
+  EXPECT_FALSE(line.isVisible());
+  const FileActivity::Work saving = activity.begin();
+  EXPECT_TRUE(waitUntil([&] { return line.isVisible(); }));
+  activity.end(saving);
+  EXPECT_FALSE(line.isVisible());
+  line.leaveOut(std::nullopt);
+  EXPECT_TRUE(waitUntil([&] { return line.isVisible(); }));
+  activity.end(opening);
+}
+
 TEST_F(ProgressLineTest, TheButtonLiesInTheCornerBelowTheLine) {
   line.placeIn({0, 40, 400, 260});
   EXPECT_EQ(line.geometry(), QRect(0, 40, 400, ProgressLine::thickness));

@@ -18,6 +18,9 @@ class ScriptedDialogs : public Dialogs {
   std::vector<std::pair<std::string, std::string>> warnings;
   /// Message of each question about unsaved changes.
   std::vector<std::string> questions;
+  /// Message and informative text of each question about a changed file.
+  std::vector<std::pair<std::string, std::string>> overwriteQuestions;
+  OrphanList askedOrphans;
   std::vector<std::string> proposals;
   int aboutShown = 0;
   std::vector<ShortcutGroup> shortcuts;
@@ -25,6 +28,8 @@ class ScriptedDialogs : public Dialogs {
 
   // Answers, used in order. When a queue is empty, the dialog is cancelled.
   std::queue<SaveAnswer> saveAnswers;
+  std::queue<OverwriteAnswer> overwriteAnswers;
+  std::queue<RecoveryAnswer> recoveryAnswers;
   std::queue<QString> savePaths;
   std::queue<ExportTarget> exportTargets;
   std::optional<NewDocumentEntry> newDocument;
@@ -45,6 +50,18 @@ class ScriptedDialogs : public Dialogs {
     lastInformativeText = informativeText.toStdString();
     if (duringQuestion) duringQuestion();
     return next(saveAnswers).value_or(SaveAnswer::cancel);
+  }
+  OverwriteAnswer askToOverwrite(const QString& message, const QString& informativeText) override {
+    overwriteQuestions.emplace_back(message.toStdString(), informativeText.toStdString());
+    if (duringQuestion) duringQuestion();
+    return next(overwriteAnswers).value_or(OverwriteAnswer::cancel);
+  }
+  std::vector<RecoveryAnswer> askAboutOrphans(const OrphanList& orphans) override {
+    askedOrphans = orphans;
+    std::vector<RecoveryAnswer> answers;
+    for (std::size_t i = 0; i < orphans.size(); ++i)
+      answers.push_back(next(recoveryAnswers).value_or(RecoveryAnswer::later));
+    return answers;
   }
   std::optional<NewDocumentEntry> askForNewDocument() override { return newDocument; }
   std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& /*document*/) override {

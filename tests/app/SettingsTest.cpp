@@ -41,6 +41,7 @@ class SettingsTest : public testing::Test {
 TEST_F(SettingsTest, DefaultsApplyUntilAValueIsStored) {
   UserDefaults defaults;
   EXPECT_TRUE(defaults.confirmUnsavedChanges());
+  EXPECT_TRUE(defaults.keepsRecovery());
   EXPECT_EQ(defaults.layerThumbnailSize(), 48);
   defaults.setValue(UserDefaults::confirmUnsavedChangesKey, false);
   defaults.setValue(UserDefaults::layerThumbnailSizeKey, 64);

@@ -64,6 +64,16 @@ TEST_F(WindowStateTest, AnAddedDocumentComesLastAndBecomesActive) {
   EXPECT_EQ(tools.activeDocument(), c);
 }
 
+TEST_F(WindowStateTest, ADocumentThatIsSetAsideStaysOpenAndIsTheMostRecent) {
+  addABC();
+  window.switchToDocument(b->id);
+  window.setAsideActiveDocument();
+  EXPECT_EQ(activeName(), "none");
+  EXPECT_EQ(tools.activeDocument(), nullptr);
+  EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+  EXPECT_THAT(mostRecentNames(), ElementsAre("B", "C", "A"));
+}
+
 TEST_F(WindowStateTest, AnUnknownActiveIDMeansNoActiveDocument) {
   addABC();
   window.activeDocumentID = QUuid::createUuid();

@@ -274,6 +274,9 @@ TEST_F(CommandLineTest, WrongUsageIsReported) {
       {QStringLiteral("run"), path("a.json")},
       {QStringLiteral("run"), QStringLiteral("--fast"), path("a.json"), path("a.png")},
       {QStringLiteral("info"), QStringLiteral("--time"), path("a.png")},
+      {QStringLiteral("recover"), QStringLiteral("some-id")},
+      {QStringLiteral("recover"), QStringLiteral("--discard")},
+      {QStringLiteral("recover"), QStringLiteral("--discard"), QStringLiteral("some-id"), path("a.png")},
   };
   for (const QStringList& arguments : wrong) {
     const Outcome outcome = run(arguments);

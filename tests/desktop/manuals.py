@@ -86,7 +86,7 @@ def check_bash(folder):
         everything = sorted(["a photo.png", "steps.json", "drawing.tessel", "notes.txt", "folder"])
         pictures = ["a photo.png", "drawing.tessel", "folder"]
         for words, expected in (
-            ([""], ["convert", "info", "run"]),
+            ([""], ["convert", "info", "recover", "run"]),
             (["c"], ["convert"]),
             (["--"], ["--help", "--version"]),
             (["run", "--"], ["--time"]),

@@ -60,7 +60,7 @@ def check_translations(path):
 
 
 def engine_texts(sources, folder):
-    """Literals that begin with a capital: names of actions in the model and the tools, sentences in io."""
+    """Literals that begin with a capital: names of actions in the model and the tools, sentences in io and recovery."""
     for path in sorted((sources / folder).rglob("*")):
         if path.suffix in (".cpp", ".h"):
             for match in ENGINE_TEXT.finditer(path.read_text(encoding="utf-8")):
@@ -75,9 +75,10 @@ def check_engine(sources, listed):
         for file, text in engine_texts(sources, folder):
             is_name = re.match(r"[A-Z]", text)
             check(not is_name or text in names, f"{file}: not in the list of names: {text!r}")
-    for file, text in engine_texts(sources, "io"):
-        is_sentence = re.match(r"[A-Z].*(\.|%2)$", text, re.DOTALL)
-        check(not is_sentence or text in sentences, f"{file}: not in the list of sentences: {text!r}")
+    for folder in ("io", "recovery"):
+        for file, text in engine_texts(sources, folder):
+            is_sentence = re.match(r"[A-Z].*(\.|%2)$", text, re.DOTALL)
+            check(not is_sentence or text in sentences, f"{file}: not in the list of sentences: {text!r}")
 
 
 def main(source_folder, lupdate):

@@ -25,12 +25,15 @@ const std::vector<Room> plan = {
     {"undo", QtAllowed::withoutWidgets, {"raster"}},
     {"model", QtAllowed::withoutWidgets, {"raster", "undo"}},
     {"io", QtAllowed::withoutWidgets, {"raster", "undo", "model"}},
+    {"recovery", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io"}},
     {"tools", QtAllowed::withoutWidgets, {"raster", "undo", "model"}},
     {"look", QtAllowed::all, {}},
     {"canvas", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "look"}},
     {"panels", QtAllowed::all, {"raster", "undo", "model", "tools", "look"}},
-    {"app", QtAllowed::all, {"raster", "undo", "model", "io", "tools", "look", "canvas", "panels"}},
-    {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io", "tools"}},
+    {"app",
+     QtAllowed::all,
+     {"raster", "undo", "model", "io", "recovery", "tools", "look", "canvas", "panels"}},
+    {"cli", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io", "recovery", "tools"}},
     {"thumbnailer", QtAllowed::withoutWidgets, {"raster", "undo", "model", "io"}},
 };
 

@@ -9,12 +9,15 @@
 #include <vector>
 
 #include "model/Document.h"
+#include "recovery/Orphan.h"
 
 namespace orvanel {
 
 struct ShortcutGroup;
 
 enum class SaveAnswer { save, dontSave, cancel };
+enum class OverwriteAnswer { saveAnyway, saveAs, cancel };
+enum class RecoveryAnswer { restore, discard, later };
 
 // The user's input, not yet validated.
 
@@ -68,6 +71,10 @@ class Dialogs {
     showWarning(tr("Invalid Dimensions"), tr("Width and height must be between 1 and 16384 pixels."));
   }
   virtual SaveAnswer askToSave(const QString& message, const QString& informativeText) = 0;
+  /// Asks what to do about a file that another program has changed or removed. Cancels if it can't ask.
+  virtual OverwriteAnswer askToOverwrite(const QString& message, const QString& informativeText) = 0;
+  /// Asks what to do with each document that an earlier process left unsaved; one answer for each.
+  virtual std::vector<RecoveryAnswer> askAboutOrphans(const OrphanList& orphans) = 0;
   virtual std::optional<NewDocumentEntry> askForNewDocument() = 0;
   virtual std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) = 0;
   virtual std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) = 0;

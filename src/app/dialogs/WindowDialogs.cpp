@@ -13,6 +13,7 @@
 #include "app/dialogs/FilePanels.h"
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
+#include "app/dialogs/RecoveryDialog.h"
 #include "app/dialogs/ShortcutsWindow.h"
 #include "io/files/FileName.h"
 #include "look/Look.h"
@@ -111,6 +112,26 @@ SaveAnswer WindowDialogs::askToSave(const QString& message, const QString& infor
   box.exec();
   if (box.clickedButton() == save) return SaveAnswer::save;
   return box.clickedButton() == dontSave ? SaveAnswer::dontSave : SaveAnswer::cancel;
+}
+
+OverwriteAnswer WindowDialogs::askToOverwrite(const QString& message, const QString& informativeText) {
+  if (isHoldingWarnings_) return OverwriteAnswer::cancel;
+  QMessageBox box(window_);
+  fillAlert(box, message, informativeText);
+  QPushButton* saveAs = box.addButton(tr("Save As…"), QMessageBox::AcceptRole);
+  QPushButton* anyway = box.addButton(tr("Save Anyway"), QMessageBox::DestructiveRole);
+  QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
+  box.setDefaultButton(saveAs);
+  box.setEscapeButton(cancel);
+  box.exec();
+  if (box.clickedButton() == saveAs) return OverwriteAnswer::saveAs;
+  return box.clickedButton() == anyway ? OverwriteAnswer::saveAnyway : OverwriteAnswer::cancel;
+}
+
+std::vector<RecoveryAnswer> WindowDialogs::askAboutOrphans(const OrphanList& orphans) {
+  RecoveryDialog dialog(orphans, window_);
+  const bool isAccepted = dialog.exec() == QDialog::Accepted;
+  return isAccepted ? dialog.answers() : std::vector(orphans.size(), RecoveryAnswer::later);
 }
 
 std::optional<NewDocumentEntry> WindowDialogs::askForNewDocument() {

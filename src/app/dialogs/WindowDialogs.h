@@ -24,6 +24,8 @@ class WindowDialogs : public Dialogs {
 
   void showWarning(const QString& message, const QString& informativeText) override;
   SaveAnswer askToSave(const QString& message, const QString& informativeText) override;
+  OverwriteAnswer askToOverwrite(const QString& message, const QString& informativeText) override;
+  std::vector<RecoveryAnswer> askAboutOrphans(const OrphanList& orphans) override;
   std::optional<NewDocumentEntry> askForNewDocument() override;
   std::optional<CanvasSizeEntry> askForCanvasSize(const DocumentPtr& document) override;
   std::optional<ImageSizeEntry> askForImageSize(const DocumentPtr& document) override;

@@ -37,6 +37,7 @@ Described<SavedFilePtr> fill(const OpenedDocument& opened, const QString& path, 
   const auto identity = opened.archive.identity();
   if (!identity) return nullptr;
   auto saved = std::make_shared<SavedFile>();
+  saved->documentPath = QFileInfo(path).absoluteFilePath();
   saved->path = QFile::encodeName(path).toStdString();
   saved->identity = *identity;
   saved->surfaces = std::move(*surfaces);
@@ -108,7 +109,7 @@ bool DocumentIO::isDocumentPath(const QString& path) {
 
 void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalContext& /*context*/,
                       QObject* receiver, SaveDone done, ProgressChanged progressChanged,
-                      CancellationPtr cancellation) {
+                      CancellationPtr cancellation, KnownFilePtr expected) {
   const QPointer<QObject> guard(receiver);
   const auto finish = [guard, done = std::move(done)](const FileResult<void>& result) {
     if (!guard.isNull()) done(result);
@@ -127,7 +128,16 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
   auto picture = std::make_shared<SaveSnapshot>(std::move(*snapshot));
   Progress progress = progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation));
   const std::weak_ptr<Document> saved = document;
-  runInBackground([picture, path, progress = std::move(progress), finish, saved]() mutable {
+  runInBackground([picture, path, progress = std::move(progress), finish, saved,
+                   expected = std::move(expected)]() mutable {
+    if (auto judged = judgeFound(expected.get(), DocumentIOError::saveFailed, progress); !judged) {
+      picture.reset();
+      runOnMainThread([finish, judged = std::move(judged)] {
+        backgroundSaveRuns = false;
+        finish(judged);
+      });
+      return;
+    }
     auto written = writeSnapshot(*picture, path, progress);
     picture.reset();
     runOnMainThread([finish, written = std::move(written), progress = std::move(progress), saved] {

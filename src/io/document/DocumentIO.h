@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "io/files/FileError.h"
+#include "io/files/KnownFile.h"
 #include "io/files/Progress.h"
 #include "model/Document.h"
 
@@ -28,10 +29,11 @@ class DocumentIO {
   // work that has already completed has no effect.
 
   /// Saves in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
-  /// While another save runs, this one writes nothing and succeeds. The caller sets the document's flags.
+  /// While another save runs, this one writes nothing and succeeds. The caller sets the document's flags. If
+  /// `expected` is given and isn't found as it is known, nothing is written either.
   static void save(const DocumentPtr& document, const QString& path, MetalContext& context, QObject* receiver,
                    SaveDone done, ProgressChanged progressChanged = {},
-                   CancellationPtr cancellation = nullptr);
+                   CancellationPtr cancellation = nullptr, KnownFilePtr expected = nullptr);
   /// Saves before it returns, whether or not a background save runs. Main thread.
   [[nodiscard]] static FileResult<void> saveSynchronously(const DocumentPtr& document, const QString& path,
                                                           MetalContext& context);

@@ -42,6 +42,12 @@ bool gridsFitInMemory(const Manifest& manifest) {
   return pixelsFitInMemory(surfacesOf(manifest.nodes) * gridBytes * 4);
 }
 
+Described<void> judgeCanvas(const Manifest& manifest) {
+  const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
+  if (isSide(manifest.document.canvasWidth) && isSide(manifest.document.canvasHeight)) return {};
+  return because(QStringLiteral("The document's canvas is not between 1 and 16384 pixels on a side."));
+}
+
 ColorMode colorModeOf(const Manifest& manifest) {
   return colorModeFromRaw(manifest.document.colorMode).value_or(ColorMode::rgb16);
 }
@@ -49,10 +55,12 @@ ColorMode colorModeOf(const Manifest& manifest) {
 /// Finds the valid nodes of a manifest and allocates their surfaces.
 class Planner {
  public:
-  Planner(OpenedDocument& opened, const MetalContext& context) : opened_(opened), context_(context) {}
+  using HasEntry = std::function<bool(const QString& path)>;
+  Planner(DocumentPlan& plan, const MetalContext& context, const HasEntry& hasEntry)
+      : plan_(plan), context_(context), hasEntry_(hasEntry) {}
 
   Described<void> plan(const Progress& progress) {
-    const NodeManifestList& manifests = opened_.manifest.nodes;
+    const NodeManifestList& manifests = plan_.manifest.nodes;
     for (std::size_t index = 0; index < manifests.size();) {
       if (progress.isCancelled()) return cancelled();
       const NodeManifest& manifest = manifests[index];
@@ -63,10 +71,10 @@ class Planner {
         if (seen_.contains(*id))
           return because(QStringLiteral("The document has two nodes with the same id."));
         seen_.insert(*id);
-        opened_.nodes.push_back({.manifest = index, .id = *id});
+        plan_.nodes.push_back({.manifest = index, .id = *id});
       }
       if (id && isLayer) {
-        if (auto made = makeSurfaces(manifest, opened_.nodes.back()); !made) return made;
+        if (auto made = makeSurfaces(manifest, plan_.nodes.back()); !made) return made;
       }
       ++index;
       if (id && isFolder) continue;
@@ -79,56 +87,61 @@ class Planner {
  private:
   Described<void> makeSurfaces(const NodeManifest& manifest, PlannedNode& node) {
     if (manifest.hasPixelData.value_or(true)) {
-      node.pixels = makeTexture(layerPixelFormat(colorModeOf(opened_.manifest)));
+      node.pixels = makeTexture(layerPixelFormat(colorModeOf(plan_.manifest)));
       if (node.pixels == nullptr) return because(tooMuchMemory());
-      if (const auto entry = entryAt(layerEntryPath(manifest.id))) request(*entry, node.pixels);
     }
     if (!manifest.mask.has_value()) return {};
     const std::optional<QUuid> maskID = idOf(manifest.mask->id);
-    const auto entry = entryAt(maskEntryPath(manifest.id));
-    if (!maskID || !entry) return {};
+    if (!maskID || !hasEntry_(maskEntryPath(manifest.id))) return {};
     node.mask = makeTexture(maskPixelFormat);
     if (node.mask == nullptr) return {};
     node.maskID = *maskID;
-    request(*entry, node.mask);
     return {};
   }
 
   [[nodiscard]] Texture makeTexture(PixelFormat format) const {
-    const DocumentManifest& canvas = opened_.manifest.document;
+    const DocumentManifest& canvas = plan_.manifest.document;
     return context_.makeTexture(format, static_cast<int>(canvas.canvasWidth),
                                 static_cast<int>(canvas.canvasHeight));
   }
-  [[nodiscard]] std::optional<std::size_t> entryAt(const QString& path) const {
-    return opened_.archive.find(path.toStdString());
-  }
-  void request(std::size_t entry, const Texture& destination) {
-    opened_.requests.push_back({entry, destination});
-  }
 
-  OpenedDocument& opened_;
+  DocumentPlan& plan_;
   const MetalContext& context_;
+  const HasEntry& hasEntry_;
   QSet<QUuid> seen_;
 };
+
+/// The surfaces for which the archive has entries.
+std::vector<TextureLoadRequest> requestsOf(const DocumentPlan& plan, const ZipReader& archive) {
+  std::vector<TextureLoadRequest> requests;
+  const auto request = [&](const QString& path, const Texture& destination) {
+    const auto entry = archive.find(path.toStdString());
+    if (destination != nullptr && entry) requests.push_back({*entry, destination});
+  };
+  for (const PlannedNode& node : plan.nodes) {
+    const QString& id = plan.manifest.nodes[node.manifest].id;
+    request(layerEntryPath(id), node.pixels);
+    request(maskEntryPath(id), node.mask);
+  }
+  return requests;
+}
+
+Described<OpenedDocument> planned(ZipReader archive, Manifest manifest, const MetalContext& context,
+                                  const Progress& progress) {
+  const auto hasEntry = [&](const QString& path) { return archive.find(path.toStdString()).has_value(); };
+  auto plan = planDocument(std::move(manifest), context, hasEntry, progress);
+  if (!plan) return because(plan.error());
+  auto requests = requestsOf(*plan, archive);
+  return OpenedDocument{std::move(*plan), std::move(archive), std::move(requests)};
+}
 
 Described<OpenedDocument> open(Described<ZipReader> archive, const MetalContext& context,
                                const Progress& progress) {
   if (!archive) return because(archive.error());
   if (progress.isCancelled()) return cancelled();
-  const auto entry = archive->find("manifest.json");
-  if (!entry.has_value()) return because(QStringLiteral("The archive contains no document."));
-  const auto text = archive->readAll(*entry, maximumManifestBytes);
-  if (!text) return because(text.error());
-  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
+  auto manifest = readManifest(*archive, progress);
   if (!manifest) return because(manifest.error());
-  const auto isSide = [](std::int64_t side) { return side >= 1 && side <= maximumCanvasSide; };
-  if (!isSide(manifest->document.canvasWidth) || !isSide(manifest->document.canvasHeight)) {
-    return because(QStringLiteral("The document's canvas is not between 1 and 16384 pixels on a side."));
-  }
-  if (!gridsFitInMemory(*manifest)) return because(tooMuchMemory());
-  OpenedDocument opened{std::move(*archive), std::move(*manifest), {}, {}};
-  if (auto planned = Planner(opened, context).plan(progress); !planned) return because(planned.error());
-  return opened;
+  return planned(std::move(*archive), std::move(*manifest), context, progress);
 }
 
 NodeValues valuesOf(const NodeManifest& manifest, const QUuid& id) {
@@ -167,11 +180,11 @@ void closeFolders(std::vector<OpenFolder>& open, std::size_t count) {
   }
 }
 
-LayerNodeList buildTree(const OpenedDocument& opened) {
+LayerNodeList buildTree(const DocumentPlan& plan) {
   // The open folders, innermost last, with the children read so far. The first one stands for the root.
   std::vector<OpenFolder> open(1);
-  for (const PlannedNode& node : opened.nodes) {
-    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+  for (const PlannedNode& node : plan.nodes) {
+    const NodeManifest& manifest = plan.manifest.nodes[node.manifest];
     closeFolders(open, static_cast<std::size_t>(manifest.depth) + 1);
     if (manifest.type == u"folder") {
       open.push_back({&manifest, node.id, {}});
@@ -185,6 +198,27 @@ LayerNodeList buildTree(const OpenedDocument& opened) {
 
 }  // namespace
 
+Described<Manifest> readManifest(const ZipReader& archive, const Progress& progress) {
+  const auto entry = archive.find("manifest.json");
+  if (!entry.has_value()) return because(QStringLiteral("The archive contains no document."));
+  const auto text = archive.readAll(*entry, maximumManifestBytes);
+  if (!text) return because(text.error());
+  auto manifest = decodeManifest({reinterpret_cast<const char*>(text->data()), text->size()}, progress);
+  if (!manifest) return because(manifest.error());
+  if (auto judged = judgeCanvas(*manifest); !judged) return because(judged.error());
+  return manifest;
+}
+
+Described<DocumentPlan> planDocument(Manifest manifest, const MetalContext& context,
+                                     const std::function<bool(const QString& path)>& hasEntry,
+                                     const Progress& progress) {
+  if (auto judged = judgeCanvas(manifest); !judged) return because(judged.error());
+  if (!gridsFitInMemory(manifest)) return because(tooMuchMemory());
+  DocumentPlan plan{.manifest = std::move(manifest)};
+  if (auto made = Planner(plan, context, hasEntry).plan(progress); !made) return because(made.error());
+  return plan;
+}
+
 Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                        const Progress& progress) {
   return open(ZipReader::open(QFile::encodeName(path).toStdString()), context, progress);
@@ -195,13 +229,13 @@ Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const M
   return open(ZipReader::openBytes(bytes), context, progress);
 }
 
-DocumentPtr buildDocument(const OpenedDocument& opened, MetalContext& context) {
-  const DocumentManifest& manifest = opened.manifest.document;
+DocumentPtr buildDocument(const DocumentPlan& plan, MetalContext& context) {
+  const DocumentManifest& manifest = plan.manifest.document;
   DocumentContents contents{.name = manifest.name,
                             .width = static_cast<int>(manifest.canvasWidth),
                             .height = static_cast<int>(manifest.canvasHeight),
-                            .colorMode = colorModeOf(opened.manifest),
-                            .rootNodes = buildTree(opened)};
+                            .colorMode = colorModeOf(plan.manifest),
+                            .rootNodes = buildTree(plan)};
   const auto color = [](const std::optional<QString>& text) {
     return text.has_value() ? DisplayColor::fromHexText(*text) : std::nullopt;
   };

@@ -3,7 +3,9 @@
 // of nodes; the other steps run anywhere. Pixels follow in `TextureLoading.h`.
 #pragma once
 
+#include <QString>
 #include <QUuid>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -33,14 +35,27 @@ struct PlannedNode {
   Texture mask = nullptr;
 };
 
-/// An archive with a valid manifest, and the surfaces allocated for it.
-struct OpenedDocument {
-  ZipReader archive;
+/// A valid manifest, and the surfaces allocated for it.
+struct DocumentPlan {
   Manifest manifest;
   /// The valid nodes of the manifest, in its order.
-  std::vector<PlannedNode> nodes;
+  std::vector<PlannedNode> nodes = {};
+};
+
+/// Checks what the manifest asks for against the limits of documents, and allocates the surfaces. A mask for
+/// which there is no entry of this path is left out.
+[[nodiscard]] Described<DocumentPlan> planDocument(Manifest manifest, const MetalContext& context,
+                                                   const std::function<bool(const QString& path)>& hasEntry,
+                                                   const Progress& progress = {});
+
+/// An archive with the plan of its document.
+struct OpenedDocument : DocumentPlan {
+  ZipReader archive;
   std::vector<TextureLoadRequest> requests;
 };
+
+/// The manifest of an archive, with a canvas of a possible size.
+[[nodiscard]] Described<Manifest> readManifest(const ZipReader& archive, const Progress& progress = {});
 
 [[nodiscard]] Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                                      const Progress& progress = {});
@@ -50,6 +65,6 @@ struct OpenedDocument {
                                                      const Progress& progress = {});
 
 /// Builds the document; its surfaces are still empty. Main thread.
-[[nodiscard]] DocumentPtr buildDocument(const OpenedDocument& opened, MetalContext& context);
+[[nodiscard]] DocumentPtr buildDocument(const DocumentPlan& plan, MetalContext& context);
 
 }  // namespace orvanel

@@ -161,10 +161,11 @@ std::uint64_t deviceOf(const QString& path) {
 }
 
 /// What the archive that was just written holds.
-SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file,
+SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file, const QString& destination,
                        std::vector<WrittenEntry> written) {
   if (!file.committed()) return nullptr;
   auto saved = std::make_shared<SavedFile>();
+  saved->documentPath = destination;
   saved->path = file.destination();
   saved->identity = *file.committed();
   std::map<std::string, std::vector<StoredChunk>> chunks;
@@ -198,7 +199,7 @@ tl::expected<SavedFilePtr, WriteFailure> writeWith(const SavedFile* saved, const
   }
   auto written = writeArchive(**file, entries, progress, keptFrom);
   if (!written) return tl::unexpected(written.error());
-  return savedFile(snapshot, **file, std::move(*written));
+  return savedFile(snapshot, **file, destination, std::move(*written));
 }
 
 }  // namespace

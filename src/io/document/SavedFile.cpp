@@ -3,19 +3,12 @@
 #include <utility>
 
 namespace orvanel {
-namespace {
-
-TileMark markOf(const Tile& tile) {
-  return {tile.isUniform() ? tile.pixel() : tile.version(), tile.isUniform()};
-}
-
-}  // namespace
 
 SavedSurface SavedSurface::of(const Surface& surface, std::vector<StoredChunk> chunks) {
   SavedSurface saved{surface.format(), surface.width(), surface.height(), {}, std::move(chunks)};
   saved.tiles.reserve(static_cast<std::size_t>(surface.tileCount()));
   for (int index = 0; index < surface.tileCount(); ++index)
-    saved.tiles.push_back(markOf(surface.tile(index)));
+    saved.tiles.push_back(TileMark::of(surface.tile(index)));
   return saved;
 }
 
@@ -24,9 +17,15 @@ bool SavedSurface::holds(const Surface& surface, int firstRow, int endRow) const
   const int first = firstRow / tileSide * surface.tilesAcross();
   const int end = ((endRow - 1) / tileSide + 1) * surface.tilesAcross();
   for (int index = first; index < end; ++index) {
-    if (markOf(surface.tile(index)) != tiles[static_cast<std::size_t>(index)]) return false;
+    if (TileMark::of(surface.tile(index)) != tiles[static_cast<std::size_t>(index)]) return false;
   }
   return true;
+}
+
+std::shared_ptr<const KnownFile> SavedFile::under(const QString& newPath) const {
+  auto saved = std::make_shared<SavedFile>(*this);
+  saved->documentPath = newPath;
+  return saved;
 }
 
 std::optional<FileHandle> SavedFile::open() const {

@@ -10,9 +10,8 @@
 #include <vector>
 
 #include "io/archive/EntryParts.h"
-#include "io/files/FileIdentity.h"
 #include "io/files/InputFile.h"
-#include "model/FileMemory.h"
+#include "io/files/KnownFile.h"
 #include "raster/Surface.h"
 
 namespace orvanel {
@@ -22,6 +21,9 @@ struct TileMark {
   std::uint64_t value = 0;
   bool isUniform = false;
 
+  [[nodiscard]] static TileMark of(const Tile& tile) {
+    return {tile.isUniform() ? tile.pixel() : tile.version(), tile.isUniform()};
+  }
   friend bool operator==(const TileMark&, const TileMark&) = default;
 };
 
@@ -42,11 +44,12 @@ struct SavedSurface {
 /// By the path of the entry.
 using SavedSurfaces = std::map<std::string, SavedSurface>;
 
-struct SavedFile final : FileMemory {
+struct SavedFile final : KnownFile {
+  /// Where it really stands.
   std::string path;
-  FileIdentity identity;
   SavedSurfaces surfaces;
 
+  [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& newPath) const override;
   /// Opens the file if it is still the one that was saved or loaded.
   [[nodiscard]] std::optional<FileHandle> open() const;
 };

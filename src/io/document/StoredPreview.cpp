@@ -10,8 +10,6 @@
 namespace orvanel {
 namespace {
 
-constexpr const char* previewEntry = "preview.png";
-
 Described<QImage> decoded(const ByteBuffer& png) {
   QByteArray bytes =
       QByteArray::fromRawData(reinterpret_cast<const char*>(png.data()), static_cast<qsizetype>(png.size()));
@@ -32,14 +30,18 @@ Described<QImage> decoded(const ByteBuffer& png) {
 
 Described<QImage> previewIn(const Described<ZipReader>& archive) {
   if (!archive) return because(archive.error());
-  const auto entry = archive->find(previewEntry);
-  if (!entry) return because(QStringLiteral("The document has no preview."));
-  const auto png = archive->readAll(*entry, maximumPreviewBytes);
-  if (!png) return because(png.error());
-  return decoded(*png);
+  return readStoredPreview(*archive);
 }
 
 }  // namespace
+
+Described<QImage> readStoredPreview(const ZipReader& archive) {
+  const auto entry = archive.find(previewEntryPath);
+  if (!entry) return because(QStringLiteral("The document has no preview."));
+  const auto png = archive.readAll(*entry, maximumPreviewBytes);
+  if (!png) return because(png.error());
+  return decoded(*png);
+}
 
 Described<QImage> readStoredPreview(const QString& path) {
   return previewIn(ZipReader::open(QFile::encodeName(path).toStdString()));

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <mutex>
 
-#include "io/document/LayerData.h"
 #include "io/files/FileName.h"
 #include "io/files/Parallel.h"
 #include "raster/MemoryBudget.h"
@@ -16,18 +15,6 @@ namespace {
 
 QString tooMuchMemory() {
   return QStringLiteral("There is not enough memory for this document.");
-}
-
-/// The header must agree with the surface that the tree asks for, and the entry's length with both.
-Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
-                            const Surface& surface) {
-  const bool agrees = header.surfaceFormat() == surface.format() &&
-                      header.width == static_cast<std::uint32_t>(surface.width()) &&
-                      header.height == static_cast<std::uint32_t>(surface.height()) &&
-                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
-  if (agrees) return {};
-  return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
-                     .arg(displayName(QString::fromStdString(entry.path))));
 }
 
 /// Whether all half floats are in the range 0 to 1. Nearly all rows are, and then need no search for values
@@ -249,6 +236,18 @@ SavedSurfaces savedSurfaces(const OpenedDocument& opened, const std::vector<Surf
 
 }  // namespace
 
+// The header must agree with the surface that the tree asks for, and the entry's length with both.
+Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
+                            const Surface& surface) {
+  const bool agrees = header.surfaceFormat() == surface.format() &&
+                      header.width == static_cast<std::uint32_t>(surface.width()) &&
+                      header.height == static_cast<std::uint32_t>(surface.height()) &&
+                      entry.size == LayerdataHeader::byteSize + header.payloadSize();
+  if (agrees) return {};
+  return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
+                     .arg(displayName(QString::fromStdString(entry.path))));
+}
+
 Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress) {
   const auto& entries = opened.archive.entries();
   std::vector<Surface*> destinations(entries.size(), nullptr);
@@ -279,8 +278,8 @@ Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progre
   return savedSurfaces(opened, destinations, pieces);
 }
 
-Described<void> judgeShownMemory(const OpenedDocument& opened) {
-  const DocumentManifest& canvas = opened.manifest.document;
+Described<void> judgeShownMemory(const DocumentPlan& plan) {
+  const DocumentManifest& canvas = plan.manifest.document;
   const auto tilesAlong = [](std::int64_t side) {
     return static_cast<std::uint64_t>((side - 1) / tileSide + 1);
   };
@@ -295,8 +294,8 @@ Described<void> judgeShownMemory(const OpenedDocument& opened) {
       if (closed.needsSurface) inFolders += std::min(closed.held, tilesOfCanvas);
     }
   };
-  for (const PlannedNode& node : opened.nodes) {
-    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+  for (const PlannedNode& node : plan.nodes) {
+    const NodeManifest& manifest = plan.manifest.nodes[node.manifest];
     closeDownTo(manifest.depth);
     if (manifest.type == u"folder") {
       open.push_back({.depth = manifest.depth, .needsSurface = isolates(manifest)});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "io/document/DocumentReader.h"
+#include "io/document/LayerData.h"
 #include "io/document/SavedFile.h"
 
 namespace orvanel {
@@ -11,7 +12,11 @@ namespace orvanel {
 /// the archive, as far as it says where reading can start.
 [[nodiscard]] Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress);
 
+/// Whether the entry of a surface's pixels can be what it says it is.
+[[nodiscard]] Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
+                                          const Surface& surface);
+
 /// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
-[[nodiscard]] Described<void> judgeShownMemory(const OpenedDocument& opened);
+[[nodiscard]] Described<void> judgeShownMemory(const DocumentPlan& plan);
 
 }  // namespace orvanel

@@ -257,11 +257,14 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   return {};
 }
 
-Described<void> replaceFile(const QString& destination, std::span<const std::byte> bytes) {
+Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
+                                                   std::span<const std::byte> bytes) {
   auto file = AtomicFile::create(destination);
   if (!file) return because(file.error());
-  if (auto result = (*file)->write(bytes); !result) return result;
-  return (*file)->commit([](const std::string&) { return Described<void>(); });
+  if (const auto result = (*file)->write(bytes); !result) return because(result.error());
+  const auto result = (*file)->commit([](const std::string&) { return Described<void>(); });
+  if (!result) return because(result.error());
+  return (*file)->committed();
 }
 
 }  // namespace orvanel

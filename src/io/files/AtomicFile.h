@@ -67,7 +67,8 @@ class AtomicFile {
   std::optional<FileIdentity> committed_;
 };
 
-/// Replaces the contents of `destination` atomically.
-[[nodiscard]] Described<void> replaceFile(const QString& destination, std::span<const std::byte> bytes);
+/// Replaces the contents of `destination` atomically; returns which file it is now, if that can be told.
+[[nodiscard]] Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
+                                                                 std::span<const std::byte> bytes);
 
 }  // namespace orvanel

@@ -9,12 +9,17 @@ namespace orvanel {
 
 enum class DocumentIOError { exportFailed, loadFailed, saveFailed };
 
+/// How a file is found, compared with what was last read or written.
+enum class FileState { asKnown, changed, missing };
+
 struct FileError {
   DocumentIOError code = DocumentIOError::loadFailed;
   /// A full sentence, without the file's name.
   QString message;
   /// The user has cancelled the work, so that no alert is needed.
   bool isCancelled = false;
+  /// Anything else has stopped a save that was to overwrite only a file it knows.
+  FileState found = FileState::asKnown;
 };
 
 template <typename Value>

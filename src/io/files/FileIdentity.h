@@ -18,6 +18,12 @@ struct FileIdentity {
 
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 
+  /// Whether the file's contents are most likely the same: size and time of the last writing. Other values
+  /// change with its name and its permissions, and some file systems make them up anew.
+  [[nodiscard]] bool isSameVersionAs(const FileIdentity& other) const {
+    return size == other.size && modified == other.modified;
+  }
+
   /// Empty if there is no such file, or it isn't a regular one.
   [[nodiscard]] static std::optional<FileIdentity> of(const std::string& path);
   [[nodiscard]] static std::optional<FileIdentity> of(int descriptor);

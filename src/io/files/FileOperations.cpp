@@ -50,6 +50,10 @@ int FileOperations::sync(int file) {
   return ::fsync(file);
 }
 
+int FileOperations::syncData(int file) {
+  return ::fdatasync(file);
+}
+
 int FileOperations::renameFile(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str());
 }

@@ -23,6 +23,8 @@ class FileOperations {
   /// Lets the range of one file be the same blocks on the disk as that of another.
   virtual int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset, std::size_t count);
   virtual int sync(int file);
+  /// As `sync`, without what only tells of the file.
+  virtual int syncData(int file);
   virtual int renameFile(const std::string& from, const std::string& to);
 
   /// The instance in use.

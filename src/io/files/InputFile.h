@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
 #include "io/files/Progress.h"
 
 namespace orvanel {
@@ -38,6 +39,8 @@ class InputFile final : public QIODevice {
                                                                   const Progress& progress = {});
 
   [[nodiscard]] qint64 size() const override { return file_.size(); }
+  /// Which file it is, in its state of now.
+  [[nodiscard]] std::optional<FileIdentity> identity() const { return FileIdentity::of(file_.descriptor()); }
   bool seek(qint64 position) override;
 
  protected:

@@ -14,6 +14,7 @@
 
 #include "io/files/AtomicFile.h"
 #include "io/files/FileName.h"
+#include "io/files/KnownFile.h"
 #include "io/image/GifEncoder.h"
 #include "io/image/ImageDecoder.h"
 #include "io/image/ImageLimits.h"
@@ -216,6 +217,7 @@ FileResult<FlatImage> readFlatImage(const QString& path, const MetalContext& con
   result.warning = warningOf(*decoded);
   result.mode = colorMode(decoded->traits);
   result.metadata = decoded->metadata;
+  result.identity = decoded->identity;
   const Texture staging = context.makeTexture(PixelFormat::rgba8Unorm, image.width(), image.height());
   if (staging == nullptr) return tl::unexpected(loadFailed(notEnoughMemory()));
   fillSurface(image, *staging, progress);
@@ -248,6 +250,7 @@ DocumentPtr documentOfFlatImage(const FlatImage& image, const QString& path, Met
   document->setSource(file.absoluteFilePath(),
                       image.warning.isEmpty() ? imageFileFormat(path) : std::nullopt);
   document->setSourceMetadata(image.metadata);
+  if (image.identity) document->setFileMemory(makeKnownFile(file.absoluteFilePath(), *image.identity));
   return document;
 }
 
@@ -285,9 +288,10 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
   return bytes;
 }
 
-FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
-                                const QString& path, const MetalContext& context, const Progress& progress,
-                                const ImageMetadata* metadata) {
+FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite, ColorMode mode,
+                                                       Format fileType, const QString& path,
+                                                       const MetalContext& context, const Progress& progress,
+                                                       const ImageMetadata* metadata) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
@@ -308,12 +312,13 @@ FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode, Format
       path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))));
   if (!written) return failed(written.error());
   progress.tell(1.0);
-  return {};
+  return *written;
 }
 
-FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode, Format fileType,
-                                const QString& path, const MetalContext& context, const Progress& progress,
-                                const ImageMetadata* metadata) {
+FileResult<std::optional<FileIdentity>> writeFlatImage(FrozenComposite* composite, ColorMode mode,
+                                                       Format fileType, const QString& path,
+                                                       const MetalContext& context, const Progress& progress,
+                                                       const ImageMetadata* metadata) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});

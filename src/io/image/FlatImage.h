@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
 #include "io/files/Progress.h"
 #include "model/Document.h"
 #include "raster/Surface.h"
@@ -37,6 +38,8 @@ struct FlatImage {
   QString warning;
   /// To be passed to `writeFlatImage`; null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
+  /// Which file was read, if that can be told.
+  std::optional<FileIdentity> identity = std::nullopt;
 };
 
 /// Decodes a file; fails with `loadFailed` if it is not an image or is larger than the largest canvas.
@@ -64,17 +67,15 @@ struct FlatImage {
                                                     const Progress& progress = {},
                                                     const ImageMetadata* metadata = nullptr);
 
-/// Encodes a composite and replaces the file at `path` atomically; fails with `exportFailed`. Any thread;
-/// progress is reported on it.
-[[nodiscard]] FileResult<void> writeFlatImage(const Surface& composite, ColorMode mode,
-                                              Document::ImageFileFormat fileType, const QString& path,
-                                              const MetalContext& context, const Progress& progress = {},
-                                              const ImageMetadata* metadata = nullptr);
+/// Encodes a composite and replaces the file at `path` atomically; fails with `exportFailed`. Returns which
+/// file it is now, if that can be told. Any thread; progress is reported on it.
+[[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
+    const Surface& composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
+    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr);
 /// The same for a document's flattened image of one moment, which is finished first. A document without one
 /// has nothing to write.
-[[nodiscard]] FileResult<void> writeFlatImage(FrozenComposite* composite, ColorMode mode,
-                                              Document::ImageFileFormat fileType, const QString& path,
-                                              const MetalContext& context, const Progress& progress = {},
-                                              const ImageMetadata* metadata = nullptr);
+[[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
+    FrozenComposite* composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
+    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr);
 
 }  // namespace orvanel

@@ -5,7 +5,9 @@
 #include <QColorTransform>
 #include <QImageReader>
 #include <QRgba64>
+#include <QTransform>
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -32,6 +34,9 @@ constexpr int largestImageMebibytes = maximumCanvasSide / 1024 * (maximumCanvasS
 /// Beyond this a reduced picture isn't made. JPEG is decoded at a fraction of its size.
 constexpr qint64 mostReducedPixels = qint64{40} << 20;
 constexpr qint64 mostReducedBytes = qint64{64} << 20;
+
+/// JPEG images up to this size are reduced in less time than an eye notices.
+constexpr qint64 mostQuicklyReducedPixels = qint64{16} << 20;
 
 /// The reader's default limit is far below the largest canvas.
 void raiseReaderLimit() {
@@ -132,6 +137,32 @@ Described<std::unique_ptr<QIODevice>> harmlessSource(std::unique_ptr<InputFile> 
   return source;
 }
 
+/// The size that fits into a square of this side; never larger than `size`.
+QSize reducedSize(const QSize& size, int side) {
+  return size.width() <= side && size.height() <= side
+             ? size
+             : size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1});
+}
+
+bool swapsSides(QImageIOHandler::Transformations transformation) {
+  return transformation.testFlag(QImageIOHandler::TransformationRotate90);
+}
+
+/// Turns a picture as the reader turns its image.
+QImage turned(QImage picture, QImageIOHandler::Transformations transformation) {
+  picture = picture.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
+                             transformation.testFlag(QImageIOHandler::TransformationFlip));
+  return swapsSides(transformation) ? picture.transformed(QTransform().rotate(90)) : picture;
+}
+
+/// Cameras put some pictures into a frame of other proportions, with bars that the image doesn't have.
+bool hasProportionsOf(const QSize& picture, const QSize& image) {
+  constexpr double tolerance = 0.02;
+  const double ratio = static_cast<double>(picture.width()) * image.height() /
+                       (static_cast<double>(picture.height()) * image.width());
+  return std::abs(ratio - 1.0) <= tolerance;
+}
+
 QString reasonOf(const QImageReader& reader, QIODevice& file, const LibraryMessages& messages) {
   if (endsTooEarly(file)) return QStringLiteral("The file ends before the image does.");
   if (reader.error() == QImageReader::InvalidDataError || messages.reportDamage()) {
@@ -149,6 +180,7 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   LibraryMessages messages;
   auto opened = InputFile::open(path, progress);
   if (!opened) return because(opened.error());
+  const std::optional<FileIdentity> identity = (*opened)->identity();
   // Some decoders read the whole file into memory, and a sparse file can be far larger than its disk.
   if (!pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return because(notEnoughMemory());
   if (isTiff(**opened)) LibraryMessages::catchTiff();
@@ -166,7 +198,9 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
     ImageTraits traits = traitsOf(heif->image);
     traits.bitsPerComponent = heif->bitsPerComponent;
     auto decoded = onDisplay(std::move(heif->image), traits);
-    if (decoded) decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
+    if (!decoded) return decoded;
+    decoded->identity = identity;
+    decoded->metadata = ImageMetadata::read(path, **file, ImageMetadata::Orientation::applied);
     return decoded;
   }
   if (const auto judged = judgeImageSize(reader.size()); !judged) return because(judged.error());
@@ -182,6 +216,7 @@ Described<DecodedImage> decodeImageFile(const QString& path, const Progress& pro
   const ImageTraits traits = traitsOfHeader(**file).value_or(traitsOf(image));
   auto decoded = onDisplay(std::move(image), traits);
   if (!decoded) return decoded;
+  decoded->identity = identity;
   decoded->isIncomplete = isIncomplete;
   decoded->pictureCount = pictureCount(**file);
   decoded->metadata = ImageMetadata::read(path, **file,
@@ -200,11 +235,6 @@ QImage decodeReduced(const QString& path, int side, const Progress& progress) {
   const bool isSmallFile = (*opened)->size() <= mostReducedBytes;
   const auto file = harmlessSource(std::move(*opened));
   if (!file) return {};
-  const auto reduced = [side](const QSize& size) {
-    return size.width() <= side && size.height() <= side
-               ? size
-               : size.scaled(side, side, Qt::KeepAspectRatio).expandedTo({1, 1});
-  };
   QImageReader reader(file->get());
   reader.setDecideFormatFromContent(true);
   reader.setAutoTransform(true);
@@ -214,16 +244,46 @@ QImage decodeReduced(const QString& path, int side, const Progress& progress) {
     const qint64 pixels = qint64{size.width()} * size.height();
     if (size.isEmpty() || !judgeImageSize(size)) return {};
     if (pixels > mostReducedPixels && reader.format() != "jpeg") return {};
-    reader.setScaledSize(reduced(size));
+    reader.setScaledSize(reducedSize(size, side));
     image = reader.read();
   } else if (isHeif(path) && isSmallFile) {
     (*file)->seek(0);
     if (auto heif = decodeHeif((*file)->readAll())) image = std::move(heif->image);
   }
   if (image.isNull() || progress.isCancelled()) return {};
-  image = image.scaled(reduced(image.size()), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  image = image.scaled(reducedSize(image.size(), side), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
   convertToDisplay(image);
   return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+ImageGlimpse glimpseImage(const QString& path, int side, const Progress& progress) {
+  raiseReaderLimit();
+  const LibraryMessages messages;
+  auto opened = InputFile::open(path, progress);
+  if (!opened) return {};
+  if (isTiff(**opened)) LibraryMessages::catchTiff();
+  const auto file = harmlessSource(std::move(*opened));
+  if (!file) return {};
+  QImageReader reader(file->get());
+  reader.setDecideFormatFromContent(true);
+  reader.setAutoTransform(true);
+  const QSize stored = reader.size();
+  if (stored.isEmpty() || !judgeImageSize(stored)) return {};
+  ImageGlimpse glimpse;
+  glimpse.size = swapsSides(reader.transformation()) ? stored.transposed() : stored;
+  const bool isQuick =
+      reader.format() == "jpeg" && qint64{stored.width()} * stored.height() <= mostQuicklyReducedPixels;
+  if (isQuick) {
+    reader.setScaledSize(reducedSize(stored, side));
+    glimpse.picture = reader.read();
+  } else if (const QImage thumbnail = ImageMetadata::thumbnailIn(path);
+             !thumbnail.isNull() && hasProportionsOf(thumbnail.size(), stored)) {
+    glimpse.picture = turned(thumbnail, reader.transformation());
+  }
+  if (glimpse.picture.isNull()) return glimpse;
+  convertToDisplay(glimpse.picture);
+  glimpse.picture.convertTo(QImage::Format_ARGB32_Premultiplied);
+  return glimpse;
 }
 
 }  // namespace orvanel

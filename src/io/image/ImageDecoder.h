@@ -23,11 +23,25 @@ struct DecodedImage {
   int pictureCount = 1;
   /// Null when the file has none.
   std::shared_ptr<const ImageMetadata> metadata = nullptr;
+  /// Of the file, before it was read.
+  std::optional<FileIdentity> identity = std::nullopt;
 };
 
 [[nodiscard]] Described<DecodedImage> decodeImageFile(const QString& path, const Progress& progress = {});
 
 /// The image at most `side` pixels wide and high, where that takes little time and memory; otherwise null.
 [[nodiscard]] QImage decodeReduced(const QString& path, int side, const Progress& progress = {});
+
+/// What is quickly known of an image, while it is being decoded.
+struct ImageGlimpse {
+  /// Upright; empty if the file doesn't announce it, or announces an impossible one.
+  QSize size;
+  /// A small picture with the proportions of the image; null if there is none that is quick to make.
+  QImage picture;
+};
+
+/// Takes the thumbnail that a camera has put into a large file; a smaller JPEG is decoded to about `side`
+/// pixels. Other formats take as long to reduce as to decode.
+[[nodiscard]] ImageGlimpse glimpseImage(const QString& path, int side, const Progress& progress = {});
 
 }  // namespace orvanel

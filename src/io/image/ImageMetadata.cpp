@@ -1,7 +1,9 @@
 #include "io/image/ImageMetadata.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QSize>
 #include <algorithm>
 #include <array>
@@ -28,6 +30,9 @@ constexpr std::array<Parts, 5> partsByPreference{{{.exif = true, .xmp = true, .i
                                                   {.exif = true, .xmp = true, .iptc = false},
                                                   {.exif = true, .xmp = false, .iptc = false},
                                                   {.exif = false, .xmp = true, .iptc = true}}};
+
+/// Cameras write 160, some twice or four times as much.
+constexpr int largestThumbnailSide = 1024;
 
 }  // namespace
 
@@ -128,6 +133,12 @@ void correctColorSpace(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
   eraseIf(xmp, [](const auto& datum) { return datum.key() == "Xmp.photoshop.ICCProfile"; });
 }
 
+/// The library gives some relative paths a meaning of their own, such as "-".
+Exiv2::Image::AutoPtr openedByLibrary(const QString& path) {
+  const QString absolutePath = QFileInfo(path).absoluteFilePath();
+  return Exiv2::ImageFactory::open(QFile::encodeName(absolutePath).toStdString(), false);
+}
+
 Exiv2::byte* bytesOf(const QByteArray& bytes) {
   return const_cast<Exiv2::byte*>(reinterpret_cast<const Exiv2::byte*>(bytes.constData()));
 }
@@ -175,9 +186,7 @@ std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QI
   std::optional<PixelDensity> density = densityOfHeader(file);
   try {
     const std::lock_guard lock(libraryMutex());
-    // The library gives some relative paths a meaning of their own, such as "-".
-    const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    const auto image = Exiv2::ImageFactory::open(QFile::encodeName(absolutePath).toStdString(), false);
+    const auto image = openedByLibrary(path);
     image->readMetadata();
     contents->exif = image->exifData();
     contents->xmp = image->xmpData();
@@ -195,6 +204,26 @@ std::shared_ptr<const ImageMetadata> ImageMetadata::read(const QString& path, QI
   }
   if (contents->isEmpty() && !density) return nullptr;
   return std::shared_ptr<const ImageMetadata>(new ImageMetadata(std::move(contents), density));
+}
+
+QImage ImageMetadata::thumbnailIn(const QString& path) {
+  QByteArray jpeg;
+  try {
+    const std::lock_guard lock(libraryMutex());
+    const auto image = openedByLibrary(path);
+    image->readMetadata();
+    const Exiv2::DataBuf bytes = Exiv2::ExifThumbC(image->exifData()).copy();
+    jpeg = QByteArray(reinterpret_cast<const char*>(bytes.pData_), static_cast<qsizetype>(bytes.size_));
+  } catch (const std::exception&) {
+    return {};
+  }
+  QBuffer source(&jpeg);
+  source.open(QIODevice::ReadOnly);
+  QImageReader reader(&source, "jpeg");
+  reader.setDecideFormatFromContent(false);
+  const QSize size = reader.size();
+  if (size.isEmpty() || std::max(size.width(), size.height()) > largestThumbnailSide) return {};
+  return reader.read();
 }
 
 QByteArray ImageMetadata::addedTo(const QByteArray& file, const QSize& size) const {

@@ -27,6 +27,8 @@ class ImageMetadata : public SourceMetadata {
   /// Null when the file has no readable metadata. `file` must be the one at `path`.
   [[nodiscard]] static std::shared_ptr<const ImageMetadata> read(const QString& path, QIODevice& file,
                                                                  Orientation orientation);
+  /// The small picture that a camera has put into the file's metadata, as it stands there; null for none.
+  [[nodiscard]] static QImage thumbnailIn(const QString& path);
   /// Of the image that the document was opened from; null when there is none.
   [[nodiscard]] static std::shared_ptr<const ImageMetadata> of(const Document& document);
   ~ImageMetadata() override;

@@ -38,6 +38,8 @@ DocumentTabBar::DocumentTabBar(QWidget* parent) : QWidget(parent) {
   setFixedHeight(look::size::bar);
   strip_ = new TabStrip(this);
   strip_->setAccessibleName(tr("Open documents"));
+  loadingTab_ = new LoadingTab(this);
+  loadingTab_->hide();
   newTabButton_ = makeButton(QStringLiteral("plus"), plusSize, tr("New document"));
   newTabButton_->setToolTip(tr("New document with the size and color mode of the active one"));
   scrollBackButton_ = makeButton(QStringLiteral("chevron.left"), chevronSize, tr("Scroll tabs left"));
@@ -45,6 +47,12 @@ DocumentTabBar::DocumentTabBar(QWidget* parent) : QWidget(parent) {
   listButton_ = makeButton(QStringLiteral("chevron.down"), chevronSize, tr("List all documents"));
   for (SymbolButton* button : {scrollBackButton_, scrollForwardButton_}) button->setAutoRepeat(true);
 
+  connect(loadingTab_, &QAbstractButton::clicked, this, [this] {
+    if (onSelectLoading) onSelectLoading();
+  });
+  connect(loadingTab_->closeButton(), &QAbstractButton::clicked, this, [this] {
+    if (onCancelLoading) onCancelLoading();
+  });
   connect(newTabButton_, &QAbstractButton::clicked, this, [this] {
     if (onNewDocument) onNewDocument();
   });
@@ -123,6 +131,16 @@ void DocumentTabBar::setDocuments(const std::vector<DocumentPtr>& documents,
   if (!isHoldingPlaces_) revealSelectedTab();
 }
 
+void DocumentTabBar::setLoading(const std::optional<LoadingTabContent>& content) {
+  loadingTab_->setVisible(content.has_value());
+  if (content) loadingTab_->setContent(*content);
+  layOutTabs();
+}
+
+int DocumentTabBar::loadingWidth() const {
+  return loadingTab_->isHidden() ? 0 : loadingTab_->sizeHint().width();
+}
+
 void DocumentTabBar::holdPlaces(const std::vector<DocumentPtr>& documents) {
   const auto isOpen = [&](const DocumentTab* tab) {
     return std::ranges::find(documents, tab->document) != documents.end();
@@ -150,7 +168,7 @@ std::vector<int> DocumentTabBar::wishedWidths() const {
 }
 
 int DocumentTabBar::roomForTabs(bool overflows) const {
-  return std::max(0, width() - widthOfButtons(overflows));
+  return std::max(0, width() - widthOfButtons(overflows) - loadingWidth());
 }
 
 int DocumentTabBar::furthestOffset() const {
@@ -189,7 +207,8 @@ void DocumentTabBar::placeTabs() {
 void DocumentTabBar::placeButtons(int stripWidth, bool overflows) {
   constexpr int edge = look::size::control;
   const int top = (height() - edge) / 2;
-  newTabButton_->move(stripWidth + look::space::tight, top);
+  loadingTab_->setGeometry(stripWidth, 0, loadingWidth(), height());
+  newTabButton_->move(stripWidth + loadingWidth() + look::space::tight, top);
   int right = width() - look::space::tight;
   for (SymbolButton* button : {listButton_, scrollForwardButton_, scrollBackButton_}) {
     const bool isShown = overflows || button == listButton_;
@@ -240,7 +259,7 @@ void DocumentTabBar::showList() {
 }
 
 QSize DocumentTabBar::sizeHint() const {
-  return {sum(widths_) + widthOfButtons(false), height()};
+  return {sum(widths_) + loadingWidth() + widthOfButtons(false), height()};
 }
 
 QSize DocumentTabBar::minimumSizeHint() const {

@@ -1,6 +1,6 @@
-// The row of tabs above the canvas: one per open document in order, then a button for a new document, and at
-// the end a list of all of them. Owned by the window, which sets the documents and handles the requests. Main
-// thread only.
+// The row of tabs above the canvas: one per open document in order, then that of a file being opened and a
+// button for a new document, and at the end a list of all documents. Owned by the window, which sets the
+// documents and handles the requests. Main thread only.
 #pragma once
 
 #include <QUuid>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "panels/bars/DocumentTab.h"
+#include "panels/bars/LoadingTab.h"
 
 class QMenu;
 
@@ -36,11 +37,19 @@ class DocumentTabBar : public QWidget {
   std::function<void(const QUuid&)> onCloseOthers;
   std::function<void()> onCloseAll;
   std::function<void()> onNewDocument;
+  // What the tab of the file being opened asks for.
+  std::function<void()> onSelectLoading;
+  std::function<void()> onCancelLoading;
 
   /// Shows these documents and scrolls to the tab of the active one.
   void setDocuments(const std::vector<DocumentPtr>& documents, const std::optional<QUuid>& activeDocumentID);
 
+  /// Shows a tab for a file that is being opened, or none.
+  void setLoading(const std::optional<LoadingTabContent>& content);
+
   [[nodiscard]] const std::vector<DocumentTab*>& tabs() const { return tabs_; }
+  /// Hidden while no file is being opened.
+  [[nodiscard]] LoadingTab* loadingTab() const { return loadingTab_; }
   [[nodiscard]] QAbstractButton* newTabButton() const;
   [[nodiscard]] QAbstractButton* listButton() const;
   // Shown while the tabs don't fit.
@@ -64,6 +73,7 @@ class DocumentTabBar : public QWidget {
   void layOutTabs();
   void placeTabs();
   void placeButtons(int stripWidth, bool overflows);
+  [[nodiscard]] int loadingWidth() const;
   [[nodiscard]] std::vector<int> wishedWidths() const;
   [[nodiscard]] int roomForTabs(bool overflows) const;
   [[nodiscard]] int furthestOffset() const;
@@ -73,6 +83,7 @@ class DocumentTabBar : public QWidget {
   void showList();
 
   TabStrip* strip_;
+  LoadingTab* loadingTab_;
   SymbolButton* newTabButton_;
   SymbolButton* scrollBackButton_;
   SymbolButton* scrollForwardButton_;

@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -111,6 +112,27 @@ class WindowDialogsTest : public testing::Test {
 };
 
 // Alerts.
+
+TEST_F(WindowDialogsTest, TheQuestionAboutAChangedFileOffersAWayOutFirst) {
+  const auto ask = [this] { return dialogs.askToOverwrite(QStringLiteral("What"), QStringLiteral("Why")); };
+  press(QStringLiteral("Save Anyway"));
+  EXPECT_EQ(ask(), OverwriteAnswer::saveAnyway);
+  press(QString::fromUtf8("Save As…"));
+  EXPECT_EQ(ask(), OverwriteAnswer::saveAs);
+  press(QStringLiteral("Cancel"));
+  EXPECT_EQ(ask(), OverwriteAnswer::cancel);
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.defaultButton()->text(), QString::fromUtf8("Save As…"));
+    QTest::keyClick(&box, Qt::Key_Escape);
+  });
+  EXPECT_EQ(ask(), OverwriteAnswer::cancel);
+}
+
+TEST_F(WindowDialogsTest, WhileTheSessionEndsNothingIsOverwrittenWithoutAQuestion) {
+  dialogs.holdWarnings();
+  EXPECT_EQ(dialogs.askToOverwrite(QStringLiteral("What"), QStringLiteral("Why")), OverwriteAnswer::cancel);
+  dialogs.releaseWarnings();
+}
 
 TEST_F(WindowDialogsTest, AnAlertShowsItsTextsAsPlainText) {
   whenShown<QMessageBox>([](QMessageBox& box) {

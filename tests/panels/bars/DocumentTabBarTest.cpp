@@ -339,5 +339,42 @@ TEST_F(DocumentTabBarTest, ScreenReadersSeeAListOfTabs) {
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("select"), documents[0]->id)));
 }
 
+TEST_F(DocumentTabBarTest, AFileThatIsBeingOpenedHasATabAfterTheOthers) {
+  showDocuments(2);
+  EXPECT_FALSE(bar.loadingTab()->isVisible());
+  const int plusBefore = bar.newTabButton()->x();
+  bar.setLoading(LoadingTabContent{QStringLiteral("Sky"), QStringLiteral("/pictures/Sky.tessel"), true});
+  ASSERT_TRUE(bar.loadingTab()->isVisible());
+  EXPECT_EQ(bar.tabs().size(), 2U);
+  const QWidget& last = *bar.tabs().back();
+  EXPECT_EQ(bar.loadingTab()->x(), last.mapTo(&bar, QPoint(last.width(), 0)).x());
+  EXPECT_EQ(bar.newTabButton()->x(), plusBefore + bar.loadingTab()->width());
+  EXPECT_TRUE(bar.loadingTab()->isChecked());
+  EXPECT_EQ(bar.loadingTab()->accessibleName(), "Sky, opening");
+  bar.setLoading(std::nullopt);
+  EXPECT_FALSE(bar.loadingTab()->isVisible());
+  EXPECT_EQ(bar.newTabButton()->x(), plusBefore);
+}
+
+TEST_F(DocumentTabBarTest, TheTabOfAFileThatIsBeingOpenedSelectsAndCancels) {
+  showDocuments(1);
+  int selected = 0;
+  int cancelled = 0;
+  bar.onSelectLoading = [&] { ++selected; };
+  bar.onCancelLoading = [&] { ++cancelled; };
+  bar.setLoading(LoadingTabContent{QStringLiteral("Sky"), QStringLiteral("/Sky.tessel"), false});
+  QTest::mouseClick(bar.loadingTab(), Qt::LeftButton, {}, QPoint(10, 10));
+  EXPECT_EQ(selected, 1);
+  EXPECT_FALSE(bar.loadingTab()->isChecked()) << "the window decides";
+  QTest::mouseClick(bar.loadingTab()->closeButton(), Qt::LeftButton);
+  EXPECT_EQ(cancelled, 1);
+  EXPECT_EQ(selected, 1);
+}
+
+TEST_F(DocumentTabBarTest, NamesInTheTooltipOfAFileBeingOpenedAreNoMarkup) {
+  bar.setLoading(LoadingTabContent{QStringLiteral("<b>"), QStringLiteral("/<b>.tessel"), false});
+  EXPECT_TRUE(bar.loadingTab()->toolTip().contains(QLatin1String("&lt;b&gt;")));
+}
+
 }  // namespace
 }  // namespace orvanel

@@ -1,0 +1,83 @@
+#include "app/DocumentRecovery.h"
+
+#include <utility>
+
+#include "io/files/KnownFile.h"
+#include "look/TranslatedSentence.h"
+#include "model/DisplayText.h"
+#include "tools/NotificationCenter.h"
+
+namespace orvanel {
+
+DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
+                                   RecoverySettings settings)
+    : appState_(appState), files_(files), dialogs_(dialogs), recovery_(std::move(settings)) {
+  files_.onSaved = [this](const Document& document) { recovery_.saved(document); };
+  documentsNotifier_ = appState_.windowState.documents.addNotifier([this] { documentsChanged(); });
+  status_ = recovery_.observeStatus([this](const RecoveryStatus& status) { statusChanged(status); });
+  documentsChanged();
+}
+
+DocumentRecovery::~DocumentRecovery() {
+  files_.onSaved = nullptr;
+}
+
+void DocumentRecovery::documentsChanged() {
+  std::map<QUuid, DocumentPtr> gone = std::exchange(followed_, {});
+  for (const DocumentPtr& document : appState_.windowState.documents.value()) {
+    followed_.emplace(document->id, document);
+    if (gone.erase(document->id) == 0) recovery_.follow(document);
+  }
+  for (const auto& [id, document] : gone) recovery_.closed(*document);
+}
+
+void DocumentRecovery::closeAll() {
+  for (const auto& [id, document] : std::exchange(followed_, {})) recovery_.closed(*document);
+}
+
+void DocumentRecovery::offerOrphans() {
+  recovery_.findOrphans(this, [this](const OrphanList& orphans) { orphansFound(orphans); });
+}
+
+void DocumentRecovery::orphansFound(const OrphanList& orphans) {
+  if (orphans.empty()) return;
+  const std::vector<RecoveryAnswer> answers = dialogs_.askAboutOrphans(orphans);
+  // The newest comes last, and so to the front.
+  for (std::size_t index = orphans.size(); index-- > 0;) {
+    if (answers.at(index) == RecoveryAnswer::restore) restore(orphans[index]);
+    if (answers.at(index) == RecoveryAnswer::discard) recovery_.discard(orphans[index].id);
+  }
+}
+
+void DocumentRecovery::restore(const Orphan& orphan) {
+  const FileActivity::Work work = files_.activity.begin();
+  recovery_.restore(
+      orphan.id, appState_.metalContext, this,
+      [this, work, name = orphan.name](const FileResult<DocumentPtr>& result) {
+        files_.activity.end(work);
+        restored(name, result);
+      },
+      [this, work](double fraction) { files_.activity.advance(work, fraction); });
+}
+
+void DocumentRecovery::restored(const QString& name, const FileResult<DocumentPtr>& result) {
+  if (!result) {
+    dialogs_.showWarning(tr("Failed to Restore"), displayText(name) + QStringLiteral(": ") +
+                                                      look::translatedSentence(result.error().message) +
+                                                      u'\n' +
+                                                      tr("It will be offered again at the next start."));
+    return;
+  }
+  // Saving it asks first if its file has changed since the document was edited.
+  rememberFileOfRestored(**result);
+  NotificationCenter::standard().post(notification::createdNewDocument, *result);
+}
+
+void DocumentRecovery::statusChanged(const RecoveryStatus& status) {
+  if (!onNote) return;
+  onNote(status.state == RecoveryStatus::State::suspended
+             ? tr("Unsaved changes aren't kept for recovery: %1").arg(look::translatedSentence(status.reason))
+             : tr("Unsaved changes are kept for recovery again."));
+}
+
+}  // namespace orvanel

@@ -1,0 +1,48 @@
+// Gives the file that is being opened a place in the window while it is read: no document is active while it
+// stands in front, so that nothing acts on one that isn't seen. It is no document yet, and appears in no list
+// of them. Owned by the content view; main thread only.
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+#include <functional>
+
+#include "app/DocumentFiles.h"
+#include "app/WindowState.h"
+
+namespace orvanel {
+
+class LoadingPlace : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Both must outlive this object.
+  LoadingPlace(WindowState& windowState, DocumentFiles& files, QObject* parent = nullptr);
+  ~LoadingPlace() override;
+
+  /// Called when something else is to be shown.
+  std::function<void()> onChanged;
+
+  /// Null while nothing is read, and for what has only just begun: files that open at once don't flicker.
+  [[nodiscard]] LoadingFilePtr file() const;
+  /// Whether the file's place is shown rather than a document or nothing.
+  [[nodiscard]] bool isInFront() const;
+  /// Shows the file's place; the active document keeps its tab.
+  void bringForward();
+  /// Cancels the request that the file belongs to.
+  void cancel();
+  /// Adds a document that has been read. One that isn't the awaited file leaves that in front.
+  void add(const DocumentPtr& document);
+
+ private:
+  void loadingChanged();
+  void returnToDocument();
+
+  WindowState& windowState_;
+  DocumentFiles& files_;
+  LoadingFilePtr last_;
+  QTimer appearance_;
+  bool isShown_ = false;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,62 @@
+#include "cli/RecoverCommand.h"
+
+#include "cli/DocumentAccess.h"
+#include "cli/Output.h"
+#include "io/document/Json.h"
+#include "recovery/RecoveryStore.h"
+
+namespace orvanel {
+namespace {
+
+QString describeAsJson(const OrphanList& orphans) {
+  JsonWriter json;
+  json.openArray();
+  for (const Orphan& orphan : orphans) {
+    json.openObject();
+    json.key("bytes");
+    json.integer(orphan.bytes);
+    json.key("id");
+    json.string(orphan.id);
+    json.key("name");
+    json.string(orphan.name);
+    json.key("path");
+    if (orphan.path.isEmpty()) {
+      json.null();
+    } else {
+      json.string(orphan.path);
+    }
+    json.key("time");
+    json.string(orphan.time.toUTC().toString(Qt::ISODate));
+    json.closeObject();
+  }
+  json.closeArray();
+  return QString::fromUtf8(json.text()) + QLatin1Char('\n');
+}
+
+}  // namespace
+
+bool isRecoverUsage(const Invocation& invocation) {
+  const qsizetype count = invocation.arguments.size();
+  return invocation.hasOption ? count == 1 : count != 1;
+}
+
+CommandResult runRecover(const Invocation& invocation) {
+  const RecoveryStore store{RecoverySettings()};
+  if (invocation.arguments.isEmpty()) return printText(describeAsJson(store.orphans()));
+  const QString& id = invocation.arguments.constFirst();
+  if (!invocation.hasOption) {
+    if (CommandResult name = checkWritableName(invocation.arguments.at(1)); !name) return name;
+  }
+  const auto orphan = store.claim(id);
+  if (!orphan) return tl::make_unexpected(CommandFailure{id, orphan.error()});
+  if (invocation.hasOption) {
+    orphan->remove();
+    return {};
+  }
+  MetalContext& context = MetalContext::shared();
+  const auto contents = orphan->restore(context, {});
+  if (!contents) return tl::make_unexpected(CommandFailure{id, contents.error()});
+  return writeDocument(*buildRestored(*contents, context), invocation.arguments.at(1));
+}
+
+}  // namespace orvanel

@@ -1,0 +1,90 @@
+#include "io/document/DocumentCheck.h"
+
+#include <QFile>
+#include <algorithm>
+#include <array>
+
+#include "io/document/DocumentReader.h"
+#include "io/document/LayerData.h"
+#include "io/document/SaveSnapshot.h"
+#include "io/document/StoredPreview.h"
+#include "io/document/TextureLoading.h"
+#include "io/files/Parallel.h"
+
+namespace orvanel {
+namespace {
+
+/// Reads an entry to its end, as the pixels of a surface if it is to have some.
+Described<void> judgeEntry(const ZipReader& archive, std::size_t index, const Surface* surface,
+                           const Progress& progress) {
+  auto stream = archive.stream(index);
+  if (!stream) return because(stream.error());
+  if (surface != nullptr) {
+    std::array<std::byte, LayerdataHeader::byteSize> start{};
+    if (auto read = stream->read(start); !read) return read;
+    const auto header = LayerdataHeader::decode(start);
+    if (!header) return because(header.error());
+    if (auto judged = judgeHeader(*header, archive.entries()[index], *surface); !judged) return judged;
+  }
+  return stream->finish(progress);
+}
+
+/// Entries that the tree asks for and the archive hasn't got.
+std::vector<EntryCheck> missingEntries(const OpenedDocument& opened) {
+  std::vector<EntryCheck> missing;
+  const auto require = [&](const QString& path) {
+    if (opened.archive.find(path.toStdString())) return;
+    missing.push_back({path, 0, QStringLiteral("The entry is missing.")});
+  };
+  for (const PlannedNode& node : opened.nodes) {
+    const NodeManifest& manifest = opened.manifest.nodes[node.manifest];
+    if (manifest.type != u"layer") continue;
+    if (manifest.hasPixelData.value_or(true)) require(layerEntryPath(manifest.id));
+    if (manifest.mask) require(maskEntryPath(manifest.id));
+  }
+  return missing;
+}
+
+}  // namespace
+
+bool DocumentCheck::isWhole() const {
+  return reason.isEmpty() &&
+         std::ranges::all_of(entries, [](const EntryCheck& entry) { return entry.reason.isEmpty(); });
+}
+
+Described<DocumentCheck> checkDocument(const QString& path, const MetalContext& context,
+                                       const Progress& progress) {
+  const auto archive = ZipReader::open(QFile::encodeName(path).toStdString());
+  if (!archive) return because(archive.error());
+  const auto opened = openDocument(path, context, progress);
+  std::vector<const Surface*> surfaces(archive->entries().size(), nullptr);
+  DocumentCheck check;
+  if (opened) {
+    for (const TextureLoadRequest& request : opened->requests)
+      surfaces.at(request.entry) = request.destination.get();
+  } else {
+    check.reason = opened.error();
+  }
+  check.entries.resize(archive->entries().size());
+  const auto read = forEachInBackground(check.entries.size(), [&](std::size_t index) -> Described<void> {
+    const ArchiveEntryInfo& entry = archive->entries()[index];
+    const auto judged = judgeEntry(*archive, index, surfaces[index], progress);
+    check.entries[index] = {QString::fromStdString(entry.path), entry.size,
+                            judged ? QString() : judged.error()};
+    return {};
+  });
+  if (!read || progress.isCancelled()) return cancelled();
+  if (const auto preview = archive->find(previewEntryPath); preview) {
+    EntryCheck& entry = check.entries[*preview];
+    if (const auto picture = readStoredPreview(*archive); entry.reason.isEmpty() && !picture) {
+      entry.reason = picture.error();
+    }
+  }
+  if (opened) {
+    const auto missing = missingEntries(*opened);
+    check.entries.insert(check.entries.end(), missing.begin(), missing.end());
+  }
+  return check;
+}
+
+}  // namespace orvanel

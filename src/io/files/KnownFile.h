@@ -1,0 +1,40 @@
+// The file of a document, in the state in which it was read or written: what tells a save that another
+// program has been at it. Immutable once made; any thread.
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "io/files/FileError.h"
+#include "io/files/FileIdentity.h"
+#include "io/files/Progress.h"
+#include "model/FileMemory.h"
+
+namespace orvanel {
+
+class Document;
+
+struct KnownFile : FileMemory {
+  /// The document's path for it, in which links aren't resolved.
+  QString documentPath;
+  FileIdentity identity;
+
+  /// The same file of a document that has another path for it.
+  [[nodiscard]] virtual std::shared_ptr<const KnownFile> under(const QString& path) const;
+  /// What stands there now. May take as long as the storage does.
+  [[nodiscard]] FileState state() const;
+};
+
+using KnownFilePtr = std::shared_ptr<const KnownFile>;
+
+/// Fails, with what was found, unless the file is as it is known; succeeds for null.
+[[nodiscard]] FileResult<void> judgeFound(const KnownFile* expected, DocumentIOError code,
+                                          const Progress& progress);
+
+[[nodiscard]] KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity);
+/// Makes a document that was restored know its file: as its memory tells, or else as one that has changed.
+void rememberFileOfRestored(Document& document);
+/// Of the file that the document would be saved to; null if its state isn't known. Main thread.
+[[nodiscard]] KnownFilePtr knownFileOf(const Document& document);
+
+}  // namespace orvanel

@@ -1,0 +1,233 @@
+#include "recovery/DocumentJournal.h"
+
+#include <mutex>
+#include <utility>
+
+#include "model/BackgroundCall.h"
+
+namespace orvanel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Of the main thread, between two events: well below what a user can feel.
+constexpr std::chrono::microseconds sliceOfMainThread{400};
+constexpr int mostAttemptsNow = 3;
+
+}  // namespace
+
+struct DocumentJournal::Inbox {
+  struct Letter {
+    JournalWriter::Outcome outcome;
+    bool dependsOnFile = false;
+  };
+
+  /// Main thread only; null once the journal has gone.
+  DocumentJournal* owner = nullptr;
+  std::mutex mutex;
+  std::optional<Letter> letter;
+};
+
+DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files, Surroundings surroundings)
+    : document_(document),
+      surroundings_(std::move(surroundings)),
+      capture_(*document),
+      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes)),
+      inbox_(std::make_shared<Inbox>()) {
+  inbox_->owner = this;
+  for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->setSingleShot(true);
+  QObject::connect(&due_, &QTimer::timeout, [this] { recordDue(); });
+  QObject::connect(&retry_, &QTimer::timeout, [this] { recordDue(); });
+  QObject::connect(&nextSlice_, &QTimer::timeout, [this] { gather(sliceOfMainThread); });
+  QObject::connect(&watch_, &QTimer::timeout, [this] { watchBase(); });
+  watch_.setInterval(2 * surroundings_.settings.interval);
+  subscription_ = document->changes().observe([this](const DocumentChanges& changes) {
+    capture_.note(changes);
+    schedule();
+  });
+  schedule();
+}
+
+DocumentJournal::~DocumentJournal() {
+  inbox_->owner = nullptr;
+}
+
+void DocumentJournal::replace(ClaimedOrphan orphan) {
+  orphan_.emplace(std::move(orphan));
+  beginRecord();
+}
+
+void DocumentJournal::schedule() {
+  const DocumentPtr document = document_.lock();
+  if (document == nullptr) return;
+  if (!document->isDirty.value()) return removeJournal();
+  const bool isUnderWay = due_.isActive() || retry_.isActive() || nextSlice_.isActive();
+  if (!isUnderWay && capture_.hasChanges()) due_.start(surroundings_.settings.interval);
+}
+
+void DocumentJournal::recordDue() {
+  const DocumentPtr document = document_.lock();
+  if (document == nullptr || !document->isDirty.value()) return;
+  if (!isWriting_) return beginRecord();
+  setStatus(
+      {RecoveryStatus::State::suspended, QStringLiteral("The disk takes long to write recovery data.")});
+  isLate_ = true;
+}
+
+void DocumentJournal::beginRecord() {
+  if (isWriting_) {
+    isLate_ = true;
+    return;
+  }
+  due_.stop();
+  retry_.stop();
+  isLate_ = false;
+  gather(sliceOfMainThread);
+}
+
+void DocumentJournal::gather(std::chrono::nanoseconds budget) {
+  const DocumentPtr document = document_.lock();
+  if (document == nullptr || !document->isDirty.value()) return;
+  const Clock::time_point start = Clock::now();
+  std::optional<Capture> capture = capture_.advance(budget);
+  if (capture) {
+    send(std::move(*capture));
+  } else {
+    nextSlice_.start(0);
+  }
+  Hold& longest = surroundings_.figures.longestHold;
+  longest = std::max(longest, std::chrono::duration_cast<Hold>(Clock::now() - start));
+}
+
+void DocumentJournal::send(Capture capture) {
+  isWriting_ = true;
+  isSendingEverything_ = capture.isComplete;
+  auto shared = std::make_shared<const Capture>(std::move(capture));
+  surroundings_.lane.run([writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
+    Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
+    capture.reset();
+    {
+      const std::lock_guard guard(inbox->mutex);
+      inbox->letter = std::move(letter);
+    }
+    runOnMainThread([inbox = std::move(inbox)] {
+      if (inbox->owner != nullptr) inbox->owner->takeOutcome();
+    });
+  });
+}
+
+void DocumentJournal::takeOutcome() {
+  std::optional<Inbox::Letter> letter;
+  {
+    const std::lock_guard guard(inbox_->mutex);
+    letter = std::exchange(inbox_->letter, std::nullopt);
+  }
+  if (!letter) return;
+  isWriting_ = false;
+  if (document_.expired()) return;
+  const JournalWriter::Outcome& outcome = letter->outcome;
+  switch (outcome.result) {
+    case JournalWriter::Result::written:
+      ++surroundings_.figures.records;
+      surroundings_.figures.bytesWritten += outcome.bytesWritten;
+      if (letter->dependsOnFile) {
+        watch_.start();
+      } else {
+        watch_.stop();
+      }
+      return recorded();
+    case JournalWriter::Result::needsEverything:
+      capture_.forgetAll();
+      if (isSendingEverything_) return suspend(QStringLiteral("Recovery data can't be written."));
+      return beginRecord();
+    case JournalWriter::Result::failed:
+      capture_.forgetAll();
+      return suspend(outcome.reason);
+  }
+}
+
+void DocumentJournal::recorded() {
+  hasRecord_ = true;
+  if (orphan_) {
+    surroundings_.lane.run(
+        [orphan = std::make_shared<ClaimedOrphan>(*std::exchange(orphan_, {}))] { orphan->remove(); });
+  }
+  setStatus({});
+  surroundings_.changed();
+  if (isLate_) return beginRecord();
+  schedule();
+}
+
+void DocumentJournal::suspend(const QString& reason) {
+  isLate_ = false;
+  due_.stop();
+  retry_.start(surroundings_.settings.retryInterval);
+  setStatus({RecoveryStatus::State::suspended, reason});
+}
+
+void DocumentJournal::saved() {
+  const DocumentPtr document = document_.lock();
+  if (document == nullptr) return;
+  if (!document->isDirty.value()) return removeJournal();
+  // What the journal left to the file before may have gone with it.
+  capture_.forgetAll();
+  beginRecord();
+}
+
+void DocumentJournal::watchBase() {
+  if (isWriting_ || !hasRecord_) return;
+  surroundings_.lane.run([writer = writer_, inbox = inbox_] {
+    if (writer->isBaseIntact()) return;
+    runOnMainThread([inbox] {
+      if (inbox->owner == nullptr || inbox->owner->document_.expired()) return;
+      inbox->owner->capture_.forgetAll();
+      inbox->owner->beginRecord();
+    });
+  });
+}
+
+void DocumentJournal::removeJournal() {
+  for (QTimer* timer : {&due_, &retry_, &nextSlice_, &watch_}) timer->stop();
+  isLate_ = false;
+  const bool isThereAny = hasRecord_ || isWriting_ || orphan_;
+  if (isThereAny) {
+    // Outcomes that are still to come are those of a journal that no longer matters.
+    inbox_->owner = nullptr;
+    inbox_ = std::make_shared<Inbox>();
+    inbox_->owner = this;
+    auto orphan = std::make_shared<std::optional<ClaimedOrphan>>(std::exchange(orphan_, std::nullopt));
+    surroundings_.lane.run([writer = writer_, orphan] {
+      writer->remove();
+      if (*orphan) (*orphan)->remove();
+    });
+    if (document_.lock() != nullptr) capture_.forgetAll();
+  }
+  isWriting_ = false;
+  hasRecord_ = false;
+  setStatus({});
+  if (isThereAny) surroundings_.changed();
+}
+
+void DocumentJournal::recordNow() {
+  const DocumentPtr document = document_.lock();
+  for (int attempt = 0; document != nullptr && attempt < mostAttemptsNow; ++attempt) {
+    surroundings_.lane.wait();
+    takeOutcome();
+    if (!document->isDirty.value() || (!capture_.hasChanges() && !isWriting_)) return;
+    if (isWriting_) continue;
+    nextSlice_.stop();
+    retry_.stop();
+    due_.stop();
+    gather(std::chrono::hours(1));
+  }
+  surroundings_.lane.wait();
+  takeOutcome();
+}
+
+void DocumentJournal::setStatus(RecoveryStatus status) {
+  if (status == status_) return;
+  status_ = std::move(status);
+  surroundings_.changed();
+}
+
+}  // namespace orvanel

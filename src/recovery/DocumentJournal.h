@@ -1,0 +1,79 @@
+// Keeps the journal of one open document: decides when to record, gathers what has changed between events,
+// and hands it to the writer's thread. Owned by `Recovery`; main thread only.
+#pragma once
+
+#include <QTimer>
+#include <memory>
+#include <optional>
+
+#include "recovery/DocumentCapture.h"
+#include "recovery/JournalLane.h"
+#include "recovery/JournalWriter.h"
+#include "recovery/Recovery.h"
+#include "recovery/RecoveryStore.h"
+
+namespace orvanel {
+
+class DocumentJournal {
+ public:
+  /// What it shares with the other journals; all outlive it.
+  struct Surroundings {
+    const RecoverySettings& settings;
+    JournalLane& lane;
+    RecoveryFigures& figures;
+    /// Called when the status, or whether there is a record, has changed.
+    std::function<void()> changed;
+  };
+
+  DocumentJournal(const DocumentPtr& document, JournalFiles files, Surroundings surroundings);
+  ~DocumentJournal();
+  DocumentJournal(const DocumentJournal&) = delete;
+  DocumentJournal& operator=(const DocumentJournal&) = delete;
+
+  /// The document was restored from this orphan, which goes once the document has a record of its own.
+  void replace(ClaimedOrphan orphan);
+  void saved();
+  void closed() { removeJournal(); }
+  /// Blocks until what has changed is written, or can't be.
+  void recordNow();
+
+  [[nodiscard]] const RecoveryStatus& status() const { return status_; }
+  [[nodiscard]] bool hasRecord() const { return hasRecord_; }
+
+ private:
+  struct Inbox;
+  using Hold = std::chrono::nanoseconds;
+
+  void schedule();
+  void recordDue();
+  void beginRecord();
+  void gather(std::chrono::nanoseconds budget);
+  void send(Capture capture);
+  void takeOutcome();
+  void recorded();
+  void suspend(const QString& reason);
+  void watchBase();
+  void removeJournal();
+  void setStatus(RecoveryStatus status);
+
+  std::weak_ptr<Document> document_;
+  Surroundings surroundings_;
+  DocumentCapture capture_;
+  std::shared_ptr<JournalWriter> writer_;
+  /// Where the writer's thread leaves its outcomes.
+  std::shared_ptr<Inbox> inbox_;
+  std::optional<ClaimedOrphan> orphan_;
+  RecoveryStatus status_;
+  bool hasRecord_ = false;
+  bool isWriting_ = false;
+  /// A record came due while another was being written.
+  bool isLate_ = false;
+  bool isSendingEverything_ = false;
+  QTimer due_;
+  QTimer retry_;
+  QTimer nextSlice_;
+  QTimer watch_;
+  ChangeStream::Subscription subscription_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,66 @@
+// The files of one journal in the store. While somebody writes or restores the journal he holds a lock on it,
+// which goes with his process, however that ends. Any thread.
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvanel {
+
+/// Owns a descriptor.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int value) : value_(value) {}
+  ~Descriptor();
+  Descriptor(Descriptor&& other) noexcept;
+  Descriptor& operator=(Descriptor&& other) noexcept;
+
+  [[nodiscard]] int value() const { return value_; }
+  [[nodiscard]] bool isOpen() const { return value_ >= 0; }
+
+ private:
+  int value_ = -1;
+};
+
+struct JournalFiles {
+  std::string folder;
+  /// A UUID in upper case.
+  std::string id;
+
+  [[nodiscard]] static JournalFiles createIn(const QString& folder);
+  /// Nothing for what is no id.
+  [[nodiscard]] static std::optional<JournalFiles> named(const QString& folder, const QString& id);
+
+  [[nodiscard]] std::string journal() const { return path(".journal"); }
+  /// A journal that is about to take the place of the other.
+  [[nodiscard]] std::string part() const { return path(".part"); }
+  /// A copy of the document's file.
+  [[nodiscard]] std::string copy(std::uint32_t number) const {
+    return path("." + std::to_string(number) + ".base");
+  }
+  /// The id in the name of such a file; empty for any other.
+  [[nodiscard]] static QString idInName(const QString& fileName);
+
+  /// Removes the journal and everything that belongs to it.
+  void removeAll() const;
+
+ private:
+  [[nodiscard]] std::string path(std::string_view suffix) const {
+    return folder + "/" + id + std::string(suffix);
+  }
+};
+
+enum class LockWait { none, forOthers };
+/// Locks the open file against everybody else, in this process as well; false if somebody has the lock.
+[[nodiscard]] bool lockFile(int descriptor, LockWait wait);
+/// Opens the file for reading and locks it; nothing if it is missing, locked by somebody, or just removed.
+[[nodiscard]] Descriptor openLocked(const std::string& path);
+
+/// Makes what was created, renamed and removed in a folder durable.
+void syncFolder(const std::string& folder);
+
+}  // namespace orvanel

@@ -1,0 +1,390 @@
+#include "recovery/JournalWriter.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QRandomGenerator>
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <set>
+
+#include "io/archive/Deflate.h"
+#include "io/document/SaveSnapshot.h"
+#include "io/files/FileOperations.h"
+#include "model/ThumbnailGenerator.h"
+
+namespace orvanel {
+
+using journal::RecordContents;
+using journal::RecordHeader;
+using journal::RecordWriter;
+using journal::TileSource;
+
+namespace {
+
+/// Less waste than this isn't worth a compaction.
+constexpr std::int64_t toleratedWaste = std::int64_t{4} << 20U;
+/// Compressed tiles that are kept at hand, in bytes.
+constexpr std::size_t mostLatestBytes = std::size_t{32} << 20U;
+
+QByteArray pngOf(const Surface& composite) {
+  const Thumbnail thumbnail = ThumbnailGenerator::colorThumbnail(composite);
+  QByteArray png;
+  QBuffer buffer(&png);
+  if (thumbnail == nullptr || !buffer.open(QIODevice::WriteOnly) || !thumbnail->save(&buffer, "PNG"))
+    return {};
+  return png;
+}
+
+/// The paths of all surfaces that the document has.
+std::set<std::string> surfacesOf(const Manifest& manifest) {
+  std::set<std::string> paths;
+  for (const NodeManifest& node : manifest.nodes) {
+    if (node.hasPixelData.value_or(true)) paths.insert(layerEntryPath(node.id).toStdString());
+    if (node.mask) paths.insert(maskEntryPath(node.id).toStdString());
+  }
+  return paths;
+}
+
+/// The tiles in ascending order, each once: the one that was captured last.
+std::vector<std::pair<int, Tile>> sorted(const CapturedSurface& captured) {
+  std::vector<std::pair<int, Tile>> tiles = captured.tiles;
+  std::ranges::stable_sort(tiles, {}, [](const auto& tile) { return tile.first; });
+  const auto begin = std::unique(tiles.rbegin(), tiles.rend(),
+                                 [](const auto& a, const auto& b) { return a.first == b.first; });
+  tiles.erase(tiles.begin(), begin.base());
+  return tiles;
+}
+
+}  // namespace
+
+JournalWriter::JournalWriter(JournalFiles files, std::int64_t maximumBytes)
+    : files_(std::move(files)), maximumBytes_(maximumBytes) {}
+
+bool JournalWriter::dependsOnFile() const {
+  return file_ != nullptr && file_->base && file_->base->copy == 0;
+}
+
+bool JournalWriter::isBaseIntact() const {
+  return !dependsOnFile() || FileIdentity::of(file_->base->path) == file_->base->identity;
+}
+
+JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
+  // Somebody may have emptied the store.
+  struct stat status {};
+  if (file_ != nullptr && (::fstat(file_->descriptor.value(), &status) != 0 || status.st_nlink == 0)) {
+    file_ = nullptr;
+  }
+  const bool goesOn = file_ != nullptr && file_->saved == capture.saved && isBaseIntact();
+  if (!goesOn && !capture.isComplete) return {.result = Result::needsEverything};
+  return goesOn ? append(capture) : beginAnew(capture);
+}
+
+// What a record holds.
+
+bool JournalWriter::draftSurface(const File& file, const std::string& path, const CapturedSurface& captured,
+                                 std::size_t tileCount,
+                                 std::unordered_map<std::uint64_t, std::uint64_t>& fresh, Draft& draft) {
+  const auto found = file.tables.find(path);
+  const bool isNew = found == file.tables.end() || found->second.format != captured.format ||
+                     found->second.tiles.size() != tileCount;
+  if (isNew && !captured.isWhole) return false;
+  const auto sourceOf = [&](const Tile& tile) -> TileSource {
+    if (tile.isUniform()) return {TileSource::Kind::uniform, 0, tile.pixel()};
+    if (const auto standing = file.known.find(tile.version()); standing != file.known.end())
+      return standing->second;
+    const auto [number, isFirst] = fresh.try_emplace(tile.version(), file.stored.size() + draft.tiles.size());
+    if (isFirst) draft.tiles.push_back({tile, bytesPerPixel(captured.format)});
+    return {TileSource::Kind::stored, 0, number->second};
+  };
+  journal::SurfaceRecord change{path, captured.format, isNew, {}};
+  for (const auto& [index, tile] : sorted(captured)) {
+    const TileSource source = sourceOf(tile);
+    const auto place = static_cast<std::size_t>(index);
+    const TileSource standing = isNew ? TileSource{} : found->second.tiles[place];
+    if (source != standing) journal::appendSource(change.runs, static_cast<std::uint32_t>(index), source);
+  }
+  if (isNew || !change.runs.empty()) draft.contents.surfaces.push_back(std::move(change));
+  return true;
+}
+
+std::optional<JournalWriter::Draft> JournalWriter::drafted(const File& file, const Capture& capture) {
+  Draft draft;
+  RecordContents& contents = draft.contents;
+  contents.name = capture.name.left(journal::longestName);
+  contents.path = capture.path;
+  contents.imageFormat = capture.imageFormat;
+  contents.canvasWidth = static_cast<std::uint32_t>(capture.canvasWidth);
+  contents.canvasHeight = static_cast<std::uint32_t>(capture.canvasHeight);
+  if (capture.composite != nullptr) contents.thumbnail = pngOf(*capture.composite);
+  const std::size_t tileCount = journal::tileCountOf(contents.canvasWidth, contents.canvasHeight);
+  std::unordered_map<std::uint64_t, std::uint64_t> fresh;
+  for (const auto& [path, captured] : capture.surfaces) {
+    if (!draftSurface(file, path, captured, tileCount, fresh, draft)) return std::nullopt;
+  }
+  if (!capture.manifest) return draft;
+  contents.manifest = encodeManifest(*capture.manifest);
+  const std::set<std::string> standing = surfacesOf(*capture.manifest);
+  for (const auto& [path, table] : file.tables) {
+    if (!standing.contains(path)) contents.gone.push_back(path);
+  }
+  return draft;
+}
+
+// Writing.
+
+Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
+  RecordWriter record(file.descriptor.value(), file.size, maximumBytes_);
+  std::vector<Stored> added;
+  std::vector<std::shared_ptr<CompressedTile>> twins;
+  std::size_t twinBytes = 0;
+  std::int64_t offset = file.size + static_cast<std::int64_t>(RecordHeader::byteSize);
+  const auto writeAll = [&]() -> Described<std::int64_t> {
+    for (const NewTile& tile : draft.tiles) {
+      auto twin = CompressedTile::of(tile.tile, tile.pixelBytes);
+      const std::span<const std::byte> bytes = twin->compressed();
+      if (auto result = record.addTile(bytes); !result) return because(result.error());
+      const journal::StoredTile stored{static_cast<std::uint32_t>(bytes.size()),
+                                       static_cast<std::uint8_t>(tile.pixelBytes)};
+      draft.contents.tiles.push_back(stored);
+      added.push_back({offset, stored, crc32(bytes)});
+      offset += static_cast<std::int64_t>(bytes.size());
+      twinBytes += bytes.size();
+      if (twinBytes <= mostLatestBytes) twins.push_back(std::move(twin));
+    }
+    const RecordHeader header{
+        .kind = file.records == 0 ? RecordHeader::Kind::whole : RecordHeader::Kind::change,
+        .fileMark = file.mark,
+        .sequence = file.records,
+        .time = QDateTime::currentMSecsSinceEpoch()};
+    return record.finish(header, draft.contents);
+  };
+  const auto end = writeAll();
+  if (!end) {
+    // What stands before it remains the journal, whether or not this succeeds.
+    if (::ftruncate(file.descriptor.value(), file.size) != 0) errno = 0;
+    return because(end.error());
+  }
+  for (std::size_t i = 0; i < draft.tiles.size(); ++i) {
+    file.known[draft.tiles[i].tile.version()] = {TileSource::Kind::stored, 0, file.stored.size() + i};
+  }
+  file.stored.insert(file.stored.end(), added.begin(), added.end());
+  applyRecord(file.tables, draft.contents);
+  if (file.records == 0) file.firstContents = *end - static_cast<std::int64_t>(twinBytes);
+  ++file.records;
+  file.size = *end;
+  latest_ = std::move(twins);
+  accept(draft.contents);
+  return {};
+}
+
+void JournalWriter::accept(const RecordContents& contents) {
+  QByteArray manifest = contents.manifest.isEmpty() ? standing_.manifest : contents.manifest;
+  QByteArray thumbnail = contents.thumbnail.isEmpty() ? standing_.thumbnail : contents.thumbnail;
+  standing_ = {};
+  standing_.name = contents.name;
+  standing_.path = contents.path;
+  standing_.imageFormat = contents.imageFormat;
+  standing_.canvasWidth = contents.canvasWidth;
+  standing_.canvasHeight = contents.canvasHeight;
+  standing_.manifest = std::move(manifest);
+  standing_.thumbnail = std::move(thumbnail);
+}
+
+JournalWriter::Outcome JournalWriter::append(const Capture& capture) {
+  auto draft = drafted(*file_, capture);
+  if (!draft) return {.result = Result::needsEverything};
+  const std::int64_t before = file_->size;
+  if (auto written = writeRecord(*file_, std::move(*draft)); !written) {
+    return {.result = Result::failed, .reason = written.error()};
+  }
+  const std::int64_t bytes = file_->size - before;
+  compactIfDue();
+  return {.bytesWritten = bytes};
+}
+
+Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
+  constexpr mode_t forUserAlone = 0600;
+  std::error_code failure;
+  if (std::filesystem::create_directories(files_.folder, failure)) ::chmod(files_.folder.c_str(), 0700);
+  ::unlink(files_.part().c_str());
+  Descriptor file(FileOperations::current().createFile(files_.part(), forUserAlone));
+  if (!file.isOpen()) return because(journal::writeFailure(errno));
+  if (!lockFile(file.value(), LockWait::forOthers)) return because(journal::writeFailure(errno));
+  auto part = std::make_unique<File>();
+  part->descriptor = std::move(file);
+  part->mark = QRandomGenerator::system()->generate64();
+  return part;
+}
+
+std::uint32_t JournalWriter::copyBase(const FileHandle& source) {
+  constexpr mode_t forUserAlone = 0600;
+  const std::uint32_t number = ++lastCopy_;
+  const Descriptor copy(FileOperations::current().createFile(files_.copy(number), forUserAlone));
+  if (!copy.isOpen()) return 0;
+  constexpr std::size_t toTheEnd = 0;
+  const bool isShared =
+      FileOperations::current().shareRange(source.descriptor(), 0, copy.value(), 0, toTheEnd) == 0;
+  if (isShared && FileOperations::current().sync(copy.value()) == 0) return number;
+  ::unlink(files_.copy(number).c_str());
+  return 0;
+}
+
+void JournalWriter::chooseBase(File& file, const SavedFilePtr& saved) {
+  file.saved = saved;
+  if (saved == nullptr) return;
+  const auto source = saved->open();
+  if (!source) return;
+  std::error_code failure;
+  journal::BaseFile base{std::filesystem::absolute(saved->path, failure).string(), saved->identity, 0, {}};
+  for (const auto& [path, surface] : saved->surfaces) {
+    const auto number = static_cast<std::uint32_t>(base.surfaces.size());
+    base.surfaces.push_back(path);
+    for (std::size_t tile = 0; tile < surface.tiles.size(); ++tile) {
+      if (surface.tiles[tile].isUniform) continue;
+      file.known.try_emplace(surface.tiles[tile].value, TileSource{TileSource::Kind::base, number, tile});
+    }
+  }
+  base.copy = copyBase(*source);
+  file.base = std::move(base);
+}
+
+Described<void> JournalWriter::takePlace(std::unique_ptr<File> file) {
+  if (FileOperations::current().renameFile(files_.part(), files_.journal()) != 0)
+    return because(journal::writeFailure(errno));
+  syncFolder(files_.folder);
+  file_ = std::move(file);
+  const std::uint32_t kept = file_->base ? file_->base->copy : 0;
+  for (std::uint32_t copy = 1; copy <= lastCopy_; ++copy) {
+    if (copy != kept) ::unlink(files_.copy(copy).c_str());
+  }
+  compactAt_ = 0;
+  return {};
+}
+
+JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
+  const auto write = [&]() -> Described<std::int64_t> {
+    auto part = createPart();
+    if (!part) return because(part.error());
+    chooseBase(**part, capture.saved);
+    auto draft = drafted(**part, capture);
+    if (!draft) return because(QStringLiteral("The document can't be written."));
+    draft->contents.base = (*part)->base;
+    if (draft->contents.manifest.isEmpty()) draft->contents.manifest = standing_.manifest;
+    if (auto written = writeRecord(**part, std::move(*draft)); !written) return because(written.error());
+    const std::int64_t size = (*part)->size;
+    if (auto placed = takePlace(std::move(*part)); !placed) return because(placed.error());
+    return size;
+  };
+  const auto written = write();
+  if (written) return {.bytesWritten = *written};
+  ::unlink(files_.part().c_str());
+  if (file_ == nullptr || !file_->base || file_->base->copy != lastCopy_)
+    ::unlink(files_.copy(lastCopy_).c_str());
+  return {.result = Result::failed, .reason = written.error()};
+}
+
+void JournalWriter::remove() {
+  files_.removeAll();
+  file_ = nullptr;
+  latest_.clear();
+  standing_ = {};
+  compactAt_ = 0;
+}
+
+// Compacting.
+
+std::vector<bool> JournalWriter::liveTiles() const {
+  std::vector<bool> live(file_->stored.size(), false);
+  for (const auto& [path, table] : file_->tables) {
+    for (const TileSource& source : table.tiles) {
+      if (source.kind == TileSource::Kind::stored) live[source.value] = true;
+    }
+  }
+  return live;
+}
+
+void JournalWriter::compactIfDue() {
+  if (file_->size < std::max(compactAt_, toleratedWaste)) return;
+  const std::vector<bool> live = liveTiles();
+  std::int64_t work = file_->firstContents;
+  for (std::size_t tile = 0; tile < live.size(); ++tile)
+    work += live[tile] ? file_->stored[tile].tile.bytes : 0;
+  if (file_->size - work <= work + toleratedWaste) return;
+  if (compact(live)) return;
+  // The journal is whole as it stands. The attempt is repeated once it has grown by half.
+  ::unlink(files_.part().c_str());
+  compactAt_ = file_->size + file_->size / 2;
+}
+
+Described<void> JournalWriter::copyTiles(const std::vector<bool>& live, File& next, RecordWriter& record,
+                                         RecordContents& contents) const {
+  const auto source = FileHandle::openForReading(files_.journal());
+  if (!source) return because(source.error());
+  std::vector<std::byte> bytes;
+  auto offset = static_cast<std::int64_t>(RecordHeader::byteSize);
+  for (std::size_t tile = 0; tile < live.size(); ++tile) {
+    if (!live[tile]) continue;
+    const Stored& stored = file_->stored[tile];
+    bytes.resize(stored.tile.bytes);
+    const ssize_t read = ::pread(source->descriptor(), bytes.data(), bytes.size(), stored.offset);
+    if (read != static_cast<ssize_t>(bytes.size()) || crc32(bytes) != stored.crc)
+      return because(QStringLiteral("Recovery data can't be read back."));
+    if (auto result = record.addTile(bytes); !result) return result;
+    contents.tiles.push_back(stored.tile);
+    next.stored.push_back({offset, stored.tile, stored.crc});
+    offset += stored.tile.bytes;
+  }
+  return {};
+}
+
+Described<void> JournalWriter::compact(const std::vector<bool>& live) {
+  auto part = createPart();
+  if (!part) return because(part.error());
+  File& next = **part;
+  RecordContents contents = standing_;
+  contents.base = file_->base;
+  RecordWriter record(next.descriptor.value(), 0, maximumBytes_);
+  if (auto copied = copyTiles(live, next, record, contents); !copied) return copied;
+
+  std::vector<std::uint64_t> renumbered(live.size(), 0);
+  std::uint64_t count = 0;
+  for (std::size_t tile = 0; tile < live.size(); ++tile) {
+    renumbered[tile] = count;
+    count += live[tile] ? 1 : 0;
+  }
+  const auto moved = [&](const TileSource& source) {
+    return source.kind == TileSource::Kind::stored ? TileSource{source.kind, 0, renumbered[source.value]}
+                                                   : source;
+  };
+  for (const auto& [path, table] : file_->tables) {
+    journal::SurfaceRecord surface{path, table.format, true, {}};
+    for (std::size_t tile = 0; tile < table.tiles.size(); ++tile) {
+      if (table.tiles[tile] == TileSource{}) continue;
+      journal::appendSource(surface.runs, static_cast<std::uint32_t>(tile), moved(table.tiles[tile]));
+    }
+    contents.surfaces.push_back(std::move(surface));
+  }
+  for (const auto& [version, source] : file_->known) {
+    if (source.kind != TileSource::Kind::stored || live[source.value]) next.known[version] = moved(source);
+  }
+  const RecordHeader header{.kind = RecordHeader::Kind::whole,
+                            .fileMark = next.mark,
+                            .sequence = 0,
+                            .time = QDateTime::currentMSecsSinceEpoch()};
+  const auto end = record.finish(header, contents);
+  if (!end) return because(end.error());
+  next.base = file_->base;
+  next.saved = file_->saved;
+  applyRecord(next.tables, contents);
+  next.size = *end;
+  next.records = 1;
+  next.firstContents = next.size;
+  for (const Stored& stored : next.stored) next.firstContents -= stored.tile.bytes;
+  return takePlace(std::move(*part));
+}
+
+}  // namespace orvanel

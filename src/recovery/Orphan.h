@@ -1,0 +1,28 @@
+// What a process that has ended left unsaved: a document in its journal. Plain values, any thread.
+#pragma once
+
+#include <QDateTime>
+#include <QImage>
+#include <QString>
+#include <vector>
+
+namespace orvanel {
+
+struct Orphan {
+  /// Names the journal within its store.
+  QString id = {};
+  /// Of the document.
+  QString name = {};
+  /// The file that the document was opened from or saved to; empty if it has none.
+  QString path = {};
+  /// Of the last record.
+  QDateTime time = {};
+  /// At most 192 x 96 pixels; null if none was at hand.
+  QImage thumbnail = {};
+  /// Of the journal on the disk.
+  qint64 bytes = 0;
+};
+
+using OrphanList = std::vector<Orphan>;
+
+}  // namespace orvanel

@@ -1,0 +1,155 @@
+#include "recovery/Recovery.h"
+
+#include <QPointer>
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "io/files/BackgroundJob.h"
+#include "raster/FatalFault.h"
+#include "recovery/DocumentJournal.h"
+#include "recovery/JournalLane.h"
+#include "recovery/RecoveryStore.h"
+
+namespace orvanel {
+namespace {
+
+constexpr const char* lastWords =
+    "Unsaved work up to the last seconds is kept, and offered at the next start.";
+
+}  // namespace
+
+class Recovery::Impl {
+ public:
+  explicit Impl(RecoverySettings chosen) : settings(std::move(chosen)), store(settings) {}
+  ~Impl() { setLastWords(nullptr); }
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+
+  [[nodiscard]] DocumentJournal* journalOf(const Document& document) {
+    const auto found = journals.find(document.id);
+    return found != journals.end() ? found->second.get() : nullptr;
+  }
+  void journalsChanged() {
+    const auto hasRecord = [](const auto& entry) { return entry.second->hasRecord(); };
+    setLastWords(std::ranges::any_of(journals, hasRecord) ? lastWords : nullptr);
+    RecoveryStatus now;
+    for (const auto& [documentID, journal] : journals) {
+      if (now.state == RecoveryStatus::State::recording) now = journal->status();
+    }
+    if (std::exchange(status, now) != now) statusChanged.emit(now);
+  }
+
+  RecoverySettings settings;
+  RecoveryStore store;
+  RecoveryFigures figures;
+  RecoveryStatus status;
+  Signal<const RecoveryStatus&> statusChanged;
+  JournalLane lane;
+  std::map<QUuid, std::unique_ptr<DocumentJournal>> journals;
+  /// Orphans whose documents aren't followed yet, by the document.
+  std::map<QUuid, ClaimedOrphan> restored;
+};
+
+Recovery::Recovery(RecoverySettings settings) : impl_(std::make_shared<Impl>(std::move(settings))) {}
+
+Recovery::~Recovery() {
+  impl_->lane.wait();
+}
+
+void Recovery::findOrphans(QObject* receiver, OrphansFound done) {
+  impl_->lane.run([store = impl_->store, guard = QPointer(receiver), done = std::move(done)]() mutable {
+    runOnMainThread([guard = std::move(guard), done = std::move(done), found = store.orphans()] {
+      if (!guard.isNull()) done(found);
+    });
+  });
+}
+
+void Recovery::restore(const QString& orphanID, MetalContext& context, QObject* receiver, RestoreDone done,
+                       ProgressChanged progressChanged, CancellationPtr cancellation) {
+  struct Job {
+    std::weak_ptr<Impl> recovery;
+    RecoveryStore store;
+    MetalContext& context;
+    QPointer<QObject> receiver;
+    RestoreDone done;
+    Progress progress;
+    std::optional<ClaimedOrphan> orphan;
+
+    void finish(Described<RestoredContents> contents) {
+      const std::shared_ptr<Impl> owner = recovery.lock();
+      if (receiver.isNull() || owner == nullptr) return;
+      if (!contents) {
+        return done(
+            tl::unexpected(FileError{DocumentIOError::loadFailed, contents.error(), progress.isCancelled()}));
+      }
+      const DocumentPtr document = buildRestored(*contents, context);
+      owner->restored.emplace(document->id, std::move(*orphan));
+      done(document);
+    }
+  };
+  auto job = std::make_shared<Job>(
+      Job{impl_, impl_->store, context, receiver, std::move(done),
+          progressOnMainThread(receiver, std::move(progressChanged), std::move(cancellation)), std::nullopt});
+  runInBackground([job = std::move(job), orphanID]() mutable {
+    Described<RestoredContents> contents = because(QString());
+    if (auto orphan = job->store.claim(orphanID)) {
+      job->orphan.emplace(std::move(*orphan));
+      contents = job->orphan->restore(job->context, job->progress);
+    } else {
+      contents = because(orphan.error());
+    }
+    runOnMainThread([job = std::move(job), contents = std::move(contents)]() mutable {
+      job->finish(std::move(contents));
+    });
+  });
+}
+
+void Recovery::discard(const QString& orphanID) {
+  impl_->lane.run([store = impl_->store, orphanID] {
+    if (const auto orphan = store.claim(orphanID)) orphan->remove();
+  });
+}
+
+void Recovery::follow(const DocumentPtr& document) {
+  if (impl_->journals.contains(document->id)) return;
+  Impl* impl = impl_.get();
+  auto journal = std::make_unique<DocumentJournal>(
+      document, impl->store.newJournal(),
+      DocumentJournal::Surroundings{impl->settings, impl->lane, impl->figures,
+                                    [impl] { impl->journalsChanged(); }});
+  DocumentJournal* made = impl->journals.emplace(document->id, std::move(journal)).first->second.get();
+  if (const auto orphan = impl->restored.extract(document->id)) made->replace(std::move(orphan.mapped()));
+}
+
+void Recovery::saved(const Document& document) {
+  if (DocumentJournal* journal = impl_->journalOf(document)) journal->saved();
+}
+
+void Recovery::closed(const Document& document) {
+  DocumentJournal* journal = impl_->journalOf(document);
+  if (journal == nullptr) return;
+  journal->closed();
+  impl_->journals.erase(document.id);
+  impl_->journalsChanged();
+}
+
+void Recovery::recordNow() {
+  for (const auto& [documentID, journal] : impl_->journals) journal->recordNow();
+}
+
+const RecoveryStatus& Recovery::status() const {
+  return impl_->status;
+}
+
+Subscription Recovery::observeStatus(std::function<void(const RecoveryStatus&)> changed) {
+  return impl_->statusChanged.observe(std::move(changed));
+}
+
+RecoveryFigures Recovery::figures() const {
+  RecoveryFigures figures = impl_->figures;
+  figures.backgroundWork = impl_->lane.timeUsed();
+  return figures;
+}
+
+}  // namespace orvanel

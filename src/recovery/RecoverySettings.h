@@ -1,0 +1,26 @@
+// How unsaved documents are kept for recovery: where, how often and how much. Plain values, any thread.
+#pragma once
+
+#include <QString>
+#include <chrono>
+#include <cstdint>
+
+namespace orvanel {
+
+/// The store of this user: `orvanel/recovery` under the directory for state of the XDG specification.
+[[nodiscard]] QString defaultRecoveryFolder();
+
+struct RecoverySettings {
+  QString folder = defaultRecoveryFolder();
+  /// From a change to the record that holds it. Changes in between share the record.
+  std::chrono::milliseconds interval{5'000};
+  /// From a record that couldn't be written to the next attempt.
+  std::chrono::milliseconds retryInterval{20'000};
+  /// The most bytes that one journal takes, and that all journals of ended processes take together; the
+  /// oldest of these go first, and the newest one stays.
+  std::int64_t maximumBytes = std::int64_t{16} << 30U;
+  /// Journals of ended processes that nobody has asked for are removed after this time.
+  std::chrono::hours maximumAge{30 * 24};
+};
+
+}  // namespace orvanel

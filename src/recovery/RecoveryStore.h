@@ -1,0 +1,48 @@
+// The folder in which the processes of one user keep their journals, private to him. A journal whose process
+// lives is locked and belongs to that process alone; the others are orphans. Any thread.
+#pragma once
+
+#include <optional>
+
+#include "io/files/FileError.h"
+#include "recovery/JournalFiles.h"
+#include "recovery/JournalReader.h"
+#include "recovery/Orphan.h"
+#include "recovery/RecoverySettings.h"
+
+namespace orvanel {
+
+/// An orphan that nobody else can restore or discard meanwhile. Destroying it leaves the orphan in the store.
+class ClaimedOrphan {
+ public:
+  ClaimedOrphan(JournalFiles files, Descriptor lock) : files_(std::move(files)), lock_(std::move(lock)) {}
+
+  [[nodiscard]] Described<RestoredContents> restore(const MetalContext& context,
+                                                    const Progress& progress) const;
+  /// Removes it from the store.
+  void remove() const { files_.removeAll(); }
+
+ private:
+  JournalFiles files_;
+  Descriptor lock_;
+};
+
+class RecoveryStore {
+ public:
+  explicit RecoveryStore(RecoverySettings settings) : settings_(std::move(settings)) {}
+
+  /// Newest first. Removes what is older or more than the settings allow, and what unfinished work has left.
+  [[nodiscard]] OrphanList orphans() const;
+  /// Fails with a sentence for the user if there is no such orphan, or somebody else has claimed it.
+  [[nodiscard]] Described<ClaimedOrphan> claim(const QString& orphanID) const;
+  /// The files of a new journal. Makes the folder if necessary.
+  [[nodiscard]] JournalFiles newJournal() const;
+
+ private:
+  [[nodiscard]] std::optional<Orphan> orphanIn(const JournalFiles& files) const;
+  [[nodiscard]] bool isTooOld(const QDateTime& time) const;
+
+  RecoverySettings settings_;
+};
+
+}  // namespace orvanel

@@ -1,0 +1,212 @@
+// A file that another program has been at is not overwritten without a question.
+#include <sys/stat.h>
+
+#include <QDateTime>
+#include <QFile>
+
+#include "AppFixture.h"
+#include "app/AppDelegate.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ChangedFileTest : public AppFixture {
+ protected:
+  ChangedFileTest() { observeNotifications(); }
+
+  /// An open document with a file and an unsaved change.
+  DocumentPtr addEdited(const char* name) {
+    const DocumentPtr document = addDocument(QString::fromUtf8(name));
+    dialogs.savePaths.push(path(name) + QStringLiteral(".tessel"));
+    files.saveAs(document);
+    files.settleWrites();
+    document->addLayer(QStringLiteral("Clouds"));
+    return document;
+  }
+  DocumentPtr openEdited(const QString& file) {
+    files.open({file});
+    EXPECT_TRUE(waitForFiles());
+    const DocumentPtr document = state.windowState.activeDocument();
+    document->setDirty(true);
+    return document;
+  }
+  void save(const DocumentPtr& document) {
+    files.save(document);
+    files.settleWrites();
+  }
+  static QByteArray contents(const QString& file) {
+    QFile opened(file);
+    EXPECT_TRUE(opened.open(QIODevice::ReadOnly));
+    return opened.readAll();
+  }
+  /// As another program does that writes into the file.
+  static void overwrite(const QString& file) {
+    QFile opened(file);
+    EXPECT_TRUE(opened.open(QIODevice::WriteOnly));
+    opened.write("by another program");
+  }
+};
+
+TEST_F(ChangedFileTest, TheQuestionNamesTheFileAndWhatHappened) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  save(document);
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" has been changed by another program.");
+  EXPECT_THAT(dialogs.overwriteQuestions[0].second, HasSubstr("Nothing is lost"));
+}
+
+TEST_F(ChangedFileTest, CancelLeavesTheFileAndKeepsTheDocumentModified) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  save(document);
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_THAT(dialogs.warnings, IsEmpty());
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(2)) << "it is asked about each time";
+}
+
+TEST_F(ChangedFileTest, SaveAnywayReplacesTheFileAndKnowsItFromThen) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  const auto saved = DocumentIO::loadSynchronously(path("Sky.tessel"), state.metalContext);
+  ASSERT_TRUE(saved);
+  EXPECT_EQ((*saved)->rootNodes.value().size(), document->rootNodes.value().size());
+  document->addLayer(QStringLiteral("Birds"));
+  save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+}
+
+TEST_F(ChangedFileTest, SaveAsWritesAnotherFileAndLeavesTheChangedOne) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAs);
+  dialogs.savePaths.push(path("Sky 2.tessel"));
+  save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(document->sourceFileURL.value(), path("Sky 2.tessel"));
+  EXPECT_EQ(document->name.value(), "Sky 2");
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+  EXPECT_TRUE(DocumentIO::loadSynchronously(path("Sky 2.tessel"), state.metalContext));
+}
+
+TEST_F(ChangedFileTest, ACancelledPanelIsACancelledSave) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAs);
+  save(document);
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(document->sourceFileURL.value(), path("Sky.tessel"));
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+}
+
+TEST_F(ChangedFileTest, AFileThatIsGoneIsAskedAbout) {
+  const DocumentPtr document = addEdited("Sky");
+  ASSERT_TRUE(QFile::rename(path("Sky.tessel"), path("Moved.tessel")));
+  save(document);
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" is no longer where it was.");
+  EXPECT_FALSE(QFile::exists(path("Sky.tessel")));
+  EXPECT_TRUE(document->isDirty.value());
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  save(document);
+  EXPECT_TRUE(QFile::exists(path("Sky.tessel")));
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AnImageIsAskedAbout) {
+  const DocumentPtr document = openEdited(writeImage("photo.png"));
+  save(document);
+  EXPECT_FALSE(document->isDirty.value());
+  document->setDirty(true);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty()) << "it knows what it has written itself";
+  overwrite(path("photo.png"));
+  document->setDirty(true);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(contents(path("photo.png")), "by another program");
+  EXPECT_TRUE(document->isDirty.value());
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAs);
+  dialogs.savePaths.push(path("photo.tessel"));
+  save(document);
+  EXPECT_TRUE(DocumentIO::loadSynchronously(path("photo.tessel"), state.metalContext));
+  EXPECT_EQ(document->sourceFileFormat.value(), std::nullopt);
+}
+
+TEST_F(ChangedFileTest, WhatChangesNoByteIsNoChange) {
+  const QString file = path("Sky.tessel");
+  const DocumentPtr document = addEdited("Sky");
+  ASSERT_EQ(::chmod(QFile::encodeName(file).constData(), 0640), 0);
+  ASSERT_TRUE(QFile::rename(file, path("Away.tessel")) && QFile::rename(path("Away.tessel"), file));
+  ASSERT_TRUE(QFile::link(file, path("Link.tessel")));
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, ADocumentOpenedThroughALinkIsKnownByIt) {
+  addEdited("Sky");
+  ASSERT_TRUE(QFile::link(path("Sky.tessel"), path("Link.tessel")));
+  const DocumentPtr document = openEdited(path("Link.tessel"));
+  save(document);
+  document->setDirty(true);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_TRUE(QFileInfo(path("Link.tessel")).isSymLink());
+  overwrite(path("Sky.tessel"));
+  document->setDirty(true);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+}
+
+TEST_F(ChangedFileTest, AFileChosenInThePanelNeedsNoSecondQuestion) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, ClosingStopsWhenTheQuestionIsCancelled) {
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  state.windowState.closeDocument(document->id);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_THAT(openNames(), ElementsAre("Sky"));
+  EXPECT_TRUE(document->isDirty.value());
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  EXPECT_EQ(AppDelegate(state, files, {}).applicationShouldTerminate(), TerminationReply::cancel);
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+}
+
+TEST_F(ChangedFileTest, ClosingGoesOnOnceTheDocumentIsSaved) {
+  for (const OverwriteAnswer answer : {OverwriteAnswer::saveAnyway, OverwriteAnswer::saveAs}) {
+    const DocumentPtr document = addEdited("Sky");
+    overwrite(path("Sky.tessel"));
+    dialogs.saveAnswers.push(SaveAnswer::save);
+    dialogs.overwriteAnswers.push(answer);
+    if (answer == OverwriteAnswer::saveAs) dialogs.savePaths.push(path("Sky 2.tessel"));
+    state.windowState.closeDocument(document->id);
+    EXPECT_THAT(openNames(), IsEmpty());
+    EXPECT_FALSE(document->isDirty.value());
+  }
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+  EXPECT_TRUE(DocumentIO::loadSynchronously(path("Sky 2.tessel"), state.metalContext));
+}
+
+}  // namespace
+}  // namespace orvanel

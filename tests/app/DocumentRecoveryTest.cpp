@@ -1,0 +1,165 @@
+// Journals follow the open documents, and what they hold is offered at the next start.
+#include "app/DocumentRecovery.h"
+
+#include <QDir>
+#include <QFile>
+#include <QThreadPool>
+
+#include "AppFixture.h"
+
+namespace orvanel {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class DocumentRecoveryTest : public AppFixture {
+ protected:
+  DocumentRecoveryTest() {
+    observeNotifications();
+    start();
+  }
+  ~DocumentRecoveryTest() override { end(); }
+
+  void start() {
+    RecoverySettings settings;
+    settings.folder = path("store");
+    settings.interval = std::chrono::milliseconds(1);
+    recovery = std::make_unique<DocumentRecovery>(state, files, dialogs, settings);
+  }
+  void end() { recovery.reset(); }
+  /// As after a crash: the documents are gone, their journals are not.
+  void crashAndStart() {
+    end();
+    state.windowState.confirmClosing = nullptr;
+    state.windowState.closeAllDocuments();
+    start();
+  }
+
+  [[nodiscard]] QStringList journals() const {
+    return QDir(path("store")).entryList({QStringLiteral("*.journal")}, QDir::Files);
+  }
+  bool waitForJournals(int count) {
+    return waitUntil([this, count] { return journals().size() == count; });
+  }
+  DocumentPtr addEdited(const char* name) {
+    const DocumentPtr document = addDocument(QString::fromUtf8(name));
+    document->addLayer(QStringLiteral("Clouds"));
+    recovery->recordNow();
+    EXPECT_TRUE(waitForJournals(1));
+    return document;
+  }
+  DocumentPtr addSavedAndEdited(const char* name) {
+    const DocumentPtr document = addDocument(QString::fromUtf8(name));
+    dialogs.savePaths.push(path(name) + QStringLiteral(".tessel"));
+    files.saveAs(document);
+    files.settleWrites();
+    document->addLayer(QStringLiteral("Clouds"));
+    recovery->recordNow();
+    EXPECT_TRUE(waitForJournals(1));
+    return document;
+  }
+  /// Answers the offer, and waits for as many documents.
+  void offer(RecoveryAnswer answer, std::size_t documents) {
+    dialogs.askedOrphans.clear();
+    dialogs.recoveryAnswers.push(answer);
+    recovery->offerOrphans();
+    ASSERT_TRUE(waitUntil([this] { return !dialogs.askedOrphans.empty(); }));
+    ASSERT_TRUE(waitUntil([&] { return openNames().size() == documents; }));
+  }
+
+  std::unique_ptr<DocumentRecovery> recovery;
+};
+
+TEST_F(DocumentRecoveryTest, ADocumentWithoutChangesHasNoJournal) {
+  addDocument(QStringLiteral("Sky"));
+  recovery->recordNow();
+  QThreadPool::globalInstance()->waitForDone();
+  EXPECT_THAT(journals(), IsEmpty());
+}
+
+TEST_F(DocumentRecoveryTest, TheJournalGoesWithASave) {
+  const DocumentPtr document = addEdited("Sky");
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, TheJournalGoesWithADocumentThatNobodyWantsToSave) {
+  const DocumentPtr document = addEdited("Sky");
+  dialogs.saveAnswers.push(SaveAnswer::cancel);
+  state.windowState.closeDocument(document->id);
+  EXPECT_THAT(journals(), SizeIs(1));
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  state.windowState.closeDocument(document->id);
+  EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, TheJournalGoesWhenTheUserQuits) {
+  addEdited("Sky");
+  recovery->closeAll();
+  EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, WhatACrashLeftOpensUnsavedUnderItsNameAndPath) {
+  addSavedAndEdited("Sky");
+  crashAndStart();
+  ASSERT_THAT(openNames(), IsEmpty());
+  offer(RecoveryAnswer::restore, 1);
+  ASSERT_THAT(dialogs.askedOrphans, SizeIs(1));
+  EXPECT_EQ(dialogs.askedOrphans[0].name, QStringLiteral("Sky"));
+  EXPECT_EQ(dialogs.askedOrphans[0].path, path("Sky.tessel"));
+  const DocumentPtr document = state.windowState.activeDocument();
+  EXPECT_EQ(document->name.value(), "Sky");
+  EXPECT_EQ(document->sourceFileURL.value(), path("Sky.tessel"));
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_EQ(document->rootNodes.value().size(), 2U);
+}
+
+TEST_F(DocumentRecoveryTest, DecidingLaterKeepsEverything) {
+  addEdited("Sky");
+  crashAndStart();
+  offer(RecoveryAnswer::later, 0);
+  EXPECT_THAT(journals(), SizeIs(1));
+  offer(RecoveryAnswer::restore, 1);
+  EXPECT_THAT(openNames(), ElementsAre("Sky"));
+}
+
+TEST_F(DocumentRecoveryTest, WhatIsDiscardedIsGone) {
+  addEdited("Sky");
+  crashAndStart();
+  offer(RecoveryAnswer::discard, 0);
+  EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, ARestoredDocumentIsSavedOverItsFileWithoutAQuestion) {
+  addSavedAndEdited("Sky");
+  crashAndStart();
+  offer(RecoveryAnswer::restore, 1);
+  const DocumentPtr document = state.windowState.activeDocument();
+  files.save(document);
+  files.settleWrites();
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsSaved) {
+  addSavedAndEdited("Sky");
+  crashAndStart();
+  QFile file(path("Sky.tessel"));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("by another program");
+  file.close();
+  offer(RecoveryAnswer::restore, 1);
+  const DocumentPtr document = state.windowState.activeDocument();
+  files.save(document);
+  files.settleWrites();
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_TRUE(document->isDirty.value());
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,249 @@
+#include "recovery/JournalWriter.h"
+
+#include <unistd.h>
+
+#include "io/files/FaultyDisk.h"
+#include "recovery/RecoveryFixture.h"
+
+namespace orvanel {
+namespace {
+
+using testing::changePixels;
+using testing::firstDifference;
+using testing::unsavedDocument;
+
+/// The document as a writer is given it: what has changed since the call before.
+Capture captured(DocumentCapture& capture) {
+  return *capture.advance(std::chrono::hours(1));
+}
+
+class JournalWriterTest : public testing::RecoveryTest {
+ protected:
+  static constexpr std::int64_t plenty = std::int64_t{1} << 30U;
+
+  JournalWriterTest() : document(unsavedDocument()) {}
+
+  void SetUp() override {
+    RecoveryTest::SetUp();
+    writer = std::make_unique<JournalWriter>(store().newJournal(), plenty);
+    follow(document);
+  }
+  void follow(const DocumentPtr& next) {
+    document = next;
+    capture = std::make_unique<DocumentCapture>(*document);
+    subscription =
+        document->changes().observe([this](const DocumentChanges& changes) { capture->note(changes); });
+  }
+  JournalWriter::Outcome record() {
+    auto outcome = writer->write(captured(*capture));
+    if (outcome.result == JournalWriter::Result::needsEverything) {
+      capture->forgetAll();
+      outcome = writer->write(captured(*capture));
+    }
+    EXPECT_EQ(outcome.result, JournalWriter::Result::written) << outcome.reason.toStdString();
+    return outcome;
+  }
+  /// A saved document with an edit in memory.
+  QString saveAndFollow() {
+    const QString path = directory.filePath(QStringLiteral("image.tessel"));
+    EXPECT_TRUE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());
+    document->setSource(path, std::nullopt);
+    return path;
+  }
+  DocumentPtr readBack() {
+    writer = nullptr;
+    return restored();
+  }
+
+  /// The name of the layer that the tests change, as a journal with these bytes has it.
+  static QString nameOfMasked(const QByteArray& journal) {
+    const auto bytes =
+        std::as_bytes(std::span(journal.constData(), static_cast<std::size_t>(journal.size())));
+    const auto contents = restoreContents(JournalInput::ofBytes(bytes), MetalContext::shared(),
+                                          [](std::uint32_t) { return std::string(); }, {});
+    return contents ? contents->plan.manifest.nodes.at(2).name : contents.error();
+  }
+
+  DocumentPtr document;
+  std::unique_ptr<DocumentCapture> capture;
+  Subscription subscription;
+  std::unique_ptr<JournalWriter> writer;
+};
+
+TEST_F(JournalWriterTest, writesOnlyTilesThatHaveChanged) {
+  const std::int64_t first = record().bytesWritten;
+  document->setOpacity(document->activeLayer()->id, 0.25F);
+  EXPECT_LT(record().bytesWritten, 4000) << "no tile";
+  document->duplicateNode(document->activeLayer()->id);
+  EXPECT_LT(record().bytesWritten, 4000) << "the copy shares all tiles";
+  changePixels(*document);
+  const std::int64_t changed = record().bytesWritten;
+  EXPECT_GT(changed, 100'000);
+  EXPECT_LT(changed, first / 2);
+  document->undo();
+  EXPECT_LT(record().bytesWritten, 4000) << "the tiles of before are still in the journal";
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, leavesToTheFileWhatStandsInIt) {
+  saveAndFollow();
+  EXPECT_LT(record().bytesWritten, 4000);
+  changePixels(*document);
+  record();
+  EXPECT_TRUE(writer->dependsOnFile());
+  EXPECT_TRUE(writer->isBaseIntact());
+  const DocumentPtr back = readBack();
+  ASSERT_NE(back, nullptr);
+  EXPECT_EQ(firstDifference(*document, *back), "");
+  // The next save, and the next journal, know what the file holds.
+  EXPECT_NE(back->fileMemory(), nullptr);
+}
+
+TEST_F(JournalWriterTest, saysSoIfTheFileIsNoLongerWhatItWas) {
+  const QString path = saveAndFollow();
+  record();
+  put(path, "something else");
+  writer = nullptr;
+  const auto contents = store().claim(store().orphans().at(0).id)->restore(MetalContext::shared(), {});
+  ASSERT_FALSE(contents.has_value());
+  EXPECT_TRUE(contents.error().contains(QStringLiteral("image.tessel"))) << contents.error().toStdString();
+  EXPECT_EQ(store().orphans().size(), 1U);
+}
+
+TEST_F(JournalWriterTest, writesEverythingOnceTheFileHasGone) {
+  const QString path = saveAndFollow();
+  record();
+  QFile::remove(path);
+  EXPECT_FALSE(writer->isBaseIntact());
+  EXPECT_GT(record().bytesWritten, 100'000);
+  EXPECT_TRUE(writer->isBaseIntact());
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+/// A file system that can share blocks.
+class SharingDisk final : public FileOperations {
+ public:
+  int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                 std::size_t count) override {
+    // A count of zero means all that follows.
+    std::size_t left = count == 0 ? std::size_t{1} << 30U : count;
+    while (left > 0) {
+      const ssize_t copied = FileOperations::copyRange(from, fromOffset, to, toOffset, left);
+      if (copied <= 0) return static_cast<int>(copied);
+      fromOffset += copied;
+      toOffset += copied;
+      left -= static_cast<std::size_t>(copied);
+    }
+    return 0;
+  }
+};
+
+TEST_F(JournalWriterTest, keepsTheFileWhereThatCostsNothing) {
+  SharingDisk disk;
+  const ScopedFileOperations scope(disk);
+  const QString path = saveAndFollow();
+  record();
+  EXPECT_FALSE(writer->dependsOnFile());
+  EXPECT_EQ(files().size(), 2);
+  put(path, "something else");
+  changePixels(*document);
+  record();
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, anotherSaveIsAnotherBase) {
+  SharingDisk disk;
+  const ScopedFileOperations scope(disk);
+  saveAndFollow();
+  record();
+  changePixels(*document);
+  saveAndFollow();
+  document->setOpacity(document->activeLayer()->id, 0.75F);
+  EXPECT_LT(record().bytesWritten, 4000);
+  EXPECT_EQ(files().size(), 2) << "the copy of the file of before has gone";
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+  EXPECT_EQ(store().orphans().size(), 1U);
+  store().claim(store().orphans().at(0).id)->remove();
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(JournalWriterTest, compactingKeepsTheDocumentAndGivesSpaceBack) {
+  const std::int64_t first = record().bytesWritten;
+  std::int64_t written = first;
+  std::int64_t largest = 0;
+  for (int edit = 0; edit < 80; ++edit) {
+    changePixels(*document);
+    written += record().bytesWritten;
+    largest = std::max(largest, writer->size());
+  }
+  EXPECT_GT(written, 10'000'000);
+  EXPECT_LT(largest, 7'000'000);
+  EXPECT_EQ(files().size(), 1);
+  // What is appended to the new file is found again as well.
+  document->undo();
+  record();
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, aFailedCompactionLeavesTheJournal) {
+  testing::FailingStep disk(testing::FailingStep::Step::rename);
+  record();
+  {
+    const ScopedFileOperations scope(disk);
+    for (int edit = 0; edit < 80; ++edit) {
+      changePixels(*document);
+      record();
+    }
+    EXPECT_GT(writer->size(), 10'000'000);
+  }
+  EXPECT_EQ(files().size(), 1);
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, aRecordCutOffAnywhereLeavesTheOneBefore) {
+  record();
+  const QByteArray whole = bytesOf(journalPath());
+  document->rename(document->activeLayer()->id, QStringLiteral("After"));
+  record();
+  const QByteArray longer = bytesOf(journalPath());
+  ASSERT_TRUE(longer.startsWith(whole));
+  for (qsizetype length = whole.size(); length < longer.size(); ++length) {
+    const QByteArray cut = longer.left(length);
+    ASSERT_EQ(nameOfMasked(cut), QString::fromUtf8("Masked é")) << length;
+  }
+  EXPECT_EQ(nameOfMasked(longer), QStringLiteral("After"));
+}
+
+TEST_F(JournalWriterTest, damageInTheMiddleLeavesWhatCameBefore) {
+  record();
+  const auto firstEnd = bytesOf(journalPath()).size();
+  for (const char* name : {"Second", "Third"}) {
+    document->rename(document->activeLayer()->id, QString::fromLatin1(name));
+    changePixels(*document);
+    record();
+  }
+  QByteArray journal = bytesOf(journalPath());
+  EXPECT_EQ(nameOfMasked(journal), QStringLiteral("Third"));
+  // In a tile of the second record.
+  journal[firstEnd + 1000] = static_cast<char>(journal[firstEnd + 1000] ^ 1);
+  EXPECT_EQ(nameOfMasked(journal), QString::fromUtf8("Masked é"));
+}
+
+TEST_F(JournalWriterTest, beginsAnewIfSomebodyHasEmptiedTheStore) {
+  record();
+  QFile::remove(journalPath());
+  changePixels(*document);
+  record();
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, takesNoMoreSpaceThanItMay) {
+  writer = std::make_unique<JournalWriter>(store().newJournal(), 50'000);
+  const auto outcome = writer->write(captured(*capture));
+  EXPECT_EQ(outcome.result, JournalWriter::Result::failed);
+  EXPECT_FALSE(outcome.reason.isEmpty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+}  // namespace
+}  // namespace orvanel

@@ -1,0 +1,133 @@
+#include "recovery/RecoveryStore.h"
+
+#include <sys/stat.h>
+#include <utime.h>
+
+#include "io/files/FaultyDisk.h"
+#include "recovery/RecoveryFixture.h"
+
+namespace orvanel {
+namespace {
+
+using testing::firstDifference;
+using testing::unsavedDocument;
+
+class RecoveryStoreTest : public testing::RecoveryTest {
+ protected:
+  static mode_t modeOf(const QString& path) {
+    struct stat status {};
+    ::stat(QFile::encodeName(path).constData(), &status);
+    return status.st_mode & 0777U;
+  }
+};
+
+TEST_F(RecoveryStoreTest, isPrivateToTheUser) {
+  const mode_t before = ::umask(0);
+  crashWith(unsavedDocument());
+  ::umask(before);
+  EXPECT_EQ(modeOf(settings().folder), 0700U);
+  for (const QString& name : files()) EXPECT_EQ(modeOf(QDir(settings().folder).filePath(name)), 0600U);
+}
+
+TEST_F(RecoveryStoreTest, isEmptyBeforeAnythingWasLeft) {
+  EXPECT_TRUE(store().orphans().empty());
+  EXPECT_FALSE(QDir(settings().folder).exists()) << "looking makes no folder";
+}
+
+TEST_F(RecoveryStoreTest, hidesWhatALivingProcessWrites) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery living(settings());
+  living.follow(document);
+  living.recordNow();
+  EXPECT_EQ(files().size(), 1);
+  EXPECT_TRUE(store().orphans().empty());
+  const QString id = JournalFiles::idInName(files().at(0));
+  EXPECT_FALSE(store().claim(id).has_value());
+}
+
+TEST_F(RecoveryStoreTest, anOrphanCanBeClaimedOnce) {
+  crashWith(unsavedDocument());
+  const QString id = store().orphans().at(0).id;
+  auto first = std::make_unique<Described<ClaimedOrphan>>(store().claim(id));
+  ASSERT_TRUE(first->has_value());
+  EXPECT_FALSE(store().claim(id).has_value());
+  EXPECT_TRUE(store().orphans().empty());
+  first.reset();
+  EXPECT_TRUE(store().claim(id).has_value());
+}
+
+TEST_F(RecoveryStoreTest, namesThatAreNoIdsLeadNowhere) {
+  crashWith(unsavedDocument());
+  for (const char* id : {"", "../secret", "nonsense", "00000000-0000-0000-0000-000000000000"}) {
+    EXPECT_FALSE(store().claim(QString::fromLatin1(id)).has_value()) << id;
+  }
+}
+
+TEST_F(RecoveryStoreTest, listsTheNewestFirst) {
+  for (const char* name : {"First", "Second", "Third"}) {
+    const DocumentPtr document = unsavedDocument();
+    document->setName(QString::fromLatin1(name));
+    crashWith(document);
+    QThread::msleep(2);
+  }
+  const OrphanList orphans = store().orphans();
+  ASSERT_EQ(orphans.size(), 3U);
+  EXPECT_EQ(orphans[0].name, QStringLiteral("Third"));
+  EXPECT_EQ(orphans[2].name, QStringLiteral("First"));
+}
+
+TEST_F(RecoveryStoreTest, removesWhatIsTooOld) {
+  crashWith(unsavedDocument());
+  RecoverySettings strict = settings();
+  strict.maximumAge = std::chrono::hours(-1);
+  EXPECT_TRUE(RecoveryStore(strict).orphans().empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, removesTheOldestOfTooMuchButNotTheNewest) {
+  for (int i = 0; i < 3; ++i) {
+    crashWith(unsavedDocument());
+    QThread::msleep(2);
+  }
+  const OrphanList all = store().orphans();
+  RecoverySettings strict = settings();
+  strict.maximumBytes = all[0].bytes + all[1].bytes;
+  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 2U);
+  strict.maximumBytes = 1;
+  const OrphanList left = RecoveryStore(strict).orphans();
+  ASSERT_EQ(left.size(), 1U);
+  EXPECT_EQ(left[0].id, all[0].id);
+  EXPECT_EQ(files().size(), 1);
+}
+
+TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
+  crashWith(unsavedDocument());
+  const QString part =
+      QDir(settings().folder).filePath(QStringLiteral("0C1A7C2E-9F2B-4F9E-8E07-0D4C3C0B6D11.part"));
+  put(part, "half");
+  EXPECT_EQ(store().orphans().size(), 1U);
+  EXPECT_TRUE(QFile::exists(part));
+  const utimbuf longAgo{1'000'000'000, 1'000'000'000};
+  ::utime(QFile::encodeName(part).constData(), &longAgo);
+  EXPECT_EQ(store().orphans().size(), 1U);
+  EXPECT_FALSE(QFile::exists(part));
+}
+
+TEST_F(RecoveryStoreTest, otherFilesStay) {
+  crashWith(unsavedDocument());
+  put(QDir(settings().folder).filePath(QStringLiteral("notes.txt")), "mine");
+  store().claim(store().orphans().at(0).id)->remove();
+  EXPECT_EQ(files(), QStringList{QStringLiteral("notes.txt")});
+}
+
+TEST_F(RecoveryStoreTest, standsUnderTheUsersState) {
+  qputenv("XDG_STATE_HOME", "/somewhere");
+  EXPECT_EQ(defaultRecoveryFolder(), QStringLiteral("/somewhere/orvanel/recovery"));
+  qputenv("XDG_STATE_HOME", "relative");
+  EXPECT_EQ(defaultRecoveryFolder(), QDir::homePath() + QStringLiteral("/.local/state/orvanel/recovery"));
+  qunsetenv("XDG_STATE_HOME");
+  EXPECT_EQ(defaultRecoveryFolder(), QDir::homePath() + QStringLiteral("/.local/state/orvanel/recovery"));
+}
+
+}  // namespace
+}  // namespace orvanel

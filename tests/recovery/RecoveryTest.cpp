@@ -1,0 +1,291 @@
+#include "recovery/Recovery.h"
+
+#include <condition_variable>
+#include <mutex>
+
+#include "io/files/FaultyDisk.h"
+#include "model/ThumbnailGenerator.h"
+#include "raster/FatalFault.h"
+#include "recovery/RecoveryFixture.h"
+
+namespace orvanel {
+namespace {
+
+using testing::changePixels;
+using testing::firstDifference;
+using testing::FullDisk;
+using testing::unsavedDocument;
+using RecoveryTest = testing::RecoveryTest;
+
+TEST_F(RecoveryTest, givesBackAnUnsavedDocument) {
+  for (const ColorMode mode : allColorModes) {
+    const DocumentPtr document = unsavedDocument(mode);
+    crashWith(document);
+    const DocumentPtr back = restored();
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(firstDifference(*document, *back), "") << displayName(mode);
+    EXPECT_TRUE(back->isDirty.value());
+    EXPECT_EQ(back->sourceFileURL.value(), std::nullopt);
+    EXPECT_FALSE(back->undoStack.undoActionName());
+    store().claim(store().orphans().front().id)->remove();
+  }
+}
+
+TEST_F(RecoveryTest, keepsNameAndPathOfTheFile) {
+  const DocumentPtr document = unsavedDocument(ColorMode::rgb8);
+  document->setName(QStringLiteral("Holiday"));
+  document->setSource(QStringLiteral("/pictures/Holiday.png"), Document::ImageFileFormat::png);
+  crashWith(document);
+  const OrphanList orphans = store().orphans();
+  ASSERT_EQ(orphans.size(), 1U);
+  EXPECT_EQ(orphans[0].name, QStringLiteral("Holiday"));
+  EXPECT_EQ(orphans[0].path, QStringLiteral("/pictures/Holiday.png"));
+  EXPECT_LT(orphans[0].time.secsTo(QDateTime::currentDateTime()), 60);
+  const DocumentPtr back = restored();
+  EXPECT_EQ(back->sourceFileURL.value(), QStringLiteral("/pictures/Holiday.png"));
+  EXPECT_EQ(back->sourceFileFormat.value(), Document::ImageFileFormat::png);
+}
+
+TEST_F(RecoveryTest, anOrphanHasAThumbnailIfThereIsACompositeAtHand) {
+  const DocumentPtr document = unsavedDocument();
+  static_cast<void>(document->composite());
+  crashWith(document);
+  EXPECT_EQ(store().orphans().at(0).thumbnail.size(), ThumbnailGenerator::fittedSize(300, 270));
+}
+
+TEST_F(RecoveryTest, followsEveryKindOfChange) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  const auto expectRecorded = [&](const char* what) {
+    recovery.recordNow();
+    // A second process can't claim it, so that a copy of the store is read.
+    const QTemporaryDir copy;
+    RecoverySettings other = settings();
+    other.folder = copy.path();
+    for (const QString& name : files())
+      QFile::copy(QDir(settings().folder).filePath(name), copy.filePath(name));
+    const RecoveryStore read(other);
+    const auto orphan = read.claim(read.orphans().at(0).id);
+    const auto contents = orphan->restore(MetalContext::shared(), {});
+    ASSERT_TRUE(contents.has_value()) << what;
+    EXPECT_EQ(firstDifference(*document, *buildRestored(*contents, MetalContext::shared())), "") << what;
+  };
+  changePixels(*document);
+  expectRecorded("pixels");
+  document->addLayer(QStringLiteral("New"));
+  document->addFolder(QStringLiteral("Folder"));
+  expectRecorded("new nodes");
+  document->selectNode(document->allLayers().front()->id);
+  document->duplicateNode(document->allLayers().front()->id);
+  expectRecorded("a copy");
+  document->addLayerMask(document->activeLayer());
+  expectRecorded("a mask");
+  document->resizeCanvas(200, 400, -1, 1);
+  expectRecorded("another size");
+  document->changeColorMode(ColorMode::grayscale8);
+  expectRecorded("another mode");
+  document->removeNode(document->activeLayer()->id);
+  expectRecorded("a node less");
+  document->undo();
+  expectRecorded("the node again");
+  while (document->undoStack.undoActionName()) document->undo();
+  expectRecorded("everything undone");
+  document->setForegroundColor({0.0F, 1.0F, 0.0F, 1.0F});
+  document->setName(QStringLiteral("Another"));
+  expectRecorded("name and colours");
+}
+
+TEST_F(RecoveryTest, aCleanDocumentHasNoJournal) {
+  const DocumentPtr document = unsavedDocument();
+  document->setDirty(false);
+  crashWith(document);
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryTest, savingRemovesTheJournal) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  EXPECT_EQ(files().size(), 1);
+  document->setDirty(false);
+  recovery.saved(*document);
+  recovery.recordNow();
+  EXPECT_EQ(files(), QStringList());
+  // And the next change begins another.
+  changePixels(*document);
+  recovery.recordNow();
+  EXPECT_EQ(files().size(), 1);
+}
+
+TEST_F(RecoveryTest, closingWithoutSavingRemovesTheJournal) {
+  const DocumentPtr document = unsavedDocument();
+  {
+    Recovery recovery(settings());
+    recovery.follow(document);
+    recovery.recordNow();
+    recovery.closed(*document);
+  }
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryTest, recordsByItselfAfterTheInterval) {
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(document);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 1; }));
+  changePixels(*document);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 2; }));
+  EXPECT_GT(recovery.figures().bytesWritten, 0);
+}
+
+TEST_F(RecoveryTest, anOrphanStaysUntilItsDocumentHasARecordOfItsOwn) {
+  const DocumentPtr document = unsavedDocument();
+  crashWith(document);
+  const QString orphanID = store().orphans().at(0).id;
+  QObject receiver;
+  const auto restoreWith = [&](Recovery& recovery) {
+    DocumentPtr back;
+    bool isDone = false;
+    recovery.restore(orphanID, MetalContext::shared(), &receiver, [&](const FileResult<DocumentPtr>& result) {
+      back = result.value_or(nullptr);
+      isDone = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return isDone; }));
+    return back;
+  };
+  {
+    Recovery recovery(settings());
+    const DocumentPtr back = restoreWith(recovery);
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(firstDifference(*document, *back), "");
+    EXPECT_EQ(store().orphans().size(), 0U) << "it is claimed";
+  }
+  EXPECT_EQ(store().orphans().size(), 1U) << "the second process has ended as well";
+  {
+    Recovery recovery(settings());
+    const DocumentPtr back = restoreWith(recovery);
+    recovery.follow(back);
+    recovery.recordNow();
+  }
+  ASSERT_EQ(store().orphans().size(), 1U);
+  EXPECT_NE(store().orphans().at(0).id, orphanID);
+  EXPECT_EQ(firstDifference(*document, *restored()), "");
+}
+
+TEST_F(RecoveryTest, findsAndDiscardsOrphans) {
+  crashWith(unsavedDocument());
+  Recovery recovery(settings());
+  QObject receiver;
+  std::optional<OrphanList> found;
+  recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
+  ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
+  ASSERT_EQ(found->size(), 1U);
+  recovery.discard(found->front().id);
+  recovery.recordNow();
+  found.reset();
+  recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
+  ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
+  EXPECT_TRUE(found->empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryTest, aFullDiskSuspendsAndLaterEverythingIsThere) {
+  // Every write of the first two records fails in one of the rounds.
+  for (std::int64_t capacity = 0;; capacity += 40'000) {
+    const DocumentPtr document = unsavedDocument();
+    Recovery recovery(settings());
+    bool hasFailed = false;
+    const Subscription watching = recovery.observeStatus([&](const RecoveryStatus& status) {
+      if (status.state == RecoveryStatus::State::suspended) hasFailed = !status.reason.isEmpty();
+    });
+    {
+      FullDisk disk(capacity);
+      const ScopedFileOperations scope(disk);
+      recovery.follow(document);
+      recovery.recordNow();
+      changePixels(*document);
+      recovery.recordNow();
+      if (!hasFailed) {
+        EXPECT_GT(capacity, 100'000);
+        return;
+      }
+    }
+    changePixels(*document);
+    document->addLayer(QStringLiteral("Later"));
+    recovery.recordNow();
+    EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
+    const DocumentPtr now = document;
+    const QByteArray journal = bytesOf(journalPath());
+    recovery.closed(*document);
+    recovery.recordNow();
+    put(QDir(settings().folder).filePath(QStringLiteral("0C1A7C2E-9F2B-4F9E-8E07-0D4C3C0B6D11.journal")),
+        journal);
+    const DocumentPtr back = restored();
+    ASSERT_NE(back, nullptr) << capacity;
+    EXPECT_EQ(firstDifference(*now, *back), "") << capacity;
+    store().claim(store().orphans().at(0).id)->remove();
+  }
+}
+
+/// A disk that doesn't answer until it is told to.
+class StuckDisk final : public FileOperations {
+ public:
+  int syncData(int file) override {
+    std::unique_lock guard(mutex_);
+    answers_.wait(guard, [this] { return isFree_; });
+    return FileOperations::syncData(file);
+  }
+  void answer() {
+    const std::lock_guard guard(mutex_);
+    isFree_ = true;
+    answers_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable answers_;
+  bool isFree_ = false;
+};
+
+TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
+  StuckDisk disk;
+  const ScopedFileOperations scope(disk);
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(document);
+  // The record is under way; another one comes due.
+  ASSERT_TRUE(waitUntil([&] {
+    changePixels(*document);
+    return recovery.status().state == RecoveryStatus::State::suspended;
+  }));
+  EXPECT_FALSE(recovery.status().reason.isEmpty());
+  disk.answer();
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 2; }));
+  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
+}
+
+TEST(FatalFaultDeathTest, tellsThatUnsavedWorkIsKept) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(
+      {
+        const QTemporaryDir folder;
+        RecoverySettings settings;
+        settings.folder = folder.path();
+        Recovery recovery(settings);
+        const DocumentPtr document = unsavedDocument();
+        recovery.follow(document);
+        recovery.recordNow();
+        fatalFault("Out of memory for pixels");
+      },
+      "Out of memory for pixels\nUnsaved work .* is kept");
+}
+
+}  // namespace
+}  // namespace orvanel
