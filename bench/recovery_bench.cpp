@@ -63,12 +63,14 @@ void JournalOfEdits(benchmark::State& state) {
     document->setDirty(true);
     recovery.follow(document);
     waitForRecord(recovery, 1);
+    recovery.recordNow();
     const RecoveryFigures first = recovery.figures();
     for (int number = 0; number < editCount; ++number) {
       const std::int64_t before = recovery.figures().records;
       edit(*document, number);
       waitForRecord(recovery, before + 1);
     }
+    recovery.recordNow();
     const RecoveryFigures all = recovery.figures();
     state.counters["first_MB"] = static_cast<double>(first.bytesWritten) / 1e6;
     state.counters["first_cpu_ms"] = milliseconds(first.backgroundWork);

@@ -8,8 +8,6 @@
 namespace orvanel {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// Of the main thread, between two events: well below what a user can feel.
 constexpr std::chrono::microseconds sliceOfMainThread{400};
 constexpr int mostAttemptsNow = 3;
@@ -88,7 +86,7 @@ void DocumentJournal::beginRecord() {
 void DocumentJournal::gather(std::chrono::nanoseconds budget) {
   const DocumentPtr document = document_.lock();
   if (document == nullptr || !document->isDirty.value()) return;
-  const Clock::time_point start = Clock::now();
+  const Hold start = threadTime();
   std::optional<Capture> capture = capture_.advance(budget);
   if (capture) {
     send(std::move(*capture));
@@ -96,7 +94,7 @@ void DocumentJournal::gather(std::chrono::nanoseconds budget) {
     nextSlice_.start(0);
   }
   Hold& longest = surroundings_.figures.longestHold;
-  longest = std::max(longest, std::chrono::duration_cast<Hold>(Clock::now() - start));
+  longest = std::max(longest, threadTime() - start);
 }
 
 void DocumentJournal::send(Capture capture) {

@@ -9,6 +9,9 @@
 
 namespace orvanel {
 
+/// Processor time of the calling thread: what work costs, however busy the machine is.
+[[nodiscard]] std::chrono::nanoseconds threadTime();
+
 class JournalLane {
  public:
   JournalLane();

@@ -33,7 +33,7 @@ struct RecoveryFigures {
   std::int64_t records = 0;
   std::int64_t bytesWritten = 0;
   std::chrono::nanoseconds backgroundWork{0};  ///< processor time
-  std::chrono::nanoseconds longestHold{0};     ///< of the main thread, for one record
+  std::chrono::nanoseconds longestHold{0};     ///< processor time of the main thread between two events
 };
 
 class Recovery {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -47,6 +48,13 @@ std::optional<std::int64_t> ageOf(const QByteArray& fingerprint, const std::vect
   return std::nullopt;
 }
 
+/// In memory where that is possible: a disk that is busy with something else suspends journals, and what is
+/// tested here is the process that dies.
+QString placeForStores() {
+  const QString memory = QStringLiteral("/dev/shm");
+  return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/journals-XXXXXX");
+}
+
 bool holdsJournal(const QString& folder) {
   return !QDir(folder).entryList({QStringLiteral("*.journal")}).isEmpty();
 }
@@ -58,7 +66,7 @@ TEST(KilledJournal, GivesBackARecentState) {
   std::size_t states = 0;
   for (int round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
     SCOPED_TRACE(round);
-    const QTemporaryDir folder;
+    const QTemporaryDir folder(placeForStores());
     RecoverySettings settings;
     settings.folder = folder.filePath(QStringLiteral("recovery"));
     QProcess child;
