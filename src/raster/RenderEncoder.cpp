@@ -79,6 +79,12 @@ FragmentBand RenderEncoder::band(const Drawable& drawable, int index) {
           std::min(bandRows, drawable.height - y), drawable.width};
 }
 
+void RenderEncoder::endEncoding() {
+  backdropDraws_ = 0;
+  Backdrop none;
+  endEncoding(none);
+}
+
 void RenderEncoder::endEncoding(Backdrop& backdrop) {
   const std::span<const Draw> below = std::span(draws_).first(backdropDraws_);
   const std::span<const Draw> above = std::span(draws_).subspan(backdropDraws_);

@@ -47,7 +47,9 @@ class RenderEncoder {
   /// points and the tiles of the textures. Equal fingerprints draw pictures that are equal but for their
   /// animation; no pixel is read.
   [[nodiscard]] std::uint64_t fingerprint() const;
-  /// Draws what was recorded and forgets it. The backdrop is taken from `backdrop` if that holds it.
+  /// Draws what was recorded and forgets it.
+  void endEncoding();
+  /// The same, but the backdrop is taken from `backdrop` if that holds it.
   void endEncoding(Backdrop& backdrop);
   /// The rows that are drawn at once; bands are counted from the top.
   [[nodiscard]] static int bandCount(const Drawable& drawable);

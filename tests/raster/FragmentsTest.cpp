@@ -35,8 +35,7 @@ class Picture {
   void draw(FragmentFunction function, const Uniforms& uniforms, const Surface* texture = nullptr) {
     RenderEncoder encoder({pixels_.data(), stride_, width_, height_});
     encoder.draw({"", function, true}, std::as_bytes(std::span(&uniforms, 1)), texture);
-    Backdrop backdrop;
-    encoder.endEncoding(backdrop);
+    encoder.endEncoding();
   }
 
   [[nodiscard]] std::uint32_t& at(int x, int y) {
@@ -334,8 +333,7 @@ TEST(RenderEncoder, DrawsPassesInTheOrderTheyWereRecorded) {
   RenderEncoder encoder({pixels.data(), 100, 100, 100});
   encoder.draw({"", fragments::checkerboard, true}, std::as_bytes(std::span(&view, 1)));
   encoder.draw({"", fragments::background, false}, std::as_bytes(std::span(&grey, 1)));
-  Backdrop backdrop;
-  encoder.endEncoding(backdrop);
+  encoder.endEncoding();
   EXPECT_EQ(pixels, std::vector<std::uint32_t>(100 * 100, 0xFF000000U));
 }
 
