@@ -9,7 +9,6 @@
 #include <QFile>
 #include <QUuid>
 #include <cerrno>
-#include <utility>
 
 #include "model/Layer.h"
 
@@ -26,17 +25,6 @@ bool isSameFile(int descriptor, const std::string& path) {
 }
 
 }  // namespace
-
-Descriptor::~Descriptor() {
-  if (value_ >= 0) ::close(value_);
-}
-
-Descriptor::Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(value_, other.value_);
-  return *this;
-}
 
 JournalFiles JournalFiles::createIn(const QString& folder) {
   return {QFile::encodeName(folder).toStdString(), uuidText(QUuid::createUuid()).toStdString()};
@@ -75,14 +63,14 @@ bool lockFile(int descriptor, LockWait wait) {
 Descriptor openLocked(const std::string& path) {
   Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  if (!file.isOpen() || ::fstat(file.value(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-  if (!lockFile(file.value(), LockWait::none) || !isSameFile(file.value(), path)) return {};
+  if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+  if (!lockFile(file.number(), LockWait::none) || !isSameFile(file.number(), path)) return {};
   return file;
 }
 
 void syncFolder(const std::string& folder) {
   const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.isOpen()) ::fsync(directory.value());
+  if (directory.isOpen()) ::fsync(directory.number());
 }
 
 }  // namespace orvanel

@@ -1,5 +1,5 @@
-// The files of one journal in the store. While somebody writes or restores the journal he holds a lock on it,
-// which goes with his process, however that ends. Any thread.
+// The files of one journal in the store. Whoever writes or restores the journal holds a lock on it, which
+// goes with the process, however that ends. Any thread.
 #pragma once
 
 #include <QString>
@@ -8,23 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "io/files/Descriptor.h"
+
 namespace orvanel {
-
-/// Owns a descriptor.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor();
-  Descriptor(Descriptor&& other) noexcept;
-  Descriptor& operator=(Descriptor&& other) noexcept;
-
-  [[nodiscard]] int value() const { return value_; }
-  [[nodiscard]] bool isOpen() const { return value_ >= 0; }
-
- private:
-  int value_ = -1;
-};
 
 struct JournalFiles {
   std::string folder;

@@ -75,7 +75,7 @@ bool JournalWriter::isBaseIntact() const {
 JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
   // Somebody may have emptied the store.
   struct stat status {};
-  if (file_ != nullptr && (::fstat(file_->descriptor.value(), &status) != 0 || status.st_nlink == 0)) {
+  if (file_ != nullptr && (::fstat(file_->descriptor.number(), &status) != 0 || status.st_nlink == 0)) {
     file_ = nullptr;
   }
   const bool goesOn = file_ != nullptr && file_->saved == capture.saved && isBaseIntact();
@@ -137,7 +137,7 @@ std::optional<JournalWriter::Draft> JournalWriter::drafted(const File& file, con
 // Writing.
 
 Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
-  RecordWriter record(file.descriptor.value(), file.size, maximumBytes_);
+  RecordWriter record(file.descriptor.number(), file.size, maximumBytes_);
   std::vector<Stored> added;
   std::vector<std::shared_ptr<CompressedTile>> twins;
   std::size_t twinBytes = 0;
@@ -165,7 +165,7 @@ Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
   const auto end = writeAll();
   if (!end) {
     // What stands before it remains the journal, whether or not this succeeds.
-    if (::ftruncate(file.descriptor.value(), file.size) != 0) errno = 0;
+    if (::ftruncate(file.descriptor.number(), file.size) != 0) errno = 0;
     return because(end.error());
   }
   for (std::size_t i = 0; i < draft.tiles.size(); ++i) {
@@ -213,7 +213,7 @@ Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
   ::unlink(files_.part().c_str());
   Descriptor file(FileOperations::current().createFile(files_.part(), forUserAlone));
   if (!file.isOpen()) return because(journal::writeFailure(errno));
-  if (!lockFile(file.value(), LockWait::forOthers)) return because(journal::writeFailure(errno));
+  if (!lockFile(file.number(), LockWait::forOthers)) return because(journal::writeFailure(errno));
   auto part = std::make_unique<File>();
   part->descriptor = std::move(file);
   part->mark = QRandomGenerator::system()->generate64();
@@ -227,8 +227,8 @@ std::uint32_t JournalWriter::copyBase(const FileHandle& source) {
   if (!copy.isOpen()) return 0;
   constexpr std::size_t toTheEnd = 0;
   const bool isShared =
-      FileOperations::current().shareRange(source.descriptor(), 0, copy.value(), 0, toTheEnd) == 0;
-  if (isShared && FileOperations::current().sync(copy.value()) == 0) return number;
+      FileOperations::current().shareRange(source.descriptor(), 0, copy.number(), 0, toTheEnd) == 0;
+  if (isShared && FileOperations::current().sync(copy.number()) == 0) return number;
   ::unlink(files_.copy(number).c_str());
   return 0;
 }
@@ -347,7 +347,7 @@ Described<void> JournalWriter::compact(const std::vector<bool>& live) {
   File& next = **part;
   RecordContents contents = standing_;
   contents.base = file_->base;
-  RecordWriter record(next.descriptor.value(), 0, maximumBytes_);
+  RecordWriter record(next.descriptor.number(), 0, maximumBytes_);
   if (auto copied = copyTiles(live, next, record, contents); !copied) return copied;
 
   std::vector<std::uint64_t> renumbered(live.size(), 0);

@@ -36,7 +36,7 @@ void removeRemains(const JournalFiles& files, const QDateTime& lastChange) {
 Described<RestoredContents> ClaimedOrphan::restore(const MetalContext& context,
                                                    const Progress& progress) const {
   const auto copyOfBase = [this](std::uint32_t number) { return files_.copy(number); };
-  return restoreContents(JournalInput::ofFile(lock_.value()), context, copyOfBase, progress);
+  return restoreContents(JournalInput::ofFile(lock_.number()), context, copyOfBase, progress);
 }
 
 bool RecoveryStore::isTooOld(const QDateTime& time) const {
@@ -47,7 +47,7 @@ bool RecoveryStore::isTooOld(const QDateTime& time) const {
 std::optional<Orphan> RecoveryStore::orphanIn(const JournalFiles& files) const {
   const Descriptor lock = openLocked(files.journal());
   if (!lock.isOpen()) return std::nullopt;
-  const JournalInput input = JournalInput::ofFile(lock.value());
+  const JournalInput input = JournalInput::ofFile(lock.number());
   const auto state = readJournalState(input, TileCheck::none);
   const QFileInfo file(QFile::decodeName(files.journal().c_str()));
   if (isTooOld(state ? state->time : file.lastModified())) files.removeAll();

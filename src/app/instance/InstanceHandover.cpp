@@ -30,7 +30,7 @@ Descriptor connectBefore(const QDeadlineTimer& deadline, const std::string& path
   constexpr std::chrono::milliseconds pause{20};
   while (true) {
     Descriptor connection = connectTo(path);
-    if (connection.isValid() || deadline.hasExpired()) return connection;
+    if (connection.isOpen() || deadline.hasExpired()) return connection;
     std::this_thread::sleep_for(pause);
   }
 }
@@ -58,11 +58,11 @@ InstanceClaim::InstanceClaim(std::string socketPath, Descriptor lock, Descriptor
 std::unique_ptr<InstanceClaim> InstanceClaim::take(const InstanceAddress& address) {
   constexpr mode_t ownerOnly = 0600;
   Descriptor lock(::open(address.lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
-  if (!lock.isValid() || ::flock(lock.number(), LOCK_EX | LOCK_NB) != 0) return nullptr;
+  if (!lock.isOpen() || ::flock(lock.number(), LOCK_EX | LOCK_NB) != 0) return nullptr;
   // Whoever made a socket that stands here has ended without removing it: the lock was free.
   ::unlink(address.socket.c_str());
   Descriptor listener = listenAt(address.socket);
-  if (!listener.isValid()) return nullptr;
+  if (!listener.isOpen()) return nullptr;
   return std::unique_ptr<InstanceClaim>(
       new InstanceClaim(address.socket, std::move(lock), std::move(listener)));
 }
@@ -78,7 +78,7 @@ bool handOver(const InstanceAddress& address, const OpenRequest& request,
   if (message.size() > OpenRequest::maximumBytes) return false;
   const QDeadlineTimer deadline(patience);
   const Descriptor connection = connectBefore(deadline, address.socket);
-  if (!connection.isValid() || !isOwnUser(connection)) return false;
+  if (!connection.isOpen() || !isOwnUser(connection)) return false;
   if (!sendAll(connection, message, deadline) || !waitFor(connection, POLLIN, deadline)) return false;
   char answer = 0;
   return ::recv(connection.number(), &answer, 1, 0) == 1 && answer == requestTaken;

@@ -66,7 +66,7 @@ InstanceServer::~InstanceServer() = default;
 void InstanceServer::admitSenders() {
   while (senders_.size() < mostSenders) {
     Descriptor connection = acceptFrom(claim_->listener());
-    if (!connection.isValid()) break;
+    if (!connection.isOpen()) break;
     if (isOwnUser(connection)) senders_.push_back(std::make_unique<Sender>(std::move(connection), *this));
   }
   arrivals_.setEnabled(senders_.size() < mostSenders);

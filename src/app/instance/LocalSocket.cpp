@@ -26,22 +26,10 @@ std::optional<sockaddr_un> addressOf(const std::string& path) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (number_ >= 0) ::close(number_);
-}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  if (this != &other) {
-    if (number_ >= 0) ::close(number_);
-    number_ = std::exchange(other.number_, -1);
-  }
-  return *this;
-}
-
 Descriptor listenAt(const std::string& path) {
   const auto address = addressOf(path);
   Descriptor listener(::socket(AF_UNIX, socketKind, 0));
-  if (!address || !listener.isValid()) return {};
+  if (!address || !listener.isOpen()) return {};
   const auto* where = reinterpret_cast<const sockaddr*>(&*address);
   constexpr mode_t ownerOnly = 0600;
   const bool listens = ::bind(listener.number(), where, sizeof *address) == 0 &&
@@ -53,7 +41,7 @@ Descriptor listenAt(const std::string& path) {
 Descriptor connectTo(const std::string& path) {
   const auto address = addressOf(path);
   Descriptor connection(::socket(AF_UNIX, socketKind, 0));
-  if (!address || !connection.isValid()) return {};
+  if (!address || !connection.isOpen()) return {};
   const auto* where = reinterpret_cast<const sockaddr*>(&*address);
   return ::connect(connection.number(), where, sizeof *address) == 0 ? std::move(connection) : Descriptor();
 }
