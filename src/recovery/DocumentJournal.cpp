@@ -58,7 +58,11 @@ void DocumentJournal::replace(ClaimedOrphan orphan) {
 void DocumentJournal::schedule() {
   const DocumentPtr document = document_.lock();
   if (document == nullptr) return;
-  if (!document->isDirty.value()) return removeJournal();
+  if (!document->isDirty.value()) {
+    // A save has begun. Until it has succeeded, the journal is all that holds the work.
+    for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
+    return;
+  }
   const bool isUnderWay = due_.isActive() || retry_.isActive() || nextSlice_.isActive();
   if (!isUnderWay && capture_.hasChanges()) due_.start(surroundings_.settings.interval);
 }
