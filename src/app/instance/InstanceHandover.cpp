@@ -16,7 +16,7 @@ namespace orvanel {
 namespace {
 
 /// Waits until the connection is ready for `events`.
-bool waitFor(const Descriptor& connection, short events, const QDeadlineTimer& deadline) {
+bool waitFor(const SocketDescriptor& connection, short events, const QDeadlineTimer& deadline) {
   pollfd watched{connection.number(), events, 0};
   while (true) {
     const int count = ::poll(&watched, 1, static_cast<int>(deadline.remainingTime()));
@@ -26,16 +26,16 @@ bool waitFor(const Descriptor& connection, short events, const QDeadlineTimer& d
 }
 
 /// The process that holds the lock may not listen yet, or may be about to end.
-Descriptor connectBefore(const QDeadlineTimer& deadline, const std::string& path) {
+SocketDescriptor connectBefore(const QDeadlineTimer& deadline, const std::string& path) {
   constexpr std::chrono::milliseconds pause{20};
   while (true) {
-    Descriptor connection = connectTo(path);
+    SocketDescriptor connection = connectTo(path);
     if (connection.isValid() || deadline.hasExpired()) return connection;
     std::this_thread::sleep_for(pause);
   }
 }
 
-bool sendAll(const Descriptor& connection, QByteArrayView bytes, const QDeadlineTimer& deadline) {
+bool sendAll(const SocketDescriptor& connection, QByteArrayView bytes, const QDeadlineTimer& deadline) {
   while (!bytes.isEmpty()) {
     const ssize_t sent =
         ::send(connection.number(), bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
@@ -52,16 +52,16 @@ bool sendAll(const Descriptor& connection, QByteArrayView bytes, const QDeadline
 
 }  // namespace
 
-InstanceClaim::InstanceClaim(std::string socketPath, Descriptor lock, Descriptor listener)
+InstanceClaim::InstanceClaim(std::string socketPath, SocketDescriptor lock, SocketDescriptor listener)
     : socketPath_(std::move(socketPath)), lock_(std::move(lock)), listener_(std::move(listener)) {}
 
 std::unique_ptr<InstanceClaim> InstanceClaim::take(const InstanceAddress& address) {
   constexpr mode_t ownerOnly = 0600;
-  Descriptor lock(::open(address.lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
+  SocketDescriptor lock(::open(address.lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly));
   if (!lock.isValid() || ::flock(lock.number(), LOCK_EX | LOCK_NB) != 0) return nullptr;
   // Whoever made a socket that stands here has ended without removing it: the lock was free.
   ::unlink(address.socket.c_str());
-  Descriptor listener = listenAt(address.socket);
+  SocketDescriptor listener = listenAt(address.socket);
   if (!listener.isValid()) return nullptr;
   return std::unique_ptr<InstanceClaim>(
       new InstanceClaim(address.socket, std::move(lock), std::move(listener)));
@@ -77,7 +77,7 @@ bool handOver(const InstanceAddress& address, const OpenRequest& request,
   const QByteArray message = request.encoded();
   if (message.size() > OpenRequest::maximumBytes) return false;
   const QDeadlineTimer deadline(patience);
-  const Descriptor connection = connectBefore(deadline, address.socket);
+  const SocketDescriptor connection = connectBefore(deadline, address.socket);
   if (!connection.isValid() || !isOwnUser(connection)) return false;
   if (!sendAll(connection, message, deadline) || !waitFor(connection, POLLIN, deadline)) return false;
   char answer = 0;

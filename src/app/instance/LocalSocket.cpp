@@ -26,11 +26,11 @@ std::optional<sockaddr_un> addressOf(const std::string& path) {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
+SocketDescriptor::~SocketDescriptor() {
   if (number_ >= 0) ::close(number_);
 }
 
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+SocketDescriptor& SocketDescriptor::operator=(SocketDescriptor&& other) noexcept {
   if (this != &other) {
     if (number_ >= 0) ::close(number_);
     number_ = std::exchange(other.number_, -1);
@@ -38,31 +38,32 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
   return *this;
 }
 
-Descriptor listenAt(const std::string& path) {
+SocketDescriptor listenAt(const std::string& path) {
   const auto address = addressOf(path);
-  Descriptor listener(::socket(AF_UNIX, socketKind, 0));
+  SocketDescriptor listener(::socket(AF_UNIX, socketKind, 0));
   if (!address || !listener.isValid()) return {};
   const auto* where = reinterpret_cast<const sockaddr*>(&*address);
   constexpr mode_t ownerOnly = 0600;
   const bool listens = ::bind(listener.number(), where, sizeof *address) == 0 &&
                        ::chmod(path.c_str(), ownerOnly) == 0 &&
                        ::listen(listener.number(), longestQueue) == 0;
-  return listens ? std::move(listener) : Descriptor();
+  return listens ? std::move(listener) : SocketDescriptor();
 }
 
-Descriptor connectTo(const std::string& path) {
+SocketDescriptor connectTo(const std::string& path) {
   const auto address = addressOf(path);
-  Descriptor connection(::socket(AF_UNIX, socketKind, 0));
+  SocketDescriptor connection(::socket(AF_UNIX, socketKind, 0));
   if (!address || !connection.isValid()) return {};
   const auto* where = reinterpret_cast<const sockaddr*>(&*address);
-  return ::connect(connection.number(), where, sizeof *address) == 0 ? std::move(connection) : Descriptor();
+  return ::connect(connection.number(), where, sizeof *address) == 0 ? std::move(connection)
+                                                                     : SocketDescriptor();
 }
 
-Descriptor acceptFrom(const Descriptor& listener) {
-  return Descriptor(::accept4(listener.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+SocketDescriptor acceptFrom(const SocketDescriptor& listener) {
+  return SocketDescriptor(::accept4(listener.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
 }
 
-bool isOwnUser(const Descriptor& connection) {
+bool isOwnUser(const SocketDescriptor& connection) {
   ucred peer{};
   socklen_t size = sizeof peer;
   return ::getsockopt(connection.number(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&

@@ -8,13 +8,13 @@
 namespace orvanel {
 
 /// Owns a file descriptor.
-class Descriptor {
+class SocketDescriptor {
  public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor();
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept;
+  SocketDescriptor() = default;
+  explicit SocketDescriptor(int number) : number_(number) {}
+  ~SocketDescriptor();
+  SocketDescriptor(SocketDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  SocketDescriptor& operator=(SocketDescriptor&& other) noexcept;
 
   [[nodiscard]] int number() const { return number_; }
   [[nodiscard]] bool isValid() const { return number_ >= 0; }
@@ -25,12 +25,12 @@ class Descriptor {
 
 // None of these sockets ever blocks.
 /// A socket that listens at a path where nothing stands.
-[[nodiscard]] Descriptor listenAt(const std::string& path);
-[[nodiscard]] Descriptor connectTo(const std::string& path);
+[[nodiscard]] SocketDescriptor listenAt(const std::string& path);
+[[nodiscard]] SocketDescriptor connectTo(const std::string& path);
 /// The next connection, if one waits.
-[[nodiscard]] Descriptor acceptFrom(const Descriptor& listener);
+[[nodiscard]] SocketDescriptor acceptFrom(const SocketDescriptor& listener);
 
 /// Whether the process at the other end belongs to this user.
-[[nodiscard]] bool isOwnUser(const Descriptor& connection);
+[[nodiscard]] bool isOwnUser(const SocketDescriptor& connection);
 
 }  // namespace orvanel
