@@ -1,13 +1,30 @@
 #include "app/DocumentRecovery.h"
 
+#include <QFile>
 #include <utility>
 
 #include "io/files/KnownFile.h"
 #include "look/TranslatedSentence.h"
+#include "model/BackgroundCall.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
+
+namespace {
+
+/// The file of a restored document, for its next save: what the journal knows of it, or else the file that
+/// stands there, if it is older than the document's last change. Any other counts as changed. Any thread.
+KnownFilePtr knownFileOfRestored(const KnownFilePtr& known, const QString& path,
+                                 const QDateTime& lastChange) {
+  if (known != nullptr) return known->documentPath == path ? known : known->under(path);
+  constexpr std::int64_t nanosecondsEach = 1'000'000;
+  const auto now = FileIdentity::of(QFile::encodeName(path).toStdString());
+  const bool isOlder = now && now->modified / nanosecondsEach <= lastChange.toMSecsSinceEpoch();
+  return makeKnownFile(path, isOlder ? *now : FileIdentity());
+}
+
+}  // namespace
 
 DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                                    RecoverySettings settings)
@@ -53,24 +70,36 @@ void DocumentRecovery::restore(const Orphan& orphan) {
   const FileActivity::Work work = files_.activity.begin();
   recovery_.restore(
       orphan.id, appState_.metalContext, this,
-      [this, work, name = orphan.name](const FileResult<DocumentPtr>& result) {
+      [this, work, orphan](const FileResult<DocumentPtr>& result) {
         files_.activity.end(work);
-        restored(name, result);
+        restored(orphan, result);
       },
       [this, work](double fraction) { files_.activity.advance(work, fraction); });
 }
 
-void DocumentRecovery::restored(const QString& name, const FileResult<DocumentPtr>& result) {
+void DocumentRecovery::restored(const Orphan& orphan, const FileResult<DocumentPtr>& result) {
   if (!result) {
-    dialogs_.showWarning(tr("Failed to Restore"), displayText(name) + QStringLiteral(": ") +
+    dialogs_.showWarning(tr("Failed to Restore"), displayText(orphan.name) + QStringLiteral(": ") +
                                                       look::translatedSentence(result.error().message) +
                                                       u'\n' +
                                                       tr("It will be offered again at the next start."));
     return;
   }
-  // Saving it asks first if its file has changed since the document was edited.
-  rememberFileOfRestored(**result);
-  NotificationCenter::standard().post(notification::createdNewDocument, *result);
+  const auto add = [](const DocumentPtr& document) {
+    NotificationCenter::standard().post(notification::createdNewDocument, document);
+  };
+  const auto& path = (*result)->sourceFileURL.value();
+  if (!path) return add(*result);
+  // Storage may not answer. The document goes back to the main thread in any case, which must release it.
+  auto known = std::dynamic_pointer_cast<const KnownFile>((*result)->fileMemory());
+  runInBackground(
+      [add, document = *result, known = std::move(known), path = *path, time = orphan.time]() mutable {
+        known = knownFileOfRestored(known, path, time);
+        runOnMainThread([add, document = std::move(document), known = std::move(known)] {
+          document->setFileMemory(known);
+          add(document);
+        });
+      });
 }
 
 void DocumentRecovery::statusChanged(const RecoveryStatus& status) {

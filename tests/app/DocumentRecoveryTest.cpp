@@ -152,6 +152,9 @@ TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsS
   QFile file(path("Sky.tessel"));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   file.write("by another program");
+  file.flush();
+  // Clocks of file systems are coarse.
+  ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(10), QFileDevice::FileModificationTime));
   file.close();
   offer(RecoveryAnswer::restore, 1);
   const DocumentPtr document = state.windowState.activeDocument();

@@ -9,12 +9,12 @@ namespace orvanel {
 
 // None of these sockets ever blocks.
 /// A socket that listens at a path where nothing stands.
-[[nodiscard]] Descriptor listenAt(const std::string& path);
-[[nodiscard]] Descriptor connectTo(const std::string& path);
+[[nodiscard]] SocketDescriptor listenAt(const std::string& path);
+[[nodiscard]] SocketDescriptor connectTo(const std::string& path);
 /// The next connection, if one waits.
-[[nodiscard]] Descriptor acceptFrom(const Descriptor& listener);
+[[nodiscard]] SocketDescriptor acceptFrom(const SocketDescriptor& listener);
 
 /// Whether the process at the other end belongs to this user.
-[[nodiscard]] bool isOwnUser(const Descriptor& connection);
+[[nodiscard]] bool isOwnUser(const SocketDescriptor& connection);
 
 }  // namespace orvanel

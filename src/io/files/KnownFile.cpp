@@ -33,15 +33,6 @@ KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& iden
   return known;
 }
 
-void rememberFileOfRestored(Document& document) {
-  const auto& path = document.sourceFileURL.value();
-  if (!path) return;
-  auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
-  // No file has the identity of none.
-  if (known == nullptr) return document.setFileMemory(makeKnownFile(*path, {}));
-  if (known->documentPath != *path) document.setFileMemory(known->under(*path));
-}
-
 KnownFilePtr knownFileOf(const Document& document) {
   auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
   const auto& path = document.sourceFileURL.value();

@@ -32,8 +32,6 @@ using KnownFilePtr = std::shared_ptr<const KnownFile>;
                                           const Progress& progress);
 
 [[nodiscard]] KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity);
-/// Makes a document that was restored know its file: as its memory tells, or else as one that has changed.
-void rememberFileOfRestored(Document& document);
 /// Of the file that the document would be saved to; null if its state isn't known. Main thread.
 [[nodiscard]] KnownFilePtr knownFileOf(const Document& document);
 
