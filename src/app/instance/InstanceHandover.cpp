@@ -16,7 +16,7 @@ namespace orvanel {
 namespace {
 
 /// Waits until the connection is ready for `events`.
-bool waitFor(const SocketDescriptor& connection, short events, const QDeadlineTimer& deadline) {
+bool waitFor(const Descriptor& connection, short events, const QDeadlineTimer& deadline) {
   pollfd watched{connection.number(), events, 0};
   while (true) {
     const int count = ::poll(&watched, 1, static_cast<int>(deadline.remainingTime()));
@@ -26,7 +26,7 @@ bool waitFor(const SocketDescriptor& connection, short events, const QDeadlineTi
 }
 
 /// The process that holds the lock may not listen yet, or may be about to end.
-SocketDescriptor connectBefore(const QDeadlineTimer& deadline, const std::string& path) {
+Descriptor connectBefore(const QDeadlineTimer& deadline, const std::string& path) {
   constexpr std::chrono::milliseconds pause{20};
   while (true) {
     Descriptor connection = connectTo(path);
@@ -35,7 +35,7 @@ SocketDescriptor connectBefore(const QDeadlineTimer& deadline, const std::string
   }
 }
 
-bool sendAll(const SocketDescriptor& connection, QByteArrayView bytes, const QDeadlineTimer& deadline) {
+bool sendAll(const Descriptor& connection, QByteArrayView bytes, const QDeadlineTimer& deadline) {
   while (!bytes.isEmpty()) {
     const ssize_t sent =
         ::send(connection.number(), bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
@@ -52,7 +52,7 @@ bool sendAll(const SocketDescriptor& connection, QByteArrayView bytes, const QDe
 
 }  // namespace
 
-InstanceClaim::InstanceClaim(std::string socketPath, SocketDescriptor lock, SocketDescriptor listener)
+InstanceClaim::InstanceClaim(std::string socketPath, Descriptor lock, Descriptor listener)
     : socketPath_(std::move(socketPath)), lock_(std::move(lock)), listener_(std::move(listener)) {}
 
 std::unique_ptr<InstanceClaim> InstanceClaim::take(const InstanceAddress& address) {

@@ -20,14 +20,14 @@ class InstanceClaim {
   InstanceClaim(const InstanceClaim&) = delete;
   InstanceClaim& operator=(const InstanceClaim&) = delete;
 
-  [[nodiscard]] const SocketDescriptor& listener() const { return listener_; }
+  [[nodiscard]] const Descriptor& listener() const { return listener_; }
 
  private:
-  InstanceClaim(std::string socketPath, SocketDescriptor lock, SocketDescriptor listener);
+  InstanceClaim(std::string socketPath, Descriptor lock, Descriptor listener);
 
   std::string socketPath_;
-  SocketDescriptor lock_;
-  SocketDescriptor listener_;
+  Descriptor lock_;
+  Descriptor listener_;
 };
 
 /// How long a start waits for a program that may be hanging, before it opens a window of its own.

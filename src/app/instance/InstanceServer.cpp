@@ -15,7 +15,7 @@ class InstanceServer::Sender {
  public:
   enum class Progress { waiting, complete, failed };
 
-  Sender(SocketDescriptor connection, InstanceServer& server)
+  Sender(Descriptor connection, InstanceServer& server)
       : connection_(std::move(connection)), readable_(connection_.number(), QSocketNotifier::Read) {
     connect(&readable_, &QSocketNotifier::activated, &server, [&server, this] { server.senderReady(*this); });
     connect(&patience_, &QTimer::timeout, &server, [&server, this] { server.senderDone(*this); });
@@ -50,7 +50,7 @@ class InstanceServer::Sender {
   }
 
  private:
-  SocketDescriptor connection_;
+  Descriptor connection_;
   QSocketNotifier readable_;
   QTimer patience_;
   QByteArray message_;

@@ -35,23 +35,22 @@ Descriptor listenAt(const std::string& path) {
   const bool listens = ::bind(listener.number(), where, sizeof *address) == 0 &&
                        ::chmod(path.c_str(), ownerOnly) == 0 &&
                        ::listen(listener.number(), longestQueue) == 0;
-  return listens ? std::move(listener) : SocketDescriptor();
+  return listens ? std::move(listener) : Descriptor();
 }
 
-SocketDescriptor connectTo(const std::string& path) {
+Descriptor connectTo(const std::string& path) {
   const auto address = addressOf(path);
   Descriptor connection(::socket(AF_UNIX, socketKind, 0));
   if (!address || !connection.isOpen()) return {};
   const auto* where = reinterpret_cast<const sockaddr*>(&*address);
-  return ::connect(connection.number(), where, sizeof *address) == 0 ? std::move(connection)
-                                                                     : SocketDescriptor();
+  return ::connect(connection.number(), where, sizeof *address) == 0 ? std::move(connection) : Descriptor();
 }
 
-SocketDescriptor acceptFrom(const SocketDescriptor& listener) {
-  return SocketDescriptor(::accept4(listener.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+Descriptor acceptFrom(const Descriptor& listener) {
+  return Descriptor(::accept4(listener.number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
 }
 
-bool isOwnUser(const SocketDescriptor& connection) {
+bool isOwnUser(const Descriptor& connection) {
   ucred peer{};
   socklen_t size = sizeof peer;
   return ::getsockopt(connection.number(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&

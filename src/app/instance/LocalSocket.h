@@ -9,12 +9,12 @@ namespace orvanel {
 
 // None of these sockets ever blocks.
 /// A socket that listens at a path where nothing stands.
-[[nodiscard]] SocketDescriptor listenAt(const std::string& path);
-[[nodiscard]] SocketDescriptor connectTo(const std::string& path);
+[[nodiscard]] Descriptor listenAt(const std::string& path);
+[[nodiscard]] Descriptor connectTo(const std::string& path);
 /// The next connection, if one waits.
-[[nodiscard]] SocketDescriptor acceptFrom(const SocketDescriptor& listener);
+[[nodiscard]] Descriptor acceptFrom(const Descriptor& listener);
 
 /// Whether the process at the other end belongs to this user.
-[[nodiscard]] bool isOwnUser(const SocketDescriptor& connection);
+[[nodiscard]] bool isOwnUser(const Descriptor& connection);
 
 }  // namespace orvanel

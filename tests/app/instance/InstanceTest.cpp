@@ -46,7 +46,7 @@ class InstanceTest : public testing::Test {
   /// Sends any bytes from another thread. Whether the server says that it takes them.
   bool isTaken(const QByteArray& bytes) {
     auto done = std::async(std::launch::async, [&] {
-      const SocketDescriptor connection = connectTo(address.socket);
+      const Descriptor connection = connectTo(address.socket);
       ::fcntl(connection.number(), F_SETFL, 0);
       ::send(connection.number(), bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
       ::shutdown(connection.number(), SHUT_WR);
@@ -96,7 +96,7 @@ TEST_F(InstanceTest, WithoutAFirstThereIsNobodyToTakeTheFiles) {
 
 TEST_F(InstanceTest, WhatACrashLeavesBehindIsReplaced) {
   // A socket that nobody listens at, and a lock that nobody holds.
-  { const SocketDescriptor dead = listenAt(address.socket); }
+  { const Descriptor dead = listenAt(address.socket); }
   { QFile(QString::fromStdString(address.lock)).open(QIODevice::WriteOnly); }
   EXPECT_FALSE(handOver(address, plainRequest, brief));
   const auto first = serve();
@@ -157,7 +157,7 @@ TEST_F(InstanceTest, WhatIsNoRequestIsIgnored) {
 
 TEST_F(InstanceTest, SendersThatStaySilentDoNotKeepOthersOut) {
   const auto first = serve();
-  std::vector<SocketDescriptor> silent;
+  std::vector<Descriptor> silent;
   for (std::size_t i = 0; i + 1 < InstanceServer::mostSenders; ++i)
     silent.push_back(connectTo(address.socket));
   EXPECT_TRUE(handOverWhileServing(plainRequest));
