@@ -177,17 +177,6 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   }
   const KnownFilePtr expected =
       request.overwrites == Overwrites::ownFile ? knownFileOf(*request.document) : nullptr;
-  write(request, expected, [this, request, done = std::move(done)](const FileResult<void>& result) {
-    const bool isToBeAsked = !result && result.error().found != FileState::asKnown;
-    if (isToBeAsked && !result.error().isCancelled && saves_.isRunning()) {
-      settleOverwriting(request, result.error().found, done);
-    } else {
-      done(result);
-    }
-  });
-}
-
-void DocumentFiles::write(const SaveRequest& request, const KnownFilePtr& expected, Done done) {
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (!request.flatFormat) {
@@ -201,8 +190,10 @@ void DocumentFiles::write(const SaveRequest& request, const KnownFilePtr& expect
                      written);
 }
 
-void DocumentFiles::settleOverwriting(const SaveRequest& request, FileState found, Done done) {
+void DocumentFiles::askToOverwrite(const SaveRequest& request, FileState found) {
   const DocumentPtr& document = request.document;
+  // A later save of the same document finds the same, and then asks.
+  if (saves_.contains(document->id)) return;
   const QString name = displayName(request.path);
   const bool isMissing = found == FileState::missing;
   const OverwriteAnswer answer = dialogs_.askToOverwrite(
@@ -215,13 +206,11 @@ void DocumentFiles::settleOverwriting(const SaveRequest& request, FileState foun
           : tr("The file is not the one that was opened or saved here. Saving anyway replaces what the other "
                "program has written. Nothing is lost so far: your document is still open with all its "
                "changes."));
-  if (answer == OverwriteAnswer::saveAnyway) return write(request, nullptr, std::move(done));
-  const std::optional<QString> path =
-      answer == OverwriteAnswer::saveAs ? askWhereToSave(*document) : std::nullopt;
-  if (!path) return done(tl::make_unexpected(FileError{DocumentIOError::saveFailed, QString(), true}));
-  adoptSavedFile(*document, *path);
-  saves_.redirectRunning(*path);
-  write({document, *path, std::nullopt}, nullptr, std::move(done));
+  if (answer == OverwriteAnswer::saveAs) return saveAs(document);
+  if (answer != OverwriteAnswer::saveAnyway) return;
+  SaveRequest anyway = request;
+  anyway.overwrites = Overwrites::chosenFile;
+  saves_.add(std::move(anyway));
 }
 
 void DocumentFiles::refuseFlatSave(Done done) {
@@ -239,13 +228,15 @@ void DocumentFiles::refuseFlatSave(Done done) {
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
   if (!result) return markSaveFailed(*request.document);
-  if (onSaved) onSaved(*request.document);
+  // While another save of it waits, the document is marked as saved for that one.
+  if (onSaved && !saves_.contains(request.document->id)) onSaved(*request.document);
   if (!request.flatFormat) {
     QThreadPool::globalInstance()->start([path = request.path] { publishThumbnails(path); });
   }
 }
 
 void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError& error) {
+  if (error.found != FileState::asKnown) return askToOverwrite(request, error.found);
   dialogs_.showWarning(tr("Failed to Save"), fileMessage(request.path, error.message) + u'\n' +
                                                  tr("The document stays open with all its changes."));
 }

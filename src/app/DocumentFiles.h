@@ -80,10 +80,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
-  /// Writes unless the file isn't as expected; null expects nothing.
-  void write(const SaveRequest& request, const KnownFilePtr& expected, Done done);
   /// Asks what to do about a file that isn't as expected, and does it.
-  void settleOverwriting(const SaveRequest& request, FileState found, Done done);
+  void askToOverwrite(const SaveRequest& request, FileState found);
   /// Ends a save whose document has stopped being flat while the save was queued.
   void refuseFlatSave(Done done);
   void saveEnded(const SaveRequest& request, const FileResult<void>& result) override;

@@ -58,11 +58,11 @@ void LoadingPlace::loadingChanged() {
   if (now == nullptr) {
     appearance_.stop();
     isShown_ = false;
+    seen_.clear();
     returnToDocument();
-  } else if (last_ == nullptr || now->path != last_->path || now->work != last_->work) {
+  } else if (seen_.emplace(now->work, now->path).second) {
     appearance_.start();
   }
-  last_ = now;
   if (onChanged) onChanged();
 }
 

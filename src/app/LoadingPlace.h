@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QTimer>
 #include <functional>
+#include <set>
+#include <utility>
 
 #include "app/DocumentFiles.h"
 #include "app/WindowState.h"
@@ -40,7 +42,9 @@ class LoadingPlace : public QObject {
 
   WindowState& windowState_;
   DocumentFiles& files_;
-  LoadingFilePtr last_;
+  /// The files that have come to the front. One that is still being read when another has opened doesn't push
+  /// that aside.
+  std::set<std::pair<FileActivity::Work, QString>> seen_;
   QTimer appearance_;
   bool isShown_ = false;
 };

@@ -34,10 +34,10 @@ void SaveQueue::beginNext() {
 
 void SaveQueue::end(const FileResult<void>& result) {
   const SaveRequest request = *std::exchange(running_, std::nullopt);
-  isAbandoned_ = false;
+  const bool isWanted = !std::exchange(isAbandoned_, false);
   client_.saveEnded(request, result);
   beginNext();
-  if (result || result.error().isCancelled) return;
+  if (result || result.error().isCancelled || !isWanted) return;
   failures_.emplace_back(request, result.error());
   reportFailures();
 }
@@ -51,10 +51,6 @@ void SaveQueue::cancelWaiting() {
 void SaveQueue::abandonRunning() {
   if (!running_ || std::exchange(isAbandoned_, true)) return;
   client_.saveEnded(*running_, tl::make_unexpected(cancellation()));
-}
-
-void SaveQueue::redirectRunning(const QString& path) {
-  running_ = SaveRequest{running_->document, path, std::nullopt};
 }
 
 void SaveQueue::reportFailures() {

@@ -64,11 +64,6 @@ class SaveQueue {
   /// may still take any time to stop; the next save begins only then.
   void abandonRunning();
 
-  /// Leads the running save to another file that the user has chosen, as a document.
-  void redirectRunning(const QString& path);
-
-  /// Whether a save runs that has not been abandoned.
-  [[nodiscard]] bool isRunning() const { return running_ && !isAbandoned_; }
   // An abandoned save does not count.
   [[nodiscard]] bool isEmpty() const { return (!running_ || isAbandoned_) && waiting_.empty(); }
   /// Whether a save of this document is running or queued.

@@ -138,15 +138,24 @@ void WindowState::closeDocument(const QUuid& documentID) {
 }
 
 bool WindowState::confirmAll() {
-  const auto asked = documents.value();
-  return std::all_of(asked.begin(), asked.end(),
-                     [this](const DocumentPtr& document) { return mayClose(document); });
+  std::set<QUuid> asked;
+  // A document that opens while a question is shown is asked about as well.
+  while (true) {
+    const auto open = documents.value();
+    const auto next = std::ranges::find_if(
+        open, [&](const DocumentPtr& document) { return !asked.contains(document->id); });
+    if (next == open.end()) return true;
+    const DocumentPtr document = *next;
+    asked.insert(document->id);
+    if (!mayClose(document)) return false;
+  }
 }
 
 void WindowState::closeAllDocuments() {
   // A file that finishes opening while a question is shown was not part of the request and stays open.
   const auto asked = documents.value();
-  if (!confirmAll()) return;
+  const auto mayCloseIt = [this](const DocumentPtr& document) { return mayClose(document); };
+  if (!std::ranges::all_of(asked, mayCloseIt)) return;
   for (const DocumentPtr& document : asked) removeDocument(document->id);
   const auto& order = mruOrder.value();
   activeDocumentID = order.empty() ? std::nullopt : std::optional(order.front());

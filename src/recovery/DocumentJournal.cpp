@@ -81,15 +81,14 @@ void DocumentJournal::beginRecord() {
     isLate_ = true;
     return;
   }
-  due_.stop();
-  retry_.stop();
+  for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
   isLate_ = false;
   gather(sliceOfMainThread);
 }
 
 void DocumentJournal::gather(std::chrono::nanoseconds budget) {
   const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value()) return;
+  if (document == nullptr || !document->isDirty.value() || isWriting_) return;
   const Hold start = threadTime();
   std::optional<Capture> capture = capture_.advance(budget);
   if (capture) {

@@ -61,7 +61,8 @@ bool lockFile(int descriptor, LockWait wait) {
 }
 
 Descriptor openLocked(const std::string& path) {
-  Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  // For writing as well: some network file systems lock nothing else exclusively.
+  Descriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
   if (!lockFile(file.number(), LockWait::none) || !isSameFile(file.number(), path)) return {};

@@ -236,7 +236,11 @@ std::optional<RecordContents> RecordContents::decode(std::span<const std::byte> 
     contents.surfaces.push_back(readSurface(in, tileCount));
   for (std::size_t left = in.count(sizeof(std::uint32_t)); left > 0 && !in.hasFailed(); --left)
     contents.gone.push_back(in.plainText(longestSurfacePath));
-  if (!in.isAtEnd()) return std::nullopt;
+  // A surface that came twice would be written twice, and any number of times.
+  const auto isUnordered = [](const SurfaceRecord& a, const SurfaceRecord& b) { return !(a.path < b.path); };
+  const bool isOrdered =
+      std::ranges::adjacent_find(contents.surfaces, isUnordered) == contents.surfaces.end();
+  if (!in.isAtEnd() || !isOrdered) return std::nullopt;
   return contents;
 }
 

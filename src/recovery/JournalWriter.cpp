@@ -127,6 +127,7 @@ std::optional<JournalWriter::Draft> JournalWriter::drafted(const File& file, con
   }
   if (!capture.manifest) return draft;
   contents.manifest = encodeManifest(*capture.manifest);
+  if (static_cast<std::uint64_t>(contents.manifest.size()) > maximumManifestBytes) return std::nullopt;
   const std::set<std::string> standing = surfacesOf(*capture.manifest);
   for (const auto& [path, table] : file.tables) {
     if (!standing.contains(path)) contents.gone.push_back(path);
@@ -220,7 +221,7 @@ Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
   return part;
 }
 
-std::uint32_t JournalWriter::copyBase(const FileHandle& source) {
+std::uint32_t JournalWriter::copyBase(const FileHandle& source, const FileIdentity& identity) {
   constexpr mode_t forUserAlone = 0600;
   const std::uint32_t number = ++lastCopy_;
   const Descriptor copy(FileOperations::current().createFile(files_.copy(number), forUserAlone));
@@ -228,7 +229,9 @@ std::uint32_t JournalWriter::copyBase(const FileHandle& source) {
   constexpr std::size_t toTheEnd = 0;
   const bool isShared =
       FileOperations::current().shareRange(source.descriptor(), 0, copy.number(), 0, toTheEnd) == 0;
-  if (isShared && FileOperations::current().sync(copy.number()) == 0) return number;
+  // Somebody may have written to the file in the meantime.
+  const bool isWhole = isShared && FileIdentity::of(source.descriptor()) == identity;
+  if (isWhole && FileOperations::current().sync(copy.number()) == 0) return number;
   ::unlink(files_.copy(number).c_str());
   return 0;
 }
@@ -248,7 +251,7 @@ void JournalWriter::chooseBase(File& file, const SavedFilePtr& saved) {
       file.known.try_emplace(surface.tiles[tile].value, TileSource{TileSource::Kind::base, number, tile});
     }
   }
-  base.copy = copyBase(*source);
+  base.copy = copyBase(*source, saved->identity);
   file.base = std::move(base);
 }
 

@@ -79,7 +79,7 @@ class JournalWriter {
   [[nodiscard]] Described<std::unique_ptr<File>> createPart();
   [[nodiscard]] Described<void> takePlace(std::unique_ptr<File> file);
   void chooseBase(File& file, const SavedFilePtr& saved);
-  [[nodiscard]] std::uint32_t copyBase(const FileHandle& source);
+  [[nodiscard]] std::uint32_t copyBase(const FileHandle& source, const FileIdentity& identity);
   [[nodiscard]] static std::optional<Draft> drafted(const File& file, const Capture& capture);
   [[nodiscard]] static bool draftSurface(const File& file, const std::string& path,
                                          const CapturedSurface& captured, std::size_t tileCount,

@@ -252,14 +252,5 @@ TEST_F(SaveQueueTest, AFinishedSaveReleasesItsDocument) {
   EXPECT_TRUE(held.expired());
 }
 
-TEST_F(SaveQueueTest, ASaveThatIsLedElsewhereEndsThere) {
-  queue.add({sky, QStringLiteral("sky.png"), Document::ImageFileFormat::png, Overwrites::ownFile});
-  writer.takeLog();
-  queue.redirectRunning(QStringLiteral("sky"));
-  EXPECT_TRUE(queue.contains(sky->id));
-  writer.succeed();
-  EXPECT_THAT(writer.takeLog(), ElementsAre("saved sky"));
-}
-
 }  // namespace
 }  // namespace orvanel

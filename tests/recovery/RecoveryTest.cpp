@@ -120,6 +120,24 @@ TEST_F(RecoveryTest, savingRemovesTheJournal) {
   EXPECT_EQ(files().size(), 1);
 }
 
+TEST_F(RecoveryTest, theJournalStaysUntilTheSaveHasSucceeded) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  // A save marks the document first. It may then take long, or fail.
+  document->setDirty(false);
+  recovery.recordNow();
+  EXPECT_EQ(files().size(), 1);
+  changePixels(*document);
+  document->setDirty(true);
+  recovery.recordNow();
+  EXPECT_EQ(files().size(), 1);
+  recovery.saved(*document);
+  recovery.recordNow();
+  EXPECT_EQ(files().size(), 1) << "what has changed since";
+}
+
 TEST_F(RecoveryTest, closingWithoutSavingRemovesTheJournal) {
   const DocumentPtr document = unsavedDocument();
   {

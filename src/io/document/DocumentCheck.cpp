@@ -54,10 +54,12 @@ bool DocumentCheck::isWhole() const {
 
 Described<DocumentCheck> checkDocument(const QString& path, const MetalContext& context,
                                        const Progress& progress) {
-  const auto archive = ZipReader::open(QFile::encodeName(path).toStdString());
-  if (!archive) return because(archive.error());
+  const auto alone = ZipReader::open(QFile::encodeName(path).toStdString());
+  if (!alone) return because(alone.error());
   const auto opened = openDocument(path, context, progress);
-  std::vector<const Surface*> surfaces(archive->entries().size(), nullptr);
+  // The file may have been replaced in between.
+  const ZipReader& archive = opened ? opened->archive : *alone;
+  std::vector<const Surface*> surfaces(archive.entries().size(), nullptr);
   DocumentCheck check;
   if (opened) {
     for (const TextureLoadRequest& request : opened->requests)
@@ -65,18 +67,18 @@ Described<DocumentCheck> checkDocument(const QString& path, const MetalContext& 
   } else {
     check.reason = opened.error();
   }
-  check.entries.resize(archive->entries().size());
+  check.entries.resize(archive.entries().size());
   const auto read = forEachInBackground(check.entries.size(), [&](std::size_t index) -> Described<void> {
-    const ArchiveEntryInfo& entry = archive->entries()[index];
-    const auto judged = judgeEntry(*archive, index, surfaces[index], progress);
+    const ArchiveEntryInfo& entry = archive.entries()[index];
+    const auto judged = judgeEntry(archive, index, surfaces[index], progress);
     check.entries[index] = {QString::fromStdString(entry.path), entry.size,
                             judged ? QString() : judged.error()};
     return {};
   });
   if (!read || progress.isCancelled()) return cancelled();
-  if (const auto preview = archive->find(previewEntryPath); preview) {
+  if (const auto preview = archive.find(previewEntryPath); preview) {
     EntryCheck& entry = check.entries[*preview];
-    if (const auto picture = readStoredPreview(*archive); entry.reason.isEmpty() && !picture) {
+    if (const auto picture = readStoredPreview(archive); entry.reason.isEmpty() && !picture) {
       entry.reason = picture.error();
     }
   }

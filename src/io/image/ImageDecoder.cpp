@@ -260,8 +260,10 @@ ImageGlimpse glimpseImage(const QString& path, int side, const Progress& progres
   raiseReaderLimit();
   const LibraryMessages messages;
   auto opened = InputFile::open(path, progress);
-  if (!opened) return {};
-  if (isTiff(**opened)) LibraryMessages::catchTiff();
+  // Some decoders read the whole file.
+  if (!opened || !pixelsFitInMemory(static_cast<std::uint64_t>((*opened)->size()))) return {};
+  const bool isTiffFile = isTiff(**opened);
+  if (isTiffFile) LibraryMessages::catchTiff();
   const auto file = harmlessSource(std::move(*opened));
   if (!file) return {};
   QImageReader reader(file->get());
@@ -271,14 +273,17 @@ ImageGlimpse glimpseImage(const QString& path, int side, const Progress& progres
   if (stored.isEmpty() || !judgeImageSize(stored)) return {};
   ImageGlimpse glimpse;
   glimpse.size = swapsSides(reader.transformation()) ? stored.transposed() : stored;
-  const bool isQuick =
-      reader.format() == "jpeg" && qint64{stored.width()} * stored.height() <= mostQuicklyReducedPixels;
+  const bool isJpeg = reader.format() == "jpeg";
+  const bool isQuick = isJpeg && qint64{stored.width()} * stored.height() <= mostQuicklyReducedPixels;
   if (isQuick) {
     reader.setScaledSize(reducedSize(stored, side));
     glimpse.picture = reader.read();
-  } else if (const QImage thumbnail = ImageMetadata::thumbnailIn(path);
-             !thumbnail.isNull() && hasProportionsOf(thumbnail.size(), stored)) {
-    glimpse.picture = turned(thumbnail, reader.transformation());
+  } else if (isJpeg || isTiffFile) {
+    // Where cameras write thumbnails.
+    const QImage thumbnail = ImageMetadata::thumbnailIn(path);
+    if (!thumbnail.isNull() && hasProportionsOf(thumbnail.size(), stored)) {
+      glimpse.picture = turned(thumbnail, reader.transformation());
+    }
   }
   if (glimpse.picture.isNull()) return glimpse;
   convertToDisplay(glimpse.picture);
