@@ -377,7 +377,7 @@ TEST_F(FlatImages, CancelledWorkLeavesNoImageAndNoFile) {
 TEST_F(FlatImages, AnUnwritableDestinationFailsTheExport) {
   const Surface composite(PixelFormat::rgba8Unorm, 9, 7);
   ToldProgress told;
-  const FileResult<void> result =
+  const auto result =
       writeFlatImage(composite, ColorMode::rgb8, Format::png,
                      folder.filePath(QStringLiteral("no such folder/image.png")), context, told.listener());
   ASSERT_FALSE(result.has_value());
