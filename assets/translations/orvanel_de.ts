@@ -1487,6 +1487,10 @@ Klicken, um eine andere zu wählen</translation>
 <context>
     <name>orvanel::LoadingCard</name>
     <message>
+        <source>A file that is being opened</source>
+        <translation>Eine Datei, die geöffnet wird</translation>
+    </message>
+    <message>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
@@ -1499,11 +1503,11 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Abbrechen (Esc): Öffnen der Datei beenden</translation>
     </message>
     <message>
-        <source>Opening %1…</source>
+        <source>Opening %1...</source>
         <translation>%1 wird geöffnet …</translation>
     </message>
     <message numerus="yes">
-        <source>Opening %1 and %n more…</source>
+        <source>Opening %1 and %n more...</source>
         <translation>
             <numerusform>%1 und %n weitere Datei werden geöffnet …</numerusform>
             <numerusform>%1 und %n weitere Dateien werden geöffnet …</numerusform>
@@ -1515,6 +1519,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Cancel opening this file</source>
         <translation>Öffnen dieser Datei abbrechen</translation>
+    </message>
+    <message>
+        <source>A file that is being opened</source>
+        <translation>Eine Datei, die geöffnet wird</translation>
     </message>
     <message>
         <source>%1, opening</source>
@@ -2079,7 +2087,7 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Format:</translation>
     </message>
     <message>
-        <source>Save As…</source>
+        <source>Save As...</source>
         <translation>Speichern unter …</translation>
     </message>
     <message>
@@ -2282,6 +2290,18 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The preview is too large.</source>
         <translation>Die Vorschau ist zu groß.</translation>
+    </message>
+    <message>
+        <source>The entry is missing.</source>
+        <translation>Der Eintrag fehlt.</translation>
+    </message>
+    <message>
+        <source>The file is no longer there.</source>
+        <translation>Die Datei ist nicht mehr da.</translation>
+    </message>
+    <message>
+        <source>The file was changed by another program.</source>
+        <translation>Die Datei wurde von einem anderen Programm verändert.</translation>
     </message>
     <message>
         <source>The save was cancelled.</source>

@@ -56,6 +56,8 @@ LoadingCard::LoadingCard(QWidget* parent)
   titleLabel_->setFont(look::font(look::type::normal, QFont::DemiBold));
   // The title is cut to the room there is.
   titleLabel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  // Until it names the file.
+  setAccessibleName(tr("A file that is being opened"));
   progressBar_->setAccessibleName(tr("Progress"));
   cancelButton_->setFocusPolicy(Qt::TabFocus);
   cancelButton_->setToolTip(tr("Cancel (Esc): stop opening the file"));
@@ -73,7 +75,7 @@ LoadingCard::LoadingCard(QWidget* parent)
 
 void LoadingCard::setFile(const QString& name, int others) {
   title_ =
-      others == 0 ? tr("Opening %1…").arg(name) : tr("Opening %1 and %n more…", nullptr, others).arg(name);
+      others == 0 ? tr("Opening %1...").arg(name) : tr("Opening %1 and %n more...", nullptr, others).arg(name);
   titleLabel_->setAccessibleName(title_);
   setAccessibleName(title_);
   elideTitle();

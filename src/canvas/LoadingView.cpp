@@ -22,6 +22,7 @@ constexpr int widestCard = 440;
 LoadingView::LoadingView(const MetalContext& context, QWidget* parent)
     : QWidget(parent), background_(context), checkerboard_(context), card_(new LoadingCard(this)) {
   setObjectName(QStringLiteral("loadingView"));
+  setAccessibleName(card_->accessibleName());
   setAcceptDrops(true);
   setFocusPolicy(Qt::StrongFocus);
   setCursor(Qt::BusyCursor);

@@ -62,7 +62,7 @@ TEST_F(LoadingPlaceTest, ThePreviewStandsWhereTheDocumentWill) {
     BackgroundBlock block;
     openUpToPicture(block, {file});
     EXPECT_THAT(openNames(), IsEmpty()) << "it is no document yet";
-    EXPECT_EQ(view().title(), QString::fromUtf8("Opening Sky.tessel…"));
+    EXPECT_EQ(view().title(), QString::fromUtf8("Opening Sky.tessel..."));
     EXPECT_EQ(window->windowTitle(), QString::fromUtf8("Opening Sky.tessel — Orvanel"));
     EXPECT_TRUE(tabBar().loadingTab()->isVisible());
     EXPECT_THAT(tabBar().tabs(), IsEmpty());

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QDragEnterEvent>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
@@ -23,13 +25,18 @@ class LoadingViewTest : public testing::Test {
     pane.resize(500, 400);
     pane.setDocument(nullptr, CanvasPaneView::Instead::loadingView);
     pane.show();
+    QApplication::setActiveWindow(&pane);
+    QApplication::processEvents();
   }
   static QImage plain(const QSize& size, const QColor& color) {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
     image.fill(color);
     return image;
   }
-  QImage shown() { return pane.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+  QImage shown() {
+    QApplication::processEvents();
+    return pane.grab().toImage().convertToFormat(QImage::Format_RGB32);
+  }
 
   ToolState tools;
   CanvasPaneView pane{MetalContext::shared(), tools};
@@ -53,7 +60,8 @@ TEST_F(LoadingViewTest, TheDocumentComesExactlyWhereItsPictureStood) {
     const auto document = test::makeDocument(canvas.width(), canvas.height());
     document->fillSelection(DisplayColor{1.0F, 0.0F, 0.0F, 1.0F});
     pane.setDocument(document);
-    EXPECT_EQ(shown().copy(0, 0, 500, cardTop), before) << canvas.width() << " x " << canvas.height();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shown().copy(0, 0, 500, cardTop) == before; }))
+        << canvas.width() << " x " << canvas.height();
     pane.setDocument(nullptr, CanvasPaneView::Instead::loadingView);
   }
 }
@@ -61,10 +69,12 @@ TEST_F(LoadingViewTest, TheDocumentComesExactlyWhereItsPictureStood) {
 TEST_F(LoadingViewTest, BehindATransparentPictureIsTheDocumentsCheckerboard) {
   view.setPreview({300, 200}, plain({150, 100}, Qt::transparent));
   const QImage before = shown();
-  pane.setDocument(test::makeDocument(300, 200));
+  const auto document = test::makeDocument(300, 200);
+  test::put(document->rootNodes, LayerNodeList{});
+  pane.setDocument(document);
   const QRect canvas = view.pictureRect();
   EXPECT_EQ(canvas, QRect(100, 100, 300, 200));
-  EXPECT_EQ(shown().copy(canvas), before.copy(canvas));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return shown().copy(canvas) == before.copy(canvas); }));
 }
 
 TEST_F(LoadingViewTest, WithoutAKnownCanvasThereIsOnlyTheSurround) {
@@ -75,7 +85,7 @@ TEST_F(LoadingViewTest, WithoutAKnownCanvasThereIsOnlyTheSurround) {
 
 TEST_F(LoadingViewTest, TheCardTellsWhatIsOpenedAndHowFar) {
   view.setFile(QStringLiteral("sky.tessel"), 0);
-  EXPECT_EQ(view.title(), QString::fromUtf8("Opening sky.tessel…"));
+  EXPECT_EQ(view.title(), QString::fromUtf8("Opening sky.tessel..."));
   view.setProgress(0.25);
   EXPECT_EQ(view.progressBar().value(), view.progressBar().maximum() / 4);
   EXPECT_EQ(view.progressBar().accessibleName(), "Progress");
@@ -96,6 +106,9 @@ TEST_F(LoadingViewTest, FilesCanBeDroppedOnIt) {
   pane.openFiles = [&](const QStringList& files) { opened = files; };
   QMimeData data;
   data.setUrls({QUrl::fromLocalFile(QStringLiteral("/a.png"))});
+  QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(&view, &enter);
+  EXPECT_TRUE(enter.isAccepted());
   QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(&view, &drop);
   EXPECT_EQ(opened, QStringList{QStringLiteral("/a.png")});

@@ -32,7 +32,7 @@ def headings(manual, section):
 
 
 def commands_of(help_text):
-    return re.findall(r"^  ([a-z]+) [A-Z]", help_text, re.MULTILINE)
+    return re.findall(r"^  ([a-z]+) \[?[A-Z]", help_text, re.MULTILINE)
 
 
 def check_manual(name, help_text, manual):

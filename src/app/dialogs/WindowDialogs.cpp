@@ -118,7 +118,7 @@ OverwriteAnswer WindowDialogs::askToOverwrite(const QString& message, const QStr
   if (isHoldingWarnings_) return OverwriteAnswer::cancel;
   QMessageBox box(window_);
   fillAlert(box, message, informativeText);
-  QPushButton* saveAs = box.addButton(tr("Save As…"), QMessageBox::AcceptRole);
+  QPushButton* saveAs = box.addButton(tr("Save As..."), QMessageBox::AcceptRole);
   QPushButton* anyway = box.addButton(tr("Save Anyway"), QMessageBox::DestructiveRole);
   QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
   box.setDefaultButton(saveAs);

@@ -25,6 +25,9 @@ LoadingTab::LoadingTab(QWidget* parent) : QAbstractButton(parent) {
   setAttribute(Qt::WA_Hover);
   closeButton_ = new SymbolButton(QStringLiteral("xmark"), DocumentTab::closeButtonSize, this);
   closeButton_->setToolTip(tr("Cancel opening this file"));
+  // Until the content names the file.
+  setAccessibleName(tr("A file that is being opened"));
+  closeButton_->setAccessibleName(closeButton_->toolTip());
 }
 
 void LoadingTab::setContent(const LoadingTabContent& content) {

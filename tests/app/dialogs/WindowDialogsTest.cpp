@@ -117,12 +117,12 @@ TEST_F(WindowDialogsTest, TheQuestionAboutAChangedFileOffersAWayOutFirst) {
   const auto ask = [this] { return dialogs.askToOverwrite(QStringLiteral("What"), QStringLiteral("Why")); };
   press(QStringLiteral("Save Anyway"));
   EXPECT_EQ(ask(), OverwriteAnswer::saveAnyway);
-  press(QString::fromUtf8("Save As…"));
+  press(QString::fromUtf8("Save As..."));
   EXPECT_EQ(ask(), OverwriteAnswer::saveAs);
   press(QStringLiteral("Cancel"));
   EXPECT_EQ(ask(), OverwriteAnswer::cancel);
   whenShown<QMessageBox>([](QMessageBox& box) {
-    EXPECT_EQ(box.defaultButton()->text(), QString::fromUtf8("Save As…"));
+    EXPECT_EQ(box.defaultButton()->text(), QString::fromUtf8("Save As..."));
     QTest::keyClick(&box, Qt::Key_Escape);
   });
   EXPECT_EQ(ask(), OverwriteAnswer::cancel);
