@@ -86,8 +86,8 @@ def check_bash(folder):
         everything = sorted(["a photo.png", "steps.json", "drawing.tessel", "notes.txt", "folder"])
         pictures = ["a photo.png", "drawing.tessel", "folder"]
         for words, expected in (
-            ([""], ["convert", "info", "recover", "run"]),
-            (["c"], ["convert"]),
+            ([""], ["check", "convert", "info", "recover", "run"]),
+            (["c"], ["check", "convert"]),
             (["--"], ["--help", "--version"]),
             (["run", "--"], ["--time"]),
             (["info", "--"], []),
