@@ -74,8 +74,8 @@ LoadingCard::LoadingCard(QWidget* parent)
 }
 
 void LoadingCard::setFile(const QString& name, int others) {
-  title_ =
-      others == 0 ? tr("Opening %1...").arg(name) : tr("Opening %1 and %n more...", nullptr, others).arg(name);
+  title_ = others == 0 ? tr("Opening %1...").arg(name)
+                       : tr("Opening %1 and %n more...", nullptr, others).arg(name);
   titleLabel_->setAccessibleName(title_);
   setAccessibleName(title_);
   elideTitle();
