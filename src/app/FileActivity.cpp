@@ -28,11 +28,11 @@ double FileActivity::fractionOf(Work work) const {
   return found == running_.end() ? 0.0 : found->second;
 }
 
-std::optional<double> FileActivity::fractionWithout(std::optional<Work> without) const {
+std::optional<double> FileActivity::fractionWithout(std::optional<Work> work) const {
   double sum = 0.0;
   int count = 0;
   for (const auto& [work, workFraction] : running_) {
-    if (work == without) continue;
+    if (work == work) continue;
     sum += workFraction;
     ++count;
   }
