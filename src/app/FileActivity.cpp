@@ -31,9 +31,9 @@ double FileActivity::fractionOf(Work work) const {
 std::optional<double> FileActivity::fractionWithout(std::optional<Work> work) const {
   double sum = 0.0;
   int count = 0;
-  for (const auto& [work, workFraction] : running_) {
-    if (work == work) continue;
-    sum += workFraction;
+  for (const auto& [running, fraction] : running_) {
+    if (running == work) continue;
+    sum += fraction;
     ++count;
   }
   return count == 0 ? std::nullopt : std::optional(sum / count);

@@ -145,7 +145,7 @@ bool WindowState::confirmAll() {
     const auto next = std::ranges::find_if(
         open, [&](const DocumentPtr& document) { return !asked.contains(document->id); });
     if (next == open.end()) return true;
-    const DocumentPtr document = *next;
+    const DocumentPtr& document = *next;
     asked.insert(document->id);
     if (!mayClose(document)) return false;
   }
