@@ -31,9 +31,9 @@ double FileActivity::fractionOf(Work work) const {
 std::optional<double> FileActivity::fractionWithout(std::optional<Work> work) const {
   double sum = 0.0;
   int count = 0;
-  for (const auto& [running, fraction] : running_) {
+  for (const auto& [running, share] : running_) {
     if (running == work) continue;
-    sum += fraction;
+    sum += share;
     ++count;
   }
   return count == 0 ? std::nullopt : std::optional(sum / count);
