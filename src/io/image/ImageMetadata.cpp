@@ -134,7 +134,7 @@ void correctColorSpace(Exiv2::ExifData& exif, Exiv2::XmpData& xmp) {
 }
 
 /// The library gives some relative paths a meaning of their own, such as "-".
-Exiv2::Image::AutoPtr openedByLibrary(const QString& path) {
+auto openedByLibrary(const QString& path) {
   const QString absolutePath = QFileInfo(path).absoluteFilePath();
   return Exiv2::ImageFactory::open(QFile::encodeName(absolutePath).toStdString(), false);
 }
