@@ -47,7 +47,8 @@ class KeyFilterTest : public AppFixture {
   }
   void pressWithCapsLock(Qt::Key key) {
     constexpr quint32 lock = 0x2;
-    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, 0, 0, lock, QString(QChar(key)));
+    const QString text = key == Qt::Key_Delete ? QStringLiteral("\x7F") : QString(QChar(key));
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, 0, 0, lock, text);
     QApplication::sendEvent(&canvas(), &event);
   }
   [[nodiscard]] bool isKeptFromMenusWithCapsLock(Qt::Key key) {
