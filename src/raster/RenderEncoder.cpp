@@ -34,6 +34,13 @@ void foldTexture(Hasher& hasher, const Surface* texture) {
   }
 }
 
+void foldDraw(Hasher& hasher, const RenderEncoder::Draw& draw) {
+  hasher.fold(reinterpret_cast<std::uintptr_t>(draw.function));
+  foldBytes(hasher, std::span(draw.uniforms).first(draw.stillBytes));
+  foldTexture(hasher, draw.texture);
+  foldBytes(hasher, draw.points);
+}
+
 }  // namespace
 
 void RenderEncoder::draw(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
@@ -51,21 +58,18 @@ void RenderEncoder::drawAnimated(const RenderPipeline& pipeline, std::span<const
   draws_.back().stillBytes = stillBytes;
 }
 
-std::uint64_t RenderEncoder::fingerprint() const {
-  return fingerprintOf(draws_);
+void RenderEncoder::endBackdrop() {
+  backdropFingerprint_ = fingerprint();
+  backdropDraws_ = draws_.size();
 }
 
-std::uint64_t RenderEncoder::fingerprintOf(std::span<const Draw> draws) const {
+std::uint64_t RenderEncoder::fingerprint() const {
   Hasher hasher;
+  hasher.fold(backdropFingerprint_);
   hasher.fold(reinterpret_cast<std::uintptr_t>(drawable_.pixels));
   hasher.fold(static_cast<std::uint64_t>(drawable_.width) << 32U |
               static_cast<std::uint64_t>(drawable_.height));
-  for (const Draw& draw : draws) {
-    hasher.fold(reinterpret_cast<std::uintptr_t>(draw.function));
-    foldBytes(hasher, std::span(draw.uniforms).first(draw.stillBytes));
-    foldTexture(hasher, draw.texture);
-    foldBytes(hasher, draw.points);
-  }
+  for (const Draw& draw : std::span(draws_).subspan(backdropDraws_)) foldDraw(hasher, draw);
   return hasher.value();
 }
 
@@ -90,7 +94,7 @@ void RenderEncoder::endEncoding(Backdrop& backdrop) {
   const std::span<const Draw> above = std::span(draws_).subspan(backdropDraws_);
   const Backdrop::Use use = below.empty()
                                 ? Backdrop::Use::pass
-                                : backdrop.begin(fingerprintOf(below), drawable_.width, drawable_.height);
+                                : backdrop.begin(backdropFingerprint_, drawable_.width, drawable_.height);
   tbb::parallel_for(0, bandCount(drawable_), [&](int index) {
     const FragmentBand rows = band(drawable_, index);
     const auto drawAll = [&](std::span<const Draw> draws) {

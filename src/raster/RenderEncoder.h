@@ -42,7 +42,7 @@ class RenderEncoder {
   void drawAnimated(const RenderPipeline& pipeline, std::span<const std::byte> uniforms,
                     std::size_t stillBytes, const Surface* texture);
   /// Says that what was recorded until now is the picture's backdrop.
-  void endBackdrop() { backdropDraws_ = draws_.size(); }
+  void endBackdrop();
   /// A hash of everything the recorded picture depends on, except for time: drawable, passes, uniforms,
   /// points and the tiles of the textures. Equal fingerprints draw pictures that are equal but for their
   /// animation; no pixel is read.
@@ -59,11 +59,10 @@ class RenderEncoder {
   [[nodiscard]] const std::vector<Draw>& draws() const { return draws_; }
 
  private:
-  [[nodiscard]] std::uint64_t fingerprintOf(std::span<const Draw> draws) const;
-
   Drawable drawable_;
   std::vector<Draw> draws_;
   std::size_t backdropDraws_ = 0;
+  std::uint64_t backdropFingerprint_ = 0;
 };
 
 }  // namespace orvanel

@@ -24,6 +24,8 @@ struct JournalFiles {
   [[nodiscard]] std::string journal() const { return path(".journal"); }
   /// A journal that is about to take the place of the other.
   [[nodiscard]] std::string part() const { return path(".part"); }
+  /// Empty; stands from the moment in which the user was first told of the journal.
+  [[nodiscard]] std::string offered() const { return path(".offered"); }
   /// A copy of the document's file.
   [[nodiscard]] std::string copy(std::uint32_t number) const {
     return path("." + std::to_string(number) + ".base");

@@ -59,7 +59,7 @@ Recovery::~Recovery() {
 
 void Recovery::findOrphans(QObject* receiver, OrphansFound done) {
   impl_->lane.run([store = impl_->store, guard = QPointer(receiver), done = std::move(done)]() mutable {
-    runOnMainThread([guard = std::move(guard), done = std::move(done), found = store.orphans()] {
+    runOnMainThread([guard = std::move(guard), done = std::move(done), found = store.offer()] {
       if (!guard.isNull()) done(found);
     });
   });

@@ -48,8 +48,8 @@ class Recovery {
   // What was left. `done` runs later on the main thread, unless `receiver` has gone by then.
 
   using OrphansFound = std::function<void(const OrphanList&)>;
-  /// Finds what processes that have ended left, newest first; what another process is restoring isn't among
-  /// it. Removes what is too old, and what is too much.
+  /// Finds what processes that have ended left, newest first, to be offered to the user; what another process
+  /// is restoring isn't among it. Removes what was offered too long ago, or is too much.
   void findOrphans(QObject* receiver, OrphansFound done);
   using RestoreDone = std::function<void(const FileResult<DocumentPtr>&)>;
   using ProgressChanged = std::function<void(double)>;

@@ -7,7 +7,7 @@ namespace orvanel {
 
 QString defaultRecoveryFolder() {
   const QString state = QFile::decodeName(qgetenv("XDG_STATE_HOME"));
-  // The specification ignores relative paths.
+  // Relative paths count as none.
   const QString base =
       QDir::isAbsolutePath(state) ? state : QDir::homePath() + QStringLiteral("/.local/state");
   return QDir::cleanPath(base + QStringLiteral("/orvanel/recovery"));

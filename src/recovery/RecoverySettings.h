@@ -7,7 +7,7 @@
 
 namespace orvanel {
 
-/// The store of this user: `orvanel/recovery` under the directory for state of the XDG specification.
+/// The store of this user: `orvanel/recovery` under the XDG directory for state.
 [[nodiscard]] QString defaultRecoveryFolder();
 
 struct RecoverySettings {
@@ -16,10 +16,10 @@ struct RecoverySettings {
   std::chrono::milliseconds interval{5'000};
   /// From a record that couldn't be written to the next attempt.
   std::chrono::milliseconds retryInterval{20'000};
-  /// The most bytes that one journal takes, and that all journals of ended processes take together; the
-  /// oldest of these go first, and the newest one stays.
+  /// The most bytes that one journal takes, and that all journals of ended processes take together. Of these,
+  /// the oldest that have been offered to the user go first; the newest one stays.
   std::int64_t maximumBytes = std::int64_t{16} << 30U;
-  /// Journals of ended processes that nobody has asked for are removed after this time.
+  /// Journals of ended processes are removed when they have been offered so long ago, and never before.
   std::chrono::hours maximumAge{30 * 24};
 };
 

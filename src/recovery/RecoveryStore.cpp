@@ -23,12 +23,53 @@ bool exists(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0;
 }
 
+/// The time of the last change to any file of a journal, by its id.
+using LastChanges = QMap<QString, QDateTime>;
+
+LastChanges lastChangesIn(const QString& folder) {
+  LastChanges changes;
+  for (const QFileInfo& file : QDir(folder).entryInfoList(QDir::Files | QDir::Hidden)) {
+    const QString id = JournalFiles::idInName(file.fileName());
+    if (id.isEmpty()) continue;
+    QDateTime& last = changes[id];
+    last = last.isValid() ? std::max(last, file.lastModified()) : file.lastModified();
+  }
+  return changes;
+}
+
 /// Removes the rest of a journal that never came about, or of which only a part could be removed.
-void removeRemains(const JournalFiles& files, const QDateTime& lastChange) {
+void removeRest(const JournalFiles& files, const QDateTime& lastChange) {
   if (lastChange.secsTo(QDateTime::currentDateTimeUtc()) < secondsOfGrace) return;
   // In this order, because a part becomes a journal.
   const bool isBeingWritten = exists(files.part()) && !openLocked(files.part()).isOpen();
   if (!isBeingWritten && !exists(files.journal())) files.removeAll();
+}
+
+/// Nothing for a journal that somebody has locked, or that can't be read.
+std::optional<Orphan> orphanIn(const JournalFiles& files) {
+  const Descriptor lock = openLocked(files.journal());
+  if (!lock.isOpen()) return std::nullopt;
+  const JournalInput input = JournalInput::ofFile(lock.number());
+  const auto state = readJournalState(input, TileCheck::none);
+  if (!state) return std::nullopt;
+  return Orphan{QString::fromStdString(files.id),
+                state->document.name,
+                state->document.path,
+                state->time,
+                thumbnailOf(*state),
+                static_cast<qint64>(input.size())};
+}
+
+/// When the user was first told of it; nothing if that was never.
+std::optional<QDateTime> firstOffer(const JournalFiles& files) {
+  const QFileInfo mark(QFile::decodeName(files.offered().c_str()));
+  return mark.exists() ? std::optional(mark.lastModified()) : std::nullopt;
+}
+
+void noteOffer(const JournalFiles& files) {
+  constexpr mode_t forUserAlone = 0600;
+  const Descriptor mark(::open(files.offered().c_str(),
+                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
 }
 
 }  // namespace
@@ -44,48 +85,55 @@ bool RecoveryStore::isTooOld(const QDateTime& time) const {
   return age > std::chrono::duration_cast<std::chrono::seconds>(settings_.maximumAge).count();
 }
 
-std::optional<Orphan> RecoveryStore::orphanIn(const JournalFiles& files) const {
-  const Descriptor lock = openLocked(files.journal());
-  if (!lock.isOpen()) return std::nullopt;
-  const JournalInput input = JournalInput::ofFile(lock.number());
-  const auto state = readJournalState(input, TileCheck::none);
-  const QFileInfo file(QFile::decodeName(files.journal().c_str()));
-  if (isTooOld(state ? state->time : file.lastModified())) files.removeAll();
-  if (!state || isTooOld(state->time)) return std::nullopt;
-  return Orphan{QString::fromStdString(files.id),
-                state->document.name,
-                state->document.path,
-                state->time,
-                thumbnailOf(*state),
-                static_cast<qint64>(input.size())};
-}
-
 OrphanList RecoveryStore::orphans() const {
-  const QDir folder(settings_.folder);
-  QMap<QString, QDateTime> lastChanges;
-  for (const QFileInfo& file : folder.entryInfoList(QDir::Files | QDir::Hidden)) {
-    const QString id = JournalFiles::idInName(file.fileName());
-    if (id.isEmpty()) continue;
-    QDateTime& last = lastChanges[id];
-    last = last.isValid() ? std::max(last, file.lastModified()) : file.lastModified();
-  }
   OrphanList list;
-  for (auto entry = lastChanges.begin(); entry != lastChanges.end(); ++entry) {
-    const auto files = JournalFiles::named(settings_.folder, entry.key());
+  for (const QString& id : lastChangesIn(settings_.folder).keys()) {
+    const auto files = JournalFiles::named(settings_.folder, id);
     if (!files) continue;
-    if (!exists(files->journal())) removeRemains(*files, entry.value());
     if (auto orphan = orphanIn(*files)) list.push_back(std::move(*orphan));
   }
   std::ranges::stable_sort(list, [](const Orphan& a, const Orphan& b) { return a.time > b.time; });
+  return list;
+}
+
+OrphanList RecoveryStore::offer() const {
+  removeRemains();
+  OrphanList list = orphans();
+  removeOffered(list);
+  for (const Orphan& orphan : list) {
+    if (const auto files = JournalFiles::named(settings_.folder, orphan.id)) noteOffer(*files);
+  }
+  return list;
+}
+
+/// What will never be an orphan: the rest of unfinished work, and what can't be read and is old.
+void RecoveryStore::removeRemains() const {
+  const LastChanges changes = lastChangesIn(settings_.folder);
+  for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
+    const auto files = JournalFiles::named(settings_.folder, entry.key());
+    if (!files) continue;
+    if (!exists(files->journal())) removeRest(*files, entry.value());
+    if (!isTooOld(entry.value())) continue;
+    const Descriptor lock = openLocked(files->journal());
+    if (lock.isOpen() && !readJournalState(JournalInput::ofFile(lock.number()), TileCheck::none)) {
+      files->removeAll();
+    }
+  }
+}
+
+/// Removes orphans that the user has known of for too long, or that are too much. Others stay, however old.
+void RecoveryStore::removeOffered(OrphanList& orphans) const {
   std::int64_t bytes = 0;
-  std::erase_if(list, [&](const Orphan& orphan) {
+  std::erase_if(orphans, [&](const Orphan& orphan) {
     const bool isNewest = bytes == 0;
     bytes += orphan.bytes;
-    if (isNewest || bytes <= settings_.maximumBytes) return false;
+    const auto files = JournalFiles::named(settings_.folder, orphan.id);
+    const auto since = files ? firstOffer(*files) : std::nullopt;
+    const bool isTooMuch = !isNewest && bytes > settings_.maximumBytes;
+    if (!since || (!isTooMuch && !isTooOld(*since))) return false;
     if (const auto claimed = claim(orphan.id)) claimed->remove();
     return true;
   });
-  return list;
 }
 
 Described<ClaimedOrphan> RecoveryStore::claim(const QString& orphanID) const {

@@ -1,5 +1,5 @@
-// The folder in which the processes of one user keep their journals, private to him. A journal whose process
-// lives is locked and belongs to that process alone; the others are orphans. Any thread.
+// The folder in which the processes of one user keep their journals, private to that user. A journal whose
+// process lives is locked and belongs to that process alone; the others are orphans. Any thread.
 #pragma once
 
 #include <optional>
@@ -31,16 +31,20 @@ class RecoveryStore {
  public:
   explicit RecoveryStore(RecoverySettings settings) : settings_(std::move(settings)) {}
 
-  /// Newest first. Removes what is older or more than the settings allow, and what unfinished work has left.
+  /// Newest first. Changes nothing in the store.
   [[nodiscard]] OrphanList orphans() const;
+  /// The orphans for the user to decide about, newest first, and notes that they have been offered. Before,
+  /// removes what was offered too long ago or is more than the settings allow, and what unfinished work left.
+  [[nodiscard]] OrphanList offer() const;
   /// Fails with a sentence for the user if there is no such orphan, or somebody else has claimed it.
   [[nodiscard]] Described<ClaimedOrphan> claim(const QString& orphanID) const;
   /// The files of a new journal. Makes the folder if necessary.
   [[nodiscard]] JournalFiles newJournal() const;
 
  private:
-  [[nodiscard]] std::optional<Orphan> orphanIn(const JournalFiles& files) const;
   [[nodiscard]] bool isTooOld(const QDateTime& time) const;
+  void removeRemains() const;
+  void removeOffered(OrphanList& orphans) const;
 
   RecoverySettings settings_;
 };

@@ -76,11 +76,26 @@ TEST_F(RecoveryStoreTest, listsTheNewestFirst) {
   EXPECT_EQ(orphans[2].name, QStringLiteral("First"));
 }
 
-TEST_F(RecoveryStoreTest, removesWhatIsTooOld) {
+TEST_F(RecoveryStoreTest, removesWhatWasOfferedTooLongAgo) {
   crashWith(unsavedDocument());
   RecoverySettings strict = settings();
   strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_TRUE(RecoveryStore(strict).orphans().empty());
+  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U);
+  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U) << "listing removes nothing";
+  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, theAgeCountsFromTheFirstOffer) {
+  crashWith(unsavedDocument());
+  const QString journal = QDir(settings().folder).filePath(files().at(0));
+  const utimbuf longAgo{1'000'000'000, 1'000'000'000};
+  ::utime(QFile::encodeName(journal).constData(), &longAgo);
+  for (int start = 0; start < 3; ++start) EXPECT_EQ(store().offer().size(), 1U);
+  const JournalFiles named = *JournalFiles::named(settings().folder, JournalFiles::idInName(files().at(0)));
+  ::utime(named.offered().c_str(), &longAgo);
+  EXPECT_TRUE(store().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -89,15 +104,17 @@ TEST_F(RecoveryStoreTest, removesTheOldestOfTooMuchButNotTheNewest) {
     crashWith(unsavedDocument());
     QThread::msleep(2);
   }
-  const OrphanList all = store().orphans();
   RecoverySettings strict = settings();
-  strict.maximumBytes = all[0].bytes + all[1].bytes;
-  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 2U);
   strict.maximumBytes = 1;
-  const OrphanList left = RecoveryStore(strict).orphans();
+  const OrphanList all = RecoveryStore(strict).offer();
+  ASSERT_EQ(all.size(), 3U) << "nobody has been told of them before";
+  strict.maximumBytes = all[0].bytes + all[1].bytes;
+  EXPECT_EQ(RecoveryStore(strict).offer().size(), 2U);
+  strict.maximumBytes = 1;
+  const OrphanList left = RecoveryStore(strict).offer();
   ASSERT_EQ(left.size(), 1U);
   EXPECT_EQ(left[0].id, all[0].id);
-  EXPECT_EQ(files().size(), 1);
+  EXPECT_EQ(store().orphans().size(), 1U);
 }
 
 TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
@@ -105,11 +122,11 @@ TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
   const QString part =
       QDir(settings().folder).filePath(QStringLiteral("0C1A7C2E-9F2B-4F9E-8E07-0D4C3C0B6D11.part"));
   put(part, "half");
-  EXPECT_EQ(store().orphans().size(), 1U);
+  EXPECT_EQ(store().offer().size(), 1U);
   EXPECT_TRUE(QFile::exists(part));
   const utimbuf longAgo{1'000'000'000, 1'000'000'000};
   ::utime(QFile::encodeName(part).constData(), &longAgo);
-  EXPECT_EQ(store().orphans().size(), 1U);
+  EXPECT_EQ(store().offer().size(), 1U);
   EXPECT_FALSE(QFile::exists(part));
 }
 
