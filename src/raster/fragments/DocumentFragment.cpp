@@ -13,7 +13,7 @@ namespace orvanel::fragments {
 namespace {
 
 /// How many tiles ahead pixels are asked for.
-constexpr std::size_t partsAhead = 4;
+constexpr std::size_t partsAhead = 8;
 
 enum class Blend { nothing, replace, over };
 
@@ -49,20 +49,29 @@ class RowBuilder {
         display_(indices_.size()) {
     isOneToOne_ = isContiguous();
     isMagnified_ = !isOneToOne_ && indices_.back() - indices_.front() < columns.length();
-    gathered_.resize(isMagnified_ || isOneToOne_ ? 0 : display_.size() * pixelBytes_);
+    isReduced_ = !isOneToOne_ && !isMagnified_;
+    gathered_.resize(isReduced_ ? display_.size() * pixelBytes_ : 0);
     converted_.resize(isMagnified_ ? tileSide : 0);
     splitByTiles();
   }
 
   void build(int textureY) {
     segments_.clear();
-    const std::size_t rowInTile = static_cast<std::size_t>(textureY % tileSide) * tileSide * pixelBytes_;
-    for (std::size_t i = 0; i < parts_.size(); ++i) {
-      if (i + partsAhead < parts_.size()) prefetch(parts_[i + partsAhead], textureY, rowInTile);
-      const TileColumns& part = parts_[i];
-      const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, textureY / tileSide));
-      append(part.device,
-             tile.isUniform() ? fillUniform(part, tile) : convertRow(part, tile.data() + rowInTile));
+    textureY_ = textureY;
+    if (isReduced_) gatherRow();
+    for (std::size_t i = 0; i < parts_.size();) {
+      const TileColumns& part = parts_[i++];
+      const Tile& tile = tileOf(part);
+      if (tile.isUniform()) {
+        append(part.device, fillUniform(part, tile));
+      } else if (!isReduced_) {
+        append(part.device, convertRow(part, rowOf(tile)));
+      } else {
+        PixelSpan run = part.device;
+        for (; i < parts_.size() && !tileOf(parts_[i]).isUniform(); ++i) run.end = parts_[i].device.end;
+        append(run, convert(gathered_.data() + placeOf(run.begin) * pixelBytes_, displayAt(run.begin),
+                            run.length()));
+      }
     }
   }
 
@@ -87,8 +96,17 @@ class RowBuilder {
     return true;
   }
 
-  [[nodiscard]] std::int32_t indexAt(int device) const {
-    return indices_[static_cast<std::size_t>(device - columns_.begin)];
+  [[nodiscard]] std::size_t placeOf(int device) const {
+    return static_cast<std::size_t>(device - columns_.begin);
+  }
+  [[nodiscard]] std::int32_t indexAt(int device) const { return indices_[placeOf(device)]; }
+  std::uint32_t* displayAt(int device) { return display_.data() + placeOf(device); }
+
+  [[nodiscard]] const Tile& tileOf(const TileColumns& part) const {
+    return texture_.tile(texture_.tileIndex(part.tileX, textureY_ / tileSide));
+  }
+  [[nodiscard]] const std::byte* rowOf(const Tile& tile) const {
+    return tile.data() + static_cast<std::size_t>(textureY_ % tileSide) * tileSide * pixelBytes_;
   }
 
   void splitByTiles() {
@@ -104,18 +122,43 @@ class RowBuilder {
     }
   }
 
-  /// Asks for the distant pixels of a part ahead of time; the processor doesn't foresee them across tiles.
-  void prefetch(const TileColumns& part, int textureY, std::size_t rowInTile) const {
-    if (isMagnified_ || isOneToOne_) return;
-    const Tile& tile = texture_.tile(texture_.tileIndex(part.tileX, textureY / tileSide));
-    if (tile.isUniform()) return;
-    for (int x = part.device.begin; x < part.device.end; ++x) {
-      __builtin_prefetch(tile.data() + rowInTile +
-                         static_cast<std::size_t>(indexAt(x) % tileSide) * pixelBytes_);
+  /// Gathers the whole row before any of it is converted: distant pixels arrive slowly, and what reads them
+  /// together would wait for each.
+  void gatherRow() {
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+      if (i + partsAhead < parts_.size()) prefetch(parts_[i + partsAhead]);
+      if (tileOf(parts_[i]).isUniform()) continue;
+      if (pixelBytes_ == 8) {
+        gather<std::uint64_t>(parts_[i]);
+      } else {
+        gather<std::uint32_t>(parts_[i]);
+      }
     }
   }
 
-  std::uint32_t* displayAt(int device) { return display_.data() + (device - columns_.begin); }
+  /// Asks for the pixels of a part ahead of time; the processor doesn't foresee them across tiles.
+  void prefetch(const TileColumns& part) const {
+    const Tile& tile = tileOf(part);
+    if (tile.isUniform()) return;
+    const std::byte* row = rowOf(tile);
+    for (int x = part.device.begin; x < part.device.end; ++x) {
+      __builtin_prefetch(row + static_cast<std::size_t>(indexAt(x) % tileSide) * pixelBytes_);
+    }
+  }
+
+  template <typename Pixel>
+  void gather(const TileColumns& part) {
+    const auto* source = reinterpret_cast<const Pixel*>(rowOf(tileOf(part)));
+    auto* destination = reinterpret_cast<Pixel*>(gathered_.data()) + placeOf(part.device.begin);
+    for (int x = part.device.begin; x < part.device.end; ++x) {
+      *destination++ = source[static_cast<std::size_t>(indexAt(x)) % tileSide];
+    }
+  }
+
+  Blend convert(const std::byte* source, std::uint32_t* destination, int count) {
+    return blendOf(displayRows::convert(texture_.format(), source, destination,
+                                        static_cast<std::size_t>(count), channelMask_));
+  }
 
   Blend fillUniform(const TileColumns& part, const Tile& tile) {
     const std::uint64_t pixel = tile.pixel();
@@ -126,36 +169,16 @@ class RowBuilder {
     return blend;
   }
 
+  /// Converts the part of a row whose pixels stand side by side or are shown several times.
   Blend convertRow(const TileColumns& part, const std::byte* tileRow) {
-    const auto convert = [&](const std::byte* source, std::uint32_t* destination, int count) {
-      return blendOf(displayRows::convert(texture_.format(), source, destination,
-                                          static_cast<std::size_t>(count), channelMask_));
-    };
     const std::byte* first = tileRow + static_cast<std::size_t>(part.document.begin % tileSide) * pixelBytes_;
     std::uint32_t* destination = displayAt(part.device.begin);
     if (isOneToOne_) return convert(first, destination, part.device.length());
-    if (!isMagnified_) {
-      if (pixelBytes_ == 8) {
-        gather<std::uint64_t>(part, tileRow);
-      } else {
-        gather<std::uint32_t>(part, tileRow);
-      }
-      return convert(gathered_.data(), destination, part.device.length());
-    }
     const Blend blend = convert(first, converted_.data(), part.document.length());
     for (int x = part.device.begin; x < part.device.end; ++x) {
       *destination++ = converted_[static_cast<std::size_t>(indexAt(x) - part.document.begin)];
     }
     return blend;
-  }
-
-  template <typename Pixel>
-  void gather(const TileColumns& part, const std::byte* tileRow) {
-    const auto* source = reinterpret_cast<const Pixel*>(tileRow);
-    auto* destination = reinterpret_cast<Pixel*>(gathered_.data());
-    for (int x = part.device.begin; x < part.device.end; ++x) {
-      *destination++ = source[static_cast<std::size_t>(indexAt(x)) % tileSide];
-    }
   }
 
   void append(PixelSpan device, Blend blend) {
@@ -178,8 +201,10 @@ class RowBuilder {
   std::vector<std::uint32_t> converted_;
   std::vector<TileColumns> parts_;
   std::vector<Segment> segments_;
+  int textureY_ = 0;
   bool isOneToOne_ = false;
   bool isMagnified_ = false;
+  bool isReduced_ = false;
 };
 
 /// Replaces the indices of document pixels by their places among the samples of the view.

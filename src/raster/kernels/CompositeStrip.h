@@ -19,11 +19,14 @@ inline constexpr int stripPixels = stripRows * 128;
 /// Grey documents accumulate one colour plane: their red, green and blue are equal throughout.
 enum class PlaneSet { grey, rgb };
 
+/// Without the gaps the planes would stand 4096 bytes apart, where a processor can't tell a load from one plane
+/// from the store to another that comes before it, and waits.
 struct StripAccumulator {
-  alignas(64) float red[stripPixels];
-  alignas(64) float green[stripPixels];
-  alignas(64) float blue[stripPixels];
-  alignas(64) float alpha[stripPixels];
+  static constexpr int planeFloats = stripPixels + 64;
+  alignas(64) float red[planeFloats];
+  alignas(64) float green[planeFloats];
+  alignas(64) float blue[planeFloats];
+  alignas(64) float alpha[planeFloats];
 };
 
 /// Pixels of one layer under a strip; a uniform source has no `pixels`, a uniform mask no `mask`.
