@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "raster/kernels/PixelAccess.h"
 
@@ -51,6 +52,7 @@ BlockComposer::BlockComposer(const SampledPlan& plan, const SampleLayout& layout
   isNeeded_.resize(plan.targets.size());
   memory.resampled.resize(plan.sources.size());
   transforms_.resize(plan.sources.size());
+  resampledBlock_.assign(plan.sources.size(), layout.blocks.size());
   for (std::size_t i = 0; i < plan.sources.size(); ++i) {
     if (const kernels::PixelTransform* way = plan.sources[i]->resampling()) {
       transforms_[i] = std::make_unique<TileTransform>(plan.sources[i]->surface(), *way, memory.transforms);
@@ -68,7 +70,6 @@ void BlockComposer::make(std::size_t block, const Surface& image, std::span<std:
   settle();
   settleBelow();
   findNeededTargets();
-  resample();
   for (const SampleLayout::Strip& strip : block_->strips) {
     strip_ = &strip;
     composeStrip();
@@ -202,17 +203,6 @@ void BlockComposer::findNeededTargets() {
   }
 }
 
-/// Makes the block's pixels of sources that are resampled, all strips together.
-void BlockComposer::resample() {
-  const SampleBlock samples{layout_.columnsOf(*block_), layout_.rows(block_->rowBegin, block_->rowEnd)};
-  for (std::size_t i = 0; i < transforms_.size(); ++i) {
-    if (transforms_[i] == nullptr || facts_[i].isUniform) continue;
-    std::byte* pixels =
-        memory_.resampled[i].ofSize((samples.count() + SampleLayout::alignment) * largestPixel);
-    transforms_[i]->sample(plan_.sources[i]->surface().tileRect(tileIndex_), samples, pixels);
-  }
-}
-
 SampleBlock BlockComposer::samplesOf(const SampleLayout::Strip& strip) const {
   return {layout_.columnsOf(*block_), layout_.rows(strip.rowBegin, strip.rowEnd)};
 }
@@ -247,16 +237,29 @@ const std::byte* BlockComposer::standing(const Surface& surface) {
 
 const std::byte* BlockComposer::read(int source, std::span<std::byte> scratch) {
   const auto index = static_cast<std::size_t>(source);
-  const SampleBlock samples = samplesOf(*strip_);
   if (transforms_[index] == nullptr) {
-    return plan_.sources[index]->read(tileIndex_, samples, *this, scratch.data());
+    return plan_.sources[index]->read(tileIndex_, samplesOf(*strip_), *this, scratch.data());
   }
-  const auto pixelBytes = static_cast<std::size_t>(plan_.sources[index]->surface().pixelBytes());
+  resample(index, scratch.data());
+  return scratch.data();
+}
+
+/// Makes the strip's pixels of a source that is resampled. Where pixels are neighbours, all strips of the
+/// block are made together, since they share what they take from the source.
+void BlockComposer::resample(std::size_t source, std::byte* strip) {
+  const SampleBlock samples = samplesOf(*strip_);
+  const PixelRect tile = plan_.sources[source]->surface().tileRect(tileIndex_);
+  const SampleBlock all{layout_.columnsOf(*block_), layout_.rows(block_->rowBegin, block_->rowEnd)};
+  if (!all.isContiguous()) return transforms_[source]->sample(tile, samples, strip);
+  std::byte* pixels =
+      memory_.resampled[source].ofSize((all.count() + SampleLayout::alignment) * largestPixel);
+  if (std::exchange(resampledBlock_[source], blockIndex_) != blockIndex_) {
+    transforms_[source]->sample(tile, all, pixels);
+  }
+  const auto pixelBytes = static_cast<std::size_t>(plan_.sources[source]->surface().pixelBytes());
   const std::size_t first =
       samples.columns.size() * static_cast<std::size_t>(strip_->rowBegin - block_->rowBegin);
-  std::memcpy(scratch.data(), memory_.resampled[index].ofSize(0) + first * pixelBytes,
-              samples.count() * pixelBytes);
-  return scratch.data();
+  std::memcpy(strip, pixels + first * pixelBytes, samples.count() * pixelBytes);
 }
 
 std::byte* BlockComposer::nestedStrip(std::size_t target) {

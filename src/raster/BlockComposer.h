@@ -97,12 +97,12 @@ class BlockComposer final : public kernels::StripReader {
   void settle();
   void settleBelow();
   void findNeededTargets();
-  void resample();
   [[nodiscard]] static kernels::PlaneSet planesOf(std::span<const Contribution> contributions);
 
   [[nodiscard]] kernels::SampleBlock samplesOf(const SampleLayout::Strip& strip) const;
   [[nodiscard]] const std::byte* wholeRows(const Tile& tile, int pixelBytes) const;
   [[nodiscard]] const std::byte* read(int source, std::span<std::byte> scratch);
+  void resample(std::size_t source, std::byte* strip);
   [[nodiscard]] std::byte* nestedStrip(std::size_t target);
   [[nodiscard]] int paddedCount() const;
 
@@ -117,6 +117,8 @@ class BlockComposer final : public kernels::StripReader {
   SamplingMemory& memory_;
   std::vector<kernels::TileFacts> facts_;  ///< of each source, under the current block
   std::vector<std::unique_ptr<kernels::TileTransform>> transforms_;
+  /// The block that each source has been resampled for as a whole.
+  std::vector<std::size_t> resampledBlock_;
   std::vector<std::uint64_t> targetRecipes_;
   std::vector<std::vector<Contribution>> contributions_;  ///< of each target
   std::vector<bool> isNeeded_;                            ///< each target

@@ -118,6 +118,7 @@ constexpr std::int64_t largestRegion = 512 * 512;
 TileTransform::TileTransform(const Surface& source, const PixelTransform& transform,
                              TransformScratch& scratch)
     : source_(source),
+      pixelBytes_(source.pixelBytes()),
       matrix_(transform.matrix),
       sourceClip_(transform.sourceClip.intersected(source.bounds())),
       destinationClip_(reachedFrom(sourceClip_, transform.matrix, transform.destinationClip)),
@@ -322,57 +323,97 @@ void TileTransform::samplePoints(const SampleBlock& samples, std::byte* out) {
       }
     }
   }
-  addCollected(sums);
+  add(batches_[1 - collecting_], sums);
+  add(batches_[collecting_], sums);
   if (!isDense()) divideBySamples(sums, samples.count());
   unpremultiplyRow(source_.format(), sums, out, static_cast<int>(padded), ColorRange::any);
 }
 
 void TileTransform::addPoints(const SampleBlock& samples, std::size_t row, const SampleLine& line,
                               float* sums) {
-  const Reach across(sourceClip_.x, sourceClip_.width);
-  const Reach down(sourceClip_.y, sourceClip_.height);
-  const int right = destinationClip_.x + destinationClip_.width;
-  auto output = static_cast<std::uint32_t>(row * samples.columns.size());
-  for (const std::int32_t x : samples.columns) {
-    const FixedPoint i = x - tile_.x;
+  int first = std::max(destinationClip_.x - tile_.x, 0);
+  int last = std::min(destinationClip_.x + destinationClip_.width - tile_.x, tileSide);
+  narrow(line.u, line.stepU, {sourceClip_.x, sourceClip_.width}, first, last);
+  narrow(line.v, line.stepV, {sourceClip_.y, sourceClip_.height}, first, last);
+  if (first >= last) return;
+  const auto begin = std::ranges::lower_bound(samples.columns, tile_.x + first);
+  const auto end = std::lower_bound(begin, samples.columns.end(), tile_.x + last);
+  const std::size_t output =
+      row * samples.columns.size() + static_cast<std::size_t>(begin - samples.columns.begin());
+  collect({begin, end}, line, static_cast<std::uint32_t>(output), sums);
+}
+
+/// Samples of a reduced view lie far apart: a batch is asked for long before it is read.
+void TileTransform::collect(std::span<const std::int32_t> columns, const SampleLine& line,
+                            std::uint32_t output, float* sums) {
+  Batch* batch = &batches_[collecting_];
+  for (const std::int32_t column : columns) {
+    if (batch->count == Batch::most) {
+      collecting_ = 1 - collecting_;
+      batch = &batches_[collecting_];
+      add(*batch, sums);
+    }
+    const FixedPoint i = column - tile_.x;
     const FixedPoint u = line.u + i * line.stepU;
     const FixedPoint v = line.v + i * line.stepV;
-    if (x >= destinationClip_.x && x < right && across.holds(u) && down.holds(v)) {
-      collect(u, v, output, sums);
+    const auto place = static_cast<std::size_t>(batch->count++);
+    batch->samples[place] = {u, v, output++};
+    const auto x = static_cast<int>(u >> fixedPointBits);
+    const auto y = static_cast<int>(v >> fixedPointBits);
+    const std::byte* corner = cornerWithinTile(x, y);
+    batch->corners[place] = corner;
+    if (corner != nullptr) {
+      prefetchNeighbours(corner);
+    } else {
+      prefetchEachNeighbour(x, y);
     }
-    ++output;
   }
 }
 
-/// Samples of a reduced view lie far apart: all of a batch are asked for before the first is read.
-void TileTransform::collect(FixedPoint u, FixedPoint v, std::uint32_t output, float* sums) {
-  if (collectedCount_ == mostCollected) addCollected(sums);
-  const auto place = static_cast<std::size_t>(collectedCount_++);
-  collected_[place] = {u, v, output};
-  corners_[place] =
-      cornerWithinTile(static_cast<int>(u >> fixedPointBits), static_cast<int>(v >> fixedPointBits));
-  if (corners_[place] == nullptr) return;
-  __builtin_prefetch(corners_[place]);
-  __builtin_prefetch(corners_[place] + static_cast<std::ptrdiff_t>(tileSide) * source_.pixelBytes());
+/// Two neighbours may stand in two lines of the cache.
+inline void TileTransform::prefetchNeighbours(const std::byte* corner) const {
+  const std::byte* below = corner + tileSide * pixelBytes_;
+  const std::ptrdiff_t lastByte = 2 * pixelBytes_ - 1;
+  __builtin_prefetch(corner);
+  __builtin_prefetch(below);
+  __builtin_prefetch(corner + lastByte);
+  __builtin_prefetch(below + lastByte);
+}
+
+void TileTransform::prefetchEachNeighbour(int x, int y) const {
+  for (const int atY : {y, y + 1}) {
+    for (const int atX : {x, x + 1}) {
+      if (atX < 0 || atX >= source_.width() || atY < 0 || atY >= source_.height()) continue;
+      const Tile& tile = source_.tile(source_.tileIndex(atX / tileSide, atY / tileSide));
+      if (tile.isUniform()) continue;
+      __builtin_prefetch(tile.data() + (atY % tileSide * tileSide + atX % tileSide) * pixelBytes_);
+    }
+  }
 }
 
 /// The pixel at (x, y), if it and its three neighbours to the right and below can be read from one tile.
-const std::byte* TileTransform::cornerWithinTile(int x, int y) const {
+inline const std::byte* TileTransform::cornerWithinTile(int x, int y) {
   const bool isWithin = x >= sourceClip_.x && x + 1 < sourceClip_.x + sourceClip_.width &&
-                        y >= sourceClip_.y && y + 1 < sourceClip_.y + sourceClip_.height &&
-                        x % tileSide != tileSide - 1 && y % tileSide != tileSide - 1;
+                        y >= sourceClip_.y && y + 1 < sourceClip_.y + sourceClip_.height;
   if (!isWithin) return nullptr;
-  const Tile& tile = source_.tile(source_.tileIndex(x / tileSide, y / tileSide));
-  if (tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
-  return tile.data() +
-         static_cast<std::ptrdiff_t>(y % tileSide * tileSide + x % tileSide) * source_.pixelBytes();
+  const auto column = static_cast<unsigned>(x) % tileSide;
+  const auto row = static_cast<unsigned>(y) % tileSide;
+  if (column == tileSide - 1 || row == tileSide - 1) return nullptr;
+  const int index = source_.tileIndex(x / tileSide, y / tileSide);
+  if (index != knownTile_) {
+    const Tile& tile = source_.tile(index);
+    knownTile_ = index;
+    knownPixels_ = tile.isUniform() || tile.has(TileTrait::irregular) ? nullptr : tile.data();
+  }
+  if (knownPixels_ == nullptr) return nullptr;
+  return knownPixels_ + static_cast<std::ptrdiff_t>(row * tileSide + column) * pixelBytes_;
 }
 
-/// Copies the four neighbours of every collected sample. A size that is known copies without a call.
+/// Copies the four neighbours of every sample. A size that is known copies without a call.
 template <std::size_t pixelBytes>
-void TileTransform::readAllNeighbours() {
-  for (std::size_t i = 0; i < static_cast<std::size_t>(collectedCount_); ++i) {
-    readNeighbours<pixelBytes>(collected_[i], corners_[i], neighbours_.data() + i * 4 * pixelBytes);
+void TileTransform::readAllNeighbours(const Batch& batch) {
+  for (std::size_t i = 0; i < static_cast<std::size_t>(batch.count); ++i) {
+    readNeighbours<pixelBytes>(batch.samples[i], batch.corners[i], neighbours_.data() + i * 4 * pixelBytes);
   }
 }
 
@@ -399,22 +440,22 @@ void TileTransform::readNeighbours(const CollectedSample& sample, const std::byt
   }
 }
 
-void TileTransform::addCollected(float* sums) {
-  if (collectedCount_ == 0) return;
+void TileTransform::add(Batch& batch, float* sums) {
+  if (batch.count == 0) return;
   switch (source_.pixelBytes()) {
     case 2:
-      readAllNeighbours<2>();
+      readAllNeighbours<2>(batch);
       break;
     case 4:
-      readAllNeighbours<4>();
+      readAllNeighbours<4>(batch);
       break;
     default:
-      readAllNeighbours<8>();
+      readAllNeighbours<8>(batch);
   }
-  const int padded = (collectedCount_ * 4 + 15) / 16 * 16;
+  const int padded = (batch.count * 4 + 15) / 16 * 16;
   premultiplyRow(source_.format(), neighbours_.data(), premultiplied_.data(), padded);
-  addCollectedSamples(premultiplied_.data(), collected_.data(), sums, collectedCount_);
-  collectedCount_ = 0;
+  addCollectedSamples(premultiplied_.data(), batch.samples.data(), sums, batch.count);
+  batch.count = 0;
 }
 
 }  // namespace orvanel::kernels

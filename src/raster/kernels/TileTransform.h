@@ -7,8 +7,10 @@
 #include <hwy/aligned_allocator.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "raster/kernels/PixelTransform.h"
 #include "raster/kernels/PremultipliedRows.h"
@@ -55,6 +57,14 @@ class TileTransform {
   void sample(const PixelRect& tile, const SampleBlock& samples, std::byte* out);
 
  private:
+  /// Samples whose neighbours have been asked for.
+  struct Batch {
+    static constexpr int most = 64;
+    std::array<CollectedSample, most> samples{};
+    std::array<const std::byte*, most> corners{};  ///< null: the neighbours don't stand together
+    int count = 0;
+  };
+
   [[nodiscard]] double samplesOfPixel() const { return static_cast<double>(samplesAcross_) * samplesDown_; }
   [[nodiscard]] bool isDense() const;
   [[nodiscard]] PixelRect reachOf(const PixelRect& block) const;
@@ -74,15 +84,19 @@ class TileTransform {
   void sampleTogether(const SampleBlock& samples, std::byte* out);
   void samplePoints(const SampleBlock& samples, std::byte* out);
   void addPoints(const SampleBlock& samples, std::size_t row, const SampleLine& line, float* sums);
-  void collect(FixedPoint u, FixedPoint v, std::uint32_t output, float* sums);
-  [[nodiscard]] const std::byte* cornerWithinTile(int x, int y) const;
+  void collect(std::span<const std::int32_t> columns, const SampleLine& line, std::uint32_t output,
+               float* sums);
+  [[nodiscard]] const std::byte* cornerWithinTile(int x, int y);
+  void prefetchNeighbours(const std::byte* corner) const;
+  void prefetchEachNeighbour(int x, int y) const;
   template <std::size_t pixelBytes>
-  void readAllNeighbours();
+  void readAllNeighbours(const Batch& batch);
   template <std::size_t pixelBytes>
   void readNeighbours(const CollectedSample& sample, const std::byte* corner, std::byte* out) const;
-  void addCollected(float* sums);
+  void add(Batch& batch, float* sums);
 
   const Surface& source_;
+  std::ptrdiff_t pixelBytes_;
   Matrix matrix_;
   PixelRect sourceClip_;
   PixelRect destinationClip_;
@@ -93,12 +107,14 @@ class TileTransform {
   float* gathered_ = nullptr;
   TransformScratch& scratch_;
 
-  static constexpr int mostCollected = 64;
-  alignas(64) std::array<std::byte, std::size_t{mostCollected} * 4 * 8> neighbours_{};
-  alignas(64) std::array<float, std::size_t{mostCollected} * 4 * 4> premultiplied_{};
-  std::array<CollectedSample, mostCollected> collected_{};
-  std::array<const std::byte*, mostCollected> corners_{};  ///< null: the neighbours don't stand together
-  int collectedCount_ = 0;
+  /// Samples are collected in one batch while the pixels of the other are on their way.
+  std::array<Batch, 2> batches_;
+  std::size_t collecting_ = 0;
+  alignas(64) std::array<std::byte, std::size_t{Batch::most} * 4 * 8> neighbours_{};
+  alignas(64) std::array<float, std::size_t{Batch::most} * 4 * 4> premultiplied_{};
+  /// The tile that was looked up last, and its pixels: null if they are uniform or irregular.
+  int knownTile_ = -1;
+  const std::byte* knownPixels_ = nullptr;
 };
 
 }  // namespace orvanel::kernels
