@@ -53,9 +53,11 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
   runInBackground([guard = QPointer(this), &context = context_, picture, mode = document.colorMode.value(),
                    metadata = ImageMetadata::of(document), path, format, job, progress,
                    expected = std::move(expected), written = std::move(written)] {
-    auto result = judgeFound(expected.get(), DocumentIOError::saveFailed, progress).and_then([&] {
-      return writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get());
-    });
+    const auto judge = [&] { return judgeFound(expected.get(), DocumentIOError::saveFailed, progress); };
+    auto result = judge().and_then(
+        [&] { return writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get()); });
+    // A failure may have come from another program's writing the file meanwhile.
+    if (auto judged = judge(); !result && !judged) result = tl::unexpected(judged.error());
     runOnMainThread([guard, job, written, result = std::move(result)] {
       if (guard.isNull()) return;
       if (result && *result && written) written(**result);

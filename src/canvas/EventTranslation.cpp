@@ -114,7 +114,8 @@ WheelRecord wheelRecord(const QWheelEvent& event) {
       record.hasPreciseDeltas ? QPointF(event.pixelDelta()) : QPointF(event.angleDelta()) / unitsPerClick;
   record.phase = event.phase();
   record.modifiers = modifierBits(event.modifiers());
-  if ((record.modifiers & modifier::option) != 0) {
+  if ((record.modifiers & (modifier::option | modifier::command)) != 0) {
+    // The wheel zooms, whatever way the toolkit has turned it.
     record.delta = {0.0, mainDelta(record.delta)};
   } else if ((record.modifiers & modifier::shift) != 0 && record.delta.x() == 0.0) {
     // As is usual on desktops, Shift makes an ordinary wheel scroll horizontally.

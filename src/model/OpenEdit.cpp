@@ -38,11 +38,10 @@ void OpenEdit::close() {
   if (!std::exchange(isOpen_, false)) return;
   const DocumentPtr document = document_.lock();
   if (document != nullptr) std::erase(document->openEdits_, this);
-  const bool isTold = document != nullptr && hasShown_;
   continuousEditing_ = {};
   if (const auto closed = std::exchange(onClosed, nullptr)) closed();
   // Last, because observers may destroy this edit.
-  if (isTold) DocumentEdit(*document, editKind::state).tell(change::OpenEditChanged{});
+  if (document != nullptr) DocumentEdit(*document, editKind::state).tell(change::OpenEditChanged{});
 }
 
 void OpenEdit::holdThumbnailsBack() {

@@ -6,6 +6,7 @@
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
+#include "io/files/FileOperations.h"
 
 namespace orvanel {
 namespace {
@@ -52,6 +53,22 @@ class ChangedFileTest : public AppFixture {
   }
 };
 
+/// Another program that writes into a file in the last moment of its save.
+class WritingProgram final : public FileOperations {
+ public:
+  explicit WritingProgram(QString file) : file_(std::move(file)) {}
+  int sync(int file) override {
+    QFile opened(file_);
+    EXPECT_TRUE(opened.open(QIODevice::WriteOnly));
+    opened.write("by another program");
+    opened.close();
+    return FileOperations::sync(file);
+  }
+
+ private:
+  QString file_;
+};
+
 TEST_F(ChangedFileTest, TheQuestionNamesTheFileAndWhatHappened) {
   const DocumentPtr document = addEdited("Sky");
   overwrite(path("Sky.tessel"));
@@ -85,6 +102,23 @@ TEST_F(ChangedFileTest, SaveAnywayReplacesTheFileAndKnowsItFromThen) {
   save(document);
   EXPECT_FALSE(document->isDirty.value());
   EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+}
+
+TEST_F(ChangedFileTest, AFileThatIsChangedDuringTheSaveIsAskedAbout) {
+  const DocumentPtr document = addEdited("Sky");
+  const DocumentPtr image = openEdited(writeImage("photo.png"));
+  const auto saveDuringAWrite = [&](const DocumentPtr& each, const QString& file) {
+    WritingProgram program(file);
+    const ScopedFileOperations scope(program);
+    save(each);
+    EXPECT_EQ(contents(file), "by another program");
+  };
+  saveDuringAWrite(document, path("Sky.tessel"));
+  saveDuringAWrite(image, path("photo.png"));
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(2));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" has been changed by another program.");
+  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_TRUE(image->isDirty.value());
 }
 
 TEST_F(ChangedFileTest, SaveAsWritesAnotherFileAndLeavesTheChangedOne) {

@@ -245,9 +245,11 @@ TEST_F(KeyFilterTest, ModifiedBackspaceFills) {
   press(Qt::Key_Backspace, Qt::ControlModifier);
   EXPECT_EQ(pixel(), 0xFFFF0000U);
   document->undo();
-  press(Qt::Key_Backspace, Qt::ShiftModifier);
-  EXPECT_EQ(pixel(), blackPixel);
-  EXPECT_EQ(document->undoStack.redoActionName(), "Fill") << "nothing was recorded";
+  for (const Qt::Key key : {Qt::Key_Backspace, Qt::Key_Delete}) {
+    press(key, Qt::ShiftModifier);
+    EXPECT_EQ(pixel(), blackPixel);
+    EXPECT_EQ(document->undoStack.redoActionName(), "Fill") << "nothing was recorded";
+  }
 }
 
 TEST_F(KeyFilterTest, DuringATransformEscapeAndReturnAreItsOwn) {

@@ -113,6 +113,8 @@ TEST_F(CanvasInputTest, ControlAndTheWheelZoomAboutThePointer) {
   sendWheel(view(), pointer, noPixels, oneClickUp, Qt::ControlModifier);
   EXPECT_EQ(document->zoomLevelIndex.value(), 15);
   EXPECT_EQ(view().viewToDocument(pointer).value(), before);
+  sendWheel(view(), pointer, noPixels, -oneClickUp, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(document->zoomLevelIndex.value(), 14) << "Shift turns nothing that zooms";
 }
 
 TEST_F(CanvasInputTest, WheelClicksStepWhenTheirSumReachesTwenty) {

@@ -144,12 +144,16 @@ TEST_F(CanvasToolsTest, TheSameToolAgainDoesNotInterruptADrag) {
 }
 
 TEST_F(CanvasToolsTest, ToolsWithoutAHandlerRecordNothing) {
+  const Surface before = *layer->texture.value();
+  document->setDirty(false);
   for (const Tool tool : {Tool::brush, Tool::eraser}) {
     tools.selectTool(tool);
     dragMouse(view(), middle, middle + QPointF(10, 10));
     EXPECT_EQ(view().cursor().shape(), Qt::ArrowCursor);
   }
   EXPECT_EQ(newRecords(), 0);
+  EXPECT_TRUE(layer->texture.value()->equals(before));
+  EXPECT_FALSE(document->isDirty.value());
 }
 
 TEST_F(CanvasToolsTest, TheSpaceBarBringsNoHandDuringADrag) {

@@ -140,8 +140,13 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
     }
     auto written = writeSnapshot(*picture, path, progress);
     picture.reset();
-    runOnMainThread([finish, written = std::move(written), progress = std::move(progress), saved] {
+    // A failure may have come from another program's writing the file meanwhile.
+    auto judged =
+        written ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
+    runOnMainThread([finish, written = std::move(written), judged = std::move(judged),
+                     progress = std::move(progress), saved] {
       backgroundSaveRuns = false;
+      if (!judged) return finish(judged);
       if (const DocumentPtr still = saved.lock(); still && written) {
         // What it replaces may be long, and is given back in the background.
         runInBackground([replaced = still->fileMemory()]() mutable { replaced.reset(); });

@@ -76,11 +76,16 @@ int replace(const std::string& temporary, const std::string& destination) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string destination, std::string temporaryPath, int file)
-    : destination_(std::move(destination)), temporaryPath_(std::move(temporaryPath)), file_(file) {}
+AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> replaced,
+                       std::string temporaryPath, int file)
+    : destination_(std::move(destination)),
+      replaced_(replaced),
+      temporaryPath_(std::move(temporaryPath)),
+      file_(file) {}
 
 Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination) {
   const std::filesystem::path target = resolved(destination);
+  const auto replaced = FileIdentity::of(target.string());
   struct stat existing {};
   const bool exists = ::stat(target.c_str(), &existing) == 0;
   if (exists && !S_ISREG(existing.st_mode))
@@ -101,7 +106,7 @@ Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destina
     if (::fchown(file, existing.st_uid, existing.st_gid) != 0) errno = 0;
     ::fchmod(file, mode);
   }
-  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), std::move(path), file));
+  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), replaced, std::move(path), file));
 }
 
 AtomicFile::~AtomicFile() {
@@ -235,10 +240,17 @@ Described<void> AtomicFile::closeAndCheck() {
   return {};
 }
 
+/// What is no longer there can't be lost.
+bool AtomicFile::isDestinationAsFound() const {
+  const auto found = FileIdentity::of(destination_);
+  return !found || (replaced_ && found->isSameVersionAs(*replaced_));
+}
+
 Described<void> AtomicFile::commit(const std::function<Described<void>(const std::string& path)>& verify) {
   if (auto result = flush(); !result) return result;
   if (auto result = closeAndCheck(); !result) return result;
   if (auto result = verify(temporaryPath_); !result) return result;
+  if (!isDestinationAsFound()) return because(QStringLiteral("The file was changed by another program."));
   // Held across the renaming, so that the identity is that of this file whatever happens to the name.
   const int written = ::open(temporaryPath_.c_str(), O_RDONLY | O_CLOEXEC);
   const auto identify = [&] {

@@ -38,13 +38,16 @@ class AtomicFile {
   /// The path of the file to replace, with symbolic links resolved.
   [[nodiscard]] const std::string& destination() const { return destination_; }
 
-  /// Syncs the file, calls `verify` on it and renames it to the destination.
+  /// Syncs the file, calls `verify` on it and renames it to the destination. Fails if another program has
+  /// written the destination since `create`.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
   /// The destination's identity right after `commit`.
   [[nodiscard]] const std::optional<FileIdentity>& committed() const { return committed_; }
 
  private:
-  AtomicFile(std::string destination, std::string temporaryPath, int file);
+  AtomicFile(std::string destination, std::optional<FileIdentity> replaced, std::string temporaryPath,
+             int file);
+  [[nodiscard]] bool isDestinationAsFound() const;
   Described<void> flush();
   Described<void> writeThrough(std::span<const std::byte> bytes, std::int64_t offset);
   Described<RangeCopy> copyThrough(int source, std::int64_t offset, std::uint64_t count);
@@ -53,6 +56,7 @@ class AtomicFile {
   Described<void> closeAndCheck();
 
   std::string destination_;
+  std::optional<FileIdentity> replaced_;  ///< what stood at the destination in the beginning
   std::string temporaryPath_;
   int file_;
   ByteBuffer buffer_;

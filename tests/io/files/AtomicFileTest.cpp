@@ -166,6 +166,34 @@ TEST_F(AtomicFileTest, leavesTheOldFileWhenTheCheckFails) {
   EXPECT_EQ(contents(path()), "old");
 }
 
+TEST_F(AtomicFileTest, leavesAFileThatAnotherProgramWroteMeanwhile) {
+  put(path(), "old");
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  put(path(), "theirs");
+  const auto result = (*file)->commit([](const std::string&) { return Described<void>(); });
+  ASSERT_FALSE(result.has_value());
+  EXPECT_EQ(result.error(), QStringLiteral("The file was changed by another program."));
+  EXPECT_EQ(contents(path()), "theirs");
+}
+
+TEST_F(AtomicFileTest, leavesAFileThatAnotherProgramMadeMeanwhile) {
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  put(path(), "theirs");
+  EXPECT_FALSE((*file)->commit([](const std::string&) { return Described<void>(); }).has_value());
+  EXPECT_EQ(contents(path()), "theirs");
+}
+
+TEST_F(AtomicFileTest, makesAnewWhatAnotherProgramRemovedMeanwhile) {
+  put(path(), "old");
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  ASSERT_TRUE(QFile::remove(path()));
+  EXPECT_TRUE((*file)->commit([](const std::string&) { return Described<void>(); }).has_value());
+  EXPECT_EQ(contents(path()), "new");
+}
+
 TEST_F(AtomicFileTest, detectsAFileThatWasTruncatedOnTheDisk) {
   put(path(), "old");
   const auto file = AtomicFile::create(path());

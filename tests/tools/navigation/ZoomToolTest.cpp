@@ -68,6 +68,14 @@ TEST_F(ZoomToolTest, ADragOfThreePointsDrawsARectangleWhateverItsDirection) {
   EXPECT_EQ(drawn(), SelectionPath::rect(599.0, 499.0, 1.0, 1.0));
 }
 
+TEST_F(ZoomToolTest, ARectangleOfLessThanThreePointsIsAClick) {
+  press({100.0, 100.0});
+  drag({160.0, 140.0});
+  release({102.9, 97.1});
+  EXPECT_EQ(document->zoom(), 2.0);
+  EXPECT_EQ(drawn(), std::nullopt);
+}
+
 TEST_F(ZoomToolTest, ARectangleFillsTheViewAboutItsCentre) {
   dragOnce({100.0, 100.0}, {200.0, 150.0});
   // 400 / 100 is less than 300 / 50.

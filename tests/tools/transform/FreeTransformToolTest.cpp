@@ -229,6 +229,15 @@ TEST_F(FreeTransformToolTest, UndoTakesTheTransformBackAndLeavesTheTool) {
   EXPECT_TRUE(layer->texture.value()->equals(*before));
 }
 
+TEST_F(FreeTransformToolTest, EndedWithoutADragItGivesUpItsTool) {
+  open();
+  document->endOpenEdits();
+  EXPECT_FALSE(handler.isOpen());
+  EXPECT_EQ(overlay().corners, std::nullopt);
+  EXPECT_EQ(tools.currentTool(), Tool::move);
+  EXPECT_EQ(newRecords(), 0);
+}
+
 TEST_F(FreeTransformToolTest, TheEndOfTheDocumentEndsTheTransform) {
   open();
   document = nullptr;
