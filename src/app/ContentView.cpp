@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPushButton>
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -121,11 +122,20 @@ void ContentView::addFocusKeys() {
   addKey(Qt::Key_F6, [this] { focusNextArea(); });
   addKey(Qt::CTRL | Qt::Key_F6, [this] { focusNextChild(); });
   addKey(Qt::CTRL | Qt::SHIFT | Qt::Key_F6, [this] { focusPreviousChild(); });
+  // The menu's item closes documents, and rests while none is active.
+  cancelLoadingKey_ = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
+  cancelLoadingKey_->setEnabled(false);
+  connect(cancelLoadingKey_, &QShortcut::activated, this, [this] { loadingPlace_->cancel(); });
 }
 
 void ContentView::focusNextArea() {
-  const std::array<QWidget*, 4> areas{&canvasPane_->canvasView().container().mtkView(), panels_.options,
-                                      panels_.palette, panels_.inspector};
+  // One of the first three is shown.
+  const std::array<QWidget*, 6> areas{&canvasPane_->canvasView().container().mtkView(),
+                                      &canvasPane_->loadingView().cancelButton(),
+                                      &canvasPane_->noDocumentView(),
+                                      panels_.options,
+                                      panels_.palette,
+                                      panels_.inspector};
   const QWidget* focus = focusWidget();
   const auto current = std::find_if(areas.begin(), areas.end(), [&](const QWidget* area) {
     return area == focus || area->isAncestorOf(focus);
@@ -168,6 +178,7 @@ void ContentView::connectLoadingPlace() {
 void ContentView::showLoadingFile() {
   const LoadingFilePtr file = loadingPlace_->file();
   const bool isInFront = loadingPlace_->isInFront();
+  cancelLoadingKey_->setEnabled(isInFront);
   tabBar_->setLoading(file == nullptr ? std::nullopt
                                       : std::optional(LoadingTabContent{displayText(documentName(file->path)),
                                                                         file->path, isInFront}));
@@ -201,12 +212,15 @@ void ContentView::observeNotifications() {
   on(notification::createdNewDocument, [&window](const std::any& object) {
     if (const DocumentPtr document = documentIn(object)) window.addDocument(document);
   });
-  // Without tabs to go through, Tab goes through the links of the empty window.
+  // From a file that is being read, Tab leads to the last document. Without tabs to go through, it goes
+  // through the links of the empty window.
   on(notification::cycleNextTab, [this, &window](const std::any&) {
-    if (!window.cycleNextTab() && window.documents.value().empty()) focusNextChild();
+    if (loadingPlace_->leave() || window.cycleNextTab()) return;
+    if (window.documents.value().empty()) focusNextChild();
   });
   on(notification::cyclePreviousTab, [this, &window](const std::any&) {
-    if (!window.cyclePreviousTab() && window.documents.value().empty()) focusPreviousChild();
+    if (loadingPlace_->leave() || window.cyclePreviousTab()) return;
+    if (window.documents.value().empty()) focusPreviousChild();
   });
   on(notification::cycleNextDocument, [&window](const std::any&) { window.cycleNextDocument(); });
   on(notification::cyclePreviousDocument, [&window](const std::any&) { window.cyclePreviousDocument(); });

@@ -14,6 +14,7 @@
 #include "app/SidePanels.h"
 #include "tools/NotificationCenter.h"
 
+class QShortcut;
 class QSplitter;
 
 namespace orvanel {
@@ -80,6 +81,7 @@ class ContentView : public QWidget {
   StatusBarPane* statusBar_;
   ProgressLine* progressLine_;
   LoadingPlace* loadingPlace_;
+  QShortcut* cancelLoadingKey_ = nullptr;
   QPropertyNotifier loadingProgress_;
   KeyHandlerView* keyHandler_;
   std::unique_ptr<RecentFilePictures> recentFiles_;

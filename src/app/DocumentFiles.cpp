@@ -228,6 +228,7 @@ void DocumentFiles::refuseFlatSave(Done done) {
 
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
   if (!result) return markSaveFailed(*request.document);
+  noteRecentDocument(request.path);
   // While another save of it waits, the document is marked as saved for that one.
   if (onSaved && !saves_.contains(request.document->id)) onSaved(*request.document);
   if (!request.flatFormat) {

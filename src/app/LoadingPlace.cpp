@@ -59,18 +59,23 @@ void LoadingPlace::loadingChanged() {
     appearance_.stop();
     isShown_ = false;
     seen_.clear();
-    returnToDocument();
+    showLastDocument();
   } else if (seen_.emplace(now->work, now->path).second) {
     appearance_.start();
   }
   if (onChanged) onChanged();
 }
 
-// What was read has failed or was cancelled.
-void LoadingPlace::returnToDocument() {
+bool LoadingPlace::leave() {
+  return file() != nullptr && showLastDocument();
+}
+
+/// False if a document is shown, or none is open.
+bool LoadingPlace::showLastDocument() {
   const auto& order = windowState_.mruOrder.value();
-  if (windowState_.activeDocument() == nullptr && !order.empty())
-    windowState_.switchToDocument(order.front());
+  if (windowState_.activeDocument() != nullptr || order.empty()) return false;
+  windowState_.switchToDocument(order.front());
+  return true;
 }
 
 }  // namespace orvanel

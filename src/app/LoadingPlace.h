@@ -31,6 +31,8 @@ class LoadingPlace : public QObject {
   [[nodiscard]] bool isInFront() const;
   /// Shows the file's place; the active document keeps its tab.
   void bringForward();
+  /// Shows the last active document instead; false if the file's place isn't shown, or there is no document.
+  bool leave();
   /// Cancels the request that the file belongs to.
   void cancel();
   /// Adds a document that has been read. One that isn't the awaited file leaves that in front.
@@ -38,7 +40,7 @@ class LoadingPlace : public QObject {
 
  private:
   void loadingChanged();
-  void returnToDocument();
+  bool showLastDocument();
 
   WindowState& windowState_;
   DocumentFiles& files_;

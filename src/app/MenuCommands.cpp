@@ -106,7 +106,7 @@ void ViewMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
 }
 
 void WindowMenuCommands::addTo(QMenu& menu, const CommandContext& context) {
-  const MenuItems::Rule hasOtherTab = [](const MenuFacts& facts) { return facts.hasSeveralDocuments; };
+  const MenuItems::Rule hasOtherTab = [](const MenuFacts& facts) { return facts.hasOtherDocument; };
   context.items.addPosting(menu, tr("Next Tab"), {QKeySequence(Qt::Key_Tab)}, notification::cycleNextTab,
                            hasOtherTab);
   context.items.addPosting(menu, tr("Previous Tab"), {QKeySequence(Qt::SHIFT | Qt::Key_Tab)},

@@ -25,11 +25,11 @@ bool maySelectPixels(const Selection& selection) {
 MenuFacts MenuFacts::of(const AppState& appState, const PixelPasteboard& pasteboard) {
   MenuFacts facts;
   const DocumentPtr document = appState.windowState.activeDocument();
+  facts.hasOtherDocument = appState.windowState.documents.value().size() > (document != nullptr ? 1U : 0U);
   if (document == nullptr) return facts;
   const std::optional<LayerNode> node = document->activeNode();
   const std::shared_ptr<Layer> layer = node ? node->layer() : nullptr;
   facts.hasDocument = true;
-  facts.hasSeveralDocuments = appState.windowState.documents.value().size() > 1;
   facts.canSave = DocumentFiles::canSave(*document);
   facts.canPaste = pasteboard.canPaste();
   facts.hasActiveNode = node.has_value();

@@ -21,7 +21,8 @@ class PixelPasteboard;
 /// What the items' states depend on. Gathering it takes no look at pixels.
 struct MenuFacts {
   bool hasDocument = false;
-  bool hasSeveralDocuments = false;
+  /// Open beside the active one, if one is active.
+  bool hasOtherDocument = false;
   bool canSave = false;
   bool canPaste = false;
   bool hasActiveNode = false;

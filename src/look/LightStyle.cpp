@@ -50,7 +50,7 @@ QAbstractSpinBox:disabled { background: @pane; color: @disabledText; border-colo
 QAbstractSpinBox::up-button, QAbstractSpinBox::down-button { width: 0; border: none; }
 
 QComboBox { background: @field; border: 1px solid @border; border-radius: @radius; padding: 0 4px 0 8px;
-  min-height: 22px; }
+  min-height: 22px; combobox-popup: 0; }
 QComboBox:hover { background: @hover; }
 QComboBox:focus { border: 2px solid @accent; padding: 0 3px 0 7px; min-height: 20px; }
 QComboBox:disabled { background: @pane; color: @disabledText; border-color: @divider; }
@@ -58,6 +58,7 @@ QComboBox::drop-down { border: none; width: 20px; subcontrol-position: right cen
 QComboBox::down-arrow { image: url(:/icons/chevron.down.svg); width: 12px; height: 12px; }
 QComboBox QAbstractItemView { background: @field; border: 1px solid @border; outline: none;
   selection-background-color: @accent; selection-color: @onAccent; }
+QComboBox QAbstractItemView::item { min-height: 24px; padding: 0 4px; }
 
 QCheckBox { spacing: 8px; }
 QCheckBox::indicator { width: 14px; height: 14px; background: @field; border: 1px solid @border;

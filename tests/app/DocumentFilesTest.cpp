@@ -173,6 +173,19 @@ TEST_F(DocumentFilesTest, OpenedFilesBecomeRecentDocuments) {
   EXPECT_GE(told, 2);
 }
 
+TEST_F(DocumentFilesTest, SavedFilesBecomeRecentDocumentsOnceTheyAreWritten) {
+  state.recentDocuments.clear();
+  const DocumentPtr document = addDocument(QStringLiteral("Untitled"));
+  dialogs.savePaths.push(path("missing/Sky.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  EXPECT_THAT(state.recentDocuments.paths(), IsEmpty());
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  EXPECT_EQ(state.recentDocuments.paths(), QStringList(path("Sky.tessel")));
+}
+
 // Saving.
 
 TEST_F(DocumentFilesTest, SaveAsAdoptsTheFileAndWritesIt) {

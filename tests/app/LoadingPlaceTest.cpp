@@ -93,6 +93,7 @@ TEST_F(LoadingPlaceTest, EscapeTheButtonTheTabAndTheWindowCancel) {
   window->activateWindow();
   const std::vector<std::function<void()>> ways{
       [this] { QTest::keyClick(&view(), Qt::Key_Escape); },
+      [this] { QTest::keyClick(&view(), Qt::Key_W, Qt::ControlModifier); },
       [this] { QTest::mouseClick(&view().cancelButton(), Qt::LeftButton); },
       [this] { QTest::mouseClick(tabBar().loadingTab()->closeButton(), Qt::LeftButton); },
       [this] {
@@ -145,6 +146,28 @@ TEST_F(LoadingPlaceTest, OtherDocumentsCanBeUsedMeanwhile) {
     QTest::mouseClick(tabBar().tabs()[0], Qt::LeftButton, {}, QPoint(10, 10));
   }
   ASSERT_TRUE(waitUntil([this] { return activeName() == "Sky"; }));
+}
+
+TEST_F(LoadingPlaceTest, KeysReachTheButtonAndTheOtherDocuments) {
+  addDocument(QStringLiteral("Sea"));
+  BackgroundBlock block;
+  openUpToPicture(block, {writeDocument("Sky")});
+  window->activateWindow();
+  const auto press = [this](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+    QWidget* focus = QApplication::focusWidget();
+    QTest::keyClick(focus != nullptr ? focus : window.get(), key, modifiers);
+  };
+  for (int area = 0; area < 5 && QApplication::focusWidget() != &view().cancelButton(); ++area) {
+    press(Qt::Key_F6);
+  }
+  EXPECT_EQ(QApplication::focusWidget(), &view().cancelButton());
+  for (const Qt::KeyboardModifiers modifiers :
+       {Qt::KeyboardModifiers(), Qt::KeyboardModifiers(Qt::ShiftModifier)}) {
+    place().bringForward();
+    ASSERT_TRUE(waitUntil([this] { return view().isVisible(); }));
+    press(Qt::Key_Tab, modifiers);
+    EXPECT_EQ(activeName(), "Sea");
+  }
 }
 
 TEST_F(LoadingPlaceTest, OfSeveralFilesTheOneThatWillBeActiveIsShown) {

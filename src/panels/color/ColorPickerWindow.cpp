@@ -35,6 +35,8 @@ void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
   onChange_ = std::move(onChange);
   show();
   raise();
+  // Not every window manager gives the keyboard to a window of tools by itself.
+  activateWindow();
 }
 
 void ColorPickerWindow::follow(const DisplayColor& color) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QWheelEvent>
 
 namespace orvanel {
@@ -10,6 +12,14 @@ namespace orvanel {
 class QuietComboBox : public QComboBox {
  public:
   explicit QuietComboBox(QWidget* parent = nullptr) : QComboBox(parent) { setFocusPolicy(Qt::TabFocus); }
+
+  void showPopup() override {
+    // The list takes the pointer without a word, and would leave the box highlighted once it is gone.
+    QEvent leaving(QEvent::Leave);
+    QCoreApplication::sendEvent(this, &leaving);
+    setAttribute(Qt::WA_UnderMouse, false);
+    QComboBox::showPopup();
+  }
 
  protected:
   void wheelEvent(QWheelEvent* event) override { event->ignore(); }

@@ -1,6 +1,7 @@
 #include "panels/controls/ValueField.h"
 
 #include <QKeyEvent>
+#include <QMouseEvent>
 
 namespace orvanel {
 
@@ -46,6 +47,12 @@ void ValueField::keyPressEvent(QKeyEvent* event) {
     default:
       QLineEdit::keyPressEvent(event);
   }
+}
+
+/// A number is one word, whatever its point divides.
+void ValueField::mouseDoubleClickEvent(QMouseEvent* event) {
+  event->accept();
+  selectAll();
 }
 
 void ValueField::focusInEvent(QFocusEvent* event) {
