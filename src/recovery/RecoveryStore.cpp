@@ -68,8 +68,8 @@ std::optional<QDateTime> firstOffer(const JournalFiles& files) {
 
 void noteOffer(const JournalFiles& files) {
   constexpr mode_t forUserAlone = 0600;
-  const Descriptor mark(::open(files.offered().c_str(),
-                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
+  const Descriptor mark(
+      ::open(files.offered().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
 }
 
 }  // namespace

@@ -19,8 +19,8 @@ inline constexpr int stripPixels = stripRows * 128;
 /// Grey documents accumulate one colour plane: their red, green and blue are equal throughout.
 enum class PlaneSet { grey, rgb };
 
-/// Without the gaps the planes would stand 4096 bytes apart, where a processor can't tell a load from one plane
-/// from the store to another that comes before it, and waits.
+/// Without the gaps the planes would stand 4096 bytes apart, where a processor can't tell a load from one
+/// plane from the store to another that comes before it, and waits.
 struct StripAccumulator {
   static constexpr int planeFloats = stripPixels + 64;
   alignas(64) float red[planeFloats];
