@@ -211,16 +211,22 @@ def select_by_ellipses(editor):
     return steps + [{"do": "fill", "color": [1, 1, 1, 1]}, {"do": "deselect"}]
 
 
+# A place for each mode; the last one's surroundings and what is selected by then have pixels in common.
+WAND_PLACES = ((150, 120), (60, 130), (158, 128), (64, 134))
+
+
 def select_by_wand(editor):
+    steps = []
     editor.keys("w")
-    editor.click(150, 120)
+    for (mode, hold), (x, y) in zip(MODES.items(), WAND_PLACES):
+        editor.click(x, y, hold=hold)
+        steps.append({"do": "wand", "x": x, "y": y, "tolerance": 32, "mode": mode})
     editor.keys("ctrl+i", "Escape")
     # One unit of tolerance for each point to the right or down: 32 + 20 + 8.
     editor.drag((60, 130), (80, 138))
     editor.keys("alt+BackSpace", "Escape")
-    return [{"do": "wand", "x": 150, "y": 120, "tolerance": 32}, {"do": "invert"}, {"do": "deselect"},
-            {"do": "wand", "x": 60, "y": 130, "tolerance": 60}, {"do": "fill", "color": [0, 0, 0, 1]},
-            {"do": "deselect"}]
+    return steps + [{"do": "invert"}, {"do": "deselect"}, {"do": "wand", "x": 60, "y": 130, "tolerance": 60},
+                    {"do": "fill", "color": [0, 0, 0, 1]}, {"do": "deselect"}]
 
 
 def place_a_copy(editor):

@@ -10,10 +10,12 @@ import tempfile
 import time
 
 from accessible import application, on_a_bus_of_its_own
-from drive_editor import Editor, Pictures, Screen, check, pixels_of, run, until
+from drive_editor import MODES, Editor, Pictures, Screen, check, pixels_of, run, until
 
 LASSO = ((30, 30), (90, 30), (90, 70), (130, 110), (60, 110), (30, 80))
 CORNERS = ((120, 20), (210, 20), (210, 90), (160, 140), (120, 100))
+# Where the shape lies for each mode; something stays selected.
+OFFSETS = ((0, 0), (20, 20), (-10, 30), (10, 10))
 
 
 class Hand:
@@ -118,20 +120,32 @@ class Comparison:
         return saved == expected
 
 
+def shapes_of(points):
+    """The mode, the modifiers that choose it, and the points of a shape for each mode."""
+    for (mode, hold), (dx, dy) in zip(MODES.items(), OFFSETS):
+        yield mode, hold, [(x + dx, y + dy) for x, y in points]
+
+
 def draw_with_lassos(hand, compare):
     editor = hand.editor
     hand.hold_for("Lasso Select", "Polygonal Lasso Select")
-    for corner in CORNERS:
-        editor.click(*corner)
-    editor.click(*CORNERS[0])
+    steps = []
+    for mode, hold, corners in shapes_of(CORNERS):
+        # The first press would otherwise move what is selected, and the last says how the shape combines.
+        for corner in [*corners, corners[0]]:
+            editor.click(*corner, hold=hold)
+        steps.append({"do": "polygon", "points": corners, "mode": mode})
     editor.keys("alt+BackSpace", "Escape")
-    steps = [{"do": "polygon", "points": CORNERS}, {"do": "fill", "color": [0, 0, 0, 1]}, {"do": "deselect"}]
+    steps += [{"do": "fill", "color": [0, 0, 0, 1]}, {"do": "deselect"}]
     check(compare.after(editor, *steps), "the polygonal lasso")
 
     hand.hold_for("Polygonal Lasso Select", "Lasso Select")
-    editor.drag(*LASSO)
+    steps = []
+    for mode, hold, points in shapes_of(LASSO):
+        editor.drag(*points, hold=hold)
+        steps.append({"do": "polygon", "points": points, "mode": mode})
     editor.keys("x", "alt+BackSpace", "Escape")
-    steps = [{"do": "polygon", "points": LASSO}, {"do": "fill", "color": [1, 1, 1, 1]}, {"do": "deselect"}]
+    steps += [{"do": "fill", "color": [1, 1, 1, 1]}, {"do": "deselect"}]
     check(compare.after(editor, *steps), "the lasso")
 
 
