@@ -12,6 +12,15 @@ namespace {
 constexpr std::chrono::microseconds sliceOfMainThread{400};
 constexpr int mostAttemptsNow = 3;
 
+/// One piece after the other, while nothing is to be recorded.
+void copyInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_ptr<JournalWriter>& writer) {
+  if (!writer->needsCopying()) return;
+  lane->runWhenIdle([lane, writer] {
+    writer->copyPiece();
+    copyInPieces(lane, writer);
+  });
+}
+
 }  // namespace
 
 struct DocumentJournal::Inbox {
@@ -30,7 +39,8 @@ DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files
     : document_(document),
       surroundings_(std::move(surroundings)),
       capture_(*document),
-      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes)),
+      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes,
+                                              surroundings_.turns)),
       inbox_(std::make_shared<Inbox>()) {
   inbox_->owner = this;
   for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->setSingleShot(true);
@@ -104,17 +114,19 @@ void DocumentJournal::send(Capture capture) {
   isWriting_ = true;
   isSendingEverything_ = capture.isComplete;
   auto shared = std::make_shared<const Capture>(std::move(capture));
-  surroundings_.lane.run([writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
-    Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
-    capture.reset();
-    {
-      const std::lock_guard guard(inbox->mutex);
-      inbox->letter = std::move(letter);
-    }
-    runOnMainThread([inbox = std::move(inbox)] {
-      if (inbox->owner != nullptr) inbox->owner->takeOutcome();
-    });
-  });
+  surroundings_.lane->run(
+      [lane = surroundings_.lane, writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
+        Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
+        capture.reset();
+        copyInPieces(lane, writer);
+        {
+          const std::lock_guard guard(inbox->mutex);
+          inbox->letter = std::move(letter);
+        }
+        runOnMainThread([inbox = std::move(inbox)] {
+          if (inbox->owner != nullptr) inbox->owner->takeOutcome();
+        });
+      });
 }
 
 void DocumentJournal::takeOutcome() {
@@ -150,7 +162,7 @@ void DocumentJournal::takeOutcome() {
 void DocumentJournal::recorded() {
   hasRecord_ = true;
   if (orphan_) {
-    surroundings_.lane.run(
+    surroundings_.lane->run(
         [orphan = std::make_shared<ClaimedOrphan>(*std::exchange(orphan_, {}))] { orphan->remove(); });
   }
   setStatus({});
@@ -177,7 +189,7 @@ void DocumentJournal::saved() {
 
 void DocumentJournal::watchBase() {
   if (isWriting_ || !hasRecord_) return;
-  surroundings_.lane.run([writer = writer_, inbox = inbox_] {
+  surroundings_.lane->run([writer = writer_, inbox = inbox_] {
     if (writer->isBaseIntact()) return;
     runOnMainThread([inbox] {
       if (inbox->owner == nullptr || inbox->owner->document_.expired()) return;
@@ -197,7 +209,7 @@ void DocumentJournal::removeJournal() {
     inbox_ = std::make_shared<Inbox>();
     inbox_->owner = this;
     auto orphan = std::make_shared<std::optional<ClaimedOrphan>>(std::exchange(orphan_, std::nullopt));
-    surroundings_.lane.run([writer = writer_, orphan] {
+    surroundings_.lane->run([writer = writer_, orphan] {
       writer->remove();
       if (*orphan) (*orphan)->remove();
     });
@@ -209,20 +221,19 @@ void DocumentJournal::removeJournal() {
   if (isThereAny) surroundings_.changed();
 }
 
-void DocumentJournal::recordNow() {
+void DocumentJournal::beginNow() {
   const DocumentPtr document = document_.lock();
-  for (int attempt = 0; document != nullptr && attempt < mostAttemptsNow; ++attempt) {
-    surroundings_.lane.wait();
+  if (document == nullptr || !document->isDirty.value() || !capture_.hasChanges() || isWriting_) return;
+  for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
+  gather(std::chrono::hours(1));
+}
+
+void DocumentJournal::finishNow(JournalLane::Clock::time_point deadline) {
+  for (int attempt = 0; attempt < mostAttemptsNow; ++attempt) {
+    beginNow();
+    if (!surroundings_.lane->waitForWork(deadline)) return;
     takeOutcome();
-    if (!document->isDirty.value() || (!capture_.hasChanges() && !isWriting_)) return;
-    if (isWriting_) continue;
-    nextSlice_.stop();
-    retry_.stop();
-    due_.stop();
-    gather(std::chrono::hours(1));
   }
-  surroundings_.lane.wait();
-  takeOutcome();
 }
 
 void DocumentJournal::setStatus(RecoveryStatus status) {

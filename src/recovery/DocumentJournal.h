@@ -19,7 +19,8 @@ class DocumentJournal {
   /// What it shares with the other journals; all outlive it.
   struct Surroundings {
     const RecoverySettings& settings;
-    JournalLane& lane;
+    std::shared_ptr<JournalTurns> turns;
+    std::shared_ptr<JournalLane> lane;
     RecoveryFigures& figures;
     /// Called when the status, or whether there is a record, has changed.
     std::function<void()> changed;
@@ -34,8 +35,10 @@ class DocumentJournal {
   void replace(ClaimedOrphan orphan);
   void saved();
   void closed() { removeJournal(); }
-  /// Blocks until what has changed is written, or can't be.
-  void recordNow();
+  /// Gathers what has changed, and hands it to the lane, unless that is at it already.
+  void beginNow();
+  /// Blocks until what has changed is written, or can't be, or the time has come.
+  void finishNow(JournalLane::Clock::time_point deadline);
 
   [[nodiscard]] const RecoveryStatus& status() const { return status_; }
   [[nodiscard]] bool hasRecord() const { return hasRecord_; }

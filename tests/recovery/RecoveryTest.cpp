@@ -1,11 +1,14 @@
 #include "recovery/Recovery.h"
 
+#include <QThreadPool>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 
 #include "io/files/FaultyDisk.h"
 #include "model/ThumbnailGenerator.h"
 #include "raster/FatalFault.h"
+#include "recovery/DiskReserve.h"
 #include "recovery/RecoveryFixture.h"
 
 namespace orvanel {
@@ -169,10 +172,11 @@ TEST_F(RecoveryTest, anOrphanStaysUntilItsDocumentHasARecordOfItsOwn) {
   const auto restoreWith = [&](Recovery& recovery) {
     DocumentPtr back;
     bool isDone = false;
-    recovery.restore(orphanID, MetalContext::shared(), &receiver, [&](const FileResult<DocumentPtr>& result) {
-      back = result.value_or(nullptr);
-      isDone = true;
-    });
+    recovery.restore(orphanID, MetalContext::shared(), &receiver,
+                     [&](const FileResult<RestoredDocument>& result) {
+                       back = result ? result->document : nullptr;
+                       isDone = true;
+                     });
     EXPECT_TRUE(waitUntil([&] { return isDone; }));
     return back;
   };
@@ -255,6 +259,7 @@ class StuckDisk final : public FileOperations {
  public:
   int syncData(int file) override {
     std::unique_lock guard(mutex_);
+    if (isOnlyFirstStuck && std::exchange(wasAsked_, true)) return FileOperations::syncData(file);
     answers_.wait(guard, [this] { return isFree_; });
     return FileOperations::syncData(file);
   }
@@ -264,10 +269,13 @@ class StuckDisk final : public FileOperations {
     answers_.notify_all();
   }
 
+  bool isOnlyFirstStuck = false;
+
  private:
   std::mutex mutex_;
   std::condition_variable answers_;
   bool isFree_ = false;
+  bool wasAsked_ = false;
 };
 
 TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
@@ -287,6 +295,94 @@ TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
   disk.answer();
   ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 2; }));
   EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
+}
+
+TEST_F(RecoveryTest, aRecordThatHangsHoldsUpNoOtherDocument) {
+  StuckDisk disk;
+  disk.isOnlyFirstStuck = true;
+  const ScopedFileOperations scope(disk);
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr first = unsavedDocument();
+  const DocumentPtr second = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(first);
+  ASSERT_TRUE(waitUntil([&] { return !files().isEmpty(); }));
+  recovery.follow(second);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 1; }));
+  disk.answer();
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 2; }));
+}
+
+TEST_F(RecoveryTest, theEndDoesntWaitForADiskThatNeverAnswers) {
+  StuckDisk disk;
+  const ScopedFileOperations scope(disk);
+  RecoverySettings impatient = settings();
+  impatient.patience = std::chrono::milliseconds(20);
+  const DocumentPtr document = unsavedDocument();
+  {
+    Recovery recovery(impatient);
+    recovery.follow(document);
+    recovery.recordNow();
+    EXPECT_EQ(recovery.figures().records, 0);
+  }
+  disk.answer();
+  QThreadPool::globalInstance()->waitForDone();
+}
+
+TEST_F(RecoveryTest, followingADocumentTouchesNoDisk) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  EXPECT_FALSE(QDir(settings().folder).exists());
+}
+
+/// A disk with so much room beyond what is left to the user's files.
+class NearlyFullDisk final : public FileOperations {
+ public:
+  int measureSpace(int /*file*/, DiskSpace& space) override {
+    space = {largestReserve + static_cast<std::uint64_t>(room.load()), std::uint64_t{1} << 40U};
+    return 0;
+  }
+  std::atomic<std::int64_t> room{0};
+};
+
+TEST_F(RecoveryTest, leavesTheLastOfTheDiskToTheUsersFiles) {
+  NearlyFullDisk disk;
+  const ScopedFileOperations scope(disk);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::suspended);
+  EXPECT_TRUE(recovery.status().reason.contains(QStringLiteral("nearly full")));
+  EXPECT_EQ(files(), QStringList());
+  // A save may take what is left.
+  const QString path = directory.filePath(QStringLiteral("image.tessel"));
+  EXPECT_TRUE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());
+  disk.room = 100'000'000;
+  changePixels(*document);
+  recovery.recordNow();
+  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
+}
+
+TEST(DiskReserve, isAPartOfASmallDiskAndNoMoreThanAGigabyteOfALargeOne) {
+  class Disk final : public FileOperations {
+   public:
+    int measureSpace(int /*file*/, DiskSpace& asked) override {
+      asked = space;
+      return 0;
+    }
+    DiskSpace space;
+  };
+  Disk disk;
+  const ScopedFileOperations scope(disk);
+  disk.space = {60'000, 1'000'000};
+  EXPECT_TRUE(leavesReserve(0, 10'000));
+  EXPECT_FALSE(leavesReserve(0, 10'001));
+  disk.space = {(std::uint64_t{1} << 30U) + 10, std::uint64_t{1} << 50U};
+  EXPECT_TRUE(leavesReserve(0, 10));
+  EXPECT_FALSE(leavesReserve(0, 11));
 }
 
 TEST(FatalFaultDeathTest, tellsThatUnsavedWorkIsKept) {
