@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "model/BackgroundCall.h"
+#include "model/DisplayText.h"
 
 namespace orvanel {
 namespace {
@@ -49,10 +50,9 @@ DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files
   QObject::connect(&nextSlice_, &QTimer::timeout, [this] { gather(sliceOfMainThread); });
   QObject::connect(&watch_, &QTimer::timeout, [this] { watchBase(); });
   watch_.setInterval(2 * surroundings_.settings.interval);
-  subscription_ = document->changes().observe([this](const DocumentChanges& changes) {
-    capture_.note(changes);
-    schedule();
-  });
+  wasDirty_ = document->isDirty.value();
+  subscription_ =
+      document->changes().observe([this](const DocumentChanges& changes) { documentChanged(changes); });
   schedule();
 }
 
@@ -65,11 +65,43 @@ void DocumentJournal::replace(ClaimedOrphan orphan) {
   beginRecord();
 }
 
-void DocumentJournal::schedule() {
+void DocumentJournal::documentChanged(const DocumentChanges& changes) {
   const DocumentPtr document = document_.lock();
   if (document == nullptr) return;
-  if (!document->isDirty.value()) {
-    // A save has begun. Until it has succeeded, the journal is all that holds the work.
+  const Keeping before = keeping();
+  capture_.note(changes);
+  const bool isDirty = document->isDirty.value();
+  const bool doesSaveBegin = wasDirty_ && !isDirty;
+  wasDirty_ = isDirty;
+  isSaving_ = !isDirty && (isSaving_ || doesSaveBegin);
+  // The save may take long, or never end. What it writes is to be recovered even if there are no more
+  // changes.
+  if (doesSaveBegin && hasRecord_ && capture_.hasChanges()) {
+    beginRecord();
+  } else {
+    schedule();
+  }
+  if (keeping() != before) surroundings_.changed();
+}
+
+bool DocumentJournal::hasWork() const {
+  const DocumentPtr document = document_.lock();
+  return document != nullptr && (document->isDirty.value() || isSaving_);
+}
+
+DocumentJournal::Keeping DocumentJournal::keeping() const {
+  if (!hasWork()) return Keeping::nothing;
+  const bool isKept = hasRecord_ && status_.state == RecoveryStatus::State::recording;
+  return isKept ? Keeping::work : Keeping::notNow;
+}
+
+QString DocumentJournal::name() const {
+  const DocumentPtr document = document_.lock();
+  return document != nullptr ? displayText(document->name.value()) : QString();
+}
+
+void DocumentJournal::schedule() {
+  if (!hasWork()) {
     for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
     return;
   }
@@ -78,8 +110,7 @@ void DocumentJournal::schedule() {
 }
 
 void DocumentJournal::recordDue() {
-  const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value()) return;
+  if (!hasWork()) return;
   if (!isWriting_) return beginRecord();
   setStatus(
       {RecoveryStatus::State::suspended, QStringLiteral("The disk takes long to write recovery data.")});
@@ -97,8 +128,7 @@ void DocumentJournal::beginRecord() {
 }
 
 void DocumentJournal::gather(std::chrono::nanoseconds budget) {
-  const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value() || isWriting_) return;
+  if (!hasWork() || isWriting_) return;
   const Hold start = threadTime();
   std::optional<Capture> capture = capture_.advance(budget);
   if (capture) {
@@ -181,6 +211,7 @@ void DocumentJournal::suspend(const QString& reason) {
 void DocumentJournal::saved() {
   const DocumentPtr document = document_.lock();
   if (document == nullptr) return;
+  isSaving_ = false;
   if (!document->isDirty.value()) return removeJournal();
   // What the journal left to the file before may have gone with it.
   capture_.forgetAll();
@@ -202,6 +233,7 @@ void DocumentJournal::watchBase() {
 void DocumentJournal::removeJournal() {
   for (QTimer* timer : {&due_, &retry_, &nextSlice_, &watch_}) timer->stop();
   isLate_ = false;
+  isSaving_ = false;
   const bool isThereAny = hasRecord_ || isWriting_ || orphan_;
   if (isThereAny) {
     // Outcomes that are still to come are those of a journal that no longer matters.
@@ -222,8 +254,7 @@ void DocumentJournal::removeJournal() {
 }
 
 void DocumentJournal::beginNow() {
-  const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value() || !capture_.hasChanges() || isWriting_) return;
+  if (!hasWork() || !capture_.hasChanges() || isWriting_) return;
   for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
   gather(std::chrono::hours(1));
 }

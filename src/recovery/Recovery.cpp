@@ -3,6 +3,8 @@
 #include <QPointer>
 #include <algorithm>
 #include <map>
+#include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -15,8 +17,20 @@
 namespace orvanel {
 namespace {
 
-constexpr const char* lastWords =
-    "Unsaved work up to the last seconds is kept, and offered at the next start.";
+/// What the user should know of unsaved work if the program ends now. Null if there is none.
+const char* lastWordsFor(bool isAnyKept, const QStringList& notKept) {
+  constexpr const char* everything =
+      "Unsaved work up to the last seconds is kept, and offered at the next start.";
+  if (notKept.isEmpty()) return isAnyKept ? everything : nullptr;
+  // Whoever reads them does so when nothing else can be relied on, so that they are never freed. There are
+  // few.
+  static std::set<std::string> said;
+  const std::string names = notKept.join(QStringLiteral(", ")).toStdString();
+  const std::string sentence = isAnyKept
+                                   ? std::string(everything) + " Not all of it is kept of " + names + "."
+                                   : "Not all unsaved work is kept of " + names + ".";
+  return said.insert(sentence).first->c_str();
+}
 
 }  // namespace
 
@@ -46,8 +60,14 @@ class Recovery::Impl {
     }
   }
   void journalsChanged() {
-    const auto hasRecord = [](const auto& entry) { return entry.second->hasRecord(); };
-    setLastWords(std::ranges::any_of(journals, hasRecord) ? lastWords : nullptr);
+    bool isAnyKept = false;
+    QStringList notKept;
+    for (const auto& [documentID, journal] : journals) {
+      const DocumentJournal::Keeping keeping = journal->keeping();
+      isAnyKept = isAnyKept || keeping == DocumentJournal::Keeping::work;
+      if (keeping == DocumentJournal::Keeping::notNow) notKept << u'"' + journal->name() + u'"';
+    }
+    setLastWords(lastWordsFor(isAnyKept, notKept));
     RecoveryStatus now;
     for (const auto& [documentID, journal] : journals) {
       if (now.state == RecoveryStatus::State::recording) now = journal->status();
@@ -149,6 +169,7 @@ void Recovery::follow(const DocumentPtr& document) {
                                     [impl] { impl->journalsChanged(); }});
   DocumentJournal* made = impl->journals.emplace(document->id, std::move(journal)).first->second.get();
   if (const auto orphan = impl->restored.extract(document->id)) made->replace(std::move(orphan.mapped()));
+  impl->journalsChanged();
 }
 
 void Recovery::saved(const Document& document) {

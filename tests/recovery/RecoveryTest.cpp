@@ -3,6 +3,7 @@
 #include <QThreadPool>
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <mutex>
 
 #include "io/files/FaultyDisk.h"
@@ -385,21 +386,117 @@ TEST(DiskReserve, isAPartOfASmallDiskAndNoMoreThanAGigabyteOfALargeOne) {
   EXPECT_FALSE(leavesReserve(0, 11));
 }
 
-TEST(FatalFaultDeathTest, tellsThatUnsavedWorkIsKept) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_DEATH(
-      {
-        const QTemporaryDir folder;
-        RecoverySettings settings;
-        settings.folder = folder.path();
-        Recovery recovery(settings);
-        const DocumentPtr document = unsavedDocument();
-        recovery.follow(document);
-        recovery.recordNow();
-        fatalFault("Out of memory for pixels");
-      },
-      "Out of memory for pixels\nUnsaved work .* is kept");
+TEST_F(RecoveryTest, recordsWhatALongSaveWrites) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  changePixels(*document);
+  // A save begins, and takes its time.
+  document->setDirty(false);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 2; })) << "at once, whatever the interval";
+  document->setOpacity(document->activeLayer()->id, 0.5F);
+  recovery.saved(*document);
+  document->setDirty(false);
+  recovery.saved(*document);
+  recovery.recordNow();
+  EXPECT_EQ(files(), QStringList());
 }
+
+TEST_F(RecoveryTest, aFirstRecordWaitsForItsTimeWhileASaveRuns) {
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(document);
+  document->setDirty(false);
+  EXPECT_TRUE(waitUntil([&] { return recovery.figures().records == 1; }));
+}
+
+/// What a process says that has this many documents with a record, and then ends.
+class LastWordsDeathTest : public RecoveryTest {
+ protected:
+  LastWordsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  void endWith(const std::function<void(Recovery&)>& before, const std::function<void()>& end) const {
+    Recovery recovery(settings());
+    const DocumentPtr document = unsavedDocument();
+    document->setName(QStringLiteral("Kept"));
+    recovery.follow(document);
+    recovery.recordNow();
+    before(recovery);
+    end();
+  }
+  static void nothing(Recovery& /*recovery*/) {}
+};
+
+TEST_F(LastWordsDeathTest, tellThatUnsavedWorkIsKept) {
+  EXPECT_DEATH(endWith(nothing, [] { fatalFault("Out of memory for pixels"); }),
+               "Out of memory for pixels\nUnsaved work .* is kept, and offered at the next start.\n$");
+}
+
+TEST_F(LastWordsDeathTest, tellWhatIsNotKept) {
+  const auto openAnother = [](Recovery& recovery) {
+    static const DocumentPtr another = unsavedDocument();
+    another->setName(QStringLiteral("New one"));
+    recovery.follow(another);
+  };
+  EXPECT_DEATH(endWith(openAnother, [] { fatalFault("A fault"); }),
+               "is kept, and offered at the next start. Not all of it is kept of \"New one\".\n$");
+  const auto suspend = [](Recovery& recovery) {
+    static FullDisk disk(0);
+    static const ScopedFileOperations scope(disk);
+    static const DocumentPtr another = unsavedDocument();
+    another->setName(QStringLiteral("Too much"));
+    recovery.follow(another);
+    recovery.recordNow();
+  };
+  EXPECT_DEATH(endWith(suspend, [] { fatalFault("A fault"); }), "Not all of it is kept of \"Too much\".\n$");
+}
+
+TEST_F(LastWordsDeathTest, sayNothingOfCleanDocuments) {
+  const auto openClean = [](Recovery& recovery) {
+    static const DocumentPtr clean = unsavedDocument();
+    clean->setDirty(false);
+    recovery.follow(clean);
+  };
+  EXPECT_DEATH(endWith(openClean, [] { fatalFault("A fault"); }), "offered at the next start.\n$");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+TEST_F(LastWordsDeathTest, areSaidBeforeAFaultSignalEndsTheProcessAsEver) {
+  for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) {
+    const auto fault = [signal] {
+      speakBeforeFaultSignals();
+      ::raise(signal);
+    };
+    EXPECT_EXIT(endWith(nothing, fault), ::testing::KilledBySignal(signal),
+                "^The program has ended because of a fault.\nUnsaved work .* is kept.*\n$");
+  }
+  const auto abortTwice = [] {
+    speakBeforeFaultSignals();
+    fatalFault("Out of memory for pixels");
+  };
+  EXPECT_EXIT(endWith(nothing, abortTwice), ::testing::KilledBySignal(SIGABRT),
+              "^Out of memory for pixels\nUnsaved work[^\n]*\n$");
+}
+
+int overflow(int depth) {
+  volatile char frame[4096] = {};
+  frame[0] = static_cast<char>(depth);
+  return depth < 0 ? 0 : overflow(depth + 1) + frame[0];
+}
+
+TEST_F(LastWordsDeathTest, areSaidWhenTheStackOverflows) {
+  const auto fault = [] {
+    speakBeforeFaultSignals();
+    static_cast<void>(overflow(0));
+  };
+  EXPECT_EXIT(endWith(nothing, fault), ::testing::KilledBySignal(SIGSEGV), "Unsaved work .* is kept");
+}
+
+#endif
 
 }  // namespace
 }  // namespace orvanel
