@@ -221,9 +221,12 @@ void DocumentJournal::saved() {
 void DocumentJournal::watchBase() {
   if (isWriting_ || !hasRecord_) return;
   surroundings_.lane->run([writer = writer_, inbox = inbox_] {
-    if (writer->isBaseIntact()) return;
-    runOnMainThread([inbox] {
+    const bool isIntact = writer->isBaseIntact();
+    if (isIntact && writer->dependsOnFile()) return;
+    runOnMainThread([inbox, isIntact] {
       if (inbox->owner == nullptr || inbox->owner->document_.expired()) return;
+      // A copy has been made meanwhile.
+      if (isIntact) return inbox->owner->watch_.stop();
       inbox->owner->capture_.forgetAll();
       inbox->owner->beginRecord();
     });

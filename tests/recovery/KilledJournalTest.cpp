@@ -28,9 +28,10 @@ constexpr int rounds = 40;
 constexpr int rounds = 200;
 #endif
 /// Of the interval from a change to its record. Two are what is promised, and what a machine at rest keeps
-/// (65 to 100 ms). The test turns the interval down to a hundredth, and a journal is written at low priority, so
-/// that a machine that is busy with other tests needs more: up to 330 ms have been seen.
-constexpr int mostIntervals = 10;
+/// (65 to 100 ms). The test turns the interval down to a hundredth, and a journal is written at low priority,
+/// so that a machine that is busy with other tests needs more: up to 330 ms have been seen beside three busy
+/// programs on two cores.
+constexpr int mostIntervals = 12;
 
 std::vector<StateReport> reportsOf(QProcess& child) {
   const QByteArray bytes = child.readAllStandardOutput();
@@ -129,13 +130,14 @@ TEST_F(KilledJournal, GivesBackARecentState) {
     const RecoveryStore store(settings);
     const OrphanList orphans = store.orphans();
     ASSERT_LE(orphans.size(), 1U);
-    Found found = orphans.empty() ? fromFile(file) : fromJournal(store);
+    Found found = orphans.empty() ? Found() : fromJournal(store);
     // Between the save that replaced the file and the record that belongs to the new one, a copy of the old
     // one may not have been made yet: then everything is in the new one.
-    if (!found.loss.isEmpty() && round % 2 == 1) found = fromFile(file);
+    const bool isOnlyInFile = orphans.empty() || (!found.loss.isEmpty() && round % 2 == 1);
+    if (isOnlyInFile) found = fromFile(file);
     ASSERT_EQ(found.loss, QString());
     ASSERT_NE(found.document, nullptr);
-    if (!orphans.empty()) {
+    if (!isOnlyInFile) {
       EXPECT_EQ(found.document->name.value(), QStringLiteral("Random"));
       EXPECT_TRUE(found.document->isDirty.value());
     }
