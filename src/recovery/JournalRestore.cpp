@@ -13,6 +13,7 @@
 #include "raster/Regularity.h"
 #include "recovery/BaseTiles.h"
 #include "recovery/JournalReader.h"
+#include "recovery/LaterSave.h"
 #include "undo/CompressedTile.h"
 
 namespace orvanel {
@@ -31,6 +32,7 @@ QString damaged() {
 struct Filling {
   Texture surface;
   const TileTable* table = nullptr;
+  std::string path;
   QString layer;
 };
 
@@ -43,7 +45,7 @@ Described<std::vector<Filling>> fillingsOf(const DocumentPlan& plan, const Journ
         found->second.tiles.size() != static_cast<std::size_t>(surface->tileCount())) {
       return false;
     }
-    fillings.push_back({surface, &found->second, layer});
+    fillings.push_back({surface, &found->second, path.toStdString(), layer});
     return true;
   };
   for (const PlannedNode& node : plan.nodes) {
@@ -129,21 +131,69 @@ class Filler {
     if (auto result = decompress(fillings, progress); !result) return result;
     for (const Filling& filling : fillings) {
       for (int index = 0; index < filling.surface->tileCount(); ++index) {
-        if (!put(*filling.surface, index, filling.table->tiles[static_cast<std::size_t>(index)]))
+        if (!put(filling, index, filling.table->tiles[static_cast<std::size_t>(index)]))
           return because(damaged());
       }
-      if (std::exchange(hasLost_, false) && !incomplete_.contains(filling.layer))
-        incomplete_.append(filling.layer);
     }
     return {};
   }
+
+  [[nodiscard]] bool isComplete() const { return missing_.empty(); }
+  /// Takes tiles that are missing from a later save: those of surfaces that haven't changed, and all if it
+  /// holds whatever the journal does, because then it is what was being saved.
+  void complete(const std::vector<Filling>& fillings, const LaterSave& later) {
+    const bool isOfThisState =
+        !state_.stored.empty() &&
+        std::ranges::all_of(fillings, [&](const Filling& filling) { return holdsStored(later, filling); });
+    std::erase_if(missing_, [&](const Missing& missing) {
+      Surface& surface = *missing.filling->surface;
+      const journal::BaseSurface& base = state_.base->surfaces[missing.source.surface];
+      if (later.holdsUnchanged(base)) {
+        surface.setTile(missing.index,
+                        later.surface(base.path)->tile(static_cast<int>(missing.source.value)));
+        return true;
+      }
+      const ConstTexture same = later.surface(missing.filling->path);
+      const bool isThere = isOfThisState && isAlike(same, surface);
+      if (isThere) surface.setTile(missing.index, same->tile(missing.index));
+      return isThere;
+    });
+  }
   /// The names of layers of which tiles are gone.
-  [[nodiscard]] const QStringList& incomplete() const { return incomplete_; }
+  [[nodiscard]] QStringList incomplete() const {
+    QStringList names;
+    for (const Missing& missing : missing_) {
+      if (!names.contains(missing.filling->layer)) names.append(missing.filling->layer);
+    }
+    return names;
+  }
 
  private:
   static constexpr std::size_t tilesOfTask = 32;
   /// Where a mask is lost, its layer shows.
   static constexpr std::uint64_t maskThatShows = 0x3C00;
+
+  struct Missing {
+    const Filling* filling = nullptr;
+    int index = 0;
+    TileSource source;
+  };
+
+  static bool isAlike(const ConstTexture& found, const Surface& surface) {
+    return found != nullptr && found->format() == surface.format() && found->width() == surface.width() &&
+           found->height() == surface.height();
+  }
+  /// Whether the save has all tiles that the journal itself holds of this surface.
+  static bool holdsStored(const LaterSave& later, const Filling& filling) {
+    const ConstTexture found = later.surface(filling.path);
+    for (int index = 0; index < filling.surface->tileCount(); ++index) {
+      const bool isStored =
+          filling.table->tiles[static_cast<std::size_t>(index)].kind == TileSource::Kind::stored;
+      if (isStored && (!isAlike(found, *filling.surface) || !isSameTile(*found, *filling.surface, index)))
+        return false;
+    }
+    return true;
+  }
 
   Described<void> decompress(const std::vector<Filling>& fillings, const Progress& progress) {
     std::vector<bool> isNeeded(tiles_.size(), false);
@@ -181,19 +231,21 @@ class Filler {
   }
 
   /// False for what contradicts itself.
-  [[nodiscard]] bool put(Surface& surface, int index, const TileSource& source) {
+  [[nodiscard]] bool put(const Filling& filling, int index, const TileSource& source) {
+    Surface& surface = *filling.surface;
     if (source.kind == TileSource::Kind::uniform) {
       surface.setUniform(index, packPixel(&source.value, surface.pixelBytes()));
       return true;
     }
-    if (source.kind == TileSource::Kind::base) return base_ != nullptr && putFromBase(surface, index, source);
+    if (source.kind == TileSource::Kind::base) return base_ != nullptr && putFromBase(filling, index, source);
     if (state_.stored[source.value].tile.pixelBytes != surface.pixelBytes()) return false;
     surface.setTile(index, tiles_[source.value]);
     markIfIrregular(surface, index);
     return true;
   }
 
-  [[nodiscard]] bool putFromBase(Surface& surface, int index, const TileSource& source) {
+  [[nodiscard]] bool putFromBase(const Filling& filling, int index, const TileSource& source) {
+    Surface& surface = *filling.surface;
     const Texture& base = base_->surface(source.surface);
     if (base == nullptr || base->format() != surface.format() ||
         source.value >= static_cast<std::uint64_t>(base->tileCount())) {
@@ -203,7 +255,7 @@ class Filler {
       surface.setTile(index, base->tile(static_cast<int>(source.value)));
       return true;
     }
-    hasLost_ = true;
+    missing_.push_back({&filling, index, source});
     if (surface.format() == maskPixelFormat) surface.setUniform(index, maskThatShows);
     return true;
   }
@@ -212,8 +264,7 @@ class Filler {
   const JournalState& state_;
   const BaseTiles* base_;
   std::vector<Tile> tiles_;
-  bool hasLost_ = false;
-  QStringList incomplete_;
+  std::vector<Missing> missing_;
 };
 
 /// Of the image that the document was opened from, as far as it is still there.
@@ -247,9 +298,13 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   }
   Filler filler(input, *state, base ? &base->tiles : nullptr);
   if (auto filled = filler.fill(*fillings, progress); !filled) return because(filled.error());
+  if (!filler.isComplete()) {
+    if (const auto later = LaterSave::open(state->base->path, context, progress.part(0.7, 0.9)))
+      filler.complete(*fillings, *later);
+  }
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
-  const QStringList& incomplete = filler.incomplete();
+  const QStringList incomplete = filler.incomplete();
   return RestoredContents{std::move(*plan),
                           state->document.path,
                           state->document.imageFormat,

@@ -34,7 +34,8 @@ struct StateReport {
 [[noreturn]] void runUntilKilled(const QString& folder, unsigned seed);
 
 inline constexpr const char* dieInSaveArgument = "--die-in-save";
-/// Edits a saved document, and dies in the moment in which the next save has replaced the file.
+/// Edits a saved document, and dies in the moment in which the next save has replaced the file. From the seed
+/// 4 on there is no room for a copy of that file.
 [[noreturn]] void dieInSave(const QString& folder, unsigned seed);
 
 }  // namespace orvanel::testing

@@ -272,6 +272,38 @@ TEST_F(JournalOfOtherDiskTest, restoresWhatThereIsOnceTheFileHasGone) {
   EXPECT_EQ(store().orphans().size(), 1U);
 }
 
+TEST_F(JournalOfOtherDiskTest, aLaterSaveOfTheSameStateHoldsWhatIsMissing) {
+  saveAndFollow();
+  changePixels(*document);
+  record();
+  // As if the process died before it could tell the journal.
+  saveAndFollow();
+  const DocumentPtr back = readBack();
+  ASSERT_NE(back, nullptr);
+  EXPECT_EQ(firstDifference(*document, *back), "");
+}
+
+TEST_F(JournalOfOtherDiskTest, aLaterSaveOfAnotherStateIsntMixedIn) {
+  saveAndFollow();
+  changePixels(*document);
+  record();
+  changePixels(*document);
+  document->undo();
+  document->undo();
+  saveAndFollow();
+  writer = nullptr;
+  const auto contents = store().claim(store().orphans().at(0).id)->restore(MetalContext::shared(), {});
+  ASSERT_TRUE(contents.has_value());
+  EXPECT_EQ(contents->loss, QString()) << "its surfaces are those of the file before";
+  // Without what the journal holds, and with something that it doesn't.
+  document->selectNode(document->allLayers().front()->id);
+  document->invertActive();
+  saveAndFollow();
+  const auto mixed = store().claim(store().orphans().at(0).id)->restore(MetalContext::shared(), {});
+  ASSERT_TRUE(mixed.has_value());
+  EXPECT_FALSE(mixed->loss.isEmpty());
+}
+
 TEST_F(JournalOfOtherDiskTest, restoresWhatIsUnharmedOfADamagedFile) {
   const QString path = saveAndFollow();
   record();

@@ -157,8 +157,8 @@ TEST_F(KilledJournal, GivesBackARecentState) {
 }
 
 TEST_F(KilledJournal, RestoresWhatASaveHadJustReplaced) {
-  // With a link to the file that was replaced, and with a copy of it.
-  for (const int seed : {0, 1, 2, 3}) {
+  // With a link to the file that was replaced, with a copy of it, and with neither.
+  for (const int seed : {0, 1, 2, 3, 7}) {
     SCOPED_TRACE(seed);
     clear();
     start(testing::dieInSaveArgument, seed);
