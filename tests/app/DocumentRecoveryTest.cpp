@@ -148,12 +148,13 @@ TEST_F(DocumentRecoveryTest, ARestoredDocumentIsSavedOverItsFileWithoutAQuestion
 }
 
 TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart) {
-  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
-  testing::scribble(*document->activeLayer()->texture.value(), 1);
+  const DocumentPtr document = testing::richDocument(ColorMode::rgb8);
+  state.windowState.addDocument(document);
   dialogs.savePaths.push(path("Sky.tessel"));
   files.saveAs(document);
   files.settleWrites();
   document->addLayer(QStringLiteral("Clouds"));
+  const std::size_t layers = document->allLayers().size();
   recovery->recordNow();
   ASSERT_TRUE(waitForJournals(1));
   crashAndStart();
@@ -165,7 +166,7 @@ TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Restored in Part");
   EXPECT_THAT(dialogs.warnings[0].second, ::testing::HasSubstr("\"Sky.tessel\" has been changed or removed"));
-  EXPECT_EQ(state.windowState.activeDocument()->rootNodes.value().size(), 2U);
+  EXPECT_EQ(state.windowState.activeDocument()->allLayers().size(), layers);
   recovery->recordNow();
   EXPECT_TRUE(waitForJournals(2)) << "its own, and the one that was offered";
 }
