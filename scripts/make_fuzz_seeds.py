@@ -251,7 +251,7 @@ def journal_record(sequence, content, tiles=b"", name=b"Seed"):
         contents += sized(path.encode()) + struct.pack("<HBI", pixel_format, is_new, len(runs))
         contents += b"".join(struct.pack("<IIBIQ", *run) for run in runs)
     contents += struct.pack("<I", len(gone)) + b"".join(sized(path.encode()) for path in gone)
-    header = struct.pack("<4sHHQQqQIII", b"ORJR", 1, min(sequence, 1), 7, sequence, 1, len(tiles), len(contents),
+    header = struct.pack("<4sHHQQqQIII", b"ORJR", 2, min(sequence, 1), 7, sequence, 1, len(tiles), len(contents),
                          zlib.crc32(tiles), zlib.crc32(contents)) + bytes(8)
     return header + struct.pack("<I", zlib.crc32(header)) + tiles + contents
 

@@ -1062,6 +1062,10 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Ungespeicherte Änderungen werden nicht für die Wiederherstellung bewahrt: %1</translation>
     </message>
     <message>
+        <source>Restored in Part</source>
+        <translation>Teilweise wiederhergestellt</translation>
+    </message>
+    <message>
         <source>Unsaved changes are kept for recovery again.</source>
         <translation>Ungespeicherte Änderungen werden wieder für die Wiederherstellung bewahrt.</translation>
     </message>
@@ -2408,6 +2412,10 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Die Wiederherstellungsdaten würden mehr Platz brauchen als erlaubt.</translation>
     </message>
     <message>
+        <source>The disk is nearly full; recovery data leaves the rest to your files.</source>
+        <translation>Der Datenträger ist fast voll; der Rest bleibt Ihren Dateien.</translation>
+    </message>
+    <message>
         <source>The disk takes long to write recovery data.</source>
         <translation>Der Datenträger braucht lange, um Wiederherstellungsdaten zu schreiben.</translation>
     </message>
@@ -2436,8 +2444,8 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Es können keine Wiederherstellungsdaten geschrieben werden: %1.</translation>
     </message>
     <message>
-        <source>The changes can&apos;t be restored: the file &quot;%1&quot;, which they were made in, has been changed or removed since.</source>
-        <translation>Die Änderungen können nicht wiederhergestellt werden: Die Datei „%1“, in der sie gemacht wurden, ist seitdem geändert oder entfernt worden.</translation>
+        <source>The file &quot;%1&quot; has been changed or removed, so parts of these layers could not be restored and are transparent: %2.</source>
+        <translation>Die Datei „%1“ ist geändert oder entfernt worden, deshalb konnten Teile dieser Ebenen nicht wiederhergestellt werden und sind durchsichtig: %2.</translation>
     </message>
 </context>
 </TS>

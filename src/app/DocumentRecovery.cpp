@@ -70,14 +70,14 @@ void DocumentRecovery::restore(const Orphan& orphan) {
   const FileActivity::Work work = files_.activity.begin();
   recovery_.restore(
       orphan.id, appState_.metalContext, this,
-      [this, work, orphan](const FileResult<DocumentPtr>& result) {
+      [this, work, orphan](const FileResult<RestoredDocument>& result) {
         files_.activity.end(work);
         restored(orphan, result);
       },
       [this, work](double fraction) { files_.activity.advance(work, fraction); });
 }
 
-void DocumentRecovery::restored(const Orphan& orphan, const FileResult<DocumentPtr>& result) {
+void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredDocument>& result) {
   if (!result) {
     dialogs_.showWarning(tr("Failed to Restore"), displayText(orphan.name) + QStringLiteral(": ") +
                                                       look::translatedSentence(result.error().message) +
@@ -88,18 +88,23 @@ void DocumentRecovery::restored(const Orphan& orphan, const FileResult<DocumentP
   const auto add = [](const DocumentPtr& document) {
     NotificationCenter::standard().post(notification::createdNewDocument, document);
   };
-  const auto& path = (*result)->sourceFileURL.value();
-  if (!path) return add(*result);
+  if (!result->loss.isEmpty()) {
+    dialogs_.showWarning(tr("Restored in Part"), displayText(orphan.name) + QStringLiteral(": ") +
+                                                     look::translatedSentence(result->loss) + u'\n' +
+                                                     tr("It will be offered again at the next start."));
+  }
+  const auto& path = result->document->sourceFileURL.value();
+  if (!path) return add(result->document);
   // Storage may not answer. The document goes back to the main thread in any case, which must release it.
-  auto known = std::dynamic_pointer_cast<const KnownFile>((*result)->fileMemory());
-  runInBackground(
-      [add, document = *result, known = std::move(known), path = *path, time = orphan.time]() mutable {
-        known = knownFileOfRestored(known, path, time);
-        runOnMainThread([add, document = std::move(document), known = std::move(known)] {
-          document->setFileMemory(known);
-          add(document);
-        });
-      });
+  auto known = std::dynamic_pointer_cast<const KnownFile>(result->document->fileMemory());
+  runInBackground([add, document = result->document, known = std::move(known), path = *path,
+                   time = orphan.time]() mutable {
+    known = knownFileOfRestored(known, path, time);
+    runOnMainThread([add, document = std::move(document), known = std::move(known)] {
+      document->setFileMemory(known);
+      add(document);
+    });
+  });
 }
 
 void DocumentRecovery::statusChanged(const RecoveryStatus& status) {

@@ -39,7 +39,7 @@ class DocumentRecovery : public QObject {
   void documentsChanged();
   void orphansFound(const OrphanList& orphans);
   void restore(const Orphan& orphan);
-  void restored(const Orphan& orphan, const FileResult<DocumentPtr>& result);
+  void restored(const Orphan& orphan, const FileResult<RestoredDocument>& result);
   void statusChanged(const RecoveryStatus& status);
 
   AppState& appState_;

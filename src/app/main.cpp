@@ -59,6 +59,7 @@ int main(int argc, char** argv) {
   std::unique_ptr<InstanceClaim> claim = meetOtherInstance(start, isHandedOver);
   if (isHandedOver) return 0;
   endFaultsOnTerminate();
+  speakBeforeFaultSignals();
   DunmarrowApp application(argc, argv);
   return application.run(std::move(claim));
 }

@@ -56,7 +56,9 @@ CommandResult runRecover(const Invocation& invocation) {
   MetalContext& context = MetalContext::shared();
   const auto contents = orphan->restore(context, {});
   if (!contents) return tl::make_unexpected(CommandFailure{id, contents.error()});
-  return writeDocument(*buildRestored(*contents, context), invocation.arguments.at(1));
+  const CommandResult written = writeDocument(*buildRestored(*contents, context), invocation.arguments.at(1));
+  if (written && !contents->loss.isEmpty()) printErrorLine(id + QStringLiteral(": ") + contents->loss);
+  return written;
 }
 
 }  // namespace orvanel

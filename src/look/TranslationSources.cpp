@@ -104,6 +104,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The compressed data ends too early."),
     QT_TRANSLATE_NOOP("sentences", "The compressed data is damaged."),
     QT_TRANSLATE_NOOP("sentences", "The destination is not a regular file."),
+    QT_TRANSLATE_NOOP("sentences", "The disk is nearly full; recovery data leaves the rest to your files."),
     QT_TRANSLATE_NOOP("sentences", "The disk takes long to write recovery data."),
     QT_TRANSLATE_NOOP("sentences", "The document can't be written. An opacity is not a number."),
     QT_TRANSLATE_NOOP("sentences", "The document has more layers than a file can hold."),
@@ -143,8 +144,8 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "Only the first of %1 pictures was opened."),
     QT_TRANSLATE_NOOP("sentences", "Recovery data can't be written: %1."),
     QT_TRANSLATE_NOOP("sentences",
-                      "The changes can't be restored: the file \"%1\", which they were made in, has been "
-                      "changed or removed since."),
+                      "The file \"%1\" has been changed or removed, so parts of these layers could not be "
+                      "restored and are transparent: %2."),
     QT_TRANSLATE_NOOP("sentences", "The document has format version %1, which can't be read."),
     QT_TRANSLATE_NOOP("sentences", "The document's manifest is damaged: %1."),
     QT_TRANSLATE_NOOP("sentences", "The drawing is damaged: %1."),

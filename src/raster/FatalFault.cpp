@@ -1,8 +1,15 @@
 #include "raster/FatalFault.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 
 namespace orvanel {
@@ -15,6 +22,26 @@ constinit std::atomic<bool> areMistakesFatal = true;
 #endif
 
 constinit std::atomic<const char*> lastWords = nullptr;
+constinit std::atomic<bool> haveBeenSaid = false;
+
+/// Only what a signal handler may call.
+void sayNow(const char* sentence) {
+  constexpr char lineEnd = '\n';
+  const bool isSaid = ::write(STDERR_FILENO, sentence, std::strlen(sentence)) >= 0 &&
+                      ::write(STDERR_FILENO, &lineEnd, 1) >= 0;
+  static_cast<void>(isSaid);
+}
+
+void handleFaultSignal(int signal) {
+  const int error = errno;
+  if (!haveBeenSaid.exchange(true)) {
+    sayNow("The program has ended because of a fault.");
+    if (const char* sentence = lastWords.load()) sayNow(sentence);
+  }
+  errno = error;
+  // The handler has gone by now, so that this ends the process as soon as it returns.
+  ::raise(signal);
+}
 
 }  // namespace
 
@@ -22,6 +49,7 @@ void fatalFault(std::string_view message) {
   std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
   if (const char* sentence = lastWords.load()) std::fprintf(stderr, "%s\n", sentence);
   std::fflush(stderr);
+  haveBeenSaid = true;
   std::abort();
 }
 
@@ -31,6 +59,21 @@ void setLastWords(const char* sentence) noexcept {
 
 void endFaultsOnTerminate() noexcept {
   std::set_terminate([] { fatalFault("An unexpected error has ended the program."); });
+}
+
+void speakBeforeFaultSignals() noexcept {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  // A stack that has overflowed is no place to speak from.
+  constexpr std::size_t stackBytes = std::size_t{64} << 10U;
+  alignas(16) static std::array<std::byte, stackBytes> place;
+  const stack_t stack{.ss_sp = place.data(), .ss_flags = 0, .ss_size = place.size()};
+  ::sigaltstack(&stack, nullptr);
+  struct sigaction action {};
+  action.sa_handler = handleFaultSignal;
+  action.sa_flags = static_cast<int>(SA_ONSTACK | SA_RESETHAND);
+  sigemptyset(&action.sa_mask);
+  for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) ::sigaction(signal, &action, nullptr);
+#endif
 }
 
 void setMistakesFatal(bool areFatal) {

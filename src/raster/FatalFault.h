@@ -15,6 +15,11 @@ void setLastWords(const char* sentence) noexcept;
 /// Lets an exception that nobody catches end the process as a fault does.
 void endFaultsOnTerminate() noexcept;
 
+/// Lets the signals of faults (SIGSEGV, SIGBUS, SIGILL, SIGFPE and SIGABRT) say the last words before they
+/// end the process as ever, with a core dump where the user has them. Does nothing in sanitized builds, which
+/// have words of their own. Main thread, once.
+void speakBeforeFaultSignals() noexcept;
+
 /// Whether `expectThat` ends the process. On in debug builds, off otherwise; test programs turn it on.
 void setMistakesFatal(bool areFatal);
 

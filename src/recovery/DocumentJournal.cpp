@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "model/BackgroundCall.h"
+#include "model/DisplayText.h"
 
 namespace orvanel {
 namespace {
@@ -11,6 +12,15 @@ namespace {
 /// Of the main thread, between two events: well below what a user can feel.
 constexpr std::chrono::microseconds sliceOfMainThread{400};
 constexpr int mostAttemptsNow = 3;
+
+/// One piece after the other, while nothing is to be recorded.
+void copyInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_ptr<JournalWriter>& writer) {
+  if (!writer->needsCopying()) return;
+  lane->runWhenIdle([lane, writer] {
+    writer->copyPiece();
+    copyInPieces(lane, writer);
+  });
+}
 
 }  // namespace
 
@@ -30,7 +40,8 @@ DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files
     : document_(document),
       surroundings_(std::move(surroundings)),
       capture_(*document),
-      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes)),
+      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes,
+                                              surroundings_.turns)),
       inbox_(std::make_shared<Inbox>()) {
   inbox_->owner = this;
   for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->setSingleShot(true);
@@ -39,10 +50,9 @@ DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files
   QObject::connect(&nextSlice_, &QTimer::timeout, [this] { gather(sliceOfMainThread); });
   QObject::connect(&watch_, &QTimer::timeout, [this] { watchBase(); });
   watch_.setInterval(2 * surroundings_.settings.interval);
-  subscription_ = document->changes().observe([this](const DocumentChanges& changes) {
-    capture_.note(changes);
-    schedule();
-  });
+  wasDirty_ = document->isDirty.value();
+  subscription_ =
+      document->changes().observe([this](const DocumentChanges& changes) { documentChanged(changes); });
   schedule();
 }
 
@@ -55,11 +65,43 @@ void DocumentJournal::replace(ClaimedOrphan orphan) {
   beginRecord();
 }
 
-void DocumentJournal::schedule() {
+void DocumentJournal::documentChanged(const DocumentChanges& changes) {
   const DocumentPtr document = document_.lock();
   if (document == nullptr) return;
-  if (!document->isDirty.value()) {
-    // A save has begun. Until it has succeeded, the journal is all that holds the work.
+  const Keeping before = keeping();
+  capture_.note(changes);
+  const bool isDirty = document->isDirty.value();
+  const bool doesSaveBegin = wasDirty_ && !isDirty;
+  wasDirty_ = isDirty;
+  isSaving_ = !isDirty && (isSaving_ || doesSaveBegin);
+  // The save may take long, or never end. What it writes is to be recovered even if there are no more
+  // changes.
+  if (doesSaveBegin && hasRecord_ && capture_.hasChanges()) {
+    beginRecord();
+  } else {
+    schedule();
+  }
+  if (keeping() != before) surroundings_.changed();
+}
+
+bool DocumentJournal::hasWork() const {
+  const DocumentPtr document = document_.lock();
+  return document != nullptr && (document->isDirty.value() || isSaving_);
+}
+
+DocumentJournal::Keeping DocumentJournal::keeping() const {
+  if (!hasWork()) return Keeping::nothing;
+  const bool isKept = hasRecord_ && status_.state == RecoveryStatus::State::recording;
+  return isKept ? Keeping::work : Keeping::notNow;
+}
+
+QString DocumentJournal::name() const {
+  const DocumentPtr document = document_.lock();
+  return document != nullptr ? displayText(document->name.value()) : QString();
+}
+
+void DocumentJournal::schedule() {
+  if (!hasWork()) {
     for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
     return;
   }
@@ -68,8 +110,7 @@ void DocumentJournal::schedule() {
 }
 
 void DocumentJournal::recordDue() {
-  const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value()) return;
+  if (!hasWork()) return;
   if (!isWriting_) return beginRecord();
   setStatus(
       {RecoveryStatus::State::suspended, QStringLiteral("The disk takes long to write recovery data.")});
@@ -87,8 +128,7 @@ void DocumentJournal::beginRecord() {
 }
 
 void DocumentJournal::gather(std::chrono::nanoseconds budget) {
-  const DocumentPtr document = document_.lock();
-  if (document == nullptr || !document->isDirty.value() || isWriting_) return;
+  if (!hasWork() || isWriting_) return;
   const Hold start = threadTime();
   std::optional<Capture> capture = capture_.advance(budget);
   if (capture) {
@@ -104,17 +144,19 @@ void DocumentJournal::send(Capture capture) {
   isWriting_ = true;
   isSendingEverything_ = capture.isComplete;
   auto shared = std::make_shared<const Capture>(std::move(capture));
-  surroundings_.lane.run([writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
-    Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
-    capture.reset();
-    {
-      const std::lock_guard guard(inbox->mutex);
-      inbox->letter = std::move(letter);
-    }
-    runOnMainThread([inbox = std::move(inbox)] {
-      if (inbox->owner != nullptr) inbox->owner->takeOutcome();
-    });
-  });
+  surroundings_.lane->run(
+      [lane = surroundings_.lane, writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
+        Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
+        capture.reset();
+        copyInPieces(lane, writer);
+        {
+          const std::lock_guard guard(inbox->mutex);
+          inbox->letter = std::move(letter);
+        }
+        runOnMainThread([inbox = std::move(inbox)] {
+          if (inbox->owner != nullptr) inbox->owner->takeOutcome();
+        });
+      });
 }
 
 void DocumentJournal::takeOutcome() {
@@ -150,7 +192,7 @@ void DocumentJournal::takeOutcome() {
 void DocumentJournal::recorded() {
   hasRecord_ = true;
   if (orphan_) {
-    surroundings_.lane.run(
+    surroundings_.lane->run(
         [orphan = std::make_shared<ClaimedOrphan>(*std::exchange(orphan_, {}))] { orphan->remove(); });
   }
   setStatus({});
@@ -169,6 +211,7 @@ void DocumentJournal::suspend(const QString& reason) {
 void DocumentJournal::saved() {
   const DocumentPtr document = document_.lock();
   if (document == nullptr) return;
+  isSaving_ = false;
   if (!document->isDirty.value()) return removeJournal();
   // What the journal left to the file before may have gone with it.
   capture_.forgetAll();
@@ -177,10 +220,13 @@ void DocumentJournal::saved() {
 
 void DocumentJournal::watchBase() {
   if (isWriting_ || !hasRecord_) return;
-  surroundings_.lane.run([writer = writer_, inbox = inbox_] {
-    if (writer->isBaseIntact()) return;
-    runOnMainThread([inbox] {
+  surroundings_.lane->run([writer = writer_, inbox = inbox_] {
+    const bool isIntact = writer->isBaseIntact();
+    if (isIntact && writer->dependsOnFile()) return;
+    runOnMainThread([inbox, isIntact] {
       if (inbox->owner == nullptr || inbox->owner->document_.expired()) return;
+      // A copy has been made meanwhile.
+      if (isIntact) return inbox->owner->watch_.stop();
       inbox->owner->capture_.forgetAll();
       inbox->owner->beginRecord();
     });
@@ -190,6 +236,7 @@ void DocumentJournal::watchBase() {
 void DocumentJournal::removeJournal() {
   for (QTimer* timer : {&due_, &retry_, &nextSlice_, &watch_}) timer->stop();
   isLate_ = false;
+  isSaving_ = false;
   const bool isThereAny = hasRecord_ || isWriting_ || orphan_;
   if (isThereAny) {
     // Outcomes that are still to come are those of a journal that no longer matters.
@@ -197,7 +244,7 @@ void DocumentJournal::removeJournal() {
     inbox_ = std::make_shared<Inbox>();
     inbox_->owner = this;
     auto orphan = std::make_shared<std::optional<ClaimedOrphan>>(std::exchange(orphan_, std::nullopt));
-    surroundings_.lane.run([writer = writer_, orphan] {
+    surroundings_.lane->run([writer = writer_, orphan] {
       writer->remove();
       if (*orphan) (*orphan)->remove();
     });
@@ -209,20 +256,18 @@ void DocumentJournal::removeJournal() {
   if (isThereAny) surroundings_.changed();
 }
 
-void DocumentJournal::recordNow() {
-  const DocumentPtr document = document_.lock();
-  for (int attempt = 0; document != nullptr && attempt < mostAttemptsNow; ++attempt) {
-    surroundings_.lane.wait();
+void DocumentJournal::beginNow() {
+  if (!hasWork() || !capture_.hasChanges() || isWriting_) return;
+  for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->stop();
+  gather(std::chrono::hours(1));
+}
+
+void DocumentJournal::finishNow(JournalLane::Clock::time_point deadline) {
+  for (int attempt = 0; attempt < mostAttemptsNow; ++attempt) {
+    beginNow();
+    if (!surroundings_.lane->waitForWork(deadline)) return;
     takeOutcome();
-    if (!document->isDirty.value() || (!capture_.hasChanges() && !isWriting_)) return;
-    if (isWriting_) continue;
-    nextSlice_.stop();
-    retry_.stop();
-    due_.stop();
-    gather(std::chrono::hours(1));
   }
-  surroundings_.lane.wait();
-  takeOutcome();
 }
 
 void DocumentJournal::setStatus(RecoveryStatus status) {

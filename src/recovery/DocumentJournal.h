@@ -19,9 +19,10 @@ class DocumentJournal {
   /// What it shares with the other journals; all outlive it.
   struct Surroundings {
     const RecoverySettings& settings;
-    JournalLane& lane;
+    std::shared_ptr<JournalTurns> turns;
+    std::shared_ptr<JournalLane> lane;
     RecoveryFigures& figures;
-    /// Called when the status, or whether there is a record, has changed.
+    /// Called when the status, or what the journal keeps, has changed.
     std::function<void()> changed;
   };
 
@@ -34,16 +35,27 @@ class DocumentJournal {
   void replace(ClaimedOrphan orphan);
   void saved();
   void closed() { removeJournal(); }
-  /// Blocks until what has changed is written, or can't be.
-  void recordNow();
+  /// Gathers what has changed, and hands it to the lane, unless that is at it already.
+  void beginNow();
+  /// Blocks until what has changed is written, or can't be, or the time has come.
+  void finishNow(JournalLane::Clock::time_point deadline);
 
   [[nodiscard]] const RecoveryStatus& status() const { return status_; }
-  [[nodiscard]] bool hasRecord() const { return hasRecord_; }
+  enum class Keeping {
+    nothing,  ///< there is nothing to keep
+    work,     ///< but for the last seconds
+    notNow,   ///< there is work without a record, or without one of the last seconds
+  };
+  [[nodiscard]] Keeping keeping() const;
+  /// Of the document, for the user.
+  [[nodiscard]] QString name() const;
 
  private:
   struct Inbox;
   using Hold = std::chrono::nanoseconds;
 
+  void documentChanged(const DocumentChanges& changes);
+  [[nodiscard]] bool hasWork() const;
   void schedule();
   void recordDue();
   void beginRecord();
@@ -65,6 +77,9 @@ class DocumentJournal {
   std::optional<ClaimedOrphan> orphan_;
   RecoveryStatus status_;
   bool hasRecord_ = false;
+  bool wasDirty_ = false;
+  /// A save has begun, and hasn't ended yet: what it writes isn't safe anywhere else.
+  bool isSaving_ = false;
   bool isWriting_ = false;
   /// A record came due while another was being written.
   bool isLate_ = false;

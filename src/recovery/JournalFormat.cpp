@@ -7,6 +7,7 @@
 
 #include "io/archive/Deflate.h"
 #include "io/archive/ZipReader.h"
+#include "io/document/LayerData.h"
 #include "io/document/Manifest.h"
 #include "raster/Tile.h"
 #include "recovery/ByteCoding.h"
@@ -15,7 +16,7 @@ namespace orvanel::journal {
 namespace {
 
 constexpr std::uint32_t magic = 0x524A524F;
-constexpr std::uint16_t version = 1;
+constexpr std::uint16_t version = 2;
 
 constexpr std::uint32_t longestText = 1U << 16U;
 constexpr auto longestSurfacePath = static_cast<std::uint32_t>(ZipReader::maximumPathBytes);
@@ -47,6 +48,69 @@ QByteArray readPacked(ByteReader& in, std::uint32_t limit) {
   return raw;
 }
 
+/// Only the formats that layers and masks can have.
+PixelFormat readFormat(ByteReader& in) {
+  const auto format = static_cast<PixelFormat>(in.number<std::uint16_t>());
+  switch (format) {
+    case PixelFormat::r16Float:
+    case PixelFormat::rg8Unorm:
+    case PixelFormat::rg16Unorm:
+    case PixelFormat::rgba8Unorm:
+    case PixelFormat::rgba16Float:
+      return format;
+    default:
+      in.fail();
+      return PixelFormat::rgba8Unorm;
+  }
+}
+
+std::uint32_t readSide(ByteReader& in) {
+  const auto side = in.number<std::uint32_t>();
+  if (side < 1 || side > static_cast<std::uint32_t>(maximumCanvasSide)) in.fail();
+  return in.hasFailed() ? 1 : side;
+}
+
+constexpr std::size_t chunkBytes = 8 + 4 * sizeof(std::uint32_t);
+
+void writeBaseSurface(ByteWriter& out, const BaseSurface& surface) {
+  out.text(surface.path);
+  out.number(static_cast<std::uint16_t>(surface.format));
+  out.number(surface.width);
+  out.number(surface.height);
+  out.count(surface.chunks.size());
+  for (const StoredChunk& chunk : surface.chunks) {
+    out.number(chunk.offset);
+    out.number(chunk.storedSize);
+    out.number(chunk.size);
+    out.number(chunk.crc);
+    out.number(chunk.storedCrc);
+  }
+}
+
+BaseSurface readBaseSurface(ByteReader& in) {
+  BaseSurface surface;
+  surface.path = in.plainText(longestSurfacePath);
+  surface.format = readFormat(in);
+  surface.width = readSide(in);
+  surface.height = readSide(in);
+  std::uint64_t bytes = 0;
+  for (std::size_t left = in.count(chunkBytes); left > 0; --left) {
+    StoredChunk chunk;
+    chunk.offset = in.number<std::uint64_t>();
+    chunk.storedSize = in.number<std::uint32_t>();
+    chunk.size = in.number<std::uint32_t>();
+    chunk.crc = in.number<std::uint32_t>();
+    chunk.storedCrc = in.number<std::uint32_t>();
+    if (chunk.size > maximumBaseChunkBytes || chunk.storedSize > maximumBaseChunkBytes) in.fail();
+    bytes += chunk.size;
+    surface.chunks.push_back(chunk);
+  }
+  const auto pixelBytes = static_cast<std::uint64_t>(bytesPerPixel(surface.format));
+  if (bytes != LayerdataHeader::byteSize + std::uint64_t{surface.width} * surface.height * pixelBytes)
+    in.fail();
+  return surface;
+}
+
 void writeBase(ByteWriter& out, const BaseFile& base) {
   out.text(base.path);
   out.number(base.identity.device);
@@ -56,10 +120,11 @@ void writeBase(ByteWriter& out, const BaseFile& base) {
   out.number(base.identity.changed);
   out.number(base.copy);
   out.count(base.surfaces.size());
-  for (const std::string& surface : base.surfaces) out.text(surface);
+  for (const BaseSurface& surface : base.surfaces) writeBaseSurface(out, surface);
 }
 
 BaseFile readBase(ByteReader& in) {
+  constexpr std::size_t leastBytes = 4 + 2 + 4 + 4 + 4;
   BaseFile base;
   base.path = in.plainText(longestText);
   base.identity.device = in.number<std::uint64_t>();
@@ -68,8 +133,8 @@ BaseFile readBase(ByteReader& in) {
   base.identity.modified = in.number<std::int64_t>();
   base.identity.changed = in.number<std::int64_t>();
   base.copy = in.number<std::uint32_t>();
-  for (std::size_t left = in.count(sizeof(std::uint32_t)); left > 0; --left)
-    base.surfaces.push_back(in.plainText(longestSurfacePath));
+  for (std::size_t left = in.count(leastBytes); left > 0 && !in.hasFailed(); --left)
+    base.surfaces.push_back(readBaseSurface(in));
   return base;
 }
 
@@ -86,22 +151,6 @@ void writeSurface(ByteWriter& out, const SurfaceRecord& surface) {
     out.number(static_cast<std::uint8_t>(run.source.kind));
     out.number(run.source.surface);
     out.number(run.source.value);
-  }
-}
-
-/// Only the formats that layers and masks can have.
-PixelFormat readFormat(ByteReader& in) {
-  const auto format = static_cast<PixelFormat>(in.number<std::uint16_t>());
-  switch (format) {
-    case PixelFormat::r16Float:
-    case PixelFormat::rg8Unorm:
-    case PixelFormat::rg16Unorm:
-    case PixelFormat::rgba8Unorm:
-    case PixelFormat::rgba16Float:
-      return format;
-    default:
-      in.fail();
-      return PixelFormat::rgba8Unorm;
   }
 }
 
@@ -138,12 +187,6 @@ std::optional<Document::ImageFileFormat> readImageFormat(ByteReader& in) {
   if (number == 0) return std::nullopt;
   if (number > 1 + static_cast<std::uint8_t>(Document::ImageFileFormat::bmp)) in.fail();
   return static_cast<Document::ImageFileFormat>(number - 1);
-}
-
-std::uint32_t readSide(ByteReader& in) {
-  const auto side = in.number<std::uint32_t>();
-  if (side < 1 || side > static_cast<std::uint32_t>(maximumCanvasSide)) in.fail();
-  return in.hasFailed() ? 1 : side;
 }
 
 StoredTile readStoredTile(ByteReader& in) {

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "io/archive/EntryParts.h"
 #include "io/files/FileIdentity.h"
 #include "model/Document.h"
 #include "raster/PixelFormat.h"
@@ -88,14 +89,29 @@ struct StoredTile {
   std::uint8_t pixelBytes = 0;
 };
 
+/// Where the pixels of a surface stand in the base file, and their sums: they are believed wherever they are
+/// found, and nothing else is.
+struct BaseSurface {
+  /// As in a document's archive.
+  std::string path;
+  PixelFormat format = PixelFormat::rgba8Unorm;
+  std::uint32_t width = 1;
+  std::uint32_t height = 1;
+  /// In order, deflated each by itself. Together they make a header and the rows of pixels.
+  std::vector<StoredChunk> chunks;
+};
+
+/// No chunk of a base file makes more bytes.
+inline constexpr std::uint32_t maximumBaseChunkBytes = std::uint32_t{1} << 26U;
+
 /// The document's file, in which those tiles stand that the journal doesn't hold.
 struct BaseFile {
   std::string path;
   FileIdentity identity;
-  /// Which copy in the store holds the same bytes; 0 for none.
+  /// Under which number the store holds the same bytes, as soon and as long as it does; 0 for none.
   std::uint32_t copy = 0;
-  /// The paths of the surfaces in it, counted by `TileSource::surface`.
-  std::vector<std::string> surfaces;
+  /// Counted by `TileSource::surface`.
+  std::vector<BaseSurface> surfaces;
 };
 
 struct RecordContents {

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace orvanel {
@@ -20,21 +22,99 @@ std::chrono::nanoseconds threadTime() {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-JournalLane::JournalLane() {
-  pool_.setMaxThreadCount(1);
+// Turns.
+
+void JournalTurns::enter() {
+  std::unique_lock guard(mutex_);
+  const std::uint64_t ticket = next_++;
+  changed_.wait(guard, [&] { return ticket < mayBegin_ || hasEnded_; });
 }
 
-JournalLane::~JournalLane() {
-  pool_.waitForDone();
+void JournalTurns::leave() {
+  const std::lock_guard guard(mutex_);
+  ++mayBegin_;
+  changed_.notify_all();
 }
+
+void JournalTurns::end() {
+  const std::lock_guard guard(mutex_);
+  hasEnded_ = true;
+  changed_.notify_all();
+}
+
+bool JournalTurns::hasEnded() const {
+  const std::lock_guard guard(mutex_);
+  return hasEnded_;
+}
+
+bool JournalTurns::Turn::pass() {
+  const bool doOthersWait = [this] {
+    const std::lock_guard guard(turns_.mutex_);
+    return turns_.next_ > turns_.mayBegin_;
+  }();
+  if (doOthersWait) {
+    turns_.leave();
+    turns_.enter();
+  }
+  return !turns_.hasEnded();
+}
+
+// Lanes.
 
 void JournalLane::run(std::function<void()> work) {
-  pool_.start([this, work = std::move(work)]() mutable {
-    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), niceness);
-    const auto start = threadTime();
+  add(due_, std::move(work));
+}
+
+void JournalLane::runWhenIdle(std::function<void()> work) {
+  add(spare_, std::move(work));
+}
+
+void JournalLane::add(std::deque<std::function<void()>>& queue, std::function<void()> work) {
+  const std::lock_guard guard(mutex_);
+  queue.push_back(std::move(work));
+  if (std::exchange(hasThread_, true)) return;
+  try {
+    std::thread([self = shared_from_this()] { self->workOff(); }).detach();
+  } catch (const std::system_error&) {
+    // There are too many threads. The next work tries again.
+    hasThread_ = false;
+  }
+}
+
+std::function<void()> JournalLane::next() {
+  const std::lock_guard guard(mutex_);
+  if (turns_->hasEnded()) spare_.clear();
+  isDoingDue_ = !due_.empty();
+  auto& queue = isDoingDue_ ? due_ : spare_;
+  std::function<void()> work;
+  if (queue.empty()) {
+    hasThread_ = false;
+  } else {
+    work = std::move(queue.front());
+    queue.pop_front();
+  }
+  changed_.notify_all();
+  return work;
+}
+
+void JournalLane::workOff() {
+  ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), niceness);
+  auto start = threadTime();
+  while (auto work = next()) {
     std::exchange(work, {})();
-    used_ += (threadTime() - start).count();
-  });
+    const auto now = threadTime();
+    turns_->addTime(now - std::exchange(start, now));
+  }
+}
+
+bool JournalLane::waitForWork(Clock::time_point deadline) {
+  std::unique_lock guard(mutex_);
+  return changed_.wait_until(guard, deadline, [this] { return due_.empty() && !isDoingDue_; });
+}
+
+bool JournalLane::waitForRest(Clock::time_point deadline) {
+  std::unique_lock guard(mutex_);
+  return changed_.wait_until(guard, deadline, [this] { return !hasThread_; });
 }
 
 }  // namespace orvanel

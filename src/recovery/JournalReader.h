@@ -70,9 +70,13 @@ struct RestoredContents {
   std::shared_ptr<const SourceMetadata> metadata;
   /// What the document's file holds, if it is still the file that the document came from.
   SavedFilePtr saved;
+  /// What couldn't be had any more: a sentence for the user. Usually empty.
+  QString loss;
 };
 
-/// Reads the tiles as well. `copyOfBase` is the file that a number of `BaseFile::copy` stands for.
+/// Reads the tiles as well. Those that stood in the document's file alone, and are gone with it, stay
+/// transparent. `copyOfBase` is the file that a
+/// number of `BaseFile::copy` stands for.
 [[nodiscard]] Described<RestoredContents> restoreContents(
     const JournalInput& input, const MetalContext& context,
     const std::function<std::string(std::uint32_t)>& copyOfBase, const Progress& progress);

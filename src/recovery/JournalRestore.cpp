@@ -1,6 +1,7 @@
 #include <QFile>
+#include <QStringList>
 #include <algorithm>
-#include <map>
+#include <utility>
 
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
@@ -10,7 +11,9 @@
 #include "io/image/ImageMetadata.h"
 #include "raster/MemoryBudget.h"
 #include "raster/Regularity.h"
+#include "recovery/BaseTiles.h"
 #include "recovery/JournalReader.h"
+#include "recovery/LaterSave.h"
 #include "undo/CompressedTile.h"
 
 namespace orvanel {
@@ -29,95 +32,168 @@ QString damaged() {
 struct Filling {
   Texture surface;
   const TileTable* table = nullptr;
+  std::string path;
+  QString layer;
 };
 
 Described<std::vector<Filling>> fillingsOf(const DocumentPlan& plan, const JournalState& state) {
   std::vector<Filling> fillings;
-  const auto add = [&](const QString& path, const Texture& surface) {
+  const auto add = [&](const QString& path, const QString& layer, const Texture& surface) {
     if (surface == nullptr) return true;
     const auto found = state.tables.find(path.toStdString());
     if (found == state.tables.end() || found->second.format != surface->format() ||
         found->second.tiles.size() != static_cast<std::size_t>(surface->tileCount())) {
       return false;
     }
-    fillings.push_back({surface, &found->second});
+    fillings.push_back({surface, &found->second, path.toStdString(), layer});
     return true;
   };
   for (const PlannedNode& node : plan.nodes) {
-    const QString& id = plan.manifest.nodes[node.manifest].id;
-    if (!add(layerEntryPath(id), node.pixels) || !add(maskEntryPath(id), node.mask))
-      return because(damaged());
+    const NodeManifest& manifest = plan.manifest.nodes[node.manifest];
+    const bool areThere = add(layerEntryPath(manifest.id), manifest.name, node.pixels) &&
+                          add(maskEntryPath(manifest.id), manifest.name, node.mask);
+    if (!areThere) return because(damaged());
   }
   return fillings;
 }
 
-bool holds(const std::vector<Filling>& fillings, TileSource::Kind kind) {
-  return std::ranges::any_of(fillings, [kind](const Filling& filling) {
-    return std::ranges::any_of(filling.table->tiles,
-                               [kind](const TileSource& source) { return source.kind == kind; });
-  });
-}
-
-/// The document's file as it was when the journal began.
-struct LoadedBase {
-  /// In the order of `BaseFile::surfaces`; null for one that isn't there.
-  std::vector<Texture> surfaces;
+/// The tiles of the document's file, as far as they are still to be had.
+struct FoundBase {
+  BaseTiles tiles;
+  /// What that file holds, if it is still as it was.
   SavedFilePtr saved;
 };
 
-Described<LoadedBase> loadFrom(const std::string& path, const BaseFile& base, bool isOriginal,
-                               const MetalContext& context, const Progress& progress) {
-  auto opened = openDocument(QFile::decodeName(path.c_str()), context, progress);
-  if (!opened) return because(opened.error());
-  if (isOriginal && opened->archive.identity() != base.identity) return because(damaged());
+SavedFilePtr savedFileOf(const BaseFile& base, const FileIdentity& identity, const BaseTiles& tiles) {
   auto saved = std::make_shared<SavedFile>();
-  auto surfaces = fillTextures(*opened, progress);
-  if (!surfaces) return because(surfaces.error());
-  std::map<std::string, Texture> found;
-  for (const TextureLoadRequest& request : opened->requests)
-    found[opened->archive.entries()[request.entry].path] = request.destination;
-  LoadedBase loaded;
-  for (const std::string& surface : base.surfaces) loaded.surfaces.push_back(found[surface]);
-  if (!isOriginal) return loaded;
-  saved->path = path;
-  saved->identity = base.identity;
-  saved->surfaces = std::move(*surfaces);
-  loaded.saved = std::move(saved);
-  return loaded;
+  saved->path = base.path;
+  saved->identity = identity;
+  for (std::uint32_t number = 0; number < base.surfaces.size(); ++number) {
+    const journal::BaseSurface& surface = base.surfaces[number];
+    if (const Texture& pixels = tiles.surface(number); pixels != nullptr)
+      saved->surfaces.emplace(surface.path, SavedSurface::of(*pixels, surface.chunks));
+  }
+  return saved;
 }
 
-Described<LoadedBase> loadBase(const BaseFile& base, const MetalContext& context,
-                               const std::function<std::string(std::uint32_t)>& copyOfBase,
-                               const Progress& progress) {
-  if (FileIdentity::of(base.path) == base.identity) {
-    auto loaded = loadFrom(base.path, base, true, context, progress);
-    if (loaded || progress.isCancelled() || base.copy == 0) return loaded;
+/// Whether any tile of each of the base's surfaces is in use.
+std::vector<bool> surfacesInUse(const std::vector<Filling>& fillings, const BaseFile& base) {
+  std::vector<bool> inUse(base.surfaces.size(), false);
+  for (const Filling& filling : fillings) {
+    for (const TileSource& source : filling.table->tiles) {
+      if (source.kind == TileSource::Kind::base) inUse[source.surface] = true;
+    }
   }
-  if (base.copy != 0) return loadFrom(copyOfBase(base.copy), base, false, context, progress);
-  return because(QStringLiteral("The changes can't be restored: the file \"%1\", which they were made in, "
-                                "has been changed or removed since.")
-                     .arg(displayName(QFile::decodeName(base.path.c_str()))));
+  return inUse;
+}
+
+Described<FoundBase> findBase(const BaseFile& base, const std::vector<Filling>& fillings,
+                              const MetalContext& context,
+                              const std::function<std::string(std::uint32_t)>& copyOfBase,
+                              const Progress& progress) {
+  auto tiles = BaseTiles::of(base, surfacesInUse(fillings, base), context);
+  if (!tiles) return because(tiles.error());
+  const auto identity = FileIdentity::of(base.path);
+  const bool isAsItWas = identity && identity->isSameVersionAs(base.identity);
+  std::vector<std::string> places{base.path};
+  // Sums decide, but where everything is still as it was, there is no need to look elsewhere.
+  if (base.copy != 0) places.insert(isAsItWas ? places.end() : places.begin(), copyOfBase(base.copy));
+  SavedFilePtr saved;
+  for (const std::string& place : places) {
+    if (tiles->isComplete()) break;
+    const auto file = FileHandle::openForReading(place);
+    if (!file) continue;
+    if (auto read = tiles->readFrom(*file, progress); !read) return because(read.error());
+    if (isAsItWas && place == base.path && tiles->isComplete()) saved = savedFileOf(base, *identity, *tiles);
+  }
+  return FoundBase{std::move(*tiles), std::move(saved)};
+}
+
+/// What the user is told of tiles that are gone.
+QString lossOf(const QStringList& layers, const BaseFile& base) {
+  constexpr qsizetype mostNames = 5;
+  QStringList names = layers.mid(0, mostNames);
+  if (layers.size() > mostNames) names.append(QStringLiteral("\u2026"));
+  return QStringLiteral(
+             "The file \"%1\" has been changed or removed, so parts of these layers could not be "
+             "restored and are transparent: %2.")
+      .arg(displayName(QFile::decodeName(base.path.c_str())), names.join(QStringLiteral(", ")));
 }
 
 /// Decompresses the tiles of the journal that the surfaces use, and puts all tiles in their places.
 class Filler {
  public:
-  Filler(const JournalInput& input, const JournalState& state, const LoadedBase& base)
+  /// `base` is null without one.
+  Filler(const JournalInput& input, const JournalState& state, const BaseTiles* base)
       : input_(input), state_(state), base_(base), tiles_(state.stored.size()) {}
 
   Described<void> fill(const std::vector<Filling>& fillings, const Progress& progress) {
     if (auto result = decompress(fillings, progress); !result) return result;
     for (const Filling& filling : fillings) {
       for (int index = 0; index < filling.surface->tileCount(); ++index) {
-        if (!put(*filling.surface, index, filling.table->tiles[static_cast<std::size_t>(index)]))
+        if (!put(filling, index, filling.table->tiles[static_cast<std::size_t>(index)]))
           return because(damaged());
       }
     }
     return {};
   }
 
+  [[nodiscard]] bool isComplete() const { return missing_.empty(); }
+  /// Takes tiles that are missing from a later save: those of surfaces that haven't changed, and all if it
+  /// holds whatever the journal does, because then it is what was being saved.
+  void complete(const std::vector<Filling>& fillings, const LaterSave& later) {
+    const bool isOfThisState =
+        !state_.stored.empty() &&
+        std::ranges::all_of(fillings, [&](const Filling& filling) { return holdsStored(later, filling); });
+    std::erase_if(missing_, [&](const Missing& missing) {
+      Surface& surface = *missing.filling->surface;
+      const journal::BaseSurface& base = state_.base->surfaces[missing.source.surface];
+      if (later.holdsUnchanged(base)) {
+        surface.setTile(missing.index,
+                        later.surface(base.path)->tile(static_cast<int>(missing.source.value)));
+        return true;
+      }
+      const ConstTexture same = later.surface(missing.filling->path);
+      const bool isThere = isOfThisState && isAlike(same, surface);
+      if (isThere) surface.setTile(missing.index, same->tile(missing.index));
+      return isThere;
+    });
+  }
+  /// The names of layers of which tiles are gone.
+  [[nodiscard]] QStringList incomplete() const {
+    QStringList names;
+    for (const Missing& missing : missing_) {
+      if (!names.contains(missing.filling->layer)) names.append(missing.filling->layer);
+    }
+    return names;
+  }
+
  private:
   static constexpr std::size_t tilesOfTask = 32;
+  /// Where a mask is lost, its layer shows.
+  static constexpr std::uint64_t maskThatShows = 0x3C00;
+
+  struct Missing {
+    const Filling* filling = nullptr;
+    int index = 0;
+    TileSource source;
+  };
+
+  static bool isAlike(const ConstTexture& found, const Surface& surface) {
+    return found != nullptr && found->format() == surface.format() && found->width() == surface.width() &&
+           found->height() == surface.height();
+  }
+  /// Whether the save has all tiles that the journal itself holds of this surface.
+  static bool holdsStored(const LaterSave& later, const Filling& filling) {
+    const ConstTexture found = later.surface(filling.path);
+    for (int index = 0; index < filling.surface->tileCount(); ++index) {
+      const bool isStored =
+          filling.table->tiles[static_cast<std::size_t>(index)].kind == TileSource::Kind::stored;
+      if (isStored && (!isAlike(found, *filling.surface) || !isSameTile(*found, *filling.surface, index)))
+        return false;
+    }
+    return true;
+  }
 
   Described<void> decompress(const std::vector<Filling>& fillings, const Progress& progress) {
     std::vector<bool> isNeeded(tiles_.size(), false);
@@ -154,30 +230,41 @@ class Filler {
     return {};
   }
 
-  [[nodiscard]] bool put(Surface& surface, int index, const TileSource& source) const {
+  /// False for what contradicts itself.
+  [[nodiscard]] bool put(const Filling& filling, int index, const TileSource& source) {
+    Surface& surface = *filling.surface;
     if (source.kind == TileSource::Kind::uniform) {
       surface.setUniform(index, packPixel(&source.value, surface.pixelBytes()));
       return true;
     }
-    if (source.kind == TileSource::Kind::base) {
-      const Texture& base = base_.surfaces[source.surface];
-      if (base == nullptr || base->format() != surface.format() ||
-          source.value >= static_cast<std::uint64_t>(base->tileCount())) {
-        return false;
-      }
-      surface.setTile(index, base->tile(static_cast<int>(source.value)));
-      return true;
-    }
+    if (source.kind == TileSource::Kind::base) return base_ != nullptr && putFromBase(filling, index, source);
     if (state_.stored[source.value].tile.pixelBytes != surface.pixelBytes()) return false;
     surface.setTile(index, tiles_[source.value]);
     markIfIrregular(surface, index);
     return true;
   }
 
+  [[nodiscard]] bool putFromBase(const Filling& filling, int index, const TileSource& source) {
+    Surface& surface = *filling.surface;
+    const Texture& base = base_->surface(source.surface);
+    if (base == nullptr || base->format() != surface.format() ||
+        source.value >= static_cast<std::uint64_t>(base->tileCount())) {
+      return false;
+    }
+    if (base_->has(source.surface, source.value)) {
+      surface.setTile(index, base->tile(static_cast<int>(source.value)));
+      return true;
+    }
+    missing_.push_back({&filling, index, source});
+    if (surface.format() == maskPixelFormat) surface.setUniform(index, maskThatShows);
+    return true;
+  }
+
   const JournalInput& input_;
   const JournalState& state_;
-  const LoadedBase& base_;
+  const BaseTiles* base_;
   std::vector<Tile> tiles_;
+  std::vector<Missing> missing_;
 };
 
 /// Of the image that the document was opened from, as far as it is still there.
@@ -203,18 +290,27 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   if (!plan) return because(plan.error());
   const auto fillings = fillingsOf(*plan, *state);
   if (!fillings) return because(fillings.error());
-  LoadedBase base;
-  if (state->base && holds(*fillings, TileSource::Kind::base)) {
-    auto loaded = loadBase(*state->base, context, copyOfBase, progress.part(0.0, 0.7));
-    if (!loaded) return because(loaded.error());
-    base = std::move(*loaded);
+  std::optional<FoundBase> base;
+  if (state->base) {
+    auto found = findBase(*state->base, *fillings, context, copyOfBase, progress.part(0.0, 0.7));
+    if (!found) return because(found.error());
+    base = std::move(*found);
   }
-  if (auto filled = Filler(input, *state, base).fill(*fillings, progress); !filled)
-    return because(filled.error());
+  Filler filler(input, *state, base ? &base->tiles : nullptr);
+  if (auto filled = filler.fill(*fillings, progress); !filled) return because(filled.error());
+  if (!filler.isComplete()) {
+    if (const auto later = LaterSave::open(state->base->path, context, progress.part(0.7, 0.9)))
+      filler.complete(*fillings, *later);
+  }
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
-  return RestoredContents{std::move(*plan), state->document.path, state->document.imageFormat,
-                          metadataOf(*state), std::move(base.saved)};
+  const QStringList incomplete = filler.incomplete();
+  return RestoredContents{std::move(*plan),
+                          state->document.path,
+                          state->document.imageFormat,
+                          metadataOf(*state),
+                          base ? base->saved : nullptr,
+                          incomplete.isEmpty() ? QString() : lossOf(incomplete, *state->base)};
 }
 
 DocumentPtr buildRestored(const RestoredContents& contents, MetalContext& context) {

@@ -12,8 +12,10 @@
 #include <set>
 
 #include "io/archive/Deflate.h"
+#include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/files/FileOperations.h"
+#include "io/files/Progress.h"
 #include "model/ThumbnailGenerator.h"
 
 namespace orvanel {
@@ -49,6 +51,19 @@ std::set<std::string> surfacesOf(const Manifest& manifest) {
   return paths;
 }
 
+/// Whether a reader can be told where the surface's pixels stand: not those of the preview, which is a
+/// picture of its own kind.
+bool canBeLeft(const SavedSurface& surface) {
+  std::uint64_t bytes = 0;
+  for (const StoredChunk& chunk : surface.chunks) {
+    if (std::max(chunk.size, chunk.storedSize) > journal::maximumBaseChunkBytes) return false;
+    bytes += chunk.size;
+  }
+  const auto pixels = static_cast<std::uint64_t>(surface.width) * static_cast<std::uint64_t>(surface.height);
+  return bytes ==
+         LayerdataHeader::byteSize + pixels * static_cast<std::uint64_t>(bytesPerPixel(surface.format));
+}
+
 /// The tiles in ascending order, each once: the one that was captured last.
 std::vector<std::pair<int, Tile>> sorted(const CapturedSurface& captured) {
   std::vector<std::pair<int, Tile>> tiles = captured.tiles;
@@ -61,15 +76,13 @@ std::vector<std::pair<int, Tile>> sorted(const CapturedSurface& captured) {
 
 }  // namespace
 
-JournalWriter::JournalWriter(JournalFiles files, std::int64_t maximumBytes)
-    : files_(std::move(files)), maximumBytes_(maximumBytes) {}
+JournalWriter::JournalWriter(JournalFiles files, std::int64_t maximumBytes,
+                             std::shared_ptr<JournalTurns> turns)
+    : files_(std::move(files)), maximumBytes_(maximumBytes), turns_(std::move(turns)) {}
 
-bool JournalWriter::dependsOnFile() const {
-  return file_ != nullptr && file_->base && file_->base->copy == 0;
-}
-
-bool JournalWriter::isBaseIntact() const {
-  return !dependsOnFile() || FileIdentity::of(file_->base->path) == file_->base->identity;
+void JournalWriter::copyPiece() {
+  // What the journal and the copy take together is bounded.
+  if (needsCopying()) file_->held->copyPiece(maximumBytes_ - file_->size);
 }
 
 JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
@@ -138,6 +151,7 @@ std::optional<JournalWriter::Draft> JournalWriter::drafted(const File& file, con
 // Writing.
 
 Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
+  JournalTurns::Turn turn(*turns_);
   RecordWriter record(file.descriptor.number(), file.size, maximumBytes_);
   std::vector<Stored> added;
   std::vector<std::shared_ptr<CompressedTile>> twins;
@@ -145,6 +159,7 @@ Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
   std::int64_t offset = file.size + static_cast<std::int64_t>(RecordHeader::byteSize);
   const auto writeAll = [&]() -> Described<std::int64_t> {
     for (const NewTile& tile : draft.tiles) {
+      if (!turn.pass()) return cancelled();
       auto twin = CompressedTile::of(tile.tile, tile.pixelBytes);
       const std::span<const std::byte> bytes = twin->compressed();
       if (auto result = record.addTile(bytes); !result) return because(result.error());
@@ -210,7 +225,8 @@ JournalWriter::Outcome JournalWriter::append(const Capture& capture) {
 Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
   constexpr mode_t forUserAlone = 0600;
   std::error_code failure;
-  if (std::filesystem::create_directories(files_.folder, failure)) ::chmod(files_.folder.c_str(), 0700);
+  std::filesystem::create_directories(files_.folder, failure);
+  ::chmod(files_.folder.c_str(), 0700);
   ::unlink(files_.part().c_str());
   Descriptor file(FileOperations::current().createFile(files_.part(), forUserAlone));
   if (!file.isOpen()) return because(journal::writeFailure(errno));
@@ -221,37 +237,25 @@ Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
   return part;
 }
 
-std::uint32_t JournalWriter::copyBase(const FileHandle& source, const FileIdentity& identity) {
-  constexpr mode_t forUserAlone = 0600;
-  const std::uint32_t number = ++lastCopy_;
-  const Descriptor copy(FileOperations::current().createFile(files_.copy(number), forUserAlone));
-  if (!copy.isOpen()) return 0;
-  constexpr std::size_t toTheEnd = 0;
-  const bool isShared =
-      FileOperations::current().shareRange(source.descriptor(), 0, copy.number(), 0, toTheEnd) == 0;
-  // Somebody may have written to the file in the meantime.
-  const bool isWhole = isShared && FileIdentity::of(source.descriptor()) == identity;
-  if (isWhole && FileOperations::current().sync(copy.number()) == 0) return number;
-  ::unlink(files_.copy(number).c_str());
-  return 0;
-}
-
 void JournalWriter::chooseBase(File& file, const SavedFilePtr& saved) {
   file.saved = saved;
   if (saved == nullptr) return;
-  const auto source = saved->open();
+  auto source = saved->open();
   if (!source) return;
   std::error_code failure;
-  journal::BaseFile base{std::filesystem::absolute(saved->path, failure).string(), saved->identity, 0, {}};
+  journal::BaseFile base{
+      std::filesystem::absolute(saved->path, failure).string(), saved->identity, ++lastCopy_, {}};
   for (const auto& [path, surface] : saved->surfaces) {
+    if (!canBeLeft(surface)) continue;
     const auto number = static_cast<std::uint32_t>(base.surfaces.size());
-    base.surfaces.push_back(path);
+    base.surfaces.push_back({path, surface.format, static_cast<std::uint32_t>(surface.width),
+                             static_cast<std::uint32_t>(surface.height), surface.chunks});
     for (std::size_t tile = 0; tile < surface.tiles.size(); ++tile) {
       if (surface.tiles[tile].isUniform) continue;
       file.known.try_emplace(surface.tiles[tile].value, TileSource{TileSource::Kind::base, number, tile});
     }
   }
-  base.copy = copyBase(*source, saved->identity);
+  file.held = std::make_shared<HeldBase>(std::move(*source), *saved, files_.copy(base.copy));
   file.base = std::move(base);
 }
 
@@ -259,20 +263,20 @@ Described<void> JournalWriter::takePlace(std::unique_ptr<File> file) {
   if (FileOperations::current().renameFile(files_.part(), files_.journal()) != 0)
     return because(journal::writeFailure(errno));
   syncFolder(files_.folder);
-  file_ = std::move(file);
-  const std::uint32_t kept = file_->base ? file_->base->copy : 0;
-  for (std::uint32_t copy = 1; copy <= lastCopy_; ++copy) {
-    if (copy != kept) ::unlink(files_.copy(copy).c_str());
-  }
+  const std::unique_ptr<File> replaced = std::exchange(file_, std::move(file));
+  const bool hasGone = replaced != nullptr && replaced->held != nullptr && replaced->held != file_->held;
+  if (hasGone) replaced->held->remove();
   compactAt_ = 0;
   return {};
 }
 
 JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
+  std::shared_ptr<HeldBase> held;
   const auto write = [&]() -> Described<std::int64_t> {
     auto part = createPart();
     if (!part) return because(part.error());
     chooseBase(**part, capture.saved);
+    held = (*part)->held;
     auto draft = drafted(**part, capture);
     if (!draft) return because(QStringLiteral("The document can't be written."));
     draft->contents.base = (*part)->base;
@@ -285,8 +289,7 @@ JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
   const auto written = write();
   if (written) return {.bytesWritten = *written};
   ::unlink(files_.part().c_str());
-  if (file_ == nullptr || !file_->base || file_->base->copy != lastCopy_)
-    ::unlink(files_.copy(lastCopy_).c_str());
+  if (held != nullptr) held->remove();
   return {.result = Result::failed, .reason = written.error()};
 }
 
@@ -323,14 +326,15 @@ void JournalWriter::compactIfDue() {
   compactAt_ = file_->size + file_->size / 2;
 }
 
-Described<void> JournalWriter::copyTiles(const std::vector<bool>& live, File& next, RecordWriter& record,
-                                         RecordContents& contents) const {
+Described<void> JournalWriter::copyTiles(JournalTurns::Turn& turn, const std::vector<bool>& live, File& next,
+                                         RecordWriter& record, RecordContents& contents) const {
   const auto source = FileHandle::openForReading(files_.journal());
   if (!source) return because(source.error());
   std::vector<std::byte> bytes;
   auto offset = static_cast<std::int64_t>(RecordHeader::byteSize);
   for (std::size_t tile = 0; tile < live.size(); ++tile) {
     if (!live[tile]) continue;
+    if (!turn.pass()) return cancelled();
     const Stored& stored = file_->stored[tile];
     bytes.resize(stored.tile.bytes);
     const ssize_t read = ::pread(source->descriptor(), bytes.data(), bytes.size(), stored.offset);
@@ -348,10 +352,11 @@ Described<void> JournalWriter::compact(const std::vector<bool>& live) {
   auto part = createPart();
   if (!part) return because(part.error());
   File& next = **part;
+  JournalTurns::Turn turn(*turns_);
   RecordContents contents = standing_;
   contents.base = file_->base;
   RecordWriter record(next.descriptor.number(), 0, maximumBytes_);
-  if (auto copied = copyTiles(live, next, record, contents); !copied) return copied;
+  if (auto copied = copyTiles(turn, live, next, record, contents); !copied) return copied;
 
   std::vector<std::uint64_t> renumbered(live.size(), 0);
   std::uint64_t count = 0;
@@ -381,6 +386,7 @@ Described<void> JournalWriter::compact(const std::vector<bool>& live) {
   const auto end = record.finish(header, contents);
   if (!end) return because(end.error());
   next.base = file_->base;
+  next.held = file_->held;
   next.saved = file_->saved;
   applyRecord(next.tables, contents);
   next.size = *end;

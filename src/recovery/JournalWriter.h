@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "recovery/DocumentCapture.h"
+#include "recovery/HeldBase.h"
 #include "recovery/JournalFiles.h"
 #include "recovery/JournalFormat.h"
+#include "recovery/JournalLane.h"
 #include "recovery/RecordWriter.h"
 #include "undo/CompressedTile.h"
 
@@ -20,7 +22,8 @@ namespace orvanel {
 class JournalWriter {
  public:
   /// The journal is made with the first record.
-  JournalWriter(JournalFiles files, std::int64_t maximumBytes);
+  JournalWriter(JournalFiles files, std::int64_t maximumBytes,
+                std::shared_ptr<JournalTurns> turns = std::make_shared<JournalTurns>());
   JournalWriter(const JournalWriter&) = delete;
   JournalWriter& operator=(const JournalWriter&) = delete;
 
@@ -37,8 +40,12 @@ class JournalWriter {
   };
   [[nodiscard]] Outcome write(const Capture& capture);
   /// Whether nothing that the journal leaves to the document's file has gone with that file.
-  [[nodiscard]] bool isBaseIntact() const;
-  [[nodiscard]] bool dependsOnFile() const;
+  [[nodiscard]] bool isBaseIntact() const { return !holdsBase() || file_->held->isIntact(); }
+  /// Whether what another program does to the document's file can make the next record a whole one.
+  [[nodiscard]] bool dependsOnFile() const { return holdsBase() && file_->held->dependsOnFile(); }
+  /// Whether the store still needs a copy of the document's file, which is made piece by piece.
+  [[nodiscard]] bool needsCopying() const { return holdsBase() && file_->held->needsCopying(); }
+  void copyPiece();
   /// The next record begins a journal of its own.
   void remove();
 
@@ -58,6 +65,8 @@ class JournalWriter {
     std::uint64_t records = 0;
     std::int64_t firstContents = 0;  ///< bytes of the first record that aren't tiles
     std::optional<journal::BaseFile> base;
+    /// The store's hold on it; null without one.
+    std::shared_ptr<HeldBase> held;
     SavedFilePtr saved;
     journal::TileTables tables;
     std::vector<Stored> stored;
@@ -79,7 +88,7 @@ class JournalWriter {
   [[nodiscard]] Described<std::unique_ptr<File>> createPart();
   [[nodiscard]] Described<void> takePlace(std::unique_ptr<File> file);
   void chooseBase(File& file, const SavedFilePtr& saved);
-  [[nodiscard]] std::uint32_t copyBase(const FileHandle& source, const FileIdentity& identity);
+  [[nodiscard]] bool holdsBase() const { return file_ != nullptr && file_->held != nullptr; }
   [[nodiscard]] static std::optional<Draft> drafted(const File& file, const Capture& capture);
   [[nodiscard]] static bool draftSurface(const File& file, const std::string& path,
                                          const CapturedSurface& captured, std::size_t tileCount,
@@ -89,13 +98,14 @@ class JournalWriter {
   void accept(const journal::RecordContents& contents);
   void compactIfDue();
   [[nodiscard]] Described<void> compact(const std::vector<bool>& live);
-  [[nodiscard]] Described<void> copyTiles(const std::vector<bool>& live, File& next,
+  [[nodiscard]] Described<void> copyTiles(JournalTurns::Turn& turn, const std::vector<bool>& live, File& next,
                                           journal::RecordWriter& record,
                                           journal::RecordContents& contents) const;
   [[nodiscard]] std::vector<bool> liveTiles() const;
 
   JournalFiles files_;
   std::int64_t maximumBytes_;
+  std::shared_ptr<JournalTurns> turns_;
   std::unique_ptr<File> file_;
   /// The document but for its tiles, as of the last record.
   journal::RecordContents standing_;

@@ -19,7 +19,7 @@ struct Orphan {
   QDateTime time = {};
   /// At most 192 x 96 pixels; null if none was at hand.
   QImage thumbnail = {};
-  /// Of the journal on the disk.
+  /// That removing it would give back.
   qint64 bytes = 0;
 };
 

@@ -5,6 +5,7 @@
 
 #include "io/archive/Deflate.h"
 #include "io/files/FileOperations.h"
+#include "recovery/DiskReserve.h"
 
 namespace orvanel::journal {
 namespace {
@@ -43,6 +44,9 @@ Described<void> RecordWriter::writeAt(std::span<const std::byte> bytes, std::int
 }
 
 Described<void> RecordWriter::flush() {
+  if (!leavesReserve(file_, static_cast<std::int64_t>(buffer_.size()))) {
+    return because(QStringLiteral("The disk is nearly full; recovery data leaves the rest to your files."));
+  }
   auto result = writeAt(buffer_, position_);
   position_ += static_cast<std::int64_t>(buffer_.size());
   buffer_.clear();

@@ -3,7 +3,10 @@
 #include <QPointer>
 #include <algorithm>
 #include <map>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "io/files/BackgroundJob.h"
 #include "raster/FatalFault.h"
@@ -14,8 +17,20 @@
 namespace orvanel {
 namespace {
 
-constexpr const char* lastWords =
-    "Unsaved work up to the last seconds is kept, and offered at the next start.";
+/// What the user should know of unsaved work if the program ends now. Null if there is none.
+const char* lastWordsFor(bool isAnyKept, const QStringList& notKept) {
+  constexpr const char* everything =
+      "Unsaved work up to the last seconds is kept, and offered at the next start.";
+  if (notKept.isEmpty()) return isAnyKept ? everything : nullptr;
+  // Whoever reads them does so when nothing else can be relied on, so that they are never freed. There are
+  // few.
+  static std::set<std::string> said;
+  const std::string names = notKept.join(QStringLiteral(", ")).toStdString();
+  const std::string sentence = isAnyKept
+                                   ? std::string(everything) + " Not all of it is kept of " + names + "."
+                                   : "Not all unsaved work is kept of " + names + ".";
+  return said.insert(sentence).first->c_str();
+}
 
 }  // namespace
 
@@ -30,9 +45,29 @@ class Recovery::Impl {
     const auto found = journals.find(document.id);
     return found != journals.end() ? found->second.get() : nullptr;
   }
+  [[nodiscard]] std::shared_ptr<JournalLane> newLane() {
+    std::erase_if(lanes, [](const auto& lane) { return lane.expired(); });
+    auto lane = std::make_shared<JournalLane>(turns);
+    lanes.emplace_back(lane);
+    return lane;
+  }
+  [[nodiscard]] JournalLane::Clock::time_point endOfPatience() const {
+    return JournalLane::Clock::now() + settings.patience;
+  }
+  void waitForWork(JournalLane::Clock::time_point deadline) const {
+    for (const auto& each : lanes) {
+      if (const auto lane = each.lock(); lane != nullptr && !lane->waitForWork(deadline)) return;
+    }
+  }
   void journalsChanged() {
-    const auto hasRecord = [](const auto& entry) { return entry.second->hasRecord(); };
-    setLastWords(std::ranges::any_of(journals, hasRecord) ? lastWords : nullptr);
+    bool isAnyKept = false;
+    QStringList notKept;
+    for (const auto& [documentID, journal] : journals) {
+      const DocumentJournal::Keeping keeping = journal->keeping();
+      isAnyKept = isAnyKept || keeping == DocumentJournal::Keeping::work;
+      if (keeping == DocumentJournal::Keeping::notNow) notKept << u'"' + journal->name() + u'"';
+    }
+    setLastWords(lastWordsFor(isAnyKept, notKept));
     RecoveryStatus now;
     for (const auto& [documentID, journal] : journals) {
       if (now.state == RecoveryStatus::State::recording) now = journal->status();
@@ -45,7 +80,11 @@ class Recovery::Impl {
   RecoveryFigures figures;
   RecoveryStatus status;
   Signal<const RecoveryStatus&> statusChanged;
-  JournalLane lane;
+  std::shared_ptr<JournalTurns> turns = std::make_shared<JournalTurns>();
+  /// Of what concerns the store as a whole.
+  std::shared_ptr<JournalLane> storeLane = std::make_shared<JournalLane>(turns);
+  /// All that may be at work, also for documents that have been closed.
+  std::vector<std::weak_ptr<JournalLane>> lanes{storeLane};
   std::map<QUuid, std::unique_ptr<DocumentJournal>> journals;
   /// Orphans whose documents aren't followed yet, by the document.
   std::map<QUuid, ClaimedOrphan> restored;
@@ -54,11 +93,19 @@ class Recovery::Impl {
 Recovery::Recovery(RecoverySettings settings) : impl_(std::make_shared<Impl>(std::move(settings))) {}
 
 Recovery::~Recovery() {
-  impl_->lane.wait();
+  const auto deadline = impl_->endOfPatience();
+  impl_->waitForWork(deadline);
+  impl_->turns->end();
+  for (const auto& each : impl_->lanes) {
+    const auto lane = each.lock();
+    if (lane == nullptr || lane->waitForRest(deadline)) continue;
+    // Whoever ends the program waits for background work as long as it likes.
+    runInBackground([lane] { static_cast<void>(lane->waitForRest(JournalLane::Clock::time_point::max())); });
+  }
 }
 
 void Recovery::findOrphans(QObject* receiver, OrphansFound done) {
-  impl_->lane.run([store = impl_->store, guard = QPointer(receiver), done = std::move(done)]() mutable {
+  impl_->storeLane->run([store = impl_->store, guard = QPointer(receiver), done = std::move(done)]() mutable {
     runOnMainThread([guard = std::move(guard), done = std::move(done), found = store.offer()] {
       if (!guard.isNull()) done(found);
     });
@@ -84,8 +131,10 @@ void Recovery::restore(const QString& orphanID, MetalContext& context, QObject* 
             tl::unexpected(FileError{DocumentIOError::loadFailed, contents.error(), progress.isCancelled()}));
       }
       const DocumentPtr document = buildRestored(*contents, context);
-      owner->restored.emplace(document->id, std::move(*orphan));
-      done(document);
+      // What is missing may come back, with a disk that wasn't there: then the orphan stays to be offered
+      // again.
+      if (contents->loss.isEmpty()) owner->restored.emplace(document->id, std::move(*orphan));
+      done(RestoredDocument{document, contents->loss});
     }
   };
   auto job = std::make_shared<Job>(
@@ -106,7 +155,7 @@ void Recovery::restore(const QString& orphanID, MetalContext& context, QObject* 
 }
 
 void Recovery::discard(const QString& orphanID) {
-  impl_->lane.run([store = impl_->store, orphanID] {
+  impl_->storeLane->run([store = impl_->store, orphanID] {
     if (const auto orphan = store.claim(orphanID)) orphan->remove();
   });
 }
@@ -116,10 +165,11 @@ void Recovery::follow(const DocumentPtr& document) {
   Impl* impl = impl_.get();
   auto journal = std::make_unique<DocumentJournal>(
       document, impl->store.newJournal(),
-      DocumentJournal::Surroundings{impl->settings, impl->lane, impl->figures,
+      DocumentJournal::Surroundings{impl->settings, impl->turns, impl->newLane(), impl->figures,
                                     [impl] { impl->journalsChanged(); }});
   DocumentJournal* made = impl->journals.emplace(document->id, std::move(journal)).first->second.get();
   if (const auto orphan = impl->restored.extract(document->id)) made->replace(std::move(orphan.mapped()));
+  impl->journalsChanged();
 }
 
 void Recovery::saved(const Document& document) {
@@ -135,7 +185,10 @@ void Recovery::closed(const Document& document) {
 }
 
 void Recovery::recordNow() {
-  for (const auto& [documentID, journal] : impl_->journals) journal->recordNow();
+  const auto deadline = impl_->endOfPatience();
+  for (const auto& [documentID, journal] : impl_->journals) journal->beginNow();
+  for (const auto& [documentID, journal] : impl_->journals) journal->finishNow(deadline);
+  impl_->waitForWork(deadline);
 }
 
 const RecoveryStatus& Recovery::status() const {
@@ -148,7 +201,7 @@ Subscription Recovery::observeStatus(std::function<void(const RecoveryStatus&)> 
 
 RecoveryFigures Recovery::figures() const {
   RecoveryFigures figures = impl_->figures;
-  figures.backgroundWork = impl_->lane.timeUsed();
+  figures.backgroundWork = impl_->turns->timeUsed();
   return figures;
 }
 

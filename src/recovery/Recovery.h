@@ -36,11 +36,18 @@ struct RecoveryFigures {
   std::chrono::nanoseconds longestHold{0};     ///< processor time of the main thread between two events
 };
 
+/// A document that was given back.
+struct RestoredDocument {
+  DocumentPtr document;
+  /// What couldn't be had any more: a sentence for the user. Usually empty.
+  QString loss;
+};
+
 class Recovery {
  public:
   explicit Recovery(RecoverySettings settings = {});
-  /// Waits for the record that is being written. Journals of documents that are still followed stay, as those
-  /// of a crash would.
+  /// Waits for records that are being written, but not for ever. Journals of documents that are still
+  /// followed stay, as those of a crash would.
   ~Recovery();
   Recovery(const Recovery&) = delete;
   Recovery& operator=(const Recovery&) = delete;
@@ -51,12 +58,13 @@ class Recovery {
   /// Finds what processes that have ended left, newest first, to be offered to the user; what another process
   /// is restoring isn't among it. Removes what was offered too long ago, or is too much.
   void findOrphans(QObject* receiver, OrphansFound done);
-  using RestoreDone = std::function<void(const FileResult<DocumentPtr>&)>;
+  using RestoreDone = std::function<void(const FileResult<RestoredDocument>&)>;
   using ProgressChanged = std::function<void(double)>;
   /// Makes the document anew: dirty, under its old name and path, without a history. It overwrites nothing.
   /// Only one process can restore an orphan. The orphan stays in the store until the document, once it is
   /// followed, has a record of its own or is saved or closed without saving; if the process ends before that,
-  /// it is found again. Fails with a sentence for the user, and then the orphan stays as well.
+  /// it is found again. Fails with a sentence for the user, and then the orphan stays as well;
+  /// so it does if something couldn't be had.
   void restore(const QString& orphanID, MetalContext& context, QObject* receiver, RestoreDone done,
                ProgressChanged progressChanged = {}, CancellationPtr cancellation = nullptr);
   void discard(const QString& orphanID);
@@ -70,8 +78,8 @@ class Recovery {
   void saved(const Document& document);
   /// The document closes. Its journal is removed: it is clean, or the user doesn't want to save it.
   void closed(const Document& document);
-  /// Writes what has changed now instead of later, for a document that is about to lose its program: at the
-  /// end of a session, for example.
+  /// Writes what has changed now instead of later, as far as that doesn't take long, for a document that is
+  /// about to lose its program: at the end of a session, for example.
   void recordNow();
 
   [[nodiscard]] const RecoveryStatus& status() const;

@@ -45,6 +45,20 @@ void removeRest(const JournalFiles& files, const QDateTime& lastChange) {
   if (!isBeingWritten && !exists(files.journal())) files.removeAll();
 }
 
+/// What the journal and everything that belongs to it takes on the disk. A file that has another name as well
+/// would be there without it.
+qint64 bytesOf(const JournalFiles& files) {
+  qint64 bytes = 0;
+  const QString pattern = QString::fromStdString(files.id) + QStringLiteral(".*");
+  const QDir folder(QFile::decodeName(files.folder.c_str()));
+  for (const QString& name : folder.entryList({pattern}, QDir::Files | QDir::Hidden)) {
+    struct stat status {};
+    const QByteArray path = QFile::encodeName(folder.filePath(name));
+    if (::stat(path.constData(), &status) == 0 && status.st_nlink == 1) bytes += status.st_size;
+  }
+  return bytes;
+}
+
 /// Nothing for a journal that somebody has locked, or that can't be read.
 std::optional<Orphan> orphanIn(const JournalFiles& files) {
   const Descriptor lock = openLocked(files.journal());
@@ -57,7 +71,7 @@ std::optional<Orphan> orphanIn(const JournalFiles& files) {
                 state->document.path,
                 state->time,
                 thumbnailOf(*state),
-                static_cast<qint64>(input.size())};
+                bytesOf(files)};
 }
 
 /// When the user was first told of it; nothing if that was never.
@@ -149,9 +163,6 @@ Described<ClaimedOrphan> RecoveryStore::claim(const QString& orphanID) const {
 }
 
 JournalFiles RecoveryStore::newJournal() const {
-  const QByteArray folder = QFile::encodeName(settings_.folder);
-  if (!QDir(settings_.folder).exists()) QDir().mkpath(settings_.folder);
-  ::chmod(folder.constData(), 0700);
   return JournalFiles::createIn(settings_.folder);
 }
 

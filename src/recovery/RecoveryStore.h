@@ -38,7 +38,7 @@ class RecoveryStore {
   [[nodiscard]] OrphanList offer() const;
   /// Fails with a sentence for the user if there is no such orphan, or somebody else has claimed it.
   [[nodiscard]] Described<ClaimedOrphan> claim(const QString& orphanID) const;
-  /// The files of a new journal. Makes the folder if necessary.
+  /// The names of a new journal's files. Makes nothing: who writes them makes the folder, too.
   [[nodiscard]] JournalFiles newJournal() const;
 
  private:

@@ -6,13 +6,14 @@
 #include <QThreadPool>
 
 #include "AppFixture.h"
+#include "io/document/DocumentFixture.h"
 
 namespace orvanel {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 class DocumentRecoveryTest : public AppFixture {
  protected:
@@ -144,6 +145,30 @@ TEST_F(DocumentRecoveryTest, ARestoredDocumentIsSavedOverItsFileWithoutAQuestion
   EXPECT_FALSE(document->isDirty.value());
   EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
   EXPECT_TRUE(waitForJournals(0));
+}
+
+TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart) {
+  const DocumentPtr document = testing::richDocument(ColorMode::rgb8);
+  state.windowState.addDocument(document);
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  document->addLayer(QStringLiteral("Clouds"));
+  const std::size_t layers = document->allLayers().size();
+  recovery->recordNow();
+  ASSERT_TRUE(waitForJournals(1));
+  crashAndStart();
+  QFile file(path("Sky.tessel"));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("by another program");
+  file.close();
+  offer(RecoveryAnswer::restore, 1);
+  ASSERT_THAT(dialogs.warnings, SizeIs(1));
+  EXPECT_EQ(dialogs.warnings[0].first, "Restored in Part");
+  EXPECT_THAT(dialogs.warnings[0].second, ::testing::HasSubstr("\"Sky.tessel\" has been changed or removed"));
+  EXPECT_EQ(state.windowState.activeDocument()->allLayers().size(), layers);
+  recovery->recordNow();
+  EXPECT_TRUE(waitForJournals(2)) << "its own, and the one that was offered";
 }
 
 TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsSaved) {

@@ -8,7 +8,7 @@
 #include <QTemporaryDir>
 
 #include "cli/ProgramRun.h"
-#include "io/document/DocumentIO.h"
+#include "io/document/DocumentFixture.h"
 #include "recovery/Recovery.h"
 
 namespace orvanel {
@@ -17,7 +17,7 @@ namespace {
 using test::Outcome;
 using test::runProgram;
 
-class RecoverCommandTest : public testing::Test {
+class RecoverCommandTest : public ::testing::Test {
  protected:
   void SetUp() override { qputenv("XDG_STATE_HOME", QFile::encodeName(folder.path())); }
   void TearDown() override { qunsetenv("XDG_STATE_HOME"); }
@@ -65,6 +65,33 @@ TEST_F(RecoverCommandTest, writesAnImageAsWell) {
   const QString image = folder.filePath(QStringLiteral("sketch.png"));
   EXPECT_EQ(runProgram({QStringLiteral("recover"), list()[0][u"id"].toString(), image}).status, 0);
   EXPECT_TRUE(QFile::exists(image));
+}
+
+TEST_F(RecoverCommandTest, restoresWhatThereIsAndSaysWhatIsnt) {
+  const QString file = folder.filePath(QStringLiteral("picture.tessel"));
+  {
+    Recovery recovery;
+    const DocumentPtr document = testing::richDocument(ColorMode::rgb8);
+    ASSERT_TRUE(DocumentIO::saveSynchronously(document, file, MetalContext::shared()).has_value());
+    document->setSource(file, std::nullopt);
+    document->setDirty(true);
+    recovery.follow(document);
+    recovery.recordNow();
+  }
+  // Written into, so that what keeps the file changes with it.
+  QFile damaged(file);
+  ASSERT_TRUE(damaged.open(QIODevice::WriteOnly));
+  damaged.write("something else");
+  damaged.close();
+  const QString id = list()[0][u"id"].toString();
+  const QString restored = folder.filePath(QStringLiteral("restored.tessel"));
+  const Outcome outcome = runProgram({QStringLiteral("recover"), id, restored});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.errors,
+              ::testing::StartsWith(id.toStdString() + ": The file \"picture.tessel\" has been changed"));
+  const auto document = DocumentIO::loadSynchronously(restored, MetalContext::shared());
+  ASSERT_TRUE(document.has_value());
+  EXPECT_EQ((*document)->layerCount(), testing::richDocument(ColorMode::rgb8)->layerCount());
 }
 
 TEST_F(RecoverCommandTest, reportsWhatIsntThere) {

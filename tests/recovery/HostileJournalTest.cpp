@@ -51,6 +51,11 @@ Described<RestoredContents> restore(const QByteArray& journal) {
                          [](std::uint32_t) { return std::string(); }, {});
 }
 
+/// A base of which one chunk holds everything.
+journal::BaseSurface smallBase() {
+  return {"layers/x", PixelFormat::rgba8Unorm, 200, 100, {{.storedSize = 100, .size = 24 + 200 * 100 * 4}}};
+}
+
 class HostileJournalTest : public ::testing::Test {
  protected:
   HostileJournalTest() : document(test::makeDocument(200, 100)) {
@@ -134,16 +139,34 @@ TEST_F(HostileJournalTest, refusesTilesThatArentThere) {
   expectRefused(run(0, 1, {static_cast<Kind>(3), 0, 0}), "another kind");
   expectRefused(
       [](HostileRecord& r) {
-        r.contents.base = journal::BaseFile{"/nowhere", {}, 0, {"layers/x"}};
+        r.contents.base = journal::BaseFile{"/nowhere", {}, 0, {smallBase()}};
         r.contents.surfaces[0].runs = {{0, 1, {Kind::base, 1, 0}}};
       },
       "a surface that the file doesn't have");
-  expectRefused(
-      [](HostileRecord& r) {
-        r.contents.base = journal::BaseFile{"/nowhere", {}, 0, {"layers/x"}};
-        r.contents.surfaces[0].runs = {{0, 1, {Kind::base, 0, 0}}};
-      },
-      "a file that isn't there");
+  const auto withBase = [](const std::function<void(journal::BaseSurface&)>& change) {
+    return [=](HostileRecord& r) {
+      journal::BaseSurface surface = smallBase();
+      change(surface);
+      r.contents.base = journal::BaseFile{"/nowhere", {}, 0, {surface}};
+      r.contents.surfaces[0].runs = {{0, 1, {Kind::base, 0, 0}}};
+    };
+  };
+  using Base = journal::BaseSurface;
+  expectRefused(withBase([](Base& base) { base.chunks[0].size += 1; }), "chunks of more than the surface");
+  expectRefused(withBase([](Base& base) { base.chunks.clear(); }), "no chunks");
+  expectRefused(withBase([](Base& base) { base.width = 0; }), "no width");
+  expectRefused(withBase([](Base& base) { base.height = 16385; }), "higher than any canvas");
+  expectRefused(withBase([](Base& base) { base.format = PixelFormat::rgba32Float; }), "a format of no layer");
+  expectRefused(withBase([](Base& base) {
+                  base.format = PixelFormat::r16Float;
+                  base.chunks[0].size = 24 + 200 * 100 * 2;
+                }),
+                "a mask's tiles in a layer");
+  expectRefused(withBase([](Base& base) {
+                  base.width = base.height = 16384;
+                  base.chunks.assign(64, {.storedSize = 0xFFFFFFFF, .size = 0xFFFFFFFF});
+                }),
+                "chunks that no memory holds");
   expectRefused(
       [](HostileRecord& r) {
         r.contents.surfaces[0].runs = {{1, 1, {Kind::uniform, 0, 0}}, {0, 1, {Kind::uniform, 0, 0}}};

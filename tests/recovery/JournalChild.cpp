@@ -4,10 +4,15 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QThread>
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 
+#include "io/document/DocumentFixture.h"
+#include "io/files/FileOperations.h"
 #include "recovery/Recovery.h"
 #include "tools/HistoryOracle.h"
 #include "tools/RandomCommands.h"
@@ -16,6 +21,27 @@ namespace orvanel::testing {
 namespace {
 
 constexpr std::array modes{ColorMode::grayscale8, ColorMode::grayscale16, ColorMode::rgb8, ColorMode::rgb16};
+
+class ChildDisk final : public FileOperations {
+ public:
+  explicit ChildDisk(bool isOtherDisk) : isOtherDisk_(isOtherDisk) {}
+
+  int linkFile(const std::string& file, const std::string& to) override {
+    if (!isOtherDisk_) return FileOperations::linkFile(file, to);
+    errno = EXDEV;
+    return -1;
+  }
+  int renameFile(const std::string& from, const std::string& to) override {
+    const int result = FileOperations::renameFile(from, to);
+    if (to == diesAfterRenamingTo) ::kill(::getpid(), SIGKILL);
+    return result;
+  }
+
+  std::string diesAfterRenamingTo;
+
+ private:
+  bool isOtherDisk_;
+};
 
 void tell(const Document& document, QByteArray& last) {
   const QByteArray now = fingerprintOf(document);
@@ -46,8 +72,10 @@ std::int64_t sharedClock() {
 }
 
 void runUntilKilled(const QString& folder, unsigned seed) {
+  ChildDisk disk(seed % 2 == 1);
+  const ScopedFileOperations scope(disk);
   RecoverySettings settings;
-  settings.folder = folder;
+  settings.folder = folder + QStringLiteral("/recovery");
   settings.interval = std::chrono::milliseconds(journalIntervalMs);
   Recovery recovery(settings);
   const DocumentPtr document = Document::create(QStringLiteral("Random"), 150, 140,
@@ -57,9 +85,22 @@ void runUntilKilled(const QString& folder, unsigned seed) {
   QByteArray last;
   tell(*document, last);
   recovery.follow(document);
+  QObject receiver;
+  const auto save = [&] {
+    document->setDirty(false);
+    DocumentIO::save(document, folder + QStringLiteral("/saved.tessel"), MetalContext::shared(), &receiver,
+                     [&](const FileResult<void>& result) {
+                       if (!result) std::_Exit(4);
+                       recovery.saved(*document);
+                       // What the commands do to a clean document doesn't count as work.
+                       document->setDirty(true);
+                     });
+  };
   for (;;) {
     const int choice = commands.below(100);
-    if (choice < 9) {
+    if (choice < 1 && !DocumentIO::isSaving()) {
+      save();
+    } else if (choice < 9) {
       document->undo();
     } else if (choice < 16) {
       document->redo();
@@ -73,6 +114,46 @@ void runUntilKilled(const QString& folder, unsigned seed) {
         !recovery.status().reason.contains(u"long"))
       std::_Exit(3);
   }
+}
+
+void dieInSave(const QString& folder, unsigned seed) {
+  ChildDisk disk(seed % 2 == 1);
+  const ScopedFileOperations scope(disk);
+  RecoverySettings settings;
+  settings.folder = folder + QStringLiteral("/recovery");
+  settings.interval = std::chrono::hours(1);
+  settings.patience = std::chrono::minutes(10);
+  // Enough for the journal, but not for the copy of a file.
+  const bool isFileHeld = seed < 4;
+  if (!isFileHeld) settings.maximumBytes = 480'000;
+  const QString path = folder + QStringLiteral("/saved.tessel");
+  const DocumentPtr document = richDocument(modes[seed % modes.size()]);
+  // States are told of layers with pixels only.
+  for (const std::shared_ptr<Layer>& layer : document->allLayers()) {
+    if (layer->texture.value() == nullptr) document->removeNode(layer->id);
+  }
+  document->selectNode(document->allLayers().front()->id);
+  if (!DocumentIO::saveSynchronously(document, path, MetalContext::shared())) std::_Exit(4);
+  document->setSource(path, std::nullopt);
+  Recovery recovery(settings);
+  recovery.follow(document);
+  document->setOpacity(document->activeLayer()->id, 0.25F);
+  document->setDirty(true);
+  recovery.recordNow();
+  const auto isHeld = [&] {
+    const auto bases = QDir(settings.folder).entryList({QStringLiteral("*.base")});
+    return !bases.isEmpty();
+  };
+  while (isFileHeld && !isHeld()) QThread::msleep(1);
+  // The last edit has no record yet when the save begins.
+  document->invertActive();
+  QByteArray last;
+  tell(*document, last);
+  document->setDirty(false);
+  recovery.recordNow();
+  disk.diesAfterRenamingTo = path.toStdString();
+  static_cast<void>(DocumentIO::saveSynchronously(document, path, MetalContext::shared()));
+  std::_Exit(5);
 }
 
 }  // namespace orvanel::testing

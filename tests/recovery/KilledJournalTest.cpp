@@ -13,6 +13,7 @@
 #include <random>
 #include <vector>
 
+#include "io/document/DocumentIO.h"
 #include "recovery/JournalChild.h"
 #include "recovery/RecoveryStore.h"
 
@@ -26,9 +27,11 @@ constexpr int rounds = 40;
 #else
 constexpr int rounds = 200;
 #endif
-/// Of the interval from a change to its record. Two are what is promised; the rest is for a machine that is
-/// busy with other tests.
-constexpr int mostIntervals = 60;
+/// Of the interval from a change to its record. Two are what is promised, and what a machine at rest keeps
+/// (65 to 100 ms). The test turns the interval down to a hundredth, and a journal is written at low priority,
+/// so that a machine that is busy with other tests needs more: up to 330 ms have been seen beside three busy
+/// programs on two cores.
+constexpr int mostIntervals = 12;
 
 std::vector<StateReport> reportsOf(QProcess& child) {
   const QByteArray bytes = child.readAllStandardOutput();
@@ -59,51 +62,122 @@ bool holdsJournal(const QString& folder) {
   return !QDir(folder).entryList({QStringLiteral("*.journal")}).isEmpty();
 }
 
-TEST(KilledJournal, GivesBackARecentState) {
+/// What the next start finds after a kill.
+struct Found {
+  DocumentPtr document;
+  QString loss;
+};
+
+Found fromJournal(const RecoveryStore& store) {
+  const auto claimed = store.claim(store.orphans().at(0).id);
+  const auto contents = claimed->restore(MetalContext::shared(), {});
+  if (!contents) return {nullptr, contents.error()};
+  return {buildRestored(*contents, MetalContext::shared()), contents->loss};
+}
+
+Found fromFile(const QString& path) {
+  const auto document = DocumentIO::loadSynchronously(path, MetalContext::shared());
+  return {document.value_or(nullptr), document ? QString() : document.error().message};
+}
+
+/// A process of this program for a test, and the place for its files.
+class KilledJournal : public ::testing::Test {
+ protected:
+  KilledJournal() : folder(placeForStores()) {
+    settings.folder = folder.filePath(QStringLiteral("recovery"));
+    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  }
+  void start(const char* what, int seed) {
+    child.start(QCoreApplication::applicationFilePath(),
+                {QString::fromLatin1(what), folder.path(), QString::number(seed)});
+    ASSERT_TRUE(child.waitForStarted());
+  }
+  void waitForItsEnd() {
+    ASSERT_TRUE(child.waitForFinished(60'000));
+    ASSERT_EQ(child.exitStatus(), QProcess::CrashExit) << "it gave up by itself: " << child.exitCode();
+  }
+  /// For the next round.
+  void clear() {
+    for (const QString& place : {settings.folder, folder.path()}) {
+      QDir directory(place);
+      for (const QString& name : directory.entryList(QDir::Files | QDir::Hidden)) directory.remove(name);
+    }
+  }
+
+  QTemporaryDir folder;
+  RecoverySettings settings;
+  QProcess child;
+};
+
+TEST_F(KilledJournal, GivesBackARecentState) {
   std::mt19937 random(2025);
   std::int64_t sum = 0;
   std::int64_t longest = 0;
   std::size_t states = 0;
-  for (int round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
+  int saved = 0;
+  const QString file = folder.filePath(QStringLiteral("saved.tessel"));
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
-    const QTemporaryDir folder(placeForStores());
-    RecoverySettings settings;
-    settings.folder = folder.filePath(QStringLiteral("recovery"));
-    QProcess child;
-    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    child.start(
-        QCoreApplication::applicationFilePath(),
-        {QString::fromLatin1(testing::runUntilKilledArgument), settings.folder, QString::number(round)});
-    ASSERT_TRUE(child.waitForStarted());
+    clear();
+    start(testing::runUntilKilledArgument, round);
     for (int wait = 0; wait < 30'000 && !holdsJournal(settings.folder); ++wait) QThread::msleep(1);
     ASSERT_TRUE(holdsJournal(settings.folder));
-    QThread::usleep(random() % 400'000);
+    QThread::usleep(random() % (8'000 * testing::journalIntervalMs));
     const std::int64_t killed = testing::sharedClock();
     ASSERT_EQ(::kill(static_cast<pid_t>(child.processId()), SIGKILL), 0);
-    ASSERT_TRUE(child.waitForFinished(60'000));
-    ASSERT_EQ(child.exitStatus(), QProcess::CrashExit) << "it gave up by itself: " << child.exitCode();
+    waitForItsEnd();
 
     const RecoveryStore store(settings);
     const OrphanList orphans = store.orphans();
-    ASSERT_EQ(orphans.size(), 1U);
-    const auto claimed = store.claim(orphans.front().id);
-    ASSERT_TRUE(claimed.has_value());
-    const auto contents = claimed->restore(MetalContext::shared(), {});
-    ASSERT_TRUE(contents.has_value()) << contents.error().toStdString();
-    const DocumentPtr document = buildRestored(*contents, MetalContext::shared());
-    EXPECT_EQ(document->name.value(), QStringLiteral("Random"));
-    EXPECT_TRUE(document->isDirty.value());
+    ASSERT_LE(orphans.size(), 1U);
+    Found found = orphans.empty() ? Found() : fromJournal(store);
+    // Between the save that replaced the file and the record that belongs to the new one, a copy of the old
+    // one may not have been made yet: then everything is in the new one.
+    const bool isOnlyInFile = orphans.empty() || (!found.loss.isEmpty() && round % 2 == 1);
+    if (isOnlyInFile) found = fromFile(file);
+    ASSERT_EQ(found.loss, QString());
+    ASSERT_NE(found.document, nullptr);
+    if (!isOnlyInFile) {
+      EXPECT_EQ(found.document->name.value(), QStringLiteral("Random"));
+      EXPECT_TRUE(found.document->isDirty.value());
+    }
     const std::vector<StateReport> reports = reportsOf(child);
-    const auto age = ageOf(testing::fingerprintOf(*document), reports, killed);
+    const auto age = ageOf(testing::fingerprintOf(*found.document), reports, killed);
     ASSERT_TRUE(age.has_value()) << "it was never in this state";
     EXPECT_LE(*age / 1'000'000, mostIntervals * testing::journalIntervalMs);
     sum += *age;
     longest = std::max(longest, *age);
     states += reports.size();
+    saved += QFileInfo::exists(file) ? 1 : 0;
   }
-  std::cout << rounds << " kills after " << states << " states; what was lost was "
-            << sum / rounds / 1'000'000 << " ms old on average and " << longest / 1'000'000
-            << " ms at most, with an interval of " << testing::journalIntervalMs << " ms\n";
+  std::cout << rounds << " kills after " << states << " states, " << saved
+            << " of them after a save; what was lost was " << sum / rounds / 1'000'000
+            << " ms old on average and " << longest / 1'000'000 << " ms at most, with an interval of "
+            << testing::journalIntervalMs << " ms\n";
+}
+
+TEST_F(KilledJournal, RestoresWhatASaveHadJustReplaced) {
+  // With a link to the file that was replaced, with a copy of it, and with neither.
+  for (const int seed : {0, 1, 2, 3, 7}) {
+    SCOPED_TRACE(seed);
+    clear();
+    start(testing::dieInSaveArgument, seed);
+    waitForItsEnd();
+    const std::vector<StateReport> reports = reportsOf(child);
+    ASSERT_EQ(reports.size(), 1U);
+    const QByteArray expected(reports.front().fingerprint, testing::fingerprintBytes);
+    const RecoveryStore store(settings);
+    ASSERT_EQ(store.orphans().size(), 1U);
+    const Found found = fromJournal(store);
+    ASSERT_EQ(found.loss, QString());
+    EXPECT_EQ(testing::fingerprintOf(*found.document), expected)
+        << "also what was edited just before the save";
+    // Its file isn't the one that it was edited in: a save would ask first.
+    EXPECT_EQ(found.document->fileMemory(), nullptr);
+    const Found saved = fromFile(folder.filePath(QStringLiteral("saved.tessel")));
+    ASSERT_NE(saved.document, nullptr);
+    EXPECT_EQ(testing::fingerprintOf(*saved.document), expected);
+  }
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ class RecoveryTest : public ::testing::Test {
     chosen.folder = directory.filePath(QStringLiteral("state/recovery"));
     chosen.interval = std::chrono::hours(1);
     chosen.retryInterval = std::chrono::hours(1);
+    chosen.patience = std::chrono::minutes(10);
     return chosen;
   }
   [[nodiscard]] RecoveryStore store() const { return RecoveryStore(settings()); }

@@ -1,11 +1,15 @@
 #include "recovery/Recovery.h"
 
+#include <QThreadPool>
+#include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <mutex>
 
 #include "io/files/FaultyDisk.h"
 #include "model/ThumbnailGenerator.h"
 #include "raster/FatalFault.h"
+#include "recovery/DiskReserve.h"
 #include "recovery/RecoveryFixture.h"
 
 namespace orvanel {
@@ -169,10 +173,11 @@ TEST_F(RecoveryTest, anOrphanStaysUntilItsDocumentHasARecordOfItsOwn) {
   const auto restoreWith = [&](Recovery& recovery) {
     DocumentPtr back;
     bool isDone = false;
-    recovery.restore(orphanID, MetalContext::shared(), &receiver, [&](const FileResult<DocumentPtr>& result) {
-      back = result.value_or(nullptr);
-      isDone = true;
-    });
+    recovery.restore(orphanID, MetalContext::shared(), &receiver,
+                     [&](const FileResult<RestoredDocument>& result) {
+                       back = result ? result->document : nullptr;
+                       isDone = true;
+                     });
     EXPECT_TRUE(waitUntil([&] { return isDone; }));
     return back;
   };
@@ -255,6 +260,7 @@ class StuckDisk final : public FileOperations {
  public:
   int syncData(int file) override {
     std::unique_lock guard(mutex_);
+    if (isOnlyFirstStuck && std::exchange(wasAsked_, true)) return FileOperations::syncData(file);
     answers_.wait(guard, [this] { return isFree_; });
     return FileOperations::syncData(file);
   }
@@ -264,10 +270,13 @@ class StuckDisk final : public FileOperations {
     answers_.notify_all();
   }
 
+  bool isOnlyFirstStuck = false;
+
  private:
   std::mutex mutex_;
   std::condition_variable answers_;
   bool isFree_ = false;
+  bool wasAsked_ = false;
 };
 
 TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
@@ -289,21 +298,205 @@ TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
   EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
 }
 
-TEST(FatalFaultDeathTest, tellsThatUnsavedWorkIsKept) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_DEATH(
-      {
-        const QTemporaryDir folder;
-        RecoverySettings settings;
-        settings.folder = folder.path();
-        Recovery recovery(settings);
-        const DocumentPtr document = unsavedDocument();
-        recovery.follow(document);
-        recovery.recordNow();
-        fatalFault("Out of memory for pixels");
-      },
-      "Out of memory for pixels\nUnsaved work .* is kept");
+TEST_F(RecoveryTest, aRecordThatHangsHoldsUpNoOtherDocument) {
+  StuckDisk disk;
+  disk.isOnlyFirstStuck = true;
+  const ScopedFileOperations scope(disk);
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr first = unsavedDocument();
+  const DocumentPtr second = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(first);
+  ASSERT_TRUE(waitUntil([&] { return !files().isEmpty(); }));
+  recovery.follow(second);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 1; }));
+  disk.answer();
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 2; }));
 }
+
+TEST_F(RecoveryTest, theEndDoesntWaitForADiskThatNeverAnswers) {
+  StuckDisk disk;
+  const ScopedFileOperations scope(disk);
+  RecoverySettings impatient = settings();
+  impatient.patience = std::chrono::milliseconds(20);
+  const DocumentPtr document = unsavedDocument();
+  {
+    Recovery recovery(impatient);
+    recovery.follow(document);
+    recovery.recordNow();
+    EXPECT_EQ(recovery.figures().records, 0);
+  }
+  disk.answer();
+  QThreadPool::globalInstance()->waitForDone();
+}
+
+TEST_F(RecoveryTest, followingADocumentTouchesNoDisk) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  EXPECT_FALSE(QDir(settings().folder).exists());
+}
+
+/// A disk with so much room beyond what is left to the user's files.
+class NearlyFullDisk final : public FileOperations {
+ public:
+  int measureSpace(int /*file*/, DiskSpace& space) override {
+    space = {largestReserve + static_cast<std::uint64_t>(room.load()), std::uint64_t{1} << 40U};
+    return 0;
+  }
+  std::atomic<std::int64_t> room{0};
+};
+
+TEST_F(RecoveryTest, leavesTheLastOfTheDiskToTheUsersFiles) {
+  NearlyFullDisk disk;
+  const ScopedFileOperations scope(disk);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::suspended);
+  EXPECT_TRUE(recovery.status().reason.contains(QStringLiteral("nearly full")));
+  EXPECT_EQ(files(), QStringList());
+  // A save may take what is left.
+  const QString path = directory.filePath(QStringLiteral("image.tessel"));
+  EXPECT_TRUE(DocumentIO::saveSynchronously(document, path, MetalContext::shared()).has_value());
+  disk.room = 100'000'000;
+  changePixels(*document);
+  recovery.recordNow();
+  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
+}
+
+TEST(DiskReserve, isAPartOfASmallDiskAndNoMoreThanAGigabyteOfALargeOne) {
+  class Disk final : public FileOperations {
+   public:
+    int measureSpace(int /*file*/, DiskSpace& asked) override {
+      asked = space;
+      return 0;
+    }
+    DiskSpace space;
+  };
+  Disk disk;
+  const ScopedFileOperations scope(disk);
+  disk.space = {60'000, 1'000'000};
+  EXPECT_TRUE(leavesReserve(0, 10'000));
+  EXPECT_FALSE(leavesReserve(0, 10'001));
+  disk.space = {(std::uint64_t{1} << 30U) + 10, std::uint64_t{1} << 50U};
+  EXPECT_TRUE(leavesReserve(0, 10));
+  EXPECT_FALSE(leavesReserve(0, 11));
+}
+
+TEST_F(RecoveryTest, recordsWhatALongSaveWrites) {
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(settings());
+  recovery.follow(document);
+  recovery.recordNow();
+  changePixels(*document);
+  // A save begins, and takes its time.
+  document->setDirty(false);
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records == 2; })) << "at once, whatever the interval";
+  document->setOpacity(document->activeLayer()->id, 0.5F);
+  recovery.saved(*document);
+  document->setDirty(false);
+  recovery.saved(*document);
+  recovery.recordNow();
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryTest, aFirstRecordWaitsForItsTimeWhileASaveRuns) {
+  RecoverySettings quick = settings();
+  quick.interval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(document);
+  document->setDirty(false);
+  EXPECT_TRUE(waitUntil([&] { return recovery.figures().records == 1; }));
+}
+
+/// What a process says that has this many documents with a record, and then ends.
+class LastWordsDeathTest : public RecoveryTest {
+ protected:
+  LastWordsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  void endWith(const std::function<void(Recovery&)>& before, const std::function<void()>& end) const {
+    Recovery recovery(settings());
+    const DocumentPtr document = unsavedDocument();
+    document->setName(QStringLiteral("Kept"));
+    recovery.follow(document);
+    recovery.recordNow();
+    before(recovery);
+    end();
+  }
+  static void nothing(Recovery& /*recovery*/) {}
+};
+
+TEST_F(LastWordsDeathTest, tellThatUnsavedWorkIsKept) {
+  EXPECT_DEATH(endWith(nothing, [] { fatalFault("Out of memory for pixels"); }),
+               "Out of memory for pixels\nUnsaved work .* is kept, and offered at the next start.\n$");
+}
+
+TEST_F(LastWordsDeathTest, tellWhatIsNotKept) {
+  const auto openAnother = [](Recovery& recovery) {
+    static const DocumentPtr another = unsavedDocument();
+    another->setName(QStringLiteral("New one"));
+    recovery.follow(another);
+  };
+  EXPECT_DEATH(endWith(openAnother, [] { fatalFault("A fault"); }),
+               "is kept, and offered at the next start. Not all of it is kept of \"New one\".\n$");
+  const auto suspend = [](Recovery& recovery) {
+    static FullDisk disk(0);
+    static const ScopedFileOperations scope(disk);
+    static const DocumentPtr another = unsavedDocument();
+    another->setName(QStringLiteral("Too much"));
+    recovery.follow(another);
+    recovery.recordNow();
+  };
+  EXPECT_DEATH(endWith(suspend, [] { fatalFault("A fault"); }), "Not all of it is kept of \"Too much\".\n$");
+}
+
+TEST_F(LastWordsDeathTest, sayNothingOfCleanDocuments) {
+  const auto openClean = [](Recovery& recovery) {
+    static const DocumentPtr clean = unsavedDocument();
+    clean->setDirty(false);
+    recovery.follow(clean);
+  };
+  EXPECT_DEATH(endWith(openClean, [] { fatalFault("A fault"); }), "offered at the next start.\n$");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+TEST_F(LastWordsDeathTest, areSaidBeforeAFaultSignalEndsTheProcessAsEver) {
+  for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) {
+    const auto fault = [signal] {
+      speakBeforeFaultSignals();
+      ::raise(signal);
+    };
+    EXPECT_EXIT(endWith(nothing, fault), ::testing::KilledBySignal(signal),
+                "^The program has ended because of a fault.\nUnsaved work .* is kept.*\n$");
+  }
+  const auto abortTwice = [] {
+    speakBeforeFaultSignals();
+    fatalFault("Out of memory for pixels");
+  };
+  EXPECT_EXIT(endWith(nothing, abortTwice), ::testing::KilledBySignal(SIGABRT),
+              "^Out of memory for pixels\nUnsaved work[^\n]*\n$");
+}
+
+int overflow(int depth) {
+  volatile char frame[4096] = {};
+  frame[0] = static_cast<char>(depth);
+  return depth < 0 ? 0 : overflow(depth + 1) + frame[0];
+}
+
+TEST_F(LastWordsDeathTest, areSaidWhenTheStackOverflows) {
+  const auto fault = [] {
+    speakBeforeFaultSignals();
+    static_cast<void>(overflow(0));
+  };
+  EXPECT_EXIT(endWith(nothing, fault), ::testing::KilledBySignal(SIGSEGV), "Unsaved work .* is kept");
+}
+
+#endif
 
 }  // namespace
 }  // namespace orvanel

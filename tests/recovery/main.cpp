@@ -12,6 +12,9 @@ int main(int argc, char** argv) {
     orvanel::testing::runUntilKilled(QString::fromLocal8Bit(argv[2]),
                                      static_cast<unsigned>(std::atoi(argv[3])));
   }
+  if (argc == 4 && std::strcmp(argv[1], orvanel::testing::dieInSaveArgument) == 0) {
+    orvanel::testing::dieInSave(QString::fromLocal8Bit(argv[2]), static_cast<unsigned>(std::atoi(argv[3])));
+  }
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -30,7 +30,8 @@ std::shared_ptr<const KnownFile> SavedFile::under(const QString& newPath) const 
 
 std::optional<FileHandle> SavedFile::open() const {
   auto file = FileHandle::openForReading(path);
-  if (!file || FileIdentity::of(file->descriptor()) != identity) return std::nullopt;
+  const auto found = file ? FileIdentity::of(file->descriptor()) : std::nullopt;
+  if (!found || !found->isSameVersionAs(identity)) return std::nullopt;
   return std::move(*file);
 }
 

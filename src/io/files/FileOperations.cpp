@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -56,6 +57,17 @@ int FileOperations::syncData(int file) {
 
 int FileOperations::renameFile(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str());
+}
+
+int FileOperations::linkFile(const std::string& file, const std::string& to) {
+  return ::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW);
+}
+
+int FileOperations::measureSpace(int file, DiskSpace& space) {
+  struct statvfs found {};
+  if (::fstatvfs(file, &found) != 0) return -1;
+  space = {std::uint64_t{found.f_bavail} * found.f_frsize, std::uint64_t{found.f_blocks} * found.f_frsize};
+  return 0;
 }
 
 FileOperations& FileOperations::current() {

@@ -10,6 +10,13 @@
 
 namespace orvanel {
 
+/// Of a file system.
+struct DiskSpace {
+  /// For this user.
+  std::uint64_t free = 0;
+  std::uint64_t total = 0;
+};
+
 /// All functions return -1 and set `errno` on failure, as the system calls do.
 class FileOperations {
  public:
@@ -26,6 +33,10 @@ class FileOperations {
   /// As `sync`, without what only tells of the file.
   virtual int syncData(int file);
   virtual int renameFile(const std::string& from, const std::string& to);
+  /// Gives a file a second name on its file system; a last symbolic link is followed.
+  virtual int linkFile(const std::string& file, const std::string& to);
+  /// Of the file system on which an open file stands, in bytes.
+  virtual int measureSpace(int file, DiskSpace& space);
 
   /// The instance in use.
   [[nodiscard]] static FileOperations& current();
