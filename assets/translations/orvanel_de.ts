@@ -2447,5 +2447,9 @@ Klicken, um eine andere zu wählen</translation>
         <source>The file &quot;%1&quot; has been changed or removed, so parts of these layers could not be restored and are transparent: %2.</source>
         <translation>Die Datei „%1“ ist geändert oder entfernt worden, deshalb konnten Teile dieser Ebenen nicht wiederhergestellt werden und sind durchsichtig: %2.</translation>
     </message>
+    <message>
+        <source>Some of the recovery data is damaged, so the last changes could not be restored.</source>
+        <translation>Ein Teil der Wiederherstellungsdaten ist beschädigt, deshalb konnten die letzten Änderungen nicht wiederhergestellt werden.</translation>
+    </message>
 </context>
 </TS>

@@ -1,11 +1,9 @@
 #include "app/DocumentRecovery.h"
 
-#include <QFile>
 #include <utility>
 
 #include "io/files/KnownFile.h"
 #include "look/TranslatedSentence.h"
-#include "model/BackgroundCall.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
@@ -13,15 +11,12 @@ namespace orvanel {
 
 namespace {
 
-/// The file of a restored document, for its next save: what the journal knows of it, or else the file that
-/// stands there, if it is older than the document's last change. Any other counts as changed. Any thread.
-KnownFilePtr knownFileOfRestored(const KnownFilePtr& known, const QString& path,
-                                 const QDateTime& lastChange) {
-  if (known != nullptr) return known->documentPath == path ? known : known->under(path);
-  constexpr std::int64_t nanosecondsEach = 1'000'000;
-  const auto now = FileIdentity::of(QFile::encodeName(path).toStdString());
-  const bool isOlder = now && now->modified / nanosecondsEach <= lastChange.toMSecsSinceEpoch();
-  return makeKnownFile(path, isOlder ? *now : FileIdentity());
+/// The file of a restored document, for its next save. What stands there counts as changed unless the journal
+/// knows it.
+KnownFilePtr knownFileOfRestored(const Document& document, const QString& path) {
+  const auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
+  if (known == nullptr) return makeKnownFile(path, FileIdentity());
+  return known->documentPath == path ? known : known->under(path);
 }
 
 }  // namespace
@@ -85,26 +80,15 @@ void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredD
                                                       tr("It will be offered again at the next start."));
     return;
   }
-  const auto add = [](const DocumentPtr& document) {
-    NotificationCenter::standard().post(notification::createdNewDocument, document);
-  };
   if (!result->loss.isEmpty()) {
     dialogs_.showWarning(tr("Restored in Part"), displayText(orphan.name) + QStringLiteral(": ") +
                                                      look::translatedSentence(result->loss) + u'\n' +
                                                      tr("It will be offered again at the next start."));
   }
-  const auto& path = result->document->sourceFileURL.value();
-  if (!path) return add(result->document);
-  // Storage may not answer. The document goes back to the main thread in any case, which must release it.
-  auto known = std::dynamic_pointer_cast<const KnownFile>(result->document->fileMemory());
-  runInBackground([add, document = result->document, known = std::move(known), path = *path,
-                   time = orphan.time]() mutable {
-    known = knownFileOfRestored(known, path, time);
-    runOnMainThread([add, document = std::move(document), known = std::move(known)] {
-      document->setFileMemory(known);
-      add(document);
-    });
-  });
+  if (const auto& path = result->document->sourceFileURL.value()) {
+    result->document->setFileMemory(knownFileOfRestored(*result->document, *path));
+  }
+  NotificationCenter::standard().post(notification::createdNewDocument, result->document);
 }
 
 void DocumentRecovery::statusChanged(const RecoveryStatus& status) {

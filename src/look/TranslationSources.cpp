@@ -144,6 +144,8 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "Only the first of %1 pictures was opened."),
     QT_TRANSLATE_NOOP("sentences", "Recovery data can't be written: %1."),
     QT_TRANSLATE_NOOP("sentences",
+                      "Some of the recovery data is damaged, so the last changes could not be restored."),
+    QT_TRANSLATE_NOOP("sentences",
                       "The file \"%1\" has been changed or removed, so parts of these layers could not be "
                       "restored and are transparent: %2."),
     QT_TRANSLATE_NOOP("sentences", "The document has format version %1, which can't be read."),

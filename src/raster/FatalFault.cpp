@@ -21,6 +21,13 @@ constinit std::atomic<bool> areMistakesFatal = false;
 constinit std::atomic<bool> areMistakesFatal = true;
 #endif
 
+/// A sanitizer has its own handlers, which tell more.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
 constinit std::atomic<const char*> lastWords = nullptr;
 constinit std::atomic<bool> haveBeenSaid = false;
 
@@ -62,7 +69,7 @@ void endFaultsOnTerminate() noexcept {
 }
 
 void speakBeforeFaultSignals() noexcept {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  if (isSanitized) return;
   // A stack that has overflowed is no place to speak from.
   constexpr std::size_t stackBytes = std::size_t{64} << 10U;
   alignas(16) static std::array<std::byte, stackBytes> place;
@@ -73,7 +80,6 @@ void speakBeforeFaultSignals() noexcept {
   action.sa_flags = static_cast<int>(SA_ONSTACK | SA_RESETHAND);
   sigemptyset(&action.sa_mask);
   for (const int signal : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT}) ::sigaction(signal, &action, nullptr);
-#endif
 }
 
 void setMistakesFatal(bool areFatal) {

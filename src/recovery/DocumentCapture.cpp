@@ -178,7 +178,7 @@ Capture DocumentCapture::finished() {
   }
   shareComposite(capture);
   capture.isComplete = isComplete_;
-  capture.saved = std::dynamic_pointer_cast<const SavedFile>(document_.fileMemory());
+  capture.known = std::dynamic_pointer_cast<const KnownFile>(document_.fileMemory());
   hasTreeChanged_ = false;
   isComplete_ = false;
   return capture;

@@ -14,6 +14,7 @@
 
 #include "io/document/Manifest.h"
 #include "io/document/SavedFile.h"
+#include "io/files/KnownFile.h"
 #include "model/Document.h"
 
 namespace orvanel {
@@ -41,8 +42,8 @@ struct Capture {
   std::shared_ptr<const Surface> composite;
   /// Whether it holds the whole document.
   bool isComplete = false;
-  /// What the document's file holds; may be null.
-  SavedFilePtr saved;
+  /// The document's file as it was read or written; may be null.
+  KnownFilePtr known;
 };
 
 class DocumentCapture {

@@ -5,12 +5,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <utility>
 
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileOperations.h"
 #include "io/files/PassingFile.h"
 #include "recovery/DiskReserve.h"
+#include "recovery/JournalFiles.h"
 
 namespace orvanel {
 namespace {
@@ -32,6 +34,8 @@ HeldBase::HeldBase(FileHandle source, const SavedFile& saved, std::string place)
   } else if (link()) {
     kind_ = Kind::link;
   }
+  // Another program may have written it a moment ago, and the journal will be on the disk before it.
+  if (kind_ != Kind::copy) static_cast<void>(FileOperations::current().sync(source_->descriptor()));
   if (kind_ != Kind::reference) source_.reset();
 }
 
@@ -114,7 +118,10 @@ bool HeldBase::copySome() {
 
 bool HeldBase::endCopy() {
   FileOperations& disk = FileOperations::current();
-  return isSourceAsItWas() && disk.syncData(copy_.number()) == 0 && disk.renameFile(part(), place_) == 0;
+  const bool isDone =
+      isSourceAsItWas() && disk.syncData(copy_.number()) == 0 && disk.renameFile(part(), place_) == 0;
+  if (isDone) syncFolder(std::filesystem::path(place_).parent_path().string());
+  return isDone;
 }
 
 void HeldBase::remove() {

@@ -68,8 +68,8 @@ struct RestoredContents {
   QString path;
   std::optional<Document::ImageFileFormat> imageFormat;
   std::shared_ptr<const SourceMetadata> metadata;
-  /// What the document's file holds, if it is still the file that the document came from.
-  SavedFilePtr saved;
+  /// The file that the document came from, and what it holds, as far as that is known.
+  KnownFilePtr known;
   /// What couldn't be had any more: a sentence for the user. Usually empty.
   QString loss;
 };

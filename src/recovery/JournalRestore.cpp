@@ -275,6 +275,18 @@ std::shared_ptr<const SourceMetadata> metadataOf(const JournalState& state) {
   return ImageMetadata::read(state.document.path, **file, ImageMetadata::Orientation::applied);
 }
 
+/// The document's file as it was last known: any other that stands there now has come from somebody else.
+KnownFilePtr knownFileOf(const JournalState& state, const SavedFilePtr& saved) {
+  if (saved != nullptr) return saved;
+  return state.base ? makeKnownFile(state.document.path, state.base->identity) : nullptr;
+}
+
+/// Whether there are later records than could be restored, because tiles in between are damaged.
+bool areRecordsLost(const JournalInput& input, const JournalState& restored) {
+  const auto offered = readJournalState(input, TileCheck::none);
+  return offered && offered->records > restored.records;
+}
+
 }  // namespace
 
 Described<RestoredContents> restoreContents(const JournalInput& input, const MetalContext& context,
@@ -305,19 +317,25 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
   const QStringList incomplete = filler.incomplete();
+  QString loss;
+  if (!incomplete.isEmpty()) {
+    loss = lossOf(incomplete, *state->base);
+  } else if (areRecordsLost(input, *state)) {
+    loss = QStringLiteral("Some of the recovery data is damaged, so the last changes could not be restored.");
+  }
   return RestoredContents{std::move(*plan),
                           state->document.path,
                           state->document.imageFormat,
                           metadataOf(*state),
-                          base ? base->saved : nullptr,
-                          incomplete.isEmpty() ? QString() : lossOf(incomplete, *state->base)};
+                          knownFileOf(*state, base ? base->saved : nullptr),
+                          loss};
 }
 
 DocumentPtr buildRestored(const RestoredContents& contents, MetalContext& context) {
   DocumentPtr document = buildDocument(contents.plan, context);
   if (!contents.path.isEmpty()) document->setSource(contents.path, contents.imageFormat);
   document->setSourceMetadata(contents.metadata);
-  document->setFileMemory(contents.saved);
+  document->setFileMemory(contents.known);
   document->setDirty(true);
   return document;
 }

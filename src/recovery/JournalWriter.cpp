@@ -5,6 +5,7 @@
 
 #include <QBuffer>
 #include <QDateTime>
+#include <QFile>
 #include <QRandomGenerator>
 #include <algorithm>
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include "io/archive/Deflate.h"
 #include "io/document/LayerData.h"
 #include "io/document/SaveSnapshot.h"
+#include "io/document/SavedFile.h"
 #include "io/files/FileOperations.h"
 #include "io/files/Progress.h"
 #include "model/ThumbnailGenerator.h"
@@ -64,6 +66,17 @@ bool canBeLeft(const SavedSurface& surface) {
          LayerdataHeader::byteSize + pixels * static_cast<std::uint64_t>(bytesPerPixel(surface.format));
 }
 
+/// The pixels of a tile that a surface of this size shows.
+struct VisiblePart {
+  VisiblePart(int width, int height, int index) {
+    const int across = (width + tileSide - 1) / tileSide;
+    columns = std::min(tileSide, width - index % across * tileSide);
+    rows = std::min(tileSide, height - index / across * tileSide);
+  }
+  int columns = 0;
+  int rows = 0;
+};
+
 /// The tiles in ascending order, each once: the one that was captured last.
 std::vector<std::pair<int, Tile>> sorted(const CapturedSurface& captured) {
   std::vector<std::pair<int, Tile>> tiles = captured.tiles;
@@ -91,7 +104,7 @@ JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
   if (file_ != nullptr && (::fstat(file_->descriptor.number(), &status) != 0 || status.st_nlink == 0)) {
     file_ = nullptr;
   }
-  const bool goesOn = file_ != nullptr && file_->saved == capture.saved && isBaseIntact();
+  const bool goesOn = file_ != nullptr && file_->known == capture.known && isBaseIntact();
   if (!goesOn && !capture.isComplete) return {.result = Result::needsEverything};
   return goesOn ? append(capture) : beginAnew(capture);
 }
@@ -99,23 +112,29 @@ JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
 // What a record holds.
 
 bool JournalWriter::draftSurface(const File& file, const std::string& path, const CapturedSurface& captured,
-                                 std::size_t tileCount,
                                  std::unordered_map<std::uint64_t, std::uint64_t>& fresh, Draft& draft) {
+  const auto width = static_cast<int>(draft.contents.canvasWidth);
+  const auto height = static_cast<int>(draft.contents.canvasHeight);
+  const std::size_t tileCount = journal::tileCountOf(draft.contents.canvasWidth, draft.contents.canvasHeight);
   const auto found = file.tables.find(path);
   const bool isNew = found == file.tables.end() || found->second.format != captured.format ||
                      found->second.tiles.size() != tileCount;
   if (isNew && !captured.isWhole) return false;
-  const auto sourceOf = [&](const Tile& tile) -> TileSource {
+  const auto sourceOf = [&](int index, const Tile& tile) -> TileSource {
     if (tile.isUniform()) return {TileSource::Kind::uniform, 0, tile.pixel()};
-    if (const auto standing = file.known.find(tile.version()); standing != file.known.end())
-      return standing->second;
+    const auto standing = file.standing.find(tile.version());
+    if (standing != file.standing.end()) {
+      const VisiblePart part(width, height, index);
+      const Standing& stands = standing->second;
+      if (stands.columns >= part.columns && stands.rows >= part.rows) return stands.source;
+    }
     const auto [number, isFirst] = fresh.try_emplace(tile.version(), file.stored.size() + draft.tiles.size());
     if (isFirst) draft.tiles.push_back({tile, bytesPerPixel(captured.format)});
     return {TileSource::Kind::stored, 0, number->second};
   };
   journal::SurfaceRecord change{path, captured.format, isNew, {}};
   for (const auto& [index, tile] : sorted(captured)) {
-    const TileSource source = sourceOf(tile);
+    const TileSource source = sourceOf(index, tile);
     const auto place = static_cast<std::size_t>(index);
     const TileSource standing = isNew ? TileSource{} : found->second.tiles[place];
     if (source != standing) journal::appendSource(change.runs, static_cast<std::uint32_t>(index), source);
@@ -133,10 +152,9 @@ std::optional<JournalWriter::Draft> JournalWriter::drafted(const File& file, con
   contents.canvasWidth = static_cast<std::uint32_t>(capture.canvasWidth);
   contents.canvasHeight = static_cast<std::uint32_t>(capture.canvasHeight);
   if (capture.composite != nullptr) contents.thumbnail = pngOf(*capture.composite);
-  const std::size_t tileCount = journal::tileCountOf(contents.canvasWidth, contents.canvasHeight);
   std::unordered_map<std::uint64_t, std::uint64_t> fresh;
   for (const auto& [path, captured] : capture.surfaces) {
-    if (!draftSurface(file, path, captured, tileCount, fresh, draft)) return std::nullopt;
+    if (!draftSurface(file, path, captured, fresh, draft)) return std::nullopt;
   }
   if (!capture.manifest) return draft;
   contents.manifest = encodeManifest(*capture.manifest);
@@ -185,7 +203,7 @@ Described<void> JournalWriter::writeRecord(File& file, Draft draft) {
     return because(end.error());
   }
   for (std::size_t i = 0; i < draft.tiles.size(); ++i) {
-    file.known[draft.tiles[i].tile.version()] = {TileSource::Kind::stored, 0, file.stored.size() + i};
+    file.standing[draft.tiles[i].tile.version()] = {{TileSource::Kind::stored, 0, file.stored.size() + i}};
   }
   file.stored.insert(file.stored.end(), added.begin(), added.end());
   applyRecord(file.tables, draft.contents);
@@ -237,26 +255,34 @@ Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
   return part;
 }
 
-void JournalWriter::chooseBase(File& file, const SavedFilePtr& saved) {
-  file.saved = saved;
-  if (saved == nullptr) return;
-  auto source = saved->open();
-  if (!source) return;
+void JournalWriter::chooseBase(File& file, const KnownFilePtr& known) {
+  file.known = known;
+  if (known == nullptr) return;
+  const auto saved = std::dynamic_pointer_cast<const SavedFile>(known);
+  const std::string path =
+      saved != nullptr ? saved->path : QFile::encodeName(known->documentPath).toStdString();
   std::error_code failure;
-  journal::BaseFile base{
-      std::filesystem::absolute(saved->path, failure).string(), saved->identity, ++lastCopy_, {}};
-  for (const auto& [path, surface] : saved->surfaces) {
+  // Even where nothing is left to it, a restored document must know which file it came from.
+  file.base = journal::BaseFile{std::filesystem::absolute(path, failure).string(), known->identity, 0, {}};
+  auto source = saved != nullptr ? saved->open() : std::nullopt;
+  if (!source) return;
+  journal::BaseFile& base = *file.base;
+  base.copy = ++lastCopy_;
+  for (const auto& [entry, surface] : saved->surfaces) {
     if (!canBeLeft(surface)) continue;
     const auto number = static_cast<std::uint32_t>(base.surfaces.size());
-    base.surfaces.push_back({path, surface.format, static_cast<std::uint32_t>(surface.width),
+    base.surfaces.push_back({entry, surface.format, static_cast<std::uint32_t>(surface.width),
                              static_cast<std::uint32_t>(surface.height), surface.chunks});
     for (std::size_t tile = 0; tile < surface.tiles.size(); ++tile) {
       if (surface.tiles[tile].isUniform) continue;
-      file.known.try_emplace(surface.tiles[tile].value, TileSource{TileSource::Kind::base, number, tile});
+      const VisiblePart part(surface.width, surface.height, static_cast<int>(tile));
+      const Standing stands{TileSource{TileSource::Kind::base, number, tile}, part.columns, part.rows};
+      const auto [place, isFirst] = file.standing.try_emplace(surface.tiles[tile].value, stands);
+      const bool showsMore = part.columns >= place->second.columns && part.rows >= place->second.rows;
+      if (!isFirst && showsMore) place->second = stands;
     }
   }
   file.held = std::make_shared<HeldBase>(std::move(*source), *saved, files_.copy(base.copy));
-  file.base = std::move(base);
 }
 
 Described<void> JournalWriter::takePlace(std::unique_ptr<File> file) {
@@ -275,7 +301,7 @@ JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
   const auto write = [&]() -> Described<std::int64_t> {
     auto part = createPart();
     if (!part) return because(part.error());
-    chooseBase(**part, capture.saved);
+    chooseBase(**part, capture.known);
     held = (*part)->held;
     auto draft = drafted(**part, capture);
     if (!draft) return because(QStringLiteral("The document can't be written."));
@@ -376,8 +402,9 @@ Described<void> JournalWriter::compact(const std::vector<bool>& live) {
     }
     contents.surfaces.push_back(std::move(surface));
   }
-  for (const auto& [version, source] : file_->known) {
-    if (source.kind != TileSource::Kind::stored || live[source.value]) next.known[version] = moved(source);
+  for (const auto& [version, stands] : file_->standing) {
+    if (stands.source.kind != TileSource::Kind::stored || live[stands.source.value])
+      next.standing[version] = {moved(stands.source), stands.columns, stands.rows};
   }
   const RecordHeader header{.kind = RecordHeader::Kind::whole,
                             .fileMark = next.mark,
@@ -387,7 +414,7 @@ Described<void> JournalWriter::compact(const std::vector<bool>& live) {
   if (!end) return because(end.error());
   next.base = file_->base;
   next.held = file_->held;
-  next.saved = file_->saved;
+  next.known = file_->known;
   applyRecord(next.tables, contents);
   next.size = *end;
   next.records = 1;

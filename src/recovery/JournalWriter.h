@@ -57,6 +57,13 @@ class JournalWriter {
     journal::StoredTile tile;
     std::uint32_t crc = 0;
   };
+  /// Where a tile's pixels are. A document's file has only those that were visible in it: a tile at the edge
+  /// of a surface may be shared with one that shows more.
+  struct Standing {
+    journal::TileSource source;
+    int columns = tileSide;
+    int rows = tileSide;
+  };
   /// The journal on the disk, as far as it is complete.
   struct File {
     Descriptor descriptor;
@@ -67,11 +74,11 @@ class JournalWriter {
     std::optional<journal::BaseFile> base;
     /// The store's hold on it; null without one.
     std::shared_ptr<HeldBase> held;
-    SavedFilePtr saved;
+    KnownFilePtr known;
     journal::TileTables tables;
     std::vector<Stored> stored;
-    /// Where a tile's pixels are, by its version.
-    std::unordered_map<std::uint64_t, journal::TileSource> known;
+    /// Where tiles' pixels are, by their versions.
+    std::unordered_map<std::uint64_t, Standing> standing;
   };
   /// A tile that isn't anywhere yet.
   struct NewTile {
@@ -87,11 +94,11 @@ class JournalWriter {
   [[nodiscard]] Outcome append(const Capture& capture);
   [[nodiscard]] Described<std::unique_ptr<File>> createPart();
   [[nodiscard]] Described<void> takePlace(std::unique_ptr<File> file);
-  void chooseBase(File& file, const SavedFilePtr& saved);
+  void chooseBase(File& file, const KnownFilePtr& known);
   [[nodiscard]] bool holdsBase() const { return file_ != nullptr && file_->held != nullptr; }
   [[nodiscard]] static std::optional<Draft> drafted(const File& file, const Capture& capture);
   [[nodiscard]] static bool draftSurface(const File& file, const std::string& path,
-                                         const CapturedSurface& captured, std::size_t tileCount,
+                                         const CapturedSurface& captured,
                                          std::unordered_map<std::uint64_t, std::uint64_t>& fresh,
                                          Draft& draft);
   [[nodiscard]] Described<void> writeRecord(File& file, Draft draft);

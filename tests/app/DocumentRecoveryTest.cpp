@@ -61,6 +61,27 @@ class DocumentRecoveryTest : public AppFixture {
     EXPECT_TRUE(waitForJournals(1));
     return document;
   }
+  /// `seconds` from now is the file's time afterwards.
+  static void writeByAnotherProgram(const QString& name, int seconds) {
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("by another program");
+    file.flush();
+    ASSERT_TRUE(
+        file.setFileTime(QDateTime::currentDateTime().addSecs(seconds), QFileDevice::FileModificationTime));
+  }
+  void expectQuestionAtSave() {
+    dialogs.overwriteQuestions.clear();
+    const DocumentPtr document = state.windowState.activeDocument();
+    files.save(document);
+    files.settleWrites();
+    EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+    EXPECT_TRUE(document->isDirty.value());
+    document->setDirty(false);
+    state.windowState.closeDocument(document->id);
+    recovery->closeAll();
+    EXPECT_TRUE(waitForJournals(0));
+  }
   /// Answers the offer, and waits for as many documents.
   void offer(RecoveryAnswer answer, std::size_t documents) {
     dialogs.askedOrphans.clear();
@@ -172,21 +193,41 @@ TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart
 }
 
 TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsSaved) {
-  addSavedAndEdited("Sky");
+  // Also for a file that was put there with an older time, as from a backup.
+  for (const int seconds : {10, -1000}) {
+    addSavedAndEdited("Sky");
+    crashAndStart();
+    writeByAnotherProgram(path("Sky.tessel"), seconds);
+    offer(RecoveryAnswer::restore, 1);
+    expectQuestionAtSave();
+  }
+}
+
+TEST_F(DocumentRecoveryTest, SoDoesARestoredImage) {
+  files.open({writeImage("photo.png")});
+  ASSERT_TRUE(waitForFiles());
+  state.windowState.activeDocument()->invertActive();
+  recovery->recordNow();
+  ASSERT_TRUE(waitForJournals(1));
   crashAndStart();
-  QFile file(path("Sky.tessel"));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write("by another program");
-  file.flush();
-  // Clocks of file systems are coarse.
-  ASSERT_TRUE(file.setFileTime(QDateTime::currentDateTime().addSecs(10), QFileDevice::FileModificationTime));
-  file.close();
+  writeByAnotherProgram(path("photo.png"), -1000);
+  offer(RecoveryAnswer::restore, 1);
+  expectQuestionAtSave();
+}
+
+TEST_F(DocumentRecoveryTest, ARestoredImageIsSavedOverItsFileWithoutAQuestion) {
+  files.open({writeImage("photo.png")});
+  ASSERT_TRUE(waitForFiles());
+  state.windowState.activeDocument()->invertActive();
+  recovery->recordNow();
+  ASSERT_TRUE(waitForJournals(1));
+  crashAndStart();
   offer(RecoveryAnswer::restore, 1);
   const DocumentPtr document = state.windowState.activeDocument();
   files.save(document);
   files.settleWrites();
-  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
-  EXPECT_TRUE(document->isDirty.value());
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "io/files/FaultyDisk.h"
 #include "recovery/DiskReserve.h"
 #include "recovery/RecoveryFixture.h"
+#include "tools/transform/LayerTransform.h"
 
 namespace orvanel {
 namespace {
@@ -58,12 +59,15 @@ class JournalWriterTest : public testing::RecoveryTest {
     return restored();
   }
 
-  /// The name of the layer that the tests change, as a journal with these bytes has it.
-  static QString nameOfMasked(const QByteArray& journal) {
+  static Described<RestoredContents> restoreFrom(const QByteArray& journal) {
     const auto bytes =
         std::as_bytes(std::span(journal.constData(), static_cast<std::size_t>(journal.size())));
-    const auto contents = restoreContents(JournalInput::ofBytes(bytes), MetalContext::shared(),
-                                          [](std::uint32_t) { return std::string(); }, {});
+    return restoreContents(JournalInput::ofBytes(bytes), MetalContext::shared(),
+                           [](std::uint32_t) { return std::string(); }, {});
+  }
+  /// The name of the layer that the tests change, as a journal with these bytes has it.
+  static QString nameOfMasked(const QByteArray& journal) {
+    const auto contents = restoreFrom(journal);
     return contents ? contents->plan.manifest.nodes.at(2).name : contents.error();
   }
 
@@ -99,6 +103,36 @@ TEST_F(JournalWriterTest, leavesToTheFileWhatStandsInIt) {
   EXPECT_EQ(firstDifference(*document, *back), "");
   // The next save, and the next journal, know what the file holds.
   EXPECT_NE(back->fileMemory(), nullptr);
+}
+
+TEST_F(JournalWriterTest, storesWhatTheFileHasOnlyAPartOf) {
+  // Cropping shares whole tiles, of which the file gets what is visible.
+  document->resizeCanvas(200, 200, -1, -1);
+  saveAndFollow();
+  document->undo();
+  record();
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+TEST_F(JournalWriterTest, takesASharedTileFromWhereTheFileHasAllOfIt) {
+  // Whichever of the two is met first in the file.
+  for (const bool movesTheCopy : {true, false}) {
+    follow(unsavedDocument());
+    writer = std::make_unique<JournalWriter>(store().newJournal(), plenty);
+    const QUuid original = document->activeLayer()->id;
+    document->duplicateNode(original);
+    if (!movesTheCopy) document->selectNode(original);
+    const auto move = LayerTransform::begin(document, QStringLiteral("Move"));
+    ASSERT_NE(move, nullptr);
+    // A tile at the right edge then is one of those further left.
+    move->translate(tileSide, 0);
+    move->commit();
+    saveAndFollow();
+    document->setOpacity(original, 0.25F);
+    record();
+    EXPECT_EQ(firstDifference(*document, *readBack()), "") << movesTheCopy;
+    store().claim(store().orphans().front().id)->remove();
+  }
 }
 
 /// Another program replaces the file, as nearly all do it.
@@ -446,6 +480,15 @@ TEST_F(JournalWriterTest, damageInTheMiddleLeavesWhatCameBefore) {
   // In a tile of the second record.
   journal[firstEnd + 1000] = static_cast<char>(journal[firstEnd + 1000] ^ 1);
   EXPECT_EQ(nameOfMasked(journal), QString::fromUtf8("Masked é"));
+  const auto restoredPart = restoreFrom(journal);
+  ASSERT_TRUE(restoredPart);
+  EXPECT_EQ(
+      restoredPart->loss,
+      QStringLiteral("Some of the recovery data is damaged, so the last changes could not be restored."));
+  // What was cut off while it was written was never promised.
+  const auto restoredCut = restoreFrom(bytesOf(journalPath()).left(firstEnd + 1000));
+  ASSERT_TRUE(restoredCut);
+  EXPECT_EQ(restoredCut->loss, QString());
 }
 
 TEST_F(JournalWriterTest, beginsAnewIfSomebodyHasEmptiedTheStore) {
