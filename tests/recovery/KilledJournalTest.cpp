@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "io/document/DocumentIO.h"
+#include "io/files/KnownFile.h"
 #include "recovery/JournalChild.h"
 #include "recovery/RecoveryStore.h"
 
@@ -173,7 +174,9 @@ TEST_F(KilledJournal, RestoresWhatASaveHadJustReplaced) {
     EXPECT_EQ(testing::fingerprintOf(*found.document), expected)
         << "also what was edited just before the save";
     // Its file isn't the one that it was edited in: a save would ask first.
-    EXPECT_EQ(found.document->fileMemory(), nullptr);
+    const auto known = std::dynamic_pointer_cast<const KnownFile>(found.document->fileMemory());
+    ASSERT_NE(known, nullptr);
+    EXPECT_EQ(known->state(), FileState::changed);
     const Found saved = fromFile(folder.filePath(QStringLiteral("saved.tessel")));
     ASSERT_NE(saved.document, nullptr);
     EXPECT_EQ(testing::fingerprintOf(*saved.document), expected);
