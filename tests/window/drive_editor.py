@@ -44,7 +44,8 @@ class Screen:
     SIZE = "1280 800"
 
     def __enter__(self):
-        # Servers that start at the same moment may choose the same number, and only one of them gets it.
+        # Servers that start at the same moment may choose the same number, and only one of them gets it. A server
+        # that resets when its last client has gone refuses the next one for a moment.
         until(self._start, "a virtual screen")
         os.environ.pop("WAYLAND_DISPLAY", None)
         os.environ["QT_QPA_PLATFORM"] = "xcb"
@@ -54,7 +55,7 @@ class Screen:
         numbers, writer = os.pipe()
         self.server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writer), "-screen", "0", self.SIZE.replace(" ", "x") + "x24",
-             "-nolisten", "tcp"],
+             "-nolisten", "tcp", "-noreset"],
             pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(numbers) as source:
