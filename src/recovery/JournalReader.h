@@ -75,8 +75,7 @@ struct RestoredContents {
 };
 
 /// Reads the tiles as well. Those that stood in the document's file alone, and are gone with it, stay
-/// transparent. `copyOfBase` is the file that a
-/// number of `BaseFile::copy` stands for.
+/// transparent. `copyOfBase` is the file that a number of `BaseFile::copy` stands for.
 [[nodiscard]] Described<RestoredContents> restoreContents(
     const JournalInput& input, const MetalContext& context,
     const std::function<std::string(std::uint32_t)>& copyOfBase, const Progress& progress);

@@ -61,6 +61,13 @@ class DocumentRecoveryTest : public AppFixture {
     EXPECT_TRUE(waitForJournals(1));
     return document;
   }
+  void openAndEditImage(const char* name) {
+    files.open({writeImage(name)});
+    ASSERT_TRUE(waitForFiles());
+    state.windowState.activeDocument()->invertActive();
+    recovery->recordNow();
+    ASSERT_TRUE(waitForJournals(1));
+  }
   /// `seconds` from now is the file's time afterwards.
   static void writeByAnotherProgram(const QString& name, int seconds) {
     QFile file(name);
@@ -204,11 +211,7 @@ TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsS
 }
 
 TEST_F(DocumentRecoveryTest, SoDoesARestoredImage) {
-  files.open({writeImage("photo.png")});
-  ASSERT_TRUE(waitForFiles());
-  state.windowState.activeDocument()->invertActive();
-  recovery->recordNow();
-  ASSERT_TRUE(waitForJournals(1));
+  openAndEditImage("photo.png");
   crashAndStart();
   writeByAnotherProgram(path("photo.png"), -1000);
   offer(RecoveryAnswer::restore, 1);
@@ -216,11 +219,7 @@ TEST_F(DocumentRecoveryTest, SoDoesARestoredImage) {
 }
 
 TEST_F(DocumentRecoveryTest, ARestoredImageIsSavedOverItsFileWithoutAQuestion) {
-  files.open({writeImage("photo.png")});
-  ASSERT_TRUE(waitForFiles());
-  state.windowState.activeDocument()->invertActive();
-  recovery->recordNow();
-  ASSERT_TRUE(waitForJournals(1));
+  openAndEditImage("photo.png");
   crashAndStart();
   offer(RecoveryAnswer::restore, 1);
   const DocumentPtr document = state.windowState.activeDocument();
