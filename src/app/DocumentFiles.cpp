@@ -176,7 +176,7 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
     return;
   }
   const KnownFilePtr expected =
-      request.overwrites == Overwrites::ownFile ? knownFileOf(*request.document) : nullptr;
+      request.overwrites == Overwrites::ownFile ? knownFileOf(*request.document, request.path) : nullptr;
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (!request.flatFormat) {

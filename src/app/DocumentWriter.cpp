@@ -54,8 +54,10 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
                    metadata = ImageMetadata::of(document), path, format, job, progress,
                    expected = std::move(expected), written = std::move(written)] {
     const auto judge = [&] { return judgeFound(expected.get(), DocumentIOError::saveFailed, progress); };
-    auto result = judge().and_then(
-        [&] { return writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get()); });
+    auto result = judge().and_then([&] {
+      return writeFlatImage(picture.get(), mode, format, path, context, progress, metadata.get(),
+                            replaceable(expected.get()));
+    });
     // A failure may have come from another program's writing the file meanwhile.
     if (auto judged = judge(); !result && !judged) result = tl::unexpected(judged.error());
     runOnMainThread([guard, job, written, result = std::move(result)] {

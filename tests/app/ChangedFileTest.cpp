@@ -2,7 +2,12 @@
 #include <sys/stat.h>
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
+#include <QTest>
+#include <QThread>
+#include <algorithm>
+#include <cstdio>
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
@@ -69,6 +74,31 @@ class WritingProgram final : public FileOperations {
   QString file_;
 };
 
+/// Another program that writes into the file while its bytes are being copied.
+class WritingIntoTheCopied final : public FileOperations {
+ public:
+  explicit WritingIntoTheCopied(QString file) : file_(std::move(file)) {}
+  ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                    std::size_t count) override {
+    QFile opened(file_);
+    EXPECT_TRUE(opened.open(QIODevice::ReadWrite));
+    opened.write(QByteArray(static_cast<int>(opened.size()), 'x'));
+    opened.close();
+    return FileOperations::copyRange(from, fromOffset, to, toOffset, count);
+  }
+
+ private:
+  QString file_;
+};
+
+/// Whether this process has the file open.
+bool isOpenHere(const QString& file) {
+  const QDir descriptors(QStringLiteral("/proc/self/fd"));
+  const QStringList names = descriptors.entryList(QDir::Files | QDir::System);
+  return std::ranges::any_of(
+      names, [&](const QString& name) { return QFile::symLinkTarget(descriptors.filePath(name)) == file; });
+}
+
 TEST_F(ChangedFileTest, TheQuestionNamesTheFileAndWhatHappened) {
   const DocumentPtr document = addEdited("Sky");
   overwrite(path("Sky.tessel"));
@@ -119,6 +149,47 @@ TEST_F(ChangedFileTest, AFileThatIsChangedDuringTheSaveIsAskedAbout) {
   EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" has been changed by another program.");
   EXPECT_TRUE(document->isDirty.value());
   EXPECT_TRUE(image->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, WhatIsWrittenDuringTheFirstAttemptOfASaveIsNotLostToTheSecond) {
+  const DocumentPtr document = addEdited("Sky");
+  const QString file = path("Sky.tessel");
+  WritingIntoTheCopied program(file);
+  const ScopedFileOperations scope(program);
+  save(document);
+  EXPECT_EQ(contents(file).count('x'), QFileInfo(file).size()) << "the other program's";
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_TRUE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AFileThatIsReplacedWhileItIsOpenedIsAskedAbout) {
+  addEdited("Sky");
+  const QString file = path("Sky.tessel");
+  overwrite(path("theirs"));
+  DocumentPtr document;
+  DocumentIO::load(file, state.metalContext, &files,
+                   [&](const FileResult<DocumentPtr>& loaded) { document = loaded.value_or(nullptr); });
+  while (!isOpenHere(file)) QThread::yieldCurrentThread();
+  ASSERT_EQ(std::rename(qPrintable(path("theirs")), qPrintable(file)), 0);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return document != nullptr; }));
+  document->setDirty(true);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(contents(file), "by another program");
+}
+
+TEST_F(ChangedFileTest, AQueuedSaveStillKnowsItsFileWhenSaveAsFollowsIt) {
+  const DocumentPtr running = addEdited("Sea");
+  const DocumentPtr document = addEdited("Sky");
+  overwrite(path("Sky.tessel"));
+  files.save(running);
+  files.save(document);
+  dialogs.savePaths.push(path("Sky 2.tessel"));
+  files.saveAs(document);
+  files.settleWrites();
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+  EXPECT_TRUE(DocumentIO::loadSynchronously(path("Sky 2.tessel"), state.metalContext));
+  EXPECT_FALSE(document->isDirty.value());
 }
 
 TEST_F(ChangedFileTest, SaveAsWritesAnotherFileAndLeavesTheChangedOne) {

@@ -24,8 +24,10 @@ class FileInput final : public ArchiveInput {
     return count;
   }
   std::uint64_t size() const override { return static_cast<std::uint64_t>(file_.size()); }
-  std::optional<FileIdentity> identity() const override {
-    return FileIdentity::of(file_.descriptor()) == opened_ ? opened_ : std::nullopt;
+  std::optional<FileIdentity> identity() const override { return opened_; }
+  bool isAsOpened() const override {
+    const auto now = FileIdentity::of(file_.descriptor());
+    return now && opened_ && now->isSameVersionAs(*opened_);
   }
 
  private:
@@ -45,6 +47,7 @@ class MemoryInput final : public ArchiveInput {
   }
   std::uint64_t size() const override { return bytes_.size(); }
   std::optional<FileIdentity> identity() const override { return std::nullopt; }
+  bool isAsOpened() const override { return true; }
 
  private:
   std::span<const std::byte> bytes_;

@@ -21,8 +21,10 @@ class ArchiveInput {
   /// The number of bytes read, fewer than requested only at the end; -1 on a read error.
   [[nodiscard]] virtual std::int64_t readAt(std::uint64_t offset, std::span<std::byte> out) const = 0;
   [[nodiscard]] virtual std::uint64_t size() const = 0;
-  /// Which file it is; empty for memory, and for a file that has changed since it was opened.
+  /// Which file it was when it was opened; empty for memory.
   [[nodiscard]] virtual std::optional<FileIdentity> identity() const = 0;
+  /// Whether the contents have most likely not changed since then.
+  [[nodiscard]] virtual bool isAsOpened() const = 0;
 
   /// Keeps the file open, so the file may be replaced under its name in the meantime.
   [[nodiscard]] static Described<std::shared_ptr<const ArchiveInput>> file(const std::string& path);

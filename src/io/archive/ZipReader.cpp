@@ -202,6 +202,10 @@ std::optional<FileIdentity> ZipReader::identity() const {
   return handles_->input->identity();
 }
 
+bool ZipReader::isAsOpened() const {
+  return handles_->input->isAsOpened();
+}
+
 std::optional<std::size_t> ZipReader::find(const std::string& path) const {
   const auto found = indexOfPath_.find(path);
   if (found == indexOfPath_.end()) return std::nullopt;

@@ -50,8 +50,10 @@ class ZipReader {
   [[nodiscard]] const std::vector<ArchiveEntryInfo>& entries() const { return entries_; }
   /// The sections of an entry that can be read independently; empty when it has none.
   [[nodiscard]] const std::vector<EntryPart>& parts(std::size_t index) const { return parts_[index]; }
-  /// Which file the archive is read from; empty for memory, and for a file that has changed meanwhile.
+  /// Which file the archive is read from, as it was when it was opened; empty for memory.
   [[nodiscard]] std::optional<FileIdentity> identity() const;
+  /// Whether the file's contents have most likely not changed since then.
+  [[nodiscard]] bool isAsOpened() const;
   [[nodiscard]] std::optional<std::size_t> find(const std::string& path) const;
 
   /// An entry's bytes, from the first to the last.

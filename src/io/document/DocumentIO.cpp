@@ -29,13 +29,16 @@ FileResult<void> saveResult(const Described<Value>& result, const Progress& prog
   return {};
 }
 
-/// Fills the surfaces of a document that is being loaded; returns what its file holds.
-Described<SavedFilePtr> fill(const OpenedDocument& opened, const QString& path, const Progress& progress) {
+/// Fills the surfaces of a document that is being loaded; returns what is known of its file.
+Described<KnownFilePtr> fill(const OpenedDocument& opened, const QString& path, const Progress& progress) {
   auto surfaces = fillTextures(opened, progress);
   if (!surfaces) return because(surfaces.error());
   if (auto judged = judgeShownMemory(opened); !judged) return because(judged.error());
   const auto identity = opened.archive.identity();
   if (!identity) return nullptr;
+  // What was read isn't what stands there now, so nothing can be copied from it; but whoever has written it
+  // must not lose it to the next save.
+  if (!opened.archive.isAsOpened()) return makeKnownFile(QFileInfo(path).absoluteFilePath(), *identity);
   auto saved = std::make_shared<SavedFile>();
   saved->documentPath = QFileInfo(path).absoluteFilePath();
   saved->path = QFile::encodeName(path).toStdString();
@@ -45,9 +48,9 @@ Described<SavedFilePtr> fill(const OpenedDocument& opened, const QString& path, 
 }
 
 /// Marks a loaded document as clean and sets its source file.
-void attachSource(Document& document, const QString& path, SavedFilePtr saved) {
+void attachSource(Document& document, const QString& path, KnownFilePtr known) {
   document.setSource(QFileInfo(path).absoluteFilePath(), std::nullopt);
-  document.setFileMemory(std::move(saved));
+  document.setFileMemory(std::move(known));
   document.setDirty(false);
 }
 
@@ -72,7 +75,7 @@ struct LoadJob {
 
 using LoadJobPtr = std::shared_ptr<LoadJob>;
 
-void finishLoad(const LoadJobPtr& job, const Described<SavedFilePtr>& filled) {
+void finishLoad(const LoadJobPtr& job, const Described<KnownFilePtr>& filled) {
   DocumentPtr document = std::move(job->document);
   if (filled) {
     attachSource(*document, job->path, *filled);
@@ -138,7 +141,7 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
       });
       return;
     }
-    auto written = writeSnapshot(*picture, path, progress);
+    auto written = writeSnapshot(*picture, path, progress, replaceable(expected.get()));
     picture.reset();
     // A failure may have come from another program's writing the file meanwhile.
     auto judged =

@@ -185,8 +185,8 @@ SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file, con
 /// Writes the archive with what `saved` holds, or everything anew without it.
 tl::expected<SavedFilePtr, WriteFailure> writeWith(const SavedFile* saved, const FileHandle* keptFrom,
                                                    const SaveSnapshot& snapshot, const QString& destination,
-                                                   const Progress& progress) {
-  auto file = AtomicFile::create(destination);
+                                                   FileIdentity replaced, const Progress& progress) {
+  auto file = AtomicFile::create(destination, replaced);
   if (!file) return tl::unexpected(WriteFailure{file.error()});
   std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
   // A document is saved without a preview rather than not at all.
@@ -245,16 +245,19 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
 }
 
 Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                                      const Progress& progress) {
+                                      const Progress& progress, std::optional<FileIdentity> replaced) {
+  // Both attempts replace the same version: what another program writes during the first isn't ours to lose.
+  if (!replaced) replaced = FileIdentity::of(QFile::encodeName(destination).toStdString());
+  const FileIdentity found = replaced.value_or(FileIdentity());
   // A file on another device may be out of reach by now, and saving elsewhere must not wait for it.
   const bool isNear = snapshot.saved != nullptr && snapshot.saved->identity.device == deviceOf(destination);
   const auto keptFrom = isNear ? snapshot.saved->open() : std::nullopt;
   if (keptFrom) {
-    auto written = writeWith(snapshot.saved.get(), &*keptFrom, snapshot, destination, progress);
+    auto written = writeWith(snapshot.saved.get(), &*keptFrom, snapshot, destination, found, progress);
     if (written) return std::move(*written);
     if (!written.error().isKeptUnusable) return because(written.error().reason);
   }
-  auto written = writeWith(nullptr, nullptr, snapshot, destination, progress);
+  auto written = writeWith(nullptr, nullptr, snapshot, destination, found, progress);
   if (!written) return because(written.error().reason);
   return std::move(*written);
 }

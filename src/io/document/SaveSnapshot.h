@@ -50,9 +50,11 @@ struct SaveSnapshot {
 [[nodiscard]] QString maskEntryPath(const QString& layerID);
 
 /// Writes the document's archive to the destination, and returns what it holds. Chunks of which no tile has
-/// changed are copied from the document's file, if that is still what it was. Any thread; the work spreads
-/// over all cores.
+/// changed are copied from the document's file, if that is still what it was. `replaced` is the version of
+/// the destination that may be replaced: by default what stands there now. Any thread; the work spreads over
+/// all cores.
 [[nodiscard]] Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                                                    const Progress& progress);
+                                                    const Progress& progress,
+                                                    std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel

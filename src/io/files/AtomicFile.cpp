@@ -83,9 +83,10 @@ AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> repl
       temporaryPath_(std::move(temporaryPath)),
       file_(file) {}
 
-Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination) {
+Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination,
+                                                          std::optional<FileIdentity> replaced) {
   const std::filesystem::path target = resolved(destination);
-  const auto replaced = FileIdentity::of(target.string());
+  if (!replaced) replaced = FileIdentity::of(target.string());
   struct stat existing {};
   const bool exists = ::stat(target.c_str(), &existing) == 0;
   if (exists && !S_ISREG(existing.st_mode))
@@ -270,8 +271,9 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
 }
 
 Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
-                                                   std::span<const std::byte> bytes) {
-  auto file = AtomicFile::create(destination);
+                                                   std::span<const std::byte> bytes,
+                                                   std::optional<FileIdentity> replaced) {
+  auto file = AtomicFile::create(destination, replaced);
   if (!file) return because(file.error());
   if (const auto result = (*file)->write(bytes); !result) return because(result.error());
   const auto result = (*file)->commit([](const std::string&) { return Described<void>(); });

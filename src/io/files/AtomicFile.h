@@ -19,7 +19,9 @@ namespace orvanel {
 class AtomicFile {
  public:
   /// Creates the temporary file. Symbolic links are followed, and an existing file's permissions are kept.
-  [[nodiscard]] static Described<std::unique_ptr<AtomicFile>> create(const QString& destination);
+  /// `replaced` is the version of the destination that may be replaced: by default what stands there now.
+  [[nodiscard]] static Described<std::unique_ptr<AtomicFile>> create(
+      const QString& destination, std::optional<FileIdentity> replaced = {});
   /// Removes the temporary file unless it has been committed.
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
@@ -38,8 +40,8 @@ class AtomicFile {
   /// The path of the file to replace, with symbolic links resolved.
   [[nodiscard]] const std::string& destination() const { return destination_; }
 
-  /// Syncs the file, calls `verify` on it and renames it to the destination. Fails if another program has
-  /// written the destination since `create`.
+  /// Syncs the file, calls `verify` on it and renames it to the destination. Fails if something else stands
+  /// there than what may be replaced.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
   /// The destination's identity right after `commit`.
   [[nodiscard]] const std::optional<FileIdentity>& committed() const { return committed_; }
@@ -56,7 +58,7 @@ class AtomicFile {
   Described<void> closeAndCheck();
 
   std::string destination_;
-  std::optional<FileIdentity> replaced_;  ///< what stood at the destination in the beginning
+  std::optional<FileIdentity> replaced_;  ///< what may be replaced; empty if nothing stood there
   std::string temporaryPath_;
   int file_;
   ByteBuffer buffer_;
@@ -71,8 +73,10 @@ class AtomicFile {
   std::optional<FileIdentity> committed_;
 };
 
-/// Replaces the contents of `destination` atomically; returns which file it is now, if that can be told.
+/// Replaces the contents of `destination` atomically, if they are `replaced` or, by default, whatever they
+/// are; returns which file it is now, if that can be told.
 [[nodiscard]] Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
-                                                                 std::span<const std::byte> bytes);
+                                                                 std::span<const std::byte> bytes,
+                                                                 std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel

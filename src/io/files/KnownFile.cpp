@@ -16,6 +16,11 @@ FileState KnownFile::state() const {
   return now->isSameVersionAs(identity) ? FileState::asKnown : FileState::changed;
 }
 
+std::optional<FileIdentity> replaceable(const KnownFile* expected) {
+  if (expected == nullptr) return std::nullopt;
+  return expected->identity;
+}
+
 FileResult<void> judgeFound(const KnownFile* expected, DocumentIOError code, const Progress& progress) {
   const FileState found = expected == nullptr ? FileState::asKnown : expected->state();
   if (found == FileState::asKnown) return {};
@@ -33,10 +38,9 @@ KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& iden
   return known;
 }
 
-KnownFilePtr knownFileOf(const Document& document) {
+KnownFilePtr knownFileOf(const Document& document, const QString& path) {
   auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
-  const auto& path = document.sourceFileURL.value();
-  return known != nullptr && path && *path == known->documentPath ? known : nullptr;
+  return known != nullptr && path == known->documentPath ? known : nullptr;
 }
 
 }  // namespace orvanel

@@ -27,12 +27,14 @@ struct KnownFile : FileMemory {
 
 using KnownFilePtr = std::shared_ptr<const KnownFile>;
 
+/// Which version of the file may be replaced; empty for null, when it may be any.
+[[nodiscard]] std::optional<FileIdentity> replaceable(const KnownFile* expected);
 /// Fails, with what was found, unless the file is as it is known; succeeds for null.
 [[nodiscard]] FileResult<void> judgeFound(const KnownFile* expected, DocumentIOError code,
                                           const Progress& progress);
 
 [[nodiscard]] KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity);
-/// Of the file that the document would be saved to; null if its state isn't known. Main thread.
-[[nodiscard]] KnownFilePtr knownFileOf(const Document& document);
+/// What the document knows of the file at the path; null if that isn't its own. Main thread.
+[[nodiscard]] KnownFilePtr knownFileOf(const Document& document, const QString& path);
 
 }  // namespace orvanel

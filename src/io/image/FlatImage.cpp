@@ -291,7 +291,8 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
 FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite, ColorMode mode,
                                                        Format fileType, const QString& path,
                                                        const MetalContext& context, const Progress& progress,
-                                                       const ImageMetadata* metadata) {
+                                                       const ImageMetadata* metadata,
+                                                       std::optional<FileIdentity> replaced) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
@@ -309,7 +310,7 @@ FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite,
   if (progress.isCancelled()) return failed(cancelled().value());
   if (!bytes) return failed(QStringLiteral("The image couldn't be encoded in this format."));
   const auto written = replaceFile(
-      path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))));
+      path, std::as_bytes(std::span(bytes->constData(), static_cast<std::size_t>(bytes->size()))), replaced);
   if (!written) return failed(written.error());
   progress.tell(1.0);
   return *written;
@@ -318,7 +319,8 @@ FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite,
 FileResult<std::optional<FileIdentity>> writeFlatImage(FrozenComposite* composite, ColorMode mode,
                                                        Format fileType, const QString& path,
                                                        const MetalContext& context, const Progress& progress,
-                                                       const ImageMetadata* metadata) {
+                                                       const ImageMetadata* metadata,
+                                                       std::optional<FileIdentity> replaced) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
@@ -327,7 +329,7 @@ FileResult<std::optional<FileIdentity>> writeFlatImage(FrozenComposite* composit
   if (!pixelsFitInMemory(composite->bytesToFinish())) return failed(notEnoughMemoryToWrite());
   const Surface* const picture = composite->surface([&] { return progress.isCancelled(); });
   if (picture == nullptr) return failed(cancelled().value());
-  return writeFlatImage(*picture, mode, fileType, path, context, progress, metadata);
+  return writeFlatImage(*picture, mode, fileType, path, context, progress, metadata, replaced);
 }
 
 }  // namespace orvanel

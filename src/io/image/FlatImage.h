@@ -68,14 +68,17 @@ struct FlatImage {
                                                     const ImageMetadata* metadata = nullptr);
 
 /// Encodes a composite and replaces the file at `path` atomically; fails with `exportFailed`. Returns which
-/// file it is now, if that can be told. Any thread; progress is reported on it.
+/// file it is now, if that can be told. `replaced` is the version that may be replaced: by default what
+/// stands there in the end. Any thread; progress is reported on it.
 [[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
     const Surface& composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
-    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr);
+    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr,
+    std::optional<FileIdentity> replaced = {});
 /// The same for a document's flattened image of one moment, which is finished first. A document without one
 /// has nothing to write.
 [[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
     FrozenComposite* composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
-    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr);
+    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr,
+    std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel
