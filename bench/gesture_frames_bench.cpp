@@ -1,8 +1,8 @@
 // Frames while something changes: from the event to the finished frame of a full-HD view, on the main thread.
 // Every step is timed by itself; `median` and `worst` leave out the first, in which samples are gathered.
 // `processor` is the median of what all threads used: on a machine with other work, look at that. `end` is
-// what the release of the button costs, `kernel` what its kernels need alone, and `hold` the longest turn of
-// the flattening that follows.
+// what the release of the button costs, `kernel` what its kernels need alone, `of_kernel` their ratio, and
+// `hold` the longest turn of the flattening that follows.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -111,12 +111,15 @@ void frames(benchmark::State& state, const std::string& name, const Subject& mak
   state.counters["processor_ms"] = median(processorTimes);
   state.counters["worst_ms"] = *std::ranges::max_element(times);
 
-  if (const std::optional<double> kernel = kernelMilliseconds(*document)) {
-    state.counters["kernel_ms"] = *kernel;
-  }
+  const std::optional<double> kernel = kernelMilliseconds(*document);
   const Clock::time_point release = Clock::now();
   if (gesture.end) gesture.end();
-  state.counters["end_ms"] = millisecondsSince(release);
+  const double end = millisecondsSince(release);
+  state.counters["end_ms"] = end;
+  if (kernel) {
+    state.counters["kernel_ms"] = *kernel;
+    state.counters["of_kernel"] = end / *kernel;
+  }
   renderer.drawInMTKView(view);
   double hold = 0.0;
   for (bool isCurrent = false; !isCurrent;) {
@@ -137,17 +140,24 @@ Gesture zoomSteps(const DocumentPtr& document) {
   return {[=](int step) { step % 2 == 0 ? document->zoomIn() : document->zoomOut(); }, {}};
 }
 
-std::shared_ptr<Layer> bottomLayer(const DocumentPtr& document) {
-  return document->allLayers().front();
+/// The node that changes: the lowest layer has the most above it, the top node is a folder in document A.
+QUuid bottomLayer(const Document& document) {
+  return document.allLayers().front()->id;
 }
+QUuid topNode(const Document& document) {
+  return document.rootNodes.value().back().id();
+}
+using Node = QUuid (*)(const Document&);
 
+template <Node node>
 Gesture opacity(const DocumentPtr& document) {
-  const QUuid id = bottomLayer(document)->id;
+  const QUuid id = node(*document);
   return {[=](int step) { document->setOpacity(id, 0.2F + 0.01F * static_cast<float>(step)); }, {}};
 }
 
+template <Node node>
 Gesture blendMode(const DocumentPtr& document) {
-  const QUuid id = bottomLayer(document)->id;
+  const QUuid id = node(*document);
   return {[=](int step) {
             document->setBlendMode(id,
                                    allBlendModes[static_cast<std::size_t>(step + 1) % allBlendModes.size()]);
@@ -155,14 +165,10 @@ Gesture blendMode(const DocumentPtr& document) {
           {}};
 }
 
+template <Node node>
 Gesture visibility(const DocumentPtr& document) {
-  const QUuid id = bottomLayer(document)->id;
+  const QUuid id = node(*document);
   return {[=](int step) { document->setVisible(id, step % 2 != 0); }, {}};
-}
-
-Gesture opacityOfTheTopNode(const DocumentPtr& document) {
-  const QUuid id = document->rootNodes.value().back().id();
-  return {[=](int step) { document->setOpacity(id, 0.2F + 0.01F * static_cast<float>(step)); }, {}};
 }
 
 Begin transforming(const std::function<void(LayerTransform&, int)>& change) {
@@ -206,10 +212,12 @@ struct NamedSubject {
 const std::vector<NamedGesture> everyGesture{
     {"pan", pan},
     {"zoom", zoomSteps},
-    {"opacity", opacity},
-    {"blendMode", blendMode},
-    {"visibility", visibility},
-    {"topNodeOpacity", opacityOfTheTopNode},
+    {"opacity", opacity<bottomLayer>},
+    {"blendMode", blendMode<bottomLayer>},
+    {"visibility", visibility<bottomLayer>},
+    {"topNodeOpacity", opacity<topNode>},
+    {"topNodeBlendMode", blendMode<topNode>},
+    {"topNodeVisibility", visibility<topNode>},
     {"move", move},
     {"scale", scale},
     {"rotate", rotate},
@@ -238,8 +246,9 @@ void registerFrames(const NamedSubject& subject, const NamedGesture& gesture) {
   for (const int side : {2048, 8192, 16384}) {
     const NamedSubject photo{"photo:" + std::to_string(side),
                              [side] { return bench::photoDocument(side, ColorMode::rgb8); }};
-    for (const NamedGesture& gesture : {NamedGesture{"move", move}, NamedGesture{"rotate", rotate},
-                                        NamedGesture{"freeTransform", freeTransform}}) {
+    for (const NamedGesture& gesture :
+         {NamedGesture{"move", move}, NamedGesture{"scale", scale}, NamedGesture{"rotate", rotate},
+          NamedGesture{"freeTransform", freeTransform}}) {
       registerFrames(photo, gesture);
     }
   }

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "BenchView.h"
+#include "BenchCanvas.h"
 #include "FeelDocuments.h"
 #include "tools/selection/EllipseSelectToolHandler.h"
 #include "tools/selection/LassoSelectToolHandler.h"
@@ -20,49 +20,15 @@ namespace {
 constexpr int photoSide = 4096;
 constexpr int whiteSide = 16384;
 
-/// A canvas that shows a document from its upper left corner, and draws its frames.
-class BenchCanvas : public ToolCanvas {
- public:
-  BenchCanvas(const DocumentPtr& document, bool isFit) : document_(document) {
-    if (isFit) {
-      document->zoomFitOnScreen(viewWidth, viewHeight);
-    } else {
-      document->zoomActualSize();
-    }
-    zoom_ = document->zoom();
-    renderer_.document = document;
-    renderer_.toolOverlayLayers = {selection->dragPathLayer};
-    static_cast<void>(document->composite());
-    draw();
+/// With what the selection tools share.
+struct SelectionCanvas : BenchCanvas {
+  SelectionCanvas(const DocumentPtr& document, bool isFit) : BenchCanvas(document, isFit) {
+    showOverlay(selection->dragPathLayer);
   }
-
-  void draw() { renderer_.drawInMTKView(view_); }
-  [[nodiscard]] ToolContext context() { return {this, document_}; }
-  /// View points for a share of the view's height.
-  [[nodiscard]] QPointF at(double x, double y) const { return QPointF(x, y) * viewHeight; }
-  [[nodiscard]] double zoom() const { return zoom_; }
-
-  [[nodiscard]] QSizeF viewSize() const override { return {viewWidth, viewHeight}; }
-  [[nodiscard]] std::optional<QPointF> viewToDocument(QPointF viewPoint) const override {
-    return viewPoint / zoom_;
-  }
-  [[nodiscard]] std::optional<QPointF> documentToView(QPointF documentPoint) const override {
-    return documentPoint * zoom_;
-  }
-  void scrollTo(QPointF /*documentOffset*/) override {}
-  [[nodiscard]] std::uint32_t currentModifiers() const override { return 0; }
-  void showCursor(CursorShape /*cursor*/) override {}
-  void requestRedraw() override {}
 
   const std::shared_ptr<SelectionToolState> selection =
       std::make_shared<SelectionToolState>(MetalContext::shared());
   ToolState tools;
-
- private:
-  DocumentPtr document_;
-  double zoom_ = 1.0;
-  BenchView view_;
-  CanvasRenderer renderer_{MetalContext::shared()};
 };
 
 DocumentPtr documentOf(char name) {
@@ -83,7 +49,7 @@ DocumentPtr documentOf(char name) {
 }
 
 template <typename Handler>
-std::unique_ptr<CanvasToolHandler> make(BenchCanvas& canvas) {
+std::unique_ptr<CanvasToolHandler> make(SelectionCanvas& canvas) {
   if constexpr (std::is_constructible_v<Handler, std::shared_ptr<SelectionToolState>, ToolState&>) {
     return std::make_unique<Handler>(canvas.selection, canvas.tools);
   } else {
@@ -99,7 +65,7 @@ QPointF wayPoint(int step) {
 
 template <typename Handler>
 void dragStep(benchmark::State& state, char name, bool isFit) {
-  BenchCanvas canvas(documentOf(name), isFit);
+  SelectionCanvas canvas(documentOf(name), isFit);
   const auto handler = make<Handler>(canvas);
   int step = 0;
   handler->mouseDown({}, canvas.context(), canvas.at(0.02, 0.02));
@@ -114,7 +80,7 @@ void dragStep(benchmark::State& state, char name, bool isFit) {
 template <typename Handler>
 void commit(benchmark::State& state, char name, bool isFit) {
   const DocumentPtr document = documentOf(name);
-  BenchCanvas canvas(document, isFit);
+  SelectionCanvas canvas(document, isFit);
   const auto handler = make<Handler>(canvas);
   for (auto _ : state) {
     state.PauseTiming();
@@ -146,7 +112,7 @@ void moveStep(benchmark::State& state, char name, bool isFit) {
     });
     gesture.close();
   }
-  BenchCanvas canvas(document, isFit);
+  SelectionCanvas canvas(document, isFit);
   const auto handler = make<RectSelectToolHandler>(canvas);
   const QPointF press = isFit ? QPointF(2000, 2000) * canvas.zoom() : QPointF(1000, 1050);
   handler->mouseDown({}, canvas.context(), press);
@@ -162,7 +128,7 @@ void moveStep(benchmark::State& state, char name, bool isFit) {
 void hover(benchmark::State& state, char name, bool isFit) {
   const DocumentPtr document = documentOf(name);
   document->selectAll();
-  BenchCanvas canvas(document, isFit);
+  SelectionCanvas canvas(document, isFit);
   const auto handler = make<RectSelectToolHandler>(canvas);
   int step = 0;
   for (auto _ : state) {
@@ -194,12 +160,12 @@ float toleranceFor(const DocumentPtr& document, const QPoint& seed, double share
 
 enum class WandStep { click, scrub };
 
-void wand(benchmark::State& state, char name, double share, WandStep timed) {
+void wand(benchmark::State& state, char name, double share, WandStep timed, bool isFit) {
   const DocumentPtr document = documentOf(name);
   const QPoint seed(document->canvasWidth.value() / 2, document->canvasHeight.value() / 2);
   const float tolerance = share > 0.0 ? toleranceFor(document, seed, share) : 0.0F;
   document->deselect();
-  BenchCanvas canvas(document, true);
+  SelectionCanvas canvas(document, isFit);
   canvas.tools.magicWandSettings = MagicWandSettings{.tolerance = tolerance};
   const auto handler = make<MagicWandToolHandler>(canvas);
   const QPointF press = (QPointF(seed) + QPointF(0.5, 0.5)) * canvas.zoom();
@@ -250,10 +216,15 @@ const bool isRegistered = [] {
     double share;
   };
   for (const WandCase& c : {WandCase{"small", 'P', 0.0}, {"60%", 'P', 0.6}, {"white", 'W', 0.0}}) {
-    addBenchmark("WandClick/" + c.name,
-                 [c](benchmark::State& state) { wand(state, c.document, c.share, WandStep::click); });
-    addBenchmark("WandScrub/" + c.name,
-                 [c](benchmark::State& state) { wand(state, c.document, c.share, WandStep::scrub); });
+    for (const bool isFit : {true, false}) {
+      const auto add = [&](const std::string& what, WandStep step) {
+        addBenchmark(what + c.name + (isFit ? "/fit" : "/100%"), [c, step, isFit](benchmark::State& state) {
+          wand(state, c.document, c.share, step, isFit);
+        });
+      };
+      add("WandClick/", WandStep::click);
+      add("WandScrub/", WandStep::scrub);
+    }
   }
   addDocument('A');
   addDocument('B');

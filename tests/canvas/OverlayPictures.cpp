@@ -1,5 +1,5 @@
 // overlay_pictures FOLDER [all]: writes pictures of everything that is drawn over the image, on light, grey,
-// dark and noisy grounds, at the scales 1 and 2; with "all" also at 1.25 and at other zooms.
+// dark and noisy grounds, at the scales 1, 1.25 and 2; with "all" also at other zooms.
 #include <QApplication>
 #include <QDir>
 #include <QImage>
@@ -140,6 +140,18 @@ void dragLasso(Document& document, CanvasRenderer& renderer, double width, doubl
   addOverlay<DragPathOverlayLayer>(renderer)->lassoScreenPoints = points;
 }
 
+/// Points that were clicked, and the line from the last of them to the pointer.
+void drawPolygon(Document& document, CanvasRenderer& renderer, double width, double height) {
+  static_cast<void>(document);
+  const auto layer = addOverlay<DragPathOverlayLayer>(renderer);
+  layer->lassoPoints = {{width * 0.06, height * 0.7},
+                        {width * 0.22, height * 0.2},
+                        {width * 0.48, height * 0.6},
+                        {width * 0.7, height * 0.15}};
+  layer->lassoScreenPoints =
+      std::vector{QPointF(std::round(viewWidth * 0.93), std::round(viewHeight * 0.75))};
+}
+
 std::shared_ptr<MoveToolOverlayLayer> addMoveBox(CanvasRenderer& renderer, double width, double height) {
   auto layer = addOverlay<MoveToolOverlayLayer>(renderer);
   layer->moveToolRect = {
@@ -181,6 +193,7 @@ const std::array pictures{Picture{"selection-ellipse", 1.0, selectEllipse},
                           Picture{"drag-rectangle", 1.0, dragRectangle},
                           Picture{"drag-ellipse", 1.0, dragEllipse},
                           Picture{"drag-lasso", 1.0, dragLasso},
+                          Picture{"drag-polygon", 1.0, drawPolygon},
                           Picture{"move-box", 1.0, showMoveBox},
                           Picture{"move-box-turned", 1.0, turnMoveBox},
                           Picture{"free-transform", 1.0, showQuad},
@@ -239,8 +252,7 @@ bool write(const QImage& image, const QDir& folder, const QString& name) {
 
 bool writeAll(const QDir& folder, bool isForReview) {
   bool isWritten = true;
-  const std::vector<double> scales = isForReview ? std::vector{1.0, 1.25, 2.0} : std::vector{1.0, 2.0};
-  for (const double scale : scales) {
+  for (const double scale : {1.0, 1.25, 2.0}) {
     for (const Picture& picture : pictures) {
       std::vector<double> zooms{picture.zoom / (picture.zoom > 1.0 ? scale : 1.0)};
       if (isForReview && picture.zoom == 1.0) zooms = {0.37, 1.0, 12.5};
