@@ -29,6 +29,21 @@ Described<void> judgeEntry(const ZipReader& archive, std::size_t index, const Su
   return stream->finish(progress);
 }
 
+/// Reads an entry as opening does, which trusts what the archive says of its parts.
+Described<void> judgeParts(const ZipReader& archive, std::size_t index, const Progress& progress) {
+  const std::size_t count = archive.parts(index).size();
+  auto stream = archive.streamOfParts(index, 0, count);
+  if (!stream) return because(stream.error());
+  ByteBuffer piece;
+  for (const EntryPart& part : archive.parts(index)) {
+    if (progress.isCancelled()) return cancelled();
+    piece.resizeDiscarding(part.size);
+    if (auto read = stream->read(piece.span()); !read) return read;
+  }
+  if (stream->crc() == archive.entries()[index].crc) return {};
+  return because(QStringLiteral("Its parts don't make up the whole."));
+}
+
 /// Entries that the tree asks for and the archive hasn't got.
 std::vector<EntryCheck> missingEntries(const OpenedDocument& opened) {
   std::vector<EntryCheck> missing;
@@ -64,13 +79,15 @@ Described<DocumentCheck> checkDocument(const QString& path, const MetalContext& 
   if (opened) {
     for (const TextureLoadRequest& request : opened->requests)
       surfaces.at(request.entry) = request.destination.get();
+    if (const auto judged = judgeSizes(*opened); !judged) check.reason = judged.error();
   } else {
     check.reason = opened.error();
   }
   check.entries.resize(archive.entries().size());
   const auto read = forEachInBackground(check.entries.size(), [&](std::size_t index) -> Described<void> {
     const ArchiveEntryInfo& entry = archive.entries()[index];
-    const auto judged = judgeEntry(archive, index, surfaces[index], progress);
+    auto judged = judgeEntry(archive, index, surfaces[index], progress);
+    if (judged && !archive.parts(index).empty()) judged = judgeParts(archive, index, progress);
     check.entries[index] = {QString::fromStdString(entry.path), entry.size,
                             judged ? QString() : judged.error()};
     return {};

@@ -182,24 +182,12 @@ Described<void> judgeSums(const std::vector<LoadPiece>& pieces,
   return {};
 }
 
-/// Requested entries must match the size of their surfaces; the total size of all others is limited.
-Described<void> judgeSizes(const std::vector<ArchiveEntryInfo>& entries,
-                           const std::vector<Surface*>& destinations, std::uint64_t canvasPixels) {
-  constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
-  std::uint64_t others = 0;
-  for (std::size_t index = 0; index < entries.size(); ++index) {
-    const Surface* surface = destinations[index];
-    if (surface == nullptr) {
-      others += entries[index].size;
-      continue;
-    }
-    if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
-      continue;
-    return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
-                       .arg(displayName(QString::fromStdString(entries[index].path))));
-  }
-  if (others <= 8 * canvasPixels + roomForOthers) return {};
-  return because(QStringLiteral("The archive contains more data than its document can use."));
+/// The surface of each entry; null for those that nobody asks for.
+std::vector<Surface*> destinationsOf(const OpenedDocument& opened) {
+  std::vector<Surface*> destinations(opened.archive.entries().size(), nullptr);
+  for (const TextureLoadRequest& request : opened.requests)
+    destinations[request.entry] = request.destination.get();
+  return destinations;
 }
 
 std::uint64_t tilesHeldBy(const ConstTexture& texture) {
@@ -248,15 +236,34 @@ Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInf
                      .arg(displayName(QString::fromStdString(entry.path))));
 }
 
-Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress) {
+// Requested entries must match the size of their surfaces; the total size of all others is limited.
+Described<void> judgeSizes(const OpenedDocument& opened) {
+  constexpr std::uint64_t roomForOthers = std::uint64_t{64} << 20U;
   const auto& entries = opened.archive.entries();
-  std::vector<Surface*> destinations(entries.size(), nullptr);
-  for (const TextureLoadRequest& request : opened.requests)
-    destinations[request.entry] = request.destination.get();
+  const std::vector<Surface*> destinations = destinationsOf(opened);
+  std::uint64_t others = 0;
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    const Surface* surface = destinations[index];
+    if (surface == nullptr) {
+      others += entries[index].size;
+      continue;
+    }
+    if (entries[index].size == LayerdataHeader::byteSize + static_cast<std::uint64_t>(surface->byteSize()))
+      continue;
+    return because(QStringLiteral("The entry \"%1\" doesn't match the document's canvas and color mode.")
+                       .arg(displayName(QString::fromStdString(entries[index].path))));
+  }
   const DocumentManifest& canvas = opened.manifest.document;
   const auto canvasPixels =
       static_cast<std::uint64_t>(canvas.canvasWidth) * static_cast<std::uint64_t>(canvas.canvasHeight);
-  if (auto result = judgeSizes(entries, destinations, canvasPixels); !result) return because(result.error());
+  if (others <= 8 * canvasPixels + roomForOthers) return {};
+  return because(QStringLiteral("The archive contains more data than its document can use."));
+}
+
+Described<SavedSurfaces> fillTextures(const OpenedDocument& opened, const Progress& progress) {
+  if (auto result = judgeSizes(opened); !result) return because(result.error());
+  const auto& entries = opened.archive.entries();
+  const std::vector<Surface*> destinations = destinationsOf(opened);
   std::uint64_t total = 1;
   for (const ArchiveEntryInfo& entry : entries) total += entry.size;
 

@@ -16,6 +16,9 @@ namespace orvanel {
 [[nodiscard]] Described<void> judgeHeader(const LayerdataHeader& header, const ArchiveEntryInfo& entry,
                                           const Surface& surface);
 
+/// Whether the entries have the sizes of the surfaces that they are for, and the others aren't too large.
+[[nodiscard]] Described<void> judgeSizes(const OpenedDocument& opened);
+
 /// Whether the surfaces needed to show the document still fit in memory: the composite, and those of folders.
 [[nodiscard]] Described<void> judgeShownMemory(const DocumentPlan& plan);
 

@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <numeric>
 
+#include "io/document/DocumentCheck.h"
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
 
@@ -119,6 +120,9 @@ TEST_F(DocumentParts, exchangedSizesAreRejected) {
   bytes_.replace(at, 4, second);
   bytes_.replace(at + other * 8, 4, first);
   EXPECT_FALSE(loadChanged().has_value());
+  const auto check = checkDocument(path(), MetalContext::shared());
+  ASSERT_TRUE(check.has_value());
+  EXPECT_FALSE(check->isWhole()) << "what can't be opened";
 }
 
 TEST_F(DocumentParts, aChangedByteIsDetected) {

@@ -6,6 +6,7 @@
 
 #include <QTemporaryDir>
 #include <functional>
+#include <limits>
 
 #include "io/document/DocumentFixture.h"
 #include "io/document/SavedFile.h"
@@ -47,6 +48,29 @@ class ForgetfulDisk final : public CountingDisk {
     copied += static_cast<std::int64_t>(count);
     const std::vector<char> zeros(count);
     return CountingDisk::writeAt(to, zeros.data(), count, toOffset);
+  }
+};
+
+/// A disk whose file system lets files share whole blocks; here they are copied.
+class SharingDisk final : public CountingDisk {
+ public:
+  std::int64_t shared = 0;
+
+  int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                 std::size_t count) override {
+    constexpr std::size_t block = 4096;
+    EXPECT_EQ(fromOffset % block, 0U);
+    EXPECT_EQ(toOffset % block, 0U);
+    EXPECT_EQ(count % block, 0U);
+    shared += static_cast<std::int64_t>(count);
+    for (std::size_t done = 0; done < count;) {
+      const ssize_t part =
+          FileOperations::copyRange(from, fromOffset + static_cast<std::int64_t>(done), to,
+                                    toOffset + static_cast<std::int64_t>(done), count - done);
+      if (part <= 0) return -1;
+      done += static_cast<std::size_t>(part);
+    }
+    return 0;
   }
 };
 
@@ -220,6 +244,38 @@ TEST_F(ResavingTest, bytesThatComeOutOtherwiseAreMadeAnew) {
   EXPECT_GT(disk.written, 4'000'000);
 }
 
+TEST_F(ResavingTest, aDiskThatIsFullAtAnyCallLeavesTheOldFile) {
+  save(path());
+  edit(0, 200, 20);
+  testing::FailingDisk none(std::numeric_limits<int>::max());
+  {
+    const ScopedFileOperations counting(none);
+    save(path());
+  }
+  const QByteArray old = testing::contentsOf(path());
+  edit(0, 300, 20);
+  ASSERT_GT(none.calls, 10);
+  for (int failing = 0; failing < none.calls; ++failing) {
+    testing::FailingDisk disk(failing);
+    const ScopedFileOperations full(disk);
+    ASSERT_FALSE(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()).has_value())
+        << failing;
+    ASSERT_EQ(testing::contentsOf(path()), old) << failing;
+    ASSERT_EQ(testing::filesIn(directory_.path()), QStringList{QStringLiteral("layers.tessel")});
+  }
+  save(path());
+}
+
+TEST_F(ResavingTest, whatAFileSystemSharesIsNeitherWrittenNorCopied) {
+  SharingDisk first;
+  saveCounting(first);
+  edit(0, 200, 20);
+  SharingDisk disk;
+  saveCounting(disk);
+  EXPECT_GT(disk.shared, first.written * 70 / 100);
+  EXPECT_LT(disk.written + disk.copied, first.written * 30 / 100);
+}
+
 TEST_F(ResavingTest, aDiskThatFillsUpLeavesTheOldFile) {
   save(path());
   const QByteArray old = testing::contentsOf(path());
@@ -260,14 +316,17 @@ TEST_F(ResavingTest, chunksLieOnTheGridThatFileSystemsShare) {
 
 TEST_F(ResavingTest, thePreviewIsMadeAnewOnlyForAnotherPicture) {
   save(path());
-  const auto previewOf = [this] {
-    const auto saved = std::dynamic_pointer_cast<const SavedFile>(document_->fileMemory());
-    return saved->surfaces.at("preview.png").tiles;
+  const auto saved = [this] {
+    return std::dynamic_pointer_cast<const SavedFile>(document_->fileMemory())->surfaces.at("preview.png");
   };
+  const auto previewOf = [&] { return saved().tiles; };
+  const auto previewBytes = [&] { return static_cast<std::int64_t>(saved().chunks.front().storedSize); };
   const auto first = previewOf();
   document_->rename(layer(0)->id, QStringLiteral("Other"));
-  save(path());
+  CountingDisk disk;
+  saveCounting(disk);
   EXPECT_EQ(previewOf(), first);
+  EXPECT_LT(disk.written, previewBytes()) << "it is copied";
   edit(2, 0, 0);
   static_cast<void>(document_->composite());
   save(path());

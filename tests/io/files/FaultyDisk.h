@@ -10,6 +10,40 @@
 
 namespace orvanel::testing {
 
+/// A disk that has no room for the writing call of number `failing`, from 0, and all that follow. Counts
+/// them.
+class FailingDisk : public FileOperations {
+ public:
+  explicit FailingDisk(int failing) : failing_(failing) {}
+
+  int calls = 0;
+
+  ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) override {
+    return hasRoom() ? FileOperations::writeAt(file, bytes, count, offset) : -1;
+  }
+  ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                    std::size_t count) override {
+    return hasRoom() ? FileOperations::copyRange(from, fromOffset, to, toOffset, count) : -1;
+  }
+  int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                 std::size_t count) override {
+    return hasRoom() ? FileOperations::shareRange(from, fromOffset, to, toOffset, count) : -1;
+  }
+  int sync(int file) override { return hasRoom() ? FileOperations::sync(file) : -1; }
+  int renameFile(const std::string& from, const std::string& to) override {
+    return hasRoom() ? FileOperations::renameFile(from, to) : -1;
+  }
+
+ private:
+  bool hasRoom() {
+    if (calls++ < failing_) return true;
+    errno = ENOSPC;
+    return false;
+  }
+
+  int failing_;
+};
+
 /// A disk of `capacity` bytes; the last write before it is full is short.
 class FullDisk final : public FileOperations {
  public:
