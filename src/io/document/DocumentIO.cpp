@@ -8,6 +8,7 @@
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
+#include "io/files/AtomicFile.h"
 #include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 
@@ -141,8 +142,9 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
     auto written = writeSnapshot(*picture, path, progress);
     picture.reset();
     // A failure may have come from another program's writing the file meanwhile.
+    const bool hasReplaced = written || isUnconfirmed(written.error());
     auto judged =
-        written ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
+        hasReplaced ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
     runOnMainThread([finish, written = std::move(written), judged = std::move(judged),
                      progress = std::move(progress), saved] {
       backgroundSaveRuns = false;

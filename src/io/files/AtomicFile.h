@@ -13,12 +13,14 @@
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
 #include "io/files/FileIdentity.h"
+#include "io/files/SaveTemporary.h"
 
 namespace orvanel {
 
 class AtomicFile {
  public:
-  /// Creates the temporary file. Symbolic links are followed, and an existing file's permissions are kept.
+  /// Creates the temporary file, and removes those that killed processes left beside it. Symbolic links are
+  /// followed, and an existing file's permissions are kept.
   [[nodiscard]] static Described<std::unique_ptr<AtomicFile>> create(const QString& destination);
   /// Removes the temporary file unless it has been committed.
   ~AtomicFile();
@@ -39,14 +41,14 @@ class AtomicFile {
   [[nodiscard]] const std::string& destination() const { return destination_; }
 
   /// Syncs the file, calls `verify` on it and renames it to the destination. Fails if another program has
-  /// written the destination since `create`.
+  /// written the destination since `create`, and if the disk can't make the renaming durable: see
+  /// `isUnconfirmed`.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
   /// The destination's identity right after `commit`.
   [[nodiscard]] const std::optional<FileIdentity>& committed() const { return committed_; }
 
  private:
-  AtomicFile(std::string destination, std::optional<FileIdentity> replaced, std::string temporaryPath,
-             int file);
+  AtomicFile(std::string destination, std::optional<FileIdentity> replaced, SaveTemporary temporary);
   [[nodiscard]] bool isDestinationAsFound() const;
   Described<void> flush();
   Described<void> writeThrough(std::span<const std::byte> bytes, std::int64_t offset);
@@ -59,6 +61,7 @@ class AtomicFile {
   std::optional<FileIdentity> replaced_;  ///< what stood at the destination in the beginning
   std::string temporaryPath_;
   int file_;
+  Descriptor lock_;
   ByteBuffer buffer_;
   std::int64_t bufferStart_ = 0;
   std::size_t buffered_ = 0;
@@ -70,6 +73,9 @@ class AtomicFile {
   bool hasCopied_ = false;
   std::optional<FileIdentity> committed_;
 };
+
+/// Whether this is what `commit` says of a file that stands in its place, but may be lost in a power cut.
+[[nodiscard]] bool isUnconfirmed(const QString& reason);
 
 /// Replaces the contents of `destination` atomically; returns which file it is now, if that can be told.
 [[nodiscard]] Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
