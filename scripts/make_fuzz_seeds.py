@@ -76,12 +76,14 @@ def nested(depth):
     return node
 
 
-def archive(manifest_bytes, entries, method=zipfile.ZIP_DEFLATED):
-    data = io.BytesIO()
-    with zipfile.ZipFile(data, "w", method) as out:
+def archive(manifest_bytes, entries, method=zipfile.ZIP_DEFLATED, start=0):
+    """`start` is the number of bytes that will stand before it in its file."""
+    data = io.BytesIO(bytes(start))
+    data.seek(start)
+    with zipfile.ZipFile(data, "a" if start else "w", method) as out:
         for name, content in [("manifest.json", manifest_bytes), *entries]:
             out.writestr(zipfile.ZipInfo(name, (2026, 1, 1, 0, 0, 0)), content, method)
-    return data.getvalue()
+    return data.getvalue()[start:]
 
 
 def manifests():
@@ -239,10 +241,10 @@ def sized(data):
     return struct.pack("<I", len(data)) + data
 
 
-def journal_record(sequence, content, tiles=b"", name=b"Seed"):
+def journal_record(sequence, content, tiles=b"", name=b"Seed", base=b""):
     """A record whose contents are the given manifest, stored tiles and surfaces."""
     manifest_bytes, sizes, surfaces, gone = content
-    contents = sized(name) + sized(b"") + struct.pack("<BIIB", 0, 4, 3, 0)
+    contents = sized(name) + sized(b"") + struct.pack("<BIIB", 0, 4, 3, bool(base)) + base
     contents += struct.pack("<I", len(manifest_bytes)) + sized(lz4(manifest_bytes) if manifest_bytes else b"\0")
     contents += sized(png(9, 7) if sequence == 0 else b"")
     contents += struct.pack("<I", len(sizes)) + b"".join(struct.pack("<IB", *size) for size in sizes)
@@ -254,6 +256,29 @@ def journal_record(sequence, content, tiles=b"", name=b"Seed"):
     header = struct.pack("<4sHHQQqQIII", b"ORJR", 2, min(sequence, 1), 7, sequence, 1, len(tiles), len(contents),
                          zlib.crc32(tiles), zlib.crc32(contents)) + bytes(8)
     return header + struct.pack("<I", zlib.crc32(header)) + tiles + contents
+
+
+def journal_base(path, start, data):
+    """The document as the file that the journal itself is, `start` bytes behind its beginning."""
+    with zipfile.ZipFile(io.BytesIO(data)) as read:
+        entry = read.getinfo(path)
+    at = entry.header_offset + 30 + len(entry.filename)
+    packed = data[at : at + entry.compress_size]
+    base = sized(b"/proc/self/fd/99") + struct.pack("<QQqqqI", 1, 2, 3, 4, 5, 1)
+    base += struct.pack("<I", 1) + sized(path.encode()) + struct.pack("<HIII", 70, 4, 3, 1)
+    return base + struct.pack("<QIIII", start + at, len(packed), entry.file_size, entry.CRC, zlib.crc32(packed))
+
+
+def journal_with_base(path, content, surfaces):
+    """A journal that leaves tiles to a document, and that document behind it."""
+    entries = [(path, layerdata(2, 4, 3))]
+    document = archive(content, entries)
+
+    def journal(start):
+        return journal_record(0, (content, [], surfaces, []), base=journal_base(path, start, document))
+
+    start = len(journal(0))
+    return journal(start) + archive(content, entries, start=start)
 
 
 def journals():
@@ -272,6 +297,11 @@ def journals():
     yield "changes", first + later + last
     yield "cut", (first + later)[:-9]
     yield "missing", journal_record(0, (content, [], [], []))
+    left = journal_with_base(path, content, [(path, 70, 1, [(0, 1, 2, 0, 0)])])
+    yield "base", left
+    # The chunk has another sum, so that the document has to stand in for it.
+    at = left.index(struct.pack("<I", zlib.crc32(layerdata(2, 4, 3)))) + 4
+    yield "later", left[:at] + bytes(4) + left[at + 4 :]
 
 
 def main(root):

@@ -1829,6 +1829,10 @@ Klicken, um eine andere zu wählen</translation>
         <source>What to do with %1</source>
         <translation>Was mit %1 geschehen soll</translation>
     </message>
+    <message>
+        <source>Unknown document</source>
+        <translation>Unbekanntes Dokument</translation>
+    </message>
 </context>
 <context>
     <name>orvanel::SVPicker</name>
@@ -2450,6 +2454,26 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Some of the recovery data is damaged, so the last changes could not be restored.</source>
         <translation>Ein Teil der Wiederherstellungsdaten ist beschädigt, deshalb konnten die letzten Änderungen nicht wiederhergestellt werden.</translation>
+    </message>
+    <message>
+        <source>Another version of this program has written the recovery data.</source>
+        <translation>Eine andere Version dieses Programms hat die Wiederherstellungsdaten geschrieben.</translation>
+    </message>
+    <message>
+        <source>There are too many threads to write recovery data.</source>
+        <translation>Es gibt zu viele Threads, um Wiederherstellungsdaten zu schreiben.</translation>
+    </message>
+    <message>
+        <source>Some of the recovery data can&apos;t be read, so the last changes could not be restored.</source>
+        <translation>Ein Teil der Wiederherstellungsdaten kann nicht gelesen werden, deshalb konnten die letzten Änderungen nicht wiederhergestellt werden.</translation>
+    </message>
+    <message>
+        <source>The recovery data can&apos;t be read: %1.</source>
+        <translation>Die Wiederherstellungsdaten können nicht gelesen werden: %1.</translation>
+    </message>
+    <message>
+        <source>The file has been replaced, but may not survive a power cut: %1.</source>
+        <translation>Die Datei wurde ersetzt, übersteht aber vielleicht keinen Stromausfall: %1.</translation>
     </message>
 </context>
 </TS>

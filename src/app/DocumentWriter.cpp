@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "io/document/DocumentIO.h"
+#include "io/files/AtomicFile.h"
 #include "io/files/BackgroundJob.h"
 #include "io/image/FlatImage.h"
 #include "io/image/ImageMetadata.h"
@@ -59,7 +60,9 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
                             replaceable(expected.get()));
     });
     // A failure may have come from another program's writing the file meanwhile.
-    if (auto judged = judge(); !result && !judged) result = tl::unexpected(judged.error());
+    if (!result && !isUnconfirmed(result.error().message)) {
+      if (auto judged = judge(); !judged) result = tl::unexpected(judged.error());
+    }
     runOnMainThread([guard, job, written, result = std::move(result)] {
       if (guard.isNull()) return;
       if (result && *result && written) written(**result);

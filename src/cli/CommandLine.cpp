@@ -48,8 +48,8 @@ QString helpText() {
   text += QStringLiteral(
       "  --help                Show this and exit\n"
       "  --version             Show the version and exit\n\n"
-      "Exit status: 0 for success, 1 if a file can't be read or written, isn't whole,\n"
-      "or a step fails, 2 for invalid usage.\n");
+      "Exit status: 0 for success, 1 if a file can't be read or written, isn't whole\n"
+      "or is restored only in part, or a step fails, 2 for invalid usage.\n");
   return text;
 }
 

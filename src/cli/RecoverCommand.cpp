@@ -10,6 +10,14 @@ namespace {
 
 QString describeAsJson(const OrphanList& orphans) {
   JsonWriter json;
+  const auto stringOrNull = [&json](const char* key, const QString& text, bool isKnown) {
+    json.key(key);
+    if (isKnown) {
+      json.string(text);
+    } else {
+      json.null();
+    }
+  };
   json.openArray();
   for (const Orphan& orphan : orphans) {
     json.openObject();
@@ -17,14 +25,9 @@ QString describeAsJson(const OrphanList& orphans) {
     json.integer(orphan.bytes);
     json.key("id");
     json.string(orphan.id);
-    json.key("name");
-    json.string(orphan.name);
-    json.key("path");
-    if (orphan.path.isEmpty()) {
-      json.null();
-    } else {
-      json.string(orphan.path);
-    }
+    stringOrNull("name", orphan.name, orphan.obstacle.isEmpty());
+    stringOrNull("obstacle", orphan.obstacle, !orphan.obstacle.isEmpty());
+    stringOrNull("path", orphan.path, !orphan.path.isEmpty());
     json.key("time");
     json.string(orphan.time.toUTC().toString(Qt::ISODate));
     json.closeObject();
@@ -56,8 +59,8 @@ CommandResult runRecover(const Invocation& invocation) {
   MetalContext& context = MetalContext::shared();
   const auto contents = orphan->restore(context, {});
   if (!contents) return tl::make_unexpected(CommandFailure{id, contents.error()});
-  const CommandResult written = writeDocument(*buildRestored(*contents, context), invocation.arguments.at(1));
-  if (written && !contents->loss.isEmpty()) printErrorLine(id + QStringLiteral(": ") + contents->loss);
+  CommandResult written = writeDocument(*buildRestored(*contents, context), invocation.arguments.at(1));
+  if (written && !contents->loss.isEmpty()) return tl::make_unexpected(CommandFailure{id, contents->loss});
   return written;
 }
 

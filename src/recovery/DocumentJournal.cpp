@@ -22,6 +22,10 @@ void copyInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_pt
   });
 }
 
+QString noThread() {
+  return QStringLiteral("There are too many threads to write recovery data.");
+}
+
 }  // namespace
 
 struct DocumentJournal::Inbox {
@@ -112,6 +116,7 @@ void DocumentJournal::schedule() {
 void DocumentJournal::recordDue() {
   if (!hasWork()) return;
   if (!isWriting_) return beginRecord();
+  if (!surroundings_.lane->wake()) return suspend(noThread());
   setStatus(
       {RecoveryStatus::State::suspended, QStringLiteral("The disk takes long to write recovery data.")});
   isLate_ = true;
@@ -144,7 +149,7 @@ void DocumentJournal::send(Capture capture) {
   isWriting_ = true;
   isSendingEverything_ = capture.isComplete;
   auto shared = std::make_shared<const Capture>(std::move(capture));
-  surroundings_.lane->run(
+  const bool hasThread = surroundings_.lane->run(
       [lane = surroundings_.lane, writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
         Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
         capture.reset();
@@ -157,6 +162,7 @@ void DocumentJournal::send(Capture capture) {
           if (inbox->owner != nullptr) inbox->owner->takeOutcome();
         });
       });
+  if (!hasThread) suspend(noThread());
 }
 
 void DocumentJournal::takeOutcome() {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "io/files/Descriptor.h"
+#include "io/files/FileLock.h"
 
 namespace orvanel {
 
@@ -41,12 +41,6 @@ struct JournalFiles {
     return folder + "/" + id + std::string(suffix);
   }
 };
-
-enum class LockWait { none, forOthers };
-/// Locks the open file against everybody else, in this process as well; false if somebody has the lock.
-[[nodiscard]] bool lockFile(int descriptor, LockWait wait);
-/// Opens the file for reading and locks it; nothing if it is missing, locked by somebody, or just removed.
-[[nodiscard]] Descriptor openLocked(const std::string& path);
 
 /// Makes what was created, renamed and removed in a folder durable.
 void syncFolder(const std::string& folder);

@@ -237,6 +237,11 @@ std::optional<RecordHeader> RecordHeader::decode(std::span<const std::byte, byte
   return header;
 }
 
+bool RecordHeader::isOfOtherVersion(std::span<const std::byte, byteSize> bytes) {
+  ByteReader in(bytes);
+  return in.number<std::uint32_t>() == magic && in.number<std::uint16_t>() != version;
+}
+
 QByteArray RecordContents::encoded() const {
   ByteWriter out;
   out.text(name);

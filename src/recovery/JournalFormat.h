@@ -43,6 +43,8 @@ struct RecordHeader {
   [[nodiscard]] std::array<std::byte, byteSize> encoded() const;
   /// Nothing for bytes that are no header, are damaged, or are of another version.
   [[nodiscard]] static std::optional<RecordHeader> decode(std::span<const std::byte, byteSize> bytes);
+  /// Whether they look like the header of a version of the format that isn't known here.
+  [[nodiscard]] static bool isOfOtherVersion(std::span<const std::byte, byteSize> bytes);
 };
 
 /// The most characters of the name that a record tells beside its manifest.

@@ -61,24 +61,32 @@ bool JournalTurns::Turn::pass() {
 
 // Lanes.
 
-void JournalLane::run(std::function<void()> work) {
-  add(due_, std::move(work));
+bool JournalLane::run(std::function<void()> work) {
+  const std::lock_guard guard(mutex_);
+  due_.push_back(std::move(work));
+  return startIfNeeded();
 }
 
 void JournalLane::runWhenIdle(std::function<void()> work) {
-  add(spare_, std::move(work));
+  const std::lock_guard guard(mutex_);
+  spare_.push_back(std::move(work));
+  startIfNeeded();
 }
 
-void JournalLane::add(std::deque<std::function<void()>>& queue, std::function<void()> work) {
+bool JournalLane::wake() {
   const std::lock_guard guard(mutex_);
-  queue.push_back(std::move(work));
-  if (std::exchange(hasThread_, true)) return;
+  return startIfNeeded();
+}
+
+bool JournalLane::startIfNeeded() {
+  if (hasThread_ || (due_.empty() && spare_.empty())) return true;
   try {
     std::thread([self = shared_from_this()] { self->workOff(); }).detach();
+    hasThread_ = true;
   } catch (const std::system_error&) {
-    // There are too many threads. The next work tries again.
-    hasThread_ = false;
+    // There are too many threads, or too little memory for another.
   }
+  return hasThread_;
 }
 
 std::function<void()> JournalLane::next() {
@@ -109,6 +117,7 @@ void JournalLane::workOff() {
 
 bool JournalLane::waitForWork(Clock::time_point deadline) {
   std::unique_lock guard(mutex_);
+  if (!startIfNeeded()) return false;
   return changed_.wait_until(guard, deadline, [this] { return due_.empty() && !isDoingDue_; });
 }
 

@@ -65,16 +65,21 @@ class JournalLane : public std::enable_shared_from_this<JournalLane> {
 
   explicit JournalLane(std::shared_ptr<JournalTurns> turns) : turns_(std::move(turns)) {}
 
-  void run(std::function<void()> work);
+  /// False if no thread can be started now. The work stays, for `wake` or other work to try again.
+  bool run(std::function<void()> work);
+  /// Whether there is a thread for what waits, or nothing waits.
+  bool wake();
   /// For what can wait: done when there is nothing else, and left undone once the program ends.
   void runWhenIdle(std::function<void()> work);
-  /// Whether all work is done that can't wait, at that time at the latest.
+  /// Whether all work is done that can't wait, at that time at the latest; at once if there is no thread for
+  /// it.
   [[nodiscard]] bool waitForWork(Clock::time_point deadline);
   /// Whether the lane's thread is at rest, at that time at the latest.
   [[nodiscard]] bool waitForRest(Clock::time_point deadline);
 
  private:
-  void add(std::deque<std::function<void()>>& queue, std::function<void()> work);
+  /// With the mutex held.
+  bool startIfNeeded();
   void workOff();
   /// Empty if there is none.
   [[nodiscard]] std::function<void()> next();

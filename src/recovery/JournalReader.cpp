@@ -7,9 +7,11 @@
 #include <QImageReader>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 
 #include "io/archive/Deflate.h"
+#include "io/files/FileOperations.h"
 #include "model/ThumbnailGenerator.h"
 #include "raster/MemoryBudget.h"
 
@@ -34,35 +36,56 @@ struct Record {
   std::uint64_t end = 0;
 };
 
-bool areTilesWhole(const JournalInput& input, const Record& record) {
+tl::unexpected<JournalStop> stopped(JournalStop::Cause cause, QString reason) {
+  return tl::unexpected(JournalStop{cause, std::move(reason)});
+}
+
+tl::unexpected<JournalStop> damaged() {
+  return stopped(JournalStop::Cause::damaged, QStringLiteral("The recovery data is damaged."));
+}
+
+tl::unexpected<JournalStop> tooMuchMemory() {
+  return stopped(JournalStop::Cause::noMemory,
+                 QStringLiteral("There is not enough memory for this document."));
+}
+
+JournalPart<void> checkTiles(const JournalInput& input, const Record& record) {
   constexpr std::uint64_t pieceBytes = std::uint64_t{1} << 20U;
   std::vector<std::byte> piece;
   std::uint32_t crc = 0;
   for (std::uint64_t done = 0; done < record.header.tileBytes; done += piece.size()) {
     piece.resize(std::min(pieceBytes, record.header.tileBytes - done));
-    if (!input.read(record.tilesAt + done, piece)) return false;
+    if (auto read = input.read(record.tilesAt + done, piece); !read) return read;
     crc = crc32(piece, crc);
   }
-  return crc == record.header.tilesCrc;
+  if (crc != record.header.tilesCrc) return damaged();
+  return {};
 }
 
 /// The record that begins here, if it is whole.
-std::optional<Record> readRecord(const JournalInput& input, std::uint64_t start, TileCheck check) {
+JournalPart<Record> readRecord(const JournalInput& input, std::uint64_t start, TileCheck check) {
   std::array<std::byte, RecordHeader::byteSize> bytes{};
-  if (!input.read(start, bytes)) return std::nullopt;
+  if (auto read = input.read(start, bytes); !read) return tl::unexpected(read.error());
+  if (RecordHeader::isOfOtherVersion(bytes)) {
+    return stopped(JournalStop::Cause::otherVersion,
+                   QStringLiteral("Another version of this program has written the recovery data."));
+  }
   const auto header = RecordHeader::decode(bytes);
-  if (!header) return std::nullopt;
+  if (!header) return damaged();
   const std::uint64_t left = input.size() - start - RecordHeader::byteSize;
-  if (header->tileBytes > left || header->contentBytes > left - header->tileBytes) return std::nullopt;
+  if (header->tileBytes > left || header->contentBytes > left - header->tileBytes) return damaged();
+  if (!pixelsFitInMemory(header->contentBytes)) return tooMuchMemory();
   Record record{.header = *header, .contents = {}, .tilesAt = start + RecordHeader::byteSize, .end = 0};
   const std::uint64_t contentsAt = record.tilesAt + header->tileBytes;
   record.end = contentsAt + header->contentBytes;
   std::vector<std::byte> encoded(header->contentBytes);
-  if (!input.read(contentsAt, encoded) || crc32(encoded) != header->contentsCrc) return std::nullopt;
+  if (auto read = input.read(contentsAt, encoded); !read) return tl::unexpected(read.error());
+  if (crc32(encoded) != header->contentsCrc) return damaged();
   auto contents = RecordContents::decode(encoded);
-  if (!contents) return std::nullopt;
+  if (!contents) return damaged();
   record.contents = std::move(*contents);
-  if (check == TileCheck::all && !areTilesWhole(input, record)) return std::nullopt;
+  if (check == TileCheck::none) return record;
+  if (auto tiles = checkTiles(input, record); !tiles) return tl::unexpected(tiles.error());
   return record;
 }
 
@@ -73,6 +96,14 @@ class RecordJudge {
       : state_(state), fileMark_(fileMark), record_(record), contents_(record.contents) {}
 
   [[nodiscard]] bool continues() const { return isNext() && haveTilesTheirBytes() && areSurfacesValid(); }
+  /// Of a record that continues.
+  [[nodiscard]] bool fitsInMemory() const {
+    std::uint64_t tiles = 0;
+    for (const auto& [path, table] : state_.tables) tiles += table.tiles.size();
+    const std::size_t tileCount = journal::tileCountOf(contents_.canvasWidth, contents_.canvasHeight);
+    for (const SurfaceRecord& surface : contents_.surfaces) tiles += surface.isNew ? tileCount : 0;
+    return pixelsFitInMemory(tiles * sizeof(TileSource));
+  }
 
  private:
   [[nodiscard]] bool isFirst() const { return state_.records == 0; }
@@ -89,8 +120,6 @@ class RecordJudge {
   }
   [[nodiscard]] bool areSurfacesValid() const {
     const std::size_t tileCount = journal::tileCountOf(contents_.canvasWidth, contents_.canvasHeight);
-    std::uint64_t tableTiles = 0;
-    for (const auto& [path, table] : state_.tables) tableTiles += table.tiles.size();
     for (const SurfaceRecord& surface : contents_.surfaces) {
       const auto found = state_.tables.find(surface.path);
       const bool isKnown = found != state_.tables.end() && found->second.format == surface.format &&
@@ -98,9 +127,8 @@ class RecordJudge {
       if (!isKnown && !surface.isNew) return false;
       if (!std::ranges::all_of(surface.runs, [this](const TileRun& run) { return isValid(run); }))
         return false;
-      tableTiles += surface.isNew ? tileCount : 0;
     }
-    return pixelsFitInMemory(tableTiles * sizeof(TileSource));
+    return true;
   }
   [[nodiscard]] bool isValid(const TileRun& run) const {
     const auto endsWithin = [&](std::uint64_t count) {
@@ -163,31 +191,44 @@ JournalInput JournalInput::ofBytes(std::span<const std::byte> bytes) {
   return input;
 }
 
-bool JournalInput::read(std::uint64_t offset, std::span<std::byte> out) const {
-  if (offset > size_ || out.size() > size_ - offset) return false;
+JournalPart<void> JournalInput::read(std::uint64_t offset, std::span<std::byte> out) const {
+  if (offset > size_ || out.size() > size_ - offset) return damaged();
   if (descriptor_ < 0) {
     std::ranges::copy(bytes_.subspan(offset, out.size()), out.begin());
-    return true;
+    return {};
   }
   while (!out.empty()) {
-    const ssize_t count = ::pread(descriptor_, out.data(), out.size(), static_cast<off_t>(offset));
+    const ssize_t count = FileOperations::current().readAt(descriptor_, out.data(), out.size(),
+                                                           static_cast<std::int64_t>(offset));
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
+    if (count < 0) {
+      return stopped(JournalStop::Cause::unreadable, QStringLiteral("The recovery data can't be read: %1.")
+                                                         .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    if (count == 0) return damaged();
     out = out.subspan(static_cast<std::size_t>(count));
     offset += static_cast<std::uint64_t>(count);
   }
-  return true;
+  return {};
 }
 
-Described<JournalState> readJournalState(const JournalInput& input, TileCheck check) {
+JournalPart<JournalState> readJournalState(const JournalInput& input, TileCheck check) {
   JournalState state;
   std::optional<std::uint64_t> fileMark;
-  while (auto record = readRecord(input, state.end, check)) {
-    if (!RecordJudge(state, fileMark, *record).continues()) break;
+  const auto readNext = [&]() -> JournalPart<void> {
+    auto record = readRecord(input, state.end, check);
+    if (!record) return tl::unexpected(record.error());
+    const RecordJudge judge(state, fileMark, *record);
+    if (!judge.continues()) return damaged();
+    if (!judge.fitsInMemory()) return tooMuchMemory();
     fileMark = record->header.fileMark;
     apply(state, std::move(*record));
-  }
-  if (state.records == 0) return because(QStringLiteral("The recovery data is damaged."));
+    return {};
+  };
+  auto next = readNext();
+  while (next) next = readNext();
+  if (state.records == 0) return tl::unexpected(next.error());
+  state.stop = next.error();
   return state;
 }
 

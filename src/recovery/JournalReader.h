@@ -19,6 +19,21 @@
 
 namespace orvanel {
 
+/// Why a journal can't be read, or not to its end.
+struct JournalStop {
+  enum class Cause {
+    damaged,       ///< or ended: there is nothing more that is whole
+    otherVersion,  ///< another version of this program knows how to read it
+    unreadable,    ///< the disk doesn't give it back now
+    noMemory,      ///< there may be some at another time
+  };
+  Cause cause = Cause::damaged;
+  /// A sentence for the user.
+  QString reason = {};
+};
+template <typename Value>
+using JournalPart = tl::expected<Value, JournalStop>;
+
 /// The bytes of a journal, in a file or in memory.
 class JournalInput {
  public:
@@ -28,8 +43,8 @@ class JournalInput {
   [[nodiscard]] static JournalInput ofBytes(std::span<const std::byte> bytes);
 
   [[nodiscard]] std::uint64_t size() const { return size_; }
-  /// Fills `out`; false if there isn't as much.
-  [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> out) const;
+  /// Fills `out`; fails if there isn't as much, or the disk does.
+  [[nodiscard]] JournalPart<void> read(std::uint64_t offset, std::span<std::byte> out) const;
 
  private:
   int descriptor_ = -1;
@@ -53,12 +68,15 @@ struct JournalState {
   std::uint64_t records = 0;
   /// Where the last whole record ends.
   std::uint64_t end = 0;
+  /// Why nothing more was read.
+  JournalStop stop;
 };
 
 /// Whether tiles are read and compared with their checksums, or only what says where they are.
 enum class TileCheck { none, all };
 
-[[nodiscard]] Described<JournalState> readJournalState(const JournalInput& input, TileCheck check);
+/// Fails if there is no whole record to begin with.
+[[nodiscard]] JournalPart<JournalState> readJournalState(const JournalInput& input, TileCheck check);
 /// The picture of the document; null if there is none, or none of a thumbnail's size.
 [[nodiscard]] QImage thumbnailOf(const JournalState& state);
 

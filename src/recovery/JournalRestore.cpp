@@ -221,7 +221,7 @@ class Filler {
       if (!pixelsFitInMemory(2 * bytes))
         return because(QStringLiteral("There is not enough memory for this document."));
       compressed.resize(stored.tile.bytes);
-      if (!input_.read(stored.offset, compressed)) return because(damaged());
+      if (auto read = input_.read(stored.offset, compressed); !read) return because(read.error().reason);
       Tile tile = Tile::adopt(new TileBuffer(bytes));
       if (!CompressedTile::decompress(compressed, tile.buffer()->bytes(), stored.tile.pixelBytes))
         return because(damaged());
@@ -281,10 +281,15 @@ KnownFilePtr knownFileOf(const JournalState& state, const SavedFilePtr& saved) {
   return state.base ? makeKnownFile(state.document.path, state.base->identity) : nullptr;
 }
 
-/// Whether there are later records than could be restored, because tiles in between are damaged.
-bool areRecordsLost(const JournalInput& input, const JournalState& restored) {
+/// What the user is told of records that follow the restored ones, if there are any.
+QString lossOfRecords(const JournalInput& input, const JournalState& restored) {
+  if (restored.stop.cause != JournalStop::Cause::damaged) {
+    return QStringLiteral(
+        "Some of the recovery data can't be read, so the last changes could not be restored.");
+  }
   const auto offered = readJournalState(input, TileCheck::none);
-  return offered && offered->records > restored.records;
+  if (!offered || offered->records <= restored.records) return {};
+  return QStringLiteral("Some of the recovery data is damaged, so the last changes could not be restored.");
 }
 
 }  // namespace
@@ -293,7 +298,9 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
                                             const std::function<std::string(std::uint32_t)>& copyOfBase,
                                             const Progress& progress) {
   const auto state = readJournalState(input, TileCheck::all);
-  if (!state) return because(state.error());
+  if (!state) return because(state.error().reason);
+  // Nobody wants a part of what would be whole with fewer programs open.
+  if (state->stop.cause == JournalStop::Cause::noMemory) return because(state->stop.reason);
   const QByteArray& text = state->document.manifest;
   auto manifest = decodeManifest({text.constData(), static_cast<std::size_t>(text.size())}, progress);
   if (!manifest) return because(manifest.error());
@@ -317,12 +324,7 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
   const QStringList incomplete = filler.incomplete();
-  QString loss;
-  if (!incomplete.isEmpty()) {
-    loss = lossOf(incomplete, *state->base);
-  } else if (areRecordsLost(input, *state)) {
-    loss = QStringLiteral("Some of the recovery data is damaged, so the last changes could not be restored.");
-  }
+  const QString loss = incomplete.isEmpty() ? lossOfRecords(input, *state) : lossOf(incomplete, *state->base);
   return RestoredContents{std::move(*plan),
                           state->document.path,
                           state->document.imageFormat,

@@ -56,7 +56,7 @@ class Recovery::Impl {
   }
   void waitForWork(JournalLane::Clock::time_point deadline) const {
     for (const auto& each : lanes) {
-      if (const auto lane = each.lock(); lane != nullptr && !lane->waitForWork(deadline)) return;
+      if (const auto lane = each.lock()) static_cast<void>(lane->waitForWork(deadline));
     }
   }
   void journalsChanged() {

@@ -59,19 +59,22 @@ qint64 bytesOf(const JournalFiles& files) {
   return bytes;
 }
 
-/// Nothing for a journal that somebody has locked, or that can't be read.
+/// Nothing for a journal that somebody has locked.
 std::optional<Orphan> orphanIn(const JournalFiles& files) {
   const Descriptor lock = openLocked(files.journal());
   if (!lock.isOpen()) return std::nullopt;
-  const JournalInput input = JournalInput::ofFile(lock.number());
-  const auto state = readJournalState(input, TileCheck::none);
-  if (!state) return std::nullopt;
-  return Orphan{QString::fromStdString(files.id),
-                state->document.name,
-                state->document.path,
-                state->time,
-                thumbnailOf(*state),
-                bytesOf(files)};
+  Orphan orphan{.id = QString::fromStdString(files.id), .bytes = bytesOf(files)};
+  const auto state = readJournalState(JournalInput::ofFile(lock.number()), TileCheck::none);
+  if (!state) {
+    orphan.obstacle = state.error().reason;
+    orphan.time = QFileInfo(QFile::decodeName(files.journal().c_str())).lastModified();
+    return orphan;
+  }
+  orphan.name = state->document.name;
+  orphan.path = state->document.path;
+  orphan.time = state->time;
+  orphan.thumbnail = thumbnailOf(*state);
+  return orphan;
 }
 
 /// When the user was first told of it; nothing if that was never.
@@ -120,18 +123,12 @@ OrphanList RecoveryStore::offer() const {
   return list;
 }
 
-/// What will never be an orphan: the rest of unfinished work, and what can't be read and is old.
+/// What will never be an orphan: the rest of unfinished work.
 void RecoveryStore::removeRemains() const {
   const LastChanges changes = lastChangesIn(settings_.folder);
   for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
     const auto files = JournalFiles::named(settings_.folder, entry.key());
-    if (!files) continue;
-    if (!exists(files->journal())) removeRest(*files, entry.value());
-    if (!isTooOld(entry.value())) continue;
-    const Descriptor lock = openLocked(files->journal());
-    if (lock.isOpen() && !readJournalState(JournalInput::ofFile(lock.number()), TileCheck::none)) {
-      files->removeAll();
-    }
+    if (files && !exists(files->journal())) removeRest(*files, entry.value());
   }
 }
 

@@ -31,7 +31,7 @@ class RecoveryStore {
  public:
   explicit RecoveryStore(RecoverySettings settings) : settings_(std::move(settings)) {}
 
-  /// Newest first. Changes nothing in the store.
+  /// Newest first, those that can't be read among them. Changes nothing in the store.
   [[nodiscard]] OrphanList orphans() const;
   /// The orphans for the user to decide about, newest first, and notes that they have been offered. Before,
   /// removes what was offered too long ago or is more than the settings allow, and what unfinished work left.

@@ -44,6 +44,7 @@ TEST_F(RecoverCommandTest, listsRestoresAndDiscards) {
   const QJsonArray left = list();
   ASSERT_EQ(left.size(), 1);
   EXPECT_EQ(left[0][u"name"], QStringLiteral("Sketch"));
+  EXPECT_TRUE(left[0][u"obstacle"].isNull());
   EXPECT_TRUE(left[0][u"path"].isNull());
   EXPECT_TRUE(QDateTime::fromString(left[0][u"time"].toString(), Qt::ISODate).isValid());
 
@@ -86,12 +87,32 @@ TEST_F(RecoverCommandTest, restoresWhatThereIsAndSaysWhatIsnt) {
   const QString id = list()[0][u"id"].toString();
   const QString restored = folder.filePath(QStringLiteral("restored.tessel"));
   const Outcome outcome = runProgram({QStringLiteral("recover"), id, restored});
-  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.errors,
               ::testing::StartsWith(id.toStdString() + ": The file \"picture.tessel\" has been changed"));
   const auto document = DocumentIO::loadSynchronously(restored, MetalContext::shared());
   ASSERT_TRUE(document.has_value());
   EXPECT_EQ((*document)->layerCount(), testing::richDocument(ColorMode::rgb8)->layerCount());
+}
+
+TEST_F(RecoverCommandTest, listsWhatItCantRead) {
+  leaveUnsaved(QStringLiteral("Sketch"));
+  const QDir store(defaultRecoveryFolder());
+  QFile journal(store.filePath(store.entryList({QStringLiteral("*.journal")}).value(0)));
+  ASSERT_TRUE(journal.open(QIODevice::WriteOnly));
+  journal.write("by nobody");
+  journal.close();
+  const QJsonArray left = list();
+  ASSERT_EQ(left.size(), 1);
+  EXPECT_TRUE(left[0][u"name"].isNull());
+  EXPECT_EQ(left[0][u"obstacle"], QStringLiteral("The recovery data is damaged."));
+  const QString id = left[0][u"id"].toString();
+  const Outcome outcome =
+      runProgram({QStringLiteral("recover"), id, folder.filePath(QStringLiteral("restored.tessel"))});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, id.toStdString() + ": The recovery data is damaged.\n");
+  EXPECT_EQ(runProgram({QStringLiteral("recover"), QStringLiteral("--discard"), id}).status, 0);
+  EXPECT_TRUE(list().isEmpty());
 }
 
 TEST_F(RecoverCommandTest, reportsWhatIsntThere) {

@@ -4,6 +4,7 @@
 #include <utime.h>
 
 #include "io/files/FaultyDisk.h"
+#include "raster/MemoryBudget.h"
 #include "recovery/RecoveryFixture.h"
 
 namespace orvanel {
@@ -18,6 +19,12 @@ class RecoveryStoreTest : public testing::RecoveryTest {
     struct stat status {};
     ::stat(QFile::encodeName(path).constData(), &status);
     return status.st_mode & 0777U;
+  }
+  static void makeOfOtherVersion(const QString& journal) {
+    constexpr qsizetype placeOfVersion = 4;
+    QByteArray bytes = bytesOf(journal);
+    ++bytes[placeOfVersion];
+    put(journal, bytes);
   }
 };
 
@@ -97,6 +104,95 @@ TEST_F(RecoveryStoreTest, theAgeCountsFromTheFirstOffer) {
   ::utime(named.offered().c_str(), &longAgo);
   EXPECT_TRUE(store().offer().empty());
   EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
+  crashWith(unsavedDocument());
+  makeOfOtherVersion(journalPath());
+  const utimbuf longAgo{1'000'000'000, 1'000'000'000};
+  ::utime(QFile::encodeName(journalPath()).constData(), &longAgo);
+  for (int start = 0; start < 3; ++start) {
+    const OrphanList orphans = store().offer();
+    ASSERT_EQ(orphans.size(), 1U);
+    EXPECT_EQ(orphans[0].obstacle,
+              QStringLiteral("Another version of this program has written the recovery data."));
+    EXPECT_EQ(orphans[0].time.toSecsSinceEpoch(), longAgo.modtime);
+    EXPECT_GT(orphans[0].bytes, 0);
+  }
+  const auto claimed = store().claim(store().orphans().at(0).id);
+  ASSERT_TRUE(claimed.has_value());
+  const auto contents = claimed->restore(MetalContext::shared(), {});
+  ASSERT_FALSE(contents.has_value());
+  EXPECT_EQ(contents.error(),
+            QStringLiteral("Another version of this program has written the recovery data."));
+  claimed->remove();
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, whatCantBeReadIsBoundedLikeTheRest) {
+  crashWith(unsavedDocument());
+  makeOfOtherVersion(journalPath());
+  RecoverySettings strict = settings();
+  strict.maximumAge = std::chrono::hours(-1);
+  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, damageIsToldAsWell) {
+  crashWith(unsavedDocument());
+  put(journalPath(), QByteArray(1000, 'x'));
+  ASSERT_EQ(store().offer().size(), 1U);
+  EXPECT_EQ(store().offer().at(0).obstacle, QStringLiteral("The recovery data is damaged."));
+}
+
+TEST_F(RecoveryStoreTest, aDiskThatFailsIsNoDamage) {
+  const DocumentPtr document = unsavedDocument();
+  crashWith(document);
+  {
+    testing::UnreadableDisk disk;
+    const ScopedFileOperations scope(disk);
+    const OrphanList orphans = store().offer();
+    ASSERT_EQ(orphans.size(), 1U);
+    EXPECT_EQ(orphans[0].obstacle, QStringLiteral("The recovery data can't be read: Input/output error."));
+  }
+  EXPECT_TRUE(store().offer().at(0).obstacle.isEmpty());
+  EXPECT_EQ(firstDifference(*document, *restored()), "");
+}
+
+TEST_F(RecoveryStoreTest, norIsMemoryThatIsLow) {
+  const DocumentPtr document = unsavedDocument();
+  crashWith(document);
+  {
+    const ScopedMemoryLimit limit(0);
+    EXPECT_EQ(store().offer().at(0).obstacle,
+              QStringLiteral("There is not enough memory for this document."));
+    EXPECT_EQ(restored(), nullptr);
+  }
+  EXPECT_TRUE(store().offer().at(0).obstacle.isEmpty());
+  EXPECT_EQ(firstDifference(*document, *restored()), "");
+}
+
+TEST_F(RecoveryStoreTest, tellsWhatADiskThatFailsDoesntGiveBack) {
+  const DocumentPtr document = unsavedDocument();
+  qint64 sizeOfFirst = 0;
+  {
+    Recovery recovery(settings());
+    recovery.follow(document);
+    recovery.recordNow();
+    sizeOfFirst = QFile(journalPath()).size();
+    testing::changePixels(*document);
+    recovery.recordNow();
+  }
+  const auto orphan = store().claim(store().orphans().at(0).id);
+  ASSERT_TRUE(orphan.has_value());
+  testing::UnreadableDisk disk(sizeOfFirst);
+  const ScopedFileOperations scope(disk);
+  const auto contents = orphan->restore(MetalContext::shared(), {});
+  ASSERT_TRUE(contents.has_value());
+  EXPECT_EQ(
+      contents->loss,
+      QStringLiteral("Some of the recovery data can't be read, so the last changes could not be restored."));
 }
 
 TEST_F(RecoveryStoreTest, removesTheOldestOfTooMuchButNotTheNewest) {

@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "look/Look.h"
+#include "look/TranslatedSentence.h"
 #include "model/DisplayText.h"
 
 namespace orvanel {
@@ -58,6 +59,17 @@ QLabel* makeLabel(const QString& text, const QFont& font, const QColor& color) {
   if (label->text() != text) label->setToolTip(QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped()));
   look::setTextColor(*label, color);
   return label;
+}
+
+/// A sentence takes as many lines as it needs.
+void showWhole(QLabel& label, const QString& sentence) {
+  label.setText(sentence);
+  label.setToolTip({});
+  label.setWordWrap(true);
+}
+
+int answerData(RecoveryAnswer answer) {
+  return static_cast<int>(answer);
 }
 
 QFrame* makeDivider() {
@@ -131,20 +143,28 @@ RecoveryDialog::RecoveryDialog(const OrphanList& orphans, QWidget* parent)
 }
 
 QWidget* RecoveryDialog::makeRow(const Orphan& orphan) {
-  const QString name = displayText(orphan.name);
-  const QString place = orphan.path.isEmpty() ? tr("Never saved to a file") : orphan.path;
+  const bool canBeRestored = orphan.obstacle.isEmpty();
+  const QString name = canBeRestored ? displayText(orphan.name) : tr("Unknown document");
+  QString place = look::translatedSentence(orphan.obstacle);
+  if (canBeRestored) place = orphan.path.isEmpty() ? tr("Never saved to a file") : orphan.path;
   const QString time = QLocale().toString(orphan.time.toLocalTime(), QLocale::ShortFormat);
   auto* texts = new QVBoxLayout;
   texts->setSpacing(look::space::tight / 2);
   texts->addStretch();
   texts->addWidget(makeLabel(name, look::font(look::type::normal, QFont::DemiBold), look::color::text));
   const QFont small = look::font(look::type::small);
-  texts->addWidget(makeLabel(place, small, look::color::secondaryText));
+  QLabel* placeLabel = makeLabel(place, small, look::color::secondaryText);
+  if (!canBeRestored) showWhole(*placeLabel, place);
+  texts->addWidget(placeLabel);
   texts->addWidget(makeLabel(tr("Last changed %1").arg(time), small, look::color::secondaryText));
   texts->addStretch();
 
   auto* choice = new QComboBox;
-  choice->addItems({tr("Restore"), tr("Discard"), tr("Decide Later")});
+  if (canBeRestored) choice->addItem(tr("Restore"), answerData(RecoveryAnswer::restore));
+  choice->addItem(tr("Discard"), answerData(RecoveryAnswer::discard));
+  choice->addItem(tr("Decide Later"), answerData(RecoveryAnswer::later));
+  // What can't be restored now may be another time.
+  choice->setCurrentIndex(canBeRestored ? 0 : choice->count() - 1);
   choice->setAccessibleName(tr("What to do with %1").arg(name));
   choice->setAccessibleDescription(QStringLiteral("%1, %2").arg(place, time));
   choices_.push_back(choice);
@@ -161,7 +181,7 @@ QWidget* RecoveryDialog::makeRow(const Orphan& orphan) {
 
 std::vector<RecoveryAnswer> RecoveryDialog::answers() const {
   std::vector<RecoveryAnswer> answers;
-  for (const QComboBox* choice : choices_) answers.push_back(RecoveryAnswer(choice->currentIndex()));
+  for (const QComboBox* choice : choices_) answers.push_back(RecoveryAnswer(choice->currentData().toInt()));
   return answers;
 }
 

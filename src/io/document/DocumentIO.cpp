@@ -8,6 +8,7 @@
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
+#include "io/files/AtomicFile.h"
 #include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 
@@ -144,16 +145,18 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
     auto written = writeSnapshot(*picture, path, progress, replaceable(expected.get()));
     picture.reset();
     // A failure may have come from another program's writing the file meanwhile.
+    const bool hasReplaced = written || isUnconfirmed(written.error());
     auto judged =
-        written ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
+        hasReplaced ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
     runOnMainThread([finish, written = std::move(written), judged = std::move(judged),
-                     progress = std::move(progress), saved] {
+                     progress = std::move(progress), saved, hasReplaced] {
       backgroundSaveRuns = false;
       if (!judged) return finish(judged);
-      if (const DocumentPtr still = saved.lock(); still && written) {
+      if (const DocumentPtr still = saved.lock(); still && hasReplaced) {
         // What it replaces may be long, and is given back in the background.
         runInBackground([replaced = still->fileMemory()]() mutable { replaced.reset(); });
-        still->setFileMemory(*written);
+        // A file that may not survive a power cut is the document's own, too, but not one to build on.
+        still->setFileMemory(written.value_or(nullptr));
       }
       finish(saveResult(written, progress));
     });

@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QUuid>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -33,6 +32,10 @@ QString writeFailure(int error) {
   return QStringLiteral("The file can't be written: %1.").arg(systemReason(error));
 }
 
+QString unconfirmed() {
+  return QStringLiteral("The file has been replaced, but may not survive a power cut: %1.");
+}
+
 bool isOutOfRoom(int error) {
   return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }
@@ -46,21 +49,16 @@ std::filesystem::path resolved(const QString& destination) {
   return failure ? absolute : target;
 }
 
-std::string temporaryName() {
-  const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
-  return "dunmarrow_save_" + unique.toStdString() + ".tmp";
-}
-
 bool refusesNewFiles(int error) {
   return error == EACCES || error == EPERM || error == EROFS;
 }
 
-/// Makes the rename itself durable. Not every file system supports this for directories.
-void syncDirectory(const std::filesystem::path& directory) {
-  const int handle = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (handle < 0) return;
-  ::fsync(handle);
-  ::close(handle);
+/// Makes the rename itself durable. False, with the reason in `errno`, if the disk fails; not every file
+/// system supports this for directories, and not everybody may do it.
+bool syncDirectory(const std::filesystem::path& directory) {
+  const Descriptor handle(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (handle.isOpen() && FileOperations::current().sync(handle.number()) == 0) return true;
+  return errno != EIO && errno != ENOSPC && errno != EDQUOT;
 }
 
 /// Renames the new file over the old one. Freeing the blocks of a large file can take long, so the old file
@@ -76,12 +74,12 @@ int replace(const std::string& temporary, const std::string& destination) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> replaced,
-                       std::string temporaryPath, int file)
+AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> replaced, SaveTemporary temporary)
     : destination_(std::move(destination)),
       replaced_(replaced),
-      temporaryPath_(std::move(temporaryPath)),
-      file_(file) {}
+      temporaryPath_(std::move(temporary.path)),
+      file_(temporary.file),
+      lock_(std::move(temporary.lock)) {}
 
 Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination,
                                                           std::optional<FileIdentity> replaced) {
@@ -92,22 +90,21 @@ Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destina
   if (exists && !S_ISREG(existing.st_mode))
     return because(QStringLiteral("The destination is not a regular file."));
 
-  FileOperations& operations = FileOperations::current();
   constexpr mode_t ordinary = 0666;
   const mode_t mode = exists ? existing.st_mode & 07777 : ordinary;
-  std::string path = target.parent_path() / temporaryName();
-  int file = operations.createFile(path, mode & 0777);
-  if (file < 0 && refusesNewFiles(errno)) {
-    path = std::filesystem::path(QFile::encodeName(QDir::tempPath()).toStdString()) / temporaryName();
-    file = operations.createFile(path, mode & 0777);
+  auto temporary = SaveTemporary::create(target.parent_path(), mode & 0777);
+  if (!temporary && refusesNewFiles(errno)) {
+    temporary = SaveTemporary::create(QFile::encodeName(QDir::tempPath()).toStdString(), mode & 0777);
   }
-  if (file < 0) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
+  if (!temporary) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
   if (exists) {
     // Only a privileged process can change the owner; otherwise the file belongs to the writer.
-    if (::fchown(file, existing.st_uid, existing.st_gid) != 0) errno = 0;
-    ::fchmod(file, mode);
+    if (::fchown(temporary->file, existing.st_uid, existing.st_gid) != 0) errno = 0;
+    ::fchmod(temporary->file, mode);
   }
-  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), replaced, std::move(path), file));
+  // They may be what has filled the disk.
+  removeAbandonedTemporaries(std::filesystem::path(temporary->path).parent_path());
+  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), replaced, std::move(*temporary)));
 }
 
 AtomicFile::~AtomicFile() {
@@ -266,8 +263,13 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   }
   temporaryPath_.clear();
   identify();
-  syncDirectory(std::filesystem::path(destination_).parent_path());
+  if (!syncDirectory(std::filesystem::path(destination_).parent_path()))
+    return because(unconfirmed().arg(systemReason(errno)));
   return {};
+}
+
+bool isUnconfirmed(const QString& reason) {
+  return reason.startsWith(unconfirmed().section(u'%', 0, 0));
 }
 
 Described<std::optional<FileIdentity>> replaceFile(const QString& destination,

@@ -30,6 +30,10 @@ int FileOperations::createFile(const std::string& path, mode_t mode) {
   return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
 }
 
+ssize_t FileOperations::readAt(int file, void* bytes, std::size_t count, std::int64_t offset) {
+  return ::pread(file, bytes, count, offset);
+}
+
 ssize_t FileOperations::writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset) {
   return writePassing(file, {static_cast<const std::byte*>(bytes), count}, offset);
 }

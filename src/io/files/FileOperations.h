@@ -1,5 +1,5 @@
-// The system calls used for writing files, replaceable so that tests can simulate full disks and read-only
-// directories. Any thread.
+// The system calls used for writing files and reading journals, replaceable so that tests can simulate full
+// and failing disks and read-only directories. Any thread.
 #pragma once
 
 #include <sys/types.h>
@@ -23,6 +23,7 @@ class FileOperations {
   virtual ~FileOperations() = default;
   /// Creates a file for writing; fails if it exists.
   virtual int createFile(const std::string& path, mode_t mode);
+  virtual ssize_t readAt(int file, void* bytes, std::size_t count, std::int64_t offset);
   virtual ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset);
   /// Copies within the kernel; may copy less.
   virtual ssize_t copyRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,

@@ -65,6 +65,24 @@ TEST_F(RecoveryDialogTest, EverythingIsRestoredUnlessOtherwiseChosen) {
               ElementsAre(RecoveryAnswer::restore, RecoveryAnswer::discard, RecoveryAnswer::later));
 }
 
+TEST_F(RecoveryDialogTest, WhatCantBeRestoredIsToldAndKeptUnlessItIsDiscarded) {
+  orphans[1] = {.id = orphans[1].id,
+                .obstacle = QStringLiteral("The recovery data is damaged."),
+                .time = orphans[1].time};
+  RecoveryDialog dialog(orphans);
+  const QStringList texts = textsOf(dialog);
+  EXPECT_TRUE(texts.contains(QStringLiteral("Unknown document")));
+  EXPECT_TRUE(texts.contains(QStringLiteral("The recovery data is damaged.")));
+  EXPECT_FALSE(texts.contains(QStringLiteral("Never saved to a file")));
+  EXPECT_EQ(dialog.choices()[1]->findText(QStringLiteral("Restore")), -1);
+  EXPECT_THAT(dialog.answers(),
+              ElementsAre(RecoveryAnswer::restore, RecoveryAnswer::later, RecoveryAnswer::restore));
+  dialog.show();
+  QTest::keyClick(dialog.choices()[1], Qt::Key_Home);
+  EXPECT_THAT(dialog.answers(),
+              ElementsAre(RecoveryAnswer::restore, RecoveryAnswer::discard, RecoveryAnswer::restore));
+}
+
 TEST_F(RecoveryDialogTest, EscapeDecidesNothing) {
   RecoveryDialog dialog(orphans);
   dialog.show();

@@ -255,7 +255,8 @@ TEST_F(ResavingTest, aDiskThatIsFullAtAnyCallLeavesTheOldFile) {
   const QByteArray old = testing::contentsOf(path());
   edit(0, 300, 20);
   ASSERT_GT(none.calls, 10);
-  for (int failing = 0; failing < none.calls; ++failing) {
+  // The last call brings the folder to the disk, when the new file stands in its place already.
+  for (int failing = 0; failing < none.calls - 1; ++failing) {
     testing::FailingDisk disk(failing);
     const ScopedFileOperations full(disk);
     ASSERT_FALSE(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()).has_value())

@@ -157,6 +157,53 @@ TEST_F(AtomicFileTest, leavesTheOldFileWhenALaterStepFails) {
   }
 }
 
+TEST_F(AtomicFileTest, tellsThatTheDiskMayLoseTheRenaming) {
+  put(path(), "old");
+  testing::FailingStep disk(testing::FailingStep::Step::syncFolder);
+  const ScopedFileOperations scope(disk);
+  const auto result = replaceFile(path(), bytesOf("new"));
+  ASSERT_FALSE(result.has_value());
+  EXPECT_TRUE(isUnconfirmed(result.error())) << result.error().toStdString();
+  EXPECT_FALSE(isUnconfirmed(QStringLiteral("The file can't be written: Input/output error.")));
+  EXPECT_EQ(contents(path()), "new");
+  EXPECT_EQ(files().size(), 1);
+  // Not every file system can do this for folders.
+  disk.reason = EINVAL;
+  EXPECT_TRUE(replaceFile(path(), bytesOf("newer")).has_value());
+}
+
+TEST_F(AtomicFileTest, removesWhatKilledProcessesLeft) {
+  const QString left = path(QStringLiteral("dunmarrow_save_0C1A7C2E-9F2B-4F9E-8E07-0D4C3C0B6D11.tmp"));
+  put(left, "half");
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  EXPECT_FALSE(QFile::exists(left));
+}
+
+TEST_F(AtomicFileTest, leavesWhatOthersAreWriting) {
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  const QString other = path(QStringLiteral("other.png"));
+  ASSERT_TRUE(replaceFile(other, bytesOf("other")).has_value());
+  // While it is checked, it is no longer open for writing.
+  const auto result = (*file)->commit(
+      [&](const std::string&) { return replaceFile(other, bytesOf("again")).map([](auto) {}); });
+  EXPECT_TRUE(result.has_value()) << result.error().toStdString();
+  EXPECT_EQ(contents(path()), "new");
+}
+
+TEST_F(AtomicFileTest, leavesWhatIsNoTemporaryFileOfItsOwn) {
+  put(path(), "mine");
+  const QString notes = path(QStringLiteral("dunmarrow_save_notes.tmp"));
+  put(notes, "mine");
+  const QString id = QStringLiteral("dunmarrow_save_0C1A7C2E-9F2B-4F9E-8E07-0D4C3C0B6D1%1.tmp");
+  ASSERT_TRUE(QFile::link(notes, path(id.arg(1))));
+  ASSERT_TRUE(QDir(directory_.path()).mkdir(id.arg(2)));
+  ASSERT_TRUE(replaceFile(path(), bytesOf("new")).has_value());
+  EXPECT_EQ(contents(notes), "mine");
+  EXPECT_TRUE(QFileInfo(path(id.arg(1))).isSymLink());
+  EXPECT_TRUE(QFileInfo(path(id.arg(2))).isDir());
+}
+
 TEST_F(AtomicFileTest, leavesTheOldFileWhenTheCheckFails) {
   put(path(), "old");
   const auto file = AtomicFile::create(path());

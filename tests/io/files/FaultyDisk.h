@@ -1,6 +1,8 @@
 // Simulated disk failures.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -108,20 +110,43 @@ class ReadOnlyDirectory final : public FileOperations {
   std::string prefix_;
 };
 
+/// Can't read what stands behind this place of a file.
+class UnreadableDisk final : public FileOperations {
+ public:
+  explicit UnreadableDisk(std::int64_t from = 0) : from_(from) {}
+
+  ssize_t readAt(int file, void* bytes, std::size_t count, std::int64_t offset) override {
+    if (offset + static_cast<std::int64_t>(count) > from_) {
+      errno = EIO;
+      return -1;
+    }
+    return FileOperations::readAt(file, bytes, count, offset);
+  }
+
+ private:
+  std::int64_t from_;
+};
+
 /// Fails at one step after writing.
 class FailingStep final : public FileOperations {
  public:
-  enum class Step { sync, rename };
+  enum class Step { sync, rename, syncFolder };
   explicit FailingStep(Step step) : step_(step) {}
 
-  int sync(int file) override { return step_ == Step::sync ? fail() : FileOperations::sync(file); }
+  int sync(int file) override {
+    struct stat status {};
+    const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    return step_ == (isFolder ? Step::syncFolder : Step::sync) ? fail() : FileOperations::sync(file);
+  }
   int renameFile(const std::string& from, const std::string& to) override {
     return step_ == Step::rename ? fail() : FileOperations::renameFile(from, to);
   }
 
+  int reason = EIO;
+
  private:
-  static int fail() {
-    errno = EIO;
+  int fail() const {
+    errno = reason;
     return -1;
   }
   Step step_;
