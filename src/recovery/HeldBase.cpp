@@ -64,7 +64,10 @@ bool HeldBase::isSourceAsItWas() const {
 }
 
 bool HeldBase::isIntact() const {
-  if (kind_ == Kind::copy) return true;
+  if (kind_ == Kind::copy) {
+    const auto copy = FileIdentity::of(place_);
+    return copy && copy->size == identity_.size;
+  }
   return isSameVersion(FileIdentity::of(kind_ == Kind::link ? place_ : path_), identity_);
 }
 

@@ -307,6 +307,7 @@ JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
     if (!draft) return because(QStringLiteral("The document can't be written."));
     draft->contents.base = (*part)->base;
     if (draft->contents.manifest.isEmpty()) draft->contents.manifest = standing_.manifest;
+    if (draft->contents.manifest.isEmpty()) return because(QStringLiteral("The document can't be written."));
     if (auto written = writeRecord(**part, std::move(*draft)); !written) return because(written.error());
     const std::int64_t size = (*part)->size;
     if (auto placed = takePlace(std::move(*part)); !placed) return because(placed.error());

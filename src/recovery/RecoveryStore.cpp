@@ -77,16 +77,19 @@ std::optional<Orphan> orphanIn(const JournalFiles& files) {
   return orphan;
 }
 
-/// When the user was first told of it; nothing if that was never.
-std::optional<QDateTime> firstOffer(const JournalFiles& files) {
+/// When the user was first told of a journal that ended at `end`. Nothing if that was never, or well before
+/// the end: by a clock that a machine without power had lost, for example.
+std::optional<QDateTime> firstOffer(const JournalFiles& files, const QDateTime& end) {
   const QFileInfo mark(QFile::decodeName(files.offered().c_str()));
-  return mark.exists() ? std::optional(mark.lastModified()) : std::nullopt;
+  if (!mark.exists() || mark.lastModified().addSecs(1) < end) return std::nullopt;
+  return mark.lastModified();
 }
 
 void noteOffer(const JournalFiles& files) {
   constexpr mode_t forUserAlone = 0600;
   const Descriptor mark(
-      ::open(files.offered().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
+      ::open(files.offered().c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
+  if (mark.isOpen()) ::futimens(mark.number(), nullptr);
 }
 
 }  // namespace
@@ -118,7 +121,8 @@ OrphanList RecoveryStore::offer() const {
   OrphanList list = orphans();
   removeOffered(list);
   for (const Orphan& orphan : list) {
-    if (const auto files = JournalFiles::named(settings_.folder, orphan.id)) noteOffer(*files);
+    const auto files = JournalFiles::named(settings_.folder, orphan.id);
+    if (files && !firstOffer(*files, orphan.time)) noteOffer(*files);
   }
   return list;
 }
@@ -139,7 +143,7 @@ void RecoveryStore::removeOffered(OrphanList& orphans) const {
     const bool isNewest = bytes == 0;
     bytes += orphan.bytes;
     const auto files = JournalFiles::named(settings_.folder, orphan.id);
-    const auto since = files ? firstOffer(*files) : std::nullopt;
+    const auto since = files ? firstOffer(*files, orphan.time) : std::nullopt;
     const bool isTooMuch = !isNewest && bytes > settings_.maximumBytes;
     if (!since || (!isTooMuch && !isTooOld(*since))) return false;
     if (const auto claimed = claim(orphan.id)) claimed->remove();

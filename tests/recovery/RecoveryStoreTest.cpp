@@ -100,10 +100,21 @@ TEST_F(RecoveryStoreTest, theAgeCountsFromTheFirstOffer) {
   const utimbuf longAgo{1'000'000'000, 1'000'000'000};
   ::utime(QFile::encodeName(journal).constData(), &longAgo);
   for (int start = 0; start < 3; ++start) EXPECT_EQ(store().offer().size(), 1U);
-  const JournalFiles named = *JournalFiles::named(settings().folder, JournalFiles::idInName(files().at(0)));
-  ::utime(named.offered().c_str(), &longAgo);
-  EXPECT_TRUE(store().offer().empty());
+  RecoverySettings strict = settings();
+  strict.maximumAge = std::chrono::hours(-1);
+  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
   EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, anOfferByAClockThatWasWrongDoesNotCount) {
+  crashWith(unsavedDocument());
+  EXPECT_EQ(store().offer().size(), 1U);
+  const JournalFiles named = *JournalFiles::named(settings().folder, JournalFiles::idInName(files().at(0)));
+  const utimbuf longAgo{1'000'000'000, 1'000'000'000};
+  ::utime(named.offered().c_str(), &longAgo);
+  EXPECT_EQ(store().offer().size(), 1U) << "it is offered as if for the first time";
+  const QFileInfo mark(QString::fromStdString(named.offered()));
+  EXPECT_LT(mark.lastModified().secsTo(QDateTime::currentDateTime()), 3600) << "its time runs from now";
 }
 
 TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
