@@ -98,7 +98,7 @@ void ChannelListView::paintRow(QPainter& painter, const QStyleOptionViewItem& op
   painter.setOpacity(model_.isVisible(row) ? 1.0 : hiddenEyeOpacity);
   RowButtonState eye = RowButtonState::plain;
   if (row == hoveredRow_ && isOnEye_) eye = sweep_ ? RowButtonState::pressed : RowButtonState::hovered;
-  paintRowButton(painter, eyeOf(row), QStringLiteral("eye"), look::color::symbol, eye);
+  paintRowButton(painter, eyeOf(row), QStringLiteral("pixel/eye"), look::color::symbol, eye);
   painter.setOpacity(1.0);
   const QRect box = thumbnailOf(row);
   if (const Thumbnail picture = model_.thumbnailOf(row)) {
