@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QToolTip>
+#include <utility>
 
 #include "look/Look.h"
 #include "panels/controls/RowPainting.h"
@@ -75,7 +76,7 @@ LayerNSOutlineView::LayerNSOutlineView(QWidget* parent)
 LayerNSOutlineView::~LayerNSOutlineView() = default;
 
 void LayerNSOutlineView::setDocument(const DocumentPtr& document) {
-  if (document == model_.document()) return;
+  if (document != nullptr && document == model_.document()) return;
   keepTypedName();
   coordinator_.endSweep();
   setPointer({}, LayerRowPart::none, false);
@@ -273,8 +274,11 @@ void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
   if (index.isValid()) {
     if (pressButton(index, part)) return;
-    coordinator_.clickThumbnail(index, part, event->modifiers());
+    const bool isUsed = coordinator_.clickThumbnail(index, part, event->modifiers());
+    // Loading the selection is no way to begin a drag.
+    if (isUsed && event->modifiers() != Qt::NoModifier) return setCurrentIndex(index);
   }
+  isDraggable_ = true;
   QTreeView::mousePressEvent(event);
 }
 
@@ -297,7 +301,9 @@ void LayerNSOutlineView::mouseMoveEvent(QMouseEvent* event) {
   if (coordinator_.isSweeping()) return sweepTo(point);
   if (pointer_.isPressed) return;
   setPointer(indexAt(point), partAt(point), false);
-  QTreeView::mouseMoveEvent(event);
+  // The toolkit would drag the row that was pressed last, with whichever button is held now.
+  const bool isDrag = event->buttons() == Qt::LeftButton && isDraggable_;
+  if (isDrag || event->buttons() == Qt::NoButton) QTreeView::mouseMoveEvent(event);
 }
 
 void LayerNSOutlineView::mouseReleaseEvent(QMouseEvent* event) {
@@ -373,6 +379,8 @@ bool LayerNSOutlineView::showHelp(const QPoint& point, const QPoint& globalPoint
 void LayerNSOutlineView::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
   const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+  // A row in a closed folder isn't there to be meant.
+  if (isByKey && QTreeView::visualRect(index).isEmpty()) return;
   auto* menu = new QMenu(this);  // deletes itself
   menu->setAttribute(Qt::WA_DeleteOnClose);
   fillContextMenu(*menu, index, isByKey ? LayerRowPart::name : partAt(event->pos()));
