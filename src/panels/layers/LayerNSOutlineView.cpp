@@ -257,16 +257,22 @@ void LayerNSOutlineView::beginRename(const QModelIndex& index) {
 }
 
 void LayerNSOutlineView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
-  const bool hadFocus = editor != nullptr && editor->hasFocus();
+  // Nobody has the keyboard after it has been taken from the field.
+  const QWidget* focus = window()->focusWidget();
+  const bool hadFocus = editor != nullptr && (focus == editor || focus == nullptr);
   QTreeView::closeEditor(editor, hint);
+  // The next name may have its field already.
+  if (!hadFocus || isEditing()) return;
   // Who works with keys stays in the list; a double click has only borrowed the canvas's keyboard.
-  if (hadFocus && !isUsedByKeys_) NotificationCenter::standard().post(notification::focusCanvas);
+  if (isUsedByKeys_) return setFocus();
+  NotificationCenter::standard().post(notification::focusCanvas);
 }
 
 // The pointer.
 
 void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
-  isUsedByKeys_ = false;
+  isDraggable_ = false;
+  if (std::exchange(isUsedByKeys_, false)) update(currentIndex());
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   const LayerRowPart part = partAt(point);
