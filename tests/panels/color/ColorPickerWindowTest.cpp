@@ -360,7 +360,10 @@ TEST(ColorPickerWindowEndTest, ANumberThatIsBeingTypedGoesWithTheWindow) {
   field.setFocus();
   QTest::keyClicks(&field, QStringLiteral("12"));
   ASSERT_TRUE(field.hasFocus() && field.isModified());
+  int finished = 0;
+  QObject::connect(&field, &QLineEdit::editingFinished, [&] { ++finished; });
   window.reset();
+  EXPECT_EQ(finished, 0) << "there is no model any more";
   EXPECT_EQ(told, 0);
 }
 

@@ -319,7 +319,10 @@ TEST_F(LevelsWindowTest, ANumberThatIsBeingTypedGoesWithTheWindow) {
   field.selectAll();
   QTest::keyClicks(&field, QStringLiteral("100"));
   ASSERT_TRUE(field.hasFocus());
+  int finished = 0;
+  QObject::connect(&field, &QDoubleSpinBox::editingFinished, [&] { ++finished; });
   closing.reset();
+  EXPECT_EQ(finished, 0) << "there is no model any more";
   EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF808080U);
 }
 
