@@ -38,6 +38,22 @@ Layout* tightLayout(QWidget* parent) {
   return layout;
 }
 
+/// Has the window make room for its parts when they need more, which the toolkit's doesn't.
+class PartsSplitter : public QSplitter {
+ public:
+  PartsSplitter() : QSplitter(Qt::Horizontal) {}
+
+ protected:
+  bool event(QEvent* event) override {
+    const bool isHandled = QSplitter::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+      updateGeometry();
+      parentWidget()->layout()->activate();
+    }
+    return isHandled;
+  }
+};
+
 /// The first widget inside that takes the focus by Tab.
 QWidget* firstFocusable(QWidget& area) {
   for (QWidget* next = area.nextInFocusChain(); next != &area; next = next->nextInFocusChain()) {
@@ -89,7 +105,7 @@ void ContentView::layOut() {
   column->addWidget(canvasPane_, 1);
   column->addWidget(statusBar_);
 
-  splitter_ = new QSplitter(Qt::Horizontal);
+  splitter_ = new PartsSplitter;
   splitter_->setHandleWidth(1);
   splitter_->setChildrenCollapsible(false);
   splitter_->addWidget(central);

@@ -10,6 +10,7 @@
 #include "app/DesktopThumbnails.h"
 #include "app/EventWait.h"
 #include "app/FileMessage.h"
+#include "app/TypedText.h"
 #include "app/dialogs/ExportFormats.h"
 #include "app/dialogs/SizeRule.h"
 #include "io/files/FileName.h"
@@ -144,6 +145,7 @@ bool DocumentFiles::canSave(const Document& document) {
 }
 
 void DocumentFiles::save(const DocumentPtr& document) {
+  keepTypedText();
   document->endOpenEdits();
   if (!canSave(*document)) return;
   if (std::optional<SaveRequest> request = saveInPlace(document)) {
@@ -161,6 +163,7 @@ std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
+  keepTypedText();
   const std::optional<QString> path = askWhereToSave(*document);
   if (!path) return;
   adoptSavedFile(*document, *path);
@@ -243,6 +246,7 @@ void DocumentFiles::reportFailedSave(const SaveRequest& request, const FileError
 }
 
 void DocumentFiles::exportImage(const DocumentPtr& document) {
+  keepTypedText();
   const std::optional<ExportTarget> target = dialogs_.askWhereToExport(proposedPath(*document, QString()));
   if (!target) return;
   document->endOpenEdits();

@@ -18,7 +18,6 @@ namespace orvanel {
 namespace {
 
 constexpr QSize firstSize{1280, 800};
-constexpr QSize smallestSize{480, 320};
 
 /// Start-up milestones for benchmarks; enable with QT_LOGGING_RULES=orvanel.start.debug=true.
 Q_LOGGING_CATEGORY(startLog, "orvanel.start", QtInfoMsg)
@@ -30,7 +29,7 @@ QSize MainWindow::firstSizeOn(const QSize& available) {
   const int titleBar = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
   const int frame = QApplication::style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
   const QSize decoration(2 * frame, titleBar + 2 * frame);
-  return firstSize.boundedTo(available - decoration).expandedTo(smallestSize);
+  return firstSize.boundedTo(available - decoration);
 }
 
 MainWindow::MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
@@ -43,7 +42,6 @@ MainWindow::MainWindow(AppState& appState, DocumentFiles& files, Dialogs& dialog
   setObjectName(QStringLiteral("mainWindow"));
   setAttribute(Qt::WA_QuitOnClose, false);
   setContextMenuPolicy(Qt::NoContextMenu);
-  setMinimumSize(smallestSize);
   contentView_ = new ContentView(appState, files);
   setCentralWidget(contentView_);
   buildMenus({appState, files, dialogs, pasteboard_, *levels_, items_, requestQuit_,

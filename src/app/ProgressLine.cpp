@@ -115,9 +115,7 @@ void ProgressLine::activityChanged() {
 void ProgressLine::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const double fraction = std::max(shortestFraction, activity_.fractionWithout(leftOut_).value_or(0.0));
-  QColor track = look::color::accent;
-  track.setAlpha(40);
-  painter.fillRect(rect(), track);
+  painter.fillRect(rect(), look::color::progressTrack);
   painter.fillRect(QRectF(0, 0, width() * fraction, height()), look::color::accent);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "app/TypedText.h"
 #include "look/TranslatedName.h"
 
 namespace orvanel {
@@ -112,6 +113,7 @@ bool WindowState::cycleTabs(int step) {
 }
 
 bool WindowState::mayClose(const DocumentPtr& document) {
+  keepTypedText();
   document->endOpenEdits();
   if (settleSaves) settleSaves(*document);
   return !document->isDirty.value() || !confirmClosing || confirmClosing(document);

@@ -54,7 +54,9 @@ bool DocumentLayer::shouldRender(const CanvasViewContext& context, const Documen
 
 void DocumentLayer::render(RenderEncoder& encoder, const CanvasViewContext& context,
                            const Document* document) const {
-  const ChannelVisibility channels = document->channelVisibility.value();
+  ChannelVisibility channels = document->channelVisibility.value();
+  // A grey composite has its value in all lanes, which its one switch shows or hides together.
+  if (isGrayscale(document->colorMode.value())) channels.green = channels.blue = channels.red;
   const DocumentUniforms uniforms{viewUniforms(context),
                                   {static_cast<float>(channels.red), static_cast<float>(channels.green),
                                    static_cast<float>(channels.blue)},

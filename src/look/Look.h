@@ -39,6 +39,14 @@ inline const QColor selectedRow{0xd3, 0xe0, 0xf4};
 inline const QColor indicator{0x2c, 0x2c, 0x2c, 0x82};
 inline const QColor indicatorHover{0x1e, 0x1e, 0x1e, 0xbe};
 inline const QColor indicatorRim{0xff, 0xff, 0xff, 0x6e};
+/// Beneath the part of a progress line that is done, over the image.
+inline const QColor progressTrack{0x27, 0x64, 0xc6, 0x28};
+/// How opaque a dragged row is: the rows beneath and the line between them shine through.
+inline const QColor draggedRow{0x00, 0x00, 0x00, 0xbe};
+/// The bars of a histogram, and the lines at its black and its white point.
+inline const QColor histogramBars = QColor::fromRgbF(0.0F, 0.0F, 0.0F, 0.7F);
+inline const QColor blackPoint{0x00, 0x00, 0xff};
+inline const QColor whitePoint{0xff, 0x00, 0x00};
 inline const QColor alert{0xb4, 0x23, 0x18};
 }  // namespace color
 

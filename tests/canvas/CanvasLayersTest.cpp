@@ -68,6 +68,23 @@ TEST(DocumentPass, DrawsWithACompositeThroughItsChannelSwitches) {
   EXPECT_FALSE(pass.shouldRender(viewContext, document.get()));
 }
 
+TEST(DocumentPass, DrawsGreyWithOneSwitchForAllLanes) {
+  const DocumentLayer pass(context());
+  const auto document = makeDocument(4, 4);
+  const auto lanes = [&] {
+    const std::vector<float> uniforms = uniformsOf(recordedDraw(pass, document.get()));
+    return std::vector(uniforms.begin() + 8, uniforms.begin() + 11);
+  };
+  document->setChannelVisibility(ChannelVisibility{1, 0, 1});
+  document->changeColorMode(ColorMode::grayscale8);
+  EXPECT_EQ(lanes(), (std::vector{1.0F, 1.0F, 1.0F}));
+  document->undo();
+  EXPECT_EQ(lanes(), (std::vector{1.0F, 0.0F, 1.0F})) << "the switches of the colours are kept";
+  document->setChannelVisibility(ChannelVisibility{0, 1, 1});
+  document->changeColorMode(ColorMode::grayscale16);
+  EXPECT_EQ(lanes(), (std::vector{0.0F, 0.0F, 0.0F}));
+}
+
 TEST(PixelGridPass, AppearsExactlyAtFortyDevicePixels) {
   const PixelGridLayer pass(context());
   const auto document = makeDocument(4, 4);

@@ -225,6 +225,21 @@ def enter_sizes(hand, compare):
     check(compare.after(hand.editor, step), "the canvas's size")
 
 
+def choose_color(hand, _):
+    """The picker leaves the keyboard to the canvas until one of its fields is clicked."""
+    app, editor = hand.app, hand.editor
+    editor.keys("d")
+    hand.click(app.find("push button", "Foreground Color: #000000", "SHOWING"))
+    app.find("text", "Hexadecimal color", "SHOWING")
+    editor.keys("x")
+    app.find("push button", "Foreground Color: #FFFFFF", "SHOWING")
+    hand.click(app.find("text", "Hexadecimal color", "SHOWING"))
+    app.find("text", "Hexadecimal color", "FOCUSED")
+    editor.keys("ctrl+a", *"00ff00")
+    app.find("push button", "Foreground Color: #00FF00", "SHOWING")
+    hand.click(app.find("push button", "OK", "SHOWING"))
+
+
 def main():
     program, cli = sys.argv[1:3]
     with tempfile.TemporaryDirectory() as folder, Screen():
@@ -235,7 +250,8 @@ def main():
             editor.wait_for_document("first")
             editor.find_canvas()
             hand, compare = Hand(editor, application(editor.process)), Comparison(pictures, first)
-            for work in (draw_with_lassos, add_named_layers, set_opacity, drag_row, sweep_eyes, enter_sizes):
+            for work in (draw_with_lassos, add_named_layers, set_opacity, drag_row, sweep_eyes, enter_sizes,
+                         choose_color):
                 work(hand, compare)
         finally:
             editor.close()

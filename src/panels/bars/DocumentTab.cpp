@@ -7,7 +7,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QUrl>
-#include <map>
 
 #include "look/Look.h"
 #include "model/DisplayText.h"
@@ -23,8 +22,8 @@ constexpr int closeBoxEdge = 18;
 
 }  // namespace
 
-DocumentTab::DocumentTab(DocumentPtr shownDocument, QWidget* parent)
-    : QAbstractButton(parent), document(std::move(shownDocument)) {
+DocumentTab::DocumentTab(const DocumentPtr& shownDocument, QWidget* parent)
+    : QAbstractButton(parent), document(shownDocument), documentID(shownDocument->id) {
   setFont(look::font(look::type::small));
   setCheckable(true);
   setFocusPolicy(Qt::NoFocus);
@@ -39,7 +38,7 @@ DocumentTab::DocumentTab(DocumentPtr shownDocument, QWidget* parent)
   connect(closeButton_, &QAbstractButton::clicked, this, [this] {
     if (onClose) onClose();
   });
-  changes_ = document->changes().observe([this](const DocumentChanges& changes) {
+  changes_ = shownDocument->changes().observe([this](const DocumentChanges& changes) {
     if (contains<change::FileStateChanged>(changes)) documentChanged();
   });
   documentChanged();
@@ -54,7 +53,8 @@ void DocumentTab::setSelected(bool selected) {
 void DocumentTab::documentChanged() {
   const QString name = shownName();
   // Tooltips interpret markup, and names may contain anything.
-  const QString place = document->sourceFileURL.value().value_or(name);
+  const QString path = sourcePath();
+  const QString place = path.isEmpty() ? name : path;
   setToolTip(QStringLiteral("<span>%1</span>").arg(place.toHtmlEscaped()));
   setAccessibleDescription(place);
   setAccessibleName(showsDirtyDot() ? tr("%1, unsaved changes").arg(name) : name);
@@ -63,8 +63,19 @@ void DocumentTab::documentChanged() {
   update();
 }
 
+bool DocumentTab::showsDirtyDot() const {
+  const DocumentPtr shown = document.lock();
+  return shown != nullptr && shown->isDirty.value();
+}
+
 QString DocumentTab::shownName() const {
-  return displayText(document->name.value());
+  const DocumentPtr shown = document.lock();
+  return shown != nullptr ? displayText(shown->name.value()) : QString();
+}
+
+QString DocumentTab::sourcePath() const {
+  const DocumentPtr shown = document.lock();
+  return shown != nullptr ? shown->sourceFileURL.value().value_or(QString()) : QString();
 }
 
 std::vector<DocumentTab::ContextItem> DocumentTab::contextItems() const {
@@ -72,7 +83,7 @@ std::vector<DocumentTab::ContextItem> DocumentTab::contextItems() const {
   items.push_back({tr("Close"), onClose});
   if (hasOtherDocuments_) items.push_back({tr("Close Others"), onCloseOthers});
   items.push_back({tr("Close All"), onCloseAll});
-  const QString path = document->sourceFileURL.value().value_or(QString());
+  const QString path = sourcePath();
   const auto openFolder = [path] {
     QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
   };
@@ -80,18 +91,23 @@ std::vector<DocumentTab::ContextItem> DocumentTab::contextItems() const {
   return items;
 }
 
-void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
+void DocumentTab::openMenu(const QPoint& globalPoint) {
   // What is chosen may close this tab.
-  QMenu menu(window());
-  std::map<const QAction*, std::function<void()>> actions;
+  auto* menu = new QMenu(window());
+  menu->setAttribute(Qt::WA_DeleteOnClose);
   for (const ContextItem& item : contextItems()) {
-    if (item.followsSeparator) menu.addSeparator();
-    QAction* entry = menu.addAction(item.title);
+    if (item.followsSeparator) menu->addSeparator();
+    QAction* entry = menu->addAction(item.title);
     entry->setEnabled(item.isEnabled);
-    actions.emplace(entry, item.action);
+    connect(entry, &QAction::triggered, menu, [action = item.action] {
+      if (action) action();
+    });
   }
-  const auto chosen = actions.find(menu.exec(event->globalPos()));
-  if (chosen != actions.end() && chosen->second) chosen->second();
+  menu->popup(globalPoint);
+}
+
+void DocumentTab::contextMenuEvent(QContextMenuEvent* event) {
+  openMenu(event->globalPos());
 }
 
 void DocumentTab::mousePressEvent(QMouseEvent* event) {

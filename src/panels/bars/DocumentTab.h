@@ -13,9 +13,11 @@ class DocumentTab : public QAbstractButton {
   Q_OBJECT
 
  public:
-  explicit DocumentTab(DocumentPtr document, QWidget* parent = nullptr);
+  explicit DocumentTab(const DocumentPtr& document, QWidget* parent = nullptr);
 
-  const DocumentPtr document;
+  /// Documents aren't kept alive.
+  const std::weak_ptr<Document> document;
+  const QUuid documentID;
   std::function<void()> onSelect;
   std::function<void()> onClose;
   std::function<void()> onCloseAll;
@@ -37,7 +39,9 @@ class DocumentTab : public QAbstractButton {
   [[nodiscard]] bool isHovering() const { return isHovering_; }
   /// Shows the close button while the pointer is over the tab.
   void setHovering(bool hovering);
-  [[nodiscard]] bool showsDirtyDot() const { return document->isDirty.value(); }
+  [[nodiscard]] bool showsDirtyDot() const;
+  /// The document's name, fit for display.
+  [[nodiscard]] QString shownName() const;
   [[nodiscard]] QAbstractButton* closeButton() const { return closeButton_; }
 
   struct ContextItem {
@@ -48,6 +52,7 @@ class DocumentTab : public QAbstractButton {
   };
   /// The items of the context menu, in order.
   [[nodiscard]] std::vector<ContextItem> contextItems() const;
+  void openMenu(const QPoint& globalPoint);
 
   [[nodiscard]] QSize sizeHint() const override;
 
@@ -63,7 +68,8 @@ class DocumentTab : public QAbstractButton {
 
  private:
   void documentChanged();
-  [[nodiscard]] QString shownName() const;
+  /// Where the document's file is; empty if it has none.
+  [[nodiscard]] QString sourcePath() const;
 
   bool isSelected_ = false;
   bool hasOtherDocuments_ = false;

@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "look/Look.h"
-#include "model/DisplayText.h"
 #include "panels/bars/TabAccessibility.h"
 #include "panels/controls/SymbolButton.h"
 
@@ -111,7 +110,7 @@ void DocumentTabBar::setDocuments(const std::vector<DocumentPtr>& documents,
                                   const std::optional<QUuid>& activeDocumentID) {
   holdPlaces(documents);
   std::map<QUuid, DocumentTab*> before;
-  for (DocumentTab* tab : tabs_) before.emplace(tab->document->id, tab);
+  for (DocumentTab* tab : tabs_) before.emplace(tab->documentID, tab);
   tabs_.clear();
   for (const DocumentPtr& document : documents) {
     const auto known = before.find(document->id);
@@ -124,7 +123,7 @@ void DocumentTabBar::setDocuments(const std::vector<DocumentPtr>& documents,
     tab->deleteLater();
   }
   for (DocumentTab* tab : tabs_) {
-    tab->setSelected(activeDocumentID && tab->document->id == *activeDocumentID);
+    tab->setSelected(activeDocumentID && tab->documentID == *activeDocumentID);
     tab->setHasOtherDocuments(tabs_.size() > 1);
   }
   layOutTabs();
@@ -143,7 +142,8 @@ int DocumentTabBar::loadingWidth() const {
 
 void DocumentTabBar::holdPlaces(const std::vector<DocumentPtr>& documents) {
   const auto isOpen = [&](const DocumentTab* tab) {
-    return std::ranges::find(documents, tab->document) != documents.end();
+    return std::ranges::any_of(documents,
+                               [&](const DocumentPtr& document) { return document->id == tab->documentID; });
   };
   const auto kept = static_cast<std::size_t>(std::ranges::count_if(tabs_, isOpen));
   const bool areSame = kept == tabs_.size() && kept == documents.size();
@@ -246,12 +246,12 @@ void DocumentTabBar::showList() {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   for (const DocumentTab* tab : tabs_) {
-    QString title = displayText(tab->document->name.value());
+    QString title = tab->shownName();
     // A single ampersand would mark the next letter as a mnemonic.
     QAction* item = menu->addAction(title.replace(u'&', QStringLiteral("&&")));
     item->setCheckable(true);
     item->setChecked(tab->isSelected());
-    connect(item, &QAction::triggered, this, [this, id = tab->document->id] {
+    connect(item, &QAction::triggered, this, [this, id = tab->documentID] {
       if (onSelect) onSelect(id);
     });
   }

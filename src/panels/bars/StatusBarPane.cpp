@@ -134,7 +134,7 @@ void StatusBarPane::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void StatusBarPane::setDocument(const DocumentPtr& document) {
-  if (document == document_.lock()) return;
+  if (document != nullptr && document == document_.lock()) return;
   changes_ = {};
   document_ = document;
   if (document) {

@@ -18,9 +18,10 @@ class AccessibleTab : public QAccessibleWidget {
     state.selected = tab_.isSelected();
     return state;
   }
-  [[nodiscard]] QStringList actionNames() const override { return {pressAction()}; }
+  [[nodiscard]] QStringList actionNames() const override { return {pressAction(), showMenuAction()}; }
   void doAction(const QString& name) override {
     if (name == pressAction()) tab_.click();
+    if (name == showMenuAction()) tab_.openMenu(tab_.mapToGlobal(QPoint(0, tab_.height())));
   }
 
  private:

@@ -7,6 +7,7 @@
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 #include "look/Look.h"
 #include "panels/controls/RowPainting.h"
@@ -86,6 +87,10 @@ QRect ChannelListView::thumbnailOf(int row) const {
   return centeredIn(visualRect(model_.index(row)), thumbnailLeft, thumbnailSize_);
 }
 
+bool ChannelListView::isOnThumbnail(int row, const QPoint& point) const {
+  return model_.thumbnailOf(row) != nullptr && thumbnailOf(row).contains(point);
+}
+
 // Drawing.
 
 void ChannelListView::paintRow(QPainter& painter, const QStyleOptionViewItem& option, int row) {
@@ -98,7 +103,7 @@ void ChannelListView::paintRow(QPainter& painter, const QStyleOptionViewItem& op
   painter.setOpacity(model_.isVisible(row) ? 1.0 : hiddenEyeOpacity);
   RowButtonState eye = RowButtonState::plain;
   if (row == hoveredRow_ && isOnEye_) eye = sweep_ ? RowButtonState::pressed : RowButtonState::hovered;
-  paintRowButton(painter, eyeOf(row), QStringLiteral("eye"), look::color::symbol, eye);
+  paintRowButton(painter, eyeOf(row), QStringLiteral("pixel/eye"), look::color::symbol, eye);
   painter.setOpacity(1.0);
   const QRect box = thumbnailOf(row);
   if (const Thumbnail picture = model_.thumbnailOf(row)) {
@@ -117,7 +122,7 @@ void ChannelListView::paintRow(QPainter& painter, const QStyleOptionViewItem& op
 // The pointer.
 
 void ChannelListView::mousePressEvent(QMouseEvent* event) {
-  isUsedByKeys_ = false;
+  if (std::exchange(isUsedByKeys_, false)) update(currentIndex());
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   if (event->button() != Qt::LeftButton || !index.isValid()) return;
@@ -126,7 +131,7 @@ void ChannelListView::mousePressEvent(QMouseEvent* event) {
   if (eyeOf(row).contains(point)) {
     sweep_ = Sweep{.isVisible = model_.toggled(row), .lastRow = row};
     sweepOver(row);
-  } else if (thumbnailOf(row).contains(point) && event->modifiers().testFlag(Qt::ControlModifier)) {
+  } else if (isOnThumbnail(row, point) && event->modifiers().testFlag(Qt::ControlModifier)) {
     model_.loadAsSelection(row);
   } else {
     model_.showAlone(row);
@@ -189,7 +194,7 @@ bool ChannelListView::showHelp(const QPoint& point, const QPoint& globalPoint) {
   } else if (eyeOf(row).contains(point)) {
     text = model_.isVisible(row) ? tr("Hide (Space)\nDrag to hide several.")
                                  : tr("Show (Space)\nDrag to show several.");
-  } else if (thumbnailOf(row).contains(point)) {
+  } else if (isOnThumbnail(row, point)) {
     text = tr("Ctrl-click to load the channel as the selection (Ctrl+Return).");
   } else {
     text = tr("Click to show this channel alone (Return).");

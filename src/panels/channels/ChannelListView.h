@@ -49,6 +49,8 @@ class ChannelListView : public QListView {
     std::set<int> swept = {};
   };
 
+  /// On a picture that is there, not where one will be.
+  [[nodiscard]] bool isOnThumbnail(int row, const QPoint& point) const;
   void sweepTo(const QPoint& point);
   void sweepOver(int row);
   void endSweep();

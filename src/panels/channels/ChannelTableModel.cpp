@@ -143,7 +143,7 @@ void ChannelTableModel::setVisible(int row, bool isVisible) const {
 }
 
 bool ChannelTableModel::toggled(int row) const {
-  return row == imageRow ? visibility() != allOn : !isVisible(row);
+  return !isVisible(row);
 }
 
 void ChannelTableModel::toggleVisibility(int row) const {

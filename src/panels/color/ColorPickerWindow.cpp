@@ -21,6 +21,11 @@ ColorPickerWindow::ColorPickerWindow(QWidget* parent)
   content_->onCancel = [this] { reject(); };
 }
 
+ColorPickerWindow::~ColorPickerWindow() {
+  // A field that loses the keyboard takes over what was typed, so it must go before the model.
+  delete content_;
+}
+
 void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
                              std::function<void(const DisplayColor&)> onChange) {
   // What is being typed is meant for the colour before.
@@ -35,8 +40,6 @@ void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
   onChange_ = std::move(onChange);
   show();
   raise();
-  // Not every window manager gives the keyboard to a window of tools by itself.
-  activateWindow();
 }
 
 void ColorPickerWindow::follow(const DisplayColor& color) {

@@ -18,8 +18,9 @@ class ColorPickerWindow : public QDialog {
  public:
   /// The panel floats above `parent`.
   explicit ColorPickerWindow(QWidget* parent);
+  ~ColorPickerWindow() override;
 
-  /// Begins with another colour. One that was being chosen stays as it is.
+  /// Begins with another colour. One that was being chosen stays as it is. Never takes the keyboard.
   void open(const QString& name, const DisplayColor& color,
             std::function<void(const DisplayColor&)> onChange);
 

@@ -220,7 +220,9 @@ void SliderDropdown::commitText() {
 }
 
 void SliderDropdown::closeField() {
-  const bool hadFocus = window()->focusWidget() == field_;
+  // Nobody has the keyboard after it has been taken from the field.
+  const QWidget* focus = window()->focusWidget();
+  const bool hadFocus = focus == field_ || focus == nullptr;
   field_->hide();
   const QPointer<QWidget> previous = std::exchange(previousFocus_, nullptr);
   if (!hadFocus) return;

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QToolTip>
+#include <utility>
 
 #include "look/Look.h"
 #include "panels/controls/RowPainting.h"
@@ -75,7 +76,7 @@ LayerNSOutlineView::LayerNSOutlineView(QWidget* parent)
 LayerNSOutlineView::~LayerNSOutlineView() = default;
 
 void LayerNSOutlineView::setDocument(const DocumentPtr& document) {
-  if (document == model_.document()) return;
+  if (document != nullptr && document == model_.document()) return;
   keepTypedName();
   coordinator_.endSweep();
   setPointer({}, LayerRowPart::none, false);
@@ -256,16 +257,22 @@ void LayerNSOutlineView::beginRename(const QModelIndex& index) {
 }
 
 void LayerNSOutlineView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
-  const bool hadFocus = editor != nullptr && editor->hasFocus();
+  // Nobody has the keyboard after it has been taken from the field.
+  const QWidget* focus = window()->focusWidget();
+  const bool hadFocus = editor != nullptr && (focus == editor || focus == nullptr);
   QTreeView::closeEditor(editor, hint);
+  // The next name may have its field already.
+  if (!hadFocus || isEditing()) return;
   // Who works with keys stays in the list; a double click has only borrowed the canvas's keyboard.
-  if (hadFocus && !isUsedByKeys_) NotificationCenter::standard().post(notification::focusCanvas);
+  if (isUsedByKeys_) return setFocus();
+  NotificationCenter::standard().post(notification::focusCanvas);
 }
 
 // The pointer.
 
 void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
-  isUsedByKeys_ = false;
+  isDraggable_ = false;
+  if (std::exchange(isUsedByKeys_, false)) update(currentIndex());
   const QPoint point = event->position().toPoint();
   const QModelIndex index = indexAt(point);
   const LayerRowPart part = partAt(point);
@@ -273,8 +280,11 @@ void LayerNSOutlineView::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
   if (index.isValid()) {
     if (pressButton(index, part)) return;
-    coordinator_.clickThumbnail(index, part, event->modifiers());
+    const bool isUsed = coordinator_.clickThumbnail(index, part, event->modifiers());
+    // Loading the selection is no way to begin a drag.
+    if (isUsed && event->modifiers() != Qt::NoModifier) return setCurrentIndex(index);
   }
+  isDraggable_ = true;
   QTreeView::mousePressEvent(event);
 }
 
@@ -297,7 +307,9 @@ void LayerNSOutlineView::mouseMoveEvent(QMouseEvent* event) {
   if (coordinator_.isSweeping()) return sweepTo(point);
   if (pointer_.isPressed) return;
   setPointer(indexAt(point), partAt(point), false);
-  QTreeView::mouseMoveEvent(event);
+  // The toolkit would drag the row that was pressed last, with whichever button is held now.
+  const bool isDrag = event->buttons() == Qt::LeftButton && isDraggable_;
+  if (isDrag || event->buttons() == Qt::NoButton) QTreeView::mouseMoveEvent(event);
 }
 
 void LayerNSOutlineView::mouseReleaseEvent(QMouseEvent* event) {
@@ -373,6 +385,8 @@ bool LayerNSOutlineView::showHelp(const QPoint& point, const QPoint& globalPoint
 void LayerNSOutlineView::contextMenuEvent(QContextMenuEvent* event) {
   const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
   const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+  // A row in a closed folder isn't there to be meant.
+  if (isByKey && QTreeView::visualRect(index).isEmpty()) return;
   auto* menu = new QMenu(this);  // deletes itself
   menu->setAttribute(Qt::WA_DeleteOnClose);
   fillContextMenu(*menu, index, isByKey ? LayerRowPart::name : partAt(event->pos()));

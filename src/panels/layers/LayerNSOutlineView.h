@@ -122,6 +122,8 @@ class LayerNSOutlineView : public QTreeView {
   bool isShowing_ = false;
   /// The ring around the active row is for those who work with keys.
   bool isUsedByKeys_ = false;
+  /// The left button was pressed where a drag may begin.
+  bool isDraggable_ = false;
 
   std::optional<QRect> dropMark_;
   QPersistentModelIndex springFolder_;

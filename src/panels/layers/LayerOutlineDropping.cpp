@@ -27,12 +27,11 @@ QPixmap LayerNSOutlineView::pictureOf(const QModelIndex& row) const {
   option.state.setFlag(QStyle::State_HasFocus, false);
   QPixmap picture(option.rect.size() * devicePixelRatioF());
   picture.setDevicePixelRatio(devicePixelRatioF());
+  picture.fill(Qt::transparent);
   QPainter painter(&picture);
   delegate_.paint(&painter, option, row);
-  // The rows beneath and the line between them shine through.
-  constexpr int draggedAlpha = 190;
   painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
-  painter.fillRect(option.rect, QColor(0, 0, 0, draggedAlpha));
+  painter.fillRect(option.rect, look::color::draggedRow);
   return picture;
 }
 

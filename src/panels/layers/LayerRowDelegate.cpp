@@ -53,7 +53,7 @@ void LayerRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
   paintRowBackground(*painter, option.rect, option.state);
 
   painter->setOpacity(node->isVisible().value() ? 1.0 : hiddenEyeOpacity);
-  paintRowButton(*painter, layout->visibility, QStringLiteral("eye"), look::color::symbol,
+  paintRowButton(*painter, layout->visibility, QStringLiteral("pixel/eye"), look::color::symbol,
                  stateOf(row, LayerRowPart::visibility));
   painter->setOpacity(1.0);
   if (node->layer() != nullptr) {

@@ -12,10 +12,8 @@ namespace orvanel {
 namespace {
 
 constexpr int viewHeight = 100;
-constexpr float pointScale = 255.0F;
-constexpr double barOpacity = 0.7;
-/// Where the lines stand at the least from the sides.
-constexpr double edge = 1.5;
+constexpr double pointScale = 255.0;
+constexpr double lineWidth = 1.0;
 
 }  // namespace
 
@@ -41,33 +39,43 @@ std::vector<double> HistogramView::barHeights(const LevelsHistogram& histogram) 
   return heights;
 }
 
-void HistogramView::paintEvent(QPaintEvent* /*event*/) {
-  QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillRect(rect(), look::color::field);
+QRectF HistogramView::area() const {
+  // Within the frame, and so that the lines are whole at both ends.
+  const double frame = InsetBorder::ofWells(*this).width;
+  const double side = frame + lineWidth / 2;
+  return QRectF(rect()).adjusted(side, frame, -side, -frame);
+}
+
+void HistogramView::paintBars(QPainter& painter) const {
+  const QRectF box = area();
   const std::vector<double> heights = barHeights(model_.histogram.value());
-  const double barWidth = static_cast<double>(width()) / static_cast<double>(heights.size());
-  QPainterPath bars(QPointF(0.0, height()));
-  double left = 0.0;
+  const double barWidth = box.width() / static_cast<double>(heights.size());
+  QPainterPath bars(box.bottomLeft());
+  double left = box.left();
   for (const double part : heights) {
-    const double top = height() * (1.0 - part);
+    const double top = box.bottom() - part * box.height();
     bars.lineTo(left, top);
     left += barWidth;
     bars.lineTo(left, top);
   }
-  bars.lineTo(width(), height());
+  bars.lineTo(box.bottomRight());
   bars.closeSubpath();
-  painter.fillPath(bars, QColor::fromRgbF(0.0F, 0.0F, 0.0F, static_cast<float>(barOpacity)));
+  painter.fillPath(bars, look::color::histogramBars);
+}
 
-  const auto drawPoint = [&](float point, const QColor& color) {
-    // A line at the very edge would vanish under the frame.
-    const double x = std::clamp(static_cast<double>(point / pointScale) * width(), edge, width() - edge);
-    painter.setPen(QPen(color, 1.0));
-    painter.drawLine(QPointF(x, 0.0), QPointF(x, height()));
-  };
-  drawPoint(model_.blackPoint.value(), Qt::blue);
-  drawPoint(model_.whitePoint.value(), Qt::red);
+void HistogramView::paintPoint(QPainter& painter, float point, const QColor& color) const {
+  const QRectF box = area();
+  const double x = box.left() + box.width() * double{point} / pointScale;
+  painter.fillRect(QRectF(x - lineWidth / 2, box.top(), lineWidth, box.height()), color);
+}
 
+void HistogramView::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.fillRect(rect(), look::color::field);
+  paintBars(painter);
+  paintPoint(painter, model_.blackPoint.value(), look::color::blackPoint);
+  paintPoint(painter, model_.whitePoint.value(), look::color::whitePoint);
   InsetBorder::ofWells(*this).paint(painter, rect());
 }
 

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QPropertyNotifier>
+#include <QRectF>
 #include <QWidget>
 #include <vector>
 
@@ -21,10 +22,16 @@ class HistogramView : public QWidget {
   /// The height of each bar as a part of the tallest: the logarithm of its count.
   [[nodiscard]] static std::vector<double> barHeights(const LevelsHistogram& histogram);
 
+  /// Where the bars and the lines are, in view coordinates: a point p stands at p / 255 of its width.
+  [[nodiscard]] QRectF area() const;
+
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void paintBars(QPainter& painter) const;
+  void paintPoint(QPainter& painter, float point, const QColor& color) const;
+
   LevelsModel& model_;
   std::vector<QPropertyNotifier> notifiers_;
 };

@@ -28,6 +28,8 @@ LevelsWindow::LevelsWindow(QWidget* parent)
 
 LevelsWindow::~LevelsWindow() {
   if (adjustment_) adjustment_->setOnClosed(nullptr);
+  // A field that loses the keyboard takes over what was typed, so it must go before the model.
+  delete content_;
 }
 
 void LevelsWindow::openFor(const DocumentPtr& document) {

@@ -38,6 +38,10 @@ void OptionsRow::addText(const QString& text) {
   append(label);
 }
 
+void OptionsRow::endEditing() {
+  for (SliderDropdown* slider : findChildren<SliderDropdown*>()) slider->endEditing();
+}
+
 void OptionsRow::append(QWidget* control) {
   auto* row = static_cast<QHBoxLayout*>(layout());
   row->insertWidget(row->count() - 1, control);

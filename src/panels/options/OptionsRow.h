@@ -25,6 +25,9 @@ class OptionsRow : public QWidget {
  public:
   explicit OptionsRow(QWidget* parent = nullptr);
 
+  /// Takes over what is being typed and closes fields and sliders.
+  void endEditing();
+
  protected:
   /// `settings` must outlive the row.
   template <typename Settings>

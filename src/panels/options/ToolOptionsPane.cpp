@@ -10,6 +10,7 @@
 #include "look/Symbol.h"
 #include "look/TranslatedName.h"
 #include "panels/options/ToolOptions.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 
@@ -101,7 +102,16 @@ QString ToolOptionsPane::toolName() const {
 void ToolOptionsPane::showCurrentTool() {
   const Tool tool = toolState_.currentTool();
   name_->setText(look::translatedName(displayName(tool)));
-  rows_->setCurrentWidget(rowOf(tool));
+  OptionsRow* before = currentRow();
+  OptionsRow* row = rowOf(tool);
+  // What is being typed is meant for the tool before.
+  before->endEditing();
+  // The stack would hand the keyboard on to a control of the new row, where its keys would change a setting.
+  if (row != before && before->isAncestorOf(window()->focusWidget())) {
+    window()->focusWidget()->clearFocus();
+    NotificationCenter::standard().post(notification::focusCanvas);
+  }
+  rows_->setCurrentWidget(row);
   update();
 }
 

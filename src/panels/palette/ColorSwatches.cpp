@@ -28,13 +28,20 @@ ColorSwatch::ColorSwatch(QString name, QWidget* parent) : QAbstractButton(parent
   setFocusPolicy(Qt::TabFocus);
   setAttribute(Qt::WA_Hover);
   setFixedSize(swatchEdge, swatchEdge);
-  setColor(DisplayColor::black());
+  clearColor();
 }
 
 void ColorSwatch::setColor(const DisplayColor& color) {
   color_ = color;
   setAccessibleName(tr("%1: #%2").arg(name_, color.hexText()));
   setToolTip(tr("%1: #%2\nClick to choose another").arg(name_, color.hexText()));
+  update();
+}
+
+void ColorSwatch::clearColor() {
+  color_ = DisplayColor::black();
+  setAccessibleName(name_);
+  setToolTip(name_);
   update();
 }
 
@@ -53,9 +60,9 @@ void ColorSwatch::paintEvent(QPaintEvent* /*event*/) {
 
 ColorSwatches::ColorSwatches(QWidget* parent) : QWidget(parent) {
   setFixedSize(areaWidth, buttonSize.height() + swatchEdge + overlap);
-  swapButton_ = makeButton(QStringLiteral("swap_colors"), tr("Swap Colors"), tr("Swap Colors (X)"),
+  swapButton_ = makeButton(QStringLiteral("pixel/swap_colors"), tr("Swap Colors"), tr("Swap Colors (X)"),
                            &Document::swapColors);
-  resetButton_ = makeButton(QStringLiteral("reset_colors"), tr("Reset Colors"), tr("Reset Colors (D)"),
+  resetButton_ = makeButton(QStringLiteral("pixel/reset_colors"), tr("Reset Colors"), tr("Reset Colors (D)"),
                             &Document::resetColors);
   resetButton_->move(buttonSize.width(), 0);
   background_ = makeSwatch(Swatch::background, tr("Background Color"));
@@ -91,7 +98,11 @@ void ColorSwatches::setDocument(const DocumentPtr& document) {
   document_ = document;
   changes_ = {};
   setEnabled(document != nullptr);
-  if (!document) return;
+  if (!document) {
+    foreground_->clearColor();
+    background_->clearColor();
+    return;
+  }
   changes_ = document->changes().observe([this](const DocumentChanges& changes) {
     if (containsAny<change::ViewChanged>(changes, ViewProperty::colors)) showColors();
   });

@@ -25,6 +25,8 @@ class ColorSwatch : public QAbstractButton {
 
   [[nodiscard]] const DisplayColor& color() const { return color_; }
   void setColor(const DisplayColor& color);
+  /// Of no document: its name tells no colour.
+  void clearColor();
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QTest>
-#include <QTimer>
 #include <QUrl>
 #include <QWheelEvent>
 
@@ -77,7 +76,7 @@ TEST_F(DocumentTabBarTest, ShowsATabForEachDocumentInOrder) {
   ASSERT_EQ(bar.tabs().size(), 3U);
   int left = 0;
   for (std::size_t index = 0; index < 3; ++index) {
-    EXPECT_EQ(bar.tabs()[index]->document, documents[index]);
+    EXPECT_EQ(bar.tabs()[index]->document.lock(), documents[index]);
     EXPECT_EQ(bar.tabs()[index]->isSelected(), index == 2);
     EXPECT_EQ(bar.tabs()[index]->x(), left);
     left += bar.tabs()[index]->width();
@@ -163,15 +162,12 @@ TEST_F(DocumentTabBarTest, CloseOthersIsOfferedOnlyWhenThereAreOthers) {
 TEST_F(DocumentTabBarTest, AChosenContextItemActsOnItsTab) {
   showDocuments(2);
   DocumentTab& tab = *bar.tabs()[0];
-  QTimer::singleShot(0, [] {
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    menu->setActiveAction(menu->actions().at(1));
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-    QApplication::sendEvent(menu, &press);
-  });
   QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(3, 3), tab.mapToGlobal(QPoint(3, 3)));
   QApplication::sendEvent(&tab, &event);
+  auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_NE(menu, nullptr);
+  menu->setActiveAction(menu->actions().at(1));
+  QTest::keyClick(menu, Qt::Key_Return);
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("closeOthers"), documents[0]->id)));
 }
 
@@ -337,6 +333,31 @@ TEST_F(DocumentTabBarTest, ScreenReadersSeeAListOfTabs) {
   EXPECT_EQ(tab->parent()->text(QAccessible::Name), "Open documents");
   tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_THAT(asked, ElementsAre(std::pair(std::string("select"), documents[0]->id)));
+}
+
+TEST_F(DocumentTabBarTest, ScreenReadersOpenATabsMenu) {
+  showDocuments(2);
+  auto* actions = QAccessible::queryAccessibleInterface(bar.tabs()[0])->actionInterface();
+  EXPECT_TRUE(actions->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+  actions->doAction(QAccessibleActionInterface::showMenuAction());
+  auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_NE(menu, nullptr);
+  EXPECT_EQ(menu->actions().front()->text(), "Close");
+  menu->actions().front()->trigger();
+  menu->close();
+  EXPECT_THAT(asked, ElementsAre(std::pair(std::string("close"), documents[0]->id)));
+}
+
+TEST_F(DocumentTabBarTest, TabsKeepNoDocumentAlive) {
+  showDocuments(1);
+  const std::weak_ptr<Document> watched = documents[0];
+  documents.clear();
+  EXPECT_TRUE(watched.expired());
+  DocumentTab& tab = *bar.tabs()[0];
+  EXPECT_FALSE(tab.showsDirtyDot());
+  EXPECT_FALSE(tab.grab().isNull());
+  bar.setDocuments({}, std::nullopt);
+  EXPECT_TRUE(bar.tabs().empty());
 }
 
 TEST_F(DocumentTabBarTest, AFileThatIsBeingOpenedHasATabAfterTheOthers) {

@@ -218,5 +218,16 @@ TEST(StatusBarPaneTest, DoesNotKeepAClosedDocumentAlive) {
   EXPECT_EQ(pane.document(), nullptr);
 }
 
+TEST(StatusBarPaneTest, IsEmptyAfterADocumentThatIsGone) {
+  DocumentPtr document = makeDocument();
+  StatusBarPane pane;
+  pane.setDocument(document);
+  document.reset();
+  pane.setDocument(nullptr);
+  EXPECT_EQ(pane.zoomText(), "");
+  EXPECT_EQ(pane.canvasText(), "");
+  EXPECT_EQ(pane.memoryText(), "");
+}
+
 }  // namespace
 }  // namespace orvanel

@@ -6,6 +6,9 @@
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <algorithm>
+#include <memory>
+#include <optional>
 
 #include "model/ModelSupport.h"
 #include "model/ThumbnailManager.h"
@@ -47,6 +50,26 @@ class ChannelListViewTest : public testing::Test {
     pressEye(rows.front());
     for (const int row : rows) moveTo(row);
     QTest::mouseRelease(list.viewport(), Qt::LeftButton, {}, list.eyeOf(rows.back()).center());
+  }
+  /// One color for all channels; none takes the pictures away.
+  void givePictures(const std::optional<QColor>& color) {
+    QImage image(48, 36, QImage::Format_ARGB32_Premultiplied);
+    if (color) image.fill(*color);
+    const Thumbnail picture = color ? std::make_shared<const QImage>(image) : Thumbnail();
+    put(document->compositeThumbnailImage, picture);
+    put(document->compositeChannelThumbnails, std::vector<Thumbnail>(3, picture));
+  }
+  [[nodiscard]] QImage shownAt(const QRect& place) {
+    return list.viewport()->grab(place).toImage().convertToFormat(QImage::Format_RGB32);
+  }
+  /// How dark the eye is drawn.
+  [[nodiscard]] int inkOfEye(int row) {
+    const QImage image = shownAt(list.eyeOf(row));
+    int darkest = 255;
+    for (int y = 0; y < image.height(); ++y) {
+      for (int x = 0; x < image.width(); ++x) darkest = std::min(darkest, qGray(image.pixel(x, y)));
+    }
+    return qGray(image.pixel(0, 0)) - darkest;
   }
   [[nodiscard]] std::vector<std::string> names() {
     std::vector<std::string> found;
@@ -164,6 +187,7 @@ TEST_F(ChannelListViewTest, AnotherDocumentEndsASweep) {
 
 TEST_F(ChannelListViewTest, ControlClicksOnThumbnailsLoadTheChannel) {
   document->fillSelection({1.0F, 0.0F, 0.5F, 1.0F});
+  givePictures(Qt::green);
   const auto loadedValue = [&](int row) {
     click(list.thumbnailOf(row).center(), Qt::ControlModifier);
     EXPECT_EQ(document->undoStack.undoActionName(), "Select Channel");
@@ -186,8 +210,42 @@ TEST_F(ChannelListViewTest, TheGreyRowSwitchesAllLanes) {
   EXPECT_EQ(shown(), (ChannelVisibility{0, 0, 0}));
   clickEye(0);
   EXPECT_EQ(shown(), ChannelVisibility{});
+  givePictures(Qt::green);
   click(list.thumbnailOf(0).center(), Qt::ControlModifier);
   EXPECT_EQ(document->undoStack.undoActionName(), "Select Channel");
+}
+
+TEST_F(ChannelListViewTest, TheGreyEyeTurnsWhatItShows) {
+  document->setChannelVisibility({1, 0, 1});
+  document->changeColorMode(ColorMode::grayscale8);
+  EXPECT_TRUE(list.channelModel().isVisible(0)) << "lane 0 is on";
+  clickEye(0);
+  EXPECT_FALSE(list.channelModel().isVisible(0));
+  clickEye(0);
+  EXPECT_TRUE(list.channelModel().isVisible(0));
+}
+
+TEST_F(ChannelListViewTest, TheImagesEyeIsFaintUnlessAllChannelsAreShown) {
+  QApplication::sendEvent(list.viewport(), std::make_unique<QEvent>(QEvent::Leave).get());
+  const int whole = inkOfEye(rgb);
+  ASSERT_GT(whole, 100);
+  document->setChannelVisibility({0, 1, 1});
+  EXPECT_NEAR(inkOfEye(rgb), 0.3 * whole, 3);
+  EXPECT_NEAR(inkOfEye(red), 0.3 * whole, 3);
+  EXPECT_EQ(inkOfEye(green), whole);
+}
+
+TEST_F(ChannelListViewTest, WhereAPictureIsMissingIsPlainRow) {
+  givePictures(Qt::green);
+  EXPECT_EQ(shownAt(list.thumbnailOf(red)).pixelColor(24, 24), QColor(Qt::green));
+  givePictures(std::nullopt);
+  const QImage place = shownAt(list.thumbnailOf(red));
+  for (int y = 0; y < place.height(); ++y) {
+    for (int x = 0; x < place.width(); ++x) ASSERT_EQ(place.pixel(x, y), place.pixel(0, 0)) << x << ", " << y;
+  }
+  click(list.thumbnailOf(red).center(), Qt::ControlModifier);
+  EXPECT_EQ(document->undoStack.operations().size(), 0U) << "there is nothing to load it from";
+  EXPECT_EQ(shown(), (ChannelVisibility{1, 0, 0})) << "as by a click elsewhere on the row";
 }
 
 TEST_F(ChannelListViewTest, KeysDoWhatThePointerDoes) {

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <memory>
 #include <vector>
 
 #include "panels/color/ColorPreview.h"
@@ -347,6 +348,23 @@ TEST_F(ColorPickerWindowTest, EveryControlHasAName) {
     EXPECT_TRUE(button != nullptr || !widget->accessibleName().isEmpty())
         << widget->metaObject()->className();
   }
+}
+
+TEST(ColorPickerWindowEndTest, ANumberThatIsBeingTypedGoesWithTheWindow) {
+  int told = 0;
+  auto window = std::make_unique<ColorPickerWindow>(nullptr);
+  window->open(QStringLiteral("Foreground Color"), cyan, [&](const DisplayColor& /*chosen*/) { ++told; });
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  ValueField& field = window->content().red->field();
+  field.setFocus();
+  QTest::keyClicks(&field, QStringLiteral("12"));
+  ASSERT_TRUE(field.hasFocus() && field.isModified());
+  int finished = 0;
+  QObject::connect(&field, &QLineEdit::editingFinished, [&] { ++finished; });
+  window.reset();
+  EXPECT_EQ(finished, 0) << "there is no model any more";
+  EXPECT_EQ(told, 0);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <QDragEnterEvent>
 #include <QScrollBar>
 
+#include "look/Look.h"
 #include "panels/layers/LayerPanelSupport.h"
 
 namespace orvanel {
@@ -12,7 +13,10 @@ class LayerOutlineDroppingTest : public LayerPanelTest {
  protected:
   void SetUp() override {
     for (const char* name : {"a", "b", "c"}) document->addLayer(name);
-    outline.runDrag = [this](QDrag& drag) { dragged = drag.mimeData(); };
+    outline.runDrag = [this](QDrag& drag) {
+      dragged = drag.mimeData();
+      draggedPicture = drag.pixmap().toImage();
+    };
     showPanel();
   }
 
@@ -21,14 +25,17 @@ class LayerOutlineDroppingTest : public LayerPanelTest {
     dragged = nullptr;
     const QPoint point = center(name, part);
     press(point);
-    for (int step = 1; step <= 3; ++step) {
-      moveTo(point + QPoint(0, step * QApplication::startDragDistance()));
-    }
+    dragFrom(point);
     release(point);
     ASSERT_NE(dragged, nullptr);
     QDragEnterEvent enter(point, Qt::MoveAction, dragged, Qt::LeftButton, {});
     QApplication::sendEvent(outline.viewport(), &enter);
     EXPECT_TRUE(enter.isAccepted());
+  }
+  void dragFrom(const QPoint& point, Qt::MouseButtons held = Qt::LeftButton) {
+    for (int step = 1; step <= 3; ++step) {
+      moveTo(point + QPoint(0, step * QApplication::startDragDistance()), held);
+    }
   }
   bool dragOver(const QPoint& point) {
     QDragMoveEvent move(point, Qt::MoveAction, dragged, Qt::LeftButton, {});
@@ -57,6 +64,7 @@ class LayerOutlineDroppingTest : public LayerPanelTest {
   [[nodiscard]] QImage picture() const { return outline.viewport()->grab().toImage(); }
 
   const QMimeData* dragged = nullptr;
+  QImage draggedPicture;
 };
 
 TEST_F(LayerOutlineDroppingTest, ARowIsDraggedBetweenOthers) {
@@ -173,6 +181,38 @@ TEST_F(LayerOutlineDroppingTest, ADragNearTheEdgeScrolls) {
   pick("more 30");
   dragOver(edge);
   EXPECT_TRUE(waitUntil([this] { return outline.verticalScrollBar()->value() > 0; }));
+}
+
+TEST_F(LayerOutlineDroppingTest, OnlyTheLeftButtonDrags) {
+  click("a", Part::name);
+  const QPoint point = center("b", Part::name);
+  for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton, Qt::BackButton}) {
+    QTest::mousePress(outline.viewport(), button, {}, point);
+    dragFrom(point, button);
+    QTest::mouseRelease(outline.viewport(), button, {}, point);
+    EXPECT_EQ(dragged, nullptr) << button;
+  }
+  pick("b");
+}
+
+TEST_F(LayerOutlineDroppingTest, AThumbnailThatLoadsTheSelectionIsNotDragged) {
+  click("a", Part::name);
+  const QPoint point = center("b", Part::thumbnail);
+  press(point, Qt::ControlModifier);
+  EXPECT_EQ(selectedName(), "b");
+  EXPECT_EQ(activeName(*document), "b");
+  dragFrom(point);
+  release(point, Qt::ControlModifier);
+  EXPECT_EQ(dragged, nullptr);
+  pick("b", Part::thumbnail);
+}
+
+TEST_F(LayerOutlineDroppingTest, TheDraggedRowIsTranslucent) {
+  pick("b");
+  ASSERT_TRUE(draggedPicture.hasAlphaChannel());
+  for (const QPoint& point : {QPoint(2, 2), draggedPicture.rect().center()}) {
+    EXPECT_EQ(draggedPicture.pixelColor(point).alpha(), look::color::draggedRow.alpha());
+  }
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "panels/layers/LayerPanelView.h"
 
 #include <QAbstractButton>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QPaintEvent>
+#include <QSignalSpy>
 #include <algorithm>
 
 #include "panels/channels/ChannelListView.h"
@@ -100,6 +103,16 @@ TEST_F(LayerPanelViewTest, DoesNotKeepAClosedDocumentAlive) {
   document = makeDocument();
 }
 
+TEST_F(LayerPanelViewTest, TheRowsOfADocumentThatIsGoneGoAsWell) {
+  showPanel();
+  QSignalSpy resets(&outline.treeModel(), &QAbstractItemModel::modelReset);
+  document.reset();
+  panel.setDocument(nullptr);
+  EXPECT_EQ(resets.count(), 1);
+  EXPECT_EQ(outline.treeModel().rowCount(), 0);
+  document = makeDocument();
+}
+
 /// Notes what a widget is asked to paint.
 class PaintRecorder : public QObject {
  public:
@@ -145,6 +158,41 @@ TEST_F(LayerPanelViewTest, AChangeOfOneNodePaintsItsRowAlone) {
   const QModelIndex hidden = outline.treeModel().index(1, 0, outline.treeModel().index(19, 0));
   EXPECT_EQ(paintedBy([&] { document->rename(outline.treeModel().idOf(hidden), "Far below"); }), QRegion());
   EXPECT_EQ(paintedBy([&] { document->zoomIn(); }), QRegion());
+}
+
+TEST_F(LayerPanelViewTest, TheRingOfTheKeysGoesWhenTheMouseTakesOver) {
+  document->addLayer("a");
+  document->addLayer("b");
+  showPanel();
+  key(Qt::Key_Down);
+  ASSERT_EQ(selectedName(), "a");
+  const QPoint lock = center("b", Part::lock);
+  moveTo(lock, Qt::NoButton);
+  QApplication::processEvents();
+  PaintRecorder recorder;
+  outline.viewport()->installEventFilter(&recorder);
+  press(lock);
+  QApplication::processEvents();
+  EXPECT_TRUE(recorder.painted.contains(outline.visualRect(at("a"))));
+}
+
+TEST_F(LayerPanelViewTest, TheMenuKeyNeedsARowThatIsSeen) {
+  document->addFolder("F");
+  document->addLayer("inner");
+  document->setExpanded(idOf(*document, "F"), false);
+  showPanel();
+  const auto opensMenu = [this] {
+    QContextMenuEvent byKey(QContextMenuEvent::Keyboard, QPoint(), outline.mapToGlobal(QPoint()));
+    QApplication::sendEvent(&outline, &byKey);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (menu != nullptr) menu->close();
+    return menu != nullptr;
+  };
+  ASSERT_EQ(activeName(*document), "inner");
+  EXPECT_FALSE(opensMenu());
+  document->setExpanded(idOf(*document, "F"), true);
+  QApplication::processEvents();
+  EXPECT_TRUE(opensMenu());
 }
 
 }  // namespace

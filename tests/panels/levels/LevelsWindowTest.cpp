@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QThreadPool>
 #include <cmath>
+#include <memory>
 #include <numeric>
 
 #include "model/PixelSupport.h"
@@ -307,26 +308,79 @@ TEST_F(LevelsWindowTest, WithoutItsLayerThePanelCloses) {
   EXPECT_FALSE(window.isVisible());
 }
 
-TEST(HistogramViewTest, ThePointsAreLinesThatStandWhereTheyAreUpToTheEdges) {
-  LevelsModel model;
-  HistogramView view(model, nullptr);
-  view.resize(255, 100);
-  // The middle row of a picture; the lines lie between pixels or on them.
-  const auto isLine = [&](int x, const QColor& color) {
-    const QColor shown = view.grab().toImage().pixelColor(x, 50);
-    return color == Qt::blue ? shown.blue() > shown.red() : shown.red() > shown.blue();
-  };
-  EXPECT_TRUE(isLine(1, Qt::blue));
-  EXPECT_TRUE(isLine(253, Qt::red));
-  model.blackPoint = 100.0F;
-  model.whitePoint = 180.0F;
-  EXPECT_TRUE(isLine(100, Qt::blue));
-  EXPECT_TRUE(isLine(180, Qt::red));
-  EXPECT_FALSE(isLine(1, Qt::blue));
-  EXPECT_FALSE(isLine(253, Qt::red));
+TEST_F(LevelsWindowTest, ANumberThatIsBeingTypedGoesWithTheWindow) {
+  document->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  auto closing = std::make_unique<LevelsWindow>(nullptr);
+  closing->openFor(document);
+  closing->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(closing.get()));
+  QDoubleSpinBox& field = *closing->content().black.field;
+  field.setFocus();
+  field.selectAll();
+  QTest::keyClicks(&field, QStringLiteral("100"));
+  ASSERT_TRUE(field.hasFocus());
+  int finished = 0;
+  QObject::connect(&field, &QDoubleSpinBox::editingFinished, [&] { ++finished; });
+  closing.reset();
+  EXPECT_EQ(finished, 0) << "there is no model any more";
+  EXPECT_EQ(pixels().pixelAt(0, 0), 0xFF808080U);
 }
 
-TEST(HistogramViewTest, BarsAreLogarithms) {
+/// A view whose points stand on whole pixels: its area is 255 points wide.
+class HistogramViewTest : public testing::Test {
+ protected:
+  HistogramViewTest() { view.resize(258, 100); }
+
+  [[nodiscard]] QImage shown() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+  /// The columns that are nothing but this color.
+  [[nodiscard]] std::vector<int> linesOf(const QColor& color) {
+    const QImage image = shown();
+    std::vector<int> found;
+    for (int x = 0; x < image.width(); ++x) {
+      bool isWhole = true;
+      for (int y = 1; y < image.height() - 1; ++y) isWhole = isWhole && image.pixelColor(x, y) == color;
+      if (isWhole) found.push_back(x);
+    }
+    return found;
+  }
+
+  LevelsModel model;
+  HistogramView view{model, nullptr};
+};
+
+TEST_F(HistogramViewTest, ThePointsAreBlueAndRedLinesAtTheirPartsOfTheWidth) {
+  ASSERT_EQ(view.area().width(), 255.0);
+  const auto place = [this](double point) { return static_cast<int>(view.area().left() + point); };
+  for (const float black : {0.0F, 1.0F, 100.0F, 254.0F}) {
+    model.blackPoint = black;
+    EXPECT_EQ(linesOf(QColor(0, 0, 255)), std::vector{place(double{black})}) << black;
+  }
+  for (const float white : {255.0F, 253.0F, 180.0F, 1.0F}) {
+    model.whitePoint = white;
+    EXPECT_EQ(linesOf(QColor(255, 0, 0)), std::vector{place(double{white})}) << white;
+  }
+}
+
+TEST_F(HistogramViewTest, TheEndsAreToldFromTheirNeighbors) {
+  const QImage atZero = shown();
+  model.blackPoint = 1.0F;
+  EXPECT_NE(shown(), atZero);
+  model.blackPoint = 0.0F;
+  model.whitePoint = 254.0F;
+  EXPECT_NE(shown(), atZero);
+}
+
+TEST_F(HistogramViewTest, TheBarsAreBlackAtSevenTenthsAndReachTheTop) {
+  LevelsHistogram histogram{};
+  for (std::size_t bin = 100; bin < 160; ++bin) histogram[bin] = 1000;
+  for (std::size_t bin = 160; bin < 200; ++bin) histogram[bin] = 1;
+  model.histogram = histogram;
+  const QImage image = shown();
+  for (const int y : {1, 50, 98}) EXPECT_NEAR(image.pixelColor(130, y).red(), 0.3 * 255, 1) << y;
+  for (const int x : {50, 180, 230}) EXPECT_EQ(image.pixelColor(x, 98), QColor(255, 255, 255)) << x;
+}
+
+TEST_F(HistogramViewTest, BarsAreLogarithms) {
   LevelsHistogram histogram{};
   EXPECT_EQ(HistogramView::barHeights(histogram), std::vector<double>(256, 0.0));
   histogram[3] = 1000;

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include "panels/options/ToolOptions.h"
+#include "tools/NotificationCenter.h"
 
 namespace orvanel {
 namespace {
@@ -188,6 +189,59 @@ TEST_F(ToolOptionsPaneTest, AClickOnAToggleLeavesTheKeyboardWhereItWas) {
   elsewhere.setFocus();
   tools.selectTool(Tool::zoom);
   click(toggle(QStringLiteral("Scrubby Zoom")));
+  EXPECT_EQ(QApplication::focusWidget(), &elsewhere);
+}
+
+/// The pane beside a canvas that takes the keyboard when it is offered.
+class ToolOptionsFocusTest : public ToolOptionsPaneTest {
+ protected:
+  ToolOptionsFocusTest() {
+    canvas.setFocusPolicy(Qt::StrongFocus);
+    canvas.show();
+    canvas.setFocus();
+  }
+  /// A click into the number, and what follows it.
+  void beginTyping(const QString& label, const QString& text) const {
+    SliderDropdown& control = slider(label);
+    QTest::mouseClick(&control, Qt::LeftButton, {}, control.field().parentWidget()->geometry().center());
+    ASSERT_TRUE(control.isEditingText());
+    QTest::keyClicks(&control.field(), text);
+  }
+
+  QWidget canvas{&pane};
+  NotificationCenter::Subscription offer = NotificationCenter::standard().observe(
+      notification::focusCanvas, [this](const std::any& /*object*/) { canvas.setFocus(); });
+};
+
+TEST_F(ToolOptionsFocusTest, AnotherToolTakesTheNumberAndGivesBackTheKeyboard) {
+  tools.selectTool(Tool::brush);
+  beginTyping(QStringLiteral("Size:"), QStringLiteral("55"));
+  tools.selectTool(Tool::magicWand);
+  EXPECT_EQ(tools.brushSettings.value().size, 55.0F);
+  EXPECT_EQ(QApplication::focusWidget(), &canvas) << "or Space would turn the first setting";
+}
+
+TEST_F(ToolOptionsFocusTest, SoDoesAToolWithTheSameOptions) {
+  tools.selectTool(Tool::rectangleSelect);
+  beginTyping(QStringLiteral("Feather:"), QStringLiteral("7"));
+  tools.selectTool(Tool::lassoSelect);
+  EXPECT_EQ(tools.selectionSettings.value().featherRadius, 7.0F);
+  EXPECT_FALSE(slider(QStringLiteral("Feather:")).isEditingText());
+  EXPECT_EQ(QApplication::focusWidget(), &canvas);
+}
+
+TEST_F(ToolOptionsFocusTest, AControlThatGoesLeavesTheKeyboardToTheCanvas) {
+  tools.selectTool(Tool::brush);
+  slider(QStringLiteral("Size:")).setFocus(Qt::TabFocusReason);
+  tools.selectTool(Tool::magicWand);
+  EXPECT_EQ(QApplication::focusWidget(), &canvas);
+}
+
+TEST_F(ToolOptionsFocusTest, AnotherToolLeavesTheKeyboardOutsideAlone) {
+  QLineEdit elsewhere(&pane);
+  elsewhere.show();
+  elsewhere.setFocus();
+  tools.selectTool(Tool::magicWand);
   EXPECT_EQ(QApplication::focusWidget(), &elsewhere);
 }
 

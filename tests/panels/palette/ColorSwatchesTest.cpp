@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <QFile>
 #include <QTest>
+
+#include "panels/controls/SymbolButton.h"
 
 namespace orvanel {
 namespace {
@@ -95,6 +98,27 @@ TEST_F(ColorSwatchesTest, AreNamedWithTheirColors) {
   document->setForegroundColor(red);
   EXPECT_EQ(foreground().accessibleName(), "Foreground Color: #FF0000");
   EXPECT_EQ(background().accessibleName(), "Background Color: #FFFFFF");
+}
+
+TEST_F(ColorSwatchesTest, AreNamedWithoutColorsWhenThereIsNoDocument) {
+  document->setForegroundColor(red);
+  swatches.setDocument(nullptr);
+  EXPECT_EQ(foreground().accessibleName(), "Foreground Color");
+  EXPECT_EQ(foreground().toolTip(), "Foreground Color");
+  EXPECT_EQ(background().accessibleName(), "Background Color");
+  swatches.setDocument(document);
+  EXPECT_EQ(foreground().accessibleName(), "Foreground Color: #FF0000");
+}
+
+TEST_F(ColorSwatchesTest, TheButtonsHaveTheirPictures) {
+  const auto name = [](const QAbstractButton& button) {
+    return static_cast<const SymbolButton&>(button).symbolName();
+  };
+  EXPECT_EQ(name(swatches.swapButton()), "pixel/swap_colors");
+  EXPECT_EQ(name(swatches.resetButton()), "pixel/reset_colors");
+  for (const QAbstractButton* button : {&swatches.swapButton(), &swatches.resetButton()}) {
+    EXPECT_TRUE(QFile::exists(QStringLiteral(":/icons/%1.svg").arg(name(*button))));
+  }
 }
 
 TEST_F(ColorSwatchesTest, WorkByKeys) {

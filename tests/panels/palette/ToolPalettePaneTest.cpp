@@ -112,6 +112,22 @@ TEST_F(ToolPalettePaneTest, ReleasingAGroupInTimeSelectsItsShownToolWithoutAMenu
   EXPECT_EQ(tools.currentTool(), Tool::rectangleSelect);
 }
 
+TEST_F(ToolPalettePaneTest, APressOpensNothingBeforeItsTimeAndNothingAfterItsRelease) {
+  constexpr int aWhile = 20;
+  marquees.holdTimer().setInterval(100000);
+  press(marquees);
+  QTest::qWait(aWhile);
+  release(marquees);
+  EXPECT_EQ(tools.currentTool(), Tool::rectangleSelect);
+  tools.selectTool(Tool::hand);
+  marquees.holdTimer().setInterval(1);
+  press(marquees);
+  release(marquees);
+  QTest::qWait(aWhile);
+  EXPECT_EQ(tools.currentTool(), Tool::rectangleSelect);
+  EXPECT_FALSE(marquees.menu()->isVisible());
+}
+
 TEST_F(ToolPalettePaneTest, AQuickClickDoesNotCycle) {
   tools.selectVariant(marquees.slot(), Tool::ellipseSelect);
   click(marquees);
