@@ -245,6 +245,13 @@ TEST_F(ImageSizeDialogTest, WhileLockedTheOtherFieldFollows) {
   EXPECT_EQ(dialog.heightField->text(), "2") << "halves round up";
 }
 
+TEST_F(ImageSizeDialogTest, TheOtherFieldFollowsAssistiveTechnologyToo) {
+  QAccessibleInterface* width = QAccessible::queryAccessibleInterface(dialog.widthField);
+  width->setText(QAccessible::Value, QStringLiteral("300"));
+  EXPECT_EQ(dialog.heightField->text(), "150");
+  EXPECT_EQ(dialog.widthField->text(), "300") << "the follower doesn't lead";
+}
+
 TEST_F(ImageSizeDialogTest, TextThatIsNoSizeLeavesTheOtherField) {
   retype(*dialog.widthField, "200");
   retype(*dialog.widthField, "abc");
@@ -278,7 +285,13 @@ TEST(SizeDialogFrameTest, HoldsAtTheDefaultFont) {
     EXPECT_EQ(dialog->heightField->y() - dialog->widthField->y(), 30);
     EXPECT_EQ(dialog->widthField->alignment(), Qt::AlignRight);
   }
-  EXPECT_GE(newDocument.accessory().width(), 280);
+  for (const SizeDialog* dialog : std::initializer_list<SizeDialog*>{&newDocument, &canvasSize, &imageSize}) {
+    EXPECT_EQ(dialog->accessory().width(), 280);
+  }
+  EXPECT_EQ(canvasSize.widthField->x(), 70);
+  EXPECT_EQ(canvasSize.relativeCheckbox->x(), 190);
+  EXPECT_EQ(canvasSize.anchorButtons[0]->x(), 70);
+  EXPECT_EQ(imageSize.lockButton->x(), 180);
   EXPECT_EQ(newDocument.accessory().height(), 100);
   EXPECT_EQ(newDocument.colorModePopup->width(), 150);
   EXPECT_EQ(canvasSize.accessory().height(), 230);
