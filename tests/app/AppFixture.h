@@ -35,7 +35,8 @@ inline bool waitUntil(const std::function<bool()>& condition) {
 class AppFixture : public testing::Test {
  protected:
   AppFixture() {
-    for (const char* key : {UserDefaults::confirmUnsavedChangesKey, UserDefaults::lastFolderKey}) {
+    for (const char* key : {UserDefaults::confirmUnsavedChangesKey, UserDefaults::inspectorWidthKey,
+                            UserDefaults::lastFolderKey}) {
       UserDefaults().removeValue(key);
     }
   }
