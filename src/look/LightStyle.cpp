@@ -98,8 +98,8 @@ QSplitter::handle { background: @divider; }
 QString filledIn(QString sheet) {
   const std::pair<const char*, QString> values[] = {
       {"@disabledText", color::disabledText.name()},
-      {"@accentPressed", color::accent.darker(125).name()},
-      {"@accentHover", color::accent.darker(110).name()},
+      {"@accentPressed", color::accentPressed.name()},
+      {"@accentHover", color::accentHover.name()},
       {"@onAccent", color::onAccent.name()},
       {"@accent", color::accent.name()},
       {"@bevelDark", color::bevelDark.name()},
