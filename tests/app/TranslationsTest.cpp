@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "AppFixture.h"
+#include "ClippedText.h"
 #include "look/TranslationSources.h"
 #include "model/Tool.h"
 
@@ -84,6 +85,40 @@ void expectALetterForEachItem(const MainWindow& window) {
 
 TEST_F(GermanWindowTest, MnemonicsAreUnique) {
   expectALetterForEachItem(*window);
+}
+
+/// A language whose texts are 40 % longer than the English ones.
+class LongTexts : public QTranslator {
+ public:
+  [[nodiscard]] bool isEmpty() const override { return false; }
+  [[nodiscard]] QString translate(const char* /*context*/, const char* source, const char* /*note*/,
+                                  int /*count*/) const override {
+    const QString text = QString::fromUtf8(source);
+    return text + QString(text.size() * 2 / 5, u'~');
+  }
+};
+
+class LongTextsTest : public AppFixture {
+ protected:
+  LongTextsTest() {
+    QApplication::installTranslator(&longTexts_);
+    showWindow();
+    window->resize(1280, 720);
+  }
+
+ private:
+  LongTexts longTexts_;
+};
+
+TEST_F(LongTextsTest, FitTheWindowWithAndWithoutADocument) {
+  QApplication::processEvents();
+  EXPECT_EQ(clippedText(*window), QString());
+  addDocument(QStringLiteral("Photo"));
+  for (const Tool tool : allTools) {
+    state.toolState.selectTool(tool);
+    QApplication::processEvents();
+    EXPECT_EQ(clippedText(*window), QString()) << displayName(tool).toStdString();
+  }
 }
 
 class EnglishWindowTest : public AppFixture {};

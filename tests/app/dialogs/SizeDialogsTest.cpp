@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "../ClippedText.h"
 #include "app/dialogs/CanvasSizeDialog.h"
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
@@ -42,18 +43,6 @@ void retype(QLineEdit& field, const QString& text) {
   field.setFocus();
   field.selectAll();
   QTest::keyClicks(&field, text);
-}
-
-/// The largest text that no label or button of the dialog has room for; empty if all fit.
-QString clippedText(const QWidget& dialog) {
-  for (const QWidget* child : dialog.findChildren<QWidget*>()) {
-    if (!child->isVisibleTo(&dialog)) continue;
-    const QSize needed = child->minimumSizeHint();
-    if (child->width() < needed.width() || child->height() < needed.height()) {
-      return QStringLiteral("%1 %2").arg(child->metaObject()->className(), child->accessibleName());
-    }
-  }
-  return {};
 }
 
 /// The dialogs as users with twice the usual text size have them.
