@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
-"""make_pictures.py EDITOR: takes pictures of the editor's window, panels and dialogs on a virtual screen, with the
-sample document, at the scales 1 and 2. All go to build/pictures/, those that the documents show also to
-docs/pictures/.
+"""make_pictures.py EDITOR [--translation FILE] [SCALE...]: takes pictures of the editor's window, panels and dialogs
+on a virtual screen, with the sample document, at the scales 1 and 2. All go to build/pictures/, those that the
+documents show also to docs/pictures/. Those in the language of a compiled translation go to build/pictures/NAME/,
+after the name of its file, and nowhere else.
 """
 
+import argparse
 import os
 import pathlib
 import re
@@ -28,6 +30,8 @@ TOOL_X, FIRST_TOOL_Y, TOOL_STEP = 24, 86, 32
 SWATCH = (17, 337)
 INSPECTOR = (1078, 65, 288, 220)
 PANEL = (1078, 285, 288, 483)
+# The button at the end of more tabs than fit, and the first tab.
+TABS_LIST, FIRST_TAB = (1064, 81), (110, 81)
 LAYERS_TAB, CHANNELS_TAB = (1112, 302), (1190, 302)
 # The canvas shows the sample at its fitted size; the corners of a box around its sun.
 SUN = ((644, 349), (784, 489))
@@ -42,8 +46,8 @@ def shown_pictures():
 class Desk:
     """A virtual screen with a window manager, and the editor on it with a home of its own."""
 
-    def __init__(self, editor, files, scale, home):
-        self.scale = scale
+    def __init__(self, command, files, scale, home, folder):
+        self.command, self.scale, self.home, self.folder = command, scale, home, folder
         self.processes = []
         numbers, writer = os.pipe()
         size = "x".join(str(round(length * scale)) for length in SCREEN)
@@ -52,12 +56,11 @@ class Desk:
         with os.fdopen(numbers) as source:
             number = source.readline().strip()
         os.environ.update(DISPLAY=f":{number}", QT_QPA_PLATFORM="xcb", QT_SCALE_FACTOR=str(scale), HOME=home,
-                          XDG_CONFIG_HOME=f"{home}/config", XDG_DATA_HOME=f"{home}/data", XDG_RUNTIME_DIR=home)
+                          XDG_CONFIG_HOME=f"{home}/config", XDG_DATA_HOME=f"{home}/data", XDG_STATE_HOME=f"{home}/state",
+                          XDG_RUNTIME_DIR=home)
         os.environ.pop("WAYLAND_DISPLAY", None)
         self.start("openbox")
-        self.start(editor, "--new-window", *files, cwd=home)
-        self.window = until(self.find_windows, "the editor's window")[0]
-        self.resize(*WINDOW)
+        self.start_editor(*files)
 
     def __enter__(self):
         return self
@@ -70,6 +73,15 @@ class Desk:
     def start(self, *arguments, **options):
         self.processes.append(subprocess.Popen([str(argument) for argument in arguments],
                                                stderr=subprocess.DEVNULL, stdin=subprocess.DEVNULL, **options))
+
+    def start_editor(self, *files):
+        self.start(*self.command, "--new-window", *files, cwd=self.home)
+        self.window = until(self.find_windows, "the editor's window")[0]
+        self.resize(*WINDOW)
+
+    def crash_editor(self):
+        self.processes[-1].kill()
+        self.processes.pop().wait(PATIENCE)
 
     @staticmethod
     def find_windows():
@@ -125,16 +137,16 @@ class Desk:
 
     # Pictures.
 
-    def take(self, name, window=None, part=None):
+    def take(self, name, window=None, part=None, waits=True):
         """Takes a picture of a window, or of a part of the main one with whatever lies over it, once it rests."""
-        path = ALL_PICTURES / f"{name}@{self.scale}x.png"
+        path = self.folder / f"{name}@{self.scale}x.png"
         source = ["-window", window or self.window]
         if part:
             left, top, width, height = self.pixels(*part)
             source = ["-window", "root", "-crop",
                       f"{width}x{height}+{self.corner[0] + left}+{self.corner[1] + top}", "+repage"]
         before = None
-        for _ in range(12):
+        for _ in range(12 if waits else 0):
             time.sleep(0.25)
             now = run("import", *source, "-depth", "8", "rgb:-")
             if now == before:
@@ -167,7 +179,8 @@ class Desk:
 
 def take_tools(desk):
     """The options of each tool, and the palette."""
-    for key, name in (("h", "hand"), ("v", "move"), ("i", "eyedropper"), ("z", "zoom"), ("w", "wand"), ("m", "select")):
+    for key, name in (("h", "hand"), ("v", "move"), ("i", "eyedropper"), ("z", "zoom"), ("w", "wand"), ("b", "brush"),
+                      ("e", "eraser"), ("m", "select")):
         desk.keys(key)
         desk.rest_pointer()
         desk.take(f"options-{name}", part=OPTIONS)
@@ -202,7 +215,7 @@ def take_menus(desk):
     for key in "feilsvwh":
         desk.keys(f"alt+{key}")
         desk.rest_pointer()
-        desk.take(f"menu-{key}", part=(0, 0, 640, 400))
+        desk.take(f"menu-{key}", part=(0, 0, 860, 400))
         desk.keys("Escape")
 
 
@@ -221,10 +234,76 @@ def take_dialogs(desk):
     desk.close_dialog()
 
 
-def take_all(editor, scale, home):
+def take_alerts(desk):
+    """A size that no canvas can have, and a file that is no image."""
+    desk.keys("ctrl+n")
+    until(desk.find_dialog, "the dialog")
+    desk.keys("0", "Return")
+    desk.take_open("warning-size")
+    desk.close_dialog()
+    (pathlib.Path(desk.home) / "Torn.png").write_bytes(b"no picture")
+    desk.keys("ctrl+o")
+    until(desk.find_dialog, "the panel")
+    time.sleep(0.5)
+    run("xdotool", "type", f"{desk.home}/Torn.png")
+    desk.keys("Return")
+    time.sleep(1)
+    desk.take_open("warning-file")
+    desk.close_dialog()
+
+
+def take_tabs(desk):
+    """As many documents as there are letters."""
+    for _ in range(25):
+        desk.keys("ctrl+n", "Return")
+    desk.take("tabs")
+    desk.click(*TABS_LIST)
+    desk.rest_pointer()
+    desk.take("tabs-list", part=(0, 0, *WINDOW))
+    desk.keys("Escape")
+    desk.point(*FIRST_TAB)
+    run("xdotool", "click", "3")
+    desk.rest_pointer()
+    desk.take("tab-menu", part=(0, 0, *WINDOW))
+    desk.keys("Escape")
+    for _ in range(25):
+        desk.keys("ctrl+w")
+
+
+def take_loading(desk):
+    """A file that is large enough to see it open and be saved."""
+    large = pathlib.Path(desk.home) / "Large.png"
+    run("convert", "-size", "800x800", "plasma:tomato-steelblue", "-sample", "1200%", large)
+    desk.keys("ctrl+o")
+    until(desk.find_dialog, "the panel")
+    time.sleep(0.5)
+    run("xdotool", "type", large)
+    desk.keys("Return")
+    time.sleep(0.4)
+    desk.take("loading", waits=False)
+    until(lambda: run("xdotool", "getwindowname", desk.window).decode().startswith("Large"), "the large file")
+    desk.keys("ctrl+i", "ctrl+s")
+    time.sleep(0.4)
+    desk.take("saving", waits=False)
+    until(lambda: not run("xdotool", "getwindowname", desk.window).decode().startswith("Large*"), "the save")
+    time.sleep(2)
+    desk.keys("ctrl+w")
+
+
+def take_recovery(desk):
+    desk.keys("ctrl+i")
+    store = pathlib.Path(desk.home) / "state"
+    until(lambda: list(store.rglob("*.journal")), "the journal")
+    desk.crash_editor()
+    desk.start_editor()
+    desk.take_open("recovery")
+    desk.close_dialog()
+
+
+def take_all(command, scale, home, folder):
     sample = pathlib.Path(home) / "Dusk.tessel"
     run(sys.executable, ROOT / "scripts/make_sample.py", sample)
-    with Desk(editor, [sample], scale, home) as desk:
+    with Desk(command, [sample], scale, home, folder) as desk:
         time.sleep(1)
         desk.keys("ctrl+0", "m", "m")
         desk.drag(*SUN)
@@ -234,6 +313,9 @@ def take_all(editor, scale, home):
         take_tools(desk)
         take_menus(desk)
         take_dialogs(desk)
+        take_alerts(desk)
+        take_tabs(desk)
+        take_loading(desk)
         for width, height in ((1280, 720), (1000, 640)):
             desk.resize(width, height)
             desk.take(f"window-{width}x{height}")
@@ -243,15 +325,28 @@ def take_all(editor, scale, home):
         desk.keys("Tab", "space")
         until(lambda: desk.find_dialog() is None, "the dialog to close")
         desk.take("empty")
+        desk.keys("ctrl+n", "Return")
+        take_recovery(desk)
 
 
 def main():
-    editor = pathlib.Path(sys.argv[1]).resolve()
-    scales = [float(text) if "." in text else int(text) for text in sys.argv[2:]] or [1, 2]
-    ALL_PICTURES.mkdir(parents=True, exist_ok=True)
-    for scale in scales:
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("editor", type=pathlib.Path)
+    parser.add_argument("--translation", type=pathlib.Path)
+    parser.add_argument("scales", nargs="*", type=lambda text: float(text) if "." in text else int(text))
+    chosen = parser.parse_intermixed_args()
+    command = [chosen.editor.resolve()]
+    folder = ALL_PICTURES
+    if chosen.translation:
+        command += ["--translation", chosen.translation.resolve()]
+        folder /= chosen.translation.stem
+    folder.mkdir(parents=True, exist_ok=True)
+    for scale in chosen.scales or [1, 2]:
         with tempfile.TemporaryDirectory() as home:
-            take_all(editor, scale, home)
+            take_all(command, scale, home, folder)
+    if chosen.translation:
+        print(f"The pictures are in {folder.relative_to(ROOT)}/.")
+        return
     SHOWN_PICTURES.mkdir(exist_ok=True)
     for name in sorted(shown_pictures()):
         # A palette halves the size of the files, with no visible difference at this scale.

@@ -305,6 +305,110 @@ Maske und Pixel bewegen sich unabhängig voneinander.</translation>
         <source>Keyboard focus</source>
         <translation>Tastaturfokus</translation>
     </message>
+    <message>
+        <source>Esc or Ctrl+W (Opening)</source>
+        <translation>Esc oder Strg+W (beim Öffnen)</translation>
+    </message>
+    <message>
+        <source>Stop opening the file that is shown</source>
+        <translation>Das Öffnen der gezeigten Datei abbrechen</translation>
+    </message>
+    <message>
+        <source>F2 or Return (Layers)</source>
+        <translation>F2 oder Enter (Ebenen)</translation>
+    </message>
+    <message>
+        <source>Rename a layer or folder</source>
+        <translation>Eine Ebene oder einen Ordner umbenennen</translation>
+    </message>
+    <message>
+        <source>Show or hide a layer, folder or channel</source>
+        <translation>Eine Ebene, einen Ordner oder einen Kanal ein- oder ausblenden</translation>
+    </message>
+    <message>
+        <source>Drag over eyes</source>
+        <translation>Über Augen ziehen</translation>
+    </message>
+    <message>
+        <source>Show or hide several in one go</source>
+        <translation>Mehrere auf einmal ein- oder ausblenden</translation>
+    </message>
+    <message>
+        <source>Shift+Space (Layers)</source>
+        <translation>Umschalt+Leertaste (Ebenen)</translation>
+    </message>
+    <message>
+        <source>Lock or unlock a layer or folder</source>
+        <translation>Eine Ebene oder einen Ordner sperren oder entsperren</translation>
+    </message>
+    <message>
+        <source>Ctrl+Shift+Space (Layers)</source>
+        <translation>Strg+Umschalt+Leertaste (Ebenen)</translation>
+    </message>
+    <message>
+        <source>Link a mask to its layer, or unlink it</source>
+        <translation>Eine Maske mit ihrer Ebene verknüpfen oder von ihr lösen</translation>
+    </message>
+    <message>
+        <source>Ctrl+Click on a thumbnail</source>
+        <translation>Strg+Klick auf ein Vorschaubild</translation>
+    </message>
+    <message>
+        <source>Select what a layer, mask or channel holds</source>
+        <translation>Auswählen, was Ebene, Maske oder Kanal enthält</translation>
+    </message>
+    <message>
+        <source>Return (Channels)</source>
+        <translation>Enter (Kanäle)</translation>
+    </message>
+    <message>
+        <source>Show a channel alone</source>
+        <translation>Einen Kanal allein zeigen</translation>
+    </message>
+    <message>
+        <source>Ctrl+Return (Channels)</source>
+        <translation>Strg+Enter (Kanäle)</translation>
+    </message>
+    <message>
+        <source>Select what a channel holds</source>
+        <translation>Auswählen, was ein Kanal enthält</translation>
+    </message>
+    <message>
+        <source>Hold, Alt+Click or Alt+Down (Tools)</source>
+        <translation>Halten, Alt+Klick oder Alt+Unten (Werkzeuge)</translation>
+    </message>
+    <message>
+        <source>Show all tools of a group</source>
+        <translation>Alle Werkzeuge einer Gruppe zeigen</translation>
+    </message>
+    <message>
+        <source>Up or Down</source>
+        <translation>Oben oder Unten</translation>
+    </message>
+    <message>
+        <source>Change a value by a small step</source>
+        <translation>Einen Wert um einen kleinen Schritt ändern</translation>
+    </message>
+    <message>
+        <source>Shift+Up or Shift+Down</source>
+        <translation>Umschalt+Oben oder Umschalt+Unten</translation>
+    </message>
+    <message>
+        <source>Change a value by a large step</source>
+        <translation>Einen Wert um einen großen Schritt ändern</translation>
+    </message>
+    <message>
+        <source>Alt+Down (value)</source>
+        <translation>Alt+Unten (Wert)</translation>
+    </message>
+    <message>
+        <source>Open the slider of a value</source>
+        <translation>Den Regler eines Werts öffnen</translation>
+    </message>
+    <message>
+        <source>Panels</source>
+        <translation>Bedienfelder</translation>
+    </message>
 </context>
 <context>
     <name>keys</name>

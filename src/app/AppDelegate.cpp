@@ -16,11 +16,38 @@ void AppDelegate::applicationDidFinishLaunching() {
   files_.open(start_.files);
 }
 
-TerminationReply AppDelegate::applicationShouldTerminate() {
+TerminationReply AppDelegate::confirmAll() {
   if (start_.isUITesting) return TerminationReply::now;
   // Writes finish even when their document has been closed since.
   files_.settleWrites();
-  return appState_.windowState.confirmAll() ? TerminationReply::now : TerminationReply::cancel;
+  const auto isGivenUp = [this](const Document& document) { return givenUp_.contains(document); };
+  return appState_.windowState.confirmAll(isGivenUp) ? TerminationReply::now : TerminationReply::cancel;
+}
+
+TerminationReply AppDelegate::applicationShouldTerminate() {
+  givenUp_.forget();
+  return confirmAll();
+}
+
+TerminationReply AppDelegate::sessionShouldEnd() {
+  givenUp_.forget();
+  const TerminationReply reply = confirmAll();
+  if (reply == TerminationReply::now) givenUp_.remember(appState_.windowState.documents.value());
+  return reply;
+}
+
+TerminationReply AppDelegate::sessionEnds() {
+  return confirmAll();
+}
+
+void AppDelegate::keepUnsavedWork(const std::function<void()>& recordNow,
+                                  std::chrono::milliseconds patience) {
+  for (const DocumentPtr& document : appState_.windowState.documents.value()) document->endOpenEdits();
+  // Storage may be slow, so what is unsaved comes first.
+  recordNow();
+  files_.settleWritesFor(patience);
+  // A save that has ended makes a journal superfluous, or has failed and made it necessary.
+  recordNow();
 }
 
 }  // namespace orvanel

@@ -26,10 +26,6 @@ DocumentPtr documentIn(const std::any& object) {
   return document == nullptr ? nullptr : *document;
 }
 
-/// In view points.
-constexpr int narrowestInspector = 248;
-constexpr int widestInspector = 480;
-
 template <typename Layout>
 Layout* tightLayout(QWidget* parent) {
   auto* layout = new Layout(parent);
@@ -112,8 +108,8 @@ void ContentView::layOut() {
   splitter_->addWidget(panels_.inspector);
   splitter_->setStretchFactor(0, 1);
   splitter_->setStretchFactor(1, 0);
-  panels_.inspector->setMinimumWidth(narrowestInspector);
-  panels_.inspector->setMaximumWidth(widestInspector);
+  panels_.inspector->setMinimumWidth(UserDefaults::narrowestInspector);
+  panels_.inspector->setMaximumWidth(UserDefaults::widestInspector);
   const int inspectorWidth = appState_.userDefaults.inspectorWidth();
   splitter_->setSizes({std::max(1, width() - inspectorWidth), inspectorWidth});
   connect(splitter_, &QSplitter::splitterMoved, this, [this] {

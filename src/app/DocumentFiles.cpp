@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QThreadPool>
+#include <QTimer>
 #include <algorithm>
 #include <utility>
 
@@ -277,7 +278,16 @@ void DocumentFiles::settleSave(const Document& document) {
 }
 
 void DocumentFiles::settleWrites() {
-  processEventsWhile([this] { return !saves_.isEmpty() || writer_.isWriting(); });
+  processEventsWhile([this] { return isWriting(); });
+}
+
+void DocumentFiles::settleWritesFor(std::chrono::milliseconds patience) {
+  bool isOver = false;
+  // The timer also ends the wait for events.
+  QTimer timer;
+  timer.callOnTimeout([&isOver] { isOver = true; });
+  timer.start(patience);
+  processEventsWhile([&] { return isWriting() && !isOver; });
 }
 
 // Closing.

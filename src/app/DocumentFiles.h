@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <QUuid>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -69,6 +70,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void settleSave(const Document& document);
   /// Waits for all saves and exports.
   void settleWrites();
+  /// The same, but no longer than this.
+  void settleWritesFor(std::chrono::milliseconds patience);
 
   /// Cancels all reading and writing, including queued saves. Documents whose save is cancelled stay dirty.
   void cancelAll();
@@ -76,6 +79,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void abandonReading();
 
  private:
+  [[nodiscard]] bool isWriting() const { return !saves_.isEmpty() || writer_.isWriting(); }
   [[nodiscard]] QStringList openablePaths(const QStringList& paths);
   void documentOpened(const DocumentPtr& document);
 

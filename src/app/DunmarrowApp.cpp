@@ -17,6 +17,8 @@ namespace {
 
 /// How long background work may take to end after the user has quit.
 constexpr std::chrono::seconds patienceAtEnd{2};
+/// How long running saves may take when the session ends without asking anybody.
+constexpr std::chrono::seconds patienceOfSession{3};
 /// How long the status bar says that changes aren't kept.
 constexpr std::chrono::seconds noteDuration{12};
 
@@ -97,10 +99,14 @@ void DunmarrowApp::openFromLaterStart(const OpenRequest& request) {
 }
 
 void DunmarrowApp::requestTermination() {
+  terminateIfAllowed([this] { return delegate_->applicationShouldTerminate(); });
+}
+
+void DunmarrowApp::terminateIfAllowed(const std::function<TerminationReply()>& ask) {
   // Ignore a second request while the first is still asking about unsaved documents.
   if (isTerminating_) return;
   isTerminating_ = true;
-  if (delegate_->applicationShouldTerminate() == TerminationReply::now) {
+  if (ask() == TerminationReply::now) {
     exit(0);
     return;
   }
@@ -110,7 +116,8 @@ void DunmarrowApp::requestTermination() {
 bool DunmarrowApp::event(QEvent* event) {
   if (event->type() != QEvent::Quit) return QApplication::event(event);
   event->ignore();
-  requestTermination();
+  // So ends a session, too, that has asked before.
+  terminateIfAllowed([this] { return delegate_->sessionEnds(); });
   return true;
 }
 
@@ -118,8 +125,10 @@ void DunmarrowApp::commitSession(QSessionManager& session) {
   if (!session.allowsInteraction()) {
     // The session may end the program as soon as this returns.
     dialogs_.holdWarnings();
-    files_->settleWrites();
-    if (recovery_ != nullptr) recovery_->recordNow();
+    const auto recordNow = [this] {
+      if (recovery_ != nullptr) recovery_->recordNow();
+    };
+    delegate_->keepUnsavedWork(recordNow, patienceOfSession);
     dialogs_.releaseWarnings();
     return;
   }
@@ -129,7 +138,7 @@ void DunmarrowApp::commitSession(QSessionManager& session) {
     session.release();
     return;
   }
-  if (delegate_->applicationShouldTerminate() == TerminationReply::cancel) session.cancel();
+  if (delegate_->sessionShouldEnd() == TerminationReply::cancel) session.cancel();
   isTerminating_ = false;
   session.release();
 }

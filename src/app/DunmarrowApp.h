@@ -25,13 +25,15 @@ class DunmarrowApp : public QApplication {
   /// Shows the window and runs until the user quits. Returns the exit status. With a claim, files of later
   /// starts open in this window.
   int run(std::unique_ptr<InstanceClaim> claim);
-  /// Ends the program unless the user keeps an unsaved document.
+  /// The user wants to quit: ends the program unless an unsaved document is kept.
   void requestTermination();
 
  protected:
   bool event(QEvent* event) override;
 
  private:
+  /// Ends the program if the question about unsaved documents, asked by `ask`, allows it.
+  void terminateIfAllowed(const std::function<TerminationReply()>& ask);
   void commitSession(QSessionManager& session);
   void beginRecovery();
   void serve(std::unique_ptr<InstanceClaim> claim);

@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <utility>
 
+#include "app/AccessLetters.h"
 #include "app/dialogs/ShortcutsWindow.h"
 #include "io/files/FileName.h"
 #include "model/DisplayText.h"
@@ -91,7 +92,10 @@ void MainWindow::buildMenus(const CommandContext& context) {
 void MainWindow::addMenu(const QString& title, const std::function<void(QMenu&)>& addItems) {
   QMenu& menu = *menuBar()->addMenu(title);
   addItems(menu);
-  connect(&menu, &QMenu::aboutToShow, this, [this] { updateMenus(); });
+  connect(&menu, &QMenu::aboutToShow, this, [this, &menu] {
+    updateMenus();
+    giveAccessLetters(menu);
+  });
 }
 
 void MainWindow::addFullScreenItem(QMenu& menu) {

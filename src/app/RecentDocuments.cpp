@@ -24,7 +24,10 @@ QStringList RecentDocuments::paths() const {
 void RecentDocuments::record(const QString& path) {
   const QString absolutePath = QFileInfo(path).absoluteFilePath();
   QStringList list = paths();
-  if (!list.isEmpty() && list.front() == absolutePath) return;
+  const bool isFirst = !list.isEmpty() && list.front() == absolutePath;
+  // The desktop's list may have lost it since an earlier run.
+  const bool isNewInThisRun = published_.insert(absolutePath).second;
+  if (isFirst && !isNewInThisRun) return;
   list.removeAll(absolutePath);
   list.prepend(absolutePath);
   defaults_.setValue(recentDocumentsKey, list.mid(0, maximumCount));

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <set>
 
 namespace orvanel {
 
@@ -23,6 +24,8 @@ class RecentDocuments {
 
  private:
   UserDefaults& defaults_;
+  /// Since the start of the program.
+  std::set<QString> published_;
 };
 
 }  // namespace orvanel

@@ -1,5 +1,7 @@
 #include "app/UserDefaults.h"
 
+#include <algorithm>
+
 namespace orvanel {
 
 UserDefaults::UserDefaults() {
@@ -17,6 +19,14 @@ QVariant UserDefaults::value(const QString& key) const {
   QVariant converted = stored;
   if (registered.isValid() && !converted.convert(registered.metaType())) return registered;
   return converted;
+}
+
+int UserDefaults::inspectorWidth() const {
+  return std::clamp(value(inspectorWidthKey).toInt(), narrowestInspector, widestInspector);
+}
+
+int UserDefaults::layerThumbnailSize() const {
+  return std::clamp(value(layerThumbnailSizeKey).toInt(), smallestLayerThumbnail, largestLayerThumbnail);
 }
 
 }  // namespace orvanel

@@ -18,9 +18,12 @@ class UserDefaults {
   static constexpr const char* lastFolderKey = "lastFolder";
   /// Edge of the thumbnails in the layer panel, in view points.
   static constexpr const char* layerThumbnailSizeKey = "layerThumbnailSize";
-
+  static constexpr int smallestLayerThumbnail = 16;
+  static constexpr int largestLayerThumbnail = 256;
   /// Width of the column at the window's right, in view points.
   static constexpr const char* inspectorWidthKey = "inspectorWidth";
+  static constexpr int narrowestInspector = 248;
+  static constexpr int widestInspector = 480;
 
   UserDefaults();
 
@@ -35,9 +38,10 @@ class UserDefaults {
   void synchronize() { settings_.sync(); }
 
   [[nodiscard]] bool confirmUnsavedChanges() const { return value(confirmUnsavedChangesKey).toBool(); }
-  [[nodiscard]] int inspectorWidth() const { return value(inspectorWidthKey).toInt(); }
   [[nodiscard]] bool keepsRecovery() const { return value(keepsRecoveryKey).toBool(); }
-  [[nodiscard]] int layerThumbnailSize() const { return value(layerThumbnailSizeKey).toInt(); }
+  // The nearest possible value, whatever is stored.
+  [[nodiscard]] int inspectorWidth() const;
+  [[nodiscard]] int layerThumbnailSize() const;
 
  private:
   QSettings settings_;

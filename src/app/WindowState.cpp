@@ -139,7 +139,7 @@ void WindowState::closeDocument(const QUuid& documentID) {
   adoptActiveDocument();
 }
 
-bool WindowState::confirmAll() {
+bool WindowState::confirmAll(const std::function<bool(const Document&)>& isGivenUp) {
   std::set<QUuid> asked;
   // A document that opens while a question is shown is asked about as well.
   while (true) {
@@ -149,7 +149,8 @@ bool WindowState::confirmAll() {
     if (next == open.end()) return true;
     const DocumentPtr& document = *next;
     asked.insert(document->id);
-    if (!mayClose(document)) return false;
+    const bool needsNoQuestion = isGivenUp && isGivenUp(*document);
+    if (!needsNoQuestion && !mayClose(document)) return false;
   }
 }
 

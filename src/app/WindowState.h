@@ -63,8 +63,9 @@ class WindowState {
   void closeDocument(const QUuid& documentID);
   void closeAllDocuments();
   void closeOtherDocuments(const QUuid& keptID);
-  /// Asks about all dirty documents in tab order without closing any. False at the first refusal.
-  bool confirmAll();
+  /// Asks about all dirty documents in tab order without closing any, but not about those that `isGivenUp`.
+  /// False at the first refusal.
+  bool confirmAll(const std::function<bool(const Document&)>& isGivenUp = {});
 
  private:
   enum class CycleTarget { secondNewest, oldest };

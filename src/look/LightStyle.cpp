@@ -1,6 +1,7 @@
 #include "look/LightStyle.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QProxyStyle>
 #include <utility>
 
@@ -97,8 +98,8 @@ QSplitter::handle { background: @divider; }
 QString filledIn(QString sheet) {
   const std::pair<const char*, QString> values[] = {
       {"@disabledText", color::disabledText.name()},
-      {"@accentPressed", color::accent.darker(125).name()},
-      {"@accentHover", color::accent.darker(110).name()},
+      {"@accentPressed", color::accentPressed.name()},
+      {"@accentHover", color::accentHover.name()},
       {"@onAccent", color::onAccent.name()},
       {"@accent", color::accent.name()},
       {"@bevelDark", color::bevelDark.name()},
@@ -115,8 +116,9 @@ QString filledIn(QString sheet) {
   return sheet;
 }
 
-/// Fusion without icons on buttons. Alt on its own is a modifier for the wheel and the tools on the canvas,
-/// so it doesn't activate the menu bar; Alt and a letter does.
+/// Fusion without icons on buttons, and with one order of the buttons of dialogs on every desktop: the one
+/// that accepts, others, Cancel. Alt on its own is a modifier for the wheel and the tools on the canvas, so
+/// it doesn't activate the menu bar; Alt and a letter does.
 class LightStyle : public QProxyStyle {
  public:
   LightStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
@@ -124,6 +126,7 @@ class LightStyle : public QProxyStyle {
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                 QStyleHintReturn* returnData) const override {
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons || hint == SH_MenuBar_AltKeyNavigation) return 0;
+    if (hint == SH_DialogButtonLayout) return QDialogButtonBox::WinLayout;
     return QProxyStyle::styleHint(hint, option, widget, returnData);
   }
 };

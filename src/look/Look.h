@@ -32,6 +32,8 @@ inline const QColor disabledText{0x9c, 0x9c, 0x9c};
 inline const QColor symbol{0x3a, 0x3a, 0x3a};
 /// Selection and focus.
 inline const QColor accent{0x27, 0x64, 0xc6};
+inline const QColor accentHover = accent.darker(110);
+inline const QColor accentPressed = accent.darker(125);
 inline const QColor onAccent{0xff, 0xff, 0xff};
 /// A selected row that holds controls of its own.
 inline const QColor selectedRow{0xd3, 0xe0, 0xf4};

@@ -21,6 +21,8 @@ constexpr std::array view{
                 QT_TRANSLATE_NOOP("gestures", "The document used before")},
     GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+Shift+Tab"),
                 QT_TRANSLATE_NOOP("gestures", "The document used longest ago")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Esc or Ctrl+W (Opening)"),
+                QT_TRANSLATE_NOOP("gestures", "Stop opening the file that is shown")},
 };
 
 constexpr std::array selection{
@@ -61,6 +63,33 @@ constexpr std::array pointing{
                 QT_TRANSLATE_NOOP("gestures", "Show a part, or zoom by dragging")},
 };
 
+constexpr std::array panels{
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "F2 or Return (Layers)"),
+                QT_TRANSLATE_NOOP("gestures", "Rename a layer or folder")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Space"),
+                QT_TRANSLATE_NOOP("gestures", "Show or hide a layer, folder or channel")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Drag over eyes"),
+                QT_TRANSLATE_NOOP("gestures", "Show or hide several in one go")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Shift+Space (Layers)"),
+                QT_TRANSLATE_NOOP("gestures", "Lock or unlock a layer or folder")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+Shift+Space (Layers)"),
+                QT_TRANSLATE_NOOP("gestures", "Link a mask to its layer, or unlink it")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+Click on a thumbnail"),
+                QT_TRANSLATE_NOOP("gestures", "Select what a layer, mask or channel holds")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Return (Channels)"),
+                QT_TRANSLATE_NOOP("gestures", "Show a channel alone")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Ctrl+Return (Channels)"),
+                QT_TRANSLATE_NOOP("gestures", "Select what a channel holds")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Hold, Alt+Click or Alt+Down (Tools)"),
+                QT_TRANSLATE_NOOP("gestures", "Show all tools of a group")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Up or Down"),
+                QT_TRANSLATE_NOOP("gestures", "Change a value by a small step")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Shift+Up or Shift+Down"),
+                QT_TRANSLATE_NOOP("gestures", "Change a value by a large step")},
+    GestureHint{QT_TRANSLATE_NOOP("gestures", "Alt+Down (value)"),
+                QT_TRANSLATE_NOOP("gestures", "Open the slider of a value")},
+};
+
 // Tab steps through the documents.
 constexpr std::array focus{
     GestureHint{QT_TRANSLATE_NOOP("gestures", "F6"),
@@ -75,6 +104,7 @@ constexpr std::array groups{
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Selection tools"), selection},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Move and Free Transform"), transform},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Eyedropper and Zoom"), pointing},
+    GestureGroup{QT_TRANSLATE_NOOP("gestures", "Panels"), panels},
     GestureGroup{QT_TRANSLATE_NOOP("gestures", "Keyboard focus"), focus},
 };
 

@@ -1,5 +1,5 @@
-// What the mouse and the keys held with it do on the canvas, in words: one table beside the handlers that it
-// describes, for the list of shortcuts. Texts are to be translated in the context "gestures". Any thread.
+// What the mouse and the keys held with it do on the canvas and in the panels, in words: one table for the
+// list of shortcuts. Texts are to be translated in the context "gestures". Any thread.
 #pragma once
 
 #include <span>

@@ -35,7 +35,8 @@ inline bool waitUntil(const std::function<bool()>& condition) {
 class AppFixture : public testing::Test {
  protected:
   AppFixture() {
-    for (const char* key : {UserDefaults::confirmUnsavedChangesKey, UserDefaults::lastFolderKey}) {
+    for (const char* key : {UserDefaults::confirmUnsavedChangesKey, UserDefaults::inspectorWidthKey,
+                            UserDefaults::lastFolderKey}) {
       UserDefaults().removeValue(key);
     }
   }
@@ -93,10 +94,10 @@ class AppFixture : public testing::Test {
     }
     return nullptr;
   }
-  /// An item of the menu or of its submenus.
+  /// An item of the menu or of its submenus, with or without a letter that chooses it.
   [[nodiscard]] static QAction* itemIn(const QMenu& menu, const char* title) {
     for (QAction* action : menu.actions()) {
-      if (action->text() == QLatin1String(title)) return action;
+      if (action->text().remove(u'&') == QLatin1String(title)) return action;
       QAction* inner = action->menu() != nullptr ? itemIn(*action->menu(), title) : nullptr;
       if (inner != nullptr) return inner;
     }

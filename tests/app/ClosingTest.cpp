@@ -2,6 +2,7 @@
 #include <QFileInfo>
 
 #include "AppFixture.h"
+#include "BackgroundBlock.h"
 #include "app/AppDelegate.h"
 #include "app/WindowAccessor.h"
 #include "model/LevelsAdjustment.h"
@@ -171,6 +172,68 @@ TEST_F(ClosingTest, QuittingWithoutUnsavedChangesAsksNothing) {
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
   addDocument(QStringLiteral("A"));
   EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, IsEmpty());
+}
+
+// The end of the session.
+
+TEST_F(ClosingTest, TheAnswersToASessionThatAsksStandWhenItEnds) {
+  addUnsaved(QStringLiteral("A"));
+  addUnsaved(QStringLiteral("B"));
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.sessionShouldEnd(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, SizeIs(2));
+  EXPECT_EQ(delegate.sessionEnds(), TerminationReply::now);
+  EXPECT_THAT(dialogs.questions, SizeIs(2));
+}
+
+TEST_F(ClosingTest, WhatChangesBeforeTheSessionEndsIsAskedAboutAgain) {
+  const DocumentPtr changed = addUnsaved(QStringLiteral("A"));
+  const DocumentPtr looked = addUnsaved(QStringLiteral("B"));
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  AppDelegate delegate(state, files, {});
+  ASSERT_EQ(delegate.sessionShouldEnd(), TerminationReply::now);
+  changed->addLayer(QStringLiteral("Later"));
+  looked->setZoom(2.0);
+  dialogs.questions.clear();
+  EXPECT_EQ(delegate.sessionEnds(), TerminationReply::cancel);
+  EXPECT_THAT(dialogs.questions, ElementsAre("Do you want to save changes to \"A\"?"));
+}
+
+TEST_F(ClosingTest, ASessionThatWentOnLeavesNoAnswers) {
+  addUnsaved(QStringLiteral("A"));
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.sessionShouldEnd(), TerminationReply::cancel);
+  EXPECT_EQ(delegate.sessionEnds(), TerminationReply::cancel);
+  EXPECT_THAT(dialogs.questions, SizeIs(2)) << "who refuses has given up nothing";
+  dialogs.saveAnswers.push(SaveAnswer::dontSave);
+  ASSERT_EQ(delegate.sessionShouldEnd(), TerminationReply::now);
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::cancel);
+  EXPECT_THAT(dialogs.questions, SizeIs(4)) << "quitting later is a decision of its own";
+}
+
+TEST_F(ClosingTest, ASessionThatAsksNobodyKeepsTheWorkBeforeItWaitsForSaves) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("A"));
+  document->setSource(path("A.tessel"), std::nullopt);
+  const DocumentPtr adjusted = addDocument(QStringLiteral("B"));
+  adjusted->fillSelection({0.5F, 0.5F, 0.5F, 1.0F});
+  LevelsAdjustment levels = LevelsAdjustment::begin(adjusted).value();
+  levels.apply({.blackPoint = 100.0F});
+  AppDelegate delegate(state, files, {});
+  std::vector<bool> savesRan;
+  {
+    const BackgroundBlock storageThatDoesntAnswer;
+    files.save(document);
+    const auto recordNow = [&] {
+      EXPECT_FALSE(levels.isOpen());
+      savesRan.push_back(files.activity.fraction.value().has_value());
+    };
+    delegate.keepUnsavedWork(recordNow, std::chrono::milliseconds(20));
+  }
+  EXPECT_THAT(savesRan, ElementsAre(true, true)) << "before the wait, and when patience had ended";
   EXPECT_THAT(dialogs.questions, IsEmpty());
 }
 

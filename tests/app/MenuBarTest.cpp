@@ -58,6 +58,16 @@ TEST_F(MenuBarTest, WithoutADocumentOnlyWhatNeedsNoneIsEnabled) {
   for (const char* title : {"RGB 8-bit", "Levels...", "Invert"}) EXPECT_FALSE(isEnabled("Image", title));
 }
 
+TEST_F(MenuBarTest, ALetterChoosesAnItemOfAnOpenMenu) {
+  document->invertActive();
+  ASSERT_NE(pixel(), white);
+  menu("Edit")->popup(QPoint());
+  EXPECT_EQ(menu("Edit")->actions().constFirst()->text(), "&Undo Invert");
+  QTest::keyClick(menu("Edit"), Qt::Key_U);
+  EXPECT_EQ(pixel(), white);
+  EXPECT_FALSE(menu("Edit")->isVisible());
+}
+
 TEST_F(MenuBarTest, UndoAndRedoNameWhatTheyDo) {
   QAction* undo = item("Edit", "Undo");
   QAction* redo = item("Edit", "Redo");

@@ -55,6 +55,18 @@ TEST_F(SettingsTest, AStoredValueOfTheWrongTypeIsIgnored) {
   EXPECT_EQ(defaults.layerThumbnailSize(), 48);
 }
 
+TEST_F(SettingsTest, AnImpossibleValueCountsAsTheNearestPossibleOne) {
+  UserDefaults defaults;
+  EXPECT_EQ(defaults.inspectorWidth(), 288);
+  for (const auto& [stored, width, thumbnail] :
+       {std::tuple(-2147483647, 248, 16), {0, 248, 16}, {256, 256, 256}, {2147483647, 480, 256}}) {
+    defaults.setValue(UserDefaults::inspectorWidthKey, stored);
+    defaults.setValue(UserDefaults::layerThumbnailSizeKey, stored);
+    EXPECT_EQ(defaults.inspectorWidth(), width);
+    EXPECT_EQ(defaults.layerThumbnailSize(), thumbnail);
+  }
+}
+
 TEST_F(SettingsTest, PreferencesAreNotPersistent) {
   AppState state(MetalContext::shared());
   EXPECT_EQ(state.preferences.value().checkerboardSize, 8.0F);
@@ -81,6 +93,24 @@ TEST_F(SettingsTest, RecentDocumentsKeepTheTenNewest) {
 
   recent.clear();
   EXPECT_TRUE(recent.paths().isEmpty());
+}
+
+TEST_F(SettingsTest, EachRunPublishesEvenTheFirstOnce) {
+  UserDefaults defaults;
+  const QString photo = QStringLiteral("/pictures/photo.png");
+  const auto recordAndWait = [&photo](RecentDocuments& recent) {
+    recent.record(photo);
+    QThreadPool::globalInstance()->waitForDone();
+  };
+  RecentDocuments before(defaults);
+  recordAndWait(before);
+  // Another program has cleared the list since.
+  QFile::remove(listPath());
+  RecentDocuments recent(defaults);
+  recordAndWait(recent);
+  EXPECT_TRUE(listText().contains("photo.png"));
+  recordAndWait(recent);
+  EXPECT_TRUE(listText().contains("count=\"1\""));
 }
 
 TEST_F(SettingsTest, APublishedFileIsInTheDesktopsList) {

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QSplitter>
 #include <QTest>
 
 #include "AppFixture.h"
@@ -117,6 +118,19 @@ TEST_F(SidePanelsTest, DeletingFromARowsMenuCanBeUndoneAndSparesTheLastLayer) {
 TEST_F(SidePanelsTest, ThumbnailsAreAsLargeAsTheUsersDefault) {
   const QModelIndex row = outline().treeModel().index(0, 0);
   EXPECT_EQ(outline().rectOf(row, LayerRowPart::thumbnail).width(), state.userDefaults.layerThumbnailSize());
+}
+
+TEST_F(SidePanelsTest, TheColumnIsAsWideAsTheUserLeftIt) {
+  QWidget& handle = *window->contentView().findChild<QSplitter*>()->handle(1);
+  const auto widthOfColumn = [this] { return panels().inspector->width(); };
+  const int before = widthOfColumn();
+  QTest::mousePress(&handle, Qt::LeftButton);
+  QTest::mouseMove(&handle, QPoint(-60, 0));
+  QTest::mouseRelease(&handle, Qt::LeftButton);
+  const int chosen = widthOfColumn();
+  EXPECT_GT(chosen, before);
+  showWindow();
+  EXPECT_EQ(widthOfColumn(), chosen);
 }
 
 TEST_F(SidePanelsTest, ASwatchOpensThePickerForItsOwnColor) {

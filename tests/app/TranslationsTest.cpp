@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "AppFixture.h"
+#include "ClippedText.h"
 #include "look/TranslationSources.h"
 #include "model/Tool.h"
 
@@ -56,25 +57,78 @@ class GermanWindowTest : public AppFixture {
   QTranslator german_;
 };
 
-/// The letters after "&" of a menu's items, one for each that has one.
-QStringList mnemonicsOf(const QWidget& menu) {
+/// Each item of the menu and of its submenus has a letter after "&" that no other item of it has. Items with
+/// data stand for files, and have none.
+void expectALetterForEachItem(const QWidget& menu) {
   QStringList letters;
   for (const QAction* action : menu.actions()) {
+    if (action->menu() != nullptr && qobject_cast<const QMenu*>(&menu) != nullptr) {
+      expectALetterForEachItem(*action->menu());
+    }
+    if (action->isSeparator() || action->data().isValid()) continue;
     const qsizetype mark = action->text().indexOf(u'&');
-    if (mark >= 0) letters << action->text().mid(mark + 1, 1).toLower();
+    ASSERT_GE(mark, 0) << action->text().toStdString();
+    letters << action->text().mid(mark + 1, 1).toLower();
   }
-  return letters;
+  EXPECT_EQ(QSet<QString>(letters.begin(), letters.end()).size(), letters.size())
+      << letters.join(u',').toStdString();
+}
+
+void expectALetterForEachItem(const MainWindow& window) {
+  expectALetterForEachItem(*window.menuBar());
+  for (const QAction* entry : window.menuBar()->actions()) {
+    // Menus get them as they open.
+    Q_EMIT entry->menu()->aboutToShow();
+    expectALetterForEachItem(*entry->menu());
+  }
 }
 
 TEST_F(GermanWindowTest, MnemonicsAreUnique) {
-  const QStringList ofMenus = mnemonicsOf(*window->menuBar());
-  EXPECT_EQ(ofMenus.size(), window->menuBar()->actions().size());
-  EXPECT_EQ(QSet<QString>(ofMenus.begin(), ofMenus.end()).size(), ofMenus.size());
-  for (const QMenu* menu : window->findChildren<QMenu*>()) {
-    const QStringList letters = mnemonicsOf(*menu);
-    EXPECT_EQ(QSet<QString>(letters.begin(), letters.end()).size(), letters.size())
-        << menu->title().toStdString();
+  expectALetterForEachItem(*window);
+}
+
+/// A language whose texts are 40 % longer than the English ones.
+class LongTexts : public QTranslator {
+ public:
+  [[nodiscard]] bool isEmpty() const override { return false; }
+  [[nodiscard]] QString translate(const char* /*context*/, const char* source, const char* /*note*/,
+                                  int /*count*/) const override {
+    const QString text = QString::fromUtf8(source);
+    return text + QString(text.size() * 2 / 5, u'~');
   }
+};
+
+class LongTextsTest : public AppFixture {
+ protected:
+  LongTextsTest() {
+    QApplication::installTranslator(&longTexts_);
+    showWindow();
+    window->resize(1280, 720);
+  }
+
+ private:
+  LongTexts longTexts_;
+};
+
+TEST_F(LongTextsTest, FitTheWindowWithAndWithoutADocument) {
+  QApplication::processEvents();
+  EXPECT_EQ(clippedText(*window), QString());
+  addDocument(QStringLiteral("Photo"));
+  for (const Tool tool : allTools) {
+    state.toolState.selectTool(tool);
+    QApplication::processEvents();
+    EXPECT_EQ(clippedText(*window), QString()) << displayName(tool).toStdString();
+  }
+}
+
+class EnglishWindowTest : public AppFixture {};
+
+TEST_F(EnglishWindowTest, MnemonicsAreUniqueAndSpareNamesOfFiles) {
+  state.recentDocuments.record(QStringLiteral("/pictures/Salt & Pepper.png"));
+  showWindow();
+  expectALetterForEachItem(*window);
+  EXPECT_EQ(menu("File")->actions().at(2)->menu()->actions().at(0)->text(), "Salt && Pepper.png");
+  state.recentDocuments.clear();
 }
 
 TEST_F(GermanWindowTest, NamesOfItemsHaveNoEllipsis) {

@@ -9,18 +9,22 @@ namespace {
 
 TEST(LookTest, TextIsReadableOnEverySurface) {
   for (const QColor& ink : {color::text, color::secondaryText}) {
-    for (const QColor& surface : {color::bar, color::pane, color::field, color::hover, color::selectedRow}) {
+    for (const QColor& surface :
+         {color::bar, color::pane, color::field, color::hover, color::pressed, color::selectedRow}) {
       EXPECT_GE(contrast(ink, surface), 4.5)
           << ink.name().toStdString() << " on " << surface.name().toStdString();
     }
   }
-  EXPECT_GE(contrast(color::onAccent, color::accent), 4.5);
+  for (const QColor& shade : {color::accent, color::accentHover, color::accentPressed}) {
+    EXPECT_GE(contrast(color::onAccent, shade), 4.5) << shade.name().toStdString();
+  }
+  EXPECT_GE(contrast(color::text, color::surround), 4.5);
   EXPECT_GE(contrast(color::alert, color::pane), 4.5);
 }
 
 TEST(LookTest, SymbolsStandOutOnEverySurface) {
-  for (const QColor& surface :
-       {color::bar, color::pane, color::field, color::hover, color::pressed, color::selectedRow}) {
+  for (const QColor& surface : {color::bar, color::pane, color::field, color::hover, color::pressed,
+                                color::selectedRow, color::surround}) {
     EXPECT_GE(contrast(color::symbol, surface), 3.0) << surface.name().toStdString();
     EXPECT_GE(contrast(color::accent, surface), 3.0) << surface.name().toStdString();
   }

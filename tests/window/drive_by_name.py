@@ -3,6 +3,8 @@
 names, acts on them, reads back what they say, and looks for things that can be used but have no name.
 """
 
+import os
+import pathlib
 import sys
 import tempfile
 
@@ -154,12 +156,44 @@ def look_into_windows(editor, app):
         look_into_window(mouse, app, f"Color Picker, {name}")
 
 
+def look_into_question(editor, app):
+    mouse = Mouse(editor, app)
+    mouse.choose("File", "Close")
+    save = app.find("push button", "Save", "SHOWING")
+    expect_names(app, "the question about unsaved changes")
+    others = [app.find("push button", name, "SHOWING") for name in ("Don't Save", "Cancel")]
+    lefts = [button.place()[0] for button in (save, *others)]
+    check(lefts == sorted(lefts), "Save, Don't Save and Cancel stand in this order on any desktop")
+    mouse.click(others[-1])
+    until(lambda: len(shown_windows(app)) == 1, "the end of the question")
+
+
+def look_into_recovery(program, document, folder):
+    """After a crash."""
+    editor = Editor(program, [document], folder)
+    try:
+        editor.wait_for_document("first")
+        editor.keys("ctrl+i")
+        until(lambda: list((pathlib.Path(folder) / "state").rglob("*.journal")), "the journal")
+    finally:
+        editor.process.kill()
+        editor.process.wait()
+    editor = Editor(program, [], folder)
+    try:
+        dialog = application(editor.process).find("dialog", "Recover Unsaved Documents", "SHOWING")
+        expect_names(dialog, "the offer to recover documents")
+    finally:
+        editor.process.kill()
+        editor.process.wait()
+
+
 def work_through(editor, app):
     expect_names(app, "the main window")
     choose_tools(app)
     edit_layers(app)
     show_channels(app)
     look_into_windows(editor, app)
+    look_into_question(editor, app)
     menu_item(app, "File", "Save").do("Press")
     app.find("frame", "first — Orvanel")
     menu_item(app, "File", "Close").do("Press")
@@ -169,6 +203,8 @@ def work_through(editor, app):
 
 def main():
     program, cli = sys.argv[1:3]
+    # A desktop that puts the buttons of dialogs in another order.
+    os.environ.update(XDG_CURRENT_DESKTOP="GNOME", QT_QPA_PLATFORMTHEME="gnome")
     with tempfile.TemporaryDirectory() as folder, Screen():
         first = Pictures(cli, folder).make("first", 0)
         editor = Editor(program, [first], folder)
@@ -177,6 +213,7 @@ def main():
             work_through(editor, application(editor.process))
         finally:
             editor.close()
+        look_into_recovery(program, first, folder)
 
 
 if __name__ == "__main__":

@@ -90,16 +90,16 @@ class Editor:
 
     def _find_window(self):
         assert self.process.poll() is None, "the editor has exited"
-        return next(iter(self._find_windows()), None)
+        return next(iter(self.find_windows()), None)
 
     @staticmethod
-    def _find_windows():
+    def find_windows():
         return subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "orvanel"],
                               capture_output=True, check=False).stdout.decode().split()
 
     def press_in_other_window(self, key):
         """Presses a key in the window that is open beside the main one."""
-        other = until(lambda: [each for each in self._find_windows() if each != self.window], "another window")[0]
+        other = until(lambda: [each for each in self.find_windows() if each != self.window], "another window")[0]
         run("xdotool", "windowfocus", "--sync", other, "key", key)
         run("xdotool", "windowfocus", self.window)
 

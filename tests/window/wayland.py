@@ -67,7 +67,7 @@ class Compositor:
         self.process.wait(PATIENCE)
 
 
-def show_and_quit(program, pictures, folder, scale):
+def show_and_quit(program, pictures, folder, scale, factor):
     document = pictures.make("picture", 0)
     compositor = Compositor(folder, scale)
     editor = None
@@ -88,7 +88,7 @@ def show_and_quit(program, pictures, folder, scale):
             return editor.poll() is not None
 
         until(has_quit, "the end of the editor")
-        check(editor.returncode == 0, f"the editor shows a document on Wayland at scale {scale} and quits")
+        check(editor.returncode == 0, f"the editor shows a document on Wayland at scale {scale * factor} and quits")
     finally:
         if editor is not None and editor.poll() is None:
             editor.kill()
@@ -100,10 +100,12 @@ def main():
         print("Skipped: weston is not installed.")
         sys.exit(SKIPPED)
     program, cli = sys.argv[1:3]
-    for scale in (1, 2):
+    # The compositor knows whole scales; the rest is the toolkit's.
+    for scale, factor in ((1, 1), (2, 1), (1, 1.5)):
         with tempfile.TemporaryDirectory() as folder, Screen():
             os.chmod(folder, 0o700)
-            show_and_quit(program, Pictures(cli, folder), folder, scale)
+            os.environ["QT_SCALE_FACTOR"] = str(factor)
+            show_and_quit(program, Pictures(cli, folder), folder, scale, factor)
 
 
 if __name__ == "__main__":

@@ -55,7 +55,8 @@ CanvasSizeDialog::CanvasSizeDialog(DocumentPtr shownDocument, QWidget* parent)
                   .informativeText = tr("Enter the new canvas dimensions."),
                   .acceptTitle = tr("OK"),
                   .accessorySize = {280, 230},
-                  .fieldsLeft = 70},
+                  .fieldsLeft = 70,
+                  .besideLeft = 190},
                  parent),
       document(std::move(shownDocument)),
       relativeCheckbox(new QCheckBox(tr("Relative"))) {
@@ -87,7 +88,9 @@ void CanvasSizeDialog::addNewSize() {
 }
 
 void CanvasSizeDialog::addAnchorGrid() {
-  grid().addWidget(makeHeading(tr("Anchor:")), 4, 0, Qt::AlignRight | Qt::AlignTop);
+  QLabel* heading = makeHeading(tr("Anchor:"));
+  heading->setContentsMargins(0, 0, look::space::normal, 0);
+  grid().addWidget(heading, 4, 0, Qt::AlignRight | Qt::AlignTop);
   auto* cells = new QGridLayout;
   cells->setSpacing(gapInGrid);
   // As a group they are one stop of the Tab key, and the arrow keys move between them.

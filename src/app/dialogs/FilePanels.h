@@ -16,7 +16,7 @@ class FilePanel : public QFileDialog {
   Q_OBJECT
 
  public:
-  /// Opens with the size that the last panel of this kind, named by `sizeKey`, was left with.
+  /// `sizeKey` names the kind of panel.
   FilePanel(const QString& title, const QString& folder, const char* sizeKey, QWidget* parent);
   ~FilePanel() override;
 
@@ -24,6 +24,11 @@ class FilePanel : public QFileDialog {
   [[nodiscard]] QLineEdit* nameField() const;
   /// The path that was chosen; nothing if the panel was cancelled.
   [[nodiscard]] std::optional<QString> run();
+
+ protected:
+  /// Opens with the size that the last panel of this kind was left with, and gives names their room. To be
+  /// called once the panel knows whether it is the desktop's own.
+  void arrange();
 
  private:
   const char* sizeKey_;
@@ -33,7 +38,7 @@ class SavePanel : public FilePanel {
   Q_OBJECT
 
  public:
-  using FilePanel::FilePanel;
+  SavePanel(const QString& title, const QString& folder, const char* sizeKey, QWidget* parent);
 
   /// Turns a name as typed into the one to write, before the panel asks whether to overwrite it. A desktop's
   /// own panel can't ask this: there the result needs a look afterwards.

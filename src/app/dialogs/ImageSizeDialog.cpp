@@ -4,6 +4,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QSignalBlocker>
 #include <cmath>
 
 #include "app/dialogs/SizeRule.h"
@@ -26,7 +27,8 @@ ImageSizeDialog::ImageSizeDialog(DocumentPtr shownDocument, QWidget* parent)
                   .informativeText = tr("Resize the image and all layer content."),
                   .acceptTitle = tr("OK"),
                   .accessorySize = {280, 130},
-                  .fieldsLeft = 60},
+                  .fieldsLeft = 60,
+                  .besideLeft = 180},
                  parent),
       document(std::move(shownDocument)),
       originalWidth(document->canvasWidth.value()),
@@ -35,7 +37,8 @@ ImageSizeDialog::ImageSizeDialog(DocumentPtr shownDocument, QWidget* parent)
       resamplePopup(new QComboBox) {
   addSizeFields(0, {originalWidth, originalHeight});
   for (const QLineEdit* field : {widthField, heightField}) {
-    connect(field, &QLineEdit::textEdited, this, [this, field] { controlTextDidChange(*field); });
+    // Assistive technology sets the text without editing it.
+    connect(field, &QLineEdit::textChanged, this, [this, field] { controlTextDidChange(*field); });
   }
   addLockButton();
   addResamplePopup();
@@ -74,6 +77,7 @@ void ImageSizeDialog::controlTextDidChange(const QLineEdit& field) {
   const double ratio = isWidth ? static_cast<double>(originalHeight) : static_cast<double>(originalWidth);
   const double divisor = isWidth ? static_cast<double>(originalWidth) : static_cast<double>(originalHeight);
   QLineEdit& follower = isWidth ? *heightField : *widthField;
+  const QSignalBlocker followsQuietly(follower);
   follower.setText(QString::number(std::llround(static_cast<double>(*typed) * ratio / divisor)));
 }
 

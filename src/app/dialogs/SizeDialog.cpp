@@ -16,6 +16,7 @@ namespace {
 constexpr QSize fieldSize{80, 24};
 /// Rows of fields are 30 points apart.
 constexpr int gapOfRows = 6;
+constexpr int gapBeforeUnit = 5;
 
 QLineEdit* makeSizeField(const QString& accessibleName) {
   auto* field = new QLineEdit;
@@ -35,19 +36,25 @@ SizeDialog::SizeDialog(const Frame& frame, QWidget* parent)
       widthField(makeSizeField(tr("Width"))),
       heightField(makeSizeField(tr("Height"))),
       accessory_(new QWidget),
-      grid_(new QGridLayout(accessory_)) {
+      grid_(new QGridLayout(accessory_)),
+      besideLeft_(frame.besideLeft) {
   setWindowTitle(frame.message);
 
   auto* message = new QLabel(frame.message);
   message->setFont(look::font(look::type::heading, QFont::DemiBold));
   auto* informative = new QLabel(frame.informativeText);
   look::setTextColor(*informative, look::color::secondaryText);
+  // It takes as many lines as the controls leave it width for.
+  informative->setWordWrap(true);
+  QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  policy.setHeightForWidth(true);
+  informative->setSizePolicy(policy);
 
   accessory_->setMinimumSize(frame.accessorySize);
   grid_->setContentsMargins(0, gapOfRows, 0, 0);
-  grid_->setHorizontalSpacing(look::space::normal);
+  grid_->setHorizontalSpacing(0);
   grid_->setVerticalSpacing(gapOfRows);
-  grid_->setColumnMinimumWidth(0, frame.fieldsLeft - look::space::normal);
+  grid_->setColumnMinimumWidth(0, frame.fieldsLeft);
   grid_->setColumnStretch(3, 1);
 
   auto* buttons = new QDialogButtonBox;
@@ -72,6 +79,7 @@ SizeDialog::SizeDialog(const Frame& frame, QWidget* parent)
 QLabel* SizeDialog::addLabel(int row, const QString& text, QWidget* control) {
   auto* label = new QLabel(text);
   label->setBuddy(control);
+  label->setContentsMargins(0, 0, look::space::normal, 0);
   grid_->addWidget(label, row, 0, Qt::AlignRight | Qt::AlignVCenter);
   return label;
 }
@@ -82,7 +90,9 @@ void SizeDialog::addSizeFields(int row, const QSize& size) {
   const auto addField = [this](int fieldRow, const QString& label, QLineEdit* field) {
     addLabel(fieldRow, label, field);
     grid_->addWidget(field, fieldRow, 1, Qt::AlignLeft);
-    grid_->addWidget(new QLabel(tr("px")), fieldRow, 2);
+    auto* unit = new QLabel(tr("px"));
+    unit->setContentsMargins(gapBeforeUnit, 0, look::space::normal, 0);
+    grid_->addWidget(unit, fieldRow, 2);
   };
   addField(row, tr("Width:"), widthField);
   addField(row + 1, tr("Height:"), heightField);
@@ -90,6 +100,13 @@ void SizeDialog::addSizeFields(int row, const QSize& size) {
 
 void SizeDialog::finish() {
   grid_->setRowStretch(grid_->rowCount(), 1);
+  int fieldsLeft = grid_->columnMinimumWidth(0);
+  for (int row = 0; row < grid_->rowCount(); ++row) {
+    const QLayoutItem* label = grid_->itemAtPosition(row, 0);
+    const QLayoutItem* control = grid_->itemAtPosition(row, 1);
+    if (label != nullptr && label != control) fieldsLeft = qMax(fieldsLeft, label->sizeHint().width());
+  }
+  grid_->setColumnMinimumWidth(2, besideLeft_ - fieldsLeft - widthField->width());
   layout()->setSizeConstraint(QLayout::SetFixedSize);
   widthField->setFocus();
   widthField->selectAll();

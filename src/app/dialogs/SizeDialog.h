@@ -27,13 +27,16 @@ class SizeDialog : public QDialog {
     QString acceptTitle;
     /// In view points at the default font; larger fonts make it grow.
     QSize accessorySize;
-    /// Where the fields begin, as long as their labels leave them the place.
+    /// Where the fields begin, and what stands beside their units, as long as what is before leaves the
+    /// place.
     int fieldsLeft = 0;
+    int besideLeft = 0;
   };
 
   SizeDialog(const Frame& frame, QWidget* parent);
 
-  /// Holds labels in column 0, controls in column 1, and units in column 2.
+  /// Holds labels in column 0, controls in column 1, units in column 2, and what stands beside them in column
+  /// 3. The columns have no distance: labels and units bring their own.
   [[nodiscard]] QGridLayout& grid() const { return *grid_; }
   /// A label at the right of column 0, whose mnemonic leads to the control beside it.
   QLabel* addLabel(int row, const QString& text, QWidget* control);
@@ -45,6 +48,7 @@ class SizeDialog : public QDialog {
  private:
   QWidget* accessory_;
   QGridLayout* grid_;
+  int besideLeft_;
 };
 
 }  // namespace orvanel

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "../ClippedText.h"
 #include "app/dialogs/CanvasSizeDialog.h"
 #include "app/dialogs/ImageSizeDialog.h"
 #include "app/dialogs/NewDocumentDialog.h"
@@ -42,18 +43,6 @@ void retype(QLineEdit& field, const QString& text) {
   field.setFocus();
   field.selectAll();
   QTest::keyClicks(&field, text);
-}
-
-/// The largest text that no label or button of the dialog has room for; empty if all fit.
-QString clippedText(const QWidget& dialog) {
-  for (const QWidget* child : dialog.findChildren<QWidget*>()) {
-    if (!child->isVisibleTo(&dialog)) continue;
-    const QSize needed = child->minimumSizeHint();
-    if (child->width() < needed.width() || child->height() < needed.height()) {
-      return QStringLiteral("%1 %2").arg(child->metaObject()->className(), child->accessibleName());
-    }
-  }
-  return {};
 }
 
 /// The dialogs as users with twice the usual text size have them.
@@ -245,6 +234,13 @@ TEST_F(ImageSizeDialogTest, WhileLockedTheOtherFieldFollows) {
   EXPECT_EQ(dialog.heightField->text(), "2") << "halves round up";
 }
 
+TEST_F(ImageSizeDialogTest, TheOtherFieldFollowsAssistiveTechnologyToo) {
+  QAccessibleInterface* width = QAccessible::queryAccessibleInterface(dialog.widthField);
+  width->setText(QAccessible::Value, QStringLiteral("300"));
+  EXPECT_EQ(dialog.heightField->text(), "150");
+  EXPECT_EQ(dialog.widthField->text(), "300") << "the follower doesn't lead";
+}
+
 TEST_F(ImageSizeDialogTest, TextThatIsNoSizeLeavesTheOtherField) {
   retype(*dialog.widthField, "200");
   retype(*dialog.widthField, "abc");
@@ -278,7 +274,13 @@ TEST(SizeDialogFrameTest, HoldsAtTheDefaultFont) {
     EXPECT_EQ(dialog->heightField->y() - dialog->widthField->y(), 30);
     EXPECT_EQ(dialog->widthField->alignment(), Qt::AlignRight);
   }
-  EXPECT_GE(newDocument.accessory().width(), 280);
+  for (const SizeDialog* dialog : std::initializer_list<SizeDialog*>{&newDocument, &canvasSize, &imageSize}) {
+    EXPECT_EQ(dialog->accessory().width(), 280);
+  }
+  EXPECT_EQ(canvasSize.widthField->x(), 70);
+  EXPECT_EQ(canvasSize.relativeCheckbox->x(), 190);
+  EXPECT_EQ(canvasSize.anchorButtons[0]->x(), 70);
+  EXPECT_EQ(imageSize.lockButton->x(), 180);
   EXPECT_EQ(newDocument.accessory().height(), 100);
   EXPECT_EQ(newDocument.colorModePopup->width(), 150);
   EXPECT_EQ(canvasSize.accessory().height(), 230);

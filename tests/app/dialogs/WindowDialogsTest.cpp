@@ -12,9 +12,11 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <functional>
 #include <queue>
 
@@ -190,6 +192,37 @@ TEST_F(WindowDialogsTest, TheQuestionAboutChangesHasThreeAnswers) {
   EXPECT_EQ(ask(), SaveAnswer::cancel);
 }
 
+TEST_F(WindowDialogsTest, ReturnSavesAndEscapeCancels) {
+  const auto ask = [&] { return dialogs.askToSave(QStringLiteral("Save?"), QString()); };
+  whenShown<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); });
+  EXPECT_EQ(ask(), SaveAnswer::save);
+  whenShown<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
+  EXPECT_EQ(ask(), SaveAnswer::cancel);
+}
+
+TEST_F(WindowDialogsTest, TheButtonsStandInTheOrderOfTheQuestion) {
+  whenShown<QMessageBox>([](QMessageBox& box) {
+    QList<QAbstractButton*> buttons = box.buttons();
+    std::ranges::sort(buttons, {}, [](const QAbstractButton* button) { return button->x(); });
+    QStringList texts;
+    for (const QAbstractButton* button : buttons) texts << button->text();
+    EXPECT_EQ(texts, (QStringList{"Save", "Don't Save", "Cancel"}));
+    box.reject();
+  });
+  EXPECT_EQ(dialogs.askToSave(QStringLiteral("Save?"), QString()), SaveAnswer::cancel);
+}
+
+TEST_F(WindowDialogsTest, ReturnAndEscapeCloseAWarning) {
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+    whenShown<QMessageBox>([key](QMessageBox& box) {
+      QTest::keyClick(&box, key);
+      EXPECT_FALSE(box.isVisible());
+      box.reject();
+    });
+    dialogs.showWarning(QStringLiteral("Failed to Save"), QString());
+  }
+}
+
 // Windows that don't block the others.
 
 TEST_F(WindowDialogsTest, AboutAndTheShortcutsBlockNothing) {
@@ -294,14 +327,51 @@ TEST_F(WindowDialogsTest, TheNameOfAFolderLeadsIntoIt) {
   EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), std::nullopt);
 }
 
+TEST_F(WindowDialogsTest, AFolderInTheHomeFolderIsOneToo) {
+  ASSERT_TRUE(QDir::home().mkpath(QStringLiteral("pictures")));
+  for (const char* typed : {"~/pictures", "~/pictures/"}) {
+    whenShown<QFileDialog>([typed](QFileDialog& panel) {
+      nameField(panel).setText(QString::fromLatin1(typed));
+      QMetaObject::invokeMethod(&panel, "accept");
+      EXPECT_TRUE(panel.isVisible());
+      EXPECT_EQ(panel.directory().path(), QDir::home().filePath(QStringLiteral("pictures")));
+      panel.reject();
+    });
+    EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), std::nullopt);
+  }
+  typeName(QStringLiteral("~/pictures/sea"));
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")),
+            QDir::home().filePath(QStringLiteral("pictures/sea.tessel")));
+}
+
+TEST_F(WindowDialogsTest, AFolderThatIsntThereIsNoName) {
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    nameField(panel).setText(QStringLiteral("new/"));
+    QMetaObject::invokeMethod(&panel, "accept");
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_EQ(nameField(panel).selectedText(), "new/");
+    panel.reject();
+  });
+  EXPECT_EQ(dialogs.askWhereToSave(path("photo.tessel")), std::nullopt);
+}
+
+TEST_F(WindowDialogsTest, APanelFitsTheScreenWhateverIsStored) {
+  UserDefaults().setValue("savePanelSize", QSize(100000, 100000));
+  whenShown<QFileDialog>([](QFileDialog& panel) {
+    EXPECT_EQ(panel.size(), panel.screen()->availableSize());
+    panel.reject();
+  });
+  static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
+}
+
 TEST_F(WindowDialogsTest, APanelRemembersItsSize) {
   whenShown<QFileDialog>([](QFileDialog& panel) {
-    panel.resize(801, 502);
+    panel.resize(701, 502);
     panel.reject();
   });
   static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));
   whenShown<QFileDialog>([](QFileDialog& panel) {
-    EXPECT_EQ(panel.size(), QSize(801, 502));
+    EXPECT_EQ(panel.size(), QSize(701, 502));
     panel.reject();
   });
   static_cast<void>(dialogs.askWhereToSave(path("photo.tessel")));

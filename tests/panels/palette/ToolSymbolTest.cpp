@@ -82,5 +82,31 @@ TEST(ToolSymbolTest, EverySymbolKeepsWithinItsGrid) {
   }
 }
 
+/// The share of the drawing's box that is inked, at a scale of the screen.
+double inkOf(const QString& path, double scale) {
+  QImage picture(QSize(16, 16) * scale, QImage::Format_ARGB32_Premultiplied);
+  picture.fill(Qt::transparent);
+  QPainter painter(&picture);
+  QSvgRenderer(path).render(&painter);
+  painter.end();
+  int ink = 0;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) ink += picture.pixelColor(x, y).alpha();
+  }
+  return static_cast<double>(ink) / (255.0 * picture.width() * picture.height());
+}
+
+TEST(ToolSymbolTest, SymbolsAreAsStrongAtEveryScale) {
+  for (QDirIterator files(QStringLiteral(":/icons")); files.hasNext();) {
+    const QFileInfo file(files.next());
+    if (!isInFamily(file.completeBaseName())) continue;
+    const double drawn = inkOf(file.filePath(), 16.0);
+    for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
+      EXPECT_NEAR(inkOf(file.filePath(), scale), drawn, drawn * 0.05)
+          << file.fileName().toStdString() << " at " << scale;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace orvanel
