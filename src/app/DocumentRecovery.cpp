@@ -92,10 +92,14 @@ void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredD
 }
 
 void DocumentRecovery::statusChanged(const RecoveryStatus& status) {
-  if (!onNote) return;
-  onNote(status.state == RecoveryStatus::State::suspended
-             ? tr("Unsaved changes aren't kept for recovery: %1").arg(look::translatedSentence(status.reason))
-             : tr("Unsaved changes are kept for recovery again."));
+  const bool isSuspended = status.state == RecoveryStatus::State::suspended;
+  if (onSuspended) {
+    onSuspended(
+        isSuspended
+            ? tr("Unsaved changes aren't kept for recovery: %1").arg(look::translatedSentence(status.reason))
+            : QString());
+  }
+  if (onNote && !isSuspended) onNote(tr("Unsaved changes are kept for recovery again."));
 }
 
 }  // namespace orvanel

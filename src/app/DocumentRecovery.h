@@ -24,6 +24,8 @@ class DocumentRecovery : public QObject {
                    RecoverySettings settings = {});
   ~DocumentRecovery() override;
 
+  /// Tells the user why changes aren't kept, for as long as they aren't; empty once they are kept again.
+  std::function<void(const QString&)> onSuspended;
   /// Tells the user something in passing.
   std::function<void(const QString&)> onNote;
 
