@@ -42,6 +42,7 @@ class DocumentRecovery : public QObject {
   void orphansFound(const OrphanList& orphans);
   void restore(const Orphan& orphan);
   void restored(const Orphan& orphan, const FileResult<RestoredDocument>& result);
+  void tell(const QString& title, const Orphan& orphan, const QString& reason);
   void statusChanged(const RecoveryStatus& status);
 
   AppState& appState_;

@@ -195,6 +195,8 @@ TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Restored in Part");
   EXPECT_THAT(dialogs.warnings[0].second, ::testing::HasSubstr("\"Sky.tessel\" has been changed or removed"));
+  EXPECT_THAT(dialogs.warnings[0].second,
+              ::testing::EndsWith("\n\nIt will be offered again at the next start."));
   EXPECT_EQ(state.windowState.activeDocument()->allLayers().size(), layers);
   recovery->recordNow();
   EXPECT_TRUE(waitForJournals(2)) << "its own, and the one that was offered";
