@@ -73,29 +73,29 @@ void DocumentRecovery::restore(const Orphan& orphan) {
 }
 
 void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredDocument>& result) {
-  if (!result) {
-    dialogs_.showWarning(tr("Failed to Restore"), displayText(orphan.name) + QStringLiteral(": ") +
-                                                      look::translatedSentence(result.error().message) +
-                                                      u'\n' +
-                                                      tr("It will be offered again at the next start."));
-    return;
-  }
-  if (!result->loss.isEmpty()) {
-    dialogs_.showWarning(tr("Restored in Part"), displayText(orphan.name) + QStringLiteral(": ") +
-                                                     look::translatedSentence(result->loss) + u'\n' +
-                                                     tr("It will be offered again at the next start."));
-  }
+  if (!result) return tell(tr("Failed to Restore"), orphan, result.error().message);
   if (const auto& path = result->document->sourceFileURL.value()) {
     result->document->setFileMemory(knownFileOfRestored(*result->document, *path));
   }
   NotificationCenter::standard().post(notification::createdNewDocument, result->document);
+  if (!result->loss.isEmpty()) tell(tr("Restored in Part"), orphan, result->loss);
+}
+
+void DocumentRecovery::tell(const QString& title, const Orphan& orphan, const QString& reason) {
+  dialogs_.showWarning(title, QStringLiteral("%1: %2\n\n%3")
+                                  .arg(displayText(orphan.name), look::translatedSentence(reason),
+                                       tr("It will be offered again at the next start.")));
 }
 
 void DocumentRecovery::statusChanged(const RecoveryStatus& status) {
-  if (!onNote) return;
-  onNote(status.state == RecoveryStatus::State::suspended
-             ? tr("Unsaved changes aren't kept for recovery: %1").arg(look::translatedSentence(status.reason))
-             : tr("Unsaved changes are kept for recovery again."));
+  const bool isSuspended = status.state == RecoveryStatus::State::suspended;
+  if (onSuspended) {
+    onSuspended(
+        isSuspended
+            ? tr("Unsaved changes aren't kept for recovery: %1").arg(look::translatedSentence(status.reason))
+            : QString());
+  }
+  if (onNote && !isSuspended) onNote(tr("Unsaved changes are kept for recovery again."));
 }
 
 }  // namespace orvanel

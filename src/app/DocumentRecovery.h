@@ -24,6 +24,8 @@ class DocumentRecovery : public QObject {
                    RecoverySettings settings = {});
   ~DocumentRecovery() override;
 
+  /// Tells the user why changes aren't kept, for as long as they aren't; empty once they are kept again.
+  std::function<void(const QString&)> onSuspended;
   /// Tells the user something in passing.
   std::function<void(const QString&)> onNote;
 
@@ -40,6 +42,7 @@ class DocumentRecovery : public QObject {
   void orphansFound(const OrphanList& orphans);
   void restore(const Orphan& orphan);
   void restored(const Orphan& orphan, const FileResult<RestoredDocument>& result);
+  void tell(const QString& title, const Orphan& orphan, const QString& reason);
   void statusChanged(const RecoveryStatus& status);
 
   AppState& appState_;

@@ -19,8 +19,6 @@ namespace {
 constexpr std::chrono::seconds patienceAtEnd{2};
 /// How long running saves may take when the session ends without asking anybody.
 constexpr std::chrono::seconds patienceOfSession{3};
-/// How long the status bar says that changes aren't kept.
-constexpr std::chrono::seconds noteDuration{12};
 
 }  // namespace
 
@@ -71,9 +69,9 @@ void DunmarrowApp::beginRecovery() {
   const StartArguments start = StartArguments::of(arguments().mid(1));
   if (!state.userDefaults.keepsRecovery() || start.isUITesting) return;
   recovery_ = std::make_unique<DocumentRecovery>(state, *files_, dialogs_);
-  recovery_->onNote = [this](const QString& note) {
-    window_->contentView().statusBar().showNote(note, noteDuration);
-  };
+  StatusBarPane& statusBar = window_->contentView().statusBar();
+  recovery_->onSuspended = [&statusBar](const QString& note) { statusBar.setStandingNote(note); };
+  recovery_->onNote = [&statusBar](const QString& note) { statusBar.showNote(note); };
   QMetaObject::invokeMethod(
       this,
       [this] {

@@ -7,6 +7,7 @@
 
 #include "AppFixture.h"
 #include "io/document/DocumentFixture.h"
+#include "io/files/FaultyDisk.h"
 
 namespace orvanel {
 namespace {
@@ -194,9 +195,32 @@ TEST_F(DocumentRecoveryTest, TellsWhatCouldntBeRestoredAndKeepsItForTheNextStart
   ASSERT_THAT(dialogs.warnings, SizeIs(1));
   EXPECT_EQ(dialogs.warnings[0].first, "Restored in Part");
   EXPECT_THAT(dialogs.warnings[0].second, ::testing::HasSubstr("\"Sky.tessel\" has been changed or removed"));
+  EXPECT_THAT(dialogs.warnings[0].second,
+              ::testing::EndsWith("\n\nIt will be offered again at the next start."));
   EXPECT_EQ(state.windowState.activeDocument()->allLayers().size(), layers);
   recovery->recordNow();
   EXPECT_TRUE(waitForJournals(2)) << "its own, and the one that was offered";
+}
+
+TEST_F(DocumentRecoveryTest, SaysThatNothingIsKeptForAsLongAsThatIsSo) {
+  QString standing;
+  QStringList notes;
+  recovery->onSuspended = [&](const QString& note) { standing = note; };
+  recovery->onNote = [&](const QString& note) { notes << note; };
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  {
+    testing::FullDisk disk(0);
+    const ScopedFileOperations scope(disk);
+    document->addLayer(QStringLiteral("Clouds"));
+    recovery->recordNow();
+    ASSERT_TRUE(waitUntil([&] { return !standing.isEmpty(); }));
+    EXPECT_TRUE(standing.startsWith(QStringLiteral("Unsaved changes aren't kept for recovery: ")));
+    EXPECT_THAT(notes, IsEmpty());
+  }
+  document->addLayer(QStringLiteral("More clouds"));
+  recovery->recordNow();
+  ASSERT_TRUE(waitUntil([&] { return standing.isEmpty(); }));
+  EXPECT_THAT(notes, ElementsAre(QStringLiteral("Unsaved changes are kept for recovery again.")));
 }
 
 TEST_F(DocumentRecoveryTest, ARestoredDocumentWhoseFileHasChangedAsksBeforeItIsSaved) {

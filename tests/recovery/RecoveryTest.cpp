@@ -1,7 +1,5 @@
 #include "recovery/Recovery.h"
 
-#include <pthread.h>
-
 #include <QThreadPool>
 #include <atomic>
 #include <condition_variable>
@@ -297,45 +295,6 @@ TEST_F(RecoveryTest, aSlowDiskSuspendsUntilItHasCaughtUp) {
   EXPECT_FALSE(recovery.status().reason.isEmpty());
   disk.answer();
   ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 2; }));
-  EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
-}
-
-/// No thread can be started while it lives, because none gets a stack.
-class ThreadShortage {
- public:
-  ThreadShortage() {
-    pthread_attr_t huge;
-    ::pthread_attr_init(&huge);
-    ::pthread_getattr_default_np(&before_);
-    ::pthread_attr_setstacksize(&huge, std::size_t{1} << 50U);
-    ::pthread_setattr_default_np(&huge);
-    ::pthread_attr_destroy(&huge);
-  }
-  ~ThreadShortage() {
-    ::pthread_setattr_default_np(&before_);
-    ::pthread_attr_destroy(&before_);
-  }
-  ThreadShortage(const ThreadShortage&) = delete;
-  ThreadShortage& operator=(const ThreadShortage&) = delete;
-
- private:
-  pthread_attr_t before_{};
-};
-
-TEST_F(RecoveryTest, aThreadThatCantBeStartedIsTriedAgain) {
-  RecoverySettings quick = settings();
-  quick.interval = quick.retryInterval = std::chrono::milliseconds(1);
-  const DocumentPtr document = unsavedDocument();
-  Recovery recovery(quick);
-  {
-    const ThreadShortage shortage;
-    recovery.follow(document);
-    ASSERT_TRUE(waitUntil([&] { return recovery.status().state == RecoveryStatus::State::suspended; }));
-    EXPECT_TRUE(recovery.status().reason.contains(QStringLiteral("too many threads")));
-    recovery.recordNow();
-    EXPECT_EQ(recovery.figures().records, 0) << "and nobody waits for it";
-  }
-  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 1; }));
   EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
 }
 

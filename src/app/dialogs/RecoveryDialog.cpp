@@ -40,8 +40,10 @@ class ThumbnailView : public QWidget {
       place.setSize(QSizeF(picture_.size()).scaled(frame.size(), Qt::KeepAspectRatio));
       place.moveCenter(frame.center());
     }
-    painter.fillRect(place, look::color::field);
-    if (!picture_.isNull()) painter.drawImage(place, picture_);
+    if (!picture_.isNull()) {
+      painter.fillRect(place, look::color::field);
+      painter.drawImage(place, picture_);
+    }
     painter.setPen(QPen(look::color::divider, line));
     painter.drawRect(place);
   }

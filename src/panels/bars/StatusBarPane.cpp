@@ -55,7 +55,7 @@ StatusBarPane::StatusBarPane(QWidget* parent) : QWidget(parent) {
 
   noteTimer_.setSingleShot(true);
   connect(&noteTimer_, &QTimer::timeout, this, [this] {
-    note_->setText({});
+    note_->setText(standingNote_);
     arrange();
   });
   memoryTimer_.setInterval(memoryInterval);
@@ -82,6 +82,13 @@ void StatusBarPane::showNote(const QString& text, std::chrono::milliseconds dura
   note_->setText(text);
   arrange();
   noteTimer_.start(duration);
+}
+
+void StatusBarPane::setStandingNote(const QString& text) {
+  standingNote_ = text;
+  if (noteTimer_.isActive()) return;
+  note_->setText(text);
+  arrange();
 }
 
 int StatusBarPane::widthOfPosition(int room) const {

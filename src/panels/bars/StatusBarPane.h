@@ -33,6 +33,9 @@ class StatusBarPane : public QWidget {
 
   /// Shows a short note for a while, in the place of texts that matter less.
   void showNote(const QString& text, std::chrono::milliseconds duration = noteDuration);
+  /// Shows a note for as long as it is true, in the same place; short notes cover it for their time. An empty
+  /// text ends it.
+  void setStandingNote(const QString& text);
 
   // The texts; in a narrow window the last ones are shortened or left out.
   [[nodiscard]] StatusText& zoom() const { return *zoom_; }
@@ -71,6 +74,7 @@ class StatusBarPane : public QWidget {
   StatusText* canvasSize_;
   StatusText* memory_;
   StatusText* note_;
+  QString standingNote_;
   QTimer noteTimer_;
   /// Runs while snapshots may still be compressed in the background.
   QTimer memoryTimer_;

@@ -185,6 +185,25 @@ TEST_F(StatusBarPlacesTest, ANoteTakesThePlaceOfTheMemoryForAWhile) {
   EXPECT_TRUE(pane.memory().isWhole());
 }
 
+TEST_F(StatusBarPlacesTest, AStandingNoteStaysUntilItEndsAndShortNotesCoverIt) {
+  pane.setStandingNote(QStringLiteral("Not kept"));
+  EXPECT_EQ(pane.note().text(), "Not kept");
+  EXPECT_FALSE(pane.memory().isVisible());
+  pane.showNote(QStringLiteral("Copied"), std::chrono::milliseconds(1));
+  EXPECT_EQ(pane.note().text(), "Copied");
+  while (pane.note().text() == QStringLiteral("Copied"))
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_EQ(pane.note().text(), "Not kept");
+  pane.showNote(QStringLiteral("Copied"), std::chrono::milliseconds(1));
+  pane.setStandingNote({});
+  EXPECT_EQ(pane.note().text(), "Copied") << "it has its time";
+  while (pane.note().isVisible()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  EXPECT_TRUE(pane.memory().isVisible());
+  pane.setStandingNote(QStringLiteral("Not kept"));
+  pane.setStandingNote({});
+  EXPECT_FALSE(pane.note().isVisible());
+}
+
 TEST_F(StatusBarPlacesTest, ANoteComesBeforeTheCanvasSizeInANarrowBar) {
   resize(460);
   pane.showNote(QStringLiteral("The selection is empty, so nothing was copied"));
