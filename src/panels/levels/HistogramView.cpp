@@ -65,7 +65,7 @@ void HistogramView::paintBars(QPainter& painter) const {
 
 void HistogramView::paintPoint(QPainter& painter, float point, const QColor& color) const {
   const QRectF box = area();
-  const double x = box.left() + box.width() * double{point} / pointScale;
+  const double x = box.left() + box.width() * static_cast<double>(point) / pointScale;
   painter.fillRect(QRectF(x - lineWidth / 2, box.top(), lineWidth, box.height()), color);
 }
 

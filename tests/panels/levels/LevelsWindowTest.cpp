@@ -350,14 +350,16 @@ class HistogramViewTest : public testing::Test {
 
 TEST_F(HistogramViewTest, ThePointsAreBlueAndRedLinesAtTheirPartsOfTheWidth) {
   ASSERT_EQ(view.area().width(), 255.0);
-  const auto place = [this](double point) { return static_cast<int>(view.area().left() + point); };
+  const auto place = [this](float point) {
+    return static_cast<int>(view.area().left() + static_cast<double>(point));
+  };
   for (const float black : {0.0F, 1.0F, 100.0F, 254.0F}) {
     model.blackPoint = black;
-    EXPECT_EQ(linesOf(QColor(0, 0, 255)), std::vector{place(double{black})}) << black;
+    EXPECT_EQ(linesOf(QColor(0, 0, 255)), std::vector{place(black)}) << black;
   }
   for (const float white : {255.0F, 253.0F, 180.0F, 1.0F}) {
     model.whitePoint = white;
-    EXPECT_EQ(linesOf(QColor(255, 0, 0)), std::vector{place(double{white})}) << white;
+    EXPECT_EQ(linesOf(QColor(255, 0, 0)), std::vector{place(white)}) << white;
   }
 }
 
