@@ -97,7 +97,7 @@ double inkOf(const QString& path, double scale) {
 }
 
 TEST(ToolSymbolTest, SymbolsAreAsStrongAtEveryScale) {
-  for (QDirIterator files(QStringLiteral(":/icons")); files.hasNext();) {
+  for (QDirIterator files = symbolFiles(); files.hasNext();) {
     const QFileInfo file(files.next());
     if (!isInFamily(file.completeBaseName())) continue;
     const double drawn = inkOf(file.filePath(), 16.0);
