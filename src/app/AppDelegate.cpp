@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/TypedText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
@@ -37,11 +38,14 @@ TerminationReply AppDelegate::sessionShouldEnd() {
 }
 
 TerminationReply AppDelegate::sessionEnds() {
+  // What has been typed since the answers is a change that they weren't about.
+  keepTypedText();
   return confirmAll();
 }
 
 void AppDelegate::keepUnsavedWork(const std::function<void()>& recordNow,
                                   std::chrono::milliseconds patience) {
+  keepTypedText();
   for (const DocumentPtr& document : appState_.windowState.documents.value()) document->endOpenEdits();
   // Storage may be slow, so what is unsaved comes first.
   recordNow();

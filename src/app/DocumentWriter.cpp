@@ -18,6 +18,17 @@ struct DocumentWriter::Job {
   Done done;
 };
 
+namespace {
+
+/// A file that may not survive a power cut isn't a saved one, although it stands in its place.
+FileResult<void> savedForGood(const FileResult<ReplacedFile>& result) {
+  if (!result) return tl::unexpected(result.error());
+  if (result->doubt.isEmpty()) return {};
+  return tl::unexpected(FileError{DocumentIOError::saveFailed, result->doubt});
+}
+
+}  // namespace
+
 DocumentWriter::DocumentWriter(MetalContext& context, FileActivity& activity)
     : context_(context), activity_(activity) {}
 
@@ -60,13 +71,13 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
                             replaceable(expected.get()));
     });
     // A failure may have come from another program's writing the file meanwhile.
-    if (!result && !isUnconfirmed(result.error().message)) {
+    if (!result) {
       if (auto judged = judge(); !judged) result = tl::unexpected(judged.error());
     }
     runOnMainThread([guard, job, written, result = std::move(result)] {
       if (guard.isNull()) return;
-      if (result && *result && written) written(**result);
-      guard->end(job, result.map([](const auto&) {}));
+      if (result && result->identity && written) written(*result->identity);
+      guard->end(job, savedForGood(result));
     });
   });
 }

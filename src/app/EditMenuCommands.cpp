@@ -23,7 +23,9 @@ void addHistoryItem(QMenu& menu, const CommandContext& context, const HistoryWor
       [name](const MenuFacts& facts) { return (facts.*name).has_value(); });
   context.items.follow(*item, [words, name](QAction& followed, const MenuFacts& facts) {
     const std::optional<QString>& action = facts.*name;
-    followed.setText(action ? words.withName.arg(look::translatedName(*action)) : words.alone);
+    const QString text = action ? words.withName.arg(look::translatedName(*action)) : words.alone;
+    // An open menu keeps its letters.
+    if (followed.text().remove(u'&') != text) followed.setText(text);
   });
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "io/files/FileLock.h"
+#include "recovery/FileLock.h"
 
 namespace orvanel {
 

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -11,15 +12,16 @@
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
+#include "io/files/FaultyDisk.h"
 #include "io/files/FileOperations.h"
 
 namespace orvanel {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 class ChangedFileTest : public AppFixture {
  protected:
@@ -92,7 +94,8 @@ class WritingIntoTheCopied final : public FileOperations {
 };
 
 /// Whether this process has the file open.
-bool isOpenHere(const QString& file) {
+bool isOpenHere(const QString& path) {
+  const QString file = QFileInfo(path).canonicalFilePath();
   const QDir descriptors(QStringLiteral("/proc/self/fd"));
   const QStringList names = descriptors.entryList(QDir::Files | QDir::System);
   return std::ranges::any_of(
@@ -169,13 +172,32 @@ TEST_F(ChangedFileTest, AFileThatIsReplacedWhileItIsOpenedIsAskedAbout) {
   DocumentPtr document;
   DocumentIO::load(file, state.metalContext, &files,
                    [&](const FileResult<DocumentPtr>& loaded) { document = loaded.value_or(nullptr); });
-  while (!isOpenHere(file)) QThread::yieldCurrentThread();
+  const QDeadlineTimer deadline(std::chrono::minutes(1));
+  while (!isOpenHere(file) && !deadline.hasExpired()) QThread::yieldCurrentThread();
+  ASSERT_TRUE(isOpenHere(file));
   ASSERT_EQ(std::rename(qPrintable(path("theirs")), qPrintable(file)), 0);
   ASSERT_TRUE(QTest::qWaitFor([&] { return document != nullptr; }));
   document->setDirty(true);
   save(document);
   EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
   EXPECT_EQ(contents(file), "by another program");
+}
+
+TEST_F(ChangedFileTest, AFileThatMayNotSurviveAPowerCutIsStillTheDocumentsOwn) {
+  const DocumentPtr document = addEdited("Sky");
+  const DocumentPtr image = openEdited(writeImage("photo.png"));
+  for (const DocumentPtr& each : {document, image}) {
+    {
+      testing::FailingStep disk(testing::FailingStep::Step::syncFolder);
+      const ScopedFileOperations scope(disk);
+      save(each);
+    }
+    EXPECT_TRUE(each->isDirty.value());
+    save(each);
+    EXPECT_FALSE(each->isDirty.value());
+  }
+  EXPECT_THAT(dialogs.warnings, SizeIs(2));
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
 }
 
 TEST_F(ChangedFileTest, AQueuedSaveStillKnowsItsFileWhenSaveAsFollowsIt) {

@@ -8,7 +8,6 @@
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
-#include "io/files/AtomicFile.h"
 #include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 
@@ -24,10 +23,11 @@ tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& r
   return tl::unexpected(FileError{code, result.error(), progress.isCancelled()});
 }
 
-template <typename Value>
-FileResult<void> saveResult(const Described<Value>& result, const Progress& progress = {}) {
-  if (!result) return failed(DocumentIOError::saveFailed, result, progress);
-  return {};
+/// A file that may not survive a power cut isn't a saved one, although it stands in its place.
+FileResult<void> saveResult(const Described<WrittenDocument>& written, const Progress& progress = {}) {
+  if (!written) return failed(DocumentIOError::saveFailed, written, progress);
+  if (written->doubt.isEmpty()) return {};
+  return tl::unexpected(FileError{DocumentIOError::saveFailed, written->doubt});
 }
 
 /// Fills the surfaces of a document that is being loaded; returns what is known of its file.
@@ -124,8 +124,7 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
   }
   auto snapshot = SaveSnapshot::take(*document);
   if (!snapshot) {
-    runOnMainThread(
-        [finish, error = snapshot.error()] { finish(saveResult(Described<void>(because(error)))); });
+    runOnMainThread([finish, error = snapshot.error()] { finish(saveResult(because(error))); });
     return;
   }
   backgroundSaveRuns = true;
@@ -145,18 +144,16 @@ void DocumentIO::save(const DocumentPtr& document, const QString& path, MetalCon
     auto written = writeSnapshot(*picture, path, progress, replaceable(expected.get()));
     picture.reset();
     // A failure may have come from another program's writing the file meanwhile.
-    const bool hasReplaced = written || isUnconfirmed(written.error());
     auto judged =
-        hasReplaced ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
+        written ? FileResult<void>() : judgeFound(expected.get(), DocumentIOError::saveFailed, progress);
     runOnMainThread([finish, written = std::move(written), judged = std::move(judged),
-                     progress = std::move(progress), saved, hasReplaced] {
+                     progress = std::move(progress), saved] {
       backgroundSaveRuns = false;
       if (!judged) return finish(judged);
-      if (const DocumentPtr still = saved.lock(); still && hasReplaced) {
+      if (const DocumentPtr still = saved.lock(); still && written) {
         // What it replaces may be long, and is given back in the background.
         runInBackground([replaced = still->fileMemory()]() mutable { replaced.reset(); });
-        // A file that may not survive a power cut is the document's own, too, but not one to build on.
-        still->setFileMemory(written.value_or(nullptr));
+        still->setFileMemory(written->saved);
       }
       finish(saveResult(written, progress));
     });
@@ -168,7 +165,7 @@ FileResult<void> DocumentIO::saveSynchronously(const DocumentPtr& document, cons
   const auto snapshot = SaveSnapshot::take(*document);
   if (!snapshot) return failed(DocumentIOError::saveFailed, snapshot);
   const auto written = writeSnapshot(*snapshot, path, {});
-  if (written) document->setFileMemory(*written);
+  if (written) document->setFileMemory(written->saved);
   return saveResult(written);
 }
 

@@ -183,9 +183,10 @@ SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file, con
 }
 
 /// Writes the archive with what `saved` holds, or everything anew without it.
-tl::expected<SavedFilePtr, WriteFailure> writeWith(const SavedFile* saved, const FileHandle* keptFrom,
-                                                   const SaveSnapshot& snapshot, const QString& destination,
-                                                   FileIdentity replaced, const Progress& progress) {
+tl::expected<WrittenDocument, WriteFailure> writeWith(const SavedFile* saved, const FileHandle* keptFrom,
+                                                      const SaveSnapshot& snapshot,
+                                                      const QString& destination, FileIdentity replaced,
+                                                      const Progress& progress) {
   auto file = AtomicFile::create(destination, replaced);
   if (!file) return tl::unexpected(WriteFailure{file.error()});
   std::vector<ArchiveEntry> entries{manifestEntry(snapshot.manifestData)};
@@ -199,7 +200,7 @@ tl::expected<SavedFilePtr, WriteFailure> writeWith(const SavedFile* saved, const
   }
   auto written = writeArchive(**file, entries, progress, keptFrom);
   if (!written) return tl::unexpected(written.error());
-  return savedFile(snapshot, **file, destination, std::move(*written));
+  return WrittenDocument{savedFile(snapshot, **file, destination, std::move(*written)), (*file)->doubt()};
 }
 
 }  // namespace
@@ -244,8 +245,8 @@ Described<SaveSnapshot> SaveSnapshot::take(const Document& document) {
   return snapshot;
 }
 
-Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                                      const Progress& progress, std::optional<FileIdentity> replaced) {
+Described<WrittenDocument> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
+                                         const Progress& progress, std::optional<FileIdentity> replaced) {
   // Both attempts replace the same version: what another program writes during the first isn't ours to lose.
   if (!replaced) replaced = FileIdentity::of(QFile::encodeName(destination).toStdString());
   const FileIdentity found = replaced.value_or(FileIdentity());

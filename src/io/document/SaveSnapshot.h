@@ -49,12 +49,19 @@ struct SaveSnapshot {
 [[nodiscard]] QString layerEntryPath(const QString& layerID);
 [[nodiscard]] QString maskEntryPath(const QString& layerID);
 
-/// Writes the document's archive to the destination, and returns what it holds. Chunks of which no tile has
+struct WrittenDocument {
+  /// What the file holds; null if that can't be told.
+  SavedFilePtr saved;
+  /// Why the file may not survive a power cut; empty if it will.
+  QString doubt;
+};
+
+/// Writes the document's archive to the destination. Chunks of which no tile has
 /// changed are copied from the document's file, if that is still what it was. `replaced` is the version of
 /// the destination that may be replaced: by default what stands there now. Any thread; the work spreads over
 /// all cores.
-[[nodiscard]] Described<SavedFilePtr> writeSnapshot(const SaveSnapshot& snapshot, const QString& destination,
-                                                    const Progress& progress,
-                                                    std::optional<FileIdentity> replaced = {});
+[[nodiscard]] Described<WrittenDocument> writeSnapshot(const SaveSnapshot& snapshot,
+                                                       const QString& destination, const Progress& progress,
+                                                       std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel

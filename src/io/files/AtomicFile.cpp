@@ -11,8 +11,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "io/files/Descriptor.h"
 #include "io/files/FileOperations.h"
 #include "io/files/PassingFile.h"
+#include "io/files/SaveTemporary.h"
 #include "raster/Background.h"
 
 namespace orvanel {
@@ -30,10 +32,6 @@ QString systemReason(int error) {
 
 QString writeFailure(int error) {
   return QStringLiteral("The file can't be written: %1.").arg(systemReason(error));
-}
-
-QString unconfirmed() {
-  return QStringLiteral("The file has been replaced, but may not survive a power cut: %1.");
 }
 
 bool isOutOfRoom(int error) {
@@ -74,12 +72,12 @@ int replace(const std::string& temporary, const std::string& destination) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> replaced, SaveTemporary temporary)
+AtomicFile::AtomicFile(std::string destination, std::optional<FileIdentity> replaced,
+                       std::string temporaryPath, int file)
     : destination_(std::move(destination)),
       replaced_(replaced),
-      temporaryPath_(std::move(temporary.path)),
-      file_(temporary.file),
-      lock_(std::move(temporary.lock)) {}
+      temporaryPath_(std::move(temporaryPath)),
+      file_(file) {}
 
 Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destination,
                                                           std::optional<FileIdentity> replaced) {
@@ -90,21 +88,24 @@ Described<std::unique_ptr<AtomicFile>> AtomicFile::create(const QString& destina
   if (exists && !S_ISREG(existing.st_mode))
     return because(QStringLiteral("The destination is not a regular file."));
 
+  FileOperations& operations = FileOperations::current();
   constexpr mode_t ordinary = 0666;
   const mode_t mode = exists ? existing.st_mode & 07777 : ordinary;
-  auto temporary = SaveTemporary::create(target.parent_path(), mode & 0777);
-  if (!temporary && refusesNewFiles(errno)) {
-    temporary = SaveTemporary::create(QFile::encodeName(QDir::tempPath()).toStdString(), mode & 0777);
+  std::filesystem::path path = target.parent_path() / newTemporaryName();
+  int file = operations.createFile(path, mode & 0777);
+  if (file < 0 && refusesNewFiles(errno)) {
+    path = std::filesystem::path(QFile::encodeName(QDir::tempPath()).toStdString()) / newTemporaryName();
+    file = operations.createFile(path, mode & 0777);
   }
-  if (!temporary) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
+  if (file < 0) return because(QStringLiteral("The file can't be created: %1.").arg(systemReason(errno)));
   if (exists) {
     // Only a privileged process can change the owner; otherwise the file belongs to the writer.
-    if (::fchown(temporary->file, existing.st_uid, existing.st_gid) != 0) errno = 0;
-    ::fchmod(temporary->file, mode);
+    if (::fchown(file, existing.st_uid, existing.st_gid) != 0) errno = 0;
+    ::fchmod(file, mode);
   }
   // They may be what has filled the disk.
-  removeAbandonedTemporaries(std::filesystem::path(temporary->path).parent_path());
-  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), replaced, std::move(*temporary)));
+  removeAbandonedTemporaries(path.parent_path());
+  return std::unique_ptr<AtomicFile>(new AtomicFile(target.string(), replaced, path, file));
 }
 
 AtomicFile::~AtomicFile() {
@@ -263,24 +264,21 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   }
   temporaryPath_.clear();
   identify();
-  if (!syncDirectory(std::filesystem::path(destination_).parent_path()))
-    return because(unconfirmed().arg(systemReason(errno)));
+  if (!syncDirectory(std::filesystem::path(destination_).parent_path())) {
+    doubt_ = QStringLiteral("The file has been replaced, but may not survive a power cut: %1.")
+                 .arg(systemReason(errno));
+  }
   return {};
 }
 
-bool isUnconfirmed(const QString& reason) {
-  return reason.startsWith(unconfirmed().section(u'%', 0, 0));
-}
-
-Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
-                                                   std::span<const std::byte> bytes,
-                                                   std::optional<FileIdentity> replaced) {
+Described<ReplacedFile> replaceFile(const QString& destination, std::span<const std::byte> bytes,
+                                    std::optional<FileIdentity> replaced) {
   auto file = AtomicFile::create(destination, replaced);
   if (!file) return because(file.error());
   if (const auto result = (*file)->write(bytes); !result) return because(result.error());
   const auto result = (*file)->commit([](const std::string&) { return Described<void>(); });
   if (!result) return because(result.error());
-  return (*file)->committed();
+  return ReplacedFile{(*file)->committed(), (*file)->doubt()};
 }
 
 }  // namespace orvanel

@@ -13,13 +13,12 @@
 #include "io/files/ByteBuffer.h"
 #include "io/files/FileError.h"
 #include "io/files/FileIdentity.h"
-#include "io/files/SaveTemporary.h"
 
 namespace orvanel {
 
 class AtomicFile {
  public:
-  /// Creates the temporary file, and removes those that killed processes left beside it. Symbolic links are
+  /// Creates the temporary file, and removes those that killed saves have left beside it. Symbolic links are
   /// followed, and an existing file's permissions are kept. `replaced` is the version of the destination that
   /// may be replaced: by default what stands there now.
   [[nodiscard]] static Described<std::unique_ptr<AtomicFile>> create(
@@ -43,13 +42,17 @@ class AtomicFile {
   [[nodiscard]] const std::string& destination() const { return destination_; }
 
   /// Syncs the file, calls `verify` on it and renames it to the destination. Fails if something else stands
-  /// there than what may be replaced, and if the disk can't make the renaming durable: see `isUnconfirmed`.
+  /// there than what may be replaced.
   [[nodiscard]] Described<void> commit(const std::function<Described<void>(const std::string& path)>& verify);
   /// The destination's identity right after `commit`.
   [[nodiscard]] const std::optional<FileIdentity>& committed() const { return committed_; }
+  /// Why the new file, which stands at the destination after `commit`, may not survive a power cut: the disk
+  /// failed with the folder. Empty if it will.
+  [[nodiscard]] const QString& doubt() const { return doubt_; }
 
  private:
-  AtomicFile(std::string destination, std::optional<FileIdentity> replaced, SaveTemporary temporary);
+  AtomicFile(std::string destination, std::optional<FileIdentity> replaced, std::string temporaryPath,
+             int file);
   [[nodiscard]] bool isDestinationAsFound() const;
   Described<void> flush();
   Described<void> writeThrough(std::span<const std::byte> bytes, std::int64_t offset);
@@ -62,7 +65,6 @@ class AtomicFile {
   std::optional<FileIdentity> replaced_;  ///< what may be replaced; empty if nothing stood there
   std::string temporaryPath_;
   int file_;
-  Descriptor lock_;
   ByteBuffer buffer_;
   std::int64_t bufferStart_ = 0;
   std::size_t buffered_ = 0;
@@ -73,15 +75,21 @@ class AtomicFile {
   bool mayCopyInKernel_ = true;
   bool hasCopied_ = false;
   std::optional<FileIdentity> committed_;
+  QString doubt_;
 };
 
-/// Whether this is what `commit` says of a file that stands in its place, but may be lost in a power cut.
-[[nodiscard]] bool isUnconfirmed(const QString& reason);
+/// What stands at the destination now.
+struct ReplacedFile {
+  /// Empty if it can't be told.
+  std::optional<FileIdentity> identity;
+  /// Why it may not survive a power cut; empty if it will.
+  QString doubt;
+};
 
 /// Replaces the contents of `destination` atomically, if they are `replaced` or, by default, whatever they
-/// are; returns which file it is now, if that can be told.
-[[nodiscard]] Described<std::optional<FileIdentity>> replaceFile(const QString& destination,
-                                                                 std::span<const std::byte> bytes,
-                                                                 std::optional<FileIdentity> replaced = {});
+/// are.
+[[nodiscard]] Described<ReplacedFile> replaceFile(const QString& destination,
+                                                  std::span<const std::byte> bytes,
+                                                  std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel

@@ -1,29 +1,18 @@
-// The temporary files that saves write, locked for as long as the process that writes them lives, so that
-// those of killed processes can be told and removed. Any thread.
+// The temporary files that saves write beside their destinations. A killed save leaves its own behind. Any
+// thread.
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
-#include <optional>
 #include <string>
-
-#include "io/files/Descriptor.h"
 
 namespace orvanel {
 
-struct SaveTemporary {
-  std::string path;
-  /// For writing.
-  int file = -1;
-  /// Keeps the lock when the file is closed.
-  Descriptor lock;
+/// A name that no other file has.
+[[nodiscard]] std::string newTemporaryName();
 
-  /// Nothing if it can't be created; `errno` tells why.
-  [[nodiscard]] static std::optional<SaveTemporary> create(const std::filesystem::path& folder, mode_t mode);
-};
-
-/// Removes this user's temporary files in the folder that no living process writes.
+/// Removes this user's temporary files in the folder that nobody has written to for a day. Locks would tell
+/// at once which of them are abandoned, but network file systems don't share them, or let nobody read what is
+/// locked.
 void removeAbandonedTemporaries(const std::filesystem::path& folder);
 
 }  // namespace orvanel

@@ -288,11 +288,10 @@ std::optional<QByteArray> exportImage(const Surface& composite, ColorMode mode, 
   return bytes;
 }
 
-FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite, ColorMode mode,
-                                                       Format fileType, const QString& path,
-                                                       const MetalContext& context, const Progress& progress,
-                                                       const ImageMetadata* metadata,
-                                                       std::optional<FileIdentity> replaced) {
+FileResult<ReplacedFile> writeFlatImage(const Surface& composite, ColorMode mode, Format fileType,
+                                        const QString& path, const MetalContext& context,
+                                        const Progress& progress, const ImageMetadata* metadata,
+                                        std::optional<FileIdentity> replaced) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});
@@ -316,11 +315,10 @@ FileResult<std::optional<FileIdentity>> writeFlatImage(const Surface& composite,
   return *written;
 }
 
-FileResult<std::optional<FileIdentity>> writeFlatImage(FrozenComposite* composite, ColorMode mode,
-                                                       Format fileType, const QString& path,
-                                                       const MetalContext& context, const Progress& progress,
-                                                       const ImageMetadata* metadata,
-                                                       std::optional<FileIdentity> replaced) {
+FileResult<ReplacedFile> writeFlatImage(FrozenComposite* composite, ColorMode mode, Format fileType,
+                                        const QString& path, const MetalContext& context,
+                                        const Progress& progress, const ImageMetadata* metadata,
+                                        std::optional<FileIdentity> replaced) {
   const auto failed = [&](QString reason) {
     return tl::unexpected(
         FileError{DocumentIOError::exportFailed, std::move(reason), progress.isCancelled()});

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "io/files/AtomicFile.h"
 #include "io/files/FileError.h"
 #include "io/files/FileIdentity.h"
 #include "io/files/Progress.h"
@@ -70,15 +71,19 @@ struct FlatImage {
 /// Encodes a composite and replaces the file at `path` atomically; fails with `exportFailed`. Returns which
 /// file it is now, if that can be told. `replaced` is the version that may be replaced: by default what
 /// stands there in the end. Any thread; progress is reported on it.
-[[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
-    const Surface& composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
-    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr,
-    std::optional<FileIdentity> replaced = {});
+[[nodiscard]] FileResult<ReplacedFile> writeFlatImage(const Surface& composite, ColorMode mode,
+                                                      Document::ImageFileFormat fileType, const QString& path,
+                                                      const MetalContext& context,
+                                                      const Progress& progress = {},
+                                                      const ImageMetadata* metadata = nullptr,
+                                                      std::optional<FileIdentity> replaced = {});
 /// The same for a document's flattened image of one moment, which is finished first. A document without one
 /// has nothing to write.
-[[nodiscard]] FileResult<std::optional<FileIdentity>> writeFlatImage(
-    FrozenComposite* composite, ColorMode mode, Document::ImageFileFormat fileType, const QString& path,
-    const MetalContext& context, const Progress& progress = {}, const ImageMetadata* metadata = nullptr,
-    std::optional<FileIdentity> replaced = {});
+[[nodiscard]] FileResult<ReplacedFile> writeFlatImage(FrozenComposite* composite, ColorMode mode,
+                                                      Document::ImageFileFormat fileType, const QString& path,
+                                                      const MetalContext& context,
+                                                      const Progress& progress = {},
+                                                      const ImageMetadata* metadata = nullptr,
+                                                      std::optional<FileIdentity> replaced = {});
 
 }  // namespace orvanel

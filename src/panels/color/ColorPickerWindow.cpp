@@ -1,5 +1,7 @@
 #include "panels/color/ColorPickerWindow.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -40,6 +42,8 @@ void ColorPickerWindow::open(const QString& name, const DisplayColor& color,
   onChange_ = std::move(onChange);
   show();
   raise();
+  // Whoever opens it from a swatch by keys goes on with them here.
+  if (qobject_cast<QAbstractButton*>(QApplication::focusWidget()) != nullptr) activateWindow();
 }
 
 void ColorPickerWindow::follow(const DisplayColor& color) {

@@ -1,4 +1,4 @@
-#include "io/files/FileLock.h"
+#include "recovery/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -7,6 +7,17 @@
 #include <cerrno>
 
 namespace orvanel {
+namespace {
+
+/// Whether the open file is the one that has this name.
+bool isNamed(int descriptor, const std::string& path) {
+  struct stat open {};
+  struct stat named {};
+  return ::fstat(descriptor, &open) == 0 && ::stat(path.c_str(), &named) == 0 &&
+         open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+}  // namespace
 
 bool lockFile(int descriptor, LockWait wait) {
   int result = 0;
@@ -14,13 +25,6 @@ bool lockFile(int descriptor, LockWait wait) {
     result = ::flock(descriptor, wait == LockWait::none ? LOCK_EX | LOCK_NB : LOCK_EX);
   } while (result != 0 && errno == EINTR);
   return result == 0;
-}
-
-bool isNamed(int descriptor, const std::string& path) {
-  struct stat open {};
-  struct stat named {};
-  return ::fstat(descriptor, &open) == 0 && ::stat(path.c_str(), &named) == 0 &&
-         open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
 Descriptor openLocked(const std::string& path) {

@@ -8,11 +8,9 @@
 namespace orvanel {
 
 enum class LockWait { none, forOthers };
-/// Locks the open file against everybody else, in this process as well. False if somebody has the lock
-/// (EWOULDBLOCK in `errno`), or the file system has no locks.
+/// Locks the open file against everybody else, in this process as well. False if somebody has the lock, or
+/// the file system has no locks.
 [[nodiscard]] bool lockFile(int descriptor, LockWait wait);
-/// Whether the open file is the one that has this name.
-[[nodiscard]] bool isNamed(int descriptor, const std::string& path);
 /// Opens the regular file and locks it; nothing if it is missing, locked by somebody, or just removed.
 [[nodiscard]] Descriptor openLocked(const std::string& path);
 
