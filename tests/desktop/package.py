@@ -45,7 +45,8 @@ def expected_files():
         yield f"usr/share/bash-completion/completions/{program}"
         yield f"usr/share/zsh/vendor-completions/_{program}"
         yield f"usr/share/fish/vendor_completions.d/{program}.fish"
-    for document in ("copyright", "changelog.Debian.gz", "file-format.md.gz", "scripts.md.gz"):
+    for document in ("copyright", "changelog.Debian.gz", "file-format.md.gz", "scripts.md.gz",
+                     "user-guide.md.gz"):
         yield f"usr/share/doc/orvanel/{document}"
     yield "usr/share/lintian/overrides/orvanel"
 

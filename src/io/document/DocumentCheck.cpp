@@ -41,7 +41,7 @@ Described<void> judgeParts(const ZipReader& archive, std::size_t index, const Pr
     if (auto read = stream->read(piece.span()); !read) return read;
   }
   if (stream->crc() == archive.entries()[index].crc) return {};
-  return because(QStringLiteral("Its parts don't make up the whole."));
+  return because(QStringLiteral("Its checksum is wrong."));
 }
 
 /// Entries that the tree asks for and the archive hasn't got.
