@@ -18,17 +18,6 @@ struct DocumentWriter::Job {
   Done done;
 };
 
-namespace {
-
-/// A file that may not survive a power cut isn't a saved one, although it stands in its place.
-FileResult<void> savedForGood(const FileResult<ReplacedFile>& result) {
-  if (!result) return tl::unexpected(result.error());
-  if (result->doubt.isEmpty()) return {};
-  return tl::unexpected(FileError{DocumentIOError::saveFailed, result->doubt});
-}
-
-}  // namespace
-
 DocumentWriter::DocumentWriter(MetalContext& context, FileActivity& activity)
     : context_(context), activity_(activity) {}
 
@@ -77,7 +66,7 @@ void DocumentWriter::writeImage(const Document& document, const QString& path,
     runOnMainThread([guard, job, written, result = std::move(result)] {
       if (guard.isNull()) return;
       if (result && result->identity && written) written(*result->identity);
-      guard->end(job, savedForGood(result));
+      guard->end(job, result.and_then([](const ReplacedFile& file) { return judgeDoubt(file.doubt); }));
     });
   });
 }

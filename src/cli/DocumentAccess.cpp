@@ -53,7 +53,7 @@ CommandResult writeDocument(Document& document, const QString& path) {
   const FileResult<void> written =
       format ? writeFlatImage(document.freezeComposite().get(), document.colorMode.value(), *format, path,
                               document.context(), {}, ImageMetadata::of(document).get())
-                   .map([](const auto&) {})
+                   .and_then([](const ReplacedFile& file) { return judgeDoubt(file.doubt); })
              : DocumentIO::saveSynchronously(document.shared_from_this(), path, document.context());
   if (!written) return failed(path, written.error().message);
   return {};

@@ -8,6 +8,7 @@
 #include "io/document/DocumentReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
+#include "io/files/AtomicFile.h"
 #include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 
@@ -23,11 +24,9 @@ tl::unexpected<FileError> failed(DocumentIOError code, const Described<Value>& r
   return tl::unexpected(FileError{code, result.error(), progress.isCancelled()});
 }
 
-/// A file that may not survive a power cut isn't a saved one, although it stands in its place.
 FileResult<void> saveResult(const Described<WrittenDocument>& written, const Progress& progress = {}) {
   if (!written) return failed(DocumentIOError::saveFailed, written, progress);
-  if (written->doubt.isEmpty()) return {};
-  return tl::unexpected(FileError{DocumentIOError::saveFailed, written->doubt});
+  return judgeDoubt(written->doubt);
 }
 
 /// Fills the surfaces of a document that is being loaded; returns what is known of its file.

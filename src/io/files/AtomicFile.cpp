@@ -271,6 +271,11 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   return {};
 }
 
+FileResult<void> judgeDoubt(const QString& doubt) {
+  if (doubt.isEmpty()) return {};
+  return tl::unexpected(FileError{DocumentIOError::saveFailed, doubt});
+}
+
 Described<ReplacedFile> replaceFile(const QString& destination, std::span<const std::byte> bytes,
                                     std::optional<FileIdentity> replaced) {
   auto file = AtomicFile::create(destination, replaced);

@@ -86,6 +86,10 @@ struct ReplacedFile {
   QString doubt;
 };
 
+/// Fails for a doubt: a file that may not survive a power cut isn't a saved one, although it stands in its
+/// place.
+[[nodiscard]] FileResult<void> judgeDoubt(const QString& doubt);
+
 /// Replaces the contents of `destination` atomically, if they are `replaced` or, by default, whatever they
 /// are.
 [[nodiscard]] Described<ReplacedFile> replaceFile(const QString& destination,
