@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "raster/Prefetch.h"
 #include "raster/SampleGrid.h"
 #include "raster/Surface.h"
 #include "raster/fragments/DisplayRows.h"
@@ -126,7 +127,7 @@ class RowBuilder {
   /// together would wait for each.
   void gatherRow() {
     for (std::size_t i = 0; i < parts_.size(); ++i) {
-      if (i + partsAhead < parts_.size()) prefetch(parts_[i + partsAhead]);
+      if (i + partsAhead < parts_.size()) askFor(parts_[i + partsAhead]);
       if (tileOf(parts_[i]).isUniform()) continue;
       if (pixelBytes_ == 8) {
         gather<std::uint64_t>(parts_[i]);
@@ -137,12 +138,12 @@ class RowBuilder {
   }
 
   /// Asks for the pixels of a part ahead of time; the processor doesn't foresee them across tiles.
-  void prefetch(const TileColumns& part) const {
+  void askFor(const TileColumns& part) const {
     const Tile& tile = tileOf(part);
     if (tile.isUniform()) return;
     const std::byte* row = rowOf(tile);
     for (int x = part.device.begin; x < part.device.end; ++x) {
-      __builtin_prefetch(row + static_cast<std::size_t>(indexAt(x) % tileSide) * pixelBytes_);
+      prefetch(row + static_cast<std::size_t>(indexAt(x) % tileSide) * pixelBytes_);
     }
   }
 

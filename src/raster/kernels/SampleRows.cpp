@@ -5,6 +5,7 @@
 #include <cstring>
 #include <optional>
 
+#include "raster/Prefetch.h"
 #include "raster/Regularity.h"
 
 namespace orvanel::kernels {
@@ -60,9 +61,9 @@ class Gathering {
       : surface_(surface), samples_(samples), dy_(shift.dy), runs_(surface, samples.columns, shift.dx) {}
 
   void gather(Pixel* out) const {
-    for (std::size_t row = 0; row < std::min(rowsAhead, samples_.rows.size()); ++row) prefetch(row);
+    for (std::size_t row = 0; row < std::min(rowsAhead, samples_.rows.size()); ++row) askFor(row);
     for (std::size_t row = 0; row < samples_.rows.size(); ++row) {
-      if (row + rowsAhead < samples_.rows.size()) prefetch(row + rowsAhead);
+      if (row + rowsAhead < samples_.rows.size()) askFor(row + rowsAhead);
       gatherRow(row, out + row * samples_.columns.size());
     }
   }
@@ -83,7 +84,7 @@ class Gathering {
     return reinterpret_cast<const Pixel*>(tile.data()) + y % tileSide * tileSide;
   }
 
-  void prefetch(std::size_t row) const {
+  void askFor(std::size_t row) const {
     const std::optional<int> y = sourceRow(row);
     if (!y) return;
     for (const Run& run : runs_.all()) {
@@ -91,7 +92,7 @@ class Gathering {
       if (run.isContiguous || tile.isUniform()) continue;
       const Pixel* pixels = rowOf(tile, *y);
       for (std::size_t i = run.begin; i < run.end; ++i) {
-        __builtin_prefetch(pixels + (samples_.columns[i] - run.left));
+        prefetch(pixels + (samples_.columns[i] - run.left));
       }
     }
   }

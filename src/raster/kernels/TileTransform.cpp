@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "raster/Prefetch.h"
 #include "raster/Regularity.h"
 #include "raster/kernels/Footprint.h"
 #include "raster/kernels/PixelAccess.h"
@@ -374,10 +375,10 @@ void TileTransform::collect(std::span<const std::int32_t> columns, const SampleL
 inline void TileTransform::prefetchNeighbours(const std::byte* corner) const {
   const std::byte* below = corner + tileSide * pixelBytes_;
   const std::ptrdiff_t lastByte = 2 * pixelBytes_ - 1;
-  __builtin_prefetch(corner);
-  __builtin_prefetch(below);
-  __builtin_prefetch(corner + lastByte);
-  __builtin_prefetch(below + lastByte);
+  prefetch(corner);
+  prefetch(below);
+  prefetch(corner + lastByte);
+  prefetch(below + lastByte);
 }
 
 void TileTransform::prefetchEachNeighbour(int x, int y) const {
@@ -386,7 +387,7 @@ void TileTransform::prefetchEachNeighbour(int x, int y) const {
       if (atX < 0 || atX >= source_.width() || atY < 0 || atY >= source_.height()) continue;
       const Tile& tile = source_.tile(source_.tileIndex(atX / tileSide, atY / tileSide));
       if (tile.isUniform()) continue;
-      __builtin_prefetch(tile.data() + (atY % tileSide * tileSide + atX % tileSide) * pixelBytes_);
+      prefetch(tile.data() + (atY % tileSide * tileSide + atX % tileSide) * pixelBytes_);
     }
   }
 }

@@ -59,7 +59,7 @@ class TileTransform {
  private:
   /// Samples whose neighbours have been asked for.
   struct Batch {
-    static constexpr int most = 64;
+    static constexpr int most = 128;
     std::array<CollectedSample, most> samples{};
     std::array<const std::byte*, most> corners{};  ///< null: the neighbours don't stand together
     int count = 0;
