@@ -147,10 +147,12 @@ std::optional<BlockComposer::Contribution> BlockComposer::contributionOf(
 
 /// Whether the contribution hides all that lies beneath.
 bool BlockComposer::isOpaqueCover(const Contribution& contribution) const {
-  return contribution.step->source >= 0 &&
-         facts_[static_cast<std::size_t>(contribution.step->source)].isOpaque && !contribution.readsMask &&
-         contribution.source.uniformMask == halfOne && contribution.source.opacity >= 1.0F &&
-         contribution.source.blendMode == BlendMode::normal;
+  if (contribution.step->source < 0 || contribution.readsMask) return false;
+  const bool hidesItsGround = contribution.source.uniformMask == halfOne &&
+                              contribution.source.opacity >= 1.0F &&
+                              contribution.source.blendMode == BlendMode::normal;
+  const auto source = static_cast<std::size_t>(contribution.step->source);
+  return hidesItsGround && plan_.sources[source]->isKnownOpaque(tileIndex_, facts_[source]);
 }
 
 /// Decides what contributes to the block, innermost targets first.

@@ -16,10 +16,7 @@ namespace {
 
 TileFacts uniformFacts(std::uint64_t pixel, PixelFormat format) {
   const std::uint64_t regular = regularPixel(pixel, format);
-  return {.isUniform = true,
-          .pixel = regular,
-          .isOpaque = colorOfPixel(regular, format)[3] == 1.0F,
-          .identity = regular};
+  return {.isUniform = true, .pixel = regular, .identity = regular};
 }
 
 /// The coverage of a selection's tile if it is uniform.
@@ -82,7 +79,13 @@ TileFacts SampleSource::factsOf(int tileIndex, const TileTransform* transform) c
 TileFacts SampleSource::standingFacts(int tileIndex) const {
   const Tile& tile = surface_->tile(tileIndex);
   if (tile.isUniform()) return uniformFacts(tile.pixel(), surface_->format());
-  return {.isOpaque = tile.has(TileTrait::opaque), .identity = tile.version()};
+  return {.identity = tile.version()};
+}
+
+bool SampleSource::isKnownOpaque(int tileIndex, const TileFacts& facts) const {
+  if (facts.isUniform) return colorOfPixel(facts.pixel, surface_->format())[3] == 1.0F;
+  // Levels leave alpha as it is.
+  return !isMoved_ && surface_->tile(tileIndex).has(TileTrait::opaque);
 }
 
 TileFacts SampleSource::shiftedFacts(int tileIndex) const {
@@ -96,7 +99,7 @@ TileFacts SampleSource::adjustedFacts(int tileIndex) const {
   const TileFacts standing = standingFacts(tileIndex);
   const std::optional<std::uint64_t> weight = uniformWeight(*levels_, tileIndex);
   if (weight == 0U) return standing;
-  if (!weight || !standing.isUniform) return {.isOpaque = standing.isOpaque, .identity = version_};
+  if (!weight || !standing.isUniform) return {.identity = version_};
   constexpr int count = 16;
   alignas(64) std::array<std::byte, std::size_t{count} * 8> pixels;
   alignas(64) std::array<std::uint16_t, count> weights;

@@ -20,7 +20,6 @@ namespace orvanel::kernels {
 struct TileFacts {
   bool isUniform = false;
   std::uint64_t pixel = 0;     ///< of a uniform one, regular
-  bool isOpaque = false;       ///< known to be; others may be
   std::uint64_t identity = 0;  ///< pixels with equal facts are equal
 };
 
@@ -45,6 +44,8 @@ class SampleSource {
   }
   /// `transform` is the thread's object where the source is resampled.
   [[nodiscard]] TileFacts factsOf(int tileIndex, const TileTransform* transform) const;
+  /// Whether the tile's pixels are known to be opaque; others may be.
+  [[nodiscard]] bool isKnownOpaque(int tileIndex, const TileFacts& facts) const;
   /// The pixels at the strip's samples, which aren't uniform: those of `reader`, or made in `scratch`. Not
   /// for a source that is resampled.
   [[nodiscard]] const std::byte* read(int tileIndex, const SampleBlock& strip, StripReader& reader,
