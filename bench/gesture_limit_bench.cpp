@@ -4,11 +4,13 @@
 #include <benchmark/benchmark.h>
 #include <tbb/parallel_for.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include "BenchView.h"
 #include "FeelDocuments.h"
+#include "raster/Prefetch.h"
 
 namespace orvanel {
 namespace {
@@ -37,8 +39,12 @@ int readRow(const Surface& pixels, const Surface* mask, const QTransform& toLaye
   pairs.clear();
   findPairs(pixels, toLayer, y, pairs);
   if (mask != nullptr) findPairs(*mask, toLayer, y, pairs);
+  constexpr std::size_t ahead = 64;
   int sum = 0;
-  for (const std::byte* pair : pairs) sum += std::to_integer<int>(*pair);
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    prefetch(pairs[std::min(i + ahead, pairs.size() - 1)]);
+    sum += std::to_integer<int>(*pairs[i]);
+  }
   return sum;
 }
 

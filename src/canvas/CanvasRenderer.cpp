@@ -75,7 +75,22 @@ FrameResult CanvasRenderer::drawInMTKView(MTKView& view) {
 
 bool CanvasRenderer::catchUp() {
   const std::shared_ptr<Document> shown = document.lock();
-  return shown == nullptr || shown->advanceComposite(flatteningPerTurn);
+  if (shown == nullptr) return true;
+  if (!shown->isCompositeCurrent()) {
+    static_cast<void>(shown->advanceComposite(workPerTurn));
+    return false;
+  }
+  const bool isPrepared =
+      tilesToFlatten(*shown) <= tilesFlattenedAtOnce ||
+      shown->prepareSamples(samples_, SampleGrid::ofView(viewUniforms(makeViewContext(*shown))), workPerTurn);
+  if (isPrepared) readyFingerprint_ = lastFrameFingerprint_;
+  return isPrepared;
+}
+
+void CanvasRenderer::forgetFrames() {
+  samples_.forget();
+  backdrop_.forget();
+  readyFingerprint_.reset();
 }
 
 void CanvasRenderer::advanceSelectionAnimation() {

@@ -47,16 +47,18 @@ class CanvasRenderer {
   /// So many tiles of layers take less time to flatten than a view to draw.
   std::int64_t tilesFlattenedAtOnce{256};
   /// About how long a turn of `catchUp` holds the main thread.
-  std::chrono::milliseconds flatteningPerTurn{6};
+  std::chrono::milliseconds workPerTurn{6};
 
   FrameResult drawInMTKView(MTKView& view);
-  /// Flattens some more of the document, for when nothing else is to do. True once its image is current.
+  /// For when nothing else is to do: flattens some more of the document, then gathers for the next change
+  /// what its first frame would wait for. True once nothing is left to do for the picture shown.
   bool catchUp();
+  /// Identifies the picture shown, whatever the outline's phase; none before the first frame.
+  [[nodiscard]] std::optional<std::uint64_t> picture() const { return lastFrameFingerprint_; }
+  /// Whether `catchUp` has nothing to do for it.
+  [[nodiscard]] bool isReady() const { return lastFrameFingerprint_ == readyFingerprint_; }
   /// Lets go of what is kept between frames.
-  void forgetFrames() {
-    samples_.forget();
-    backdrop_.forget();
-  }
+  void forgetFrames();
   void drawableSizeWillChange(QSizeF size) { viewportSize_ = size; }
 
   /// Bottom first; never changes.
@@ -87,6 +89,8 @@ class CanvasRenderer {
   MarchingAnts ants_;
   /// Identifies the picture in the drawable, whatever the outline's phase.
   std::optional<std::uint64_t> lastFrameFingerprint_;
+  /// Of the picture that `catchUp` has completed its work for.
+  std::optional<std::uint64_t> readyFingerprint_;
 };
 
 }  // namespace orvanel

@@ -27,7 +27,7 @@ const QColor clearColor = QColor::fromRgbF(0.5803922F, 0.5803922F, 0.6117647F);
 /// How long a document must stay as it is before it is flattened: longer than between two steps of a drag.
 constexpr std::chrono::milliseconds restBeforeFlattening{100};
 /// How long samples are kept for the next gesture.
-constexpr std::chrono::seconds restBeforeForgetting{10};
+constexpr std::chrono::seconds restBeforeForgetting{60};
 
 bool mayChangeImage(const DocumentChanges& changes) {
   return contains<change::PixelsChanged>(changes) || contains<change::PreviewChanged>(changes) ||
@@ -101,7 +101,10 @@ void ScrollableMTKView::documentChanged(const DocumentChanges& changes) {
   // finds nothing new writes no pixels.
   const bool isOwnFlattening = isFlattening_ && changes.size() == 1 && contains<change::Composited>(changes);
   if (isOwnFlattening) return;
-  if (mayChangeImage(changes)) catchUpTimer_.stop();
+  if (mayChangeImage(changes)) {
+    catchUpTimer_.stop();
+    awaitedPicture_.reset();
+  }
   requestRedraw();
   const bool hasNewCanvas = contains<change::CanvasChanged>(changes);
   if (hasNewCanvas) keepInBounds();
@@ -172,10 +175,19 @@ void ScrollableMTKView::drawFrame() {
   const FrameResult result = renderer_.drawInMTKView(*this);
   isFlattening_ = false;
   if (result != FrameResult::stopped && renderer_.isAnimating()) pacer_.requestAnimation();
-  if (result != FrameResult::unfinished) return;
+  if (result == FrameResult::stopped) return;
+  if (result != FrameResult::unfinished) {
+    // Begins anew with each picture, but not with each phase of an outline.
+    if (std::exchange(awaitedPicture_, renderer_.picture()) != renderer_.picture()) getReady();
+    return;
+  }
   restTimer_.stop();
   // A change stops the timer; panning and zooming leave it running.
   if (!catchUpTimer_.isActive()) catchUpTimer_.start(restBeforeFlattening);
+}
+
+void ScrollableMTKView::getReady() {
+  if (!renderer_.isReady()) catchUpTimer_.start(restBeforeFlattening);
 }
 
 void ScrollableMTKView::catchUp() {
@@ -184,9 +196,9 @@ void ScrollableMTKView::catchUp() {
   if (shown == nullptr || !shown->isSettled()) return;
   if (isGestureRunning()) return catchUpTimer_.start(restBeforeFlattening);
   isFlattening_ = true;
-  const bool isCurrent = renderer_.catchUp();
+  const bool isReady = renderer_.catchUp();
   isFlattening_ = false;
-  if (isCurrent) {
+  if (isReady) {
     restTimer_.start(restBeforeForgetting);
   } else {
     // Events that wait come first.

@@ -111,6 +111,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   [[nodiscard]] viewGeometry::Placement placementOf(const Document& document) const;
   [[nodiscard]] QPointF viewCentre() const { return QRectF(rect()).center(); }
   void drawFrame();
+  /// Begins `catchUp` after a moment, if it has anything to do.
+  void getReady();
   void catchUp();
 
   void observeNotifications();
@@ -180,10 +182,12 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   bool isPainting_ = false;
   bool isFlattening_ = false;
   FramePacer pacer_;
-  /// Flattens the document when nothing has changed for a moment.
+  /// Flattens the document when nothing has changed for a moment, and gets ready for the next change.
   QTimer catchUpTimer_;
-  /// Lets go of the samples of a view that has come to rest.
+  /// Lets go of the samples of a view that has come to rest; a move of the pointer has them gathered anew.
   QTimer restTimer_;
+  /// The picture that the last frame drew from the flattened document.
+  std::optional<std::uint64_t> awaitedPicture_;
   ChangeStream::Subscription changes_;
   std::vector<NotificationCenter::Subscription> notificationObservers_;
   bool spaceHoldsHand_ = false;

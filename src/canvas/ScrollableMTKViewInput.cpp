@@ -145,6 +145,7 @@ void ScrollableMTKView::mouseMoveEvent(QMouseEvent* event) {
   if (isPanning_) endPan();
   if (!event->buttons().testFlag(Qt::LeftButton)) {
     endGesture(record, event->position());
+    if (!catchUpTimer_.isActive()) getReady();
     if (const auto handler = handlerOfCurrentTool()) {
       handler->mouseMoved(record, toolContext(), event->position());
     }

@@ -209,6 +209,12 @@ const Surface* Document::sampleComposite(SampledComposite& samples, const Sample
   return &compositor_->sample(*this, samples, grid);
 }
 
+bool Document::prepareSamples(SampledComposite& samples, const SampleGrid& grid,
+                              std::chrono::milliseconds budget) const {
+  if (compositedTexture.value() == nullptr || grid.isEmpty()) return true;
+  return compositor_->prepareSample(*this, samples, grid, budget);
+}
+
 // Open edits.
 
 void Document::settle() const {

@@ -179,6 +179,10 @@ class Document : public std::enable_shared_from_this<Document> {
   /// What `composite` would hold at the samples of a view, without making it. Good until the next call with
   /// the same `samples`; null without a composite or without samples.
   [[nodiscard]] const Surface* sampleComposite(SampledComposite& samples, const SampleGrid& grid) const;
+  /// Gathers for about this long what the next `sampleComposite` of this grid would have to; the next call
+  /// continues from there. True once nothing is missing.
+  bool prepareSamples(SampledComposite& samples, const SampleGrid& grid,
+                      std::chrono::milliseconds budget) const;
   /// The flattened image of this moment for use on another thread, which completes it if necessary; null
   /// without a composite.
   [[nodiscard]] std::shared_ptr<FrozenComposite> freezeComposite() const;

@@ -116,6 +116,12 @@ const Surface& DocumentCompositor::sample(const Document& document, SampledCompo
   return samples.evaluate(beginRun(document, composite, Sources::shown)->plan, grid);
 }
 
+bool DocumentCompositor::prepareSample(const Document& document, SampledComposite& samples,
+                                       const SampleGrid& grid, std::chrono::milliseconds budget) {
+  Surface& composite = const_cast<Surface&>(*document.compositedTexture.value());
+  return samples.prepare(beginRun(document, composite, Sources::shown)->plan, grid, budget);
+}
+
 bool DocumentCompositor::advance(Run& run, int tiles) {
   const int count = std::min(tiles, run.plan.tileCount() - run.nextTile);
   run.plan.run(CompositeScope::changedTiles, run.nextTile, count);

@@ -46,6 +46,9 @@ class DocumentCompositor {
 
   /// The flattened image at a view's samples, with what open edits show.
   const Surface& sample(const Document& document, SampledComposite& samples, const SampleGrid& grid);
+  /// Gathers ahead for `sample`, for about this long. True once nothing is missing.
+  bool prepareSample(const Document& document, SampledComposite& samples, const SampleGrid& grid,
+                     std::chrono::milliseconds budget);
 
   /// Temporaries of isolating folders, kept between runs.
   [[nodiscard]] std::vector<ConstTexture> texturePool() const {

@@ -205,14 +205,10 @@ void BlockComposer::findNeededTargets() {
   }
 }
 
-SampleBlock BlockComposer::samplesOf(const SampleLayout::Strip& strip) const {
-  return {layout_.columnsOf(*block_), layout_.rows(strip.rowBegin, strip.rowEnd)};
-}
-
 /// The strip's pixels where they stand in the tile, if it takes whole rows.
 const std::byte* BlockComposer::wholeRows(const Tile& tile, int pixelBytes) const {
   if (tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
-  const SampleBlock samples = samplesOf(*strip_);
+  const SampleBlock samples = layout_.samplesOf(*block_, *strip_);
   if (samples.columns.size() != tileSide || !samples.isContiguous()) return nullptr;
   return tile.data() + static_cast<std::ptrdiff_t>(samples.rows.front() % tileSide * tileSide) * pixelBytes;
 }
@@ -223,24 +219,17 @@ const std::byte* BlockComposer::standing(const Surface& surface) {
   if (const std::byte* rows = wholeRows(tile, surface.pixelBytes())) return rows;
   if (kept == nullptr || tile.isUniform()) {
     auto& memory = surface.format() == maskPixelFormat ? memory_.gatheredMask : memory_.gatheredPixels;
-    gatherSamples(surface, samplesOf(*strip_), {}, memory.data());
+    gatherSamples(surface, layout_.samplesOf(*block_, *strip_), {}, memory.data());
     return memory.data();
   }
-  const auto pixelBytes = static_cast<std::size_t>(surface.pixelBytes());
-  std::uint64_t& version = kept->versions[blockIndex_];
-  if (version != tile.version()) {
-    for (const SampleLayout::Strip& strip : block_->strips) {
-      gatherSamples(surface, samplesOf(strip), {}, kept->pixels.get() + strip.first * pixelBytes);
-    }
-    version = tile.version();
-  }
-  return kept->pixels.get() + strip_->first * pixelBytes;
+  if (kept->isOutOfDate(tile, blockIndex_)) kept->take(surface, layout_, blockIndex_);
+  return kept->pixels.get() + strip_->first * static_cast<std::size_t>(surface.pixelBytes());
 }
 
 const std::byte* BlockComposer::read(int source, std::span<std::byte> scratch) {
   const auto index = static_cast<std::size_t>(source);
   if (transforms_[index] == nullptr) {
-    return plan_.sources[index]->read(tileIndex_, samplesOf(*strip_), *this, scratch.data());
+    return plan_.sources[index]->read(tileIndex_, layout_.samplesOf(*block_, *strip_), *this, scratch.data());
   }
   resample(index, scratch.data());
   return scratch.data();
@@ -249,9 +238,9 @@ const std::byte* BlockComposer::read(int source, std::span<std::byte> scratch) {
 /// Makes the strip's pixels of a source that is resampled. Where pixels are neighbours, all strips of the
 /// block are made together, since they share what they take from the source.
 void BlockComposer::resample(std::size_t source, std::byte* strip) {
-  const SampleBlock samples = samplesOf(*strip_);
+  const SampleBlock samples = layout_.samplesOf(*block_, *strip_);
   const PixelRect tile = plan_.sources[source]->surface().tileRect(tileIndex_);
-  const SampleBlock all{layout_.columnsOf(*block_), layout_.rows(block_->rowBegin, block_->rowEnd)};
+  const SampleBlock all = layout_.samplesOf(*block_);
   if (!all.isContiguous()) return transforms_[source]->sample(tile, samples, strip);
   std::byte* pixels =
       memory_.resampled[source].ofSize((all.count() + SampleLayout::alignment) * largestPixel);

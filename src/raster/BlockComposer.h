@@ -99,7 +99,6 @@ class BlockComposer final : public kernels::StripReader {
   void findNeededTargets();
   [[nodiscard]] static kernels::PlaneSet planesOf(std::span<const Contribution> contributions);
 
-  [[nodiscard]] kernels::SampleBlock samplesOf(const SampleLayout::Strip& strip) const;
   [[nodiscard]] const std::byte* wholeRows(const Tile& tile, int pixelBytes) const;
   [[nodiscard]] const std::byte* read(int source, std::span<std::byte> scratch);
   void resample(std::size_t source, std::byte* strip);

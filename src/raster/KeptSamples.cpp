@@ -25,6 +25,16 @@ void forPlanes(Accumulator& accumulator, PlaneSet planes, const Copy& copy) {
 
 }  // namespace
 
+void KeptPixels::take(const Surface& surface, const SampleLayout& layout, std::size_t block) {
+  const SampleLayout::Block& taken = layout.blocks[block];
+  const auto pixelBytes = static_cast<std::size_t>(surface.pixelBytes());
+  for (const SampleLayout::Strip& strip : taken.strips) {
+    kernels::gatherSamples(surface, layout.samplesOf(taken, strip), {},
+                           pixels.get() + strip.first * pixelBytes);
+  }
+  versions[block] = surface.tile(surface.tileIndex(taken.tileX, taken.tileY)).version();
+}
+
 void KeptBelow::begin(const SampleLayout& layout, std::vector<std::uint64_t> steps) {
   const auto same = std::mismatch(steps.begin(), steps.end(), lastSteps_.begin(), lastSteps_.end());
   const auto first = static_cast<std::size_t>(same.first - steps.begin());
@@ -35,7 +45,18 @@ void KeptBelow::begin(const SampleLayout& layout, std::vector<std::uint64_t> ste
   if (std::exchange(candidate_, first) != first || first == kept_) return;
   kept_ = first >= fewestSteps ? first : 0;
   recipes_.assign(layout.blocks.size(), 0);
-  if (kept_ == 0 || planes_ != nullptr) return;
+  if (kept_ > 0 && planes_ == nullptr) allocate(layout);
+}
+
+bool KeptBelow::makeRoom(const SampleLayout& layout, std::size_t steps) {
+  if (steps <= fewestSteps || planes_ != nullptr) return false;
+  allocate(layout);
+  if (planes_ == nullptr) return false;
+  std::fill_n(planes_.get(), samples_ * planesOfStrip, 0.0F);
+  return true;
+}
+
+void KeptBelow::allocate(const SampleLayout& layout) {
   planes_ = hwy::AllocateAligned<float>(layout.samples * planesOfStrip);
   samples_ = layout.samples;
 }

@@ -9,12 +9,20 @@
 #include <vector>
 
 #include "raster/SampleLayout.h"
+#include "raster/Surface.h"
 #include "raster/kernels/CompositeStrip.h"
 
 namespace orvanel {
 
 /// Pixels kept at the samples of one surface.
 struct KeptPixels {
+  /// Whether the block's pixels would have to be gathered from the tile. Uniform tiles aren't kept.
+  [[nodiscard]] bool isOutOfDate(const Tile& tile, std::size_t block) const {
+    return !tile.isUniform() && versions[block] != tile.version();
+  }
+  /// Gathers them.
+  void take(const Surface& surface, const SampleLayout& layout, std::size_t block);
+
   hwy::AlignedFreeUniquePtr<std::byte[]> pixels;
   std::vector<std::uint64_t> versions;  ///< of the tile that each block was taken from; 0: none
   std::size_t bytes = 0;
@@ -28,6 +36,9 @@ class KeptBelow {
   /// Prepares for a frame that evaluates these steps of the canvas; equal numbers stand for equal steps. The
   /// steps below the first that differs from the last frame are kept, once two frames agree on it.
   void begin(const SampleLayout& layout, std::vector<std::uint64_t> steps);
+  /// Has the memory at hand, cleared, for a canvas of so many steps. False if it was already, or isn't
+  /// needed.
+  bool makeRoom(const SampleLayout& layout, std::size_t steps);
   /// How many of the first steps are kept; 0 if none are.
   [[nodiscard]] std::size_t steps() const { return planes_ == nullptr ? 0 : kept_; }
 
@@ -46,6 +57,8 @@ class KeptBelow {
   void forget();
 
  private:
+  void allocate(const SampleLayout& layout);
+
   std::vector<std::uint64_t> lastSteps_;
   /// The first step that changed in the last frame.
   std::size_t candidate_ = 0;

@@ -1,6 +1,7 @@
 #include "raster/SampleLayout.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "raster/Tile.h"
@@ -60,12 +61,14 @@ SampleLayout::SampleLayout(const SampleGrid& sampled) : grid(sampled) {
              span(grid.columns) * span(grid.rows);
 }
 
-std::span<const std::int32_t> SampleLayout::columnsOf(const Block& block) const {
-  return part(grid.columns, block.columnBegin, block.columnEnd);
+kernels::SampleBlock SampleLayout::samplesOf(const Block& block) const {
+  return {part(grid.columns, block.columnBegin, block.columnEnd),
+          part(grid.rows, block.rowBegin, block.rowEnd)};
 }
 
-std::span<const std::int32_t> SampleLayout::rows(int begin, int end) const {
-  return part(grid.rows, begin, end);
+kernels::SampleBlock SampleLayout::samplesOf(const Block& block, const Strip& strip) const {
+  return {part(grid.columns, block.columnBegin, block.columnEnd),
+          part(grid.rows, strip.rowBegin, strip.rowEnd)};
 }
 
 }  // namespace orvanel

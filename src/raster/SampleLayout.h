@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "raster/SampleGrid.h"
+#include "raster/kernels/SampleRows.h"
 
 namespace orvanel {
 
@@ -35,8 +35,8 @@ struct SampleLayout {
 
   explicit SampleLayout(const SampleGrid& sampled);
 
-  [[nodiscard]] std::span<const std::int32_t> columnsOf(const Block& block) const;
-  [[nodiscard]] std::span<const std::int32_t> rows(int begin, int end) const;
+  [[nodiscard]] kernels::SampleBlock samplesOf(const Block& block) const;
+  [[nodiscard]] kernels::SampleBlock samplesOf(const Block& block, const Strip& strip) const;
 
   SampleGrid grid;
   std::vector<Block> blocks;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <numeric>
+#include <set>
 #include <utility>
 
 #include "raster/BlockComposer.h"
@@ -102,6 +103,50 @@ KeptPixels* SampledComposite::keep(const Surface& surface) {
   kept.bytes = bytes;
   kept.lastUse = evaluations_;
   return &kept;
+}
+
+void SampledComposite::makeRoomForImage() {
+  for (int i = 0; i < image_->tileCount(); ++i) {
+    if (image_->tile(i).isUniform()) static_cast<void>(image_->editTile(i));
+  }
+}
+
+bool SampledComposite::prepare(const CompositePlan& plan, const SampleGrid& grid,
+                               std::chrono::milliseconds budget) {
+  struct Missing {
+    const Surface* surface;
+    KeptPixels* kept;
+    std::size_t block;
+  };
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point end = Clock::now() + budget;
+  ++evaluations_;
+  arrange(grid, plan.targets().front().surface->format());
+  std::set<const Surface*> surfaces;
+  for (const auto& source : SampledPlan(plan).sources) {
+    for (const Surface* surface : source->standingSurfaces()) surfaces.insert(surface);
+  }
+  std::vector<Missing> missing;
+  for (const Surface* surface : surfaces) {
+    KeptPixels* kept = keep(*surface);
+    if (kept == nullptr) continue;
+    for (std::size_t i = 0; i < layout_->blocks.size(); ++i) {
+      const SampleLayout::Block& block = layout_->blocks[i];
+      const Tile& tile = surface->tile(surface->tileIndex(block.tileX, block.tileY));
+      if (kept->isOutOfDate(tile, i)) missing.push_back({surface, kept, i});
+    }
+  }
+  constexpr std::size_t atOnce = 256;
+  for (std::size_t from = 0; from < missing.size(); from += atOnce) {
+    tbb::parallel_for(from, std::min(from + atOnce, missing.size()), [&](std::size_t i) {
+      missing[i].kept->take(*missing[i].surface, *layout_, missing[i].block);
+    });
+    if (Clock::now() >= end) return false;
+  }
+  // Memory that the system must clear takes turns of its own.
+  if (!missing.empty() || below_.makeRoom(*layout_, plan.targets().front().steps.size())) return false;
+  makeRoomForImage();
+  return true;
 }
 
 const Surface& SampledComposite::evaluate(const CompositePlan& plan, const SampleGrid& grid) {

@@ -6,6 +6,7 @@
 
 #include <hwy/aligned_allocator.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -31,6 +32,10 @@ class SampledComposite {
   /// A pixel for each sample of the grid, which isn't empty, in the format of the plan's canvas. Good until
   /// the next evaluation.
   const Surface& evaluate(const CompositePlan& plan, const SampleGrid& grid);
+  /// Gathers what an evaluation of this plan will keep, for about this long; the next call continues from
+  /// there. True once nothing is missing, so that whatever step then changes costs what the steps after it
+  /// do.
+  bool prepare(const CompositePlan& plan, const SampleGrid& grid, std::chrono::milliseconds budget);
   /// Lets go of everything kept.
   void forget();
 
@@ -45,6 +50,8 @@ class SampledComposite {
  private:
   void arrange(const SampleGrid& grid, PixelFormat format);
   KeptPixels* keep(const Surface& surface);
+  /// Memory for the whole image, which the system clears when it is first written to.
+  void makeRoomForImage();
 
   std::optional<SampleLayout> layout_;
   std::optional<Surface> image_;

@@ -177,7 +177,7 @@ TEST_F(CanvasRendererTest, AFrameShowsALargeImageBeforeItIsFlattened) {
 TEST_F(CanvasRendererTest, FlatteningIsSpreadOverTurnsAndAnEditRestartsIt) {
   document = makeDocument(largeSide, largeSide);
   renderer.document = document;
-  renderer.flatteningPerTurn = std::chrono::milliseconds(0);
+  renderer.workPerTurn = std::chrono::milliseconds(0);
   EXPECT_FALSE(renderer.catchUp());
   document->fillSelection({1.0F, 0.0F, 0.0F, 1.0F});
   EXPECT_FALSE(renderer.catchUp());
@@ -188,6 +188,22 @@ TEST_F(CanvasRendererTest, FlatteningIsSpreadOverTurnsAndAnEditRestartsIt) {
   for (const QPoint corner : {QPoint(0, 0), QPoint(99, 0), QPoint(0, 79), QPoint(99, 79)}) {
     EXPECT_EQ(view.at(corner.x(), corner.y()), red);
   }
+}
+
+TEST_F(CanvasRendererTest, IsReadyOnceNothingIsLeftToDoForThePictureShown) {
+  document = makeDocument(largeSide, largeSide);
+  renderer.document = document;
+  renderer.drawInMTKView(view);
+  EXPECT_FALSE(renderer.isReady());
+  while (!renderer.catchUp()) continue;
+  EXPECT_TRUE(renderer.isReady());
+  document->zoomIn();
+  renderer.drawInMTKView(view);
+  EXPECT_FALSE(renderer.isReady());
+  while (!renderer.catchUp()) continue;
+  EXPECT_TRUE(renderer.isReady());
+  renderer.forgetFrames();
+  EXPECT_FALSE(renderer.isReady());
 }
 
 TEST_F(CanvasRendererTest, StopsWithoutADocumentACompositeOrADrawable) {

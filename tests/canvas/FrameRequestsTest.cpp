@@ -143,13 +143,24 @@ TEST_F(FrameRequestsTest, ACompositeMadeOutsideAFrameDrawsOneFrame) {
 
 TEST_F(FrameRequestsTest, ALargeImageIsFlattenedAfterItsFrameWithoutAnother) {
   const DocumentPtr large = test::makeDocument(128 * 20, 128 * 20);
-  pane.canvasView().renderer().flatteningPerTurn = std::chrono::milliseconds(0);
+  pane.canvasView().renderer().workPerTurn = std::chrono::milliseconds(0);
   pane.setDocument(large);
   settle();
   const int frames = counter->frames;
   EXPECT_TRUE(test::runUntil([&] { return large->isCompositeCurrent(); }));
   settle();
   EXPECT_EQ(counter->frames, frames);
+}
+
+TEST_F(FrameRequestsTest, AViewAtRestGetsReadyForTheNextChangeWithoutAnotherFrame) {
+  const DocumentPtr large = test::makeDocument(128 * 20, 128 * 20);
+  const CanvasRenderer& renderer = pane.canvasView().renderer();
+  pane.setDocument(large);
+  EXPECT_TRUE(test::runUntil([&] { return large->isCompositeCurrent() && renderer.isReady(); }));
+  settle();
+  large->zoomIn();
+  settle();
+  EXPECT_TRUE(test::runUntil([&] { return renderer.isReady(); }));
 }
 
 TEST_F(FrameRequestsTest, ADocumentThatIsNoLongerShownDrawsNoFrame) {

@@ -3,6 +3,7 @@
 #include "raster/SampledComposite.h"
 
 #include <gtest/gtest.h>
+#include <chrono>
 
 #include <memory>
 #include <random>
@@ -327,6 +328,29 @@ TEST_P(SampledComposites, CompositeOnlyWhatHasChanged) {
   EXPECT_EQ(sampled.blocksMade(), 2);
   sampled.forget();
   EXPECT_EQ(sampled.keptBytes(), 0U);
+}
+
+/// What is gathered ahead is what a first evaluation would gather, and changes nothing that it shows.
+TEST_P(SampledComposites, FindWhatWasPreparedInTurns) {
+  const SampleGrid grid = SampleGrid::ofView(uniformsOf({0.5F, 1.0F, 0.0F}));
+  SampledComposite unprepared;
+  const Surface expected = unprepared.evaluate(*stack.plan(composite, folder), grid);
+
+  SampledComposite sampled;
+  int turns = 1;
+  while (!sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0))) ++turns;
+  EXPECT_GT(turns, 1);
+  EXPECT_GE(sampled.keptBytes(), unprepared.keptBytes());
+  EXPECT_TRUE(sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0)));
+  EXPECT_TRUE(sampled.evaluate(*stack.plan(composite, folder), grid).equals(expected));
+
+  // A tile that changes afterwards is missing again.
+  fillRandomTile(stack.layers[0], 5, random);
+  EXPECT_FALSE(sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0)));
+  EXPECT_TRUE(sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0)));
+  unprepared.forget();
+  const Surface changed = unprepared.evaluate(*stack.plan(composite, folder), grid);
+  EXPECT_TRUE(sampled.evaluate(*stack.plan(composite, folder), grid).equals(changed));
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, SampledComposites, testing::ValuesIn(allColorModes));
