@@ -307,6 +307,88 @@ TEST_P(GestureFrames, StayRightWhenSurfacesAreWrittenInMidGesture) {
   EXPECT_EQ(view.pixels, sampled);
 }
 
+/// Several turns of flattening large, with a masked layer over the background.
+DocumentPtr largeDocument(ColorMode mode) {
+  constexpr int width = 1500;
+  constexpr int height = 1100;
+  std::mt19937 random(12);
+  DocumentPtr document = test::makeDocument(width, height, mode);
+  document->addLayer(QStringLiteral("Changing"));
+  const std::shared_ptr<Layer> layer = document->activeLayer();
+  test::writable(layer->texture.value()) = randomSurface(layerPixelFormat(mode), width, height, random);
+  test::addRandomMask(*layer, random);
+  document->setOpacity(layer->id, 0.7F);
+  return document;
+}
+
+TEST_P(GestureFrames, DontJumpWhileTheWholeImageFollows) {
+  const std::vector<View> looks{{0.11, 1.0, {0.0, 0.0}}, {1.0, 1.25, {700.0, 500.0}}, {6.0, 2.0, {3.5, 8.0}}};
+  const DocumentPtr document = largeDocument(GetParam());
+  const DocumentPtr inOtherTab = documentFor(GetParam(), 13);
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
+  renderer.tilesFlattenedAtOnce = -1;
+  renderer.flatteningPerTurn = std::chrono::milliseconds(0);
+  test::PlainView shown(180, 120);
+  const auto frame = [&](const View& view) {
+    renderer.document = document;
+    test::zoomTo(*document, view.zoom);
+    document->setViewportOffset(view.offset);
+    shown.scale = view.scale;
+    renderer.drawInMTKView(shown);
+    return shown.pixels;
+  };
+  static_cast<void>(document->composite());
+  const auto open = LayerTransform::begin(document, QStringLiteral("Rotate"));
+  const std::vector<std::pair<std::string, std::function<void()>>> changes{
+      {"kept", [&] { open->commit(); }},
+      {"undone", [&] { document->undo(); }},
+      {"done again", [&] { document->redo(); }},
+      {"slid", [&] { OpenOpacityEdit::begin(document, document->activeLayer()->id)->show(0.3F); }},
+  };
+  open->rotate(0.4F);
+  for (const auto& [name, change] : changes) {
+    change();
+    std::vector<std::vector<std::uint32_t>> first;
+    for (const View& look : looks) first.push_back(frame(look));
+    EXPECT_FALSE(document->isCompositeCurrent()) << name;
+    int turns = 0;
+    for (bool isCurrent = false; !isCurrent; ++turns) {
+      isCurrent = renderer.catchUp();
+      for (std::size_t i = 0; i < looks.size(); ++i) {
+        EXPECT_EQ(frame(looks[i]), first[i]) << name << ", turn " << turns << ", zoom " << looks[i].zoom;
+      }
+      renderer.document = inOtherTab;
+      renderer.drawInMTKView(shown);
+      renderer.document = document;
+    }
+    EXPECT_GT(turns, 5) << name;
+  }
+}
+
+TEST_P(GestureFrames, ShowWhatUndoLeavesOfAnOpenGesture) {
+  const DocumentPtr document = documentFor(GetParam(), 14);
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
+  renderer.document = document;
+  renderer.tilesFlattenedAtOnce = -1;
+  test::PlainView view(180, 120);
+  const auto frame = [&] {
+    renderer.drawInMTKView(view);
+    return view.pixels;
+  };
+  const std::vector<std::uint32_t> before = frame();
+  const auto open = LayerTransform::begin(document, QStringLiteral("Rotate"));
+  open->rotate(0.4F);
+  const std::vector<std::uint32_t> turned = frame();
+  EXPECT_NE(turned, before);
+  document->undo();
+  EXPECT_FALSE(open->isOpen());
+  EXPECT_EQ(frame(), before);
+  document->redo();
+  EXPECT_EQ(frame(), turned);
+  static_cast<void>(document->composite());
+  EXPECT_EQ(frame(), turned);
+}
+
 TEST(GestureFrame, TheLayerIsWrittenOnce) {
   const DocumentPtr document = documentFor(ColorMode::rgb16, 10);
   CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });

@@ -67,6 +67,7 @@ class Walk {
     renderer_.tilesFlattenedAtOnce = -1;
     renderer_.flatteningPerTurn = std::chrono::milliseconds(0);
     view_.scale = 1.0;
+    document_->selectNode(document_->allLayers().back()->id);
   }
 
   const Step& takeOne() {
@@ -85,11 +86,12 @@ class Walk {
   }
   [[nodiscard]] const DocumentPtr& document() const { return document_; }
   [[nodiscard]] double scale() const { return *view_.scale; }
-  [[nodiscard]] bool isTimeToFlatten() { return commands_.below(4) == 0; }
+  [[nodiscard]] bool isTimeToFlatten() { return commands_.below(12) == 0; }
 
  private:
   [[nodiscard]] double share() { return double{commands_.fraction()}; }
   void command() { commands_.runOne(); }
+  void activate();
   void undo() { document_->undo(); }
   void redo() { document_->redo(); }
   void transform();
@@ -105,7 +107,7 @@ class Walk {
   void flattenSome() { renderer_.catchUp(); }
   void flatten() { static_cast<void>(document_->composite()); }
 
-  static const std::array<Step, 15> steps;
+  static const std::array<Step, 16> steps;
 
   DocumentPtr document_;
   DocumentPtr other_;
@@ -120,23 +122,28 @@ class Walk {
   std::unique_ptr<VisibilitySweep> sweep_;
 };
 
-const std::array<Walk::Step, 15> Walk::steps{{
-    {"command", 4, Effect::seen, &Walk::command},
+const std::array<Walk::Step, 16> Walk::steps{{
+    {"command", 3, Effect::seen, &Walk::command},
+    {"activate", 3, Effect::unseen, &Walk::activate},
     {"undo", 2, Effect::seen, &Walk::undo},
     {"redo", 1, Effect::seen, &Walk::redo},
-    {"transform", 12, Effect::seen, &Walk::transform},
-    {"levels", 6, Effect::seen, &Walk::adjustLevels},
+    {"transform", 20, Effect::seen, &Walk::transform},
+    {"levels", 10, Effect::seen, &Walk::adjustLevels},
     {"nudge", 4, Effect::seen, &Walk::nudge},
-    {"opacity", 8, Effect::seen, &Walk::slideOpacity},
-    {"eye sweep", 6, Effect::seen, &Walk::sweep},
+    {"opacity", 12, Effect::seen, &Walk::slideOpacity},
+    {"eye sweep", 8, Effect::seen, &Walk::sweep},
     {"keep", 3, Effect::unseen, &Walk::keep},
     {"take back", 2, Effect::seen, &Walk::takeBack},
     {"look", 5, Effect::seen, &Walk::look},
     {"other tab", 2, Effect::unseen, &Walk::showOtherTab},
-    {"settle", 2, Effect::unseen, &Walk::settle},
-    {"flatten some", 6, Effect::unseen, &Walk::flattenSome},
-    {"flatten", 2, Effect::unseen, &Walk::flatten},
+    {"settle", 1, Effect::unseen, &Walk::settle},
+    {"flatten some", 2, Effect::unseen, &Walk::flattenSome},
+    {"flatten", 1, Effect::unseen, &Walk::flatten},
 }};
+
+void Walk::activate() {
+  if (const std::optional<LayerNode> node = commands_.anyNode()) document_->selectNode(node->id());
+}
 
 void Walk::transform() {
   if (transform_ == nullptr || !transform_->isOpen()) {
