@@ -101,13 +101,14 @@ class Walk {
   void sweep();
   void keep();
   void takeBack();
-  void look();
+  void zoomAndPan();
+  void scroll();
   void showOtherTab();
   void settle() { document_->settle(); }
   void flattenSome() { renderer_.catchUp(); }
   void flatten() { static_cast<void>(document_->composite()); }
 
-  static const std::array<Step, 16> steps;
+  static const std::array<Step, 17> steps;
 
   DocumentPtr document_;
   DocumentPtr other_;
@@ -122,7 +123,7 @@ class Walk {
   std::unique_ptr<VisibilitySweep> sweep_;
 };
 
-const std::array<Walk::Step, 16> Walk::steps{{
+const std::array<Walk::Step, 17> Walk::steps{{
     {"command", 3, Effect::seen, &Walk::command},
     {"activate", 3, Effect::unseen, &Walk::activate},
     {"undo", 2, Effect::seen, &Walk::undo},
@@ -134,7 +135,8 @@ const std::array<Walk::Step, 16> Walk::steps{{
     {"eye sweep", 8, Effect::seen, &Walk::sweep},
     {"keep", 3, Effect::unseen, &Walk::keep},
     {"take back", 2, Effect::seen, &Walk::takeBack},
-    {"look", 5, Effect::seen, &Walk::look},
+    {"zoom and pan", 4, Effect::seen, &Walk::zoomAndPan},
+    {"scroll", 4, Effect::seen, &Walk::scroll},
     {"other tab", 2, Effect::unseen, &Walk::showOtherTab},
     {"settle", 1, Effect::unseen, &Walk::settle},
     {"flatten some", 2, Effect::unseen, &Walk::flattenSome},
@@ -207,13 +209,19 @@ void Walk::takeBack() {
   if (opacity_ != nullptr) opacity_->takeBack();
 }
 
-void Walk::look() {
+void Walk::zoomAndPan() {
   constexpr std::array scales{1.0, 1.25, 2.0};
   view_.scale = scales[static_cast<std::size_t>(commands_.below(3))];
   const double zoom =
       zoomTable[static_cast<std::size_t>(commands_.below(static_cast<int>(zoomTable.size())))];
   test::zoomTo(*document_, commands_.below(2) == 0 ? zoom : zoom * (0.5 + share()));
   document_->setViewportOffset({commands_.below(340) - 40.0, commands_.below(700) / 4.0 - 30.0});
+}
+
+void Walk::scroll() {
+  const double distance = commands_.below(61) - 30.0;
+  const QPointF direction = commands_.below(2) == 0 ? QPointF(1.0, 0.0) : QPointF(0.0, 1.0);
+  document_->setViewportOffset(document_->viewportOffset.value() + distance * direction);
 }
 
 void Walk::showOtherTab() {
