@@ -67,11 +67,13 @@ double median(std::vector<double> times) {
 std::optional<double> kernelMilliseconds(const Document& document) {
   const std::shared_ptr<Layer> layer = document.activeLayer();
   std::optional<double> sum;
+  // Kept until the last has been made, as the end of the edit keeps them.
+  std::vector<Surface> made;
   for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
     const std::optional<ShownSurface> shown = document.shown(*layer, kind);
     if (!shown) continue;
     const Surface& source = *shown->original;
-    Surface destination(source.format(), source.width(), source.height());
+    Surface& destination = made.emplace_back(source.format(), source.width(), source.height());
     const Clock::time_point start = Clock::now();
     applyChange(*shown->change, MetalContext::shared(), source, destination);
     sum = sum.value_or(0.0) + millisecondsSince(start);
