@@ -1,5 +1,5 @@
-// A full-HD canvas without a window, for tool handlers: shows a document from its upper left corner and draws
-// its frames.
+// A full-HD canvas without a window, for tool handlers: shows a document, at first its upper left corner, and
+// draws its frames.
 #pragma once
 
 #include <memory>
@@ -21,6 +21,7 @@ class BenchCanvas : public ToolCanvas {
       document_->zoomActualSize();
     }
     zoom_ = document_->zoom();
+    scrollTo({0.0, 0.0});
     renderer_.document = document_;
     static_cast<void>(document_->composite());
     draw();
@@ -30,6 +31,9 @@ class BenchCanvas : public ToolCanvas {
     renderer_.toolOverlayLayers = {std::move(overlay)};
   }
   void draw() { renderer_.drawInMTKView(view_); }
+  /// Flattens some more of the document and gathers ahead; true once nothing is left to do.
+  bool catchUp() { return renderer_.catchUp(); }
+  [[nodiscard]] const DocumentPtr& document() const { return document_; }
   [[nodiscard]] ToolContext context() { return {this, document_}; }
   /// View points for a share of the view's height.
   [[nodiscard]] QPointF at(double x, double y) const { return QPointF(x, y) * viewHeight; }
@@ -37,12 +41,12 @@ class BenchCanvas : public ToolCanvas {
 
   [[nodiscard]] QSizeF viewSize() const override { return {viewWidth, viewHeight}; }
   [[nodiscard]] std::optional<QPointF> viewToDocument(QPointF viewPoint) const override {
-    return viewPoint / zoom_;
+    return viewPoint / zoom_ + document_->viewportOffset.value();
   }
   [[nodiscard]] std::optional<QPointF> documentToView(QPointF documentPoint) const override {
-    return documentPoint * zoom_;
+    return (documentPoint - document_->viewportOffset.value()) * zoom_;
   }
-  void scrollTo(QPointF /*documentOffset*/) override {}
+  void scrollTo(QPointF documentOffset) final { document_->setViewportOffset(documentOffset); }
   [[nodiscard]] std::uint32_t currentModifiers() const override { return 0; }
   void showCursor(CursorShape /*cursor*/) override {}
   void requestRedraw() override {}

@@ -12,15 +12,27 @@
 #include "CanvasSupport.h"
 #include "canvas/CanvasRenderer.h"
 #include "model/LevelsAdjustment.h"
+#include "model/NodeWalk.h"
+#include "model/OpenOpacityEdit.h"
 #include "model/PixelSupport.h"
 #include "model/RandomDocument.h"
+#include "model/VisibilitySweep.h"
+#include "tools/FakeCanvas.h"
 #include "tools/transform/LayerTransform.h"
+#include "tools/transform/MoveToolHandler.h"
 
 namespace orvanel {
 namespace {
 
-/// One step; what it returns keeps a gesture open.
-using Step = std::function<std::shared_ptr<void>(const DocumentPtr&)>;
+/// Where a gesture is performed.
+struct Stage {
+  DocumentPtr document;
+  /// Draws a frame, as happens between the events of a gesture.
+  std::function<void()> frame;
+};
+
+/// One gesture; what it returns keeps it open.
+using Step = std::function<std::shared_ptr<void>(const Stage&)>;
 
 struct NamedStep {
   std::string name;
@@ -28,45 +40,120 @@ struct NamedStep {
 };
 
 Step command(const std::function<void(Document&, const QUuid&)>& change) {
-  return [change](const DocumentPtr& document) -> std::shared_ptr<void> {
-    change(*document, *document->selectedNodeID.value());
+  return [change](const Stage& stage) -> std::shared_ptr<void> {
+    change(*stage.document, *stage.document->selectedNodeID.value());
     return nullptr;
   };
 }
 
 Step transform(const std::function<void(LayerTransform&)>& change) {
-  return [change](const DocumentPtr& document) -> std::shared_ptr<void> {
-    std::shared_ptr<LayerTransform> open = LayerTransform::begin(document, QStringLiteral("Transform"));
+  return [change](const Stage& stage) -> std::shared_ptr<void> {
+    std::shared_ptr<LayerTransform> open = LayerTransform::begin(stage.document, QStringLiteral("Transform"));
+    open->translate(-5, 3);
+    stage.frame();
     change(*open);
     return open;
   };
 }
 
 Step onMask(const Step& step) {
-  return [step](const DocumentPtr& document) {
-    document->setMaskSelected(*document->selectedNodeID.value(), true);
-    return step(document);
+  return [step](const Stage& stage) {
+    stage.document->setMaskSelected(*stage.document->selectedNodeID.value(), true);
+    return step(stage);
+  };
+}
+
+/// The layer's pixels alone, under a mask that stays.
+Step unlinked(const Step& step) {
+  return [step](const Stage& stage) {
+    stage.document->setMaskLinked(*stage.document->selectedNodeID.value(), false);
+    return step(stage);
   };
 }
 
 Step onFolder(const std::function<void(Document&, const QUuid&)>& change) {
-  return [change](const DocumentPtr& document) -> std::shared_ptr<void> {
-    change(*document, test::idOf(*document, "Group"));
+  return [change](const Stage& stage) -> std::shared_ptr<void> {
+    change(*stage.document, test::idOf(*stage.document, "Group"));
     return nullptr;
   };
 }
 
-std::shared_ptr<void> levels(const DocumentPtr& document) {
-  const auto open = std::make_shared<LevelsAdjustment>(LevelsAdjustment::begin(document).value());
+enum class SliderEnd { held, released, givenUp };
+
+/// A slider that is pressed, dragged and let go of, or not yet.
+Step opacitySlider(const QString& node, SliderEnd end) {
+  return [=](const Stage& stage) -> std::shared_ptr<void> {
+    const QUuid id = test::idOf(*stage.document, node);
+    std::shared_ptr<OpenOpacityEdit> open = OpenOpacityEdit::begin(stage.document, id);
+    for (const float opacity : {0.7F, 0.1F, 0.35F}) {
+      open->show(opacity);
+      stage.frame();
+    }
+    // Nothing of the slider is to be seen any more; the frames need a reason to be unfinished.
+    if (end == SliderEnd::givenUp) {
+      open->takeBack();
+      stage.document->setOpacity(stage.document->rootNodes.value().front().id(), 0.5F);
+    }
+    if (end == SliderEnd::released) open->keep();
+    return open;
+  };
+}
+
+/// The pointer is swept over the eyes of the list, with a frame after each.
+Step eyeSweep(bool isVisible) {
+  return [isVisible](const Stage& stage) -> std::shared_ptr<void> {
+    const auto open = std::make_shared<VisibilitySweep>(stage.document, isVisible);
+    const auto below = test::nodeNamed(*stage.document, "Below");
+    open->add(below.id());
+    stage.frame();
+    forEachNode(stage.document->rootNodes.value(), [&](const LayerNode& node) {
+      if (node.name().value() == "Group") return;
+      open->add(node.id());
+      stage.frame();
+    });
+    return open;
+  };
+}
+
+/// A run of arrow presses, each followed by a frame.
+std::shared_ptr<void> nudges(const Stage& stage) {
+  struct Hand {
+    explicit Hand(const DocumentPtr& document) : canvas(document) {}
+    MoveToolHandler tool{MetalContext::shared()};
+    test::FakeCanvas canvas;
+  };
+  const auto hand = std::make_shared<Hand>(stage.document);
+  test::ToolInHand keys(hand->tool, hand->canvas);
+  for (const std::uint32_t modifiers : {0U, modifier::shift}) {
+    hand->canvas.modifiers = modifiers;
+    for (const int key : {keyCode::rightArrow, keyCode::rightArrow, keyCode::upArrow}) {
+      EXPECT_TRUE(keys.keyDown(key));
+      stage.frame();
+    }
+  }
+  return hand;
+}
+
+std::shared_ptr<void> levels(const Stage& stage) {
+  const auto open = std::make_shared<LevelsAdjustment>(LevelsAdjustment::begin(stage.document).value());
+  open->apply({.blackPoint = 80.0F, .whitePoint = 90.0F, .gamma = 0.5F});
+  stage.frame();
   open->apply({.blackPoint = 30.0F, .whitePoint = 210.0F, .gamma = 1.6F});
   return open;
 }
 
-std::shared_ptr<void> levelsUnderASelection(const DocumentPtr& document) {
-  document->selectAll();
-  test::writableSelection(*document).setEllipse(150.0F, 70.0F, 90.0F, 60.0F, 12.0F, document->context());
-  return levels(document);
+std::shared_ptr<void> levelsUnderASelection(const Stage& stage) {
+  Document& document = *stage.document;
+  document.selectAll();
+  test::writableSelection(document).setEllipse(150.0F, 70.0F, 90.0F, 60.0F, 12.0F, document.context());
+  return levels(stage);
 }
+
+const Step move = transform([](LayerTransform& t) { t.translate(13, -7); });
+const Step scale = transform([](LayerTransform& t) { t.scaleTo({20.0, 11.5, 190.0, 160.25}); });
+const Step rotation = transform([](LayerTransform& t) { t.rotate(0.3F); });
+const Step freeTransform =
+    transform([](LayerTransform& t) { t.transform(QTransform(0.6, 0.2, -0.3, 0.9, 40.0, 10.0)); });
 
 const std::vector<NamedStep> steps{
     {"opacity", command([](Document& d, const QUuid& id) { d.setOpacity(id, 0.35F); })},
@@ -77,17 +164,30 @@ const std::vector<NamedStep> steps{
     {"blend mode of a folder",
      onFolder([](Document& d, const QUuid& id) { d.setBlendMode(id, BlendMode::overlay); })},
     {"visibility of a folder", onFolder([](Document& d, const QUuid& id) { d.setVisible(id, false); })},
-    {"move", transform([](LayerTransform& t) { t.translate(13, -7); })},
-    {"scale", transform([](LayerTransform& t) {
-       t.scaleTo({20.0, 11.5, 190.0, 160.25});
-     })},
-    {"rotation", transform([](LayerTransform& t) { t.rotate(0.3F); })},
-    {"free transform",
-     transform([](LayerTransform& t) { t.transform(QTransform(0.6, 0.2, -0.3, 0.9, 40.0, 10.0)); })},
+    {"opacity slider", opacitySlider("Changing", SliderEnd::held)},
+    {"opacity slider, released", opacitySlider("Changing", SliderEnd::released)},
+    {"opacity slider, given up", opacitySlider("Changing", SliderEnd::givenUp)},
+    {"opacity slider of a folder", opacitySlider("Group", SliderEnd::held)},
+    {"opacity slider of a folder, released", opacitySlider("Group", SliderEnd::released)},
+    {"opacity slider of a folder, given up", opacitySlider("Group", SliderEnd::givenUp)},
+    {"eye sweep that hides", eyeSweep(false)},
+    {"eye sweep that shows", eyeSweep(true)},
+    {"move", move},
+    {"scale", scale},
+    {"rotation", rotation},
+    {"free transform", freeTransform},
     {"strong reduction",
      transform([](LayerTransform& t) { t.transform(QTransform(0.1, 0.02, -0.03, 0.2, 100.0, 50.0)); })},
+    {"move of a layer without its mask", unlinked(move)},
+    {"scale of a layer without its mask", unlinked(scale)},
+    {"rotation of a layer without its mask", unlinked(rotation)},
+    {"free transform of a layer without its mask", unlinked(freeTransform)},
     {"move of a mask", onMask(transform([](LayerTransform& t) { t.translate(-40, 20); }))},
-    {"rotation of a mask", onMask(transform([](LayerTransform& t) { t.rotate(-0.2F); }))},
+    {"scale of a mask", onMask(scale)},
+    {"rotation of a mask", onMask(rotation)},
+    {"free transform of a mask", onMask(freeTransform)},
+    {"nudges", nudges},
+    {"nudges of a mask", onMask(nudges)},
     {"levels", levels},
     {"levels under a selection", levelsUnderASelection},
 };
@@ -97,10 +197,25 @@ struct View {
   double scale;
   QPointF offset;
 };
-const std::vector<View> views{{0.13, 1.0, {0.0, 0.0}},      {0.5, 1.25, {10.0, 3.0}},
-                              {2.0 / 3.0, 1.0, {0.0, 0.0}}, {1.0, 1.0, {101.0, 37.0}},
-                              {1.0, 2.0, {60.5, 20.0}},     {3.0, 1.25, {120.0, 60.25}},
-                              {8.0, 1.0, {126.5, 120.0}}};
+const std::vector<View> views{
+    {0.01, 1.0, {0.0, 0.0}},
+    {0.13, 1.0, {0.0, 0.0}},
+    {0.5, 1.25, {10.0, 3.0}},
+    {2.0 / 3.0, 1.0, {0.0, 0.0}},
+    {1.0, 1.0, {101.0, 37.0}},
+    {1.0, 2.0, {60.5, 20.0}},
+    {1.37, 1.25, {140.0, 60.0}},
+    {3.0, 1.25, {120.0, 60.25}},
+    {8.0, 1.0, {126.5, 120.0}},
+    {16.0, 2.0, {127.0, 60.0}},
+    {32.0, 1.25, {127.3, 127.1}},
+    {maximumZoom, 1.0, {127.9, 70.0}},
+    {maximumZoom, 2.0, {60.2, 5.6}},
+    // Partly outside the canvas, at each of its sides.
+    {1.5, 1.0, {-60.0, -40.0}},
+    {1.5, 1.25, {230.0, 101.5}},
+    {9.0, 2.0, {285.0, -3.0}},
+};
 
 /// A random document whose active layer, masked and in a folder, changes.
 DocumentPtr documentFor(ColorMode mode, unsigned seed) {
@@ -136,9 +251,10 @@ TEST_P(GestureFrames, ShowWhatFlatteningEverythingShows) {
     sampling.tilesFlattenedAtOnce = -1;
     test::PlainView sampled(180, 120);
     test::PlainView flattened(180, 120);
+    const auto frame = [&] { sampling.drawInMTKView(sampled); };
     // The samples of what stays are kept from this frame on.
-    sampling.drawInMTKView(sampled);
-    const std::shared_ptr<void> open = step.perform(document);
+    frame();
+    const std::shared_ptr<void> open = step.perform({document, frame});
     std::vector<std::vector<std::uint32_t>> frames;
     const auto show = [&](const View& view) {
       test::zoomTo(*document, view.zoom);
@@ -189,6 +305,88 @@ TEST_P(GestureFrames, StayRightWhenSurfacesAreWrittenInMidGesture) {
   static_cast<void>(document->composite());
   renderer.drawInMTKView(view);
   EXPECT_EQ(view.pixels, sampled);
+}
+
+/// Several turns of flattening large, with a masked layer over the background.
+DocumentPtr largeDocument(ColorMode mode) {
+  constexpr int width = 1500;
+  constexpr int height = 1100;
+  std::mt19937 random(12);
+  DocumentPtr document = test::makeDocument(width, height, mode);
+  document->addLayer(QStringLiteral("Changing"));
+  const std::shared_ptr<Layer> layer = document->activeLayer();
+  test::writable(layer->texture.value()) = randomSurface(layerPixelFormat(mode), width, height, random);
+  test::addRandomMask(*layer, random);
+  document->setOpacity(layer->id, 0.7F);
+  return document;
+}
+
+TEST_P(GestureFrames, DontJumpWhileTheWholeImageFollows) {
+  const std::vector<View> looks{{0.11, 1.0, {0.0, 0.0}}, {1.0, 1.25, {700.0, 500.0}}, {6.0, 2.0, {3.5, 8.0}}};
+  const DocumentPtr document = largeDocument(GetParam());
+  const DocumentPtr inOtherTab = documentFor(GetParam(), 13);
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
+  renderer.tilesFlattenedAtOnce = -1;
+  renderer.flatteningPerTurn = std::chrono::milliseconds(0);
+  test::PlainView shown(180, 120);
+  const auto frame = [&](const View& view) {
+    renderer.document = document;
+    test::zoomTo(*document, view.zoom);
+    document->setViewportOffset(view.offset);
+    shown.scale = view.scale;
+    renderer.drawInMTKView(shown);
+    return shown.pixels;
+  };
+  static_cast<void>(document->composite());
+  const auto open = LayerTransform::begin(document, QStringLiteral("Rotate"));
+  const std::vector<std::pair<std::string, std::function<void()>>> changes{
+      {"kept", [&] { open->commit(); }},
+      {"undone", [&] { document->undo(); }},
+      {"done again", [&] { document->redo(); }},
+      {"slid", [&] { OpenOpacityEdit::begin(document, document->activeLayer()->id)->show(0.3F); }},
+  };
+  open->rotate(0.4F);
+  for (const auto& [name, change] : changes) {
+    change();
+    std::vector<std::vector<std::uint32_t>> first;
+    for (const View& look : looks) first.push_back(frame(look));
+    EXPECT_FALSE(document->isCompositeCurrent()) << name;
+    int turns = 0;
+    for (bool isCurrent = false; !isCurrent; ++turns) {
+      isCurrent = renderer.catchUp();
+      for (std::size_t i = 0; i < looks.size(); ++i) {
+        EXPECT_EQ(frame(looks[i]), first[i]) << name << ", turn " << turns << ", zoom " << looks[i].zoom;
+      }
+      renderer.document = inOtherTab;
+      renderer.drawInMTKView(shown);
+      renderer.document = document;
+    }
+    EXPECT_GT(turns, 5) << name;
+  }
+}
+
+TEST_P(GestureFrames, ShowWhatUndoLeavesOfAnOpenGesture) {
+  const DocumentPtr document = documentFor(GetParam(), 14);
+  CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
+  renderer.document = document;
+  renderer.tilesFlattenedAtOnce = -1;
+  test::PlainView view(180, 120);
+  const auto frame = [&] {
+    renderer.drawInMTKView(view);
+    return view.pixels;
+  };
+  const std::vector<std::uint32_t> before = frame();
+  const auto open = LayerTransform::begin(document, QStringLiteral("Rotate"));
+  open->rotate(0.4F);
+  const std::vector<std::uint32_t> turned = frame();
+  EXPECT_NE(turned, before);
+  document->undo();
+  EXPECT_FALSE(open->isOpen());
+  EXPECT_EQ(frame(), before);
+  document->redo();
+  EXPECT_EQ(frame(), turned);
+  static_cast<void>(document->composite());
+  EXPECT_EQ(frame(), turned);
 }
 
 TEST(GestureFrame, TheLayerIsWrittenOnce) {

@@ -18,11 +18,17 @@ class HandToolHandler : public CanvasToolHandler {
   void mouseUp(const EventRecord& event, const ToolContext& context, QPointF viewPoint) override;
 
  private:
-  void endDrag();
+  struct Drag {
+    std::weak_ptr<Document> document;
+    QPointF start;        ///< view points
+    QPointF offsetStart;  ///< document pixels
+    QPointF pointer;      ///< the last position, in view points
+    /// Where the last step left the view.
+    double zoom = 1.0;
+    QPointF offset;
+  };
 
-  std::optional<QPointF> dragStart_;    ///< view points
-  std::optional<QPointF> offsetStart_;  ///< document pixels
-  std::weak_ptr<Document> draggedDocument_;
+  std::optional<Drag> drag_;
 };
 
 }  // namespace orvanel
