@@ -111,6 +111,7 @@ void ScrollableMTKView::documentChanged(const DocumentChanges& changes) {
   const bool isMoved =
       containsAny<change::ViewChanged>(changes, ViewProperty::zoom, ViewProperty::viewportOffset);
   if (isMoved || hasNewCanvas) updateCursorPosition();
+  if (isMoved) dragOnUnderPointer();
   const bool mayMoveBox = hasNewCanvas || contains<change::PixelsChanged>(changes) ||
                           containsAny<change::NodePropertyChanged>(changes, NodeProperty::isLocked);
   if (mayMoveBox && toolState_.currentTool() == Tool::move) moveHandler_->contentChanged(toolContext());

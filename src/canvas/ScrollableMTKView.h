@@ -137,6 +137,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   /// Whether the current tool's handler has the left button.
   [[nodiscard]] bool isGestureRunning() const;
   void deliverDrag();
+  /// The image moves under a still pointer: a drag in progress takes the pointer's new place.
+  void dragOnUnderPointer();
   /// Reports the release of the left button to the tool whose gesture runs.
   void endGesture(const EventRecord& record, QPointF viewPoint);
   void endPan();
@@ -168,6 +170,8 @@ class ScrollableMTKView : public QWidget, public MTKView, public ToolCanvas {
   std::shared_ptr<CanvasToolHandler> activeHandler_;
   std::shared_ptr<CanvasToolHandler> currentToolHandler_;
   std::optional<PendingDrag> pendingDrag_;
+  /// The last position that the running gesture was given.
+  std::optional<PendingDrag> lastDrag_;
   bool isLeftButtonDown_ = false;
   /// Pans with the middle button, whatever the tool.
   HandToolHandler panHandler_;

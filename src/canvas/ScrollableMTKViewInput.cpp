@@ -127,6 +127,7 @@ void ScrollableMTKView::mousePressEvent(QMouseEvent* event) {
     return QWidget::mousePressEvent(event);
   }
   isLeftButtonDown_ = true;
+  lastDrag_ = std::nullopt;
   activeHandler_ = handler;
   handler->mouseDown(record, toolContext(), event->position());
 }
@@ -160,7 +161,12 @@ void ScrollableMTKView::mouseMoveEvent(QMouseEvent* event) {
 void ScrollableMTKView::deliverDrag() {
   const auto pending = std::exchange(pendingDrag_, std::nullopt);
   if (!pending || activeHandler_ == nullptr) return;
+  lastDrag_ = pending;
   activeHandler_->mouseDragged(pending->record, toolContext(), pending->viewPoint);
+}
+
+void ScrollableMTKView::dragOnUnderPointer() {
+  if (isGestureRunning() && !pendingDrag_) pendingDrag_ = lastDrag_;
 }
 
 void ScrollableMTKView::mouseReleaseEvent(QMouseEvent* event) {

@@ -90,6 +90,32 @@ TEST_F(CanvasToolsTest, PositionsBetweenTwoFramesAreTakenTogether) {
   EXPECT_EQ(content(), (PixelRect{120, 80, 60, 40}));
 }
 
+TEST_F(CanvasToolsTest, WhatIsDraggedStaysUnderThePointerWhenTheImageScrolls) {
+  tools.selectTool(Tool::move);
+  press(middle);
+  drag(middle + QPointF(10, 0));
+  ASSERT_TRUE(runUntil([&] { return moveOverlay()->moveToolRect->x == 110.0F; }));
+  sendWheel(view(), middle, {-40, -20}, {});
+  ASSERT_NE(document->viewportOffset.value(), QPointF(0, 0));
+  const QPointF scrolled = document->viewportOffset.value();
+  EXPECT_TRUE(runUntil([&] { return moveOverlay()->moveToolRect->x != 110.0F; }));
+  release(middle + QPointF(10, 0));
+  EXPECT_EQ(content(),
+            (PixelRect{110 + static_cast<int>(scrolled.x()), 80 + static_cast<int>(scrolled.y()), 60, 40}));
+}
+
+TEST_F(CanvasToolsTest, ARectangleFollowsThePointerWhenTheImageScrolls) {
+  tools.selectTool(Tool::rectangleSelect);
+  press({300, 200});
+  drag({340, 230});
+  sendWheel(view(), {340, 230}, {-30, -20}, {});
+  const QPointF scrolled = document->viewportOffset.value();
+  ASSERT_NE(scrolled, QPointF(0, 0));
+  release({340, 230});
+  EXPECT_EQ(document->context().selectionBounds(*document->selection.value()->maskTexture->texture),
+            (PixelRect{300, 200, 40 + static_cast<int>(scrolled.x()), 30 + static_cast<int>(scrolled.y())}));
+}
+
 TEST_F(CanvasToolsTest, AHiddenViewHandsPositionsOnAtOnce) {
   tools.selectTool(Tool::move);
   pane.hide();
