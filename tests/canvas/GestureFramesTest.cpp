@@ -327,7 +327,7 @@ TEST_P(GestureFrames, DontJumpWhileTheWholeImageFollows) {
   const DocumentPtr inOtherTab = documentFor(GetParam(), 13);
   CanvasRenderer renderer(MetalContext::shared(), [] { return 1.0; });
   renderer.tilesFlattenedAtOnce = -1;
-  renderer.flatteningPerTurn = std::chrono::milliseconds(0);
+  renderer.workPerTurn = std::chrono::milliseconds(0);
   test::PlainView shown(180, 120);
   const auto frame = [&](const View& view) {
     renderer.document = document;

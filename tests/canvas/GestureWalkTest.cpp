@@ -65,7 +65,7 @@ class Walk {
         commands_(document_, seed) {
     renderer_.document = document_;
     renderer_.tilesFlattenedAtOnce = -1;
-    renderer_.flatteningPerTurn = std::chrono::milliseconds(0);
+    renderer_.workPerTurn = std::chrono::milliseconds(0);
     view_.scale = 1.0;
     document_->selectNode(document_->allLayers().back()->id);
   }
