@@ -2496,8 +2496,8 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Die Datei kann nicht geschrieben werden: %1.</translation>
     </message>
     <message>
-        <source>The file is not a readable archive: %1.</source>
-        <translation>Die Datei ist kein lesbares Archiv: %1.</translation>
+        <source>The file is not a readable archive.</source>
+        <translation>Die Datei ist kein lesbares Archiv.</translation>
     </message>
     <message>
         <source>The image is larger than %1 pixels on a side.</source>
@@ -2578,6 +2578,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The file has been replaced, but may not survive a power cut: %1.</source>
         <translation>Die Datei wurde ersetzt, übersteht aber vielleicht keinen Stromausfall: %1.</translation>
+    </message>
+    <message>
+        <source>The file is damaged or incomplete.</source>
+        <translation>Die Datei ist beschädigt oder unvollständig.</translation>
     </message>
 </context>
 </TS>

@@ -123,9 +123,11 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The entry is missing."),
     QT_TRANSLATE_NOOP("sentences", "The file can't be written beyond its end."),
     QT_TRANSLATE_NOOP("sentences", "The file ends before the image does."),
+    QT_TRANSLATE_NOOP("sentences", "The file is damaged or incomplete."),
     QT_TRANSLATE_NOOP("sentences", "The file is damaged or incomplete: part of the image is missing."),
     QT_TRANSLATE_NOOP("sentences", "The file is empty."),
     QT_TRANSLATE_NOOP("sentences", "The file is no longer there."),
+    QT_TRANSLATE_NOOP("sentences", "The file is not a readable archive."),
     QT_TRANSLATE_NOOP("sentences", "The file on the disk differs from what was written."),
     QT_TRANSLATE_NOOP("sentences", "The file was changed by another program."),
     QT_TRANSLATE_NOOP("sentences", "The image couldn't be encoded in this format."),
@@ -167,7 +169,6 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The file can't be written to the disk: %1."),
     QT_TRANSLATE_NOOP("sentences", "The file can't be written: %1."),
     QT_TRANSLATE_NOOP("sentences", "The file has been replaced, but may not survive a power cut: %1."),
-    QT_TRANSLATE_NOOP("sentences", "The file is not a readable archive: %1."),
     QT_TRANSLATE_NOOP("sentences", "The image is larger than %1 pixels on a side."),
 };
 
