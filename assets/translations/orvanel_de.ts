@@ -2496,8 +2496,8 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Die Datei kann nicht geschrieben werden: %1.</translation>
     </message>
     <message>
-        <source>The file is not a readable archive: %1.</source>
-        <translation>Die Datei ist kein lesbares Archiv: %1.</translation>
+        <source>The file is not a readable archive.</source>
+        <translation>Die Datei ist kein lesbares Archiv.</translation>
     </message>
     <message>
         <source>The image is larger than %1 pixels on a side.</source>
@@ -2516,16 +2516,16 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Es können keine Wiederherstellungsdaten geschrieben werden.</translation>
     </message>
     <message>
-        <source>Recovery data would take more space than it may.</source>
-        <translation>Die Wiederherstellungsdaten würden mehr Platz brauchen als erlaubt.</translation>
+        <source>Recovery data has reached its size limit.</source>
+        <translation>Die Wiederherstellungsdaten haben ihre Größengrenze erreicht.</translation>
     </message>
     <message>
-        <source>The disk is nearly full; recovery data leaves the rest to your files.</source>
-        <translation>Der Datenträger ist fast voll; der Rest bleibt Ihren Dateien.</translation>
+        <source>The disk is nearly full. The remaining space is left for your files.</source>
+        <translation>Der Datenträger ist fast voll. Der restliche Platz bleibt Ihren Dateien.</translation>
     </message>
     <message>
-        <source>The disk takes long to write recovery data.</source>
-        <translation>Der Datenträger braucht lange, um Wiederherstellungsdaten zu schreiben.</translation>
+        <source>The disk is slow to write recovery data.</source>
+        <translation>Der Datenträger schreibt die Wiederherstellungsdaten nur langsam.</translation>
     </message>
     <message>
         <source>The document can&apos;t be written.</source>
@@ -2564,8 +2564,8 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Eine andere Version dieses Programms hat die Wiederherstellungsdaten geschrieben.</translation>
     </message>
     <message>
-        <source>There are too many threads to write recovery data.</source>
-        <translation>Es gibt zu viele Threads, um Wiederherstellungsdaten zu schreiben.</translation>
+        <source>Recovery data can&apos;t be written: the system allows no further threads.</source>
+        <translation>Es können keine Wiederherstellungsdaten geschrieben werden: Das System lässt keine weiteren Threads zu.</translation>
     </message>
     <message>
         <source>Some of the recovery data can&apos;t be read, so the last changes could not be restored.</source>
@@ -2578,6 +2578,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The file has been replaced, but may not survive a power cut: %1.</source>
         <translation>Die Datei wurde ersetzt, übersteht aber vielleicht keinen Stromausfall: %1.</translation>
+    </message>
+    <message>
+        <source>The file is damaged or incomplete.</source>
+        <translation>Die Datei ist beschädigt oder unvollständig.</translation>
     </message>
 </context>
 </TS>

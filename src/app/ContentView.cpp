@@ -312,7 +312,9 @@ void ContentView::refresh() {
   documentChanges_ = {};
   if (shownDocument_) {
     documentChanges_ = shownDocument_->changes().observe([this](const DocumentChanges& changes) {
-      if (contains<change::FileStateChanged>(changes) && onActiveDocumentChanged) onActiveDocumentChanged();
+      const bool concernsFile =
+          contains<change::FileStateChanged>(changes) || contains<change::OpenEditChanged>(changes);
+      if (concernsFile && onActiveDocumentChanged) onActiveDocumentChanged();
       if (contains<change::EditRefused>(changes)) files_.reportRefusedEdit();
       if (onDocumentChanges) onDocumentChanges(changes);
     });

@@ -15,7 +15,7 @@ namespace orvanel {
 class Cancellation;
 
 struct FilePreview {
-  /// False also for what is no regular file.
+  /// False unless it is a regular file.
   bool exists = false;
   /// Null for a file without a picture.
   QImage picture;

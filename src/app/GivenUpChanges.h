@@ -1,5 +1,5 @@
-// Remembers of which documents the user doesn't want to keep the changes, until there are new ones. Owned by
-// the delegate; main thread only.
+// Remembers which documents' changes the user has discarded, until there are new ones. Owned by the delegate;
+// main thread only.
 #pragma once
 
 #include <QUuid>

@@ -25,7 +25,7 @@ class LoadingPlace : public QObject {
   /// Called when something else is to be shown.
   std::function<void()> onChanged;
 
-  /// Null while nothing is read, and for what has only just begun: files that open at once don't flicker.
+  /// Null while nothing is being read, and at first, so that quick files don't flicker.
   [[nodiscard]] LoadingFilePtr file() const;
   /// Whether the file's place is shown rather than a document or nothing.
   [[nodiscard]] bool isInFront() const;

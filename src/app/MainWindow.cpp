@@ -143,7 +143,7 @@ void MainWindow::activeDocumentChanged() {
     title = tr("Opening %1").arg(displayName(loading.file()->path));
   }
   setWindowTitle(title.isEmpty() ? QStringLiteral("Orvanel") : QStringLiteral("%1 — Orvanel").arg(title));
-  setWindowModified(active && active->isDirty.value());
+  setWindowModified(active && (active->isDirty.value() || active->hasOpenUnsavedChange()));
   setWindowFilePath(active ? active->sourceFileURL.value().value_or(QString()) : QString());
   updateMenus();
 }

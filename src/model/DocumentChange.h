@@ -74,8 +74,8 @@ struct PreviewChanged {
   QUuid layerID;
   SurfaceKind kind = SurfaceKind::pixels;
 };
-/// An open edit has shown something for the first time, or has closed after it did: what the next undo takes
-/// back and whether there is anything to save are new.
+/// An open edit has shown something for the first time, or has closed after it did: the next undo and whether
+/// there is anything to save are new. Also once the document has ended one: its owner has to hear of that.
 struct OpenEditChanged {};
 /// The listed tiles of the selection's mask, or only its flags. Lists all tiles when the selection object was
 /// replaced.

@@ -41,7 +41,9 @@ void OpenEdit::close() {
   continuousEditing_ = {};
   if (const auto closed = std::exchange(onClosed, nullptr)) closed();
   // Last, because observers may destroy this edit.
-  if (document != nullptr) DocumentEdit(*document, editKind::state).tell(change::OpenEditChanged{});
+  if (document != nullptr && (hasShown_ || isEndedByDocument_)) {
+    DocumentEdit(*document, editKind::state).tell(change::OpenEditChanged{});
+  }
 }
 
 void OpenEdit::holdThumbnailsBack() {
@@ -54,7 +56,10 @@ void OpenEdit::endAll(Document& document, EndsOpenEdits which) {
   };
   // Ending one notifies observers, who may destroy it or end others.
   const auto next = [&] { return std::ranges::find_if(document.openEdits_, mustEnd); };
-  for (auto it = next(); it != document.openEdits_.end(); it = next()) (*it)->end();
+  for (auto it = next(); it != document.openEdits_.end(); it = next()) {
+    (*it)->isEndedByDocument_ = true;
+    (*it)->end();
+  }
 }
 
 }  // namespace orvanel

@@ -72,6 +72,7 @@ class OpenEdit {
   QString actionName_;
   bool isOpen_ = true;
   bool hasShown_ = false;
+  bool isEndedByDocument_ = false;
   ThumbnailManager::Hold continuousEditing_;
 };
 

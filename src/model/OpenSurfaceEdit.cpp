@@ -145,7 +145,7 @@ void OpenSurfaceEdit::takeBack() {
   DocumentEdit edit(*target, editKind::takenBack);
   close();
   for (Part& part : parts_) {
-    part.change.reset();
+    if (std::exchange(part.change, std::nullopt)) edit.tell(change::PreviewChanged{layer_->id, part.kind});
     edit.surface(*layer_, part.kind) = part.original;
   }
 }

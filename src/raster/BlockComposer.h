@@ -85,7 +85,7 @@ class BlockComposer final : public kernels::StripReader {
     std::uint64_t whole = 0;
     std::uint64_t below = 0;  ///< of the steps that are kept
   };
-  /// What becomes of that which the first steps accumulate.
+  /// How the accumulated first steps are used.
   enum class BelowUse { pass, save, load };
 
   void begin(std::size_t block);

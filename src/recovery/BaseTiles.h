@@ -1,6 +1,6 @@
 // The tiles that a journal left to the document's file, read from wherever their bytes are found: in that
-// file or in what the store holds of it. Only what has the sums that the journal tells is believed, whatever
-// the file is called and whichever it is. Belongs to one thread.
+// file or in what the store holds of it. Only data whose checksums match the journal's is used,
+// whichever file it comes from. Belongs to one thread.
 #pragma once
 
 #include <cstdint>

@@ -27,7 +27,7 @@ struct CapturedSurface {
   std::vector<std::pair<int, Tile>> tiles;
 };
 
-/// What has changed since the capture before, all of one moment.
+/// A consistent set of the changes since the capture before.
 struct Capture {
   QString name;
   QString path;

@@ -23,7 +23,7 @@ void copyInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_pt
 }
 
 QString noThread() {
-  return QStringLiteral("There are too many threads to write recovery data.");
+  return QStringLiteral("Recovery data can't be written: the system allows no further threads.");
 }
 
 }  // namespace
@@ -117,8 +117,7 @@ void DocumentJournal::recordDue() {
   if (!hasWork()) return;
   if (!isWriting_) return beginRecord();
   if (!surroundings_.lane->wake()) return suspend(noThread());
-  setStatus(
-      {RecoveryStatus::State::suspended, QStringLiteral("The disk takes long to write recovery data.")});
+  setStatus({RecoveryStatus::State::suspended, QStringLiteral("The disk is slow to write recovery data.")});
   isLate_ = true;
 }
 

@@ -35,9 +35,9 @@ class DocumentJournal {
   void replace(ClaimedOrphan orphan);
   void saved();
   void closed() { removeJournal(); }
-  /// Gathers what has changed, and hands it to the lane, unless that is at it already.
+  /// Gathers what has changed, and hands it to the lane, unless the lane is busy.
   void beginNow();
-  /// Blocks until what has changed is written, or can't be, or the time has come.
+  /// Blocks until changes are written, writing has failed, or the time is up.
   void finishNow(JournalLane::Clock::time_point deadline);
 
   [[nodiscard]] const RecoveryStatus& status() const { return status_; }

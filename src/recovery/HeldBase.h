@@ -20,9 +20,9 @@ class HeldBase {
   HeldBase(const HeldBase&) = delete;
   HeldBase& operator=(const HeldBase&) = delete;
 
-  /// Whether the bytes can still be had, here or in the document's file.
+  /// Whether the bytes are still readable, here or in the document's file.
   [[nodiscard]] bool isIntact() const;
-  /// Whether somebody who writes into the document's file changes them.
+  /// Whether writing into the document's file changes these bytes.
   [[nodiscard]] bool dependsOnFile() const { return kind_ != Kind::copy; }
   [[nodiscard]] bool needsCopying() const { return source_.has_value(); }
   /// Copies the next piece. Gives up, and leaves the bytes to the document's file, where there isn't enough

@@ -18,7 +18,7 @@ struct JournalFiles {
   std::string id;
 
   [[nodiscard]] static JournalFiles createIn(const QString& folder);
-  /// Nothing for what is no id.
+  /// Nothing if the text isn't an id.
   [[nodiscard]] static std::optional<JournalFiles> named(const QString& folder, const QString& id);
 
   [[nodiscard]] std::string journal() const { return path(".journal"); }
@@ -42,7 +42,7 @@ struct JournalFiles {
   }
 };
 
-/// Makes what was created, renamed and removed in a folder durable.
+/// Syncs a folder, so that its changes survive a power cut.
 void syncFolder(const std::string& folder);
 
 }  // namespace orvanel

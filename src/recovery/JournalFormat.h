@@ -91,8 +91,8 @@ struct StoredTile {
   std::uint8_t pixelBytes = 0;
 };
 
-/// Where the pixels of a surface stand in the base file, and their sums: they are believed wherever they are
-/// found, and nothing else is.
+/// Where the pixels of a surface stand in the base file, and their checksums. Data with these checksums is
+/// accepted from any file.
 struct BaseSurface {
   /// As in a document's archive.
   std::string path;

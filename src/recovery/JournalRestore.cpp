@@ -9,6 +9,7 @@
 #include "io/files/InputFile.h"
 #include "io/files/Parallel.h"
 #include "io/image/ImageMetadata.h"
+#include "raster/HalfFloat.h"
 #include "raster/MemoryBudget.h"
 #include "raster/Regularity.h"
 #include "recovery/BaseTiles.h"
@@ -171,7 +172,7 @@ class Filler {
  private:
   static constexpr std::size_t tilesOfTask = 32;
   /// Where a mask is lost, its layer shows.
-  static constexpr std::uint64_t maskThatShows = 0x3C00;
+  static constexpr std::uint64_t maskThatShows = halfOne;
 
   struct Missing {
     const Filling* filling = nullptr;

@@ -39,7 +39,7 @@ class JournalWriter {
     std::int64_t bytesWritten = 0;
   };
   [[nodiscard]] Outcome write(const Capture& capture);
-  /// Whether nothing that the journal leaves to the document's file has gone with that file.
+  /// Whether all tiles left to the document's file are still readable.
   [[nodiscard]] bool isBaseIntact() const { return !holdsBase() || file_->held->isIntact(); }
   /// Whether what another program does to the document's file can make the next record a whole one.
   [[nodiscard]] bool dependsOnFile() const { return holdsBase() && file_->held->dependsOnFile(); }

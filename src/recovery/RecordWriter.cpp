@@ -31,7 +31,7 @@ RecordWriter::RecordWriter(int file, std::int64_t start, std::int64_t limit)
 
 Described<void> RecordWriter::writeAt(std::span<const std::byte> bytes, std::int64_t offset) const {
   if (offset + static_cast<std::int64_t>(bytes.size()) > limit_) {
-    return because(QStringLiteral("Recovery data would take more space than it may."));
+    return because(QStringLiteral("Recovery data has reached its size limit."));
   }
   while (!bytes.empty()) {
     const ssize_t written = FileOperations::current().writeAt(file_, bytes.data(), bytes.size(), offset);
@@ -45,7 +45,7 @@ Described<void> RecordWriter::writeAt(std::span<const std::byte> bytes, std::int
 
 Described<void> RecordWriter::flush() {
   if (!leavesReserve(file_, static_cast<std::int64_t>(buffer_.size()))) {
-    return because(QStringLiteral("The disk is nearly full; recovery data leaves the rest to your files."));
+    return because(QStringLiteral("The disk is nearly full. The remaining space is left for your files."));
   }
   auto result = writeAt(buffer_, position_);
   position_ += static_cast<std::int64_t>(buffer_.size());

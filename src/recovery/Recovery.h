@@ -46,7 +46,7 @@ struct RestoredDocument {
 class Recovery {
  public:
   explicit Recovery(RecoverySettings settings = {});
-  /// Waits for records that are being written, but not for ever. Journals of documents that are still
+  /// Waits for a limited time for records that are being written. Journals of documents that are still
   /// followed stay, as those of a crash would.
   ~Recovery();
   Recovery(const Recovery&) = delete;
@@ -56,7 +56,7 @@ class Recovery {
 
   using OrphansFound = std::function<void(const OrphanList&)>;
   /// Finds what processes that have ended left, newest first, to be offered to the user; what another process
-  /// is restoring isn't among it. Removes what was offered too long ago, or is too much.
+  /// is restoring isn't among it. Removes orphans past their age or size limit.
   void findOrphans(QObject* receiver, OrphansFound done);
   using RestoreDone = std::function<void(const FileResult<RestoredDocument>&)>;
   using ProgressChanged = std::function<void(double)>;
@@ -78,8 +78,8 @@ class Recovery {
   void saved(const Document& document);
   /// The document closes. Its journal is removed: it is clean, or the user doesn't want to save it.
   void closed(const Document& document);
-  /// Writes what has changed now instead of later, as far as that doesn't take long, for a document that is
-  /// about to lose its program: at the end of a session, for example.
+  /// Writes pending changes now if that is quick, for a document that is about to lose its program: at the
+  /// end of a session, for example.
   void recordNow();
 
   [[nodiscard]] const RecoveryStatus& status() const;

@@ -17,7 +17,7 @@ struct RecoverySettings {
   /// From a record that couldn't be written to the next attempt.
   std::chrono::milliseconds retryInterval{20'000};
   /// How long the end of the program or of the session waits for records at most. What isn't written by then
-  /// is lost but for the record before.
+  /// is lost; the previous record remains.
   std::chrono::milliseconds patience{5'000};
   /// The most bytes that one journal takes, and that all journals of ended processes take together. Of these,
   /// the oldest that have been offered to the user go first; the newest one stays.

@@ -10,6 +10,7 @@
 #include "AppFixture.h"
 #include "canvas/CanvasPaneView.h"
 #include "canvas/RecentFilesView.h"
+#include "model/OpenOpacityEdit.h"
 #include "panels/bars/StatusBarPane.h"
 
 namespace orvanel {
@@ -231,6 +232,12 @@ TEST_F(MainWindowTest, TitleAndTabShowUnsavedChanges) {
   EXPECT_TRUE(window->isWindowModified());
   EXPECT_TRUE(window->contentView().tabBar().tabs()[0]->showsDirtyDot());
   state.windowState.activeDocument()->setDirty(false);
+  EXPECT_FALSE(window->isWindowModified());
+  const DocumentPtr document = state.windowState.activeDocument();
+  const auto edit = OpenOpacityEdit::begin(document, document->rootNodes.value()[0].id());
+  edit->show(0.5F);
+  EXPECT_TRUE(window->isWindowModified()) << "a gesture has begun";
+  edit->takeBack();
   EXPECT_FALSE(window->isWindowModified());
 }
 

@@ -41,7 +41,7 @@ TEST_F(ThreadShortageTest, aRecordIsTriedAgain) {
     const ThreadShortage shortage;
     recovery.follow(document);
     ASSERT_TRUE(waitUntil([&] { return recovery.status().state == RecoveryStatus::State::suspended; }));
-    EXPECT_TRUE(recovery.status().reason.contains(QStringLiteral("too many threads")));
+    EXPECT_TRUE(recovery.status().reason.contains(QStringLiteral("no further threads")));
     recovery.recordNow();
     EXPECT_EQ(recovery.figures().records, 0) << "and nobody waits for it";
   }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "raster/SurfaceChange.h"
+
 namespace orvanel::test {
 namespace {
 
@@ -24,13 +26,22 @@ void copyTiles(const Surface& from, const std::vector<int>& tiles, std::optional
   }
 }
 
-std::optional<Surface> copyOf(const ConstTexture& surface) {
+std::optional<Surface> copyOf(const Surface* surface) {
   std::optional<Surface> copy;
   if (surface == nullptr) return copy;
   std::vector<int> tiles;
   for (int index = 0; index < surface->tileCount(); ++index) tiles.push_back(index);
   copyTiles(*surface, tiles, copy);
   return copy;
+}
+
+/// The surface as an open edit shows it without having written it; nothing if none does.
+std::optional<Surface> shownBy(const Document& document, const Layer& layer, SurfaceKind kind) {
+  const std::optional<ShownSurface> shown = document.shown(layer, kind);
+  if (!shown) return std::nullopt;
+  Surface changed = *shown->original;
+  applyChange(*shown->change, document.context(), *shown->original, changed);
+  return changed;
 }
 
 bool areEqual(const std::optional<Surface>& mirrored, const ConstTexture& real) {
@@ -90,10 +101,9 @@ void DocumentMirror::follow(const change::NodeInserted& inserted) {
   if (const auto layer = real->layer()) {
     node.isMaskLinked = layer->isMaskLinked.value();
     node.isMaskSelected = layer->isMaskSelected.value();
-    node.pixels = copyOf(layer->texture.value());
-    if (const auto& mask = layer->mask.value()) {
-      node.mask = Mask{*copyOf(mask->maskTexture->texture), mask->isEnabled.value()};
-    }
+    node.picture = pictureOf(*layer, SurfaceKind::pixels);
+    node.mask = maskOf(*layer);
+    node.thumbnails = thumbnailsOf(*layer);
   }
   nodes_.insert_or_assign(inserted.nodeID, std::move(node));
 }
@@ -133,10 +143,7 @@ void DocumentMirror::follow(const change::NodePropertyChanged& changed) {
       node.isExpanded = real->folder()->isExpanded.value();
       break;
     case NodeProperty::mask:
-      node.mask.reset();
-      if (const auto& mask = layer->mask.value()) {
-        node.mask = Mask{*copyOf(mask->maskTexture->texture), mask->isEnabled.value()};
-      }
+      node.mask = maskOf(*layer);
       break;
     case NodeProperty::isMaskEnabled:
       node.mask->isEnabled = layer->mask.value()->isEnabled.value();
@@ -152,14 +159,37 @@ void DocumentMirror::follow(const change::NodePropertyChanged& changed) {
 
 // Surfaces.
 
+DocumentMirror::Picture& DocumentMirror::pictureAt(const QUuid& layerID, SurfaceKind kind) {
+  Node& node = nodes_.at(layerID);
+  return kind == SurfaceKind::pixels ? *node.picture : node.mask->picture;
+}
+
+DocumentMirror::Picture DocumentMirror::pictureOf(const Layer& layer, SurfaceKind kind) const {
+  const std::optional<Surface> shown = shownBy(followed_, layer, kind);
+  return {.written = copyOf(layer.surface(kind).get()), .shown = copyOf(shown ? &*shown : nullptr)};
+}
+
+std::optional<DocumentMirror::Mask> DocumentMirror::maskOf(const Layer& layer) const {
+  const std::shared_ptr<LayerMask>& mask = layer.mask.value();
+  if (mask == nullptr) return std::nullopt;
+  return Mask{.picture = pictureOf(layer, SurfaceKind::mask), .isEnabled = mask->isEnabled.value()};
+}
+
 void DocumentMirror::follow(const change::PixelsChanged& changed) {
-  Node& node = nodes_.at(changed.layerID);
-  const Surface& real = *followed_.findNode(changed.layerID)->layer()->surface(changed.kind);
+  Picture& picture = pictureAt(changed.layerID, changed.kind);
+  const std::shared_ptr<Layer> layer = followed_.findNode(changed.layerID)->layer();
+  const Surface& real = *layer->surface(changed.kind);
   EXPECT_TRUE(std::ranges::is_sorted(changed.tiles));
-  if (changed.kind == SurfaceKind::pixels) return copyTiles(real, changed.tiles, node.pixels);
-  std::optional<Surface> pixels = std::move(node.mask->pixels);
-  copyTiles(real, changed.tiles, pixels);
-  node.mask->pixels = *std::move(pixels);
+  copyTiles(real, changed.tiles, picture.written);
+  if (!picture.shown) return;
+  const std::optional<Surface> shown = shownBy(followed_, *layer, changed.kind);
+  copyTiles(shown ? *shown : real, changed.tiles, picture.shown);
+}
+
+void DocumentMirror::follow(const change::PreviewChanged& changed) {
+  const std::shared_ptr<Layer> layer = followed_.findNode(changed.layerID)->layer();
+  const std::optional<Surface> shown = shownBy(followed_, *layer, changed.kind);
+  pictureAt(changed.layerID, changed.kind).shown = copyOf(shown ? &*shown : nullptr);
 }
 
 void DocumentMirror::follow(const change::SelectionChanged& changed) {
@@ -179,6 +209,7 @@ void DocumentMirror::follow(const change::CanvasChanged&) {
   width_ = followed_.canvasWidth.value();
   height_ = followed_.canvasHeight.value();
   mode_ = followed_.colorMode.value();
+  composite_ = copyOf(followed_.compositedTexture.value().get());
 }
 
 void DocumentMirror::follow(const change::ActiveNodeChanged&) {
@@ -218,26 +249,69 @@ void DocumentMirror::follow(const change::ViewChanged& changed) {
 
 void DocumentMirror::follow(const change::HistoryChanged&) {
   history_ = historyOf(followed_);
+  steps_ = stepsOf(followed_);
+}
+
+void DocumentMirror::follow(const change::OpenEditChanged&) {
+  steps_ = stepsOf(followed_);
+  hasOpenUnsavedChange_ = followed_.hasOpenUnsavedChange();
 }
 
 void DocumentMirror::follow(const change::FileStateChanged& changed) {
+  File real = fileOf(followed_);
   switch (changed.property) {
     case FileProperty::name:
-      file_.name = followed_.name.value();
+      file_.name = real.name;
       break;
     case FileProperty::isDirty:
-      file_.isDirty = followed_.isDirty.value();
+      file_.isDirty = real.isDirty;
       break;
     case FileProperty::source:
-      file_.source = followed_.sourceFileURL.value().value_or(QString());
+      file_.source = real.source;
+      file_.format = real.format;
+      file_.metadata = real.metadata;
       break;
   }
+}
+
+void DocumentMirror::follow(const change::Composited&) {
+  composite_ = copyOf(followed_.compositedTexture.value().get());
+}
+
+void DocumentMirror::follow(const change::ThumbnailsChanged& changed) {
+  if (!changed.layerID) {
+    compositeThumbnail_ = followed_.compositeThumbnailImage.value();
+    compositeChannels_ = followed_.compositeChannelThumbnails.value();
+  } else if (const std::optional<LayerNode> real = followed_.findNode(*changed.layerID)) {
+    nodes_.at(*changed.layerID).thumbnails = thumbnailsOf(*real->layer());
+  }
+}
+
+DocumentMirror::Thumbnails DocumentMirror::thumbnailsOf(const Layer& layer) {
+  return {.image = layer.thumbnailImage.value(),
+          .isDirty = layer.thumbnailDirty.value(),
+          .mask = layer.maskThumbnailImage.value(),
+          .isMaskDirty = layer.maskThumbnailDirty.value(),
+          .channels = layer.channelThumbnails.value(),
+          .areChannelsDirty = layer.channelThumbnailsDirty.value()};
 }
 
 DocumentMirror::History DocumentMirror::historyOf(const Document& document) {
   History history{.names = {}, .index = document.undoStack.currentIndex.value()};
   for (const auto& record : document.undoStack.operations()) history.names.push_back(record->actionName());
   return history;
+}
+
+DocumentMirror::Steps DocumentMirror::stepsOf(const Document& document) {
+  return {.undo = document.undoActionName(), .redo = document.redoActionName()};
+}
+
+DocumentMirror::File DocumentMirror::fileOf(const Document& document) {
+  return {.name = document.name.value(),
+          .isDirty = document.isDirty.value(),
+          .source = document.sourceFileURL.value(),
+          .format = document.sourceFileFormat.value(),
+          .metadata = document.sourceMetadata.value()};
 }
 
 DocumentMirror::View DocumentMirror::viewOf(const Document& document) {
@@ -254,6 +328,14 @@ DocumentMirror::View DocumentMirror::viewOf(const Document& document) {
 
 // Comparison.
 
+bool DocumentMirror::isAsMirrored(const Layer& layer, SurfaceKind kind, const Picture& picture) const {
+  const ConstTexture real = layer.surface(kind);
+  if (!areEqual(picture.written, real)) return false;
+  const std::optional<Surface> shown = shownBy(followed_, layer, kind);
+  if (!shown && !picture.shown) return true;
+  return (picture.shown ? *picture.shown : *picture.written).equals(shown ? *shown : *real);
+}
+
 std::string DocumentMirror::nodeDifference(const LayerNode& real, const Node& node) const {
   if (node.isFolder != (real.folder() != nullptr)) return "kind";
   if (node.name != real.name().value()) return "name";
@@ -268,11 +350,12 @@ std::string DocumentMirror::nodeDifference(const LayerNode& real, const Node& no
   const std::shared_ptr<LayerMask>& mask = layer.mask.value();
   if (node.isMaskLinked != layer.isMaskLinked.value()) return "link of the mask";
   if (node.isMaskSelected != layer.isMaskSelected.value()) return "target of edits";
-  if (!areEqual(node.pixels, layer.texture.value())) return "pixels";
+  if (!isAsMirrored(layer, SurfaceKind::pixels, *node.picture)) return "pixels";
+  if (node.thumbnails != thumbnailsOf(layer)) return "thumbnails";
   if (node.mask.has_value() != (mask != nullptr)) return "presence of the mask";
   if (mask == nullptr) return "";
   if (node.mask->isEnabled != mask->isEnabled.value()) return "enabling of the mask";
-  return areEqual(node.mask->pixels, mask->maskTexture->texture) ? "" : "pixels of the mask";
+  return isAsMirrored(layer, SurfaceKind::mask, node.mask->picture) ? "" : "pixels of the mask";
 }
 
 std::string DocumentMirror::nodesDifference(const LayerNodeList& nodes, const std::vector<QUuid>& ids) const {
@@ -304,10 +387,13 @@ std::string DocumentMirror::difference() const {
   }
   if (selection != nullptr && selectionFlags_ != selection->flags()) return "flags of the selection";
   if (history_ != historyOf(followed_)) return "history";
+  if (steps_ != stepsOf(followed_)) return "names of the next undo and redo";
+  if (hasOpenUnsavedChange_ != followed_.hasOpenUnsavedChange()) return "open unsaved change";
   if (view_ != viewOf(followed_)) return "view";
-  const File file{followed_.name.value(), followed_.isDirty.value(),
-                  followed_.sourceFileURL.value().value_or(QString())};
-  return file_ == file ? "" : "file";
+  if (file_ != fileOf(followed_)) return "file";
+  if (!areEqual(composite_, followed_.compositedTexture.value())) return "flattened image";
+  if (compositeThumbnail_ != followed_.compositeThumbnailImage.value()) return "thumbnail of the whole";
+  return compositeChannels_ == followed_.compositeChannelThumbnails.value() ? "" : "thumbnails of channels";
 }
 
 }  // namespace orvanel::test

@@ -293,6 +293,47 @@ TEST_F(OpenEdits, AnEditThatShowedNothingLeavesNoRecord) {
   EXPECT_EQ(difference(pixelState(*document), before), "");
 }
 
+/// Counts the batches with a change of this kind.
+template <typename Kind>
+struct Counted {
+  explicit Counted(const Document& document)
+      : subscription(document.changes().observe(
+            [this](const DocumentChanges& changes) { batches += contains<Kind>(changes) ? 1 : 0; })) {}
+
+  int batches = 0;
+  ChangeStream::Subscription subscription;
+};
+
+TEST_F(OpenEdits, AnEditThatShowedNothingClosesUnnoticed) {
+  const Counted<change::OpenEditChanged> heard(*document);
+  LevelsAdjustment::begin(document)->cancel();
+  LayerTransform::begin(document, QStringLiteral("Move"))->commit();
+  SelectionGesture(document, QStringLiteral("Rectangle Select")).close();
+  EXPECT_EQ(heard.batches, 0);
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 100.0F});
+  EXPECT_EQ(heard.batches, 1);
+  levels.cancel();
+  EXPECT_EQ(heard.batches, 2);
+}
+
+TEST_F(OpenEdits, TheOwnerHearsThatTheDocumentHasEndedAnEdit) {
+  const auto move = LayerTransform::begin(document, QStringLiteral("Move"));
+  const Counted<change::OpenEditChanged> heard(*document);
+  document->endOpenEdits();
+  EXPECT_FALSE(move->isOpen());
+  EXPECT_EQ(heard.batches, 1);
+}
+
+TEST_F(OpenEdits, TakingBackWhatIsOnlyShownIsReported) {
+  const Counted<change::PreviewChanged> heard(*document);
+  LevelsAdjustment levels = LevelsAdjustment::begin(document).value();
+  levels.apply({.blackPoint = 100.0F});
+  EXPECT_EQ(heard.batches, 1);
+  levels.cancel();
+  EXPECT_EQ(heard.batches, 2) << "no pixel was written, so nothing else tells of it";
+}
+
 TEST_F(OpenEdits, UndoRevertsWhatAnOpenEditShows) {
   const PixelState before = pixelState(*document);
   LevelsAdjustment levels = LevelsAdjustment::begin(document).value();

@@ -9,6 +9,8 @@
 
 #include "model/LevelsAdjustment.h"
 #include "model/NodeWalk.h"
+#include "model/OpenOpacityEdit.h"
+#include "model/VisibilitySweep.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
 #include "tools/transform/LayerTransform.h"
@@ -17,7 +19,8 @@ namespace orvanel::test {
 namespace {
 
 constexpr int mostLayers = 7;
-constexpr int largestSide = 170;
+/// Three tiles.
+constexpr int largestSide = 300;
 
 using Command = void (*)(RandomCommands& commands);
 
@@ -76,6 +79,30 @@ void showOrHideMany(RandomCommands& c) {
   c.document().setVisible(nodeIDs, c.below(2) == 0);
 }
 
+void sweepVisibility(RandomCommands& c) {
+  VisibilitySweep sweep(c.shared(), c.below(2) == 0);
+  for (int i = c.below(4); i > 0; --i) {
+    if (const auto node = c.anyNode()) sweep.add(node->id());
+    c.stepped();
+  }
+  sweep.end();
+}
+
+void dragOpacity(RandomCommands& c) {
+  const auto node = c.document().activeNode();
+  const auto edit = node ? OpenOpacityEdit::begin(c.shared(), node->id()) : nullptr;
+  if (edit == nullptr) return;
+  for (int i = c.below(3); i > 0; --i) {
+    edit->show(c.fraction());
+    c.stepped();
+  }
+  if (c.below(4) == 0) {
+    edit->takeBack();
+  } else {
+    edit->keep();
+  }
+}
+
 void enableMask(RandomCommands& c) {
   onActiveLayer(c, [&](const auto& layer) { c.document().setMaskEnabled(layer->id, c.below(2) == 0); });
 }
@@ -92,6 +119,7 @@ void selectRectangle(RandomCommands& c) {
   if (!rect.isEmpty()) {
     gesture.selectShape(anyMode(c),
                         [&](Selection& shape) { shape.setRect(rect, feather, c.document().context()); });
+    c.stepped();
   }
   gesture.close();
 }
@@ -104,7 +132,12 @@ void selectEllipse(RandomCommands& c) {
                      static_cast<float>(c.coordinate(c.document().canvasHeight.value())),
                      60.0F * c.fraction(), 60.0F * c.fraction(), feather, c.document().context());
   });
-  gesture.close();
+  c.stepped();
+  if (c.below(4) == 0) {
+    gesture.takeBack();
+  } else {
+    gesture.close();
+  }
 }
 
 void selectPolygon(RandomCommands& c) {
@@ -127,16 +160,23 @@ void selectWithWand(RandomCommands& c) {
   settings.sampleAllLayers = c.below(2) == 0;
   const auto wand = MagicWand::press(c.shared(), c.coordinate(c.document().canvasWidth.value()),
                                      c.coordinate(c.document().canvasHeight.value()), anyMode(c), settings);
-  if (wand != nullptr) wand->release();
+  if (wand == nullptr) return;
+  c.stepped();
+  settings.tolerance = 255.0F * c.fraction();
+  wand->select(settings);
+  c.stepped();
+  wand->release();
 }
 
 void adjustLevels(RandomCommands& c) {
   auto adjustment = LevelsAdjustment::begin(c.shared());
   if (!adjustment) return;
   adjustment->apply({.blackPoint = 250.0F * c.fraction(), .whitePoint = 255.0F, .gamma = 2.0F});
+  c.stepped();
   adjustment->apply({.blackPoint = 100.0F * c.fraction(),
                      .whitePoint = 130.0F + 100.0F * c.fraction(),
                      .gamma = 0.2F + 3.0F * c.fraction()});
+  c.stepped();
   if (c.below(4) == 0) {
     adjustment->cancel();
   } else {
@@ -144,22 +184,26 @@ void adjustLevels(RandomCommands& c) {
   }
 }
 
+void showTransform(RandomCommands& c, LayerTransform& transform) {
+  switch (c.below(4)) {
+    case 0:
+      return transform.translate(c.below(61) - 30, c.below(61) - 30);
+    case 1:
+      return transform.scaleTo(
+          {-20.0 + c.below(60), -20.0 + c.below(60), 1.0 + c.below(150), 1.0 + c.below(150)});
+    case 2:
+      return transform.rotate(6.0F * c.fraction());
+    default:
+      return transform.transform(QTransform(1.0, 0.3, -0.2, 0.7, c.below(20), c.below(20)));
+  }
+}
+
 void transformContent(RandomCommands& c) {
   const auto transform = LayerTransform::begin(c.shared(), QStringLiteral("Free Transform"));
   if (transform == nullptr) return;
-  switch (c.below(4)) {
-    case 0:
-      transform->translate(c.below(61) - 30, c.below(61) - 30);
-      break;
-    case 1:
-      transform->scaleTo({-20.0 + c.below(60), -20.0 + c.below(60), 1.0 + c.below(150), 1.0 + c.below(150)});
-      break;
-    case 2:
-      transform->rotate(6.0F * c.fraction());
-      break;
-    default:
-      transform->transform(QTransform(1.0, 0.3, -0.2, 0.7, c.below(20), c.below(20)));
-      break;
+  for (int i = c.below(3); i >= 0; --i) {
+    showTransform(c, *transform);
+    c.stepped();
   }
   if (c.below(5) == 0) {
     transform->cancel();
@@ -212,6 +256,7 @@ constexpr std::array table{
           [](RandomCommands& c) {
             onActiveNode(c, [&](const LayerNode& node) { c.document().setOpacity(node.id(), c.fraction()); });
           }},
+    Entry{"opacity", 2, dragOpacity},
     Entry{"blend mode", 2,
           [](RandomCommands& c) {
             onActiveNode(c, [&](const LayerNode& node) {
@@ -230,6 +275,7 @@ constexpr std::array table{
                          [&](const LayerNode& node) { c.document().setVisible(node.id(), c.below(2) == 0); });
           }},
     Entry{"visibility of many", 2, showOrHideMany},
+    Entry{"sweep of visibility", 2, sweepVisibility},
     Entry{"expand folder", 1, expandFolder},
     Entry{"enable mask", 3, enableMask},
     Entry{"lock", 1,
@@ -255,6 +301,7 @@ constexpr std::array table{
           [](RandomCommands& c) {
             if (hasRoom(c) && c.clipboard) c.document().pastePixels(*c.clipboard);
           }},
+    Entry{"flatten", 2, [](RandomCommands& c) { static_cast<void>(c.document().composite()); }},
     Entry{"levels", 3, adjustLevels},
     Entry{"transform", 5, transformContent},
     Entry{"select all", 1, [](RandomCommands& c) { c.document().selectAll(); }},
@@ -318,6 +365,13 @@ float RandomCommands::fraction() {
 
 int RandomCommands::coordinate(int canvasSide) {
   return below(canvasSide + 20) - 10;
+}
+
+void RandomCommands::stepped() {
+  if (onStep) onStep();
+  if (below(3) != 0) return;
+  document_->settle();
+  if (onStep) onStep();
 }
 
 std::optional<LayerNode> RandomCommands::anyNode() {

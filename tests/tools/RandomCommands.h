@@ -2,6 +2,7 @@
 // user in between.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <random>
 #include <string_view>
@@ -24,6 +25,11 @@ class RandomCommands {
   [[nodiscard]] float fraction();
   [[nodiscard]] int coordinate(int canvasSide);
   [[nodiscard]] std::optional<LayerNode> anyNode();
+
+  /// To be called by a command between the steps of its gesture: what is shown may be written meanwhile.
+  void stepped();
+  /// Called then.
+  std::function<void()> onStep;
 
   std::optional<PixelClipboard> clipboard;
   /// The node moved by the last command, if any.

@@ -1,9 +1,12 @@
 // Thousands of random commands, undos and redos, each compared with a deep copy of the expected state.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <iostream>
+#include <memory>
 
 #include "model/ModelSupport.h"
+#include "model/SourceMetadata.h"
 #include "tools/DocumentMirror.h"
 #include "tools/HistoryOracle.h"
 #include "tools/RandomCommands.h"
@@ -74,15 +77,33 @@ void runCommand(RandomCommands& commands, HistoryOracle& oracle, Counts& counts)
   EXPECT_TRUE(history.totalMemoryCost() <= history.memoryBudget.value() || history.operations().size() == 1);
 }
 
+class Metadata final : public SourceMetadata {};
+
+/// As opening and saving do.
+void changeFile(RandomCommands& commands) {
+  Document& document = commands.document();
+  const QString path = QStringLiteral("/%1.png").arg(commands.below(3));
+  constexpr std::array formats{Document::ImageFileFormat::png, Document::ImageFileFormat::jpeg};
+  switch (commands.below(3)) {
+    case 0:
+      return document.setName(path);
+    case 1:
+      return document.setSource(path, formats.at(static_cast<std::size_t>(commands.below(2))));
+    default:
+      return document.setSourceMetadata(std::make_shared<Metadata>());
+  }
+}
+
 TEST_P(RandomHistory, EveryStepRestoresItsCopy) {
   const Plan& plan = GetParam();
   DocumentPtr document =
-      Document::create(QStringLiteral("Random"), 150, 140, plan.mode, MetalContext::shared());
+      Document::create(QStringLiteral("Random"), 300, 280, plan.mode, MetalContext::shared());
   writableHistory(*document).maxOperations = plan.maxOperations;
   writableHistory(*document).memoryBudget = plan.memoryBudget;
   RandomCommands commands(document, plan.seed);
   HistoryOracle oracle(*document);
   DocumentMirror mirror(*document);
+  commands.onStep = [&] { EXPECT_EQ(mirror.difference(), "") << "a step of a gesture wasn't reported"; };
   Counts counts;
   for (int step = 0; step < stepsPerRun && !HasFailure(); ++step) {
     SCOPED_TRACE(step);
@@ -91,6 +112,8 @@ TEST_P(RandomHistory, EveryStepRestoresItsCopy) {
       for (int i = 1 + commands.below(4); i > 0; --i) stepBack(*document, oracle, counts);
     } else if (choice < 16) {
       for (int i = 1 + commands.below(4); i > 0; --i) stepForward(*document, oracle, counts);
+    } else if (choice < 18) {
+      changeFile(commands);
     } else {
       runCommand(commands, oracle, counts);
     }
@@ -102,6 +125,7 @@ TEST_P(RandomHistory, EveryStepRestoresItsCopy) {
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepBack(*document, oracle, counts);
   for (std::size_t i = 0; i <= length && !HasFailure(); ++i) stepForward(*document, oracle, counts);
   EXPECT_EQ(mirror.difference(), "");
+  EXPECT_EQ(mirror.historySteps(), counts.undos + counts.redos);
   std::cout << "seed " << plan.seed << ", " << displayName(plan.mode) << ": " << stepsPerRun << " steps, "
             << counts.records << " records, " << counts.undos << " undos, " << counts.redos << " redos, "
             << oracle.evicted() << " evicted, " << mirror.changes() << " changes reported and mirrored\n";

@@ -27,8 +27,7 @@ class SizeDialog : public QDialog {
     QString acceptTitle;
     /// In view points at the default font; larger fonts make it grow.
     QSize accessorySize;
-    /// Where the fields begin, and what stands beside their units, as long as what is before leaves the
-    /// place.
+    /// Where the fields begin, and what stands beside their units, if the labels leave room.
     int fieldsLeft = 0;
     int besideLeft = 0;
   };

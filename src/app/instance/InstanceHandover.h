@@ -1,5 +1,5 @@
-// The two ends of a start of the program: either it becomes the one that others find, or it hands its files
-// to the one that is. Needs no application object, so that a start that hands over costs next to nothing.
+// The two ends of a start of the program: either the start becomes the running instance, or it hands its
+// files to that one. Needs no application object, so that a start that hands over costs next to nothing.
 #pragma once
 
 #include <chrono>

@@ -26,7 +26,7 @@ class InstanceServer : public QObject {
   explicit InstanceServer(std::unique_ptr<InstanceClaim> claim);
   ~InstanceServer() override;
 
-  /// Whether requests are taken now; otherwise their senders learn to help themselves.
+  /// Whether requests are taken now; otherwise senders are told to open their own window.
   std::function<bool()> mayOpen;
   /// Called once for each request, after its sender has been told that it is taken.
   std::function<void(const OpenRequest&)> open;

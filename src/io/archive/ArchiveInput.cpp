@@ -135,7 +135,9 @@ std::shared_ptr<const ArchiveInput> ArchiveInput::bytes(std::span<const std::byt
   return std::make_shared<const MemoryInput>(bytes);
 }
 
-OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error) {
+OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input) {
+  zip_error_t error;
+  zip_error_init(&error);
   auto* cursor = new Cursor{std::move(input), 0, {0, 0}};
   zip_source_t* source = zip_source_function_create(&Cursor::callback, cursor, &error);
   if (source == nullptr) {

@@ -38,7 +38,7 @@ struct OpenArchive {
   const std::uint64_t* position = nullptr;
 };
 
-/// Opens another, independent handle on the input. Without one, `error` says why.
-[[nodiscard]] OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input, zip_error_t& error);
+/// Opens another, independent handle on the input; null if it is no archive or can't be read.
+[[nodiscard]] OpenArchive openArchive(std::shared_ptr<const ArchiveInput> input);
 
 }  // namespace orvanel

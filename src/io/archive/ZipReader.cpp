@@ -1,6 +1,7 @@
 #include "io/archive/ZipReader.h"
 
 #include <algorithm>
+#include <array>
 #include <mutex>
 
 #include "io/archive/ArchiveInput.h"
@@ -14,9 +15,14 @@ constexpr std::size_t readBytes = std::size_t{1} << 20U;
 /// The minimum overhead of an entry beside its name and data: local header and directory entry.
 constexpr std::uint64_t entryOverhead = 30 + 46;
 
-QString notAnArchive(zip_error_t& error) {
-  return QStringLiteral("The file is not a readable archive: %1.")
-      .arg(QString::fromUtf8(zip_error_strerror(&error)));
+/// Why the library can't open it, in words that mean something to users.
+QString notAnArchive(const ArchiveInput& input) {
+  constexpr std::array start{std::byte{'P'}, std::byte{'K'}, std::byte{3}, std::byte{4}};
+  std::array<std::byte, start.size()> found{};
+  const bool isRead = input.readAt(0, found) >= 0;
+  if (!isRead) return QStringLiteral("The archive is damaged or can't be read.");
+  return found == start ? QStringLiteral("The file is damaged or incomplete.")
+                        : QStringLiteral("The file is not a readable archive.");
 }
 
 QString damaged(const ArchiveEntryInfo& info, const QString& reason) {
@@ -79,10 +85,8 @@ struct ZipReader::Handles {
         return archive;
       }
     }
-    zip_error_t error;
-    zip_error_init(&error);
-    const OpenArchive archive = openArchive(input, error);
-    if (archive.handle == nullptr) return because(notAnArchive(error));
+    const OpenArchive archive = openArchive(input);
+    if (archive.handle == nullptr) return because(notAnArchive(*input));
     return archive;
   }
   void release(const OpenArchive& archive) {

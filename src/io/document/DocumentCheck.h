@@ -1,5 +1,6 @@
 // Reads a whole document without keeping it, and tells of each entry whether it can be read. Stricter than
-// loading, which does without a picture, and without pixels that aren't there. Trusts nothing in the file.
+// loading, which compares the preview's checksum without looking at the picture, and does without pixels that
+// aren't there. Trusts nothing in the file.
 #pragma once
 
 #include <QString>

@@ -29,8 +29,8 @@ class DocumentIO {
   // work that has already completed has no effect.
 
   /// Saves in the background. `done` runs later on the main thread, unless `receiver` has gone by then.
-  /// While another save runs, this one writes nothing and succeeds. The caller sets the document's flags. If
-  /// `expected` is given and isn't found as it is known, nothing is written either.
+  /// While another save runs, reports success without writing anything. The caller sets the document's flags.
+  /// If `expected` is given and isn't found as it is known, nothing is written either.
   static void save(const DocumentPtr& document, const QString& path, MetalContext& context, QObject* receiver,
                    SaveDone done, ProgressChanged progressChanged = {},
                    CancellationPtr cancellation = nullptr, KnownFilePtr expected = nullptr);

@@ -56,10 +56,9 @@ struct WrittenDocument {
   QString doubt;
 };
 
-/// Writes the document's archive to the destination. Chunks of which no tile has
-/// changed are copied from the document's file, if that is still what it was. `replaced` is the version of
-/// the destination that may be replaced: by default what stands there now. Any thread; the work spreads over
-/// all cores.
+/// Writes the document's archive to the destination. Copies unchanged chunks from the document's file, if
+/// that file hasn't changed. `replaced` is the version of the destination that may be replaced: by default
+/// what stands there now. Any thread; the work spreads over all cores.
 [[nodiscard]] Described<WrittenDocument> writeSnapshot(const SaveSnapshot& snapshot,
                                                        const QString& destination, const Progress& progress,
                                                        std::optional<FileIdentity> replaced = {});

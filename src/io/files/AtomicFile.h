@@ -86,8 +86,7 @@ struct ReplacedFile {
   QString doubt;
 };
 
-/// Fails for a doubt: a file that may not survive a power cut isn't a saved one, although it stands in its
-/// place.
+/// Turns a doubt into an error: a file that may not survive a power cut doesn't count as saved.
 [[nodiscard]] FileResult<void> judgeDoubt(const QString& doubt);
 
 /// Replaces the contents of `destination` atomically, if they are `replaced` or, by default, whatever they

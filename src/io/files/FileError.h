@@ -18,7 +18,7 @@ struct FileError {
   QString message;
   /// The user has cancelled the work, so that no alert is needed.
   bool isCancelled = false;
-  /// Anything else has stopped a save that was to overwrite only a file it knows.
+  /// Not `asKnown`: the save stopped because its file had changed.
   FileState found = FileState::asKnown;
 };
 

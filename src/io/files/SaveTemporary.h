@@ -10,9 +10,9 @@ namespace orvanel {
 /// A name that no other file has.
 [[nodiscard]] std::string newTemporaryName();
 
-/// Removes this user's temporary files in the folder that nobody has written to for a day. Locks would tell
-/// at once which of them are abandoned, but network file systems don't share them, or let nobody read what is
-/// locked.
+/// Removes this user's temporary files in the folder that have not been written to for a day. Locks would
+/// tell at once which of them are abandoned, but network file systems don't share them, or let nobody read
+/// what is locked.
 void removeAbandonedTemporaries(const std::filesystem::path& folder);
 
 }  // namespace orvanel

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <optional>
 
+#include "io/image/TiffNumbers.h"
+
 namespace orvanel {
 namespace {
 
@@ -151,6 +153,32 @@ bool bmpEndsTooEarly(const QByteArray& header, std::int64_t fileBytes) {
   return bytesPerRow > 0 && height > (fileBytes - pixelsAt) / bytesPerRow;
 }
 
+/// The strip or tile that stands last, which is the first to be lost. Only its start counts: some programs
+/// announce more bytes than its rows need.
+bool tiffEndsTooEarly(QIODevice& file, bool isLittleEndian) {
+  const TiffNumbers tiff(file, isLittleEndian);
+  const auto directory = tiff.longWord(4);
+  const auto count = directory ? tiff.word(*directory) : std::nullopt;
+  if (!count) return true;
+  for (std::uint64_t i = 0; i < *count; ++i) {
+    const std::uint64_t entry = std::uint64_t{*directory} + 2 + i * TiffNumbers::entryBytes;
+    const auto tag = tiff.word(entry);
+    const auto type = tiff.word(entry + 2);
+    const auto values = tiff.longWord(entry + 4);
+    const auto value = tiff.longWord(entry + 8);
+    if (!tag || !type || !values || !value) return true;
+    constexpr std::uint16_t stripOffsets = 273;
+    constexpr std::uint16_t tileOffsets = 324;
+    constexpr std::uint16_t longType = 4;
+    const bool areOffsets = (*tag == stripOffsets || *tag == tileOffsets) && *type == longType;
+    if (!areOffsets || *values == 0) continue;
+    // More than one doesn't fit in the entry, which then holds their place.
+    const auto last = *values == 1 ? value : tiff.longWord(*value + (std::uint64_t{*values} - 1) * 4);
+    if (!last || *last >= file.size()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool endsTooEarly(QIODevice& file) {
@@ -162,6 +190,8 @@ bool endsTooEarly(QIODevice& file) {
   if (header.startsWith("\x89PNG\r\n\x1A\n")) return pngEndsTooEarly(bytes);
   if (header.startsWith("GIF8")) return gifEndsTooEarly(bytes);
   if (header.startsWith("BM")) return bmpEndsTooEarly(header, file.size());
+  if (header.startsWith(QByteArrayView("II*\0", 4))) return tiffEndsTooEarly(file, true);
+  if (header.startsWith(QByteArrayView("MM\0*", 4))) return tiffEndsTooEarly(file, false);
   if (header.startsWith("RIFF") && header.sliced(8).startsWith("WEBP")) {
     return std::int64_t{qFromLittleEndian<std::uint32_t>(header.constData() + 4)} + 8 > file.size();
   }

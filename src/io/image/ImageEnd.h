@@ -6,8 +6,8 @@
 
 namespace orvanel {
 
-/// Whether a JPEG, PNG, GIF, BMP or WebP file is truncated. False for other formats, and for other kinds of
-/// damage.
+/// Whether a JPEG, PNG, GIF, BMP, WebP or TIFF file is truncated. False for other formats, for other kinds of
+/// damage, and for a TIFF that has lost no more than a part of its last strip.
 [[nodiscard]] bool endsTooEarly(QIODevice& file);
 
 }  // namespace orvanel

@@ -6,40 +6,14 @@
 #include <cmath>
 #include <cstdint>
 
+#include "io/image/TiffNumbers.h"
+
 namespace orvanel {
 namespace {
-
-/// Reads numbers of a TIFF in its byte order. Nothing beyond the end of the file.
-class TiffNumbers {
- public:
-  TiffNumbers(QIODevice& file, bool isLittleEndian) : file_(file), isLittle_(isLittleEndian) {}
-
-  [[nodiscard]] std::optional<std::uint16_t> word(std::uint64_t offset) const {
-    return number<std::uint16_t>(offset);
-  }
-  [[nodiscard]] std::optional<std::uint32_t> longWord(std::uint64_t offset) const {
-    return number<std::uint32_t>(offset);
-  }
-
- private:
-  template <typename Number>
-  [[nodiscard]] std::optional<Number> number(std::uint64_t offset) const {
-    std::array<char, sizeof(Number)> bytes{};
-    if (!file_.seek(static_cast<qint64>(offset)) ||
-        file_.read(bytes.data(), sizeof(Number)) != qint64{sizeof(Number)}) {
-      return std::nullopt;
-    }
-    return isLittle_ ? qFromLittleEndian<Number>(bytes.data()) : qFromBigEndian<Number>(bytes.data());
-  }
-
-  QIODevice& file_;
-  bool isLittle_;
-};
 
 constexpr std::uint16_t tagBitsPerSample = 258;
 constexpr std::uint16_t tagPhotometric = 262;
 constexpr std::uint16_t tagSamplesPerPixel = 277;
-constexpr std::uint64_t directoryEntryBytes = 12;
 
 QByteArray startOf(QIODevice& file, qint64 count) {
   return file.seek(0) ? file.read(count) : QByteArray();
@@ -220,7 +194,7 @@ std::optional<ImageTraits> traitsOfTiff(QIODevice& file) {
   int bits = 1;
   int samples = 1;
   for (std::uint64_t i = 0; i < *count; ++i) {
-    const std::uint64_t entry = std::uint64_t{*directory} + 2 + i * directoryEntryBytes;
+    const std::uint64_t entry = std::uint64_t{*directory} + 2 + i * TiffNumbers::entryBytes;
     const auto tag = tiff.word(entry);
     const auto values = tiff.longWord(entry + 4);
     if (!tag || !values) return std::nullopt;

@@ -39,7 +39,9 @@ DocumentTab::DocumentTab(const DocumentPtr& shownDocument, QWidget* parent)
     if (onClose) onClose();
   });
   changes_ = shownDocument->changes().observe([this](const DocumentChanges& changes) {
-    if (contains<change::FileStateChanged>(changes)) documentChanged();
+    if (contains<change::FileStateChanged>(changes) || contains<change::OpenEditChanged>(changes)) {
+      documentChanged();
+    }
   });
   documentChanged();
 }
@@ -65,7 +67,7 @@ void DocumentTab::documentChanged() {
 
 bool DocumentTab::showsDirtyDot() const {
   const DocumentPtr shown = document.lock();
-  return shown != nullptr && shown->isDirty.value();
+  return shown != nullptr && (shown->isDirty.value() || shown->hasOpenUnsavedChange());
 }
 
 QString DocumentTab::shownName() const {

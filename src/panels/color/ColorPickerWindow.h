@@ -42,7 +42,7 @@ class ColorPickerWindow : public QDialog {
   ColorPickerContentView* content_;
   std::function<void(const DisplayColor&)> onChange_;
   DisplayColor initialColor_;
-  /// What the owner was last told, or has told.
+  /// The colour last sent to or received from the owner.
   DisplayColor lastColor_;
   bool hasChanged_ = false;
 };

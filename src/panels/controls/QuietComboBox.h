@@ -14,7 +14,7 @@ class QuietComboBox : public QComboBox {
   explicit QuietComboBox(QWidget* parent = nullptr) : QComboBox(parent) { setFocusPolicy(Qt::TabFocus); }
 
   void showPopup() override {
-    // The list takes the pointer without a word, and would leave the box highlighted once it is gone.
+    // Opening the list sends no leave event, so the box would stay highlighted.
     QEvent leaving(QEvent::Leave);
     QCoreApplication::sendEvent(this, &leaving);
     setAttribute(Qt::WA_UnderMouse, false);

@@ -101,7 +101,7 @@ class LayerNSOutlineView : public QTreeView {
   bool showHelp(const QPoint& point, const QPoint& globalPoint);
   /// The ring around the row that the open menu is about; an invalid index takes it away.
   void markMenuRow(const QModelIndex& row);
-  /// Left and Right close and open folders and walk between levels; true for a key that was used.
+  /// Left and Right close and open folders and walk between levels; true if the key was consumed.
   bool walkLevels(int key, const QModelIndex& current);
 
   // Drag and drop.

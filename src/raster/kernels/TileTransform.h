@@ -48,7 +48,7 @@ class TileTransform {
   /// The transform is one that resamples.
   TileTransform(const Surface& source, const PixelTransform& transform, TransformScratch& scratch);
 
-  /// The pixel that a whole tile of the destination gets because what it takes from is uniform.
+  /// The pixel that a whole tile of the destination gets because its source is uniform.
   [[nodiscard]] std::optional<std::uint64_t> uniformPixel(const PixelRect& tile) const;
   /// Makes one tile.
   void run(Surface& destination, int index);
@@ -61,7 +61,7 @@ class TileTransform {
   struct Batch {
     static constexpr int most = 128;
     std::array<CollectedSample, most> samples{};
-    std::array<const std::byte*, most> corners{};  ///< null: the neighbours don't stand together
+    std::array<const std::byte*, most> corners{};  ///< null if the neighbours aren't adjacent in memory
     int count = 0;
   };
 

@@ -12,7 +12,7 @@ namespace orvanel::kernels {
 /// destination(x + dx, y + dy) = source(x, y); what comes from outside is all zero. Formats agree.
 void translatePixels(const Surface& source, Surface& destination, int dx, int dy);
 
-/// The pixel that a tile of the moved surface gets because what it takes from is uniform.
+/// The pixel that a tile of the moved surface gets because its source is uniform.
 [[nodiscard]] std::optional<std::uint64_t> uniformPixelMoved(const Surface& source, const PixelRect& tile,
                                                              const OffsetParams& move);
 

@@ -225,6 +225,15 @@ ZipFixture honest() {
   return fixture;
 }
 
+TEST(HostileArchive, ATruncatedArchiveIsToldFromWhatIsNone) {
+  const Bytes whole = honest().make();
+  EXPECT_EQ(open(Bytes(whole.begin(), whole.begin() + std::ssize(whole) * 2 / 3)).error(),
+            QStringLiteral("The file is damaged or incomplete."));
+  EXPECT_EQ(open(testing::bytesOf("neither archive nor image")).error(),
+            QStringLiteral("The file is not a readable archive."));
+  EXPECT_EQ(open(testing::bytesOf("PK")).error(), QStringLiteral("The file is not a readable archive."));
+}
+
 TEST(HostileArchive, validArchiveIsAccepted) {
   EXPECT_TRUE(isSound(honest().make()));
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
+#include <QDataStream>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
@@ -99,6 +100,46 @@ TEST_F(DamagedImages, trailingBytesOfAJpegAreIgnored) {
   const auto image = read(encoded(noise(40, 30), "jpeg") + QByteArray(500, '\x55'));
   ASSERT_TRUE(image.has_value());
   EXPECT_EQ(image->warning, QString());
+}
+
+TEST_F(DamagedImages, aTruncatedTiffSaysThatItEndsTooEarly) {
+  const QByteArray whole = encoded(noise(200, 160), "tiff");
+  for (const double part : {0.1, 0.5, 0.67, 0.97}) {
+    const auto image = read(whole.first(static_cast<qsizetype>(part * static_cast<double>(whole.size()))));
+    ASSERT_FALSE(image.has_value()) << part;
+    EXPECT_EQ(image.error().message, QStringLiteral("The file ends before the image does.")) << part;
+  }
+}
+
+/// Begins with its directory, which announces two strips; the second one begins at byte 60.
+QByteArray tiffOfTwoStrips(bool isLittleEndian, int fileBytes) {
+  QByteArray bytes;
+  QDataStream stream(&bytes, QIODevice::WriteOnly);
+  stream.setByteOrder(isLittleEndian ? QDataStream::LittleEndian : QDataStream::BigEndian);
+  const quint16 order = isLittleEndian ? 0x4949 : 0x4D4D;
+  constexpr quint16 width = 256;
+  constexpr quint16 stripOffsets = 273;
+  stream << order << quint16{42} << quint32{8} << quint16{2};
+  stream << width << quint16{4} << quint32{1} << quint32{100};
+  stream << stripOffsets << quint16{4} << quint32{2} << quint32{40};
+  return bytes.leftJustified(40, '\0') + [&] {
+    QByteArray offsets;
+    QDataStream out(&offsets, QIODevice::WriteOnly);
+    out.setByteOrder(stream.byteOrder());
+    out << quint32{50} << quint32{60};
+    return offsets.leftJustified(fileBytes - 40, '\0', true);
+  }();
+}
+
+TEST_F(DamagedImages, aTiffEndsTooEarlyWhereItsLastStripIsMissing) {
+  for (const bool isLittleEndian : {true, false}) {
+    for (const int length : {44, 47, 50, 60, 61, 100}) {
+      QByteArray bytes = tiffOfTwoStrips(isLittleEndian, length);
+      QBuffer buffer(&bytes);
+      buffer.open(QIODevice::ReadOnly);
+      EXPECT_EQ(endsTooEarly(buffer), length <= 60) << length;
+    }
+  }
 }
 
 TEST_F(DamagedImages, aTruncatedGifOpensWithAWarning) {

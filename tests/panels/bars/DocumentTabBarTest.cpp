@@ -13,6 +13,8 @@
 #include <QUrl>
 #include <QWheelEvent>
 
+#include "model/OpenOpacityEdit.h"
+
 namespace orvanel {
 namespace {
 
@@ -128,6 +130,20 @@ TEST_F(DocumentTabBarTest, TheDotFollowsUnsavedChanges) {
   EXPECT_NE(tab.grab().toImage(), clean);
   documents[0]->setDirty(false);
   EXPECT_EQ(tab.grab().toImage(), clean);
+}
+
+TEST_F(DocumentTabBarTest, TheDotAppearsWithTheFirstStepOfAGesture) {
+  showDocuments(1);
+  DocumentTab& tab = *bar.tabs()[0];
+  const QString clean = tab.accessibleName();
+  const auto edit = OpenOpacityEdit::begin(documents[0], documents[0]->rootNodes.value()[0].id());
+  EXPECT_FALSE(tab.showsDirtyDot());
+  edit->show(0.5F);
+  EXPECT_TRUE(tab.showsDirtyDot());
+  EXPECT_EQ(tab.accessibleName(), clean + QStringLiteral(", unsaved changes"));
+  edit->takeBack();
+  EXPECT_FALSE(tab.showsDirtyDot());
+  EXPECT_EQ(tab.accessibleName(), clean);
 }
 
 TEST_F(DocumentTabBarTest, ATabFollowsItsDocumentsName) {
