@@ -233,8 +233,8 @@ const Surface* FrozenComposite::surface(const std::function<bool()>& isCancelled
 std::uint64_t FrozenComposite::bytesToFinish() {
   const std::lock_guard guard(mutex_);
   if (run_ == nullptr) return 0;
-  return static_cast<std::uint64_t>(composite_.width()) * static_cast<std::uint64_t>(composite_.height()) *
-         static_cast<std::uint64_t>(composite_.pixelBytes());
+  // None of the tiles is written in place: the document still holds those of the canvas and the temporaries.
+  return run_->plan.dataTilesToMake(run_->nextTile) * composite_.tileBytes();
 }
 
 }  // namespace orvanel

@@ -103,7 +103,8 @@ class FrozenComposite {
 
   /// The finished image; null once `isCancelled`, polled every few milliseconds, returns true. Any thread.
   [[nodiscard]] const Surface* surface(const std::function<bool()>& isCancelled = {});
-  /// The most pixel memory that `surface` may still take for the image; 0 once it is finished. Any thread.
+  /// The most pixel memory that `surface` may still take, for the image and for those of isolating folders.
+  /// Any thread.
   [[nodiscard]] std::uint64_t bytesToFinish();
 
  private:
