@@ -99,6 +99,15 @@ bool DocumentCompositor::flatten(const Document& document, Surface& composite, F
   }
 }
 
+std::vector<int> DocumentCompositor::staleTiles(const Document& document) {
+  if (document.isCompositeCurrent()) return {};
+  // A compositor of its own leaves the pool as it is, and nothing is written to the surfaces.
+  DocumentCompositor reader(document.context());
+  reader.texturePool_ = document.compositor().texturePool_;
+  Surface& composite = const_cast<Surface&>(*document.compositedTexture.value());
+  return reader.beginRun(document, composite, Sources::live)->plan.staleTiles();
+}
+
 void DocumentCompositor::forget() {
   run_ = nullptr;
   hasFlattened_ = false;
