@@ -220,10 +220,10 @@ TEST_F(FlatImages, AnImageIsNotFlattenedWithoutTheMemoryForItAndItsFolders) {
   for (const char* name : {"Inner", "Outer"}) {
     document->selectNode(std::nullopt);
     document->addFolder(QLatin1String(name));
-    const QUuid folder = *document->selectedNodeID.value();
-    document->setOpacity(folder, 0.5F);
-    document->moveNode(inner, folder);
-    inner = folder;
+    const QUuid outer = *document->selectedNodeID.value();
+    document->setOpacity(outer, 0.5F);
+    document->moveNode(inner, outer);
+    inner = outer;
   }
   static_cast<void>(document->composite());
   // One tile of data, in the image and in both folders.
