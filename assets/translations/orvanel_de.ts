@@ -1054,8 +1054,8 @@ Klicken, um eine andere zu wählen</translation>
 <context>
     <name>orvanel::DocumentFiles</name>
     <message>
-        <source>There is not enough memory for this edit. The document has not changed. Close other documents or programs and try again.</source>
-        <translation>Für diese Änderung reicht der Speicher nicht aus. Das Dokument ist unverändert. Schließen Sie andere Dokumente oder Programme und versuchen Sie es erneut.</translation>
+        <source>There is not enough memory for this edit. This step was not carried out. Close other documents or programs and try again.</source>
+        <translation>Für diese Änderung reicht der Speicher nicht aus. Dieser Schritt wurde nicht ausgeführt. Schließen Sie andere Dokumente oder Programme und versuchen Sie es erneut.</translation>
     </message>
     <message>
         <source>The document has gained layers, masks or folders that this format can&apos;t hold. Use Save As.</source>

@@ -72,7 +72,7 @@ void DocumentFiles::reportRefusedEdit() {
       this,
       [this] {
         dialogs_.showNotEnoughMemory(
-            tr("There is not enough memory for this edit. The document has not changed. Close other "
+            tr("There is not enough memory for this edit. This step was not carried out. Close other "
                "documents or programs and try again."));
       },
       Qt::QueuedConnection);

@@ -5,6 +5,7 @@
 #include "cli/ScriptCommands.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
+#include "tools/selection/ShapeCost.h"
 
 namespace orvanel {
 namespace {
@@ -43,8 +44,9 @@ ScriptAction rectangle(ScriptRun& run, StepArguments& arguments) {
     SelectionGesture gesture(run.document, QStringLiteral("Rectangle Select"));
     const PixelRect rect = drawnRect(*run.document, x, y, width, height);
     if (!rect.isEmpty()) {
-      gesture.selectShape(mode,
-                          [&](Selection& shape) { shape.setRect(rect, feather, run.document->context()); });
+      gesture.selectShape(
+          mode, [&](Selection& shape) { shape.setRect(rect, feather, run.document->context()); },
+          shapeCost::ofRect(*run.document, rect, feather));
     }
     gesture.close();
   });
@@ -61,7 +63,8 @@ ScriptAction ellipse(ScriptRun& run, StepArguments& arguments) {
   return action([=, &run] {
     SelectionGesture gesture(run.document, QStringLiteral("Ellipse Select"));
     gesture.selectShape(
-        mode, [&](Selection& shape) { shape.setEllipse(cx, cy, rx, ry, feather, run.document->context()); });
+        mode, [&](Selection& shape) { shape.setEllipse(cx, cy, rx, ry, feather, run.document->context()); },
+        shapeCost::ofEllipse(*run.document, cx, cy, rx, ry, feather));
     gesture.close();
   });
 }
@@ -75,7 +78,9 @@ ScriptAction polygon(ScriptRun& run, StepArguments& arguments) {
   return action([=, &run] {
     SelectionGesture gesture(run.document, QStringLiteral("Polygonal Lasso Select"));
     if (points.size() > 2) {
-      gesture.selectShape(mode, [&](Selection& shape) { shape.setPolygon(points, run.document->context()); });
+      gesture.selectShape(
+          mode, [&](Selection& shape) { shape.setPolygon(points, run.document->context()); },
+          shapeCost::ofPolygon(*run.document, points));
     }
     gesture.close();
   });

@@ -99,6 +99,15 @@ bool DocumentCompositor::flatten(const Document& document, Surface& composite, F
   }
 }
 
+std::vector<int> DocumentCompositor::staleTiles(const Document& document) {
+  if (document.isCompositeCurrent()) return {};
+  // A compositor of its own leaves the pool as it is, and nothing is written to the surfaces.
+  DocumentCompositor reader(document.context());
+  reader.texturePool_ = document.compositor().texturePool_;
+  Surface& composite = const_cast<Surface&>(*document.compositedTexture.value());
+  return reader.beginRun(document, composite, Sources::live)->plan.staleTiles();
+}
+
 void DocumentCompositor::forget() {
   run_ = nullptr;
   hasFlattened_ = false;
@@ -239,8 +248,8 @@ const Surface* FrozenComposite::surface(const std::function<bool()>& isCancelled
 std::uint64_t FrozenComposite::bytesToFinish() {
   const std::lock_guard guard(mutex_);
   if (run_ == nullptr) return 0;
-  return static_cast<std::uint64_t>(composite_.width()) * static_cast<std::uint64_t>(composite_.height()) *
-         static_cast<std::uint64_t>(composite_.pixelBytes());
+  // None of the tiles is written in place: the document still holds those of the canvas and the temporaries.
+  return run_->plan.dataTilesToMake(run_->nextTile) * composite_.tileBytes();
 }
 
 }  // namespace orvanel

@@ -38,6 +38,8 @@ class DocumentCompositor {
   /// Flattens the visible nodes into `composite` until the deadline; the next call continues if nothing has
   /// changed. True once complete.
   bool flatten(const Document& document, Surface& composite, Freshness freshness, Deadline deadline);
+  /// The tiles, in ascending order, at which flattening would change the document's image as it stands.
+  [[nodiscard]] static std::vector<int> staleTiles(const Document& document);
   /// Forgets what was flattened, because the composite is a new surface.
   void forget();
   /// Flattens everything at once, regardless of earlier work.
@@ -106,7 +108,8 @@ class FrozenComposite {
 
   /// The finished image; null once `isCancelled`, polled every few milliseconds, returns true. Any thread.
   [[nodiscard]] const Surface* surface(const std::function<bool()>& isCancelled = {});
-  /// The most pixel memory that `surface` may still take for the image; 0 once it is finished. Any thread.
+  /// The most pixel memory that `surface` may still take, for the image and for those of isolating folders.
+  /// Any thread.
   [[nodiscard]] std::uint64_t bytesToFinish();
 
  private:

@@ -56,10 +56,9 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
   const std::shared_ptr<const Selection> selected = activeSelection();
   const Surface& standing = *layer->surface(kind);
-  // Without a selection every tile becomes uniform.
-  const std::vector<int> tiles = selected != nullptr
-                                     ? editCost::tilesBlended(standing, *selected->maskTexture->texture)
-                                     : std::vector<int>{};
+  const ChangedTiles tiles = selected != nullptr
+                                 ? editCost::tilesBlended(standing, *selected->maskTexture->texture)
+                                 : editCost::tilesFilled(standing);
   if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
   PixelEdit record{.actionName = actionName,
                    .document = shared_from_this(),
@@ -99,7 +98,7 @@ void Document::invertActive() {
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
   const std::shared_ptr<const Selection> selected = kind == SurfaceKind::mask ? nullptr : activeSelection();
   const Surface& standing = *layer->surface(kind);
-  const std::vector<int> tiles = editCost::tilesRewritten(
+  const ChangedTiles tiles = editCost::tilesRewritten(
       standing, selected != nullptr ? selected->maskTexture->texture.get() : nullptr);
   if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
   PixelEdit record{.actionName = QStringLiteral("Invert"),
@@ -170,8 +169,9 @@ void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
   if (!isInTree(*this, *layer) || layer->mask.value() != nullptr) return;
   const std::shared_ptr<const Selection> selected = activeSelection();
   // The mask shares the selection's tiles, but the layer is flattened under it.
-  const std::vector<int> masked =
-      selected != nullptr ? editCost::dataTiles(*selected->maskTexture->texture) : std::vector<int>{};
+  const ChangedTiles masked = selected != nullptr
+                                  ? editCost::tilesRewritten(*selected->maskTexture->texture, nullptr)
+                                  : ChangedTiles{};
   if (!edit.admits(editCost::ofFlattening(*this, masked))) return;
   const std::shared_ptr<MaskTexture> contents =
       selected != nullptr
@@ -192,8 +192,8 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   const ConstTexture pixels = layer->texture.value();
   if (!isInTree(*this, *layer) || mask == nullptr || pixels == nullptr) return;
-  const std::vector<int> rewritten = editCost::tilesBlended(*pixels, *mask->maskTexture->texture);
-  if (!edit.admits(editCost::ofTiles(*this, *pixels, rewritten))) return;
+  const ChangedTiles masked = editCost::tilesMasked(*pixels, *mask->maskTexture->texture);
+  if (!edit.admits(editCost::ofTiles(*this, *pixels, masked))) return;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
   context_.applyLayerMask(edit.pixels(*layer), *mask->maskTexture->texture, colorMode.value());
@@ -206,7 +206,7 @@ void Document::removeLayerMask(const std::shared_ptr<Layer>& layer) {
   DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   if (!isInTree(*this, *layer) || mask == nullptr) return;
-  if (!edit.admits(editCost::ofFlattening(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
   dropMask(edit, *layer);
   edit.record(std::make_shared<RemoveLayerMaskOperation>(shared_from_this(), layer, mask));
 }

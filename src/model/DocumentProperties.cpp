@@ -21,7 +21,7 @@ void Document::setOpacity(const QUuid& nodeID, float opacity) {
   DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
-  if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.isolated = nodeID}))) return;
   edit.recordOpacityChange(
       std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID, node->opacity().value(), opacity));
 }
@@ -30,7 +30,7 @@ void Document::setBlendMode(const QUuid& nodeID, BlendMode blendMode) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->blendMode().value() == blendMode) return;
-  if (!edit.admits(editCost::ofFlattening(*this, {}, nodeID))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.isolated = nodeID}))) return;
   edit.recordAndRedo(std::make_shared<BlendModeChangeOperation>(shared_from_this(), nodeID,
                                                                 node->blendMode().value(), blendMode));
 }
@@ -49,14 +49,14 @@ void Document::setVisible(const QUuid& nodeID, bool isVisible) {
   DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->isVisible().value() == isVisible) return;
-  if (!edit.admits(editCost::ofFlattening(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
   edit.setVisible(*node, isVisible);
   edit.record(std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
 }
 
 void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {
   DocumentEdit edit(*this, editKind::shownProperty);
-  if (!edit.admits(editCost::ofFlattening(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
   std::vector<BatchVisibilityChangeOperation::Change> changes;
   std::set<QUuid> seen;
   for (const QUuid& nodeID : nodeIDs) {
@@ -104,7 +104,8 @@ void Document::setMaskLinked(const QUuid& layerID, bool isMaskLinked) {
 void Document::setMaskEnabled(const QUuid& layerID, bool isEnabled) {
   DocumentEdit edit(*this, editKind::property);
   const std::shared_ptr<Layer> layer = layerOf(*this, layerID);
-  if (layer != nullptr && edit.admits(editCost::ofFlattening(*this))) edit.setMaskEnabled(*layer, isEnabled);
+  if (layer != nullptr && edit.admits(editCost::ofFlatteningTree(*this)))
+    edit.setMaskEnabled(*layer, isEnabled);
 }
 
 }  // namespace orvanel

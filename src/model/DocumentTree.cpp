@@ -93,11 +93,19 @@ TreePosition positionForNewNode(const Document& document) {
   return position;
 }
 
-/// False if the node isn't in the tree, or if the position lies inside it.
+/// Whether there is memory for the flattened image with the node, which is in the tree, in that folder.
+bool admitsMove(DocumentEdit& edit, const Document& document, const QUuid& nodeID,
+                const std::optional<QUuid>& parentID) {
+  const editCost::TreeChange move{
+      .removed = nodeID, .inserted = document.findNode(nodeID), .parentID = parentID};
+  return edit.admits(editCost::ofFlatteningTree(document, move));
+}
+
+/// False if the node isn't in the tree, if the position lies inside it, or if there is no memory for it.
 bool moveAndRecord(DocumentEdit& edit, Document& document, const QUuid& nodeID,
                    const TreePosition& position) {
   const std::optional<TreePosition> source = document.treePosition(nodeID);
-  if (!source) return false;
+  if (!source || !admitsMove(edit, document, nodeID, position.parentID)) return false;
   auto record = std::make_shared<MoveNodeOperation>(document.shared_from_this(), nodeID, *source);
   if (!edit.moveNode(nodeID, position)) return false;
   record->setDestination(document.treePosition(nodeID));
@@ -138,7 +146,7 @@ void Document::removeNode(const QUuid& nodeID) {
   // Checks only the node itself: deleting a folder may delete the last layer.
   if (node->layer() != nullptr && layerCount() < 2) return;
 
-  if (!edit.admits(editCost::ofFlattening(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.removed = nodeID}))) return;
   auto record = std::make_shared<RemoveNodeOperation>(shared_from_this(), nodeID);
   edit.removeNode(nodeID);
   const LayerNodeList& list =
@@ -157,7 +165,7 @@ void Document::moveNode(const QUuid& nodeID, const QUuid& toFolder) {
   const std::optional<TreePosition> source = treePosition(nodeID);
   const std::optional<LayerNode> parent = findNode(toFolder);
   const std::shared_ptr<LayerFolder> folder = parent ? parent->folder() : nullptr;
-  if (!source || folder == nullptr) return;
+  if (!source || folder == nullptr || !admitsMove(edit, *this, nodeID, toFolder)) return;
   auto record = std::make_shared<MoveNodeOperation>(shared_from_this(), nodeID, *source);
   if (!edit.moveNode(nodeID, {.parentID = toFolder, .index = std::ssize(folder->children.value())})) return;
   edit.setActiveNode(nodeID);
@@ -184,7 +192,8 @@ void Document::duplicateNode(const QUuid& nodeID) {
   const std::optional<TreePosition> source = treePosition(nodeID);
   if (!node || !source) return;
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
-  if (!edit.admits(editCost::ofFlattening(*this))) return;
+  const editCost::TreeChange addition{.inserted = node, .parentID = source->parentID};
+  if (!edit.admits(editCost::ofFlatteningTree(*this, addition))) return;
   const LayerNode copy = copyOfNode(*node, *this);
   edit.insertNode(copy, {.parentID = source->parentID, .index = source->index + 1});
   edit.setActiveNode(copy.id());

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "model/edit/EditCost.h"
 #include "model/edit/SurfaceTrace.h"
 #include "raster/HalfFloat.h"
 
@@ -55,6 +56,16 @@ double brightnessOf(const std::byte* pixel, PixelFormat format) {
   }
 }
 
+/// Null when nothing is selected.
+const Surface* maskOf(const Document& document) {
+  const std::shared_ptr<const Selection> selected = document.activeSelection();
+  return selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
+}
+
+std::shared_ptr<const Surface> copyOf(const Surface* mask) {
+  return mask != nullptr ? std::make_shared<const Surface>(*mask) : nullptr;
+}
+
 }  // namespace
 
 LevelsHistogram levelsHistogram(const Surface& pixels) {
@@ -83,16 +94,26 @@ std::optional<LevelsAdjustment> LevelsAdjustment::begin(const DocumentPtr& docum
   return LevelsAdjustment(document, std::move(edit));
 }
 
+LevelsAdjustment::LevelsAdjustment(const DocumentPtr& document, std::unique_ptr<OpenSurfaceEdit> edit)
+    : document_(document), edit_(std::move(edit)), weight_(copyOf(maskOf(*document))) {}
+
+void LevelsAdjustment::followSelection(Document& document) {
+  const Surface* const mask = maskOf(document);
+  const bool isSame = mask == nullptr || weight_ == nullptr
+                          ? mask == weight_.get()
+                          : SurfaceTrace(*weight_).changedTiles(*mask).empty();
+  if (isSame) return;
+  weight_ = copyOf(mask);
+  const Surface& original = edit_->original();
+  isAdmitted_ = document.admitsEdit(
+      editCost::ofTiles(document, original, editCost::tilesRewritten(original, weight_.get())));
+}
+
 void LevelsAdjustment::apply(const Levels& levels) {
   const DocumentPtr document = document_.lock();
   if (document == nullptr || !isOpen()) return;
-  const std::shared_ptr<const Selection> selected = document->activeSelection();
-  if (selected == nullptr) {
-    weight_ = nullptr;
-  } else if (const Surface& mask = *selected->maskTexture->texture;
-             weight_ == nullptr || !SurfaceTrace(*weight_).changedTiles(mask).empty()) {
-    weight_ = std::make_shared<const Surface>(mask);
-  }
+  followSelection(*document);
+  if (!isAdmitted_) return;
   const LevelsParams params{.colorMode = rawValue(document->colorMode.value()),
                             .hasSelection = weight_ != nullptr ? 1U : 0U,
                             .black = levels.blackPoint / pointScale,

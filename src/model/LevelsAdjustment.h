@@ -47,7 +47,9 @@ class LevelsAdjustment {
   /// `closed` is called once when the adjustment closes, whoever closes it; must not destroy the adjustment.
   void setOnClosed(std::function<void()> closed) { edit_->onClosed = std::move(closed); }
 
-  /// Previews the levels within the selection, or everywhere without one.
+  /// Previews the levels within the selection, or everywhere without one. If the selection has changed and
+  /// there is no memory for what it covers now, reports a refusal, and keeps the preview until it changes
+  /// again.
   void apply(const Levels& levels);
   /// Keeps the preview under one record.
   void commit() { edit_->keep(); }
@@ -55,13 +57,14 @@ class LevelsAdjustment {
   void cancel() { edit_->takeBack(); }
 
  private:
-  LevelsAdjustment(const DocumentPtr& document, std::unique_ptr<OpenSurfaceEdit> edit)
-      : document_(document), edit_(std::move(edit)) {}
+  LevelsAdjustment(const DocumentPtr& document, std::unique_ptr<OpenSurfaceEdit> edit);
+  void followSelection(Document& document);
 
   std::weak_ptr<Document> document_;
   std::unique_ptr<OpenSurfaceEdit> edit_;
-  /// The selection when levels were last applied; its tiles are shared.
+  /// The selection that there was last, null without one; its tiles are shared.
   std::shared_ptr<const Surface> weight_;
+  bool isAdmitted_ = true;
 };
 
 }  // namespace orvanel

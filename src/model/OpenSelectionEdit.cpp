@@ -23,13 +23,15 @@ OpenSelectionEdit::~OpenSelectionEdit() {
 }
 
 void OpenSelectionEdit::show(
-    const std::function<bool(const Document& document, Selection& selection)>& write) {
+    std::uint64_t bytes, const std::function<bool(const Document& document, Selection& selection)>& write) {
   const DocumentPtr target = document();
   if (target == nullptr || record_ == nullptr) return;
   DocumentEdit edit(*target, editKind::selecting);
   const std::shared_ptr<Selection> selection = edit.selection();
   restoreOriginal(*selection);
-  const bool isWritten = write(*target, *selection);
+  // Told once: a drag would be refused at every step.
+  if (!edit.admits(bytes)) record_ = nullptr;
+  const bool isWritten = record_ != nullptr && write(*target, *selection);
   if (!isWritten) restoreOriginal(*selection);
   noteShown(edit, isWritten);
 }

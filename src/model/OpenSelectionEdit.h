@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -20,8 +21,12 @@ class OpenSelectionEdit final : public OpenEdit {
   ~OpenSelectionEdit() override;
 
   /// Restores the original selection, then calls `write` to change its mask and flags. If it returns false
-  /// the original selection stays, as if nothing had ever been shown.
-  void show(const std::function<bool(const Document& document, Selection& selection)>& write);
+  /// the original selection stays, as if nothing had ever been shown. `bytes` is the most memory that it
+  /// takes; if that isn't there, the refusal is reported and the edit has no effect from then on.
+  void show(std::uint64_t bytes,
+            const std::function<bool(const Document& document, Selection& selection)>& write);
+  /// The mask of the original selection; null without memory for the edit.
+  [[nodiscard]] const Surface* originalMask() const { return originalMask_ ? &*originalMask_ : nullptr; }
   /// Restores the original selection; leaves no record.
   void takeBack();
   /// Keeps what is shown. Leaves no record if nothing was selected before and nothing is now.

@@ -40,8 +40,8 @@ std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& docum
   std::uint64_t cost = 0;
   for (const SurfaceKind changed : kinds) {
     const Surface& surface = *layer->surface(changed);
-    const std::vector<int> tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight)
-                                                              : editCost::tilesMoved(surface);
+    const ChangedTiles tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight)
+                                                          : editCost::tilesMoved(surface);
     cost += editCost::ofTiles(*document, surface, tiles);
   }
   if (!document->admitsEdit(cost)) return nullptr;

@@ -24,7 +24,7 @@ void VisibilitySweep::add(const QUuid& nodeID) {
   if (!node || isKnown) return;
   DocumentEdit edit(*target, editKind::state);
   // Told once: the nodes that follow would be refused as well.
-  if (!edit.admits(editCost::ofFlattening(*target))) return end();
+  if (!edit.admits(editCost::ofFlatteningTree(*target))) return end();
   swept_.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
   edit.setVisible(*node, isVisible_);
   noteShown(edit, hasShown() || swept_.back().oldValue != isVisible_);

@@ -48,13 +48,12 @@ class TileComposer {
 
   /// Makes every target's tile that is out of date, innermost targets first; gives their number.
   int bringUpToDate(int index, CompositeScope scope) {
-    // A target is nested only in one added before it, so going backwards meets inner targets first.
-    for (std::size_t target = targets_.size(); target-- > 0;) recipes_[target] = recipeOf(target, index);
-    if (scope == CompositeScope::changedTiles && targets_[0].surface->recipe(index) == recipes_[0]) return 0;
+    const bool isCurrent = !findStale(index);
+    if (scope == CompositeScope::changedTiles && isCurrent) return 0;
     int made = 0;
     for (std::size_t target = targets_.size(); target-- > 0;) {
       Surface& surface = *targets_[target].surface;
-      if (scope == CompositeScope::changedTiles && surface.recipe(index) == recipes_[target]) continue;
+      if (scope == CompositeScope::changedTiles && isMade(target, index)) continue;
       makeTile(targets_[target], index);
       surface.setRecipe(index, recipes_[target]);
       ++made;
@@ -62,7 +61,37 @@ class TileComposer {
     return made;
   }
 
+  /// Works out the recipes of this place; whether the canvas is out of date there.
+  bool findStale(int index) {
+    // A target is nested only in one added before it, so going backwards meets inner targets first.
+    for (std::size_t target = targets_.size(); target-- > 0;) recipes_[target] = recipeOf(target, index);
+    return !isMade(0, index);
+  }
+
+  /// The most data tiles that bringing this place up to date writes.
+  int dataTilesToMake(int index) {
+    if (!findStale(index)) return 0;
+    mayBeData_.assign(targets_.size(), false);
+    int count = 0;
+    for (std::size_t target = targets_.size(); target-- > 0;) {
+      mayBeData_[target] = std::ranges::any_of(
+          targets_[target].steps, [&](const CompositePlan::Step& step) { return bringsData(step, index); });
+      if (mayBeData_[target] && !isMade(target, index)) ++count;
+    }
+    return count;
+  }
+
  private:
+  [[nodiscard]] bool isMade(std::size_t target, int index) const {
+    return targets_[target].surface->recipe(index) == recipes_[target];
+  }
+
+  [[nodiscard]] bool bringsData(const CompositePlan::Step& step, int index) const {
+    if (step.mask.surface != nullptr && !step.mask.surface->tile(index).isUniform()) return true;
+    return step.nested >= 0 ? mayBeData_[static_cast<std::size_t>(step.nested)]
+                            : !step.source.surface->tile(index).isUniform();
+  }
+
   /// Everything that decides the pixels of this tile.
   [[nodiscard]] std::uint64_t recipeOf(std::size_t target, int index) const {
     const CompositePlan::TargetPlan& plan = targets_[target];
@@ -193,6 +222,7 @@ class TileComposer {
 
   std::span<const CompositePlan::TargetPlan> targets_;
   std::vector<std::uint64_t> recipes_;
+  std::vector<bool> mayBeData_;
   std::vector<Contribution> contributions_;
   std::vector<std::unique_ptr<TileBuffer>> regularCopies_;
   StripAccumulator accumulator_;
@@ -253,6 +283,24 @@ CompositeReport CompositePlan::run(CompositeScope scope, int firstTile, int coun
                       made.fetch_add(madeHere, std::memory_order_relaxed);
                     });
   return {made.load()};
+}
+
+std::vector<int> CompositePlan::staleTiles() const {
+  const auto composer = std::make_unique<TileComposer>(targets_);
+  std::vector<int> stale;
+  for (int index = 0; index < tileCount(); ++index) {
+    if (composer->findStale(index)) stale.push_back(index);
+  }
+  return stale;
+}
+
+std::uint64_t CompositePlan::dataTilesToMake(int firstTile) const {
+  const auto composer = std::make_unique<TileComposer>(targets_);
+  std::uint64_t count = 0;
+  for (int index = firstTile; index < tileCount(); ++index) {
+    count += static_cast<std::uint64_t>(composer->dataTilesToMake(index));
+  }
+  return count;
 }
 
 }  // namespace orvanel

@@ -56,6 +56,13 @@ class CompositePlan {
   CompositeReport run(CompositeScope scope, int firstTile, int count);
   [[nodiscard]] int tileCount() const { return targets_.front().surface->tileCount(); }
 
+  // What a run would do, told without doing it. The canvas and the temporaries stay as they are.
+
+  /// The tiles of the canvas that are out of date, in ascending order.
+  [[nodiscard]] std::vector<int> staleTiles() const;
+  /// The most data tiles, of all targets together, that a run from `firstTile` on writes.
+  [[nodiscard]] std::uint64_t dataTilesToMake(int firstTile) const;
+
   struct Step {
     CompositeParams params;
     Source source;

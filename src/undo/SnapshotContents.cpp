@@ -45,9 +45,9 @@ const SnapshotContents::Run& SnapshotContents::runOf(int index) const {
                                      [](int tile, const Run& next) { return tile < next.firstTile; }));
 }
 
-bool SnapshotContents::isDataUnlike(int index, const Tile& standing) const {
+bool SnapshotContents::isUnlike(int index, const Tile& standing) const {
   const Run& run = runOf(index);
-  if (run.firstSlot == noSlot) return false;
+  if (run.firstSlot == noSlot) return !(standing == Tile::uniform(run.pixel));
   if (standing.isUniform()) return true;
   const Slot& slot = slots_[run.firstSlot + static_cast<std::size_t>(index - run.firstTile)];
   const std::lock_guard guard(lock_);

@@ -29,8 +29,9 @@ class SnapshotContents {
   [[nodiscard]] int tileY(int index) const { return firstTileY_ + index / tilesAcross_; }
   /// The tile at a place. One that equals `standing` is returned as `standing` without decompressing.
   [[nodiscard]] Tile tileLike(int index, const Tile& standing);
-  /// Whether the tile at a place is data, and other data than `standing`.
-  [[nodiscard]] bool isDataUnlike(int index, const Tile& standing) const;
+  [[nodiscard]] bool isData(int index) const { return runOf(index).firstSlot != noSlot; }
+  /// Whether the tile at a place is another than `standing`.
+  [[nodiscard]] bool isUnlike(int index, const Tile& standing) const;
 
   void setReady(bool isReady);
 

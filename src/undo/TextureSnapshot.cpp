@@ -55,14 +55,16 @@ std::uint64_t TextureSnapshot::dataBytes() const {
   return dataTileCount() * tilePixels * static_cast<std::uint64_t>(bytesPerPixel(pixelFormat_));
 }
 
-std::vector<int> TextureSnapshot::dataTilesUnlike(const Surface& standing) const {
-  std::vector<int> tiles;
+ChangedTiles TextureSnapshot::tilesUnlike(const Surface& standing) const {
+  ChangedTiles tiles;
   for (int index = 0; index < contents_->tileCount(); ++index) {
     const int tileX = contents_->tileX(index);
     const int tileY = contents_->tileY(index);
     if (tileX >= standing.tilesAcross() || tileY >= standing.tilesDown()) continue;
     const int tile = standing.tileIndex(tileX, tileY);
-    if (contents_->isDataUnlike(index, standing.tile(tile))) tiles.push_back(tile);
+    if (contents_->isUnlike(index, standing.tile(tile))) {
+      (contents_->isData(index) ? tiles.data : tiles.uniform).push_back(tile);
+    }
   }
   return tiles;
 }

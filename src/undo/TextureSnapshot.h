@@ -12,6 +12,7 @@
 
 #include "raster/MetalContext.h"
 #include "raster/Surface.h"
+#include "undo/ChangedTiles.h"
 
 namespace orvanel {
 
@@ -43,8 +44,8 @@ class TextureSnapshot {
   [[nodiscard]] std::size_t dataTileCount() const;
   /// Bytes of the tiles that aren't uniform: what restoring can take.
   [[nodiscard]] std::uint64_t dataBytes() const;
-  /// Tiles of `standing` that restoring would replace by data, in ascending order. No pixels are compared.
-  [[nodiscard]] std::vector<int> dataTilesUnlike(const Surface& standing) const;
+  /// Tiles of `standing` that restoring would replace, in ascending order. No pixels are compared.
+  [[nodiscard]] ChangedTiles tilesUnlike(const Surface& standing) const;
   /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;
   /// Bytes that exist because of this snapshot now: uniform tiles none, a raw tile its bytes until the

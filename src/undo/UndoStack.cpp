@@ -9,10 +9,12 @@
 namespace orvanel {
 namespace {
 
-// A pause that users barely notice, and about the bytes that two cores can save in it. Waiting to save more
-// would be futile.
-constexpr std::chrono::milliseconds longestWait{40};
-constexpr std::int64_t mostSavedByWaiting = std::int64_t{16} << 20;
+using Clock = std::chrono::steady_clock;
+
+// A pause that users barely notice, after which it shows whether compression keeps up.
+constexpr std::chrono::milliseconds firstWait{40};
+// No edit is held up for longer, and only one that rewrites hundreds of megabytes is held up for as long.
+constexpr std::chrono::milliseconds longestWait{500};
 
 }  // namespace
 
@@ -86,11 +88,21 @@ void UndoStack::enforceLimits() {
   evictOldest(std::ssize(operations_) - maxOperations.value());
   if (!isOverBudget()) return;
   dropReadiness();
-  // Nothing is evicted for bytes that are about to shrink.
-  if (operations_.size() >= 2 && totalMemoryCost() - memoryBudget.value() <= mostSavedByWaiting) {
-    TextureSnapshot::helpCompression(longestWait, [this] { return !isOverBudget(); });
-  }
+  if (operations_.size() >= 2) awaitCompression();
   evictBeyond(memoryBudget.value());
+}
+
+void UndoStack::awaitCompression() {
+  const Clock::time_point deadline = Clock::now() + longestWait;
+  for (std::int64_t excess = totalMemoryCost() - memoryBudget.value(); excess > 0;) {
+    TextureSnapshot::helpCompression(firstWait, [this] { return !isOverBudget(); });
+    const std::int64_t left = totalMemoryCost() - memoryBudget.value();
+    const std::int64_t saved = excess - left;
+    // Waiting is futile if at this pace there won't be room in time.
+    const std::int64_t waits = (deadline - Clock::now()) / firstWait;
+    if (saved <= 0 || left > saved * waits) return;
+    excess = left;
+  }
 }
 
 void UndoStack::evictBeyond(std::int64_t bytes) {

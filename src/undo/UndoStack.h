@@ -50,7 +50,8 @@ class UndoStack {
   [[nodiscard]] std::optional<QString> redoActionName() const;
 
   /// Evicts the oldest records until both limits hold; the newest is never evicted for its bytes. Before it
-  /// evicts for bytes, raw tiles kept for quick steps are let go, and compression gets a moment.
+  /// evicts for bytes, raw tiles kept for quick steps are let go, and compression gets up to half a second
+  /// while it promises to make room.
   void enforceLimits();
   /// Bytes over all records, the redo tail included.
   [[nodiscard]] std::int64_t totalMemoryCost() const;
@@ -60,6 +61,8 @@ class UndoStack {
   void dropRedoTail();
   void append(Record operation);
   void evictOldest(std::int64_t count);
+  /// Nothing is evicted for bytes that are about to shrink.
+  void awaitCompression();
   void evictBeyond(std::int64_t bytes);
   /// Updates which records are ready, after the position has changed.
   void positionChanged();

@@ -4,7 +4,8 @@
 #include <QString>
 #include <cstdint>
 #include <memory>
-#include <vector>
+
+#include "undo/ChangedTiles.h"
 
 namespace orvanel {
 
@@ -22,9 +23,10 @@ class UndoableOperation {
 
   /// The most pixel memory that the next step over it can take: an undo while it is applied, else a redo.
   struct StepCost {
+    /// Where the tree or a node's properties change, this includes flattening.
     std::uint64_t bytes = 0;
-    /// Tiles of the canvas whose pixels change, in any order.
-    std::vector<int> tiles;
+    /// Tiles of the canvas whose pixels change, in any order; flattening them is not included.
+    ChangedTiles tiles = {};
   };
   [[nodiscard]] virtual StepCost costToStep() const { return {}; }
 

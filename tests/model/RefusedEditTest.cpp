@@ -147,6 +147,146 @@ TEST_F(RefusedSteps, ANewIsolatingFolderNeedsMemoryForItsImage) {
   EXPECT_EQ(changes.count<change::EditRefused>(), 3U);
 }
 
+TEST_F(RefusedSteps, LevelsNeedMemoryForWhatTheSelectionCoversWhenTheyAreApplied) {
+  std::optional<LevelsAdjustment> levels = LevelsAdjustment::begin(document);
+  ASSERT_TRUE(levels.has_value());
+  const ChangeRecorder changes(*document);
+  const ScopedMemoryLimit limit(16 * tileBytes - 1);
+  levels->apply({.blackPoint = 20.0F});
+  document->settle();
+  const Surface shown = pixelsOf(*document->activeLayer());
+  document->selectAll();
+  levels->apply({.blackPoint = 90.0F});
+  levels->apply({.blackPoint = 95.0F});
+  document->settle();
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U) << "told once";
+  EXPECT_TRUE(pixelsOf(*document->activeLayer()).equals(shown));
+  document->undo();
+  EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+}
+
+TEST_F(RefusedSteps, ANodeMovedIntoAnIsolatingFolderNeedsMemoryForTheFoldersImage) {
+  const QUuid layer = document->rootNodes.value().front().id();
+  document->addFolder("F");
+  const QUuid folder = *document->selectedNodeID.value();
+  document->setOpacity(folder, 0.5F);
+  static_cast<void>(document->composite());
+  const ChangeRecorder changes(*document);
+  {
+    const ScopedMemoryLimit limit(16 * tileBytes - 1);
+    document->moveNode(layer, folder);
+    document->moveNode(layer, folder, 0);
+    document->placeNode(layer, folder, 0);
+    EXPECT_EQ(changes.count<change::EditRefused>(), 3U);
+    EXPECT_EQ(treeText(*document), "Background, F[]");
+  }
+  const ScopedMemoryLimit limit(16 * tileBytes);
+  document->moveNode(layer, folder);
+  document->undo();
+  document->redo();
+  EXPECT_EQ(changes.count<change::EditRefused>(), 3U);
+  EXPECT_EQ(treeText(*document), "F[Background]");
+  document->undo();
+  const ScopedMemoryLimit less(16 * tileBytes - 1);
+  document->redo();
+  EXPECT_EQ(changes.count<change::EditRefused>(), 4U);
+  EXPECT_EQ(treeText(*document), "Background, F[]");
+}
+
+TEST_F(RefusedSteps, ACopyOfAnIsolatingFolderNeedsMemoryForAnImageOfItsOwn) {
+  const QUuid layer = document->rootNodes.value().front().id();
+  document->addFolder("F");
+  const QUuid folder = *document->selectedNodeID.value();
+  document->setOpacity(folder, 0.5F);
+  document->moveNode(layer, folder);
+  static_cast<void>(document->composite());
+  const ChangeRecorder changes(*document);
+  {
+    const ScopedMemoryLimit limit(16 * tileBytes - 1);
+    document->duplicateNode(folder);
+    EXPECT_EQ(changes.count<change::EditRefused>(), 1U);
+    EXPECT_EQ(document->layerCount(), 1);
+  }
+  document->duplicateNode(folder);
+  document->undo();
+  const ScopedMemoryLimit limit(16 * tileBytes - 1);
+  document->redo();
+  EXPECT_EQ(changes.count<change::EditRefused>(), 2U);
+  EXPECT_EQ(document->layerCount(), 1);
+}
+
+TEST_F(RefusedSteps, AStepThatIsolatesAFolderNeedsMemoryForItsImage) {
+  const QUuid layer = document->rootNodes.value().front().id();
+  document->addFolder("F");
+  const QUuid folder = *document->selectedNodeID.value();
+  document->moveNode(layer, folder);
+  static_cast<void>(document->composite());
+  const ChangeRecorder changes(*document);
+  const auto isRefused = [&] {
+    const std::size_t before = changes.count<change::EditRefused>();
+    document->undo();
+    const ScopedMemoryLimit limit(16 * tileBytes - 1);
+    document->redo();
+    return changes.count<change::EditRefused>() == before + 1;
+  };
+  document->setOpacity(folder, 0.5F);
+  EXPECT_TRUE(isRefused());
+  document->setBlendMode(folder, BlendMode::multiply);
+  EXPECT_TRUE(isRefused());
+}
+
+/// The layer is opaque, so that the flattened image shares its tiles.
+class RefusedStepsOnAnOpaqueLayer : public RefusedSteps {
+ protected:
+  void SetUp() override {
+    Surface& pixels = writable(document->activeLayer()->texture.value());
+    pixels = randomSurface(side);
+    for (int index = 0; index < pixels.tileCount(); ++index) {
+      std::byte* const bytes = pixels.editTile(index);
+      for (std::uint64_t i = 3; i < tileBytes; i += 4) bytes[i] = std::byte{255};
+      pixels.setTrait(index, TileTrait::opaque);
+    }
+    ASSERT_EQ(document->composite()->tile(0), pixels.tile(0));
+  }
+
+  /// How many refusals `edit` has with this memory.
+  [[nodiscard]] std::size_t refusals(std::uint64_t bytes, const std::function<void()>& edit) const {
+    const ChangeRecorder changes(*document);
+    const ScopedMemoryLimit limit(bytes);
+    edit();
+    return changes.count<change::EditRefused>();
+  }
+};
+
+TEST_F(RefusedStepsOnAnOpaqueLayer, AnImageThatSharesTilesWithALayerCannotBeWrittenInPlace) {
+  const auto fade = [this] { document->setOpacity(document->activeLayer()->id, 0.5F); };
+  EXPECT_EQ(refusals(16 * tileBytes - 1, fade), 1U);
+  EXPECT_EQ(document->activeLayer()->opacity.value(), 1.0F);
+  EXPECT_EQ(refusals(16 * tileBytes, fade), 0U);
+  static_cast<void>(document->composite());
+  EXPECT_EQ(refusals(0, [this] { document->setOpacity(document->activeLayer()->id, 0.25F); }), 0U);
+}
+
+TEST_F(RefusedStepsOnAnOpaqueLayer, AnEditOfSomeTilesNeedsMemoryForThemAlone) {
+  selectRect(*document, {0, 0, tileSide, tileSide});
+  EXPECT_EQ(refusals(2 * tileBytes - 1, [this] { document->invertActive(); }), 1U);
+  EXPECT_EQ(refusals(2 * tileBytes, [this] { document->invertActive(); }), 0U);
+  selectRect(*document, {tileSide, 0, tileSide, tileSide});
+  EXPECT_EQ(refusals(3 * tileBytes - 1, [this] { document->invertActive(); }), 1U)
+      << "the tile of the edit before isn't flattened yet";
+  EXPECT_EQ(refusals(3 * tileBytes, [this] { document->invertActive(); }), 0U);
+}
+
+TEST_F(RefusedStepsOnAnOpaqueLayer, AnImageThatASaveHoldsCannotBeWrittenInPlace) {
+  document->setOpacity(document->activeLayer()->id, 0.5F);
+  static_cast<void>(document->composite());
+  auto saved = document->freezeComposite();
+  const auto fade = [this] { document->setOpacity(document->activeLayer()->id, 0.25F); };
+  EXPECT_EQ(refusals(16 * tileBytes - 1, fade), 1U);
+  saved.reset();
+  EXPECT_EQ(refusals(0, fade), 0U);
+}
+
 TEST(RefusedEdits, EditsThatNeedNoMemoryAreNeverRefused) {
   const DocumentPtr document = makeDocument(2000, 1500);
   const ScopedMemoryLimit limit(0);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace orvanel {
@@ -162,6 +163,39 @@ TEST_F(UndoStackTest, LimitsWaitForTheNextPush) {
   EXPECT_EQ(stack.operations().size(), 3U);
   stack.push(record("d", 10));
   EXPECT_THAT(names(), ElementsAre("d"));
+}
+
+/// A record whose bytes shrink whenever somebody looks, as those of one that is being compressed.
+class ShrinkingOperation final : public LoggedOperation {
+ public:
+  ShrinkingOperation(const QString& name, std::int64_t from, std::int64_t to, std::int64_t pace)
+      : LoggedOperation(name, 0), cost_(from), least_(to), pace_(pace) {}
+  [[nodiscard]] std::int64_t memoryCost() const override { return cost_ = std::max(cost_ - pace_, least_); }
+
+ private:
+  mutable std::int64_t cost_;
+  std::int64_t least_;
+  std::int64_t pace_;
+};
+
+constexpr std::int64_t mebibyte = std::int64_t{1} << 20;
+
+TEST_F(UndoStackTest, NothingIsEvictedForBytesThatAreAboutToShrink) {
+  stack.memoryBudget = 500 * mebibyte;
+  for (const char* name : {"a", "b", "c", "d"}) {
+    stack.push(std::make_shared<ShrinkingOperation>(QString::fromUtf8(name), 400 * mebibyte, 100 * mebibyte,
+                                                    30 * mebibyte));
+  }
+  EXPECT_THAT(names(), ElementsAre("a", "b", "c", "d"));
+}
+
+TEST_F(UndoStackTest, RecordsThatShrinkTooSlowlyAreNotWaitedFor) {
+  stack.memoryBudget = 500 * mebibyte;
+  for (const char* name : {"a", "b"}) {
+    stack.push(std::make_shared<ShrinkingOperation>(QString::fromUtf8(name), 400 * mebibyte, 100 * mebibyte,
+                                                    mebibyte / 8));
+  }
+  EXPECT_THAT(names(), ElementsAre("b"));
 }
 
 TEST_F(UndoStackTest, EqualLimitsNotifyNobody) {

@@ -21,66 +21,15 @@ std::uint64_t tilesUnder(int width, int height) {
   return along(width) * along(height);
 }
 
-std::uint64_t countOf(const std::vector<bool>& flags) {
-  return static_cast<std::uint64_t>(std::ranges::count(flags, true));
-}
-
 std::uint64_t dataTileCount(const Surface& surface) {
-  return dataTiles(surface).size();
-}
-
-/// Marks the tiles where the layer makes its target data.
-void markData(const Layer& layer, std::vector<bool>& flags) {
-  const ConstTexture pixels = layer.surface(SurfaceKind::pixels);
-  const ConstTexture mask = layer.surface(SurfaceKind::mask);
-  if (pixels == nullptr) return;
-  for (int index = 0; index < pixels->tileCount(); ++index) {
-    const Tile& tile = pixels->tile(index);
-    const bool isTransparent = tile.isUniform() && tile.pixel() == 0;
-    const bool isMasked = mask != nullptr && !mask->tile(index).isUniform() && !isTransparent;
-    if (!tile.isUniform() || isMasked) flags[static_cast<std::size_t>(index)] = true;
-  }
-}
-
-/// Data tiles of the composite and of the temporaries of isolating folders, were the document flattened.
-std::uint64_t tilesToFlatten(const Document& document, const std::vector<int>& touched,
-                             const std::optional<QUuid>& isolated) {
-  std::vector<bool> none(static_cast<std::size_t>(document.compositedTexture.value()->tileCount()));
-  for (const int tile : touched) none[static_cast<std::size_t>(tile)] = true;
-  const auto isIsolating = [&](const LayerFolder& folder) {
-    return folder.isIsolating() || isolated == folder.id;
-  };
   std::uint64_t count = 0;
-  std::vector<std::vector<bool>> targets{none};
-  const auto finishTarget = [&] {
-    const std::vector<bool> finished = std::move(targets.back());
-    targets.pop_back();
-    count += countOf(finished);
-    if (targets.empty()) return;
-    for (std::size_t i = 0; i < finished.size(); ++i) targets.back()[i] = targets.back()[i] || finished[i];
-  };
-  walkNodes(
-      document.rootNodes.value(),
-      [&](const LayerNode& node, const std::shared_ptr<LayerFolder>&, int) {
-        if (const auto layer = node.layer()) markData(*layer, targets.back());
-        if (const auto folder = node.folder(); folder != nullptr && isIsolating(*folder)) {
-          targets.push_back(none);
-        }
-        return WalkStep::descend;
-      },
-      [&](const LayerFolder& folder) {
-        if (isIsolating(folder)) finishTarget();
-      });
-  finishTarget();
+  for (int index = 0; index < surface.tileCount(); ++index) count += surface.tile(index).isUniform() ? 0 : 1;
   return count;
 }
 
-std::uint64_t tilesFlattened(const Document& document) {
-  std::uint64_t count = dataTileCount(*document.compositedTexture.value());
-  for (const ConstTexture& temporary : document.compositor().texturePool()) {
-    count += dataTileCount(*temporary);
-  }
-  return count;
+bool isUnder(const Surface& weight, int index) {
+  const Tile& tile = weight.tile(index);
+  return !tile.isUniform() || tile.pixel() != 0;
 }
 
 /// Tiles of a resized surface that can hold data: all of them or, if all tiles are uniform, those cut by the
@@ -90,54 +39,57 @@ std::uint64_t tilesMadeFrom(const Surface& old, std::uint64_t newTiles) {
   return dataTileCount(old) > 0 ? newTiles : std::min(newTiles, edges);
 }
 
-template <typename Predicate>
-std::vector<int> tilesWhere(const Surface& surface, const Predicate& is) {
-  std::vector<int> tiles;
-  for (int index = 0; index < surface.tileCount(); ++index) {
-    if (is(index)) tiles.push_back(index);
-  }
-  return tiles;
+bool isBlended(const Surface& surface, const Surface& weight, int index) {
+  const Tile& under = weight.tile(index);
+  return !under.isUniform() || (under.pixel() != floatToHalf(1.0F) && !surface.tile(index).isUniform());
 }
+
+/// Every tile that `mayChange`, and whether it can be data then.
+template <typename MayChange, typename IsData>
+ChangedTiles tilesChanged(const Surface& surface, const MayChange& mayChange, const IsData& isData) {
+  ChangedTiles changed;
+  for (int index = 0; index < surface.tileCount(); ++index) {
+    if (mayChange(index)) (isData(index) ? changed.data : changed.uniform).push_back(index);
+  }
+  return changed;
+}
+
+constexpr auto everywhere = [](int) { return true; };
+constexpr auto nowhere = [](int) { return false; };
 
 }  // namespace
 
-std::vector<int> dataTiles(const Surface& surface) {
-  return tilesWhere(surface, [&](int index) { return !surface.tile(index).isUniform(); });
+ChangedTiles tilesRewritten(const Surface& surface, const Surface* weight) {
+  const auto isData = [&](int index) {
+    return !surface.tile(index).isUniform() || (weight != nullptr && !weight->tile(index).isUniform());
+  };
+  if (weight == nullptr) return tilesChanged(surface, everywhere, isData);
+  return tilesChanged(
+      surface, [&](int index) { return isUnder(*weight, index); }, isData);
 }
 
-std::vector<int> tilesRewritten(const Surface& surface, const Surface* weight) {
-  if (weight == nullptr) return dataTiles(surface);
-  return tilesWhere(surface, [&](int index) {
-    const Tile& under = weight->tile(index);
-    return !under.isUniform() || (under.pixel() != 0 && !surface.tile(index).isUniform());
-  });
+ChangedTiles tilesBlended(const Surface& surface, const Surface& weight) {
+  return tilesChanged(
+      surface, [&](int index) { return isUnder(weight, index); },
+      [&](int index) { return isBlended(surface, weight, index); });
 }
 
-std::vector<int> tilesBlended(const Surface& surface, const Surface& weight) {
-  const std::uint64_t full = floatToHalf(1.0F);
-  std::vector<int> tiles = tilesRewritten(surface, &weight);
-  std::erase_if(tiles, [&](int index) {
-    const Tile& under = weight.tile(index);
-    return under.isUniform() && under.pixel() == full;
-  });
-  return tiles;
+ChangedTiles tilesMasked(const Surface& surface, const Surface& mask) {
+  return tilesChanged(surface, everywhere,
+                      [&](int index) { return isUnder(mask, index) && isBlended(surface, mask, index); });
 }
 
-std::vector<int> tilesMoved(const Surface& surface) {
-  if (dataTileCount(surface) == 0) return {};
-  return tilesWhere(surface, [](int) { return true; });
+ChangedTiles tilesFilled(const Surface& surface) {
+  return tilesChanged(surface, everywhere, nowhere);
 }
 
-std::uint64_t ofTiles(const Document& document, const Surface& surface, const std::vector<int>& tiles) {
-  return tiles.size() * surface.tileBytes() + ofFlattening(document, tiles);
+ChangedTiles tilesMoved(const Surface& surface) {
+  if (dataTileCount(surface) == 0) return tilesFilled(surface);
+  return tilesChanged(surface, everywhere, everywhere);
 }
 
-std::uint64_t ofFlattening(const Document& document, const std::vector<int>& tiles,
-                           const std::optional<QUuid>& isolated) {
-  const std::uint64_t needed = tilesToFlatten(document, tiles, isolated);
-  const std::uint64_t standing = tilesFlattened(document);
-  const std::uint64_t growth = needed > standing ? needed - standing : 0;
-  return growth * bytesPerTile(compositePixelFormat(document.colorMode.value()));
+std::uint64_t ofTiles(const Document& document, const Surface& surface, const ChangedTiles& changed) {
+  return changed.data.size() * surface.tileBytes() + ofFlattening(document, changed);
 }
 
 std::uint64_t ofNewFlattening(const Document& document, int width, int height, ColorMode mode,
@@ -172,7 +124,7 @@ std::uint64_t ofCanvas(const Document& document, int width, int height, ColorMod
 
 std::uint64_t ofCopy(const Surface& pixels, const Surface& weight, const PixelRect& bounds) {
   // The copy has a grid of its own, in which a tile can lie in four.
-  const std::uint64_t tiles = 4 * tilesRewritten(pixels, &weight).size();
+  const std::uint64_t tiles = 4 * tilesRewritten(pixels, &weight).data.size();
   return std::min(tiles, tilesUnder(bounds.width, bounds.height)) * pixels.tileBytes();
 }
 

@@ -3,33 +3,31 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <vector>
 
 #include "model/Document.h"
+#include "model/edit/FlatteningCost.h"
 
 namespace orvanel::editCost {
 
-// Tiles, by index and in ascending order.
+// Tiles, in ascending order.
 
-/// The tiles of a surface that aren't uniform.
-[[nodiscard]] std::vector<int> dataTiles(const Surface& surface);
-/// The tiles that a kernel rewrites under `weight`, or everywhere without one, and that are data then. A
-/// uniform tile under a uniform weight stays uniform.
-[[nodiscard]] std::vector<int> tilesRewritten(const Surface& surface, const Surface* weight);
+/// The tiles that a kernel rewrites under `weight`, or everywhere without one. A uniform tile under a uniform
+/// weight stays uniform.
+[[nodiscard]] ChangedTiles tilesRewritten(const Surface& surface, const Surface* weight);
 /// As `tilesRewritten`, for a kernel that at full weight makes a tile uniform or leaves it as it is.
-[[nodiscard]] std::vector<int> tilesBlended(const Surface& surface, const Surface& weight);
-/// All tiles, because pixels may land anywhere; none if the surface is uniform.
-[[nodiscard]] std::vector<int> tilesMoved(const Surface& surface);
+[[nodiscard]] ChangedTiles tilesBlended(const Surface& surface, const Surface& weight);
+/// All tiles, for a mask that is multiplied in: a full one leaves a tile as it is, an empty one clears it.
+[[nodiscard]] ChangedTiles tilesMasked(const Surface& surface, const Surface& mask);
+/// All tiles, each made uniform.
+[[nodiscard]] ChangedTiles tilesFilled(const Surface& surface);
+/// All tiles, because pixels may land anywhere; none becomes data if all are uniform.
+[[nodiscard]] ChangedTiles tilesMoved(const Surface& surface);
 
 // Bytes.
 
-/// An edit that rewrites these tiles of a layer's surface.
+/// An edit that writes these tiles of a layer's surface.
 [[nodiscard]] std::uint64_t ofTiles(const Document& document, const Surface& surface,
-                                    const std::vector<int>& tiles);
-/// Flattening the document, where `tiles` may have become data and the folder `isolated` isolating.
-[[nodiscard]] std::uint64_t ofFlattening(const Document& document, const std::vector<int>& tiles = {},
-                                         const std::optional<QUuid>& isolated = {});
+                                    const ChangedTiles& changed);
 /// Flattening this many data tiles of layers and masks for a canvas that is new.
 [[nodiscard]] std::uint64_t ofNewFlattening(const Document& document, int width, int height, ColorMode mode,
                                             std::uint64_t dataTiles);

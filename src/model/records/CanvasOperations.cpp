@@ -163,8 +163,7 @@ UndoableOperation::StepCost ResizeOperation::costToStep() const {
   const DocumentPtr target = document();
   if (target == nullptr) return {};
   const CanvasState& made = isApplied() ? before_ : after_;
-  return {.bytes = costToMake(*target, made.width, made.height, colorMode_, {&made.layers, &made.masks}),
-          .tiles = {}};
+  return {.bytes = costToMake(*target, made.width, made.height, colorMode_, {&made.layers, &made.masks})};
 }
 
 ChangeColorModeOperation::State ChangeColorModeOperation::State::of(const Document& document) {
@@ -201,8 +200,7 @@ UndoableOperation::StepCost ChangeColorModeOperation::costToStep() const {
   const DocumentPtr target = document();
   if (target == nullptr) return {};
   const State& made = isApplied() ? before_ : after_;
-  return {.bytes = costToMake(*target, canvasWidth_, canvasHeight_, made.colorMode, {&made.layers}),
-          .tiles = {}};
+  return {.bytes = costToMake(*target, canvasWidth_, canvasHeight_, made.colorMode, {&made.layers})};
 }
 
 std::int64_t ChangeColorModeOperation::memoryCost() const {

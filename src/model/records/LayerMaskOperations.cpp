@@ -15,8 +15,8 @@ std::int64_t LayerMaskOperation::heldMaskBytes() const {
   return heldBytes(*mask_->maskTexture->texture);
 }
 
-std::vector<int> LayerMaskOperation::maskedTiles() const {
-  return editCost::dataTiles(*mask_->maskTexture->texture);
+UndoableOperation::StepCost LayerMaskOperation::costToToggle() const {
+  return {.tiles = editCost::tilesRewritten(*mask_->maskTexture->texture, nullptr)};
 }
 
 void LayerMaskOperation::attachMask(DocumentEdit& edit) const {
@@ -101,9 +101,9 @@ UndoableOperation::StepCost ApplyLayerMaskOperation::costToStep() const {
   const ConstTexture pixels = layer().texture.value();
   const std::shared_ptr<LayerMask> mask = layer().mask.value();
   if (pixels == nullptr || (!isApplied() && mask == nullptr)) return {};
-  std::vector<int> tiles = isApplied() ? beforeSnapshot_->dataTilesUnlike(*pixels)
-                                       : editCost::tilesRewritten(*pixels, mask->maskTexture->texture.get());
-  const std::uint64_t bytes = tiles.size() * pixels->tileBytes();
+  ChangedTiles tiles = isApplied() ? beforeSnapshot_->tilesUnlike(*pixels)
+                                   : editCost::tilesMasked(*pixels, *mask->maskTexture->texture);
+  const std::uint64_t bytes = tiles.data.size() * pixels->tileBytes();
   return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 

@@ -26,8 +26,8 @@ class LayerMaskOperation : public DocumentOperation {
   [[nodiscard]] Layer& layer() const { return *layer_; }
   /// The record's share of the mask's tiles while the mask is detached.
   [[nodiscard]] std::int64_t heldMaskBytes() const;
-  /// Tiles where attaching or detaching the mask can make the flattened image data.
-  [[nodiscard]] std::vector<int> maskedTiles() const;
+  /// What attaching or detaching the mask changes.
+  [[nodiscard]] StepCost costToToggle() const;
 
  private:
   std::shared_ptr<Layer> layer_;
@@ -41,7 +41,7 @@ class AddLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? 0 : heldMaskBytes(); }
-  [[nodiscard]] StepCost costToStep() const override { return {.bytes = 0, .tiles = maskedTiles()}; }
+  [[nodiscard]] StepCost costToStep() const override { return costToToggle(); }
 };
 
 class RemoveLayerMaskOperation final : public LayerMaskOperation {
@@ -51,7 +51,7 @@ class RemoveLayerMaskOperation final : public LayerMaskOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return isApplied() ? heldMaskBytes() : 0; }
-  [[nodiscard]] StepCost costToStep() const override { return {.bytes = 0, .tiles = maskedTiles()}; }
+  [[nodiscard]] StepCost costToStep() const override { return costToToggle(); }
 };
 
 /// A mask that was multiplied into the layer's alpha and removed.

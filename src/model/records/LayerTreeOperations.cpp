@@ -1,7 +1,6 @@
 #include "model/records/LayerTreeOperations.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 #include "model/NodeWalk.h"
@@ -27,19 +26,18 @@ std::int64_t heldBytesOf(const LayerNode& node) {
   return bytes;
 }
 
-/// Inserting a node takes no memory of its own, but its tiles are flattened again.
-UndoableOperation::StepCost costToInsert(const LayerNode& node) {
-  std::set<int> tiles;
-  forEachNode({node}, [&](const LayerNode& inserted) {
-    const std::shared_ptr<Layer> layer = inserted.layer();
-    if (layer == nullptr) return;
-    for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
-      const ConstTexture surface = layer->surface(kind);
-      if (surface == nullptr) continue;
-      for (const int tile : editCost::dataTiles(*surface)) tiles.insert(tile);
-    }
-  });
-  return {.bytes = 0, .tiles = {tiles.begin(), tiles.end()}};
+/// A step that changes the tree takes no memory of its own, but the tree is flattened again.
+UndoableOperation::StepCost costOf(const DocumentPtr& document, const editCost::TreeChange& change) {
+  if (document == nullptr) return {};
+  return {.bytes = editCost::ofFlatteningTree(*document, change)};
+}
+
+/// Of a node that is inserted by one direction of a step and removed by the other.
+UndoableOperation::StepCost costToToggle(const DocumentPtr& document, const LayerNode& node, bool isInserted,
+                                         const std::optional<TreePosition>& position) {
+  if (isInserted) return costOf(document, {.removed = node.id()});
+  return costOf(document,
+                {.inserted = node, .parentID = position ? position->parentID : std::optional<QUuid>()});
 }
 
 /// "Delete Layer", "Delete Folder", or the bare verb if there is no node.
@@ -82,7 +80,7 @@ std::int64_t AddLayerOperation::memoryCost() const {
 }
 
 UndoableOperation::StepCost AddLayerOperation::costToStep() const {
-  return isApplied() ? StepCost{} : costToInsert(layer_);
+  return costToToggle(document(), layer_, isApplied(), insertPosition_);
 }
 
 AddFolderOperation::AddFolderOperation(const DocumentPtr& document, std::shared_ptr<LayerFolder> folder,
@@ -99,6 +97,10 @@ void AddFolderOperation::redo() {
 
 void AddFolderOperation::undo() {
   if (const DocumentPtr target = document()) removeAndReselect(*target, folder_->id, previousSelection_);
+}
+
+UndoableOperation::StepCost AddFolderOperation::costToStep() const {
+  return costToToggle(document(), folder_, isApplied(), insertPosition_);
 }
 
 RemoveNodeOperation::RemoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID)
@@ -138,7 +140,8 @@ std::int64_t RemoveNodeOperation::memoryCost() const {
 }
 
 UndoableOperation::StepCost RemoveNodeOperation::costToStep() const {
-  return removedNode_ && isApplied() ? costToInsert(*removedNode_) : StepCost{};
+  if (!removedNode_) return {};
+  return costToToggle(document(), *removedNode_, !isApplied(), originalPosition_);
 }
 
 MoveNodeOperation::MoveNodeOperation(const DocumentPtr& document, const QUuid& nodeID,
@@ -153,6 +156,14 @@ void MoveNodeOperation::redo() {
 
 void MoveNodeOperation::undo() {
   moveTo(sourcePosition_);
+}
+
+UndoableOperation::StepCost MoveNodeOperation::costToStep() const {
+  const DocumentPtr target = document();
+  const std::optional<LayerNode> node = target != nullptr ? target->findNode(nodeID_) : std::nullopt;
+  if (!node || (!isApplied() && !destPosition_)) return {};
+  const TreePosition& position = isApplied() ? sourcePosition_ : *destPosition_;
+  return costOf(target, {.removed = nodeID_, .inserted = node, .parentID = position.parentID});
 }
 
 void MoveNodeOperation::moveTo(const TreePosition& position) {
@@ -186,7 +197,8 @@ std::int64_t DuplicateNodeOperation::memoryCost() const {
 }
 
 UndoableOperation::StepCost DuplicateNodeOperation::costToStep() const {
-  return duplicatedNode_ && !isApplied() ? costToInsert(*duplicatedNode_) : StepCost{};
+  if (!duplicatedNode_) return {};
+  return costToToggle(document(), *duplicatedNode_, isApplied(), insertPosition_);
 }
 
 }  // namespace orvanel

@@ -39,6 +39,7 @@ class AddFolderOperation final : public DocumentOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return 0; }
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   std::shared_ptr<LayerFolder> folder_;
@@ -73,6 +74,7 @@ class MoveNodeOperation final : public DocumentOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override { return 0; }
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   void moveTo(const TreePosition& position);

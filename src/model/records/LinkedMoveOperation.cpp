@@ -32,7 +32,8 @@ UndoableOperation::StepCost LinkedMoveOperation::costToStep() const {
     part->setApplied(isApplied());
     const StepCost step = part->costToStep();
     cost.bytes += step.bytes;
-    cost.tiles.insert(cost.tiles.end(), step.tiles.begin(), step.tiles.end());
+    cost.tiles.data.insert(cost.tiles.data.end(), step.tiles.data.begin(), step.tiles.data.end());
+    cost.tiles.uniform.insert(cost.tiles.uniform.end(), step.tiles.uniform.begin(), step.tiles.uniform.end());
   }
   return cost;
 }

@@ -46,8 +46,8 @@ UndoableOperation::StepCost PixelOperation::costToStep() const {
 
 UndoableOperation::StepCost PixelOperation::costToRestore(const TextureSnapshot& snapshot,
                                                           const Surface& standing) {
-  std::vector<int> tiles = snapshot.dataTilesUnlike(standing);
-  const std::uint64_t bytes = tiles.size() * standing.tileBytes();
+  ChangedTiles tiles = snapshot.tilesUnlike(standing);
+  const std::uint64_t bytes = tiles.data.size() * standing.tileBytes();
   return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 
@@ -65,6 +65,10 @@ FillLayerOperation::FillLayerOperation(PixelEdit edit, const Color4& fillColor, 
 FillLayerOperation::FillLayerOperation(PixelEdit edit, float maskFillValue)
     : PixelOperation(std::move(edit), SurfaceKind::mask), maskFillValue_(maskFillValue) {}
 
+UndoableOperation::StepCost FillLayerOperation::costToRedo(const Surface& standing) const {
+  return {.tiles = editCost::tilesFilled(standing)};
+}
+
 void FillLayerOperation::redoOn(Target target) {
   const MetalContext& context = target.document.context();
   if (useMask()) {
@@ -76,6 +80,10 @@ void FillLayerOperation::redoOn(Target target) {
 
 ClearLayerOperation::ClearLayerOperation(PixelEdit edit, ColorMode colorMode)
     : PixelOperation(std::move(edit), SurfaceKind::pixels), colorMode_(colorMode) {}
+
+UndoableOperation::StepCost ClearLayerOperation::costToRedo(const Surface& standing) const {
+  return {.tiles = editCost::tilesFilled(standing)};
+}
 
 void ClearLayerOperation::redoOn(Target target) {
   target.document.context().clearTexture(target.surface, colorMode_, {});
@@ -103,8 +111,8 @@ void InvertLayerOperation::redoOn(Target target) {
 }
 
 UndoableOperation::StepCost InvertLayerOperation::costToRedo(const Surface& standing) const {
-  std::vector<int> tiles = editCost::tilesRewritten(standing, selectionTexture_.get());
-  const std::uint64_t bytes = tiles.size() * standing.tileBytes();
+  ChangedTiles tiles = editCost::tilesRewritten(standing, selectionTexture_.get());
+  const std::uint64_t bytes = tiles.data.size() * standing.tileBytes();
   return {.bytes = bytes, .tiles = std::move(tiles)};
 }
 

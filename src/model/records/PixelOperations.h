@@ -68,7 +68,7 @@ class FillLayerOperation final : public PixelOperation {
  private:
   void redoOn(Target target) override;
   /// A uniform surface takes no memory.
-  [[nodiscard]] StepCost costToRedo(const Surface& /*standing*/) const override { return {}; }
+  [[nodiscard]] StepCost costToRedo(const Surface& standing) const override;
 
   Color4 fillColor_{};
   ColorMode colorMode_ = ColorMode::rgb8;
@@ -83,7 +83,7 @@ class ClearLayerOperation final : public PixelOperation {
  private:
   void redoOn(Target target) override;
   /// A uniform surface takes no memory.
-  [[nodiscard]] StepCost costToRedo(const Surface& /*standing*/) const override { return {}; }
+  [[nodiscard]] StepCost costToRedo(const Surface& standing) const override;
 
   ColorMode colorMode_;
 };

@@ -75,6 +75,12 @@ void BatchVisibilityChangeOperation::undo() {
   setVisibility(*target, values);
 }
 
+UndoableOperation::StepCost BatchVisibilityChangeOperation::costToStep() const {
+  const DocumentPtr target = document();
+  if (target == nullptr) return {};
+  return {.bytes = editCost::ofFlatteningTree(*target)};
+}
+
 std::int64_t BatchVisibilityChangeOperation::memoryCost() const {
   return propertyRecordCost + batchEntryCost * std::ssize(changes_);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "model/edit/DocumentEdit.h"
+#include "model/edit/FlatteningCost.h"
 #include "model/records/DocumentOperation.h"
 
 namespace orvanel {
@@ -31,6 +32,12 @@ class PropertyChangeOperation : public DocumentOperation {
         oldValue_(std::move(oldValue)),
         newValue_(std::move(newValue)) {}
 
+  /// For properties that the flattened image depends on. A folder may become isolating.
+  [[nodiscard]] StepCost costToFlatten() const {
+    const DocumentPtr target = document();
+    if (target == nullptr) return {};
+    return {.bytes = editCost::ofFlatteningTree(*target, {.isolated = nodeID_})};
+  }
   [[nodiscard]] const QUuid& nodeID() const { return nodeID_; }
   [[nodiscard]] const Value& oldValue() const { return oldValue_; }
   [[nodiscard]] const Value& newValue() const { return newValue_; }
@@ -54,6 +61,7 @@ class OpacityChangeOperation final : public PropertyChangeOperation<float, &Docu
   /// Consecutive changes of one node become one record, from the first old value to the last new one.
   [[nodiscard]] std::shared_ptr<UndoableOperation> coalescedWith(
       const UndoableOperation& next) const override;
+  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
 };
 
 class BlendModeChangeOperation final
@@ -61,6 +69,7 @@ class BlendModeChangeOperation final
  public:
   BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID, BlendMode oldValue,
                            BlendMode newValue);
+  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
 };
 
 class NameChangeOperation final : public PropertyChangeOperation<QString, &DocumentEdit::setName> {
@@ -73,6 +82,7 @@ class NameChangeOperation final : public PropertyChangeOperation<QString, &Docum
 class VisibilityChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setVisible> {
  public:
   VisibilityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
+  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
 };
 
 class LockChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setLocked> {
@@ -93,6 +103,7 @@ class BatchVisibilityChangeOperation final : public DocumentOperation {
   void redo() override;
   void undo() override;
   [[nodiscard]] std::int64_t memoryCost() const override;
+  [[nodiscard]] StepCost costToStep() const override;
 
  private:
   std::vector<Change> changes_;

@@ -64,7 +64,7 @@ UndoableOperation::StepCost SelectionChangeOperation::costToStep() const {
   const Surface& mask = *standing->maskTexture->texture;
   const TextureSnapshot& restored = isApplied() ? *before_.snapshot : *after_->snapshot;
   // The selection isn't part of the flattened image, so no tiles of the canvas change.
-  return {.bytes = restored.dataTilesUnlike(mask).size() * mask.tileBytes(), .tiles = {}};
+  return {.bytes = restored.tilesUnlike(mask).data.size() * mask.tileBytes()};
 }
 
 std::int64_t SelectionChangeOperation::memoryCost() const {

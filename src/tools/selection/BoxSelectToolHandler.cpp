@@ -52,7 +52,7 @@ void BoxSelectToolHandler::release(const EventRecord& event, const ToolContext& 
   const PixelRect pixels = box(event.modifiers).pixels();
   if (onCanvas(pixels, *document).isEmpty()) return state().abandon();
   const float feather = toolState_.selectionSettings.value().featherRadius;
-  state().commitShape(event.modifiers,
+  state().commitShape(event.modifiers, cost(*document, pixels, feather),
                       [&](Selection& selection) { fill(selection, pixels, feather, document->context()); });
 }
 

@@ -21,6 +21,9 @@ class BoxSelectToolHandler : public SelectionToolHandler {
  protected:
   [[nodiscard]] virtual QString actionName() const = 0;
   [[nodiscard]] virtual SelectionPath pathOf(const QRectF& box) const = 0;
+  /// The most memory that the shape's mask takes.
+  [[nodiscard]] virtual std::uint64_t cost(const Document& document, const PixelRect& box,
+                                           float feather) const = 0;
   /// Selects the shape; `box` covers whole pixels and may extend beyond the canvas. `feather` is in pixels.
   virtual void fill(Selection& selection, const PixelRect& box, float feather,
                     const MetalContext& context) const = 0;

@@ -13,6 +13,8 @@ class EllipseSelectToolHandler final : public BoxSelectToolHandler {
  protected:
   [[nodiscard]] QString actionName() const override { return QStringLiteral("Ellipse Select"); }
   [[nodiscard]] SelectionPath pathOf(const QRectF& box) const override;
+  [[nodiscard]] std::uint64_t cost(const Document& document, const PixelRect& box,
+                                   float feather) const override;
   void fill(Selection& selection, const PixelRect& box, float feather,
             const MetalContext& context) const override;
 };

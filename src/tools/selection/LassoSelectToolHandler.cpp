@@ -1,5 +1,7 @@
 #include "tools/selection/LassoSelectToolHandler.h"
 
+#include "tools/selection/ShapeCost.h"
+
 namespace orvanel {
 namespace {
 
@@ -45,9 +47,10 @@ void LassoSelectToolHandler::drag(const EventRecord& /*event*/, const ToolContex
 void LassoSelectToolHandler::release(const EventRecord& event, const ToolContext& context) {
   if (!state().isDrawing(context)) return;
   if (!state().hasDragged() || lassoPoints_.size() <= 2) return state().commitClick();
-  const MetalContext& raster = context.document.lock()->context();
-  state().commitShape(event.modifiers,
-                      [&](Selection& selection) { selection.setPolygon(polygonOf(lassoPoints_), raster); });
+  const DocumentPtr document = context.document.lock();
+  const std::vector<PolygonPoint> polygon = polygonOf(lassoPoints_);
+  state().commitShape(event.modifiers, shapeCost::ofPolygon(*document, polygon),
+                      [&](Selection& selection) { selection.setPolygon(polygon, document->context()); });
 }
 
 }  // namespace orvanel

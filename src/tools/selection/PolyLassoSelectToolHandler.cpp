@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "tools/selection/LassoSelectToolHandler.h"
+#include "tools/selection/ShapeCost.h"
 
 namespace orvanel {
 namespace {
@@ -45,9 +46,10 @@ void PolyLassoSelectToolHandler::placeCorner(const EventRecord& event, const Too
 
 void PolyLassoSelectToolHandler::close(std::uint32_t modifiers, const ToolContext& context) {
   if (polyPoints_.size() <= 2) return abandon();
-  const MetalContext& raster = context.document.lock()->context();
-  state().commitShape(modifiers,
-                      [&](Selection& selection) { selection.setPolygon(polygonOf(polyPoints_), raster); });
+  const DocumentPtr document = context.document.lock();
+  const std::vector<PolygonPoint> polygon = polygonOf(polyPoints_);
+  state().commitShape(modifiers, shapeCost::ofPolygon(*document, polygon),
+                      [&](Selection& selection) { selection.setPolygon(polygon, document->context()); });
   polyPoints_.clear();
 }
 

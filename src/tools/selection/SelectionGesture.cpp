@@ -13,8 +13,11 @@ SelectionMode selectionModeOf(std::uint32_t modifiers) {
   return subtracts ? SelectionMode::subtract : SelectionMode::replace;
 }
 
-void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill) {
-  edit_.show([&](const Document& document, Selection& selection) {
+void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill,
+                                 std::uint64_t bytes) {
+  // The mask that is combined has data only where that of the shape has.
+  const std::uint64_t bytesOfBoth = mode == SelectionMode::replace ? bytes : 2 * bytes;
+  edit_.show(bytesOfBoth, [&](const Document& document, Selection& selection) {
     const MetalContext& context = document.context();
     const MaskTexture& mask = *selection.maskTexture;
     const std::shared_ptr<Selection> shape = Selection::create(mask.width, mask.height, context);
@@ -32,7 +35,7 @@ void SelectionGesture::showShape(SelectionMode mode, const std::function<bool(Se
 }
 
 void SelectionGesture::clear() {
-  edit_.show([](const Document& document, Selection& selection) {
+  edit_.show(0, [](const Document& document, Selection& selection) {
     selection.clear(document.context());
     return true;
   });

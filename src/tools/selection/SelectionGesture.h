@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <cstdint>
 #include <functional>
 #include <type_traits>
 #include <utility>
@@ -22,18 +23,22 @@ class SelectionGesture {
   /// Opens the record; makes a selection if there is none.
   SelectionGesture(const DocumentPtr& document, const QString& actionName) : edit_(document, actionName) {}
 
-  /// `fill` writes the shape and its flags into the empty selection it is given. If it returns false, if the
-  /// shape covers no pixel, or if there is no memory for it, the original selection stays. Every shape starts
-  /// from the original selection. With nothing selected, every mode replaces.
+  /// `fill` writes the shape and its flags into the empty selection it is given, whose mask then takes at
+  /// most `bytes`. If it returns false, if the shape covers no pixel, or if there is no memory for it, the
+  /// original selection stays. Every shape starts from the original selection. With nothing selected, every
+  /// mode replaces.
   template <typename Fill>
-  void selectShape(SelectionMode mode, const Fill& fill) {
+  void selectShape(SelectionMode mode, const Fill& fill, std::uint64_t bytes = 0) {
     if constexpr (std::is_void_v<std::invoke_result_t<Fill, Selection&>>) {
-      showShape(mode, [&fill](Selection& shape) {
-        fill(shape);
-        return true;
-      });
+      showShape(
+          mode,
+          [&fill](Selection& shape) {
+            fill(shape);
+            return true;
+          },
+          bytes);
     } else {
-      showShape(mode, fill);
+      showShape(mode, fill, bytes);
     }
   }
   /// Selects nothing.
@@ -50,7 +55,7 @@ class SelectionGesture {
   [[nodiscard]] bool isOpen() const { return edit_.isOpen(); }
 
  private:
-  void showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill);
+  void showShape(SelectionMode mode, const std::function<bool(Selection&)>& fill, std::uint64_t bytes);
 
   OpenSelectionEdit edit_;
 };

@@ -193,9 +193,10 @@ std::optional<SelectionToolState::ShapeStep> SelectionToolState::dragShape(const
   return ShapeStep{.shift = spacebarHeld_ ? std::optional(*point - previous) : std::nullopt, .end = *end};
 }
 
-void SelectionToolState::commitShape(std::uint32_t modifiers, const std::function<void(Selection&)>& fill) {
+void SelectionToolState::commitShape(std::uint32_t modifiers, std::uint64_t bytes,
+                                     const std::function<void(Selection&)>& fill) {
   if (const std::unique_ptr<SelectionGesture> gesture = std::move(gesture_)) {
-    gesture->selectShape(selectionModeOf(modifiers), fill);
+    gesture->selectShape(selectionModeOf(modifiers), fill, bytes);
     gesture->close();
   }
   reset();

@@ -60,8 +60,9 @@ class SelectionToolState {
   [[nodiscard]] std::optional<ShapeStep> dragShape(const ToolContext& context, QPointF viewPoint);
   /// Whether the shape has been dragged, rather than just clicked.
   [[nodiscard]] bool hasDragged() const { return dragThresholdMet_; }
-  /// Selects the shape that `fill` writes, combined as the modifiers say, and ends the gesture.
-  void commitShape(std::uint32_t modifiers, const std::function<void(Selection&)>& fill);
+  /// Selects the shape that `fill` writes, of at most `bytes`, combined as the modifiers say, and ends the
+  /// gesture.
+  void commitShape(std::uint32_t modifiers, std::uint64_t bytes, const std::function<void(Selection&)>& fill);
   /// Selects nothing and ends the gesture.
   void commitClick();
   /// Ends any gesture as a change of tool does: a shape being drawn is dropped, a moved selection stays.

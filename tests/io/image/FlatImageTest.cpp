@@ -211,11 +211,29 @@ TEST_F(FlatImages, ExportFailsWithoutMemory) {
   EXPECT_FALSE(exportImage(*composite, ColorMode::rgb16, Format::png, context));
 }
 
-TEST_F(FlatImages, AnImageIsNotFlattenedWithoutTheMemoryForIt) {
-  const DocumentPtr document = Document::create(QStringLiteral("Deep"), 50, 40, ColorMode::rgb16, context);
+TEST_F(FlatImages, AnImageIsNotFlattenedWithoutTheMemoryForItAndItsFolders) {
+  constexpr int side = 2 * tileSide;
+  const DocumentPtr document =
+      Document::create(QStringLiteral("Deep"), side, side, ColorMode::rgb16, context);
+  const QUuid layer = document->rootNodes.value().front().id();
+  QUuid inner = layer;
+  for (const char* name : {"Inner", "Outer"}) {
+    document->selectNode(std::nullopt);
+    document->addFolder(QLatin1String(name));
+    const QUuid outer = *document->selectedNodeID.value();
+    document->setOpacity(outer, 0.5F);
+    document->moveNode(inner, outer);
+    inner = outer;
+  }
+  static_cast<void>(document->composite());
+  // One tile of data, in the image and in both folders.
+  Surface& pixels = const_cast<Surface&>(*document->findNode(layer)->layer()->texture.value());
+  const std::uint64_t pixel = 0x3C003C0000000000U;
+  pixels.writeRect({5, 5, 1, 1}, reinterpret_cast<const std::byte*>(&pixel), sizeof(pixel));
+  document->setOpacity(layer, 0.75F);
   const auto composite = document->freezeComposite();
   const std::uint64_t missing = composite->bytesToFinish();
-  EXPECT_EQ(missing, 50U * 40U * 8U);
+  EXPECT_EQ(missing, 3U * tilePixels * 8U);
   const QString path = folder.filePath(QStringLiteral("deep.png"));
   {
     const ScopedMemoryLimit limit(missing - 1);
