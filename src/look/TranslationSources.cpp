@@ -122,6 +122,8 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The entry is missing."),
     QT_TRANSLATE_NOOP("sentences", "The file can't be written beyond its end."),
     QT_TRANSLATE_NOOP("sentences", "The file ends before the image does."),
+    QT_TRANSLATE_NOOP("sentences",
+                      "The file holds a later version of the document than the one that was restored."),
     QT_TRANSLATE_NOOP("sentences", "The file is damaged or incomplete: part of the image is missing."),
     QT_TRANSLATE_NOOP("sentences", "The file is empty."),
     QT_TRANSLATE_NOOP("sentences", "The file is no longer there."),
@@ -153,6 +155,9 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences",
                       "The file \"%1\" has been changed or removed, so parts of these layers could not be "
                       "restored and are transparent: %2."),
+    QT_TRANSLATE_NOOP("sentences",
+                      "The file \"%1\" holds a later version of this document, which you can open. Of the "
+                      "version before, parts of these layers could not be restored and are transparent: %2."),
     QT_TRANSLATE_NOOP("sentences", "The document has format version %1, which can't be read."),
     QT_TRANSLATE_NOOP("sentences", "The document's manifest is damaged: %1."),
     QT_TRANSLATE_NOOP("sentences", "The drawing is damaged: %1."),
