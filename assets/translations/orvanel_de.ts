@@ -2560,6 +2560,18 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Es können keine Wiederherstellungsdaten geschrieben werden: %1.</translation>
     </message>
     <message>
+        <source>It is inside a layer, or inside a node that is left out.</source>
+        <translation>Es liegt in einer Ebene oder in einem Ordner, der weggelassen wird.</translation>
+    </message>
+    <message>
+        <source>Its id is not valid.</source>
+        <translation>Seine Kennung ist ungültig.</translation>
+    </message>
+    <message>
+        <source>Its type is unknown.</source>
+        <translation>Seine Art ist unbekannt.</translation>
+    </message>
+    <message>
         <source>The file holds a later version of the document than the one that was restored.</source>
         <translation>Die Datei enthält eine spätere Fassung des Dokuments als die wiederhergestellte.</translation>
     </message>
