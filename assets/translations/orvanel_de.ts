@@ -1090,6 +1090,14 @@ Klicken, um eine andere zu wählen</translation>
         <translation>„%1“ ist nicht mehr an seinem Ort.</translation>
     </message>
     <message>
+        <source>&quot;%1&quot; holds a later version of this document.</source>
+        <translation>„%1“ enthält eine spätere Fassung dieses Dokuments.</translation>
+    </message>
+    <message>
+        <source>The file was saved after the version that has been restored here. Saving anyway replaces that later version. Nothing is lost so far: your document is still open with all its changes.</source>
+        <translation>Die Datei wurde nach der Fassung gesichert, die hier wiederhergestellt wurde. Trotzdem zu sichern ersetzt diese spätere Fassung. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
+    </message>
+    <message>
         <source>&quot;%1&quot; has been changed by another program.</source>
         <translation>„%1“ wurde von einem anderen Programm geändert.</translation>
     </message>
@@ -2550,6 +2558,26 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Recovery data can&apos;t be written: %1.</source>
         <translation>Es können keine Wiederherstellungsdaten geschrieben werden: %1.</translation>
+    </message>
+    <message>
+        <source>It is inside a layer, or inside a node that is left out.</source>
+        <translation>Es liegt in einer Ebene oder in einem Ordner, der weggelassen wird.</translation>
+    </message>
+    <message>
+        <source>Its id is not valid.</source>
+        <translation>Seine Kennung ist ungültig.</translation>
+    </message>
+    <message>
+        <source>Its type is unknown.</source>
+        <translation>Seine Art ist unbekannt.</translation>
+    </message>
+    <message>
+        <source>The file holds a later version of the document than the one that was restored.</source>
+        <translation>Die Datei enthält eine spätere Fassung des Dokuments als die wiederhergestellte.</translation>
+    </message>
+    <message>
+        <source>The file &quot;%1&quot; holds a later version of this document, which you can open. Of the version before, parts of these layers could not be restored and are transparent: %2.</source>
+        <translation>Die Datei „%1“ enthält eine spätere Fassung dieses Dokuments, die Sie öffnen können. Von der Fassung davor konnten Teile dieser Ebenen nicht wiederhergestellt werden und sind durchsichtig: %2.</translation>
     </message>
     <message>
         <source>The file &quot;%1&quot; has been changed or removed, so parts of these layers could not be restored and are transparent: %2.</source>

@@ -135,10 +135,10 @@ QString DocumentFiles::proposedPath(const Document& document, const QString& ext
 std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& document) {
   const auto& path = document->sourceFileURL.value();
   if (!path) return std::nullopt;
-  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt, Overwrites::ownFile};
+  if (isDocumentName(*path)) return SaveRequest{document, *path, std::nullopt};
   const auto& format = document->sourceFileFormat.value();
   if (!format || !document->canSaveAsFlatImage()) return std::nullopt;
-  return SaveRequest{document, *path, *format, Overwrites::ownFile};
+  return SaveRequest{document, *path, *format};
 }
 
 bool DocumentFiles::canSave(const Document& document) {
@@ -156,16 +156,18 @@ void DocumentFiles::save(const DocumentPtr& document) {
   }
 }
 
-std::optional<QString> DocumentFiles::askWhereToSave(const Document& document) {
+std::optional<QString> DocumentFiles::askWhereToSave(const DocumentPtr& document) {
   std::optional<QString> path =
-      dialogs_.askWhereToSave(proposedPath(document, QLatin1String(documentExtension)));
-  if (path) rememberFolderOf(*path);
+      dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
+  if (!path) return std::nullopt;
+  rememberFolderOf(*path);
+  agreed_.add(document, *path);
   return path;
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
   keepTypedText();
-  const std::optional<QString> path = askWhereToSave(*document);
+  const std::optional<QString> path = askWhereToSave(document);
   if (!path) return;
   adoptSavedFile(*document, *path);
   markSaving(*document);
@@ -179,42 +181,63 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
     refuseFlatSave(std::move(done));
     return;
   }
-  const KnownFilePtr expected =
-      request.overwrites == Overwrites::ownFile ? knownFileOf(*request.document, request.path) : nullptr;
+  const KnownFilePtr expected = replaceableBy(request);
+  const auto end = [this, request, before = request.document->fileMemory(),
+                    done = std::move(done)](const FileResult<void>& result) {
+    // A save may fail once it has replaced the file.
+    if (result || request.document->fileMemory() != before) agreed_.remove(request.document, request.path);
+    done(result);
+  };
   // Cleared first, so that an edit during the save marks the document as unsaved again.
   markSaving(*request.document);
   if (!request.flatFormat) {
-    writer_.writeDocument(request.document, request.path, expected, std::move(done));
+    writer_.writeDocument(request.document, request.path, expected, end);
     return;
   }
   const auto written = [document = request.document, path = request.path](const FileIdentity& file) {
     document->setFileMemory(makeKnownFile(path, file));
   };
-  writer_.writeImage(*request.document, request.path, *request.flatFormat, expected, std::move(done),
-                     written);
+  writer_.writeImage(*request.document, request.path, *request.flatFormat, expected, end, written);
+}
+
+KnownFilePtr DocumentFiles::replaceableBy(const SaveRequest& request) const {
+  const KnownFilePtr agreed = agreed_.at(request.document, request.path);
+  return agreed != nullptr ? agreed : knownFileOf(*request.document, request.path);
+}
+
+std::pair<QString, QString> DocumentFiles::overwriteQuestion(const QString& name, FileState found) {
+  switch (found) {
+    case FileState::missing:
+      return {
+          tr("\"%1\" is no longer where it was.").arg(name),
+          tr("The file has been moved, renamed or deleted since it was opened or saved here. Nothing is "
+             "lost: "
+             "your document is still open with all its changes. Saving it anyway makes a new file there.")};
+    case FileState::savedLater:
+      return {tr("\"%1\" holds a later version of this document.").arg(name),
+              tr("The file was saved after the version that has been restored here. Saving anyway replaces "
+                 "that later version. Nothing is lost so far: your document is still open with all its "
+                 "changes.")};
+    case FileState::asKnown:
+    case FileState::changed:
+      break;
+  }
+  return {tr("\"%1\" has been changed by another program.").arg(name),
+          tr("The file is not the one that was opened or saved here. Saving anyway replaces what the other "
+             "program has written. Nothing is lost so far: your document is still open with all its "
+             "changes.")};
 }
 
 void DocumentFiles::askToOverwrite(const SaveRequest& request, FileState found) {
   const DocumentPtr& document = request.document;
   // A later save of the same document finds the same, and then asks.
   if (saves_.contains(document->id)) return;
-  const QString name = displayName(request.path);
-  const bool isMissing = found == FileState::missing;
-  const OverwriteAnswer answer = dialogs_.askToOverwrite(
-      isMissing ? tr("\"%1\" is no longer where it was.").arg(name)
-                : tr("\"%1\" has been changed by another program.").arg(name),
-      isMissing
-          ? tr("The file has been moved, renamed or deleted since it was opened or saved here. Nothing is "
-               "lost: "
-               "your document is still open with all its changes. Saving it anyway makes a new file there.")
-          : tr("The file is not the one that was opened or saved here. Saving anyway replaces what the other "
-               "program has written. Nothing is lost so far: your document is still open with all its "
-               "changes."));
+  const auto [message, informativeText] = overwriteQuestion(displayName(request.path), found);
+  const OverwriteAnswer answer = dialogs_.askToOverwrite(message, informativeText);
   if (answer == OverwriteAnswer::saveAs) return saveAs(document);
   if (answer != OverwriteAnswer::saveAnyway) return;
-  SaveRequest anyway = request;
-  anyway.overwrites = Overwrites::chosenFile;
-  saves_.add(std::move(anyway));
+  agreed_.add(document, request.path);
+  saves_.add(request);
 }
 
 void DocumentFiles::refuseFlatSave(Done done) {
@@ -253,12 +276,17 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   document->endOpenEdits();
   rememberFolderOf(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
+  const auto written = [exported = std::weak_ptr(document), path = target->path](const FileIdentity& file) {
+    const DocumentPtr still = exported.lock();
+    // It may be the file that the document was opened from.
+    if (still && knownFileOf(*still, path) != nullptr) still->setFileMemory(makeKnownFile(path, file));
+  };
   const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
     dialogs_.showWarning(tr("Failed to Export"), fileMessage(path, result.error().message) + u'\n' +
                                                      tr("The document itself is not affected."));
   };
-  writer_.writeImage(*document, target->path, format, nullptr, report);
+  writer_.writeImage(*document, target->path, format, chosenFile(target->path), report, written);
 }
 
 void DocumentFiles::cancelAll() {
@@ -303,7 +331,7 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
 
 bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
   if (std::optional<SaveRequest> request = saveInPlace(document)) return saveNow(*std::move(request));
-  const std::optional<QString> path = askWhereToSave(*document);
+  const std::optional<QString> path = askWhereToSave(document);
   if (!path || !saveNow({document, *path, std::nullopt})) return false;
   adoptSavedFile(*document, *path);
   return true;

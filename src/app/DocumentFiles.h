@@ -10,7 +10,9 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 
+#include "app/AgreedFiles.h"
 #include "app/AppState.h"
 #include "app/DocumentOpener.h"
 #include "app/DocumentWriter.h"
@@ -84,6 +86,10 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void documentOpened(const DocumentPtr& document);
 
   void beginSave(const SaveRequest& request, Done done) override;
+  /// What the save may replace; null if that is unknown, and anything may be.
+  [[nodiscard]] KnownFilePtr replaceableBy(const SaveRequest& request) const;
+  /// Its message, and what the message doesn't tell.
+  [[nodiscard]] static std::pair<QString, QString> overwriteQuestion(const QString& name, FileState found);
   /// Asks what to do about a file that isn't as expected, and does it.
   void askToOverwrite(const SaveRequest& request, FileState found);
   /// Ends a save whose document has stopped being flat while the save was queued.
@@ -92,7 +98,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   void reportFailedSave(const SaveRequest& request, const FileError& error) override;
   /// The request to save to the document's own file; nothing if it has none that can hold it.
   [[nodiscard]] static std::optional<SaveRequest> saveInPlace(const DocumentPtr& document);
-  std::optional<QString> askWhereToSave(const Document& document);
+  /// The user agrees to replace what stands at the path that is returned.
+  std::optional<QString> askWhereToSave(const DocumentPtr& document);
   [[nodiscard]] bool saveForClosing(const DocumentPtr& document);
   /// Queues the save and waits for it. False if it failed.
   [[nodiscard]] bool saveNow(SaveRequest request);
@@ -110,6 +117,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   DocumentOpener opener_;
   DocumentWriter writer_;
   SaveQueue saves_{*this};
+  AgreedFiles agreed_;
 };
 
 }  // namespace orvanel

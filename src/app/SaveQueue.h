@@ -14,17 +14,12 @@
 
 namespace orvanel {
 
-/// What a save overwrites: the document's own file, which another program may have changed, or whatever
-/// stands where the user has chosen to save.
-enum class Overwrites { ownFile, chosenFile };
-
 /// A document to be written to a file.
 struct SaveRequest {
   DocumentPtr document;
   QString path;
   /// The flat format to write; nothing for the layered document format.
   std::optional<Document::ImageFileFormat> flatFormat;
-  Overwrites overwrites = Overwrites::chosenFile;
 
   friend bool operator==(const SaveRequest&, const SaveRequest&) = default;
 };

@@ -28,12 +28,20 @@ QString describe(const QString& file, const DocumentCheck& check) {
                 .arg(entry.size)
                 .arg(entry.reason.isEmpty() ? QStringLiteral("ok") : onOneLine(entry.reason));
   }
+  for (const DroppedNode& node : check.dropped) {
+    text += QStringLiteral("  node \"%1\"  %2\n").arg(onOneLine(node.name), node.reason);
+  }
   return text;
 }
 
 /// Why the document isn't whole; nothing if it is.
 std::optional<QString> reasonOf(const DocumentCheck& check) {
   if (!check.reason.isEmpty()) return check.reason;
+  if (!check.dropped.empty()) {
+    return QStringLiteral("Opening it leaves out %1 of its nodes, among them \"%2\".")
+        .arg(check.dropped.size())
+        .arg(onOneLine(check.dropped.front().name));
+  }
   const auto damaged =
       std::ranges::find_if(check.entries, [](const EntryCheck& entry) { return !entry.reason.isEmpty(); });
   if (damaged == check.entries.end()) return std::nullopt;

@@ -14,11 +14,11 @@ constexpr std::chrono::microseconds sliceOfMainThread{400};
 constexpr int mostAttemptsNow = 3;
 
 /// One piece after the other, while nothing is to be recorded.
-void copyInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_ptr<JournalWriter>& writer) {
-  if (!writer->needsCopying()) return;
+void workInPieces(const std::shared_ptr<JournalLane>& lane, const std::shared_ptr<JournalWriter>& writer) {
+  if (!writer->needsCopying() && !writer->needsCompacting()) return;
   lane->runWhenIdle([lane, writer] {
-    writer->copyPiece();
-    copyInPieces(lane, writer);
+    writer->needsCopying() ? writer->copyPiece() : writer->compactPiece();
+    workInPieces(lane, writer);
   });
 }
 
@@ -44,8 +44,9 @@ DocumentJournal::DocumentJournal(const DocumentPtr& document, JournalFiles files
     : document_(document),
       surroundings_(std::move(surroundings)),
       capture_(*document),
-      writer_(std::make_shared<JournalWriter>(std::move(files), surroundings_.settings.maximumBytes,
-                                              surroundings_.turns)),
+      files_(std::move(files)),
+      writer_(std::make_shared<JournalWriter>(files_, surroundings_.settings.maximumBytes,
+                                              surroundings_.turns, surroundings_.settings.toleratedWaste)),
       inbox_(std::make_shared<Inbox>()) {
   inbox_->owner = this;
   for (QTimer* timer : {&due_, &retry_, &nextSlice_}) timer->setSingleShot(true);
@@ -65,7 +66,9 @@ DocumentJournal::~DocumentJournal() {
 }
 
 void DocumentJournal::replace(ClaimedOrphan orphan) {
-  orphan_.emplace(std::move(orphan));
+  orphan_ = std::make_shared<ClaimedOrphan>(std::move(orphan));
+  // Before the first record.
+  surroundings_.lane->run([orphan = orphan_, files = files_] { orphan->noteSuccessor(files); });
   beginRecord();
 }
 
@@ -116,9 +119,17 @@ void DocumentJournal::schedule() {
 void DocumentJournal::recordDue() {
   if (!hasWork()) return;
   if (!isWriting_) return beginRecord();
-  if (!surroundings_.lane->wake()) return suspend(noThread());
-  setStatus({RecoveryStatus::State::suspended, QStringLiteral("The disk is slow to write recovery data.")});
-  isLate_ = true;
+  switch (surroundings_.lane->wake()) {
+    case JournalLane::Wake::noThread:
+      return suspend(noThread());
+    case JournalLane::Wake::started:
+      // It is early to say anything of the disk.
+      return due_.start(surroundings_.settings.interval);
+    case JournalLane::Wake::wasAtWork:
+      setStatus(
+          {RecoveryStatus::State::suspended, QStringLiteral("The disk is slow to write recovery data.")});
+      isLate_ = true;
+  }
 }
 
 void DocumentJournal::beginRecord() {
@@ -152,7 +163,7 @@ void DocumentJournal::send(Capture capture) {
       [lane = surroundings_.lane, writer = writer_, capture = std::move(shared), inbox = inbox_]() mutable {
         Inbox::Letter letter{writer->write(*capture), writer->dependsOnFile()};
         capture.reset();
-        copyInPieces(lane, writer);
+        workInPieces(lane, writer);
         {
           const std::lock_guard guard(inbox->mutex);
           inbox->letter = std::move(letter);
@@ -197,12 +208,13 @@ void DocumentJournal::takeOutcome() {
 void DocumentJournal::recorded() {
   hasRecord_ = true;
   if (orphan_) {
-    surroundings_.lane->run(
-        [orphan = std::make_shared<ClaimedOrphan>(*std::exchange(orphan_, {}))] { orphan->remove(); });
+    surroundings_.lane->run([orphan = std::exchange(orphan_, nullptr)] { orphan->remove(); });
   }
   setStatus({});
   surroundings_.changed();
   if (isLate_) return beginRecord();
+  // It has waited for this record.
+  if (!capture_.hasChanges()) due_.stop();
   schedule();
 }
 
@@ -248,10 +260,9 @@ void DocumentJournal::removeJournal() {
     inbox_->owner = nullptr;
     inbox_ = std::make_shared<Inbox>();
     inbox_->owner = this;
-    auto orphan = std::make_shared<std::optional<ClaimedOrphan>>(std::exchange(orphan_, std::nullopt));
-    surroundings_.lane->run([writer = writer_, orphan] {
+    surroundings_.lane->run([writer = writer_, orphan = std::exchange(orphan_, nullptr)] {
       writer->remove();
-      if (*orphan) (*orphan)->remove();
+      if (orphan != nullptr) orphan->remove();
     });
     if (document_.lock() != nullptr) capture_.forgetAll();
   }

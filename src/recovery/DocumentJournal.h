@@ -40,6 +40,7 @@ class DocumentJournal {
   /// Blocks until changes are written, writing has failed, or the time is up.
   void finishNow(JournalLane::Clock::time_point deadline);
 
+  [[nodiscard]] const std::shared_ptr<JournalLane>& lane() const { return surroundings_.lane; }
   [[nodiscard]] const RecoveryStatus& status() const { return status_; }
   enum class Keeping {
     nothing,  ///< there is nothing to keep
@@ -71,10 +72,12 @@ class DocumentJournal {
   std::weak_ptr<Document> document_;
   Surroundings surroundings_;
   DocumentCapture capture_;
+  const JournalFiles files_;
   std::shared_ptr<JournalWriter> writer_;
   /// Where the writer's thread leaves its outcomes.
   std::shared_ptr<Inbox> inbox_;
-  std::optional<ClaimedOrphan> orphan_;
+  /// That the document was restored from; shared with the lane.
+  std::shared_ptr<const ClaimedOrphan> orphan_;
   RecoveryStatus status_;
   bool hasRecord_ = false;
   bool wasDirty_ = false;

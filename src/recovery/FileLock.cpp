@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+#include "io/files/FileOperations.h"
+
 namespace orvanel {
 namespace {
 
@@ -27,12 +29,18 @@ bool lockFile(int descriptor, LockWait wait) {
   return result == 0;
 }
 
-Descriptor openLocked(const std::string& path) {
-  // For writing as well: some network file systems lock nothing else exclusively.
-  Descriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+tl::expected<Descriptor, NotLocked> openLocked(const std::string& path) {
   struct stat status {};
-  if (!file.isOpen() || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-  if (!lockFile(file.number(), LockWait::none) || !isNamed(file.number(), path)) return {};
+  // For writing as well: some network file systems lock nothing else exclusively.
+  Descriptor file(FileOperations::current().openFile(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (!file.isOpen()) {
+    const int error = errno;
+    const bool isThere = ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return tl::unexpected(NotLocked{isThere ? error : 0});
+  }
+  if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)) return tl::unexpected(NotLocked{});
+  if (!lockFile(file.number(), LockWait::none) || !isNamed(file.number(), path))
+    return tl::unexpected(NotLocked{});
   return file;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <tl/expected.hpp>
 
 #include "io/files/Descriptor.h"
 
@@ -11,7 +12,13 @@ enum class LockWait { none, forOthers };
 /// Locks the open file against everybody else, in this process as well. False if somebody has the lock, or
 /// the file system has no locks.
 [[nodiscard]] bool lockFile(int descriptor, LockWait wait);
-/// Opens the regular file and locks it; nothing if it is missing, locked by somebody, or just removed.
-[[nodiscard]] Descriptor openLocked(const std::string& path);
+/// Why a file can't be locked now.
+struct NotLocked {
+  /// The system's number for what keeps the file from being opened; 0 if it is missing, just removed, no
+  /// regular file, or locked by somebody.
+  int error = 0;
+};
+/// Opens the regular file and locks it.
+[[nodiscard]] tl::expected<Descriptor, NotLocked> openLocked(const std::string& path);
 
 }  // namespace orvanel

@@ -1,6 +1,7 @@
 #include "recovery/HeldBase.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,7 +30,7 @@ bool isSameVersion(const std::optional<FileIdentity>& found, const FileIdentity&
 
 HeldBase::HeldBase(FileHandle source, const SavedFile& saved, std::string place)
     : source_(std::move(source)), path_(saved.path), identity_(saved.identity), place_(std::move(place)) {
-  if (share()) {
+  if (share() || takeOver(saved.copy)) {
     kind_ = Kind::copy;
   } else if (link()) {
     kind_ = Kind::link;
@@ -50,6 +51,15 @@ bool HeldBase::share() {
   copy_ = {};
   if (!isWhole) ::unlink(place_.c_str());
   return isWhole;
+}
+
+/// The journal that the document was restored from goes soon, and its copy with it.
+bool HeldBase::takeOver(const std::string& copy) const {
+  struct stat status {};
+  // One with another name outside the store would be no copy.
+  const bool isWhole = !copy.empty() && ::stat(copy.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+                       status.st_nlink == 1 && status.st_size == identity_.size;
+  return isWhole && FileOperations::current().linkFile(copy, place_) == 0;
 }
 
 bool HeldBase::link() const {

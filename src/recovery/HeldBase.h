@@ -39,6 +39,7 @@ class HeldBase {
   };
 
   [[nodiscard]] bool share();
+  [[nodiscard]] bool takeOver(const std::string& copy) const;
   [[nodiscard]] bool link() const;
   [[nodiscard]] bool isSourceAsItWas() const;
   [[nodiscard]] std::string part() const { return place_ + ".part"; }

@@ -31,6 +31,11 @@ QString JournalFiles::idInName(const QString& fileName) {
   return isOurs ? id : QString();
 }
 
+QString JournalFiles::successorInName(const QString& fileName) {
+  if (idInName(fileName).isEmpty() || !fileName.endsWith(QStringLiteral(".next"))) return {};
+  return idInName(fileName.mid(idLength + 1));
+}
+
 void JournalFiles::removeAll() const {
   // The journal goes first: without it the rest means nothing.
   ::unlink(journal().c_str());

@@ -26,12 +26,17 @@ struct JournalFiles {
   [[nodiscard]] std::string part() const { return path(".part"); }
   /// Empty; stands from the moment in which the user was first told of the journal.
   [[nodiscard]] std::string offered() const { return path(".offered"); }
+  /// Empty; says that the document was restored, and that what it has become is in another journal once that
+  /// stands.
+  [[nodiscard]] std::string successor(const std::string& newID) const { return path("." + newID + ".next"); }
   /// A copy of the document's file.
   [[nodiscard]] std::string copy(std::uint32_t number) const {
     return path("." + std::to_string(number) + ".base");
   }
   /// The id in the name of such a file; empty for any other.
   [[nodiscard]] static QString idInName(const QString& fileName);
+  /// The id of the other journal in the name of a `successor`; empty for any other file.
+  [[nodiscard]] static QString successorInName(const QString& fileName);
 
   /// Removes the journal and everything that belongs to it.
   void removeAll() const;

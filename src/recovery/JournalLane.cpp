@@ -73,13 +73,14 @@ void JournalLane::runWhenIdle(std::function<void()> work) {
   startIfNeeded();
 }
 
-bool JournalLane::wake() {
+JournalLane::Wake JournalLane::wake() {
   const std::lock_guard guard(mutex_);
-  return startIfNeeded();
+  if (!needsThread()) return Wake::wasAtWork;
+  return startIfNeeded() ? Wake::started : Wake::noThread;
 }
 
 bool JournalLane::startIfNeeded() {
-  if (hasThread_ || (due_.empty() && spare_.empty())) return true;
+  if (!needsThread()) return true;
   try {
     std::thread([self = shared_from_this()] { self->workOff(); }).detach();
     hasThread_ = true;

@@ -67,8 +67,13 @@ class JournalLane : public std::enable_shared_from_this<JournalLane> {
 
   /// False if no thread can be started now. The work stays, for `wake` or other work to try again.
   bool run(std::function<void()> work);
-  /// Whether there is a thread for what waits, or nothing waits.
-  bool wake();
+  enum class Wake {
+    noThread,   ///< none can be started now
+    started,    ///< what waits is only beginning
+    wasAtWork,  ///< or nothing waits
+  };
+  /// Tries again to start a thread for what waits.
+  Wake wake();
   /// For what can wait: done when there is nothing else, and left undone once the program ends.
   void runWhenIdle(std::function<void()> work);
   /// Whether all work is done that can't wait, at that time at the latest; at once if there is no thread for
@@ -78,7 +83,8 @@ class JournalLane : public std::enable_shared_from_this<JournalLane> {
   [[nodiscard]] bool waitForRest(Clock::time_point deadline);
 
  private:
-  /// With the mutex held.
+  // With the mutex held.
+  [[nodiscard]] bool needsThread() const { return !hasThread_ && !(due_.empty() && spare_.empty()); }
   bool startIfNeeded();
   void workOff();
   /// Empty if there is none.

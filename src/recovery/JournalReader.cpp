@@ -176,6 +176,11 @@ void apply(JournalState& state, Record record) {
 
 }  // namespace
 
+QString readFailure(int error) {
+  return QStringLiteral("The recovery data can't be read: %1.")
+      .arg(QString::fromLocal8Bit(std::strerror(error)));
+}
+
 JournalInput JournalInput::ofFile(int descriptor) {
   JournalInput input;
   input.descriptor_ = descriptor;
@@ -202,8 +207,7 @@ JournalPart<void> JournalInput::read(std::uint64_t offset, std::span<std::byte> 
                                                            static_cast<std::int64_t>(offset));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
-      return stopped(JournalStop::Cause::unreadable, QStringLiteral("The recovery data can't be read: %1.")
-                                                         .arg(QString::fromLocal8Bit(std::strerror(errno))));
+      return stopped(JournalStop::Cause::unreadable, readFailure(errno));
     }
     if (count == 0) return damaged();
     out = out.subspan(static_cast<std::size_t>(count));

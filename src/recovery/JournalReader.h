@@ -31,6 +31,8 @@ struct JournalStop {
   /// A sentence for the user.
   QString reason = {};
 };
+/// A sentence for the user.
+[[nodiscard]] QString readFailure(int error);
 template <typename Value>
 using JournalPart = tl::expected<Value, JournalStop>;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "io/archive/ZipReader.h"
 #include "io/document/SaveSnapshot.h"
 #include "io/document/TextureLoading.h"
 #include "io/files/FileName.h"
@@ -65,9 +66,11 @@ struct FoundBase {
   SavedFilePtr saved;
 };
 
-SavedFilePtr savedFileOf(const BaseFile& base, const FileIdentity& identity, const BaseTiles& tiles) {
+SavedFilePtr savedFileOf(const BaseFile& base, const FileIdentity& identity, const BaseTiles& tiles,
+                         std::string copy) {
   auto saved = std::make_shared<SavedFile>();
   saved->path = base.path;
+  saved->copy = std::move(copy);
   saved->identity = identity;
   for (std::uint32_t number = 0; number < base.surfaces.size(); ++number) {
     const journal::BaseSurface& surface = base.surfaces[number];
@@ -98,27 +101,45 @@ Described<FoundBase> findBase(const BaseFile& base, const std::vector<Filling>& 
   const bool isAsItWas = identity && identity->isSameVersionAs(base.identity);
   std::vector<std::string> places{base.path};
   // Sums decide, but where everything is still as it was, there is no need to look elsewhere.
-  if (base.copy != 0) places.insert(isAsItWas ? places.end() : places.begin(), copyOfBase(base.copy));
+  const std::string copy = base.copy != 0 ? copyOfBase(base.copy) : std::string();
+  if (!copy.empty()) places.insert(isAsItWas ? places.end() : places.begin(), copy);
   SavedFilePtr saved;
   for (const std::string& place : places) {
     if (tiles->isComplete()) break;
     const auto file = FileHandle::openForReading(place);
     if (!file) continue;
     if (auto read = tiles->readFrom(*file, progress); !read) return because(read.error());
-    if (isAsItWas && place == base.path && tiles->isComplete()) saved = savedFileOf(base, *identity, *tiles);
+    if (isAsItWas && place == base.path && tiles->isComplete())
+      saved = savedFileOf(base, *identity, *tiles, copy);
   }
   return FoundBase{std::move(*tiles), std::move(saved)};
 }
 
+/// The version that stands in the place of the base, if a later save of the same document has put it there.
+std::optional<FileIdentity> laterVersion(const BaseFile& base, const std::vector<Filling>& fillings) {
+  const auto now = FileIdentity::of(base.path);
+  if (!now || now->modified <= base.identity.modified) return std::nullopt;
+  const auto archive = ZipReader::open(base.path);
+  const bool isSameDocument = archive && std::ranges::any_of(fillings, [&](const Filling& filling) {
+                                return archive->find(filling.path).has_value();
+                              });
+  return isSameDocument ? now : std::nullopt;
+}
+
 /// What the user is told of tiles that are gone.
-QString lossOf(const QStringList& layers, const BaseFile& base) {
+QString lossOf(const QStringList& layers, const BaseFile& base, bool isSavedLater) {
   constexpr qsizetype mostNames = 5;
   QStringList names = layers.mid(0, mostNames);
   if (layers.size() > mostNames) names.append(QStringLiteral("\u2026"));
-  return QStringLiteral(
-             "The file \"%1\" has been changed or removed, so parts of these layers could not be "
-             "restored and are transparent: %2.")
-      .arg(displayName(QFile::decodeName(base.path.c_str())), names.join(QStringLiteral(", ")));
+  const QString sentence =
+      isSavedLater
+          ? QStringLiteral(
+                "The file \"%1\" holds a later version of this document, which you can open. Of the "
+                "version before, parts of these layers could not be restored and are transparent: %2.")
+          : QStringLiteral(
+                "The file \"%1\" has been changed or removed, so parts of these layers could not be "
+                "restored and are transparent: %2.");
+  return sentence.arg(displayName(QFile::decodeName(base.path.c_str())), names.join(QStringLiteral(", ")));
 }
 
 /// Decompresses the tiles of the journal that the surfaces use, and puts all tiles in their places.
@@ -277,8 +298,10 @@ std::shared_ptr<const SourceMetadata> metadataOf(const JournalState& state) {
 }
 
 /// The document's file as it was last known: any other that stands there now has come from somebody else.
-KnownFilePtr knownFileOf(const JournalState& state, const SavedFilePtr& saved) {
+KnownFilePtr knownFileOf(const JournalState& state, const SavedFilePtr& saved,
+                         const std::optional<FileIdentity>& later) {
   if (saved != nullptr) return saved;
+  if (later) return makeOutdatedFile(state.document.path, state.base->identity, *later);
   return state.base ? makeKnownFile(state.document.path, state.base->identity) : nullptr;
 }
 
@@ -318,19 +341,24 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   }
   Filler filler(input, *state, base ? &base->tiles : nullptr);
   if (auto filled = filler.fill(*fillings, progress); !filled) return because(filled.error());
+  auto later = state->base ? laterVersion(*state->base, *fillings) : std::nullopt;
   if (!filler.isComplete()) {
-    if (const auto later = LaterSave::open(state->base->path, context, progress.part(0.7, 0.9)))
-      filler.complete(*fillings, *later);
+    if (const auto save = LaterSave::open(state->base->path, context, progress.part(0.7, 0.9))) {
+      filler.complete(*fillings, *save);
+    } else {
+      later.reset();
+    }
   }
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
   const QStringList incomplete = filler.incomplete();
-  const QString loss = incomplete.isEmpty() ? lossOfRecords(input, *state) : lossOf(incomplete, *state->base);
+  const QString loss = incomplete.isEmpty() ? lossOfRecords(input, *state)
+                                            : lossOf(incomplete, *state->base, later.has_value());
   return RestoredContents{std::move(*plan),
                           state->document.path,
                           state->document.imageFormat,
                           metadataOf(*state),
-                          knownFileOf(*state, base ? base->saved : nullptr),
+                          knownFileOf(*state, base ? base->saved : nullptr, later),
                           loss};
 }
 

@@ -29,8 +29,6 @@ using journal::TileSource;
 
 namespace {
 
-/// Less waste than this isn't worth a compaction.
-constexpr std::int64_t toleratedWaste = std::int64_t{4} << 20U;
 /// Compressed tiles that are kept at hand, in bytes.
 constexpr std::size_t mostLatestBytes = std::size_t{32} << 20U;
 
@@ -90,8 +88,11 @@ std::vector<std::pair<int, Tile>> sorted(const CapturedSurface& captured) {
 }  // namespace
 
 JournalWriter::JournalWriter(JournalFiles files, std::int64_t maximumBytes,
-                             std::shared_ptr<JournalTurns> turns)
-    : files_(std::move(files)), maximumBytes_(maximumBytes), turns_(std::move(turns)) {}
+                             std::shared_ptr<JournalTurns> turns, std::int64_t toleratedWaste)
+    : files_(std::move(files)),
+      maximumBytes_(maximumBytes),
+      toleratedWaste_(toleratedWaste),
+      turns_(std::move(turns)) {}
 
 void JournalWriter::copyPiece() {
   // What the journal and the copy take together is bounded.
@@ -102,6 +103,7 @@ JournalWriter::Outcome JournalWriter::write(const Capture& capture) {
   // Somebody may have emptied the store.
   struct stat status {};
   if (file_ != nullptr && (::fstat(file_->descriptor.number(), &status) != 0 || status.st_nlink == 0)) {
+    giveUpCompaction();
     file_ = nullptr;
   }
   const bool goesOn = file_ != nullptr && file_->known == capture.known && isBaseIntact();
@@ -235,9 +237,8 @@ JournalWriter::Outcome JournalWriter::append(const Capture& capture) {
   if (auto written = writeRecord(*file_, std::move(*draft)); !written) {
     return {.result = Result::failed, .reason = written.error()};
   }
-  const std::int64_t bytes = file_->size - before;
-  compactIfDue();
-  return {.bytesWritten = bytes};
+  needsCompacting_ = needsCompacting_ || isCompactionDue();
+  return {.bytesWritten = file_->size - before};
 }
 
 Described<std::unique_ptr<JournalWriter::File>> JournalWriter::createPart() {
@@ -292,11 +293,14 @@ Described<void> JournalWriter::takePlace(std::unique_ptr<File> file) {
   const std::unique_ptr<File> replaced = std::exchange(file_, std::move(file));
   const bool hasGone = replaced != nullptr && replaced->held != nullptr && replaced->held != file_->held;
   if (hasGone) replaced->held->remove();
+  compaction_ = nullptr;
+  needsCompacting_ = false;
   compactAt_ = 0;
   return {};
 }
 
 JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
+  giveUpCompaction();
   std::shared_ptr<HeldBase> held;
   const auto write = [&]() -> Described<std::int64_t> {
     auto part = createPart();
@@ -322,6 +326,7 @@ JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
 
 void JournalWriter::remove() {
   files_.removeAll();
+  giveUpCompaction();
   file_ = nullptr;
   latest_.clear();
   standing_ = {};
@@ -330,98 +335,39 @@ void JournalWriter::remove() {
 
 // Compacting.
 
-std::vector<bool> JournalWriter::liveTiles() const {
-  std::vector<bool> live(file_->stored.size(), false);
-  for (const auto& [path, table] : file_->tables) {
-    for (const TileSource& source : table.tiles) {
-      if (source.kind == TileSource::Kind::stored) live[source.value] = true;
-    }
-  }
-  return live;
+bool JournalWriter::isCompactionDue() const {
+  return file_->size >= std::max(compactAt_, toleratedWaste_) &&
+         JournalCompaction::isWorthIt(*file_, toleratedWaste_);
 }
 
-void JournalWriter::compactIfDue() {
-  if (file_->size < std::max(compactAt_, toleratedWaste)) return;
-  const std::vector<bool> live = liveTiles();
-  std::int64_t work = file_->firstContents;
-  for (std::size_t tile = 0; tile < live.size(); ++tile)
-    work += live[tile] ? file_->stored[tile].tile.bytes : 0;
-  if (file_->size - work <= work + toleratedWaste) return;
-  if (compact(live)) return;
+void JournalWriter::compactPiece() {
+  if (!needsCompacting_) return;
+  const JournalTurns::Turn turn(*turns_);
+  if (compactSome()) return;
   // The journal is whole as it stands. The attempt is repeated once it has grown by half.
-  ::unlink(files_.part().c_str());
+  giveUpCompaction();
   compactAt_ = file_->size + file_->size / 2;
 }
 
-Described<void> JournalWriter::copyTiles(JournalTurns::Turn& turn, const std::vector<bool>& live, File& next,
-                                         RecordWriter& record, RecordContents& contents) const {
-  const auto source = FileHandle::openForReading(files_.journal());
-  if (!source) return because(source.error());
-  std::vector<std::byte> bytes;
-  auto offset = static_cast<std::int64_t>(RecordHeader::byteSize);
-  for (std::size_t tile = 0; tile < live.size(); ++tile) {
-    if (!live[tile]) continue;
-    if (!turn.pass()) return cancelled();
-    const Stored& stored = file_->stored[tile];
-    bytes.resize(stored.tile.bytes);
-    const ssize_t read = ::pread(source->descriptor(), bytes.data(), bytes.size(), stored.offset);
-    if (read != static_cast<ssize_t>(bytes.size()) || crc32(bytes) != stored.crc)
-      return because(QStringLiteral("Recovery data can't be read back."));
-    if (auto result = record.addTile(bytes); !result) return result;
-    contents.tiles.push_back(stored.tile);
-    next.stored.push_back({offset, stored.tile, stored.crc});
-    offset += stored.tile.bytes;
+Described<void> JournalWriter::compactSome() {
+  if (compaction_ == nullptr) {
+    auto source = FileHandle::openForReading(files_.journal());
+    if (!source) return because(source.error());
+    auto part = createPart();
+    if (!part) return because(part.error());
+    compaction_ = std::make_unique<JournalCompaction>(std::move(*source), std::move(*part), maximumBytes_);
   }
-  return {};
+  const auto progress = compaction_->copyPiece(*file_);
+  if (!progress) return because(progress.error());
+  if (*progress == JournalCompaction::Progress::goesOn) return {};
+  auto next = compaction_->finish(*file_, standing_);
+  if (!next) return because(next.error());
+  return takePlace(std::move(*next));
 }
 
-Described<void> JournalWriter::compact(const std::vector<bool>& live) {
-  auto part = createPart();
-  if (!part) return because(part.error());
-  File& next = **part;
-  JournalTurns::Turn turn(*turns_);
-  RecordContents contents = standing_;
-  contents.base = file_->base;
-  RecordWriter record(next.descriptor.number(), 0, maximumBytes_);
-  if (auto copied = copyTiles(turn, live, next, record, contents); !copied) return copied;
-
-  std::vector<std::uint64_t> renumbered(live.size(), 0);
-  std::uint64_t count = 0;
-  for (std::size_t tile = 0; tile < live.size(); ++tile) {
-    renumbered[tile] = count;
-    count += live[tile] ? 1 : 0;
-  }
-  const auto moved = [&](const TileSource& source) {
-    return source.kind == TileSource::Kind::stored ? TileSource{source.kind, 0, renumbered[source.value]}
-                                                   : source;
-  };
-  for (const auto& [path, table] : file_->tables) {
-    journal::SurfaceRecord surface{path, table.format, true, {}};
-    for (std::size_t tile = 0; tile < table.tiles.size(); ++tile) {
-      if (table.tiles[tile] == TileSource{}) continue;
-      journal::appendSource(surface.runs, static_cast<std::uint32_t>(tile), moved(table.tiles[tile]));
-    }
-    contents.surfaces.push_back(std::move(surface));
-  }
-  for (const auto& [version, stands] : file_->standing) {
-    if (stands.source.kind != TileSource::Kind::stored || live[stands.source.value])
-      next.standing[version] = {moved(stands.source), stands.columns, stands.rows};
-  }
-  const RecordHeader header{.kind = RecordHeader::Kind::whole,
-                            .fileMark = next.mark,
-                            .sequence = 0,
-                            .time = QDateTime::currentMSecsSinceEpoch()};
-  const auto end = record.finish(header, contents);
-  if (!end) return because(end.error());
-  next.base = file_->base;
-  next.held = file_->held;
-  next.known = file_->known;
-  applyRecord(next.tables, contents);
-  next.size = *end;
-  next.records = 1;
-  next.firstContents = next.size;
-  for (const Stored& stored : next.stored) next.firstContents -= stored.tile.bytes;
-  return takePlace(std::move(*part));
+void JournalWriter::giveUpCompaction() {
+  if (std::exchange(compaction_, nullptr) != nullptr) ::unlink(files_.part().c_str());
+  needsCompacting_ = false;
 }
 
 }  // namespace orvanel

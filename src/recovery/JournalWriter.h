@@ -10,11 +10,12 @@
 #include <vector>
 
 #include "recovery/DocumentCapture.h"
-#include "recovery/HeldBase.h"
+#include "recovery/JournalCompaction.h"
+#include "recovery/JournalFile.h"
 #include "recovery/JournalFiles.h"
 #include "recovery/JournalFormat.h"
 #include "recovery/JournalLane.h"
-#include "recovery/RecordWriter.h"
+#include "recovery/RecoverySettings.h"
 #include "undo/CompressedTile.h"
 
 namespace orvanel {
@@ -23,7 +24,8 @@ class JournalWriter {
  public:
   /// The journal is made with the first record.
   JournalWriter(JournalFiles files, std::int64_t maximumBytes,
-                std::shared_ptr<JournalTurns> turns = std::make_shared<JournalTurns>());
+                std::shared_ptr<JournalTurns> turns = std::make_shared<JournalTurns>(),
+                std::int64_t toleratedWaste = RecoverySettings().toleratedWaste);
   JournalWriter(const JournalWriter&) = delete;
   JournalWriter& operator=(const JournalWriter&) = delete;
 
@@ -46,40 +48,18 @@ class JournalWriter {
   /// Whether the store still needs a copy of the document's file, which is made piece by piece.
   [[nodiscard]] bool needsCopying() const { return holdsBase() && file_->held->needsCopying(); }
   void copyPiece();
+  /// Whether there is more waste than work, and the rest is to be copied piece by piece.
+  [[nodiscard]] bool needsCompacting() const { return needsCompacting_; }
+  void compactPiece();
   /// The next record begins a journal of its own.
   void remove();
 
   [[nodiscard]] std::int64_t size() const { return file_ != nullptr ? file_->size : 0; }
 
  private:
-  struct Stored {
-    std::int64_t offset = 0;
-    journal::StoredTile tile;
-    std::uint32_t crc = 0;
-  };
-  /// Where a tile's pixels are. A document's file has only those that were visible in it: a tile at the edge
-  /// of a surface may be shared with one that shows more.
-  struct Standing {
-    journal::TileSource source;
-    int columns = tileSide;
-    int rows = tileSide;
-  };
-  /// The journal on the disk, as far as it is complete.
-  struct File {
-    Descriptor descriptor;
-    std::int64_t size = 0;
-    std::uint64_t mark = 0;
-    std::uint64_t records = 0;
-    std::int64_t firstContents = 0;  ///< bytes of the first record that aren't tiles
-    std::optional<journal::BaseFile> base;
-    /// The store's hold on it; null without one.
-    std::shared_ptr<HeldBase> held;
-    KnownFilePtr known;
-    journal::TileTables tables;
-    std::vector<Stored> stored;
-    /// Where tiles' pixels are, by their versions.
-    std::unordered_map<std::uint64_t, Standing> standing;
-  };
+  using File = JournalFile;
+  using Stored = JournalFile::Stored;
+  using Standing = JournalFile::Standing;
   /// A tile that isn't anywhere yet.
   struct NewTile {
     Tile tile;
@@ -103,15 +83,13 @@ class JournalWriter {
                                          Draft& draft);
   [[nodiscard]] Described<void> writeRecord(File& file, Draft draft);
   void accept(const journal::RecordContents& contents);
-  void compactIfDue();
-  [[nodiscard]] Described<void> compact(const std::vector<bool>& live);
-  [[nodiscard]] Described<void> copyTiles(JournalTurns::Turn& turn, const std::vector<bool>& live, File& next,
-                                          journal::RecordWriter& record,
-                                          journal::RecordContents& contents) const;
-  [[nodiscard]] std::vector<bool> liveTiles() const;
+  [[nodiscard]] bool isCompactionDue() const;
+  [[nodiscard]] Described<void> compactSome();
+  void giveUpCompaction();
 
   JournalFiles files_;
   std::int64_t maximumBytes_;
+  std::int64_t toleratedWaste_;
   std::shared_ptr<JournalTurns> turns_;
   std::unique_ptr<File> file_;
   /// The document but for its tiles, as of the last record.
@@ -119,6 +97,10 @@ class JournalWriter {
   /// The compressed tiles of the last record: should the history want them, they are at hand.
   std::vector<std::shared_ptr<CompressedTile>> latest_;
   std::uint32_t lastCopy_ = 0;
+  bool needsCompacting_ = false;
+  /// Once it has begun. The file that it writes is the journal's `part`.
+  std::unique_ptr<JournalCompaction> compaction_;
+  /// The size from which on compacting is thought of.
   std::int64_t compactAt_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "recovery/Recovery.h"
 
 #include <QPointer>
+#include <QTimer>
 #include <algorithm>
 #include <map>
 #include <set>
@@ -36,7 +37,9 @@ const char* lastWordsFor(bool isAnyKept, const QStringList& notKept) {
 
 class Recovery::Impl {
  public:
-  explicit Impl(RecoverySettings chosen) : settings(std::move(chosen)), store(settings) {}
+  explicit Impl(RecoverySettings chosen) : settings(std::move(chosen)), store(settings) {
+    QObject::connect(&wakeAgain, &QTimer::timeout, [this] { wakeAll(); });
+  }
   ~Impl() { setLastWords(nullptr); }
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
@@ -50,6 +53,17 @@ class Recovery::Impl {
     auto lane = std::make_shared<JournalLane>(turns);
     lanes.emplace_back(lane);
     return lane;
+  }
+  /// What the lane has been given is done as soon as a thread can be started for it, whoever holds it until
+  /// then.
+  void seeToIt(const std::shared_ptr<JournalLane>& lane) {
+    if (lane->wake() != JournalLane::Wake::noThread) return;
+    waiting.insert(lane);
+    if (!wakeAgain.isActive()) wakeAgain.start(settings.retryInterval);
+  }
+  void wakeAll() {
+    std::erase_if(waiting, [](const auto& lane) { return lane->wake() != JournalLane::Wake::noThread; });
+    if (waiting.empty()) wakeAgain.stop();
   }
   [[nodiscard]] JournalLane::Clock::time_point endOfPatience() const {
     return JournalLane::Clock::now() + settings.patience;
@@ -85,6 +99,9 @@ class Recovery::Impl {
   std::shared_ptr<JournalLane> storeLane = std::make_shared<JournalLane>(turns);
   /// All that may be at work, also for documents that have been closed.
   std::vector<std::weak_ptr<JournalLane>> lanes{storeLane};
+  /// Those that have work and couldn't start a thread.
+  std::set<std::shared_ptr<JournalLane>> waiting;
+  QTimer wakeAgain;
   std::map<QUuid, std::unique_ptr<DocumentJournal>> journals;
   /// Orphans whose documents aren't followed yet, by the document.
   std::map<QUuid, ClaimedOrphan> restored;
@@ -110,6 +127,7 @@ void Recovery::findOrphans(QObject* receiver, OrphansFound done) {
       if (!guard.isNull()) done(found);
     });
   });
+  impl_->seeToIt(impl_->storeLane);
 }
 
 void Recovery::restore(const QString& orphanID, MetalContext& context, QObject* receiver, RestoreDone done,
@@ -158,6 +176,7 @@ void Recovery::discard(const QString& orphanID) {
   impl_->storeLane->run([store = impl_->store, orphanID] {
     if (const auto orphan = store.claim(orphanID)) orphan->remove();
   });
+  impl_->seeToIt(impl_->storeLane);
 }
 
 void Recovery::follow(const DocumentPtr& document) {
@@ -173,13 +192,17 @@ void Recovery::follow(const DocumentPtr& document) {
 }
 
 void Recovery::saved(const Document& document) {
-  if (DocumentJournal* journal = impl_->journalOf(document)) journal->saved();
+  DocumentJournal* journal = impl_->journalOf(document);
+  if (journal == nullptr) return;
+  journal->saved();
+  impl_->seeToIt(journal->lane());
 }
 
 void Recovery::closed(const Document& document) {
   DocumentJournal* journal = impl_->journalOf(document);
   if (journal == nullptr) return;
   journal->closed();
+  impl_->seeToIt(journal->lane());
   impl_->journals.erase(document.id);
   impl_->journalsChanged();
 }

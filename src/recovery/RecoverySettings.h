@@ -22,6 +22,8 @@ struct RecoverySettings {
   /// The most bytes that one journal takes, and that all journals of ended processes take together. Of these,
   /// the oldest that have been offered to the user go first; the newest one stays.
   std::int64_t maximumBytes = std::int64_t{16} << 30U;
+  /// Less waste than this in a journal isn't worth the work of compacting it.
+  std::int64_t toleratedWaste = std::int64_t{4} << 20U;
   /// Journals of ended processes are removed when they have been offered so long ago, and never before.
   std::chrono::hours maximumAge{30 * 24};
 };

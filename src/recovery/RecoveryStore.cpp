@@ -41,7 +41,7 @@ LastChanges lastChangesIn(const QString& folder) {
 void removeRest(const JournalFiles& files, const QDateTime& lastChange) {
   if (lastChange.secsTo(QDateTime::currentDateTimeUtc()) < secondsOfGrace) return;
   // In this order, because a part becomes a journal.
-  const bool isBeingWritten = exists(files.part()) && !openLocked(files.part()).isOpen();
+  const bool isBeingWritten = exists(files.part()) && !openLocked(files.part());
   if (!isBeingWritten && !exists(files.journal())) files.removeAll();
 }
 
@@ -61,10 +61,12 @@ qint64 bytesOf(const JournalFiles& files) {
 
 /// Nothing for a journal that somebody has locked.
 std::optional<Orphan> orphanIn(const JournalFiles& files) {
-  const Descriptor lock = openLocked(files.journal());
-  if (!lock.isOpen()) return std::nullopt;
+  const auto lock = openLocked(files.journal());
+  if (!lock && lock.error().error == 0) return std::nullopt;
   Orphan orphan{.id = QString::fromStdString(files.id), .bytes = bytesOf(files)};
-  const auto state = readJournalState(JournalInput::ofFile(lock.number()), TileCheck::none);
+  const auto state =
+      lock ? readJournalState(JournalInput::ofFile(lock->number()), TileCheck::none)
+           : tl::unexpected(JournalStop{JournalStop::Cause::unreadable, readFailure(lock.error().error)});
   if (!state) {
     orphan.obstacle = state.error().reason;
     orphan.time = QFileInfo(QFile::decodeName(files.journal().c_str())).lastModified();
@@ -85,10 +87,9 @@ std::optional<QDateTime> firstOffer(const JournalFiles& files, const QDateTime& 
   return mark.lastModified();
 }
 
-void noteOffer(const JournalFiles& files) {
+void makeMark(const std::string& path) {
   constexpr mode_t forUserAlone = 0600;
-  const Descriptor mark(
-      ::open(files.offered().c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
+  const Descriptor mark(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, forUserAlone));
   if (mark.isOpen()) ::futimens(mark.number(), nullptr);
 }
 
@@ -100,6 +101,11 @@ Described<RestoredContents> ClaimedOrphan::restore(const MetalContext& context,
   return restoreContents(JournalInput::ofFile(lock_.number()), context, copyOfBase, progress);
 }
 
+void ClaimedOrphan::noteSuccessor(const JournalFiles& successor) const {
+  makeMark(files_.successor(successor.id));
+  syncFolder(files_.folder);
+}
+
 bool RecoveryStore::isTooOld(const QDateTime& time) const {
   const qint64 age = time.secsTo(QDateTime::currentDateTimeUtc());
   return age > std::chrono::duration_cast<std::chrono::seconds>(settings_.maximumAge).count();
@@ -109,7 +115,7 @@ OrphanList RecoveryStore::orphans() const {
   OrphanList list;
   for (const QString& id : lastChangesIn(settings_.folder).keys()) {
     const auto files = JournalFiles::named(settings_.folder, id);
-    if (!files) continue;
+    if (!files || hasSuccessor(*files)) continue;
     if (auto orphan = orphanIn(*files)) list.push_back(std::move(*orphan));
   }
   std::ranges::stable_sort(list, [](const Orphan& a, const Orphan& b) { return a.time > b.time; });
@@ -122,7 +128,7 @@ OrphanList RecoveryStore::offer() const {
   removeOffered(list);
   for (const Orphan& orphan : list) {
     const auto files = JournalFiles::named(settings_.folder, orphan.id);
-    if (files && !firstOffer(*files, orphan.time)) noteOffer(*files);
+    if (files && !firstOffer(*files, orphan.time)) makeMark(files->offered());
   }
   return list;
 }
@@ -133,7 +139,19 @@ void RecoveryStore::removeRemains() const {
   for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
     const auto files = JournalFiles::named(settings_.folder, entry.key());
     if (files && !exists(files->journal())) removeRest(*files, entry.value());
+    if (!files || !hasSuccessor(*files)) continue;
+    // Nothing if the process that has restored it lives.
+    if (const auto lock = openLocked(files->journal())) files->removeAll();
   }
+}
+
+bool RecoveryStore::hasSuccessor(const JournalFiles& files) const {
+  const QString pattern = QString::fromStdString(files.id) + QStringLiteral(".*.next");
+  const QStringList names = QDir(settings_.folder).entryList({pattern}, QDir::Files | QDir::Hidden);
+  return std::ranges::any_of(names, [&](const QString& name) {
+    const auto next = JournalFiles::named(settings_.folder, JournalFiles::successorInName(name));
+    return next && exists(next->journal());
+  });
 }
 
 /// Removes orphans that the user has known of for too long, or that are too much. Others stay, however old.
@@ -155,8 +173,9 @@ Described<ClaimedOrphan> RecoveryStore::claim(const QString& orphanID) const {
   const auto files = JournalFiles::named(settings_.folder, orphanID);
   for (int attempt = 0; files && attempt < claimAttempts && exists(files->journal()); ++attempt) {
     if (attempt > 0) QThread::msleep(millisecondsBetweenAttempts);
-    Descriptor lock = openLocked(files->journal());
-    if (lock.isOpen()) return ClaimedOrphan(*files, std::move(lock));
+    auto lock = openLocked(files->journal());
+    if (lock) return ClaimedOrphan(*files, std::move(*lock));
+    if (lock.error().error != 0) return because(readFailure(lock.error().error));
   }
   if (files && exists(files->journal()))
     return because(QStringLiteral("The document is open in another window."));

@@ -19,6 +19,9 @@ class ClaimedOrphan {
 
   [[nodiscard]] Described<RestoredContents> restore(const MetalContext& context,
                                                     const Progress& progress) const;
+  /// Once the journal with these files stands, this is no longer an orphan, even if the process ends before
+  /// it is removed.
+  void noteSuccessor(const JournalFiles& successor) const;
   /// Removes it from the store.
   void remove() const { files_.removeAll(); }
 
@@ -31,7 +34,8 @@ class RecoveryStore {
  public:
   explicit RecoveryStore(RecoverySettings settings) : settings_(std::move(settings)) {}
 
-  /// Newest first, those that can't be read among them. Changes nothing in the store.
+  /// Newest first, those that can't be read among them, but not those whose documents are in later journals.
+  /// Changes nothing in the store.
   [[nodiscard]] OrphanList orphans() const;
   /// The orphans for the user to decide about, newest first, and notes that they have been offered. Before,
   /// removes what was offered too long ago or is more than the settings allow, and what unfinished work left.
@@ -44,6 +48,7 @@ class RecoveryStore {
  private:
   [[nodiscard]] bool isTooOld(const QDateTime& time) const;
   void removeRemains() const;
+  [[nodiscard]] bool hasSuccessor(const JournalFiles& files) const;
   void removeOffered(OrphanList& orphans) const;
 
   RecoverySettings settings_;

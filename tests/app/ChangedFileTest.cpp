@@ -47,6 +47,14 @@ class ChangedFileTest : public AppFixture {
     files.save(document);
     files.settleWrites();
   }
+  void saveAsWithFailure(const DocumentPtr& document, const QString& file, testing::FailingStep::Step step) {
+    testing::FailingStep disk(step);
+    const ScopedFileOperations scope(disk);
+    dialogs.savePaths.push(file);
+    files.saveAs(document);
+    files.settleWrites();
+    EXPECT_TRUE(document->isDirty.value());
+  }
   static QByteArray contents(const QString& file) {
     QFile opened(file);
     EXPECT_TRUE(opened.open(QIODevice::ReadOnly));
@@ -305,6 +313,80 @@ TEST_F(ChangedFileTest, AFileChosenInThePanelNeedsNoSecondQuestion) {
   files.settleWrites();
   EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
   EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, WhatAppearsWhereASaveAsIsToGoIsAskedAbout) {
+  const DocumentPtr running = addEdited("Sea");
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  files.save(running);
+  dialogs.savePaths.push(path("Sky.tessel"));
+  files.saveAs(document);
+  overwrite(path("Sky.tessel"));
+  files.settleWrites();
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+  EXPECT_TRUE(document->isDirty.value());
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(2));
+  EXPECT_TRUE(DocumentIO::loadSynchronously(path("Sky.tessel"), state.metalContext));
+}
+
+TEST_F(ChangedFileTest, WhatAppearsAfterAFailedSaveAsIsAskedAbout) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  saveAsWithFailure(document, path("Sky.tessel"), testing::FailingStep::Step::rename);
+  overwrite(path("Sky.tessel"));
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
+}
+
+TEST_F(ChangedFileTest, WhatWasChosenInThePanelStaysChosenAfterAFailure) {
+  using Step = testing::FailingStep::Step;
+  // Before the file is replaced, and after.
+  for (const Step step : {Step::rename, Step::syncFolder}) {
+    overwrite(path("Sky.tessel"));
+    const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+    saveAsWithFailure(document, path("Sky.tessel"), step);
+    save(document);
+    EXPECT_FALSE(document->isDirty.value());
+  }
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+}
+
+TEST_F(ChangedFileTest, ASaveAsOverASaveOfTheSameDocumentNeedsNoQuestion) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  for (int time = 0; time < 3; ++time) {
+    dialogs.savePaths.push(path("Sky.tessel"));
+    files.saveAs(document);
+  }
+  files.settleWrites();
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AnImageKnowsWhatWasExportedOverIt) {
+  const DocumentPtr document = openEdited(writeImage("photo.png"));
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  files.exportImage(document);
+  files.settleWrites();
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AnExportLeavesWhatAppearsMeanwhile) {
+  const DocumentPtr document = addDocument(QStringLiteral("Sky"));
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  {
+    WritingProgram program(path("photo.png"));
+    const ScopedFileOperations scope(program);
+    files.exportImage(document);
+    files.settleWrites();
+  }
+  EXPECT_EQ(contents(path("photo.png")), "by another program");
+  EXPECT_THAT(dialogs.warnings, SizeIs(1));
 }
 
 TEST_F(ChangedFileTest, ClosingStopsWhenTheQuestionIsCancelled) {

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 
 #include "cli/ProgramRun.h"
+#include "io/archive/ZipFixture.h"
 #include "io/archive/ZipReader.h"
 #include "io/document/DocumentIO.h"
 #include "io/document/SavedFile.h"
@@ -14,13 +15,13 @@
 namespace orvanel {
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 using test::Outcome;
 
-class CheckCommandTest : public testing::Test {
+class CheckCommandTest : public ::testing::Test {
  protected:
   [[nodiscard]] QString path(const char* name) const { return folder.filePath(QString::fromUtf8(name)); }
 
@@ -110,6 +111,24 @@ TEST_F(CheckCommandTest, PixelsThatAreMissingCount) {
   const Outcome outcome = check({file});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output.toStdString(), HasSubstr(".mask.layerdata  0  The entry is missing.\n"));
+}
+
+TEST_F(CheckCommandTest, NodesThatOpeningLeavesOutAreCountedAndNamed) {
+  const std::string node = R"({"blendMode":0,"id":"","isLocked":false,"isVisible":true,"name":"Clouds",)"
+                           R"("opacity":1,"type":"layer"})";
+  const std::string manifest =
+      R"({"formatVersion":3,"generator":"x","metadata":{"createdAt":"","modifiedAt":""},"document":)"
+      R"({"name":"n","canvasWidth":3,"canvasHeight":2,"colorMode":2},"nodes":[)" +
+      node + "," + node + "]}";
+  testing::ZipFixture archive;
+  archive.add(testing::ZipFixture::deflated("manifest.json", testing::bytesOf(manifest)));
+  const testing::Bytes bytes = archive.make();
+  const QString file = writeBytes(path("sky.tessel"), QByteArray(reinterpret_cast<const char*>(bytes.data()),
+                                                                 static_cast<qsizetype>(bytes.size())));
+  const Outcome outcome = check({file});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_THAT(outcome.output.toStdString(), HasSubstr("  node \"Clouds\"  Its id is not valid.\n"));
+  EXPECT_THAT(outcome.errors, HasSubstr("leaves out 2 of its nodes, among them \"Clouds\""));
 }
 
 TEST_F(CheckCommandTest, EveryFileIsCheckedAndEveryDamagedOneNamed) {

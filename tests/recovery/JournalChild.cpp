@@ -4,7 +4,9 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QFile>
 #include <QThread>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -12,9 +14,9 @@
 #include <ctime>
 
 #include "io/document/DocumentFixture.h"
+#include "io/document/Manifest.h"
 #include "io/files/FileOperations.h"
 #include "recovery/Recovery.h"
-#include "tools/HistoryOracle.h"
 #include "tools/RandomCommands.h"
 
 namespace orvanel::testing {
@@ -33,21 +35,39 @@ class ChildDisk final : public FileOperations {
   }
   int renameFile(const std::string& from, const std::string& to) override {
     const int result = FileOperations::renameFile(from, to);
+    if (to.ends_with(".journal") && isJournalRead_.exchange(false)) ++compactions;
     if (to == diesAfterRenamingTo) ::kill(::getpid(), SIGKILL);
     return result;
   }
 
+  /// While it is written, only compacting reads a journal.
+  ssize_t readAt(int file, void* bytes, std::size_t count, std::int64_t offset) override {
+    const QString link = QStringLiteral("/proc/self/fd/%1").arg(file);
+    if (QFile::symLinkTarget(link).endsWith(QStringLiteral(".journal"))) isJournalRead_ = true;
+    return FileOperations::readAt(file, bytes, count, offset);
+  }
+
   std::string diesAfterRenamingTo;
+  std::atomic<std::int64_t> compactions = 0;
 
  private:
   bool isOtherDisk_;
+  std::atomic<bool> isJournalRead_ = false;
 };
 
-void tell(const Document& document, QByteArray& last) {
+QByteArray bytesOf(const Surface& surface) {
+  QByteArray bytes(static_cast<qsizetype>(surface.byteSize()), Qt::Uninitialized);
+  surface.readRect(
+      surface.bounds(), reinterpret_cast<std::byte*>(bytes.data()),
+      static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes()));
+  return bytes;
+}
+
+void tell(const Document& document, QByteArray& last, std::int64_t compactions = 0) {
   const QByteArray now = fingerprintOf(document);
   if (now == last) return;
   last = now;
-  StateReport report{.time = sharedClock()};
+  StateReport report{.time = sharedClock(), .compactions = compactions};
   std::memcpy(report.fingerprint, now.constData(), fingerprintBytes);
   if (::write(STDOUT_FILENO, &report, sizeof report) != sizeof report) std::_Exit(2);
 }
@@ -55,12 +75,16 @@ void tell(const Document& document, QByteArray& last) {
 }  // namespace
 
 QByteArray fingerprintOf(const Document& document) {
-  const test::DocumentState state = test::DocumentState::of(document);
+  auto manifest = describeDocument(document);
+  if (!manifest) return {};
+  // The time of the writing is no part of the document.
+  manifest->metadata = {};
   QCryptographicHash hash(QCryptographicHash::Sha1);
-  hash.addData(state.outline.toUtf8());
-  for (const std::vector<std::byte>& pixels : state.pixels) {
-    hash.addData(QByteArray::fromRawData(reinterpret_cast<const char*>(pixels.data()),
-                                         static_cast<qsizetype>(pixels.size())));
+  hash.addData(encodeManifest(*manifest));
+  for (const std::shared_ptr<Layer>& layer : document.allLayers()) {
+    for (const SurfaceKind kind : {SurfaceKind::pixels, SurfaceKind::mask}) {
+      if (const ConstTexture surface = layer->surface(kind)) hash.addData(bytesOf(*surface));
+    }
   }
   return hash.result();
 }
@@ -77,6 +101,8 @@ void runUntilKilled(const QString& folder, unsigned seed) {
   RecoverySettings settings;
   settings.folder = folder + QStringLiteral("/recovery");
   settings.interval = std::chrono::milliseconds(journalIntervalMs);
+  // So that journals are compacted while the process lives.
+  settings.toleratedWaste = 4'000;
   Recovery recovery(settings);
   const DocumentPtr document = Document::create(QStringLiteral("Random"), 150, 140,
                                                 modes[seed % modes.size()], MetalContext::shared());
@@ -98,7 +124,7 @@ void runUntilKilled(const QString& folder, unsigned seed) {
   };
   for (;;) {
     const int choice = commands.below(100);
-    if (choice < 1 && !DocumentIO::isSaving()) {
+    if (choice < 1 && savesWith(seed) && !DocumentIO::isSaving()) {
       save();
     } else if (choice < 9) {
       document->undo();
@@ -108,7 +134,7 @@ void runUntilKilled(const QString& folder, unsigned seed) {
       commands.runOne();
     }
     // A record can only be made of a state that has been told.
-    tell(*document, last);
+    tell(*document, last, disk.compactions);
     QCoreApplication::processEvents();
     if (recovery.status().state != RecoveryStatus::State::recording &&
         !recovery.status().reason.contains(u"slow"))
@@ -128,11 +154,6 @@ void dieInSave(const QString& folder, unsigned seed) {
   if (!isFileHeld) settings.maximumBytes = 480'000;
   const QString path = folder + QStringLiteral("/saved.tessel");
   const DocumentPtr document = richDocument(modes[seed % modes.size()]);
-  // States are told of layers with pixels only.
-  for (const std::shared_ptr<Layer>& layer : document->allLayers()) {
-    if (layer->texture.value() == nullptr) document->removeNode(layer->id);
-  }
-  document->selectNode(document->allLayers().front()->id);
   if (!DocumentIO::saveSynchronously(document, path, MetalContext::shared())) std::_Exit(4);
   document->setSource(path, std::nullopt);
   Recovery recovery(settings);

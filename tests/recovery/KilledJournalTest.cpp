@@ -28,11 +28,15 @@ constexpr int rounds = 40;
 #else
 constexpr int rounds = 200;
 #endif
-/// Of the interval from a change to its record. Two are what is promised, and what a machine at rest keeps
-/// (65 to 100 ms). The test turns the interval down to a hundredth, and a journal is written at low priority,
-/// so that a machine that is busy with other tests needs more: up to 330 ms have been seen beside three busy
-/// programs on two cores.
-constexpr int mostIntervals = 12;
+// In intervals from a change to its record. Two are promised, and kept on a machine that isn't overloaded
+// (180 ms at most). The test turns the interval down to a fiftieth, and a journal is written at low priority,
+// so that a machine that is busy with other tests is late now and then: one kill in thirteen beside three
+// busy programs and two compilers on two cores, by 744 ms at most, and by 4.8 s once when there were more. So
+// most kills have to keep the promise as it is turned down, and all of them the ten seconds that are
+// promised.
+constexpr int promisedIntervals = 2;
+constexpr int mostLateRounds = rounds / 4;
+constexpr std::int64_t mostMs = 10'000;
 
 std::vector<StateReport> reportsOf(QProcess& child) {
   const QByteArray bytes = child.readAllStandardOutput();
@@ -116,6 +120,8 @@ TEST_F(KilledJournal, GivesBackARecentState) {
   std::int64_t longest = 0;
   std::size_t states = 0;
   int saved = 0;
+  int late = 0;
+  std::int64_t compactions = 0;
   const QString file = folder.filePath(QStringLiteral("saved.tessel"));
   for (int round = 0; round < rounds && !HasFailure(); ++round) {
     SCOPED_TRACE(round);
@@ -128,7 +134,10 @@ TEST_F(KilledJournal, GivesBackARecentState) {
       hasBegun = holdsJournal(settings.folder);
     }
     ASSERT_TRUE(hasBegun);
-    QThread::usleep(random() % (8'000 * testing::journalIntervalMs));
+    const unsigned mostIntervalsOfLife = testing::savesWith(static_cast<unsigned>(round)) ? 4 : 20;
+    const unsigned life = random() % (mostIntervalsOfLife * testing::journalIntervalMs);
+    // Takes its reports meanwhile: it would wait for a full pipe.
+    ASSERT_FALSE(child.waitForFinished(static_cast<int>(life)));
     const std::int64_t killed = testing::sharedClock();
     ASSERT_EQ(::kill(static_cast<pid_t>(child.processId()), SIGKILL), 0);
     waitForItsEnd();
@@ -150,16 +159,21 @@ TEST_F(KilledJournal, GivesBackARecentState) {
     const std::vector<StateReport> reports = reportsOf(child);
     const auto age = ageOf(testing::fingerprintOf(*found.document), reports, killed);
     ASSERT_TRUE(age.has_value()) << "it was never in this state";
-    EXPECT_LE(*age / 1'000'000, mostIntervals * testing::journalIntervalMs);
+    EXPECT_LE(*age / 1'000'000, mostMs);
+    late += *age / 1'000'000 > promisedIntervals * testing::journalIntervalMs ? 1 : 0;
     sum += *age;
     longest = std::max(longest, *age);
     states += reports.size();
+    compactions += reports.back().compactions;
     saved += QFileInfo::exists(file) ? 1 : 0;
   }
-  std::cout << rounds << " kills after " << states << " states, " << saved
-            << " of them after a save; what was lost was " << sum / rounds / 1'000'000
-            << " ms old on average and " << longest / 1'000'000 << " ms at most, with an interval of "
-            << testing::journalIntervalMs << " ms\n";
+  EXPECT_GT(compactions, 0);
+  EXPECT_LE(late, mostLateRounds);
+  std::cout << rounds << " kills after " << states << " states and " << compactions << " compactions, "
+            << saved << " of them after a save; what was lost was " << sum / rounds / 1'000'000
+            << " ms old on average and " << longest / 1'000'000 << " ms at most, " << late
+            << " times more than two intervals, with an interval of " << testing::journalIntervalMs
+            << " ms\n";
 }
 
 TEST_F(KilledJournal, RestoresWhatASaveHadJustReplaced) {
@@ -178,10 +192,10 @@ TEST_F(KilledJournal, RestoresWhatASaveHadJustReplaced) {
     ASSERT_EQ(found.loss, QString());
     EXPECT_EQ(testing::fingerprintOf(*found.document), expected)
         << "also what was edited just before the save";
-    // Its file isn't the one that it was edited in: a save would ask first.
+    // Its file isn't the one that it was edited in: a save would ask first, and tell why.
     const auto known = std::dynamic_pointer_cast<const KnownFile>(found.document->fileMemory());
     ASSERT_NE(known, nullptr);
-    EXPECT_EQ(known->state(), FileState::changed);
+    EXPECT_EQ(known->state(), FileState::savedLater);
     const Found saved = fromFile(folder.filePath(QStringLiteral("saved.tessel")));
     ASSERT_NE(saved.document, nullptr);
     EXPECT_EQ(testing::fingerprintOf(*saved.document), expected);

@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "io/files/FaultyDisk.h"
 #include "raster/MemoryBudget.h"
 #include "recovery/RecoveryFixture.h"
@@ -61,6 +64,20 @@ TEST_F(RecoveryStoreTest, anOrphanCanBeClaimedOnce) {
   EXPECT_TRUE(store().orphans().empty());
   first.reset();
   EXPECT_TRUE(store().claim(id).has_value());
+}
+
+TEST_F(RecoveryStoreTest, aLaterJournalOfTheSameDocumentTakesItsPlace) {
+  crashWith(unsavedDocument());
+  const QString first = store().orphans().at(0).id;
+  const QString second = QStringLiteral("0A1B2C3D-0000-4000-8000-000000000001");
+  const auto next = JournalFiles::named(settings().folder, second);
+  store().claim(first)->noteSuccessor(*next);
+  ASSERT_EQ(store().offer().size(), 1U) << "the other doesn't stand yet";
+  ASSERT_TRUE(QFile::copy(journalPath(), QFile::decodeName(next->journal().c_str())));
+  ASSERT_EQ(store().orphans().size(), 1U);
+  EXPECT_EQ(store().orphans().at(0).id, second);
+  EXPECT_EQ(store().offer().size(), 1U);
+  EXPECT_EQ(files().filter(first), QStringList()) << "nobody needs it any more";
 }
 
 TEST_F(RecoveryStoreTest, namesThatAreNoIdsLeadNowhere) {
@@ -169,6 +186,38 @@ TEST_F(RecoveryStoreTest, aDiskThatFailsIsNoDamage) {
   }
   EXPECT_TRUE(store().offer().at(0).obstacle.isEmpty());
   EXPECT_EQ(firstDifference(*document, *restored()), "");
+}
+
+/// Journals can't be opened, for this reason.
+class ClosedDisk final : public FileOperations {
+ public:
+  explicit ClosedDisk(int reason) : reason_(reason) {}
+  int openFile(const std::string& /*path*/, int /*flags*/) override {
+    errno = reason_;
+    return -1;
+  }
+
+ private:
+  int reason_;
+};
+
+TEST_F(RecoveryStoreTest, whatCantBeOpenedIsListedWithItsReason) {
+  crashWith(unsavedDocument());
+  const QString id = store().orphans().at(0).id;
+  for (const int reason : {EACCES, EIO}) {
+    ClosedDisk disk(reason);
+    const ScopedFileOperations scope(disk);
+    const OrphanList orphans = store().offer();
+    ASSERT_EQ(orphans.size(), 1U);
+    EXPECT_EQ(orphans[0].id, id);
+    EXPECT_EQ(orphans[0].obstacle, QStringLiteral("The recovery data can't be read: %1.")
+                                       .arg(QString::fromLocal8Bit(std::strerror(reason))));
+    EXPECT_GT(orphans[0].bytes, 0);
+    const auto claimed = store().claim(id);
+    ASSERT_FALSE(claimed.has_value());
+    EXPECT_EQ(claimed.error(), orphans[0].obstacle);
+  }
+  EXPECT_EQ(store().orphans().at(0).obstacle, QString()) << "it is still there";
 }
 
 TEST_F(RecoveryStoreTest, norIsMemoryThatIsLow) {

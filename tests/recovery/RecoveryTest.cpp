@@ -165,41 +165,6 @@ TEST_F(RecoveryTest, recordsByItselfAfterTheInterval) {
   EXPECT_GT(recovery.figures().bytesWritten, 0);
 }
 
-TEST_F(RecoveryTest, anOrphanStaysUntilItsDocumentHasARecordOfItsOwn) {
-  const DocumentPtr document = unsavedDocument();
-  crashWith(document);
-  const QString orphanID = store().orphans().at(0).id;
-  QObject receiver;
-  const auto restoreWith = [&](Recovery& recovery) {
-    DocumentPtr back;
-    bool isDone = false;
-    recovery.restore(orphanID, MetalContext::shared(), &receiver,
-                     [&](const FileResult<RestoredDocument>& result) {
-                       back = result ? result->document : nullptr;
-                       isDone = true;
-                     });
-    EXPECT_TRUE(waitUntil([&] { return isDone; }));
-    return back;
-  };
-  {
-    Recovery recovery(settings());
-    const DocumentPtr back = restoreWith(recovery);
-    ASSERT_NE(back, nullptr);
-    EXPECT_EQ(firstDifference(*document, *back), "");
-    EXPECT_EQ(store().orphans().size(), 0U) << "it is claimed";
-  }
-  EXPECT_EQ(store().orphans().size(), 1U) << "the second process has ended as well";
-  {
-    Recovery recovery(settings());
-    const DocumentPtr back = restoreWith(recovery);
-    recovery.follow(back);
-    recovery.recordNow();
-  }
-  ASSERT_EQ(store().orphans().size(), 1U);
-  EXPECT_NE(store().orphans().at(0).id, orphanID);
-  EXPECT_EQ(firstDifference(*document, *restored()), "");
-}
-
 TEST_F(RecoveryTest, findsAndDiscardsOrphans) {
   crashWith(unsavedDocument());
   Recovery recovery(settings());

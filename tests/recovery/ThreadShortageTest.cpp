@@ -49,5 +49,61 @@ TEST_F(ThreadShortageTest, aRecordIsTriedAgain) {
   EXPECT_EQ(recovery.status().state, RecoveryStatus::State::recording);
 }
 
+TEST_F(ThreadShortageTest, aRecordThatOnlyBeginsIsNotTheDisksFault) {
+  RecoverySettings quick = settings();
+  quick.retryInterval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  QStringList reasons;
+  const Subscription observed =
+      recovery.observeStatus([&](const RecoveryStatus& status) { reasons << status.reason; });
+  {
+    const ThreadShortage shortage;
+    recovery.follow(document);
+    recovery.recordNow();
+    ASSERT_EQ(recovery.status().state, RecoveryStatus::State::suspended);
+  }
+  ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 1; }));
+  EXPECT_EQ(reasons, (QStringList{QStringLiteral("There are too many threads to write recovery data."), {}}));
+}
+
+TEST_F(ThreadShortageTest, whatWasLeftIsOfferedAsSoonAsItCanBeLookedFor) {
+  crashWith(unsavedDocument());
+  RecoverySettings quick = settings();
+  quick.retryInterval = std::chrono::milliseconds(1);
+  Recovery recovery(quick);
+  QObject receiver;
+  std::optional<OrphanList> found;
+  {
+    const ThreadShortage shortage;
+    recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
+    QThread::msleep(5);
+    QCoreApplication::processEvents();
+    ASSERT_FALSE(found);
+  }
+  ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
+  ASSERT_EQ(found->size(), 1U);
+  {
+    const ThreadShortage shortage;
+    recovery.discard(found->at(0).id);
+  }
+  EXPECT_TRUE(waitUntil([&] { return files().isEmpty(); }));
+}
+
+TEST_F(ThreadShortageTest, theJournalOfAClosedDocumentIsRemovedLater) {
+  RecoverySettings quick = settings();
+  quick.retryInterval = std::chrono::milliseconds(1);
+  const DocumentPtr document = unsavedDocument();
+  Recovery recovery(quick);
+  recovery.follow(document);
+  recovery.recordNow();
+  ASSERT_FALSE(files().isEmpty());
+  {
+    const ThreadShortage shortage;
+    recovery.closed(*document);
+  }
+  EXPECT_TRUE(waitUntil([&] { return files().isEmpty(); }));
+}
+
 }  // namespace
 }  // namespace orvanel

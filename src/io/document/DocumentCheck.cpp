@@ -3,6 +3,7 @@
 #include <QFile>
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "io/document/DocumentReader.h"
 #include "io/document/LayerData.h"
@@ -60,10 +61,36 @@ std::vector<EntryCheck> missingEntries(const OpenedDocument& opened) {
   return missing;
 }
 
+QString reasonToDrop(const NodeManifest& node, bool isInside) {
+  if (isInside) return QStringLiteral("It is inside a layer, or inside a node that is left out.");
+  if (node.type != u"layer" && node.type != u"folder") return QStringLiteral("Its type is unknown.");
+  return QStringLiteral("Its id is not valid.");
+}
+
+/// The nodes of the manifest that aren't planned. Nothing below a layer or a dropped node is.
+std::vector<DroppedNode> droppedNodes(const DocumentPlan& plan) {
+  constexpr int none = std::numeric_limits<int>::max();
+  std::vector<DroppedNode> dropped;
+  auto planned = plan.nodes.begin();
+  int childless = none;  // the depth of the node around those that follow
+  for (std::size_t index = 0; index < plan.manifest.nodes.size(); ++index) {
+    const NodeManifest& node = plan.manifest.nodes[index];
+    if (planned != plan.nodes.end() && planned->manifest == index) {
+      ++planned;
+      childless = node.type == u"layer" ? node.depth : none;
+      continue;
+    }
+    const bool isInside = node.depth > childless;
+    if (!isInside) childless = node.depth;
+    dropped.push_back({node.name, reasonToDrop(node, isInside)});
+  }
+  return dropped;
+}
+
 }  // namespace
 
 bool DocumentCheck::isWhole() const {
-  return reason.isEmpty() &&
+  return reason.isEmpty() && dropped.empty() &&
          std::ranges::all_of(entries, [](const EntryCheck& entry) { return entry.reason.isEmpty(); });
 }
 
@@ -100,6 +127,7 @@ Described<DocumentCheck> checkDocument(const QString& path, const MetalContext& 
     }
   }
   if (opened) {
+    check.dropped = droppedNodes(*opened);
     const auto missing = missingEntries(*opened);
     check.entries.insert(check.entries.end(), missing.begin(), missing.end());
   }

@@ -21,9 +21,17 @@ struct EntryCheck {
   QString reason;
 };
 
+/// A node of the manifest that opening leaves out.
+struct DroppedNode {
+  QString name;
+  /// A sentence.
+  QString reason;
+};
+
 struct DocumentCheck {
   /// In the order of the archive, then those that are missing.
   std::vector<EntryCheck> entries;
+  std::vector<DroppedNode> dropped;
   /// Why the document can't be opened whatever its entries hold; empty otherwise.
   QString reason;
 

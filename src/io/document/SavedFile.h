@@ -47,6 +47,8 @@ using SavedSurfaces = std::map<std::string, SavedSurface>;
 struct SavedFile final : KnownFile {
   /// Where it really stands.
   std::string path;
+  /// Where a journal had a copy of it when the document was restored; usually empty.
+  std::string copy;
   SavedSurfaces surfaces;
 
   [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& newPath) const override;

@@ -10,7 +10,12 @@ namespace orvanel {
 enum class DocumentIOError { exportFailed, loadFailed, saveFailed };
 
 /// How a file is found, compared with what was last read or written.
-enum class FileState { asKnown, changed, missing };
+enum class FileState {
+  asKnown,
+  changed,
+  savedLater,  ///< than the version that was restored
+  missing,
+};
 
 struct FileError {
   DocumentIOError code = DocumentIOError::loadFailed;

@@ -30,6 +30,10 @@ int FileOperations::createFile(const std::string& path, mode_t mode) {
   return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
 }
 
+int FileOperations::openFile(const std::string& path, int flags) {
+  return ::open(path.c_str(), flags);
+}
+
 ssize_t FileOperations::readAt(int file, void* bytes, std::size_t count, std::int64_t offset) {
   return ::pread(file, bytes, count, offset);
 }

@@ -23,6 +23,8 @@ class FileOperations {
   virtual ~FileOperations() = default;
   /// Creates a file for writing; fails if it exists.
   virtual int createFile(const std::string& path, mode_t mode);
+  /// Opens a file that exists.
+  virtual int openFile(const std::string& path, int flags);
   virtual ssize_t readAt(int file, void* bytes, std::size_t count, std::int64_t offset);
   virtual ssize_t writeAt(int file, const void* bytes, std::size_t count, std::int64_t offset);
   /// Copies within the kernel; may copy less.

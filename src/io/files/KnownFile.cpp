@@ -6,12 +6,53 @@
 
 namespace orvanel {
 
+namespace {
+
+std::optional<FileIdentity> identityNow(const QString& path) {
+  return FileIdentity::of(QFile::encodeName(path).toStdString());
+}
+
+struct OutdatedFile final : KnownFile {
+  FileIdentity later;
+
+  [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& path) const override {
+    return makeOutdatedFile(path, identity, later);
+  }
+  [[nodiscard]] FileState state() const override {
+    const auto now = identityNow(documentPath);
+    return now && now->isSameVersionAs(later) ? FileState::savedLater : KnownFile::state();
+  }
+};
+
+/// A sentence for the user.
+QString sentenceOf(FileState found) {
+  switch (found) {
+    case FileState::savedLater:
+      return QStringLiteral("The file holds a later version of the document than the one that was restored.");
+    case FileState::missing:
+      return QStringLiteral("The file is no longer there.");
+    case FileState::asKnown:
+    case FileState::changed:
+      break;
+  }
+  return QStringLiteral("The file was changed by another program.");
+}
+
+struct ChosenFile final : KnownFile {
+  [[nodiscard]] FileState state() const override {
+    const FileState found = KnownFile::state();
+    return found == FileState::missing ? FileState::asKnown : found;
+  }
+};
+
+}  // namespace
+
 std::shared_ptr<const KnownFile> KnownFile::under(const QString& path) const {
   return makeKnownFile(path, identity);
 }
 
 FileState KnownFile::state() const {
-  const auto now = FileIdentity::of(QFile::encodeName(documentPath).toStdString());
+  const auto now = identityNow(documentPath);
   if (!now) return FileState::missing;
   return now->isSameVersionAs(identity) ? FileState::asKnown : FileState::changed;
 }
@@ -24,11 +65,7 @@ std::optional<FileIdentity> replaceable(const KnownFile* expected) {
 FileResult<void> judgeFound(const KnownFile* expected, DocumentIOError code, const Progress& progress) {
   const FileState found = expected == nullptr ? FileState::asKnown : expected->state();
   if (found == FileState::asKnown) return {};
-  return tl::unexpected(FileError{code,
-                                  found == FileState::missing
-                                      ? QStringLiteral("The file is no longer there.")
-                                      : QStringLiteral("The file was changed by another program."),
-                                  progress.isCancelled(), found});
+  return tl::unexpected(FileError{code, sentenceOf(found), progress.isCancelled(), found});
 }
 
 KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity) {
@@ -36,6 +73,23 @@ KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& iden
   known->documentPath = documentPath;
   known->identity = identity;
   return known;
+}
+
+KnownFilePtr makeOutdatedFile(const QString& documentPath, const FileIdentity& identity,
+                              const FileIdentity& later) {
+  auto outdated = std::make_shared<OutdatedFile>();
+  outdated->documentPath = documentPath;
+  outdated->identity = identity;
+  outdated->later = later;
+  return outdated;
+}
+
+KnownFilePtr chosenFile(const QString& path) {
+  auto chosen = std::make_shared<ChosenFile>();
+  chosen->documentPath = path;
+  // No file has the version that stands for none.
+  chosen->identity = identityNow(path).value_or(FileIdentity());
+  return chosen;
 }
 
 KnownFilePtr knownFileOf(const Document& document, const QString& path) {

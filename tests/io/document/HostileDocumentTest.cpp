@@ -4,6 +4,7 @@
 #include <string>
 
 #include "io/archive/ZipFixture.h"
+#include "io/document/DocumentCheck.h"
 #include "io/document/DocumentFixture.h"
 #include "io/document/DocumentReader.h"
 #include "io/document/LayerData.h"
@@ -114,6 +115,33 @@ TEST(DocumentReader, nodesOfUnknownTypeAreSkippedWithTheirChildren) {
   const auto found = (*document)->rootNodes.value()[0].folder();
   EXPECT_TRUE(found->isExpanded.value());
   EXPECT_EQ(found->children.value().size(), 1U);
+}
+
+TEST(DocumentReader, aCheckTellsOfTheNodesThatAreSkipped) {
+  const auto folder = [&](const std::string& name, const std::string& id, const std::string& type,
+                          const std::string& children) {
+    return R"({"blendMode":0,"id":")" + id + R"(","isLocked":false,"isVisible":true,"name":")" + name +
+           R"(","opacity":1,"type":")" + type + R"(","children":[)" + children + "]}";
+  };
+  const std::string goodID = "33333333-2222-3333-4444-55555555AAAA";
+  const std::string nodes =
+      folder("Lost", "no uuid", "folder", folder("Inner", goodID, "folder", layerNode("whatever"))) + "," +
+      folder("Kept", goodID, "folder", folder("Group", goodID, "group", "")) + "," + layerNode();
+  QTemporaryDir place;
+  QFile file(place.filePath(QStringLiteral("skipped.tessel")));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  const Bytes bytes = fixture(manifest(nodes)).make();
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+  file.close();
+  const auto check = checkDocument(file.fileName(), MetalContext::shared());
+  ASSERT_TRUE(check.has_value());
+  EXPECT_FALSE(check->isWhole());
+  QStringList dropped;
+  for (const DroppedNode& node : check->dropped) dropped << node.name << node.reason;
+  const QString inside = QStringLiteral("It is inside a layer, or inside a node that is left out.");
+  EXPECT_EQ(dropped, (QStringList{QStringLiteral("Lost"), QStringLiteral("Its id is not valid."),
+                                  QStringLiteral("Inner"), inside, QStringLiteral("L"), inside,
+                                  QStringLiteral("Group"), QStringLiteral("Its type is unknown.")}));
 }
 
 TEST(DocumentReader, theNilUuidIsValid) {

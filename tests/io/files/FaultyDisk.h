@@ -32,6 +32,7 @@ class FailingDisk : public FileOperations {
     return hasRoom() ? FileOperations::shareRange(from, fromOffset, to, toOffset, count) : -1;
   }
   int sync(int file) override { return hasRoom() ? FileOperations::sync(file) : -1; }
+  int syncData(int file) override { return hasRoom() ? FileOperations::syncData(file) : -1; }
   int renameFile(const std::string& from, const std::string& to) override {
     return hasRoom() ? FileOperations::renameFile(from, to) : -1;
   }
