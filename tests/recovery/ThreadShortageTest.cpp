@@ -64,7 +64,10 @@ TEST_F(ThreadShortageTest, aRecordThatOnlyBeginsIsNotTheDisksFault) {
     ASSERT_EQ(recovery.status().state, RecoveryStatus::State::suspended);
   }
   ASSERT_TRUE(waitUntil([&] { return recovery.figures().records >= 1; }));
-  EXPECT_EQ(reasons, (QStringList{QStringLiteral("There are too many threads to write recovery data."), {}}));
+  EXPECT_EQ(
+      reasons,
+      (QStringList{QStringLiteral("Recovery data can't be written: the system allows no further threads."),
+                   {}}));
 }
 
 TEST_F(ThreadShortageTest, whatWasLeftIsOfferedAsSoonAsItCanBeLookedFor) {
