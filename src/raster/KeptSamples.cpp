@@ -1,5 +1,7 @@
 #include "raster/KeptSamples.h"
 
+#include <tbb/parallel_for.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -52,7 +54,11 @@ bool KeptBelow::makeRoom(const SampleLayout& layout, std::size_t steps) {
   if (steps <= fewestSteps || planes_ != nullptr) return false;
   allocate(layout);
   if (planes_ == nullptr) return false;
-  std::fill_n(planes_.get(), samples_ * planesOfStrip, 0.0F);
+  const std::size_t count = samples_ * planesOfStrip;
+  constexpr std::size_t piece = std::size_t{1} << 18U;
+  tbb::parallel_for(std::size_t{0}, (count + piece - 1) / piece, [&](std::size_t i) {
+    std::fill_n(planes_.get() + i * piece, std::min(piece, count - i * piece), 0.0F);
+  });
   return true;
 }
 

@@ -105,10 +105,13 @@ KeptPixels* SampledComposite::keep(const Surface& surface) {
   return &kept;
 }
 
-void SampledComposite::makeRoomForImage() {
+bool SampledComposite::makeRoomForImage(std::chrono::steady_clock::time_point end) {
   for (int i = 0; i < image_->tileCount(); ++i) {
-    if (image_->tile(i).isUniform()) static_cast<void>(image_->editTile(i));
+    if (!image_->tile(i).isUniform()) continue;
+    static_cast<void>(image_->editTile(i));
+    if (std::chrono::steady_clock::now() >= end) return false;
   }
+  return true;
 }
 
 bool SampledComposite::prepare(const CompositePlan& plan, const SampleGrid& grid,
@@ -145,8 +148,7 @@ bool SampledComposite::prepare(const CompositePlan& plan, const SampleGrid& grid
   }
   // Memory that the system must clear takes turns of its own.
   if (!missing.empty() || below_.makeRoom(*layout_, plan.targets().front().steps.size())) return false;
-  makeRoomForImage();
-  return true;
+  return makeRoomForImage(end);
 }
 
 const Surface& SampledComposite::evaluate(const CompositePlan& plan, const SampleGrid& grid) {

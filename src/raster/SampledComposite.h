@@ -50,8 +50,8 @@ class SampledComposite {
  private:
   void arrange(const SampleGrid& grid, PixelFormat format);
   KeptPixels* keep(const Surface& surface);
-  /// Memory for the whole image, which the system clears when it is first written to.
-  void makeRoomForImage();
+  /// Memory for the whole image, which the system clears when it is first written to. False if time ran out.
+  bool makeRoomForImage(std::chrono::steady_clock::time_point end);
 
   std::optional<SampleLayout> layout_;
   std::optional<Surface> image_;
