@@ -245,6 +245,8 @@ void ScrollableMTKView::showEvent(QShowEvent* event) {
 
 void ScrollableMTKView::hideEvent(QHideEvent* event) {
   pacer_.stop();
+  catchUpTimer_.stop();
+  awaitedPicture_.reset();
   QWidget::hideEvent(event);
 }
 

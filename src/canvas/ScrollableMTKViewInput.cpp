@@ -166,7 +166,9 @@ void ScrollableMTKView::deliverDrag() {
 }
 
 void ScrollableMTKView::dragOnUnderPointer() {
-  if (isGestureRunning() && !pendingDrag_) pendingDrag_ = lastDrag_;
+  if (!isGestureRunning() || pendingDrag_ || !lastDrag_) return;
+  pendingDrag_ = lastDrag_;
+  pendingDrag_->record.modifiers = modifiers_;
 }
 
 void ScrollableMTKView::mouseReleaseEvent(QMouseEvent* event) {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "raster/MemoryBudget.h"
+
 namespace orvanel {
 namespace {
 
@@ -50,8 +52,12 @@ void KeptBelow::begin(const SampleLayout& layout, std::vector<std::uint64_t> ste
   if (kept_ > 0 && planes_ == nullptr) allocate(layout);
 }
 
+std::size_t KeptBelow::bytesFor(const SampleLayout& layout) {
+  return layout.samples * planesOfStrip * sizeof(float);
+}
+
 bool KeptBelow::makeRoom(const SampleLayout& layout, std::size_t steps) {
-  if (steps <= fewestSteps || planes_ != nullptr) return false;
+  if (steps <= fewestSteps || planes_ != nullptr || !pixelsFitInMemory(bytesFor(layout))) return false;
   allocate(layout);
   if (planes_ == nullptr) return false;
   const std::size_t count = samples_ * planesOfStrip;

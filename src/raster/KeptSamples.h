@@ -36,6 +36,8 @@ class KeptBelow {
   /// Prepares for a frame that evaluates these steps of the canvas; equal numbers stand for equal steps. The
   /// steps below the first that differs from the last frame are kept, once two frames agree on it.
   void begin(const SampleLayout& layout, std::vector<std::uint64_t> steps);
+  /// The bytes that it takes.
+  [[nodiscard]] static std::size_t bytesFor(const SampleLayout& layout);
   /// Has the memory at hand, cleared, for a canvas of so many steps. False if it was already, or isn't
   /// needed.
   bool makeRoom(const SampleLayout& layout, std::size_t steps);

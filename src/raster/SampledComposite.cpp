@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <bit>
 #include <numeric>
-#include <set>
 #include <utility>
 
 #include "raster/BlockComposer.h"
 #include "raster/Hash.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -82,19 +82,12 @@ void SampledComposite::arrange(const SampleGrid& grid, PixelFormat format) {
 
 KeptPixels* SampledComposite::keep(const Surface& surface) {
   if (!layout_->isSparse) return nullptr;
+  const std::size_t bytes = layout_->samples * static_cast<std::size_t>(surface.pixelBytes());
   if (const auto known = kept_.find(&surface); known != kept_.end()) {
-    known->second.lastUse = evaluations_;
-    const std::size_t needed = layout_->samples * static_cast<std::size_t>(surface.pixelBytes());
-    if (known->second.bytes == needed) return &known->second;
+    if (known->second.bytes == bytes) return &known->second;
     kept_.erase(known);
   }
-  const std::size_t bytes = layout_->samples * static_cast<std::size_t>(surface.pixelBytes());
-  while (keptBytes() + bytes > mostKept) {
-    const auto oldest =
-        std::ranges::min_element(kept_, {}, [](const auto& entry) { return entry.second.lastUse; });
-    if (oldest == kept_.end() || oldest->second.lastUse == evaluations_) return nullptr;
-    kept_.erase(oldest);
-  }
+  if (!makeRoomFor(bytes) || !pixelsFitInMemory(bytes)) return nullptr;
   auto pixels = hwy::AllocateAligned<std::byte>(bytes);
   if (pixels == nullptr) return nullptr;
   KeptPixels& kept = kept_[&surface];
@@ -103,6 +96,32 @@ KeptPixels* SampledComposite::keep(const Surface& surface) {
   kept.bytes = bytes;
   kept.lastUse = evaluations_;
   return &kept;
+}
+
+/// Lets go of the oldest of what this evaluation doesn't use, if that is enough.
+bool SampledComposite::makeRoomFor(std::size_t bytes) {
+  std::size_t inUse = below_.bytes();
+  for (const auto& [surface, kept] : kept_) {
+    if (kept.lastUse == evaluations_) inUse += kept.bytes;
+  }
+  if (inUse + bytes > mostKept) return false;
+  while (keptBytes() + bytes > mostKept) {
+    kept_.erase(std::ranges::min_element(kept_, {}, [](const auto& entry) { return entry.second.lastUse; }));
+  }
+  return true;
+}
+
+std::map<const Surface*, KeptPixels*> SampledComposite::keepStanding(const SampledPlan& plan) {
+  std::map<const Surface*, KeptPixels*> standing;
+  for (const auto& source : plan.sources) {
+    for (const Surface* surface : source->standingSurfaces()) standing.emplace(surface, nullptr);
+  }
+  // What is kept stays, before others look for room.
+  for (const auto& [surface, kept] : standing) {
+    if (const auto known = kept_.find(surface); known != kept_.end()) known->second.lastUse = evaluations_;
+  }
+  for (auto& [surface, kept] : standing) kept = keep(*surface);
+  return standing;
 }
 
 bool SampledComposite::makeRoomForImage(std::chrono::steady_clock::time_point end) {
@@ -125,13 +144,8 @@ bool SampledComposite::prepare(const CompositePlan& plan, const SampleGrid& grid
   const Clock::time_point end = Clock::now() + budget;
   ++evaluations_;
   arrange(grid, plan.targets().front().surface->format());
-  std::set<const Surface*> surfaces;
-  for (const auto& source : SampledPlan(plan).sources) {
-    for (const Surface* surface : source->standingSurfaces()) surfaces.insert(surface);
-  }
   std::vector<Missing> missing;
-  for (const Surface* surface : surfaces) {
-    KeptPixels* kept = keep(*surface);
+  for (const auto& [surface, kept] : keepStanding(SampledPlan(plan))) {
     if (kept == nullptr) continue;
     for (std::size_t i = 0; i < layout_->blocks.size(); ++i) {
       const SampleLayout::Block& block = layout_->blocks[i];
@@ -147,7 +161,10 @@ bool SampledComposite::prepare(const CompositePlan& plan, const SampleGrid& grid
     if (Clock::now() >= end) return false;
   }
   // Memory that the system must clear takes turns of its own.
-  if (!missing.empty() || below_.makeRoom(*layout_, plan.targets().front().steps.size())) return false;
+  if (!missing.empty()) return false;
+  const std::size_t steps = plan.targets().front().steps.size();
+  const bool hasRoom = keptBytes() + KeptBelow::bytesFor(*layout_) <= mostKept;
+  if (hasRoom && below_.makeRoom(*layout_, steps)) return false;
   return makeRoomForImage(end);
 }
 
@@ -156,11 +173,7 @@ const Surface& SampledComposite::evaluate(const CompositePlan& plan, const Sampl
   arrange(grid, plan.targets().front().surface->format());
   below_.begin(*layout_, stepsOf(plan));
   SampledPlan sampled(plan);
-  for (const auto& source : sampled.sources) {
-    for (const Surface* surface : source->standingSurfaces()) {
-      sampled.keptOf.emplace(surface, keep(*surface));
-    }
-  }
+  for (const auto& [surface, kept] : keepStanding(sampled)) sampled.keptOf.emplace(surface, kept);
   const std::vector<SampleLayout::Block>& blocks = layout_->blocks;
   tbb::enumerable_thread_specific<BlockComposer> composers(
       [&] { return BlockComposer(sampled, *layout_, below_, *workers_->each.local()); });

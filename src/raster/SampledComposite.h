@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -21,6 +22,8 @@
 #include "raster/Surface.h"
 
 namespace orvanel {
+
+struct SampledPlan;
 
 class SampledComposite {
  public:
@@ -44,12 +47,16 @@ class SampledComposite {
   /// Bytes of pixels kept at the samples.
   [[nodiscard]] std::size_t keptBytes() const;
 
-  /// More than this is not kept, but gathered each time.
-  static constexpr std::size_t mostKept = std::size_t{512} << 20U;
+  /// More bytes than this are not kept, but gathered each time.
+  std::size_t mostKept = std::size_t{512} << 20U;
 
  private:
   void arrange(const SampleGrid& grid, PixelFormat format);
+  /// What is kept of each surface that the sources read at the samples; null for one that there is no room
+  /// for.
+  [[nodiscard]] std::map<const Surface*, KeptPixels*> keepStanding(const SampledPlan& plan);
   KeptPixels* keep(const Surface& surface);
+  [[nodiscard]] bool makeRoomFor(std::size_t bytes);
   /// Memory for the whole image, which the system clears when it is first written to. False if time ran out.
   bool makeRoomForImage(std::chrono::steady_clock::time_point end);
 

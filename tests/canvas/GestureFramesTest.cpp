@@ -352,8 +352,8 @@ TEST_P(GestureFrames, DontJumpWhileTheWholeImageFollows) {
     for (const View& look : looks) first.push_back(frame(look));
     EXPECT_FALSE(document->isCompositeCurrent()) << name;
     int turns = 0;
-    for (bool isCurrent = false; !isCurrent; ++turns) {
-      isCurrent = renderer.catchUp();
+    for (; !document->isCompositeCurrent(); ++turns) {
+      static_cast<void>(renderer.catchUp());
       for (std::size_t i = 0; i < looks.size(); ++i) {
         EXPECT_EQ(frame(looks[i]), first[i]) << name << ", turn " << turns << ", zoom " << looks[i].zoom;
       }

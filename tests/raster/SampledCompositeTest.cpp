@@ -353,6 +353,25 @@ TEST_P(SampledComposites, FindWhatWasPreparedInTurns) {
   EXPECT_TRUE(sampled.evaluate(*stack.plan(composite, folder), grid).equals(changed));
 }
 
+/// Surfaces that there is no room for are gathered each time; nobody else makes way for them again and again.
+TEST_P(SampledComposites, ArePreparedAsFarAsThereIsRoom) {
+  const SampleGrid grid = SampleGrid::ofView(uniformsOf({0.5F, 1.0F, 0.0F}));
+  SampledComposite unbounded;
+  const Surface expected = unbounded.evaluate(*stack.plan(composite, folder), grid);
+  const std::size_t all = unbounded.keptBytes();
+  for (std::size_t share = 0; share < 12; ++share) {
+    SampledComposite sampled;
+    sampled.mostKept = all * share / 12;
+    int turns = 0;
+    while (!sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0))) {
+      ASSERT_LT(++turns, 100);
+    }
+    EXPECT_LE(sampled.keptBytes(), sampled.mostKept);
+    EXPECT_TRUE(sampled.evaluate(*stack.plan(composite, folder), grid).equals(expected));
+    EXPECT_TRUE(sampled.prepare(*stack.plan(composite, folder), grid, std::chrono::milliseconds(0)));
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Modes, SampledComposites, testing::ValuesIn(allColorModes));
 
 TEST(SampledComposite, ReadsIrregularPixelsAsKernelsDo) {

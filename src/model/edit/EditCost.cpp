@@ -148,6 +148,8 @@ std::uint64_t ofMaskLike(const Surface& source) {
 }
 
 std::uint64_t ofStep(const Document& document, const UndoableOperation::StepCost& step) {
+  // A step of the tree or a property tells of flattening itself.
+  if (step.tiles.data.empty() && step.tiles.uniform.empty()) return step.bytes;
   return step.bytes + ofFlattening(document, step.tiles);
 }
 
