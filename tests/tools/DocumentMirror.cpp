@@ -58,7 +58,7 @@ DocumentMirror::DocumentMirror(const Document& followed)
 
 void DocumentMirror::follow(const DocumentChanges& changes) {
   for (const DocumentChange& change : changes) {
-    std::visit([this](const auto& kind) { follow(kind); }, change);
+    std::visit([this](const auto& kind) { this->follow(kind); }, change);
     ++changes_;
   }
 }
