@@ -160,7 +160,10 @@ TEST_F(FrameRequestsTest, AViewAtRestGetsReadyForTheNextChangeWithoutAnotherFram
   settle();
   large->zoomIn();
   settle();
+  const int frames = counter->frames;
   EXPECT_TRUE(test::runUntil([&] { return renderer.isReady(); }));
+  settle();
+  EXPECT_EQ(counter->frames, frames);
 }
 
 TEST_F(FrameRequestsTest, ADocumentThatIsNoLongerShownDrawsNoFrame) {
