@@ -9,26 +9,13 @@
 
 #include "raster/FatalFault.h"
 #include "raster/Regularity.h"
+#include "raster/UniformRows.h"
 
 namespace orvanel {
 namespace {
 
 int tilesFor(int pixels) {
   return (pixels + tileSide - 1) / tileSide;
-}
-
-/// True when rows of `columns` pixels, `stride` bytes apart, all hold `pixel`.
-bool rowsHold(const std::byte* rows, std::size_t stride, int columns, int count, std::uint64_t pixel,
-              int pixelBytes) {
-  const std::size_t rowBytes = static_cast<std::size_t>(columns) * static_cast<std::size_t>(pixelBytes);
-  if (packPixel(rows, pixelBytes) != pixel) return false;
-  // Each pixel equals its left neighbour, then each row equals the first: memcmp runs at memory speed.
-  const auto step = static_cast<std::size_t>(pixelBytes);
-  if (std::memcmp(rows, rows + step, rowBytes - step) != 0) return false;
-  for (int row = 1; row < count; ++row) {
-    if (std::memcmp(rows, rows + static_cast<std::size_t>(row) * stride, rowBytes) != 0) return false;
-  }
-  return true;
 }
 
 /// True when two tiles hold the same pixels within `rect`, which is the part of the canvas beneath them.

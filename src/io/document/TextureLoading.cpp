@@ -9,6 +9,7 @@
 #include "io/files/Parallel.h"
 #include "raster/MemoryBudget.h"
 #include "raster/Regularity.h"
+#include "raster/TileRowWriter.h"
 
 namespace orvanel {
 namespace {
@@ -36,20 +37,6 @@ bool staysFromZeroToOne(std::span<const std::byte> rows) {
   return (seen & topBits) == 0;
 }
 
-/// Reads a band of rows and returns whether it stays between 0 and 1. It proceeds in pieces that fit in the
-/// core's cache for the checksum and the range check.
-Described<bool> readBand(ZipReader::Stream& stream, std::span<std::byte> band) {
-  constexpr std::size_t pieceBytes = std::size_t{512} << 10U;
-  bool isCalm = true;
-  while (!band.empty()) {
-    const auto piece = band.first(std::min(pieceBytes, band.size()));
-    if (auto result = stream.read(piece); !result) return because(result.error());
-    isCalm = isCalm && staysFromZeroToOne(piece);
-    band = band.subspan(piece.size());
-  }
-  return isCalm;
-}
-
 /// The combined progress of all loading threads.
 class LoadProgress {
  public:
@@ -75,22 +62,40 @@ std::size_t bytesPerRow(const Surface& surface) {
   return static_cast<std::size_t>(surface.width()) * static_cast<std::size_t>(surface.pixelBytes());
 }
 
+/// Reads one row of tiles in strips that stay in the core's cache from inflating to the tiles. Returns
+/// whether all values are between 0 and 1.
+Described<bool> fillTileRow(ZipReader::Stream& stream, Surface& surface, int tileY,
+                            std::span<std::byte> strip) {
+  const std::size_t rowBytes = bytesPerRow(surface);
+  const int rowsOfStrip = static_cast<int>(strip.size() / rowBytes);
+  TileRowWriter writer(surface, tileY);
+  bool isCalm = true;
+  for (int left = std::min(tileSide, surface.height() - tileY * tileSide); left > 0;) {
+    const int rows = std::min(left, rowsOfStrip);
+    const auto bytes = strip.first(rowBytes * static_cast<std::size_t>(rows));
+    if (auto result = stream.read(bytes); !result) return because(result.error());
+    isCalm = isCalm && staysFromZeroToOne(bytes);
+    writer.write(bytes.data(), rows);
+    left -= rows;
+  }
+  return isCalm;
+}
+
 /// Reads whole rows of tiles, from `firstRow` up to `endRow` in pixels.
 Described<void> fillRows(ZipReader::Stream& stream, Surface& surface, int firstRow, int endRow,
                          LoadProgress& progress) {
+  constexpr std::size_t stripBytes = std::size_t{256} << 10U;
   const std::size_t rowBytes = bytesPerRow(surface);
-  ByteBuffer band(rowBytes * static_cast<std::size_t>(std::min(tileSide, endRow - firstRow)));
+  ByteBuffer strip(rowBytes * std::clamp<std::size_t>(stripBytes / rowBytes, 1, tileSide));
   for (int y = firstRow; y < endRow; y += tileSide) {
     if (progress.isCancelled()) return cancelled();
-    const int rows = std::min(tileSide, endRow - y);
-    const std::size_t bytes = rowBytes * static_cast<std::size_t>(rows);
-    const auto isCalm = readBand(stream, band.span().first(bytes));
+    const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::min(tileSide, endRow - y));
+    if (!pixelsFitInMemory(bytes)) return because(tooMuchMemory());
+    const int tileY = y / tileSide;
+    const auto isCalm = fillTileRow(stream, surface, tileY, strip.span());
     if (!isCalm) return because(isCalm.error());
-    if (!pixelsFitInMemory(2 * bytes)) return because(tooMuchMemory());
-    surface.writeRect({0, y, surface.width(), rows}, band.data(), rowBytes);
-    for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x) {
-      markIfIrregular(surface, surface.tileIndex(x, y / tileSide));
-    }
+    for (int x = 0; x < surface.tilesAcross() && !*isCalm; ++x)
+      markIfIrregular(surface, surface.tileIndex(x, tileY));
     progress.add(bytes);
   }
   return {};
