@@ -1,14 +1,11 @@
-// Saving, loading, opening and exporting at practical sizes. The limits of the machine are measured beside
-// them: writing and reading a file of that size, touching fresh memory, and decoding alone.
+// Loading, opening and exporting at practical sizes. The limits of the machine are measured beside them:
+// touching fresh memory, and decoding alone.
 #include <benchmark/benchmark.h>
 #include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
 #include <unistd.h>
-#include <zlib.h>
 
 #include <QBuffer>
-#include <QFile>
-#include <QFileInfo>
 #include <QImageReader>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -20,12 +17,10 @@
 #include <vector>
 
 #include "BenchView.h"
-#include "PhotoLayers.h"
-#include "ResidentMemory.h"
+#include "PhotoDocument.h"
 #include "io/archive/Deflate.h"
 #include "io/document/DocumentIO.h"
-#include "io/document/SaveSnapshot.h"
-#include "io/files/PassingFile.h"
+#include "io/document/SavedFile.h"
 #include "io/image/FlatImage.h"
 #include "model/Document.h"
 #include "raster/TileMemory.h"
@@ -33,179 +28,11 @@
 namespace orvanel {
 namespace {
 
-constexpr int side = 4096;
-constexpr int layerCount = 20;
-constexpr double mebibyte = 1024.0 * 1024.0;
+using bench::PhotoDocument;
+using bench::reportRaw;
+
 constexpr int photoWidth = 6000;
 constexpr int photoHeight = 4000;
-
-bench::Depth depthOf(const benchmark::State& state) {
-  return state.range(0) == 0 ? bench::Depth::fromEightBits : bench::Depth::full;
-}
-
-/// A document of photographs and the file it is saved to. Only one exists at a time.
-class PhotoDocument {
- public:
-  explicit PhotoDocument(bench::Depth depth) {
-    DocumentContents contents{
-        .name = QStringLiteral("Photos"), .width = side, .height = side, .colorMode = ColorMode::rgb16};
-    for (int i = 0; i < layerCount; ++i) {
-      contents.rootNodes.emplace_back(
-          std::make_shared<Layer>(NodeValues{.name = QStringLiteral("Photo %1").arg(i)},
-                                  bench::photoLayer(side, side, depth, static_cast<std::uint32_t>(i))));
-    }
-    document_ = Document::create(std::move(contents), MetalContext::shared());
-    // Flattened in advance, as a visible document is.
-    static_cast<void>(document_->composite());
-  }
-
-  static PhotoDocument& of(bench::Depth depth) {
-    static std::unique_ptr<PhotoDocument> current;
-    static bench::Depth currentDepth = depth;
-    if (current == nullptr || currentDepth != depth) {
-      current.reset();
-      current = std::make_unique<PhotoDocument>(depth);
-      currentDepth = depth;
-    }
-    return *current;
-  }
-
-  [[nodiscard]] const DocumentPtr& document() const { return document_; }
-  [[nodiscard]] QString path() const { return directory_.filePath(QStringLiteral("photos.tessel")); }
-  [[nodiscard]] static std::int64_t rawBytes() { return std::int64_t{side} * side * 8 * layerCount; }
-  void saveOnce() const {
-    if (!QFile::exists(path())) {
-      static_cast<void>(DocumentIO::saveSynchronously(document_, path(), MetalContext::shared()));
-    }
-  }
-
- private:
-  DocumentPtr document_;
-  QTemporaryDir directory_;
-};
-
-void reportRaw(benchmark::State& state) {
-  state.counters["raw_MB/s"] = benchmark::Counter(static_cast<double>(PhotoDocument::rawBytes()) / 1e6,
-                                                  benchmark::Counter::kIsIterationInvariantRate);
-}
-
-void SavePhotos(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
-  const double before = residentBytes();
-  forgetPeak();
-  for (auto _ : state) {
-    photos.document()->setFileMemory(nullptr);
-    if (!DocumentIO::saveSynchronously(photos.document(), photos.path(), MetalContext::shared())) {
-      state.SkipWithError("not saved");
-    }
-  }
-  reportRaw(state);
-  state.counters["extra_MiB"] = (peakBytes() - before) / mebibyte;
-  state.counters["file_MB"] = static_cast<double>(QFileInfo(photos.path()).size()) / 1e6;
-}
-BENCHMARK(SavePhotos)
-    ->ArgName("full_depth")
-    ->Arg(0)
-    ->Arg(1)
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime()
-    ->Iterations(2);
-
-/// What no save can be faster than: copying a file of that size, bringing it to the disk and reading it back.
-double copyTime(const QString& from, const QString& to) {
-  const auto start = std::chrono::steady_clock::now();
-  QFile::remove(to);
-  auto file = AtomicFile::create(to);
-  const auto source = FileHandle::openForReading(QFile::encodeName(from).toStdString());
-  if (!file || !source) return 0.0;
-  static_cast<void>((*file)->append(source->descriptor(), 0, static_cast<std::uint64_t>(source->size())));
-  static_cast<void>((*file)->commit([](const std::string& path) -> Described<void> {
-    const auto written = FileHandle::openForReading(path);
-    if (!written) return because(written.error());
-    constexpr std::int64_t pieceBytes = std::int64_t{1} << 20U;
-    const std::int64_t pieces = written->size() / pieceBytes;
-    tbb::parallel_for(std::int64_t{0}, pieces, [&](std::int64_t piece) {
-      thread_local ByteBuffer bytes(pieceBytes);
-      static_cast<void>(readPassing(written->descriptor(), bytes.span(), piece * pieceBytes));
-    });
-    return {};
-  }));
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-/// Saving again after a change of the tree alone, and after an edit of 300 x 300 pixels in one layer.
-void SavePhotosAgain(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(bench::Depth::full);
-  photos.saveOnce();
-  Document& document = *photos.document();
-  const bool isEdit = state.range(0) == 1;
-  if (document.fileMemory() == nullptr) {
-    static_cast<void>(
-        DocumentIO::saveSynchronously(photos.document(), photos.path(), MetalContext::shared()));
-  }
-  const std::shared_ptr<Layer> layer = document.rootNodes.value().back().layer();
-  constexpr int editSide = 300;
-  const Texture mask = MetalContext::shared().makeTexture(maskPixelFormat, side, side);
-  const std::vector<std::uint16_t> ones(editSide * editSide, 0x3C00);
-  mask->writeRect({900, 900, editSide, editSide}, reinterpret_cast<const std::byte*>(ones.data()),
-                  editSide * 2);
-  document.selectNode(layer->id);
-  int round = 0;
-  double limit = 0.0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    if (isEdit) {
-      document.selectMask(LayerMask(QUuid::createUuid(), std::make_shared<MaskTexture>(mask), true));
-      document.invertActive();
-      document.deselect();
-    } else {
-      document.rename(layer->id, QStringLiteral("Photo %1").arg(++round));
-    }
-    static_cast<void>(document.composite());
-    limit += copyTime(photos.path(), photos.path() + QStringLiteral(".copy"));
-    state.ResumeTiming();
-    if (!DocumentIO::saveSynchronously(photos.document(), photos.path(), MetalContext::shared())) {
-      state.SkipWithError("not saved");
-    }
-  }
-  QFile::remove(photos.path() + QStringLiteral(".copy"));
-  state.counters["limit_ms"] = limit * 1e3 / static_cast<double>(state.iterations());
-}
-BENCHMARK(SavePhotosAgain)
-    ->ArgName("edit")
-    ->Arg(0)
-    ->Arg(1)
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime()
-    ->Iterations(3);
-
-/// How large zlib's level 6 makes the rows of a layer that `SavePhotos` writes, and how large they are here.
-void SizeBesideZlib6(benchmark::State& state) {
-  const Texture layer = bench::photoLayer(side, side, depthOf(state), 0);
-  constexpr int rows = 512;
-  std::vector<std::byte> raw(std::size_t{side} * rows * 8);
-  layer->readRect({0, 0, side, rows}, raw.data(), std::size_t{side} * 8);
-  std::vector<unsigned char> packed(compressBound(raw.size()));
-  constexpr std::size_t chunkBytes = std::size_t{1} << 20U;
-  std::size_t ours = 0;
-  for (std::size_t at = 0; at < raw.size(); at += chunkBytes) {
-    ours += deflateChunk(std::span(raw).subspan(at, chunkBytes)).size();
-  }
-  uLongf theirs = packed.size();
-  for (auto _ : state) {
-    theirs = packed.size();
-    compress2(packed.data(), &theirs, reinterpret_cast<const Bytef*>(raw.data()), raw.size(), 6);
-  }
-  state.counters["of_zlib6"] = static_cast<double>(ours) / static_cast<double>(theirs);
-}
-BENCHMARK(SizeBesideZlib6)
-    ->ArgName("full_depth")
-    ->Arg(0)
-    ->Arg(1)
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
 
 /// One layer, which is read in several places at once, with this many cores.
 void LoadOneLayer(benchmark::State& state) {
@@ -240,13 +67,6 @@ BENCHMARK(LoadOneLayer)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Iterations(3);
-
-/// The part of a save that runs on the main thread.
-void SaveOnMainThread(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
-  for (auto _ : state) benchmark::DoNotOptimize(SaveSnapshot::take(*photos.document()));
-}
-BENCHMARK(SaveOnMainThread)->ArgName("full_depth")->Arg(1)->Unit(benchmark::kMillisecond);
 
 /// Memory for the document's pixels, touched by all cores and given back.
 void touchFreshMemory() {
@@ -294,7 +114,7 @@ double inflateSeconds(const PhotoDocument& photos) {
 /// A virtual machine may have to ask its host for memory that nobody used lately, which takes longer than
 /// inflating into it. Loading is measured with memory that the machine has at hand.
 void LoadPhotos(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  const PhotoDocument& photos = PhotoDocument::of(bench::depthOf(state));
   photos.saveOnce();
   double freshSeconds = 0.0;
   double inflatingSeconds = 0.0;
@@ -337,7 +157,7 @@ BENCHMARK(LoadPhotos)
 
 /// The same in a separate process.
 void LoadPhotosAsProcess(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
+  const PhotoDocument& photos = PhotoDocument::of(bench::depthOf(state));
   photos.saveOnce();
   for (auto _ : state) {
     state.PauseTiming();
@@ -356,32 +176,6 @@ BENCHMARK(LoadPhotosAsProcess)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Iterations(3);
-
-/// The limit: writing a file of the same size, flushing it to the disk and reading it again.
-void LimitWriteSyncRead(benchmark::State& state) {
-  const PhotoDocument& photos = PhotoDocument::of(depthOf(state));
-  photos.saveOnce();
-  const std::int64_t size = QFileInfo(photos.path()).size();
-  const QByteArray block(4 << 20, 'x');
-  QByteArray readBack(block.size(), Qt::Uninitialized);
-  for (auto _ : state) {
-    QFile file(photos.path() + QStringLiteral(".limit"));
-    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Unbuffered)) return;
-    for (std::int64_t done = 0; done < size; done += block.size()) file.write(block);
-    fsync(file.handle());
-    file.seek(0);
-    while (file.read(readBack.data(), readBack.size()) > 0) benchmark::ClobberMemory();
-    file.remove();
-  }
-  reportRaw(state);
-}
-BENCHMARK(LimitWriteSyncRead)
-    ->ArgName("full_depth")
-    ->Arg(0)
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime()
-    ->Iterations(1);
 
 /// The limit of loading: memory for the same pixels, touched for the first time.
 void LimitFreshMemory(benchmark::State& state) {

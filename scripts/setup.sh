@@ -18,6 +18,8 @@ packages=(
   libhwy-dev libtbb-dev libexpected-dev liblz4-dev libzip-dev libisal-dev zlib1g-dev
   # Tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
+  # File systems that share blocks, to save on
+  btrfs-progs xfsprogs
   # Making a package, and judging it
   dpkg-dev librsvg2-bin lintian desktop-file-utils appstream libxml2-utils shared-mime-info groff-base
   # Running without a display and taking pictures of it

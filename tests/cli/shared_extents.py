@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""shared_extents.py CLI: on file systems that share blocks between files, each in a file of its own that is mounted
-for this process alone, a save shares what hasn't changed with the file of the save before instead of copying it.
+"""shared_extents.py CLI TESTS: on file systems that share blocks between files, each in a file of its own that is
+mounted for this process alone, a save shares what hasn't changed with the file of the save before instead of copying
+it, and only what it has written is read back. TESTS is the program with the tests of files, which are run there, too.
 
 Skips, with a reason, what this machine or this user can't mount. SIDE and LAYERS in the environment make the document
 larger, for figures.
@@ -22,6 +23,7 @@ SKIPPED = 77
 SIDE = int(os.environ.get("SIDE", "1024"))
 LAYERS = int(os.environ.get("LAYERS", "6"))
 CLONE_NEWNS = 0x20000
+TESTS = "Resaving*:*ChangedBehind*:SharedSave*:*DoubtfulMap*:RealExtents*"
 MAKERS = {"btrfs": ["mkfs.btrfs", "-q"], "xfs": ["mkfs.xfs", "-q", "-m", "reflink=1"]}
 
 
@@ -93,6 +95,16 @@ def check(kind, place, cli, picture):
     return together < 1.1 * alone
 
 
+def passes_tests(tests, place):
+    """None of them may find that the file system shares nothing."""
+    done = subprocess.run([tests, f"--gtest_filter={TESTS}"], check=False, capture_output=True, text=True,
+                          env={**os.environ, "TMPDIR": str(place), "QT_QPA_PLATFORM": "offscreen"})
+    if done.returncode == 0 and "SKIPPED" not in done.stdout:
+        return True
+    print(done.stdout, done.stderr)
+    return False
+
+
 def main():
     if os.geteuid() != 0 or not unshare_mounts():
         print("Only root may mount file systems.")
@@ -107,7 +119,7 @@ def main():
             if place is None:
                 continue
             try:
-                results.append(check(kind, place, sys.argv[1], picture))
+                results.append(check(kind, place, sys.argv[1], picture) and passes_tests(sys.argv[2], place))
             finally:
                 subprocess.run(["umount", place], check=False)
     if not results:

@@ -9,6 +9,7 @@
 #include "io/files/InputFile.h"
 #include "io/files/Parallel.h"
 #include "io/files/PassingFile.h"
+#include "io/files/SharedExtents.h"
 
 namespace orvanel {
 namespace {
@@ -37,10 +38,28 @@ Described<void> compareRange(const FileHandle& file, const WrittenRange& range, 
   return {};
 }
 
+/// The ranges whose bytes only a look at the disk can tell.
+std::vector<const WrittenRange*> rangesToRead(const FileHandle& file, const std::vector<WrittenRange>& ranges,
+                                              const KeptArchive* kept) {
+  std::vector<const WrittenRange*> unsure;
+  for (const WrittenRange& range : ranges) unsure.push_back(&range);
+  const auto isShared = [](const WrittenRange* range) { return range->sharedFrom.has_value(); };
+  // Whoever wrote into the kept archive before the sharing changed what was compared; the time of its last
+  // change can't be set back.
+  const bool isOffered = kept != nullptr && std::any_of(unsure.begin(), unsure.end(), isShared);
+  if (!isOffered || FileIdentity::of(kept->file.descriptor()) != kept->identity) return unsure;
+  const auto extents = SharedExtents::between(file.descriptor(), kept->file.descriptor());
+  std::erase_if(unsure, [&](const WrittenRange* range) {
+    return isShared(range) && extents.areSame(range->offset, *range->sharedFrom, range->length);
+  });
+  return unsure;
+}
+
 }  // namespace
 
 Described<void> compareArchive(const std::string& path, const std::vector<WrittenEntry>& entries,
-                               const std::vector<WrittenRange>& ranges, const Progress& progress) {
+                               const std::vector<WrittenRange>& ranges, const KeptArchive* kept,
+                               const Progress& progress) {
   const auto reader = ZipReader::open(path);
   if (!reader) return because(reader.error());
   const auto isSame = [](const ArchiveEntryInfo& found, const WrittenEntry& written) {
@@ -53,8 +72,9 @@ Described<void> compareArchive(const std::string& path, const std::vector<Writte
   }
   const auto file = FileHandle::openForReading(path);
   if (!file) return because(file.error());
-  return forEachInBackground(ranges.size(),
-                             [&](std::size_t i) { return compareRange(*file, ranges[i], progress); });
+  const auto unsure = rangesToRead(*file, ranges, kept);
+  return forEachInBackground(unsure.size(),
+                             [&](std::size_t i) { return compareRange(*file, *unsure[i], progress); });
 }
 
 }  // namespace orvanel

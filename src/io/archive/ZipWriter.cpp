@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 #include <limits>
+#include <span>
 
 #include "io/archive/ArchiveCheck.h"
 #include "io/archive/ChunkPipeline.h"
@@ -42,6 +43,20 @@ std::vector<const StoredChunk*> keptChunks(const ArchiveEntry& entry) {
     if (isFit) kept[static_cast<std::size_t>(chunk)] = found;
   }
   return kept;
+}
+
+/// How many of the kept chunks, from the first of these on, stand behind one another in their archive: they
+/// are copied at once, but not so many that cancelling would have to wait.
+std::size_t lengthOfRun(std::span<const StoredChunk* const> kept) {
+  constexpr std::uint64_t mostBytes = std::uint64_t{16} << 20U;
+  std::uint64_t end = kept.front()->offset + kept.front()->storedSize;
+  std::size_t length = 1;
+  for (; length < kept.size() && end - kept.front()->offset < mostBytes; ++length) {
+    const StoredChunk* next = kept[length];
+    if (next == nullptr || next->offset != end) break;
+    end += next->storedSize;
+  }
+  return length;
 }
 
 using KeptChunks = std::vector<std::vector<const StoredChunk*>>;
@@ -92,7 +107,7 @@ class ChunkSupply {
 /// Writes the archive's records and chunks to the file, and notes what must be found there afterwards.
 class Writer {
  public:
-  Writer(AtomicFile& file, const std::vector<ArchiveEntry>& entries, const FileHandle* keptFrom,
+  Writer(AtomicFile& file, const std::vector<ArchiveEntry>& entries, const KeptArchive* keptFrom,
          const Progress& progress, double share)
       : file_(file), entries_(entries), keptFrom_(keptFrom), progress_(progress), share_(share) {
     for (const ArchiveEntry& entry : entries) {
@@ -140,11 +155,15 @@ class Writer {
 
     WrittenEntry& sums = written.emplace_back();
     sums.path = entry.path;
-    for (const StoredChunk* chunk : kept) {
+    for (std::span<const StoredChunk* const> rest = kept; !rest.empty();) {
       if (progress_.isCancelled()) return cancelled();
-      auto result = chunk != nullptr ? copyChunk(*chunk, sums) : writeChunk(supply.take(), sums);
+      const bool isKept = rest.front() != nullptr;
+      const std::size_t count = isKept ? lengthOfRun(rest) : 1;
+      auto result = isKept ? copyChunks(rest.first(count), sums) : writeChunk(supply.take(), sums);
       if (!result) return result;
-      progress_.tell(share_ * static_cast<double>(++chunksDone_) / static_cast<double>(chunkCount_));
+      rest = rest.subspan(count);
+      chunksDone_ += count;
+      progress_.tell(share_ * static_cast<double>(chunksDone_) / static_cast<double>(chunkCount_));
     }
     if (record.isDeflated) {
       if (auto result = put(deflateStreamEnd); !result) return result;
@@ -169,16 +188,23 @@ class Writer {
     return file_.write(chunk.bytes.span());
   }
 
-  Described<void> copyChunk(const StoredChunk& kept, WrittenEntry& sums) {
-    StoredChunk place = kept;
-    place.offset = position();
-    const auto how =
-        file_.append(keptFrom_->descriptor(), static_cast<std::int64_t>(kept.offset), kept.storedSize);
+  /// Copies chunks that stand behind one another.
+  Described<void> copyChunks(std::span<const StoredChunk* const> kept, WrittenEntry& sums) {
+    const std::uint64_t from = kept.front()->offset;
+    const std::uint64_t to = position();
+    const std::uint64_t count = kept.back()->offset + kept.back()->storedSize - from;
+    const auto how = file_.append(keptFrom_->file.descriptor(), static_cast<std::int64_t>(from), count);
     if (!how) return because(how.error());
     isKeptUnreadable = *how == AtomicFile::RangeCopy::sourceUnreadable;
     if (isKeptUnreadable) return because(QStringLiteral("The document's file can't be read."));
-    add(place, sums);
-    ranges.push_back({place.offset, place.storedSize, place.storedCrc});
+    for (const StoredChunk* chunk : kept) {
+      StoredChunk place = *chunk;
+      place.offset += to - from;
+      add(place, sums);
+      WrittenRange& range =
+          ranges.emplace_back(WrittenRange{place.offset, place.storedSize, place.storedCrc});
+      if (*how == AtomicFile::RangeCopy::shared) range.sharedFrom = chunk->offset;
+    }
     return {};
   }
 
@@ -190,7 +216,7 @@ class Writer {
 
   AtomicFile& file_;
   const std::vector<ArchiveEntry>& entries_;
-  const FileHandle* keptFrom_;
+  const KeptArchive* keptFrom_;
   const Progress& progress_;
   double share_;
   KeptChunks kept_;
@@ -204,7 +230,7 @@ class Writer {
 tl::expected<std::vector<WrittenEntry>, WriteFailure> writeArchive(AtomicFile& file,
                                                                    const std::vector<ArchiveEntry>& entries,
                                                                    const Progress& progress,
-                                                                   const FileHandle* keptFrom) {
+                                                                   const KeptArchive* keptFrom) {
   // Checking what was written takes about a tenth of the time.
   constexpr double writingShare = 0.9;
   Writer writer(file, entries, keptFrom, progress, writingShare);
@@ -213,7 +239,7 @@ tl::expected<std::vector<WrittenEntry>, WriteFailure> writeArchive(AtomicFile& f
   }
   WriteFailure failure;
   const auto committed = file.commit([&](const std::string& path) {
-    auto same = compareArchive(path, writer.written, writer.ranges, progress);
+    auto same = compareArchive(path, writer.written, writer.ranges, keptFrom, progress);
     failure.isKeptUnusable = !same && !progress.isCancelled();
     return same;
   });

@@ -12,6 +12,7 @@
 #include "io/archive/EntryParts.h"
 #include "io/files/AtomicFile.h"
 #include "io/files/ByteBuffer.h"
+#include "io/files/FileIdentity.h"
 #include "io/files/InputFile.h"
 #include "io/files/Progress.h"
 
@@ -41,6 +42,13 @@ struct WrittenEntry {
   std::vector<StoredChunk> chunks;
 };
 
+/// An archive that chunks are kept from.
+struct KeptArchive {
+  FileHandle file;
+  /// Its state when its chunks were last compared with their sums.
+  FileIdentity identity;
+};
+
 struct WriteFailure {
   QString reason;
   /// What was kept can't be read, or came out otherwise on the disk: writing everything anew may work.
@@ -48,9 +56,9 @@ struct WriteFailure {
 };
 
 /// Writes all entries in order, reads the archive back from the disk to compare it with what was written, and
-/// moves it to its destination. `keptFrom`, the archive that chunks are kept from, may be null.
+/// moves it to its destination. `keptFrom` may be null.
 [[nodiscard]] tl::expected<std::vector<WrittenEntry>, WriteFailure> writeArchive(
     AtomicFile& file, const std::vector<ArchiveEntry>& entries, const Progress& progress,
-    const FileHandle* keptFrom = nullptr);
+    const KeptArchive* keptFrom = nullptr);
 
 }  // namespace orvanel

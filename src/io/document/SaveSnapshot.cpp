@@ -183,7 +183,7 @@ SavedFilePtr savedFile(const SaveSnapshot& snapshot, const AtomicFile& file, con
 }
 
 /// Writes the archive with what `saved` holds, or everything anew without it.
-tl::expected<WrittenDocument, WriteFailure> writeWith(const SavedFile* saved, const FileHandle* keptFrom,
+tl::expected<WrittenDocument, WriteFailure> writeWith(const SavedFile* saved, const KeptArchive* keptFrom,
                                                       const SaveSnapshot& snapshot,
                                                       const QString& destination, FileIdentity replaced,
                                                       const Progress& progress) {
@@ -252,9 +252,10 @@ Described<WrittenDocument> writeSnapshot(const SaveSnapshot& snapshot, const QSt
   const FileIdentity found = replaced.value_or(FileIdentity());
   // A file on another device may be out of reach by now, and saving elsewhere must not wait for it.
   const bool isNear = snapshot.saved != nullptr && snapshot.saved->identity.device == deviceOf(destination);
-  const auto keptFrom = isNear ? snapshot.saved->open() : std::nullopt;
-  if (keptFrom) {
-    auto written = writeWith(snapshot.saved.get(), &*keptFrom, snapshot, destination, found, progress);
+  auto savedFile = isNear ? snapshot.saved->open() : std::nullopt;
+  if (savedFile) {
+    const KeptArchive kept{std::move(*savedFile), snapshot.saved->identity};
+    auto written = writeWith(snapshot.saved.get(), &kept, snapshot, destination, found, progress);
     if (written) return std::move(*written);
     if (!written.error().isKeptUnusable) return because(written.error().reason);
   }

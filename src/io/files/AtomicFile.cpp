@@ -164,12 +164,12 @@ Described<AtomicFile::RangeCopy> AtomicFile::readAndWrite(int source, std::int64
     position_ += read;
     count -= bytes.size();
   }
-  return RangeCopy::done;
+  return RangeCopy::copied;
 }
 
 Described<AtomicFile::RangeCopy> AtomicFile::append(int source, std::int64_t offset, std::uint64_t count) {
   if (position_ != size_) return because(QStringLiteral("The file can't be written beyond its end."));
-  if (count == 0) return RangeCopy::done;
+  if (count == 0) return RangeCopy::copied;
   if (auto result = flush(); !result) return because(result.error());
   hasCopied_ = true;
   // Sharing works on whole blocks, and on file systems that know how.
@@ -177,15 +177,16 @@ Described<AtomicFile::RangeCopy> AtomicFile::append(int source, std::int64_t off
   if (mayShare_ && isOnGrid) {
     mayShare_ = FileOperations::current().shareRange(source, offset, file_, position_, count) == 0;
   }
-  if (mayShare_ && isOnGrid) {
+  const bool isShared = mayShare_ && isOnGrid;
+  if (isShared) {
     position_ += static_cast<std::int64_t>(count);
-  } else if (auto result = copyThrough(source, offset, count); !result || *result != RangeCopy::done) {
+  } else if (auto result = copyThrough(source, offset, count); !result || *result != RangeCopy::copied) {
     return result;
   }
   bufferStart_ = position_;
   size_ = position_;
   push(size_);
-  return RangeCopy::done;
+  return isShared ? RangeCopy::shared : RangeCopy::copied;
 }
 
 Described<void> AtomicFile::flush() {

@@ -30,7 +30,7 @@ class AtomicFile {
 
   /// Writes at the current position and advances it.
   [[nodiscard]] Described<void> write(std::span<const std::byte> bytes);
-  enum class RangeCopy { done, sourceUnreadable };
+  enum class RangeCopy { shared, copied, sourceUnreadable };
   /// Appends a range of another file: as the same blocks on the disk where the file system can, otherwise
   /// within the kernel where that works. The position must be at the end.
   [[nodiscard]] Described<RangeCopy> append(int source, std::int64_t offset, std::uint64_t count);

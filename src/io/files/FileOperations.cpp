@@ -1,6 +1,7 @@
 #include "io/files/FileOperations.h"
 
 #include <fcntl.h>
+#include <linux/fiemap.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/statvfs.h>
@@ -8,6 +9,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <vector>
 
 #include "io/files/PassingFile.h"
 
@@ -53,6 +55,23 @@ int FileOperations::shareRange(int from, std::int64_t fromOffset, int to, std::i
                                std::size_t count) {
   file_clone_range range{from, static_cast<__u64>(fromOffset), count, static_cast<__u64>(toOffset)};
   return ::ioctl(to, FICLONERANGE, &range);
+}
+
+int FileOperations::mapExtents(int file, std::uint64_t offset, std::span<FileExtent> extents) {
+  // The header is followed by room for the answer.
+  std::vector<std::uint64_t> request((sizeof(fiemap) + extents.size() * sizeof(fiemap_extent)) /
+                                     sizeof(std::uint64_t));
+  auto* header = reinterpret_cast<fiemap*>(request.data());
+  header->fm_start = offset;
+  header->fm_length = FIEMAP_MAX_OFFSET - offset;
+  header->fm_flags = FIEMAP_FLAG_SYNC;
+  header->fm_extent_count = static_cast<__u32>(extents.size());
+  if (::ioctl(file, FS_IOC_FIEMAP, header) != 0) return -1;
+  for (std::size_t i = 0; i < header->fm_mapped_extents; ++i) {
+    const fiemap_extent& found = header->fm_extents[i];
+    extents[i] = {found.fe_logical, found.fe_physical, found.fe_length, found.fe_flags};
+  }
+  return static_cast<int>(header->fm_mapped_extents);
 }
 
 int FileOperations::sync(int file) {

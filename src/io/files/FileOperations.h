@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace orvanel {
@@ -15,6 +16,14 @@ struct DiskSpace {
   /// For this user.
   std::uint64_t free = 0;
   std::uint64_t total = 0;
+};
+
+/// A section of a file that stands in one piece on the disk.
+struct FileExtent {
+  std::uint64_t offset = 0;    ///< in the file
+  std::uint64_t physical = 0;  ///< on the disk, in bytes
+  std::uint64_t length = 0;
+  std::uint32_t flags = 0;  ///< those of the kernel's FIEMAP
 };
 
 /// All functions return -1 and set `errno` on failure, as the system calls do.
@@ -32,6 +41,9 @@ class FileOperations {
                             std::size_t count);
   /// Lets the range of one file be the same blocks on the disk as that of another.
   virtual int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset, std::size_t count);
+  /// Finds the extents from this offset on, in order, after bringing the file to the disk. Returns how many
+  /// there are, at most as many as there is room for.
+  virtual int mapExtents(int file, std::uint64_t offset, std::span<FileExtent> extents);
   virtual int sync(int file);
   /// As `sync`, without what only tells of the file.
   virtual int syncData(int file);
