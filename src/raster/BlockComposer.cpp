@@ -60,15 +60,11 @@ BlockComposer::BlockComposer(const SampledPlan& plan, const SampleLayout& layout
   }
 }
 
-std::uint64_t BlockComposer::recipeOf(std::size_t block) {
-  begin(block);
-  return recipes().whole;
-}
-
-void BlockComposer::make(std::size_t block, const Surface& image, std::span<std::byte* const> tiles) {
+void BlockComposer::make(std::size_t block, std::uint64_t below, const Surface& image,
+                         std::span<std::byte* const> tiles) {
   begin(block);
   settle();
-  settleBelow();
+  settleBelow(below);
   findNeededTargets();
   for (const SampleLayout::Strip& strip : block_->strips) {
     strip_ = &strip;
@@ -89,7 +85,8 @@ void BlockComposer::begin(std::size_t block) {
 }
 
 /// Innermost targets first, since others take them in.
-BlockComposer::Recipes BlockComposer::recipes() {
+BlockComposer::Recipes BlockComposer::recipesOf(std::size_t block) {
+  begin(block);
   Recipes recipes;
   for (std::size_t target = plan_.targets.size(); target-- > 0;) {
     const std::vector<SampledPlan::Step>& steps = plan_.targets[target].steps;
@@ -170,7 +167,7 @@ void BlockComposer::settle() {
 }
 
 /// Decides whether what the first steps make is at hand.
-void BlockComposer::settleBelow() {
+void BlockComposer::settleBelow(std::uint64_t recipeBelow) {
   belowUse_ = BelowUse::pass;
   const std::vector<SampledPlan::Step>& steps = plan_.targets.front().steps;
   if (below_.steps() == 0 || below_.steps() > steps.size()) return;
@@ -182,7 +179,7 @@ void BlockComposer::settleBelow() {
   if (contributionsBelow_ == 0) return;
   // Grey and colour accumulate differently, and that depends on what lies above as well.
   Hasher hasher;
-  hasher.fold(recipes().below);
+  hasher.fold(recipeBelow);
   hasher.fold(static_cast<std::uint64_t>(planesOf(contributions)));
   const std::uint64_t recipe = hasher.value() | 1U;
   belowUse_ = below_.holds(blockIndex_, recipe) ? BelowUse::load : BelowUse::save;
@@ -207,9 +204,9 @@ void BlockComposer::findNeededTargets() {
 
 /// The strip's pixels where they stand in the tile, if it takes whole rows.
 const std::byte* BlockComposer::wholeRows(const Tile& tile, int pixelBytes) const {
-  if (tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
+  if (block_->columnEnd - block_->columnBegin != tileSide) return nullptr;
   const SampleBlock samples = layout_.samplesOf(*block_, *strip_);
-  if (samples.columns.size() != tileSide || !samples.isContiguous()) return nullptr;
+  if (!samples.isContiguous() || tile.isUniform() || tile.has(TileTrait::irregular)) return nullptr;
   return tile.data() + static_cast<std::ptrdiff_t>(samples.rows.front() % tileSide * tileSide) * pixelBytes;
 }
 

@@ -66,10 +66,14 @@ class BlockComposer final : public kernels::StripReader {
   BlockComposer(const SampledPlan& plan, const SampleLayout& layout, KeptBelow& below,
                 SamplingMemory& memory);
 
-  /// A hash of everything that decides the block's pixels.
-  [[nodiscard]] std::uint64_t recipeOf(std::size_t block);
-  /// Makes the block's pixels. `tiles` are the image's tiles under the block.
-  void make(std::size_t block, const Surface& image, std::span<std::byte* const> tiles);
+  /// Hashes of everything that decides a block's pixels.
+  struct Recipes {
+    std::uint64_t whole = 0;
+    std::uint64_t below = 0;  ///< of the steps that are kept
+  };
+  [[nodiscard]] Recipes recipesOf(std::size_t block);
+  /// Makes the block's pixels. `below` is its recipe, `tiles` are the image's tiles under the block.
+  void make(std::size_t block, std::uint64_t below, const Surface& image, std::span<std::byte* const> tiles);
 
   const std::byte* standing(const Surface& surface) override;
 
@@ -81,21 +85,16 @@ class BlockComposer final : public kernels::StripReader {
     bool readsPixels = false;
     bool readsMask = false;
   };
-  struct Recipes {
-    std::uint64_t whole = 0;
-    std::uint64_t below = 0;  ///< of the steps that are kept
-  };
   /// How the accumulated first steps are used.
   enum class BelowUse { pass, save, load };
 
   void begin(std::size_t block);
-  [[nodiscard]] Recipes recipes();
   void foldSource(Hasher& hasher, int source) const;
 
   [[nodiscard]] std::optional<Contribution> contributionOf(const SampledPlan::Step& step) const;
   [[nodiscard]] bool isOpaqueCover(const Contribution& contribution) const;
   void settle();
-  void settleBelow();
+  void settleBelow(std::uint64_t recipeBelow);
   void findNeededTargets();
   [[nodiscard]] static kernels::PlaneSet planesOf(std::span<const Contribution> contributions);
 

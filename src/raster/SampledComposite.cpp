@@ -178,19 +178,19 @@ const Surface& SampledComposite::evaluate(const CompositePlan& plan, const Sampl
   tbb::enumerable_thread_specific<BlockComposer> composers(
       [&] { return BlockComposer(sampled, *layout_, below_, *workers_->each.local()); });
 
-  std::vector<std::uint64_t> recipes(blocks.size());
+  std::vector<BlockComposer::Recipes> recipes(blocks.size());
   const auto forBlocks = [](std::size_t count, const auto& work) {
     constexpr std::size_t fewBlocks = 4;
     tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, fewBlocks), work);
   };
   forBlocks(blocks.size(), [&](const tbb::blocked_range<std::size_t>& range) {
     BlockComposer& composer = composers.local();
-    for (std::size_t i = range.begin(); i < range.end(); ++i) recipes[i] = composer.recipeOf(i);
+    for (std::size_t i = range.begin(); i < range.end(); ++i) recipes[i] = composer.recipesOf(i);
   });
   std::vector<std::size_t> changed;
   std::vector<std::byte*> tiles(static_cast<std::size_t>(image_->tileCount()), nullptr);
   for (std::size_t i = 0; i < blocks.size(); ++i) {
-    if (recipes[i] == recipes_[i]) continue;
+    if (std::exchange(recipes_[i], recipes[i].whole) == recipes[i].whole) continue;
     changed.push_back(i);
     const SampleLayout::Block& block = blocks[i];
     for (int tileY = block.rowBegin / tileSide; tileY <= (block.rowEnd - 1) / tileSide; ++tileY) {
@@ -203,9 +203,9 @@ const Surface& SampledComposite::evaluate(const CompositePlan& plan, const Sampl
   }
   forBlocks(changed.size(), [&](const tbb::blocked_range<std::size_t>& range) {
     BlockComposer& composer = composers.local();
-    for (std::size_t i = range.begin(); i < range.end(); ++i) composer.make(changed[i], *image_, tiles);
+    for (std::size_t i = range.begin(); i < range.end(); ++i)
+      composer.make(changed[i], recipes[changed[i]].below, *image_, tiles);
   });
-  recipes_ = std::move(recipes);
   blocksMade_ = static_cast<int>(changed.size());
   return *image_;
 }

@@ -53,7 +53,9 @@ constexpr FixedPoint fixedPixel = FixedPoint{1} << fixedPointBits;
 /// Positions far outside any surface are as good as any other.
 FixedPoint fixedPoint(double value) {
   constexpr double farthest = 1e6;
-  return std::llround(std::clamp(value, -farthest, farthest) * 0x1p32);
+  const double scaled = std::clamp(value, -farthest, farthest) * 0x1p32;
+  // Rounded without a call, which would cost a row of a few samples more than they do.
+  return static_cast<FixedPoint>(scaled + std::copysign(0.5, scaled));
 }
 
 FixedPoint quotientRoundedUp(FixedPoint value, FixedPoint divisor) {
@@ -78,8 +80,9 @@ struct Reach {
 
 /// Narrows [first, last) to the i for which start + i * step is within reach.
 void narrow(FixedPoint start, FixedPoint step, const Reach& reach, int& first, int& last) {
+  if (first >= last || (reach.holds(start + first * step) && reach.holds(start + (last - 1) * step))) return;
   if (step == 0) {
-    if (!reach.holds(start)) last = first;
+    last = first;
     return;
   }
   FixedPoint low = reach.begin - start;
@@ -125,12 +128,15 @@ TileTransform::TileTransform(const Surface& source, const PixelTransform& transf
       destinationClip_(reachedFrom(sourceClip_, transform.matrix, transform.destinationClip)),
       samplesAcross_(samplesFor(std::hypot(matrix_.a, matrix_.b))),
       samplesDown_(samplesFor(std::hypot(matrix_.c, matrix_.d))),
+      isDense_(wouldBeDense()),
+      stepU_(fixedPoint(matrix_.a)),
+      stepV_(fixedPoint(matrix_.b)),
       scratch_(scratch) {}
 
 /// Whether a grid would take many more samples than the pixel covers, or more than floats add up without
 /// a loss that anybody could see. It does where a picture is squashed along a slanting direction: both
 /// sides of a pixel's footprint are long then, and nearly parallel.
-bool TileTransform::isDense() const {
+bool TileTransform::wouldBeDense() const {
   constexpr double mostFloatSamples = 256;
   constexpr double worthwhile = 8;
   const double covered = std::abs(matrix_.a * matrix_.d - matrix_.b * matrix_.c);
@@ -184,7 +190,7 @@ void TileTransform::sumBlock(const PixelRect& block) {
   sums_ = scratch_.sums.ofSize(std::size_t{tilePixels} * 4);
   std::fill_n(sums_, std::size_t{tilePixels} * 4, 0.0F);
   if (block.isEmpty()) return;
-  if (isDense()) return takeMeans(block);
+  if (isDense_) return takeMeans(block);
   addBlock(block);
   divideBySamples(sums_, tilePixels);
 }
@@ -212,8 +218,7 @@ void TileTransform::divideBySamples(float* sums, std::size_t pixels) const {
 SampleLine TileTransform::lineAt(int y, int sampleX, int sampleY) const {
   const double atX = tile_.x + offsetOf(sampleX, samplesAcross_);
   const double atY = y + offsetOf(sampleY, samplesDown_);
-  return {fixedPoint(matrix_.u(atX, atY) - 0.5), fixedPoint(matrix_.v(atX, atY) - 0.5), fixedPoint(matrix_.a),
-          fixedPoint(matrix_.b)};
+  return {fixedPoint(matrix_.u(atX, atY) - 0.5), fixedPoint(matrix_.v(atX, atY) - 0.5), stepU_, stepV_};
 }
 
 void TileTransform::addBlock(const PixelRect& block) {
@@ -310,7 +315,7 @@ void TileTransform::samplePoints(const SampleBlock& samples, std::byte* out) {
   for (std::size_t row = 0; row < samples.rows.size(); ++row) {
     const int y = samples.rows[row];
     if (y < destinationClip_.y || y >= destinationClip_.y + destinationClip_.height) continue;
-    if (isDense()) {
+    if (isDense_) {
       for (std::size_t i = 0; i < samples.columns.size(); ++i) {
         const int x = samples.columns[i];
         if (x < destinationClip_.x || x >= destinationClip_.x + destinationClip_.width) continue;
@@ -326,7 +331,7 @@ void TileTransform::samplePoints(const SampleBlock& samples, std::byte* out) {
   }
   add(batches_[1 - collecting_], sums);
   add(batches_[collecting_], sums);
-  if (!isDense()) divideBySamples(sums, samples.count());
+  if (!isDense_) divideBySamples(sums, samples.count());
   unpremultiplyRow(source_.format(), sums, out, static_cast<int>(padded), ColorRange::any);
 }
 

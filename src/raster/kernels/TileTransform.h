@@ -66,7 +66,7 @@ class TileTransform {
   };
 
   [[nodiscard]] double samplesOfPixel() const { return static_cast<double>(samplesAcross_) * samplesDown_; }
-  [[nodiscard]] bool isDense() const;
+  [[nodiscard]] bool wouldBeDense() const;
   [[nodiscard]] PixelRect reachOf(const PixelRect& block) const;
   [[nodiscard]] std::array<float, 4> meanAt(int x, int y) const;
   [[nodiscard]] SampleLine lineAt(int y, int sampleX, int sampleY) const;
@@ -102,6 +102,9 @@ class TileTransform {
   PixelRect destinationClip_;
   int samplesAcross_;
   int samplesDown_;
+  bool isDense_;
+  FixedPoint stepU_;
+  FixedPoint stepV_;
   PixelRect tile_;
   float* sums_ = nullptr;
   float* gathered_ = nullptr;
