@@ -206,7 +206,7 @@ class RealSharing : public CountingDisk {
 
   int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
                  std::size_t count) override {
-    const int result = FileOperations::shareRange(from, fromOffset, to, toOffset, count);
+    const int result = system_.shareRange(from, fromOffset, to, toOffset, count);
     if (result == 0) shared += static_cast<std::int64_t>(count);
     if (result == 0 && place_ == 0) place_ = toOffset + 1000;
     return result;
@@ -215,6 +215,9 @@ class RealSharing : public CountingDisk {
  protected:
   /// In the first range that was shared; 0 if there is none.
   std::int64_t place_ = 0;
+
+ private:
+  FileOperations system_;
 };
 
 /// What this process has asked files for.
