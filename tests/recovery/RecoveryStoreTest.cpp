@@ -102,12 +102,10 @@ TEST_F(RecoveryStoreTest, listsTheNewestFirst) {
 
 TEST_F(RecoveryStoreTest, removesWhatWasOfferedTooLongAgo) {
   crashWith(unsavedDocument());
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U);
-  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
-  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U) << "listing removes nothing";
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(strictStore().orphans().size(), 1U);
+  EXPECT_EQ(strictStore().offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_EQ(strictStore().orphans().size(), 1U) << "listing removes nothing";
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -117,9 +115,7 @@ TEST_F(RecoveryStoreTest, theAgeCountsFromTheFirstOffer) {
   const utimbuf longAgo{1'000'000'000, 1'000'000'000};
   ::utime(QFile::encodeName(journal).constData(), &longAgo);
   for (int start = 0; start < 3; ++start) EXPECT_EQ(store().offer().size(), 1U);
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -147,7 +143,7 @@ TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
     EXPECT_EQ(orphans[0].time.toSecsSinceEpoch(), longAgo.modtime);
     EXPECT_GT(orphans[0].bytes, 0);
   }
-  const auto claimed = store().claim(store().orphans().at(0).id);
+  const auto claimed = claimOrphan();
   ASSERT_TRUE(claimed.has_value());
   const auto contents = claimed->restore(MetalContext::shared(), {});
   ASSERT_FALSE(contents.has_value());
@@ -160,10 +156,8 @@ TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
 TEST_F(RecoveryStoreTest, whatCantBeReadIsBoundedLikeTheRest) {
   crashWith(unsavedDocument());
   makeOfOtherVersion(journalPath());
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(strictStore().offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -244,7 +238,7 @@ TEST_F(RecoveryStoreTest, tellsWhatADiskThatFailsDoesntGiveBack) {
     testing::changePixels(*document);
     recovery.recordNow();
   }
-  const auto orphan = store().claim(store().orphans().at(0).id);
+  const auto orphan = claimOrphan();
   ASSERT_TRUE(orphan.has_value());
   testing::UnreadableDisk disk(sizeOfFirst);
   const ScopedFileOperations scope(disk);
@@ -289,7 +283,7 @@ TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
 TEST_F(RecoveryStoreTest, otherFilesStay) {
   crashWith(unsavedDocument());
   put(QDir(settings().folder).filePath(QStringLiteral("notes.txt")), "mine");
-  store().claim(store().orphans().at(0).id)->remove();
+  discard();
   EXPECT_EQ(files(), QStringList{QStringLiteral("notes.txt")});
 }
 

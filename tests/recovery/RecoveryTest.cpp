@@ -31,7 +31,7 @@ TEST_F(RecoveryTest, givesBackAnUnsavedDocument) {
     EXPECT_TRUE(back->isDirty.value());
     EXPECT_EQ(back->sourceFileURL.value(), std::nullopt);
     EXPECT_FALSE(back->undoStack.undoActionName());
-    store().claim(store().orphans().front().id)->remove();
+    discard();
   }
 }
 
@@ -216,7 +216,7 @@ TEST_F(RecoveryTest, aFullDiskSuspendsAndLaterEverythingIsThere) {
     const DocumentPtr back = restored();
     ASSERT_NE(back, nullptr) << capacity;
     EXPECT_EQ(firstDifference(*now, *back), "") << capacity;
-    store().claim(store().orphans().at(0).id)->remove();
+    discard();
   }
 }
 
