@@ -2611,5 +2611,9 @@ Klicken, um eine andere zu wählen</translation>
         <source>The file is damaged or incomplete.</source>
         <translation>Die Datei ist beschädigt oder unvollständig.</translation>
     </message>
+    <message>
+        <source>The id of its mask is not valid.</source>
+        <translation>Die Kennung seiner Maske ist ungültig.</translation>
+    </message>
 </context>
 </TS>

@@ -135,6 +135,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The file is not a readable archive."),
     QT_TRANSLATE_NOOP("sentences", "The file on the disk differs from what was written."),
     QT_TRANSLATE_NOOP("sentences", "The file was changed by another program."),
+    QT_TRANSLATE_NOOP("sentences", "The id of its mask is not valid."),
     QT_TRANSLATE_NOOP("sentences", "The image couldn't be encoded in this format."),
     QT_TRANSLATE_NOOP("sentences", "The image has no pixels to write."),
     QT_TRANSLATE_NOOP("sentences", "The image is damaged."),
