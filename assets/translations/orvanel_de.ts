@@ -1181,6 +1181,10 @@ Klicken, um eine andere zu wählen</translation>
         <source>Unsaved changes are kept for recovery again.</source>
         <translation>Ungespeicherte Änderungen werden wieder für die Wiederherstellung bewahrt.</translation>
     </message>
+    <message>
+        <source>Failed to Discard</source>
+        <translation>Verwerfen fehlgeschlagen</translation>
+    </message>
 </context>
 <context>
     <name>orvanel::DocumentTab</name>
@@ -2614,6 +2618,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The id of its mask is not valid.</source>
         <translation>Die Kennung seiner Maske ist ungültig.</translation>
+    </message>
+    <message>
+        <source>The recovery data can&apos;t be removed: %1.</source>
+        <translation>Die Wiederherstellungsdaten können nicht entfernt werden: %1.</translation>
     </message>
 </context>
 </TS>

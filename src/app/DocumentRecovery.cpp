@@ -57,7 +57,7 @@ void DocumentRecovery::orphansFound(const OrphanList& orphans) {
   // The newest comes last, and so to the front.
   for (std::size_t index = orphans.size(); index-- > 0;) {
     if (answers.at(index) == RecoveryAnswer::restore) restore(orphans[index]);
-    if (answers.at(index) == RecoveryAnswer::discard) recovery_.discard(orphans[index].id);
+    if (answers.at(index) == RecoveryAnswer::discard) discard(orphans[index]);
   }
 }
 
@@ -72,6 +72,11 @@ void DocumentRecovery::restore(const Orphan& orphan) {
       [this, work](double fraction) { files_.activity.advance(work, fraction); });
 }
 
+void DocumentRecovery::discard(const Orphan& orphan) {
+  recovery_.discard(orphan.id, this,
+                    [this, orphan](const QString& reason) { tell(tr("Failed to Discard"), orphan, reason); });
+}
+
 void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredDocument>& result) {
   if (!result) return tell(tr("Failed to Restore"), orphan, result.error().message);
   if (const auto& path = result->document->sourceFileURL.value()) {
@@ -82,8 +87,9 @@ void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredD
 }
 
 void DocumentRecovery::tell(const QString& title, const Orphan& orphan, const QString& reason) {
-  dialogs_.showWarning(title, QStringLiteral("%1: %2\n\n%3")
-                                  .arg(displayText(orphan.name), look::translatedSentence(reason),
+  const QString name = orphan.name.isEmpty() ? QString() : displayText(orphan.name) + QStringLiteral(": ");
+  dialogs_.showWarning(title, QStringLiteral("%1%2\n\n%3")
+                                  .arg(name, look::translatedSentence(reason),
                                        tr("It will be offered again at the next start.")));
 }
 

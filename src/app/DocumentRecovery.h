@@ -41,6 +41,7 @@ class DocumentRecovery : public QObject {
   void documentsChanged();
   void orphansFound(const OrphanList& orphans);
   void restore(const Orphan& orphan);
+  void discard(const Orphan& orphan);
   void restored(const Orphan& orphan, const FileResult<RestoredDocument>& result);
   void tell(const QString& title, const Orphan& orphan, const QString& reason);
   void statusChanged(const RecoveryStatus& status);

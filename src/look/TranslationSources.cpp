@@ -158,6 +158,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences",
                       "Some of the recovery data is damaged, so the last changes could not be restored."),
     QT_TRANSLATE_NOOP("sentences", "The recovery data can't be read: %1."),
+    QT_TRANSLATE_NOOP("sentences", "The recovery data can't be removed: %1."),
     QT_TRANSLATE_NOOP("sentences",
                       "The file \"%1\" has been changed or removed, so parts of these layers could not be "
                       "restored and are transparent: %2."),

@@ -67,7 +67,10 @@ class Recovery {
   /// so it does if something couldn't be had.
   void restore(const QString& orphanID, MetalContext& context, QObject* receiver, RestoreDone done,
                ProgressChanged progressChanged = {}, CancellationPtr cancellation = nullptr);
-  void discard(const QString& orphanID);
+  using DiscardFailed = std::function<void(const QString& reason)>;
+  /// Removes the orphan, also one that can't be read. If that fails, `failed` is called with a sentence for
+  /// the user.
+  void discard(const QString& orphanID, QObject* receiver, DiscardFailed failed);
 
   // Open documents.
 

@@ -242,6 +242,28 @@ TEST_F(DocumentRecoveryTest, SoDoesARestoredImage) {
   expectQuestionAtSave();
 }
 
+/// Its files can't be removed.
+class LastingDisk final : public FileOperations {
+ public:
+  int removeFile(const std::string& /*path*/) override {
+    errno = EACCES;
+    return -1;
+  }
+};
+
+TEST_F(DocumentRecoveryTest, SaysThatSomethingCouldntBeDiscarded) {
+  addEdited("Sky");
+  crashAndStart();
+  LastingDisk disk;
+  const ScopedFileOperations scope(disk);
+  offer(RecoveryAnswer::discard, 0);
+  ASSERT_TRUE(waitUntil([this] { return !dialogs.warnings.empty(); }));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Discard");
+  EXPECT_EQ(dialogs.warnings[0].second,
+            "Sky: The recovery data can't be removed: Permission denied.\n\nIt will be offered again at the "
+            "next start.");
+}
+
 TEST_F(DocumentRecoveryTest, ARestoredImageIsSavedOverItsFileWithoutAQuestion) {
   openAndEditImage("photo.png");
   crashAndStart();

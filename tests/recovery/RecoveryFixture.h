@@ -54,6 +54,8 @@ class RecoveryTest : public ::testing::Test {
     ASSERT_EQ(file.write(bytes), bytes.size());
   }
 
+  static void notDiscarded(const QString& reason) { ADD_FAILURE() << reason.toStdString(); }
+
   /// The program starts, follows the document, and ends without a word.
   void crashWith(const DocumentPtr& document) const {
     Recovery recovery(settings());

@@ -173,7 +173,7 @@ TEST_F(RecoveryTest, findsAndDiscardsOrphans) {
   recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
   ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
   ASSERT_EQ(found->size(), 1U);
-  recovery.discard(found->front().id);
+  recovery.discard(found->front().id, &receiver, notDiscarded);
   recovery.recordNow();
   found.reset();
   recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
