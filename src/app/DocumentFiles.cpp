@@ -161,8 +161,13 @@ std::optional<QString> DocumentFiles::askWhereToSave(const DocumentPtr& document
       dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
   if (!path) return std::nullopt;
   rememberFolderOf(*path);
-  agreed_.add(document, *path);
+  agreed_.add(document, chosenFile(*path));
   return path;
+}
+
+void DocumentFiles::guardFileOfRestored(const DocumentPtr& document) {
+  const auto& path = document->sourceFileURL.value();
+  if (path && knownFileOf(*document, *path) == nullptr) agreed_.add(document, noFile(*path));
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
@@ -213,11 +218,15 @@ std::pair<QString, QString> DocumentFiles::overwriteQuestion(const QString& name
           tr("The file has been moved, renamed or deleted since it was opened or saved here. Nothing is "
              "lost: "
              "your document is still open with all its changes. Saving it anyway makes a new file there.")};
-    case FileState::savedLater:
-      return {tr("\"%1\" holds a later version of this document.").arg(name),
-              tr("The file was saved after the version that has been restored here. Saving anyway replaces "
-                 "that later version. Nothing is lost so far: your document is still open with all its "
-                 "changes.")};
+    case FileState::unexpected:
+      return {tr("There is already a file \"%1\".").arg(name),
+              tr("The file is not one that was opened or saved here. Saving anyway replaces it. Nothing is "
+                 "lost so far: your document is still open with all its changes.")};
+    case FileState::otherVersion:
+      return {tr("\"%1\" holds another version of this document.").arg(name),
+              tr("The file was saved from this document, and may be older or newer than what has been "
+                 "restored here. Saving anyway replaces it. Nothing is lost so far: your document is still "
+                 "open with all its changes.")};
     case FileState::asKnown:
     case FileState::changed:
       break;
@@ -236,7 +245,7 @@ void DocumentFiles::askToOverwrite(const SaveRequest& request, FileState found) 
   const OverwriteAnswer answer = dialogs_.askToOverwrite(message, informativeText);
   if (answer == OverwriteAnswer::saveAs) return saveAs(document);
   if (answer != OverwriteAnswer::saveAnyway) return;
-  agreed_.add(document, request.path);
+  agreed_.add(document, chosenFile(request.path));
   saves_.add(request);
 }
 

@@ -54,6 +54,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   /// Called after each save that has succeeded.
   std::function<void(const Document&)> onSaved;
+  /// Nothing may be replaced without a question at the path of a restored document, unless the document
+  /// knows its file there.
+  void guardFileOfRestored(const DocumentPtr& document);
 
   // Saves run one at a time, in the order of the requests.
   /// False for a document that has a file and no changes, not even in an open gesture or adjustment.

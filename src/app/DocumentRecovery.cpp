@@ -2,24 +2,11 @@
 
 #include <utility>
 
-#include "io/files/KnownFile.h"
 #include "look/TranslatedSentence.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
-
-namespace {
-
-/// The file of a restored document, for its next save. What stands there counts as changed unless the journal
-/// knows it.
-KnownFilePtr knownFileOfRestored(const Document& document, const QString& path) {
-  const auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
-  if (known == nullptr) return makeKnownFile(path, FileIdentity());
-  return known->documentPath == path ? known : known->under(path);
-}
-
-}  // namespace
 
 DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                                    RecoverySettings settings)
@@ -79,9 +66,7 @@ void DocumentRecovery::discard(const Orphan& orphan) {
 
 void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredDocument>& result) {
   if (!result) return tell(tr("Failed to Restore"), orphan, result.error().message);
-  if (const auto& path = result->document->sourceFileURL.value()) {
-    result->document->setFileMemory(knownFileOfRestored(*result->document, *path));
-  }
+  files_.guardFileOfRestored(result->document);
   NotificationCenter::standard().post(notification::createdNewDocument, result->document);
   if (!result->loss.isEmpty()) tell(tr("Restored in Part"), orphan, result->loss);
 }

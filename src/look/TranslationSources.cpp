@@ -82,6 +82,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "A layer's data is too short."),
     QT_TRANSLATE_NOOP("sentences", "An entry of the archive has an invalid name."),
     QT_TRANSLATE_NOOP("sentences", "Another entry has the same name."),
+    QT_TRANSLATE_NOOP("sentences", "Another file has appeared there."),
     QT_TRANSLATE_NOOP("sentences", "Another version of this program has written the recovery data."),
     QT_TRANSLATE_NOOP("sentences", "It ends too early."),
     QT_TRANSLATE_NOOP("sentences", "It is compressed in a way that is not supported."),
@@ -127,7 +128,7 @@ constexpr std::array sentences{
     QT_TRANSLATE_NOOP("sentences", "The file can't be written beyond its end."),
     QT_TRANSLATE_NOOP("sentences", "The file ends before the image does."),
     QT_TRANSLATE_NOOP("sentences",
-                      "The file holds a later version of the document than the one that was restored."),
+                      "The file holds another version of the document than the one that was restored."),
     QT_TRANSLATE_NOOP("sentences", "The file is damaged or incomplete."),
     QT_TRANSLATE_NOOP("sentences", "The file is damaged or incomplete: part of the image is missing."),
     QT_TRANSLATE_NOOP("sentences", "The file is empty."),
@@ -163,8 +164,8 @@ constexpr std::array sentences{
                       "The file \"%1\" has been changed or removed, so parts of these layers could not be "
                       "restored and are transparent: %2."),
     QT_TRANSLATE_NOOP("sentences",
-                      "The file \"%1\" holds a later version of this document, which you can open. Of the "
-                      "version before, parts of these layers could not be restored and are transparent: %2."),
+                      "The file \"%1\" holds another version of this document, which you can open. Of the "
+                      "restored one, parts of these layers are missing and transparent: %2."),
     QT_TRANSLATE_NOOP("sentences", "The document has format version %1, which can't be read."),
     QT_TRANSLATE_NOOP("sentences", "The document's manifest is damaged: %1."),
     QT_TRANSLATE_NOOP("sentences", "The drawing is damaged: %1."),

@@ -323,7 +323,8 @@ TEST_F(ChangedFileTest, WhatAppearsWhereASaveAsIsToGoIsAskedAbout) {
   files.saveAs(document);
   overwrite(path("Sky.tessel"));
   files.settleWrites();
-  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "There is already a file \"Sky.tessel\".");
   EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
   EXPECT_TRUE(document->isDirty.value());
   dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);

@@ -272,7 +272,7 @@ TEST_F(JournalOfOtherDiskTest, aLaterSaveOfAnotherStateIsntMixedIn) {
   saveAndFollow();
   const auto mixed = contentsOfOrphan();
   ASSERT_TRUE(mixed.has_value());
-  EXPECT_TRUE(mixed->loss.contains(QStringLiteral("\"image.tessel\" holds a later version")))
+  EXPECT_TRUE(mixed->loss.contains(QStringLiteral("\"image.tessel\" holds another version")))
       << mixed->loss.toStdString();
 }
 
