@@ -190,7 +190,9 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   const auto end = [this, request, before = request.document->fileMemory(),
                     done = std::move(done)](const FileResult<void>& result) {
     // A save may fail once it has replaced the file.
-    if (result || request.document->fileMemory() != before) agreed_.remove(request.document, request.path);
+    const bool isReplaced = request.document->fileMemory() != before;
+    if (result || isReplaced) agreed_.remove(request.document, request.path);
+    if (!result && isReplaced && onFileReplaced) onFileReplaced(*request.document);
     done(result);
   };
   // Cleared first, so that an edit during the save marks the document as unsaved again.
@@ -285,10 +287,14 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   document->endOpenEdits();
   rememberFolderOf(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  const auto written = [exported = std::weak_ptr(document), path = target->path](const FileIdentity& file) {
+  const auto written = [this, exported = std::weak_ptr(document),
+                        path = target->path](const FileIdentity& file) {
     const DocumentPtr still = exported.lock();
-    // It may be the file that the document was opened from.
-    if (still && knownFileOf(*still, path) != nullptr) still->setFileMemory(makeKnownFile(path, file));
+    if (!still || knownFileOf(*still, path) == nullptr) return;
+    // The file that the document was opened from.
+    still->setFileMemory(makeKnownFile(path, file));
+    agreed_.remove(still, path);
+    if (onFileReplaced) onFileReplaced(*still);
   };
   const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;

@@ -54,6 +54,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   /// Called after each save that has succeeded.
   std::function<void(const Document&)> onSaved;
+  /// Called when the document's file has been replaced by the program and the document isn't saved all the
+  /// same.
+  std::function<void(const Document&)> onFileReplaced;
   /// Nothing may be replaced without a question at the path of a restored document, unless the document
   /// knows its file there.
   void guardFileOfRestored(const DocumentPtr& document);

@@ -12,6 +12,7 @@ DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dia
                                    RecoverySettings settings)
     : appState_(appState), files_(files), dialogs_(dialogs), recovery_(std::move(settings)) {
   files_.onSaved = [this](const Document& document) { recovery_.saved(document); };
+  files_.onFileReplaced = [this](const Document& document) { recovery_.fileReplaced(document); };
   documentsNotifier_ = appState_.windowState.documents.addNotifier([this] { documentsChanged(); });
   status_ = recovery_.observeStatus([this](const RecoveryStatus& status) { statusChanged(status); });
   documentsChanged();
@@ -19,6 +20,7 @@ DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dia
 
 DocumentRecovery::~DocumentRecovery() {
   files_.onSaved = nullptr;
+  files_.onFileReplaced = nullptr;
 }
 
 void DocumentRecovery::documentsChanged() {

@@ -19,7 +19,7 @@ class DocumentRecovery : public QObject {
   Q_OBJECT
 
  public:
-  /// All must outlive this object, which takes over `onSaved` of the files.
+  /// All must outlive this object, which takes over `onSaved` and `onFileReplaced` of the files.
   DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                    RecoverySettings settings = {});
   ~DocumentRecovery() override;

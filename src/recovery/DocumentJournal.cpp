@@ -230,6 +230,10 @@ void DocumentJournal::saved() {
   if (document == nullptr) return;
   isSaving_ = false;
   if (!document->isDirty.value()) return removeJournal();
+  fileReplaced();
+}
+
+void DocumentJournal::fileReplaced() {
   // What the journal left to the file before may have gone with it.
   capture_.forgetAll();
   beginRecord();

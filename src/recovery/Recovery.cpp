@@ -203,6 +203,11 @@ void Recovery::saved(const Document& document) {
   impl_->seeToIt(journal->lane());
 }
 
+void Recovery::fileReplaced(const Document& document) {
+  DocumentJournal* journal = impl_->journalOf(document);
+  if (journal != nullptr) journal->fileReplaced();
+}
+
 void Recovery::closed(const Document& document) {
   DocumentJournal* journal = impl_->journalOf(document);
   if (journal == nullptr) return;

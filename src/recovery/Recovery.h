@@ -79,6 +79,9 @@ class Recovery {
   /// Its file holds the document: to be told after a save, once the document's flags are set. Its journal is
   /// removed, or begins anew if there have been changes since.
   void saved(const Document& document);
+  /// The program has replaced the document's file, and the document isn't saved all the same: to be told once
+  /// the document knows the new file.
+  void fileReplaced(const Document& document);
   /// The document closes. Its journal is removed: it is clean, or the user doesn't want to save it.
   void closed(const Document& document);
   /// Writes pending changes now if that is quick, for a document that is about to lose its program: at the

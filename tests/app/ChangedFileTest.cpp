@@ -9,6 +9,7 @@
 #include <QThread>
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
@@ -48,11 +49,11 @@ class ChangedFileTest : public AppFixture {
     files.settleWrites();
   }
   void saveAsWithFailure(const DocumentPtr& document, const QString& file, testing::FailingStep::Step step) {
-    testing::FailingStep disk(step);
-    const ScopedFileOperations scope(disk);
+    brokenDisk.emplace(step);
     dialogs.savePaths.push(file);
     files.saveAs(document);
     files.settleWrites();
+    brokenDisk.reset();
     EXPECT_TRUE(document->isDirty.value());
   }
   static QByteArray contents(const QString& file) {
@@ -60,6 +61,14 @@ class ChangedFileTest : public AppFixture {
     EXPECT_TRUE(opened.open(QIODevice::ReadOnly));
     return opened.readAll();
   }
+  /// A disk on which this step fails from now on.
+  struct BrokenDisk {
+    explicit BrokenDisk(testing::FailingStep::Step step) : disk(step), scope(disk) {}
+    testing::FailingStep disk;
+    ScopedFileOperations scope;
+  };
+  std::optional<BrokenDisk> brokenDisk;
+
   /// As another program does that writes into the file.
   static void overwrite(const QString& file) {
     QFile opened(file);
@@ -372,6 +381,23 @@ TEST_F(ChangedFileTest, AnImageKnowsWhatWasExportedOverIt) {
   dialogs.exportTargets.push({path("photo.png"), 0});
   files.exportImage(document);
   files.settleWrites();
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AnExportOverTheImageEndsWhatWasAgreedOnBefore) {
+  const DocumentPtr document = openEdited(writeImage("photo.png"));
+  overwrite(path("photo.png"));
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  dialogs.duringQuestion = [&] { brokenDisk.emplace(testing::FailingStep::Step::rename); };
+  save(document);
+  brokenDisk.reset();
+  ASSERT_TRUE(document->isDirty.value());
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  files.exportImage(document);
+  files.settleWrites();
+  dialogs.overwriteQuestions.clear();
   save(document);
   EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
   EXPECT_FALSE(document->isDirty.value());

@@ -318,6 +318,21 @@ TEST_F(DocumentRecoveryTest, WhatASaveAsHadWrittenBeforeACrashIsKnownAsTheDocume
   }
 }
 
+TEST_F(DocumentRecoveryTest, AnImageKnowsWhatWasExportedOverItAfterACrashAsWell) {
+  openAndEditImage("photo.png");
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  files.exportImage(state.windowState.activeDocument());
+  files.settleWrites();
+  recovery->recordNow();
+  crashAndStart();
+  offer(RecoveryAnswer::restore, 1);
+  const DocumentPtr document = state.windowState.activeDocument();
+  files.save(document);
+  files.settleWrites();
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+}
+
 /// Its files can't be removed.
 class LastingDisk final : public FileOperations {
  public:
