@@ -348,7 +348,8 @@ bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
   if (std::optional<SaveRequest> request = saveInPlace(document)) return saveNow(*std::move(request));
   const std::optional<QString> path = askWhereToSave(document);
   if (!path || !saveNow({document, *path, std::nullopt})) return false;
-  adoptSavedFile(*document, *path);
+  // It may have become a save to another file, which the document has adopted then.
+  if (knownFileOf(*document, *path) != nullptr) adoptSavedFile(*document, *path);
   return true;
 }
 
