@@ -2,11 +2,14 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "app/DesktopThumbnails.h"
 #include "app/EventWait.h"
@@ -14,6 +17,7 @@
 #include "app/TypedText.h"
 #include "app/dialogs/ExportFormats.h"
 #include "app/dialogs/SizeRule.h"
+#include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "look/TranslatedName.h"
@@ -48,6 +52,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
   };
+  connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+    if (state == Qt::ApplicationActive) noteMissingFiles();
+  });
 }
 
 DocumentFiles::~DocumentFiles() {
@@ -143,6 +150,29 @@ std::optional<SaveRequest> DocumentFiles::saveInPlace(const DocumentPtr& documen
 
 bool DocumentFiles::canSave(const Document& document) {
   return document.isDirty.value() || document.hasOpenUnsavedChange() || !document.sourceFileURL.value();
+}
+
+void DocumentFiles::noteMissingFiles() {
+  // Storage that doesn't respond is asked once.
+  if (std::exchange(isLooking_, true)) return;
+  std::vector<std::pair<std::weak_ptr<Document>, KnownFilePtr>> saved;
+  for (const DocumentPtr& document : appState_.windowState.documents.value()) {
+    const auto& path = document->sourceFileURL.value();
+    const KnownFilePtr known = path ? knownFileOf(*document, *path) : nullptr;
+    if (known != nullptr && !canSave(*document)) saved.emplace_back(document, known);
+  }
+  runInBackground([guard = QPointer(this), saved = std::move(saved)]() mutable {
+    std::erase_if(saved, [](const auto& each) { return each.second->state() != FileState::missing; });
+    runOnMainThread([guard, missing = std::move(saved)] {
+      if (guard.isNull()) return;
+      guard->isLooking_ = false;
+      for (const auto& [weak, known] : missing) {
+        const DocumentPtr document = weak.lock();
+        const bool isAsItWas = document != nullptr && document->fileMemory() == known;
+        if (isAsItWas && !guard->saves_.contains(document->id)) document->setDirty(true);
+      }
+    });
+  });
 }
 
 void DocumentFiles::save(const DocumentPtr& document) {

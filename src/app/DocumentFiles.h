@@ -64,6 +64,9 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   // Saves run one at a time, in the order of the requests.
   /// False for a document that has a file and no changes, not even in an open gesture or adjustment.
   [[nodiscard]] static bool canSave(const Document& document);
+  /// Marks saved documents whose file has gone as unsaved, soon: without it they are nowhere but here. Looks
+  /// whenever the user comes back to the program.
+  void noteMissingFiles();
   /// Saves to the document's own file, or asks for another if that can't hold the document. Does nothing
   /// unless `canSave`.
   void save(const DocumentPtr& document);
@@ -124,6 +127,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   DocumentWriter writer_;
   SaveQueue saves_{*this};
   AgreedFiles agreed_;
+  /// At files that may be missing.
+  bool isLooking_ = false;
 };
 
 }  // namespace orvanel

@@ -403,6 +403,27 @@ TEST_F(ChangedFileTest, AnExportOverTheImageEndsWhatWasAgreedOnBefore) {
   EXPECT_FALSE(document->isDirty.value());
 }
 
+TEST_F(ChangedFileTest, ASavedDocumentWhoseFileHasGoneIsUnsaved) {
+  const DocumentPtr document = addEdited("Sky");
+  save(document);
+  const DocumentPtr other = addDocument(QStringLiteral("Sea"));
+  Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+  QThread::msleep(10);
+  QApplication::processEvents();
+  EXPECT_FALSE(document->isDirty.value());
+  ASSERT_TRUE(QFile::remove(path("Sky.tessel")));
+  EXPECT_TRUE(waitUntil([&] {
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    return document->isDirty.value();
+  }));
+  EXPECT_FALSE(other->isDirty.value()) << "it never had one";
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  save(document);
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" is no longer where it was.");
+  EXPECT_TRUE(QFile::exists(path("Sky.tessel")));
+}
+
 TEST_F(ChangedFileTest, AnExportLeavesWhatAppearsMeanwhile) {
   const DocumentPtr document = addDocument(QStringLiteral("Sky"));
   dialogs.exportTargets.push({path("photo.png"), 0});
