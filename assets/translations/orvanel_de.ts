@@ -1090,14 +1090,6 @@ Klicken, um eine andere zu wählen</translation>
         <translation>„%1“ ist nicht mehr an seinem Ort.</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; holds a later version of this document.</source>
-        <translation>„%1“ enthält eine spätere Fassung dieses Dokuments.</translation>
-    </message>
-    <message>
-        <source>The file was saved after the version that has been restored here. Saving anyway replaces that later version. Nothing is lost so far: your document is still open with all its changes.</source>
-        <translation>Die Datei wurde nach der Fassung gesichert, die hier wiederhergestellt wurde. Trotzdem zu sichern ersetzt diese spätere Fassung. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
-    </message>
-    <message>
         <source>&quot;%1&quot; has been changed by another program.</source>
         <translation>„%1“ wurde von einem anderen Programm geändert.</translation>
     </message>
@@ -1108,6 +1100,22 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The file has been moved, renamed or deleted since it was opened or saved here. Nothing is lost: your document is still open with all its changes. Saving it anyway makes a new file there.</source>
         <translation>Die Datei wurde verschoben, umbenannt oder gelöscht, seit sie hier geöffnet oder gespeichert wurde. Nichts ist verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet. Wenn Sie trotzdem speichern, entsteht dort eine neue Datei.</translation>
+    </message>
+    <message>
+        <source>There is already a file &quot;%1&quot;.</source>
+        <translation>Es gibt schon eine Datei „%1“.</translation>
+    </message>
+    <message>
+        <source>The file is not one that was opened or saved here. Saving anyway replaces it. Nothing is lost so far: your document is still open with all its changes.</source>
+        <translation>Die Datei wurde hier weder geöffnet noch gesichert. Trotzdem zu sichern ersetzt sie. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; holds another version of this document.</source>
+        <translation>„%1“ enthält eine andere Fassung dieses Dokuments.</translation>
+    </message>
+    <message>
+        <source>The file was saved from this document, and may be older or newer than what has been restored here. Saving anyway replaces it. Nothing is lost so far: your document is still open with all its changes.</source>
+        <translation>Die Datei wurde aus diesem Dokument gesichert und kann älter oder neuer sein als das, was hier wiederhergestellt wurde. Trotzdem zu sichern ersetzt sie. Bisher ist nichts verloren: Ihr Dokument ist mit allen Änderungen noch geöffnet.</translation>
     </message>
 </context>
 <context>
@@ -1180,6 +1188,10 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>Unsaved changes are kept for recovery again.</source>
         <translation>Ungespeicherte Änderungen werden wieder für die Wiederherstellung bewahrt.</translation>
+    </message>
+    <message>
+        <source>Failed to Discard</source>
+        <translation>Verwerfen fehlgeschlagen</translation>
     </message>
 </context>
 <context>
@@ -2572,14 +2584,6 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Seine Art ist unbekannt.</translation>
     </message>
     <message>
-        <source>The file holds a later version of the document than the one that was restored.</source>
-        <translation>Die Datei enthält eine spätere Fassung des Dokuments als die wiederhergestellte.</translation>
-    </message>
-    <message>
-        <source>The file &quot;%1&quot; holds a later version of this document, which you can open. Of the version before, parts of these layers could not be restored and are transparent: %2.</source>
-        <translation>Die Datei „%1“ enthält eine spätere Fassung dieses Dokuments, die Sie öffnen können. Von der Fassung davor konnten Teile dieser Ebenen nicht wiederhergestellt werden und sind durchsichtig: %2.</translation>
-    </message>
-    <message>
         <source>The file &quot;%1&quot; has been changed or removed, so parts of these layers could not be restored and are transparent: %2.</source>
         <translation>Die Datei „%1“ ist geändert oder entfernt worden, deshalb konnten Teile dieser Ebenen nicht wiederhergestellt werden und sind durchsichtig: %2.</translation>
     </message>
@@ -2610,6 +2614,26 @@ Klicken, um eine andere zu wählen</translation>
     <message>
         <source>The file is damaged or incomplete.</source>
         <translation>Die Datei ist beschädigt oder unvollständig.</translation>
+    </message>
+    <message>
+        <source>Another file has appeared there.</source>
+        <translation>Dort ist eine andere Datei erschienen.</translation>
+    </message>
+    <message>
+        <source>The file holds another version of the document than the one that was restored.</source>
+        <translation>Die Datei enthält eine andere Fassung des Dokuments als die wiederhergestellte.</translation>
+    </message>
+    <message>
+        <source>The id of its mask is not valid.</source>
+        <translation>Die Kennung seiner Maske ist ungültig.</translation>
+    </message>
+    <message>
+        <source>The recovery data can&apos;t be removed: %1.</source>
+        <translation>Die Wiederherstellungsdaten können nicht entfernt werden: %1.</translation>
+    </message>
+    <message>
+        <source>The file &quot;%1&quot; holds another version of this document, which you can open. Of the restored one, parts of these layers are missing and transparent: %2.</source>
+        <translation>Die Datei „%1“ enthält eine andere Fassung dieses Dokuments, die Sie öffnen können. In der wiederhergestellten fehlen Teile dieser Ebenen und sind durchsichtig: %2.</translation>
     </message>
 </context>
 </TS>

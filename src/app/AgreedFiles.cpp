@@ -1,12 +1,13 @@
 #include "app/AgreedFiles.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvanel {
 
-void AgreedFiles::add(const DocumentPtr& document, const QString& path) {
-  remove(document, path);
-  agreements_.push_back({document, chosenFile(path)});
+void AgreedFiles::add(const DocumentPtr& document, KnownFilePtr file) {
+  remove(document, file->documentPath);
+  agreements_.push_back({document, std::move(file)});
 }
 
 KnownFilePtr AgreedFiles::at(const DocumentPtr& document, const QString& path) const {

@@ -13,8 +13,8 @@ namespace orvanel {
 
 class AgreedFiles {
  public:
-  /// The user agrees to replace what stands there now.
-  void add(const DocumentPtr& document, const QString& path);
+  /// That this and nothing else may be replaced.
+  void add(const DocumentPtr& document, KnownFilePtr file);
   /// Null if the user hasn't been asked, or the document has been written there since.
   [[nodiscard]] KnownFilePtr at(const DocumentPtr& document, const QString& path) const;
   void remove(const DocumentPtr& document, const QString& path);

@@ -2,11 +2,14 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QPointer>
 #include <QStandardPaths>
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "app/DesktopThumbnails.h"
 #include "app/EventWait.h"
@@ -14,6 +17,7 @@
 #include "app/TypedText.h"
 #include "app/dialogs/ExportFormats.h"
 #include "app/dialogs/SizeRule.h"
+#include "io/files/BackgroundJob.h"
 #include "io/files/FileName.h"
 #include "io/image/FlatImage.h"
 #include "look/TranslatedName.h"
@@ -48,6 +52,9 @@ DocumentFiles::DocumentFiles(AppState& appState, Dialogs& dialogs, QObject* pare
   appState_.windowState.confirmClosing = [this](const DocumentPtr& document) {
     return confirmClosing(document);
   };
+  connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+    if (state == Qt::ApplicationActive) noteMissingFiles();
+  });
 }
 
 DocumentFiles::~DocumentFiles() {
@@ -145,6 +152,29 @@ bool DocumentFiles::canSave(const Document& document) {
   return document.isDirty.value() || document.hasOpenUnsavedChange() || !document.sourceFileURL.value();
 }
 
+void DocumentFiles::noteMissingFiles() {
+  // Storage that doesn't respond is asked once.
+  if (std::exchange(isLooking_, true)) return;
+  std::vector<std::pair<std::weak_ptr<Document>, KnownFilePtr>> saved;
+  for (const DocumentPtr& document : appState_.windowState.documents.value()) {
+    const auto& path = document->sourceFileURL.value();
+    const KnownFilePtr known = path ? knownFileOf(*document, *path) : nullptr;
+    if (known != nullptr && !canSave(*document)) saved.emplace_back(document, known);
+  }
+  runInBackground([guard = QPointer(this), saved = std::move(saved)]() mutable {
+    std::erase_if(saved, [](const auto& each) { return each.second->state() != FileState::missing; });
+    runOnMainThread([guard, missing = std::move(saved)] {
+      if (guard.isNull()) return;
+      guard->isLooking_ = false;
+      for (const auto& [weak, known] : missing) {
+        const DocumentPtr document = weak.lock();
+        const bool isAsItWas = document != nullptr && document->fileMemory() == known;
+        if (isAsItWas && !guard->saves_.contains(document->id)) document->setDirty(true);
+      }
+    });
+  });
+}
+
 void DocumentFiles::save(const DocumentPtr& document) {
   keepTypedText();
   document->endOpenEdits();
@@ -161,8 +191,13 @@ std::optional<QString> DocumentFiles::askWhereToSave(const DocumentPtr& document
       dialogs_.askWhereToSave(proposedPath(*document, QLatin1String(documentExtension)));
   if (!path) return std::nullopt;
   rememberFolderOf(*path);
-  agreed_.add(document, *path);
+  agreed_.add(document, chosenFile(*path));
   return path;
+}
+
+void DocumentFiles::guardFileOfRestored(const DocumentPtr& document) {
+  const auto& path = document->sourceFileURL.value();
+  if (path && knownFileOf(*document, *path) == nullptr) agreed_.add(document, noFile(*path));
 }
 
 void DocumentFiles::saveAs(const DocumentPtr& document) {
@@ -185,7 +220,9 @@ void DocumentFiles::beginSave(const SaveRequest& request, Done done) {
   const auto end = [this, request, before = request.document->fileMemory(),
                     done = std::move(done)](const FileResult<void>& result) {
     // A save may fail once it has replaced the file.
-    if (result || request.document->fileMemory() != before) agreed_.remove(request.document, request.path);
+    const bool isReplaced = request.document->fileMemory() != before;
+    if (result || isReplaced) agreed_.remove(request.document, request.path);
+    if (!result && isReplaced && onFileReplaced) onFileReplaced(*request.document);
     done(result);
   };
   // Cleared first, so that an edit during the save marks the document as unsaved again.
@@ -213,11 +250,15 @@ std::pair<QString, QString> DocumentFiles::overwriteQuestion(const QString& name
           tr("The file has been moved, renamed or deleted since it was opened or saved here. Nothing is "
              "lost: "
              "your document is still open with all its changes. Saving it anyway makes a new file there.")};
-    case FileState::savedLater:
-      return {tr("\"%1\" holds a later version of this document.").arg(name),
-              tr("The file was saved after the version that has been restored here. Saving anyway replaces "
-                 "that later version. Nothing is lost so far: your document is still open with all its "
-                 "changes.")};
+    case FileState::unexpected:
+      return {tr("There is already a file \"%1\".").arg(name),
+              tr("The file is not one that was opened or saved here. Saving anyway replaces it. Nothing is "
+                 "lost so far: your document is still open with all its changes.")};
+    case FileState::otherVersion:
+      return {tr("\"%1\" holds another version of this document.").arg(name),
+              tr("The file was saved from this document, and may be older or newer than what has been "
+                 "restored here. Saving anyway replaces it. Nothing is lost so far: your document is still "
+                 "open with all its changes.")};
     case FileState::asKnown:
     case FileState::changed:
       break;
@@ -236,7 +277,7 @@ void DocumentFiles::askToOverwrite(const SaveRequest& request, FileState found) 
   const OverwriteAnswer answer = dialogs_.askToOverwrite(message, informativeText);
   if (answer == OverwriteAnswer::saveAs) return saveAs(document);
   if (answer != OverwriteAnswer::saveAnyway) return;
-  agreed_.add(document, request.path);
+  agreed_.add(document, chosenFile(request.path));
   saves_.add(request);
 }
 
@@ -276,10 +317,14 @@ void DocumentFiles::exportImage(const DocumentPtr& document) {
   document->endOpenEdits();
   rememberFolderOf(target->path);
   const auto format = exportFormats.at(static_cast<std::size_t>(target->formatRow)).format;
-  const auto written = [exported = std::weak_ptr(document), path = target->path](const FileIdentity& file) {
+  const auto written = [this, exported = std::weak_ptr(document),
+                        path = target->path](const FileIdentity& file) {
     const DocumentPtr still = exported.lock();
-    // It may be the file that the document was opened from.
-    if (still && knownFileOf(*still, path) != nullptr) still->setFileMemory(makeKnownFile(path, file));
+    if (!still || knownFileOf(*still, path) == nullptr) return;
+    // The file that the document was opened from.
+    still->setFileMemory(makeKnownFile(path, file));
+    agreed_.remove(still, path);
+    if (onFileReplaced) onFileReplaced(*still);
   };
   const auto report = [this, path = target->path](const FileResult<void>& result) {
     if (result || result.error().isCancelled) return;
@@ -333,7 +378,8 @@ bool DocumentFiles::saveForClosing(const DocumentPtr& document) {
   if (std::optional<SaveRequest> request = saveInPlace(document)) return saveNow(*std::move(request));
   const std::optional<QString> path = askWhereToSave(document);
   if (!path || !saveNow({document, *path, std::nullopt})) return false;
-  adoptSavedFile(*document, *path);
+  // It may have become a save to another file, which the document has adopted then.
+  if (knownFileOf(*document, *path) != nullptr) adoptSavedFile(*document, *path);
   return true;
 }
 

@@ -54,10 +54,19 @@ class DocumentFiles : public QObject, private SaveQueueClient {
 
   /// Called after each save that has succeeded.
   std::function<void(const Document&)> onSaved;
+  /// Called when the document's file has been replaced by the program and the document isn't saved all the
+  /// same.
+  std::function<void(const Document&)> onFileReplaced;
+  /// Nothing may be replaced without a question at the path of a restored document, unless the document
+  /// knows its file there.
+  void guardFileOfRestored(const DocumentPtr& document);
 
   // Saves run one at a time, in the order of the requests.
   /// False for a document that has a file and no changes, not even in an open gesture or adjustment.
   [[nodiscard]] static bool canSave(const Document& document);
+  /// Marks saved documents whose file has gone as unsaved, soon: without it they are nowhere but here. Looks
+  /// whenever the user comes back to the program.
+  void noteMissingFiles();
   /// Saves to the document's own file, or asks for another if that can't hold the document. Does nothing
   /// unless `canSave`.
   void save(const DocumentPtr& document);
@@ -118,6 +127,8 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   DocumentWriter writer_;
   SaveQueue saves_{*this};
   AgreedFiles agreed_;
+  /// At files that may be missing.
+  bool isLooking_ = false;
 };
 
 }  // namespace orvanel

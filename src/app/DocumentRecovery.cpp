@@ -2,29 +2,17 @@
 
 #include <utility>
 
-#include "io/files/KnownFile.h"
 #include "look/TranslatedSentence.h"
 #include "model/DisplayText.h"
 #include "tools/NotificationCenter.h"
 
 namespace orvanel {
 
-namespace {
-
-/// The file of a restored document, for its next save. What stands there counts as changed unless the journal
-/// knows it.
-KnownFilePtr knownFileOfRestored(const Document& document, const QString& path) {
-  const auto known = std::dynamic_pointer_cast<const KnownFile>(document.fileMemory());
-  if (known == nullptr) return makeKnownFile(path, FileIdentity());
-  return known->documentPath == path ? known : known->under(path);
-}
-
-}  // namespace
-
 DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                                    RecoverySettings settings)
     : appState_(appState), files_(files), dialogs_(dialogs), recovery_(std::move(settings)) {
   files_.onSaved = [this](const Document& document) { recovery_.saved(document); };
+  files_.onFileReplaced = [this](const Document& document) { recovery_.fileReplaced(document); };
   documentsNotifier_ = appState_.windowState.documents.addNotifier([this] { documentsChanged(); });
   status_ = recovery_.observeStatus([this](const RecoveryStatus& status) { statusChanged(status); });
   documentsChanged();
@@ -32,6 +20,7 @@ DocumentRecovery::DocumentRecovery(AppState& appState, DocumentFiles& files, Dia
 
 DocumentRecovery::~DocumentRecovery() {
   files_.onSaved = nullptr;
+  files_.onFileReplaced = nullptr;
 }
 
 void DocumentRecovery::documentsChanged() {
@@ -57,7 +46,7 @@ void DocumentRecovery::orphansFound(const OrphanList& orphans) {
   // The newest comes last, and so to the front.
   for (std::size_t index = orphans.size(); index-- > 0;) {
     if (answers.at(index) == RecoveryAnswer::restore) restore(orphans[index]);
-    if (answers.at(index) == RecoveryAnswer::discard) recovery_.discard(orphans[index].id);
+    if (answers.at(index) == RecoveryAnswer::discard) discard(orphans[index]);
   }
 }
 
@@ -72,18 +61,22 @@ void DocumentRecovery::restore(const Orphan& orphan) {
       [this, work](double fraction) { files_.activity.advance(work, fraction); });
 }
 
+void DocumentRecovery::discard(const Orphan& orphan) {
+  recovery_.discard(orphan.id, this,
+                    [this, orphan](const QString& reason) { tell(tr("Failed to Discard"), orphan, reason); });
+}
+
 void DocumentRecovery::restored(const Orphan& orphan, const FileResult<RestoredDocument>& result) {
   if (!result) return tell(tr("Failed to Restore"), orphan, result.error().message);
-  if (const auto& path = result->document->sourceFileURL.value()) {
-    result->document->setFileMemory(knownFileOfRestored(*result->document, *path));
-  }
+  files_.guardFileOfRestored(result->document);
   NotificationCenter::standard().post(notification::createdNewDocument, result->document);
   if (!result->loss.isEmpty()) tell(tr("Restored in Part"), orphan, result->loss);
 }
 
 void DocumentRecovery::tell(const QString& title, const Orphan& orphan, const QString& reason) {
-  dialogs_.showWarning(title, QStringLiteral("%1: %2\n\n%3")
-                                  .arg(displayText(orphan.name), look::translatedSentence(reason),
+  const QString name = orphan.name.isEmpty() ? QString() : displayText(orphan.name) + QStringLiteral(": ");
+  dialogs_.showWarning(title, QStringLiteral("%1%2\n\n%3")
+                                  .arg(name, look::translatedSentence(reason),
                                        tr("It will be offered again at the next start.")));
 }
 

@@ -19,7 +19,7 @@ class DocumentRecovery : public QObject {
   Q_OBJECT
 
  public:
-  /// All must outlive this object, which takes over `onSaved` of the files.
+  /// All must outlive this object, which takes over `onSaved` and `onFileReplaced` of the files.
   DocumentRecovery(AppState& appState, DocumentFiles& files, Dialogs& dialogs,
                    RecoverySettings settings = {});
   ~DocumentRecovery() override;
@@ -41,6 +41,7 @@ class DocumentRecovery : public QObject {
   void documentsChanged();
   void orphansFound(const OrphanList& orphans);
   void restore(const Orphan& orphan);
+  void discard(const Orphan& orphan);
   void restored(const Orphan& orphan, const FileResult<RestoredDocument>& result);
   void tell(const QString& title, const Orphan& orphan, const QString& reason);
   void statusChanged(const RecoveryStatus& status);

@@ -50,12 +50,13 @@ CommandResult runRecover(const Invocation& invocation) {
   if (!invocation.hasOption) {
     if (CommandResult name = checkWritableName(invocation.arguments.at(1)); !name) return name;
   }
-  const auto orphan = store.claim(id);
-  if (!orphan) return tl::make_unexpected(CommandFailure{id, orphan.error()});
   if (invocation.hasOption) {
-    orphan->remove();
+    const auto discarded = store.discard(id);
+    if (!discarded) return tl::make_unexpected(CommandFailure{id, discarded.error()});
     return {};
   }
+  const auto orphan = store.claim(id);
+  if (!orphan) return tl::make_unexpected(CommandFailure{id, orphan.error()});
   MetalContext& context = MetalContext::shared();
   const auto contents = orphan->restore(context, {});
   if (!contents) return tl::make_unexpected(CommandFailure{id, contents.error()});

@@ -230,6 +230,10 @@ void DocumentJournal::saved() {
   if (document == nullptr) return;
   isSaving_ = false;
   if (!document->isDirty.value()) return removeJournal();
+  fileReplaced();
+}
+
+void DocumentJournal::fileReplaced() {
   // What the journal left to the file before may have gone with it.
   capture_.forgetAll();
   beginRecord();
@@ -261,8 +265,9 @@ void DocumentJournal::removeJournal() {
     inbox_ = std::make_shared<Inbox>();
     inbox_->owner = this;
     surroundings_.lane->run([writer = writer_, orphan = std::exchange(orphan_, nullptr)] {
-      writer->remove();
+      // In this order: without the new journal the old one would be offered again.
       if (orphan != nullptr) orphan->remove();
+      writer->remove();
     });
     if (document_.lock() != nullptr) capture_.forgetAll();
   }

@@ -34,6 +34,8 @@ class DocumentJournal {
   /// The document was restored from this orphan, which goes once the document has a record of its own.
   void replace(ClaimedOrphan orphan);
   void saved();
+  /// The journal must not refer to the file of before.
+  void fileReplaced();
   void closed() { removeJournal(); }
   /// Gathers what has changed, and hands it to the lane, unless the lane is busy.
   void beginNow();

@@ -1,11 +1,18 @@
 #include "recovery/JournalFiles.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
 #include <QFile>
 #include <QUuid>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "io/files/FileOperations.h"
 #include "model/Layer.h"
 
 namespace orvanel {
@@ -36,14 +43,50 @@ QString JournalFiles::successorInName(const QString& fileName) {
   return idInName(fileName.mid(idLength + 1));
 }
 
-void JournalFiles::removeAll() const {
-  // The journal goes first: without it the rest means nothing.
-  ::unlink(journal().c_str());
-  const QString pattern = QString::fromStdString(id) + QStringLiteral(".*");
-  QDir directory(QFile::decodeName(folder.c_str()));
+bool JournalFiles::hasJournal() const {
+  struct stat status {};
+  return ::stat(journal().c_str(), &status) == 0;
+}
+
+QStringList JournalFiles::namesLike(const QString& rest) const {
+  const QString pattern = QString::fromStdString(id) + u'.' + rest;
+  return QDir(QFile::decodeName(folder.c_str())).entryList({pattern}, QDir::Files | QDir::Hidden);
+}
+
+std::vector<JournalFiles> JournalFiles::predecessors() const {
+  if (!hasJournal()) return {};
+  const QString pattern = QStringLiteral("*.%1.next").arg(QString::fromStdString(id));
+  const QDir directory(QFile::decodeName(folder.c_str()));
+  std::vector<JournalFiles> found;
   for (const QString& name : directory.entryList({pattern}, QDir::Files | QDir::Hidden)) {
-    ::unlink((folder + "/" + QFile::encodeName(name).toStdString()).c_str());
+    if (auto files = named(directory.path(), idInName(name))) found.push_back(std::move(*files));
   }
+  return found;
+}
+
+void JournalFiles::removeEach(const QStringList& names) const {
+  for (const QString& name : names)
+    FileOperations::current().removeFile(folder + "/" + QFile::encodeName(name).toStdString());
+}
+
+Described<void> JournalFiles::removeAll() const {
+  std::vector<JournalFiles> chain{*this};
+  for (std::size_t link = 0; link < chain.size(); ++link) {
+    for (JournalFiles& before : chain[link].predecessors()) {
+      const auto isSame = [&](const JournalFiles& other) { return other.id == before.id; };
+      if (std::ranges::none_of(chain, isSame)) chain.push_back(std::move(before));
+    }
+  }
+  for (; !chain.empty(); chain.pop_back()) {
+    const JournalFiles& files = chain.back();
+    // The journal goes first: without it the rest means nothing.
+    if (FileOperations::current().removeFile(files.journal()) != 0 && errno != ENOENT) {
+      return because(QStringLiteral("The recovery data can't be removed: %1.")
+                         .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    files.removeEach(files.namesLike(QStringLiteral("*")));
+  }
+  return {};
 }
 
 void syncFolder(const std::string& folder) {

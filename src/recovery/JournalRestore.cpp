@@ -1,6 +1,7 @@
 #include <QFile>
 #include <QStringList>
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "io/archive/ZipReader.h"
@@ -63,11 +64,11 @@ Described<std::vector<Filling>> fillingsOf(const DocumentPlan& plan, const Journ
 struct FoundBase {
   BaseTiles tiles;
   /// What that file holds, if it is still as it was.
-  SavedFilePtr saved;
+  std::shared_ptr<SavedFile> saved;
 };
 
-SavedFilePtr savedFileOf(const BaseFile& base, const FileIdentity& identity, const BaseTiles& tiles,
-                         std::string copy) {
+std::shared_ptr<SavedFile> savedFileOf(const BaseFile& base, const FileIdentity& identity,
+                                       const BaseTiles& tiles, std::string copy) {
   auto saved = std::make_shared<SavedFile>();
   saved->path = base.path;
   saved->copy = std::move(copy);
@@ -103,7 +104,7 @@ Described<FoundBase> findBase(const BaseFile& base, const std::vector<Filling>& 
   // Sums decide, but where everything is still as it was, there is no need to look elsewhere.
   const std::string copy = base.copy != 0 ? copyOfBase(base.copy) : std::string();
   if (!copy.empty()) places.insert(isAsItWas ? places.end() : places.begin(), copy);
-  SavedFilePtr saved;
+  std::shared_ptr<SavedFile> saved;
   for (const std::string& place : places) {
     if (tiles->isComplete()) break;
     const auto file = FileHandle::openForReading(place);
@@ -115,11 +116,13 @@ Described<FoundBase> findBase(const BaseFile& base, const std::vector<Filling>& 
   return FoundBase{std::move(*tiles), std::move(saved)};
 }
 
-/// The version that stands in the place of the base, if a later save of the same document has put it there.
-std::optional<FileIdentity> laterVersion(const BaseFile& base, const std::vector<Filling>& fillings) {
-  const auto now = FileIdentity::of(base.path);
-  if (!now || now->modified <= base.identity.modified) return std::nullopt;
-  const auto archive = ZipReader::open(base.path);
+/// What stands at the path, if it was saved from the same document and isn't the version that is known.
+/// Nobody can tell which of that and the journal is the later one: edits are recorded while a save runs.
+std::optional<FileIdentity> otherVersionAt(const std::string& path, const FileIdentity& known,
+                                           const std::vector<Filling>& fillings) {
+  const auto now = FileIdentity::of(path);
+  if (!now || now->isSameVersionAs(known)) return std::nullopt;
+  const auto archive = ZipReader::open(path);
   const bool isSameDocument = archive && std::ranges::any_of(fillings, [&](const Filling& filling) {
                                 return archive->find(filling.path).has_value();
                               });
@@ -127,15 +130,15 @@ std::optional<FileIdentity> laterVersion(const BaseFile& base, const std::vector
 }
 
 /// What the user is told of tiles that are gone.
-QString lossOf(const QStringList& layers, const BaseFile& base, bool isSavedLater) {
+QString lossOf(const QStringList& layers, const BaseFile& base, bool isOtherVersion) {
   constexpr qsizetype mostNames = 5;
   QStringList names = layers.mid(0, mostNames);
   if (layers.size() > mostNames) names.append(QStringLiteral("\u2026"));
   const QString sentence =
-      isSavedLater
+      isOtherVersion
           ? QStringLiteral(
-                "The file \"%1\" holds a later version of this document, which you can open. Of the "
-                "version before, parts of these layers could not be restored and are transparent: %2.")
+                "The file \"%1\" holds another version of this document, which you can open. Of the "
+                "restored one, parts of these layers are missing and transparent: %2.")
           : QStringLiteral(
                 "The file \"%1\" has been changed or removed, so parts of these layers could not be "
                 "restored and are transparent: %2.");
@@ -297,12 +300,29 @@ std::shared_ptr<const SourceMetadata> metadataOf(const JournalState& state) {
   return ImageMetadata::read(state.document.path, **file, ImageMetadata::Orientation::applied);
 }
 
-/// The document's file as it was last known: any other that stands there now has come from somebody else.
-KnownFilePtr knownFileOf(const JournalState& state, const SavedFilePtr& saved,
-                         const std::optional<FileIdentity>& later) {
-  if (saved != nullptr) return saved;
-  if (later) return makeOutdatedFile(state.document.path, state.base->identity, *later);
-  return state.base ? makeKnownFile(state.document.path, state.base->identity) : nullptr;
+bool isSameFile(const std::string& one, const std::string& other) {
+  // Also of a file that isn't there any more.
+  const auto resolved = [](const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::weakly_canonical(path, failure);
+  };
+  return one == other || resolved(one) == resolved(other);
+}
+
+/// The document's file as it was last known: any other that stands there now has come from somebody else. Its
+/// path isn't the document's if the process ended in a save to another file, or right after it.
+KnownFilePtr knownFileOf(const JournalState& state, const std::shared_ptr<SavedFile>& saved,
+                         const std::vector<Filling>& fillings) {
+  const std::string path = QFile::encodeName(state.document.path).toStdString();
+  const bool isOwn = state.base && isSameFile(state.base->path, path);
+  const FileIdentity identity = isOwn ? state.base->identity : FileIdentity();
+  if (const auto other = otherVersionAt(path, identity, fillings))
+    return makeOtherVersion(state.document.path, identity, *other);
+  if (!state.base) return nullptr;
+  const QString known = isOwn ? state.document.path : QFile::decodeName(state.base->path.c_str());
+  if (saved == nullptr) return makeKnownFile(known, state.base->identity);
+  saved->documentPath = known;
+  return saved;
 }
 
 /// What the user is told of records that follow the restored ones, if there are any.
@@ -341,24 +361,24 @@ Described<RestoredContents> restoreContents(const JournalInput& input, const Met
   }
   Filler filler(input, *state, base ? &base->tiles : nullptr);
   if (auto filled = filler.fill(*fillings, progress); !filled) return because(filled.error());
-  auto later = state->base ? laterVersion(*state->base, *fillings) : std::nullopt;
+  bool isOtherVersion = false;
   if (!filler.isComplete()) {
-    if (const auto save = LaterSave::open(state->base->path, context, progress.part(0.7, 0.9))) {
+    const std::string& path = state->base->path;
+    if (const auto save = LaterSave::open(path, context, progress.part(0.7, 0.9))) {
       filler.complete(*fillings, *save);
-    } else {
-      later.reset();
+      isOtherVersion = otherVersionAt(path, state->base->identity, *fillings).has_value();
     }
   }
   if (auto judged = judgeShownMemory(*plan); !judged) return because(judged.error());
   progress.tell(1.0);
   const QStringList incomplete = filler.incomplete();
-  const QString loss = incomplete.isEmpty() ? lossOfRecords(input, *state)
-                                            : lossOf(incomplete, *state->base, later.has_value());
+  const QString loss =
+      incomplete.isEmpty() ? lossOfRecords(input, *state) : lossOf(incomplete, *state->base, isOtherVersion);
   return RestoredContents{std::move(*plan),
                           state->document.path,
                           state->document.imageFormat,
                           metadataOf(*state),
-                          knownFileOf(*state, base ? base->saved : nullptr, later),
+                          knownFileOf(*state, base ? base->saved : nullptr, *fillings),
                           loss};
 }
 

@@ -234,9 +234,13 @@ JournalWriter::Outcome JournalWriter::append(const Capture& capture) {
   auto draft = drafted(*file_, capture);
   if (!draft) return {.result = Result::needsEverything};
   const std::int64_t before = file_->size;
-  if (auto written = writeRecord(*file_, std::move(*draft)); !written) {
-    return {.result = Result::failed, .reason = written.error()};
+  auto written = writeRecord(*file_, *draft);
+  if (!written && compaction_ != nullptr) {
+    // Its file may take the room that the record needs.
+    postponeCompaction();
+    written = writeRecord(*file_, *draft);
   }
+  if (!written) return {.result = Result::failed, .reason = written.error()};
   needsCompacting_ = needsCompacting_ || isCompactionDue();
   return {.bytesWritten = file_->size - before};
 }
@@ -325,7 +329,8 @@ JournalWriter::Outcome JournalWriter::beginAnew(const Capture& capture) {
 }
 
 void JournalWriter::remove() {
-  files_.removeAll();
+  // Nobody is left to whom a failure would matter: it is offered at the next start.
+  static_cast<void>(files_.removeAll());
   giveUpCompaction();
   file_ = nullptr;
   latest_.clear();
@@ -343,10 +348,8 @@ bool JournalWriter::isCompactionDue() const {
 void JournalWriter::compactPiece() {
   if (!needsCompacting_) return;
   const JournalTurns::Turn turn(*turns_);
-  if (compactSome()) return;
-  // The journal is whole as it stands. The attempt is repeated once it has grown by half.
-  giveUpCompaction();
-  compactAt_ = file_->size + file_->size / 2;
+  // The journal is whole as it stands.
+  if (!compactSome()) postponeCompaction();
 }
 
 Described<void> JournalWriter::compactSome() {
@@ -363,6 +366,11 @@ Described<void> JournalWriter::compactSome() {
   auto next = compaction_->finish(*file_, standing_);
   if (!next) return because(next.error());
   return takePlace(std::move(*next));
+}
+
+void JournalWriter::postponeCompaction() {
+  giveUpCompaction();
+  compactAt_ = file_->size + file_->size / 2;
 }
 
 void JournalWriter::giveUpCompaction() {

@@ -86,6 +86,8 @@ class JournalWriter {
   [[nodiscard]] bool isCompactionDue() const;
   [[nodiscard]] Described<void> compactSome();
   void giveUpCompaction();
+  /// Until the journal has grown by half.
+  void postponeCompaction();
 
   JournalFiles files_;
   std::int64_t maximumBytes_;

@@ -172,10 +172,15 @@ void Recovery::restore(const QString& orphanID, MetalContext& context, QObject* 
   });
 }
 
-void Recovery::discard(const QString& orphanID) {
-  impl_->storeLane->run([store = impl_->store, orphanID] {
-    if (const auto orphan = store.claim(orphanID)) orphan->remove();
-  });
+void Recovery::discard(const QString& orphanID, QObject* receiver, DiscardFailed failed) {
+  impl_->storeLane->run(
+      [store = impl_->store, orphanID, guard = QPointer(receiver), failed = std::move(failed)]() mutable {
+        const auto discarded = store.discard(orphanID);
+        if (discarded) return;
+        runOnMainThread([guard = std::move(guard), failed = std::move(failed), reason = discarded.error()] {
+          if (!guard.isNull()) failed(reason);
+        });
+      });
   impl_->seeToIt(impl_->storeLane);
 }
 
@@ -196,6 +201,11 @@ void Recovery::saved(const Document& document) {
   if (journal == nullptr) return;
   journal->saved();
   impl_->seeToIt(journal->lane());
+}
+
+void Recovery::fileReplaced(const Document& document) {
+  DocumentJournal* journal = impl_->journalOf(document);
+  if (journal != nullptr) journal->fileReplaced();
 }
 
 void Recovery::closed(const Document& document) {

@@ -67,7 +67,10 @@ class Recovery {
   /// so it does if something couldn't be had.
   void restore(const QString& orphanID, MetalContext& context, QObject* receiver, RestoreDone done,
                ProgressChanged progressChanged = {}, CancellationPtr cancellation = nullptr);
-  void discard(const QString& orphanID);
+  using DiscardFailed = std::function<void(const QString& reason)>;
+  /// Removes the orphan, also one that can't be read. If that fails, `failed` is called with a sentence for
+  /// the user.
+  void discard(const QString& orphanID, QObject* receiver, DiscardFailed failed);
 
   // Open documents.
 
@@ -76,6 +79,9 @@ class Recovery {
   /// Its file holds the document: to be told after a save, once the document's flags are set. Its journal is
   /// removed, or begins anew if there have been changes since.
   void saved(const Document& document);
+  /// The program has replaced the document's file, and the document isn't saved all the same: to be told once
+  /// the document knows the new file.
+  void fileReplaced(const Document& document);
   /// The document closes. Its journal is removed: it is clean, or the user doesn't want to save it.
   void closed(const Document& document);
   /// Writes pending changes now if that is quick, for a document that is about to lose its program: at the

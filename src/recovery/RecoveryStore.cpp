@@ -8,20 +8,15 @@
 #include <QSet>
 #include <QThread>
 #include <algorithm>
+#include <cerrno>
 
 namespace orvanel {
 namespace {
 
 /// Unfinished work is left alone for so long: its process may just be about to lock it.
 constexpr int secondsOfGrace = 3600;
-/// Whoever lists the orphans holds their locks for a moment.
 constexpr int claimAttempts = 40;
 constexpr unsigned long millisecondsBetweenAttempts = 25;
-
-bool exists(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0;
-}
 
 /// The time of the last change to any file of a journal, by its id.
 using LastChanges = QMap<QString, QDateTime>;
@@ -41,8 +36,9 @@ LastChanges lastChangesIn(const QString& folder) {
 void removeRest(const JournalFiles& files, const QDateTime& lastChange) {
   if (lastChange.secsTo(QDateTime::currentDateTimeUtc()) < secondsOfGrace) return;
   // In this order, because a part becomes a journal.
-  const bool isBeingWritten = exists(files.part()) && !openLocked(files.part());
-  if (!isBeingWritten && !exists(files.journal())) files.removeAll();
+  const bool isBeingWritten =
+      QFile::exists(QFile::decodeName(files.part().c_str())) && !openLocked(files.part());
+  if (!isBeingWritten && !files.hasJournal()) static_cast<void>(files.removeAll());
 }
 
 /// What the journal and everything that belongs to it takes on the disk. A file that has another name as well
@@ -85,6 +81,26 @@ std::optional<QDateTime> firstOffer(const JournalFiles& files, const QDateTime& 
   const QFileInfo mark(QFile::decodeName(files.offered().c_str()));
   if (!mark.exists() || mark.lastModified().addSecs(1) < end) return std::nullopt;
   return mark.lastModified();
+}
+
+/// Whoever lists the orphans holds their locks for a moment.
+tl::expected<Descriptor, NotLocked> lockSoon(const JournalFiles& files) {
+  auto lock = openLocked(files.journal());
+  for (int attempt = 1; attempt < claimAttempts && !lock; ++attempt) {
+    if (lock.error().error != 0 || !files.hasJournal()) break;
+    QThread::msleep(millisecondsBetweenAttempts);
+    lock = openLocked(files.journal());
+  }
+  return lock;
+}
+
+QString noSuchDocument() {
+  return QStringLiteral("There is no such document to restore.");
+}
+
+QString reasonOf(const NotLocked& failure, const JournalFiles& files) {
+  if (failure.error != 0) return readFailure(failure.error);
+  return files.hasJournal() ? QStringLiteral("The document is open in another window.") : noSuchDocument();
 }
 
 void makeMark(const std::string& path) {
@@ -133,15 +149,19 @@ OrphanList RecoveryStore::offer() const {
   return list;
 }
 
-/// What will never be an orphan: the rest of unfinished work.
+/// What will never be an orphan, nor be needed by one: the rest of unfinished work.
 void RecoveryStore::removeRemains() const {
   const LastChanges changes = lastChangesIn(settings_.folder);
   for (auto entry = changes.begin(); entry != changes.end(); ++entry) {
     const auto files = JournalFiles::named(settings_.folder, entry.key());
-    if (files && !exists(files->journal())) removeRest(*files, entry.value());
-    if (!files || !hasSuccessor(*files)) continue;
-    // Nothing if the process that has restored it lives.
-    if (const auto lock = openLocked(files->journal())) files->removeAll();
+    if (!files) continue;
+    if (!files->hasJournal()) removeRest(*files, entry.value());
+    const bool isFollowed = hasSuccessor(*files);
+    if (!isFollowed && files->parts().isEmpty()) continue;
+    // Nothing if the process lives that writes or has restored it.
+    const auto lock = openLocked(files->journal());
+    if (lock && isFollowed) static_cast<void>(files->removeAll());
+    if (lock && !isFollowed) files->removeParts();
   }
 }
 
@@ -150,7 +170,7 @@ bool RecoveryStore::hasSuccessor(const JournalFiles& files) const {
   const QStringList names = QDir(settings_.folder).entryList({pattern}, QDir::Files | QDir::Hidden);
   return std::ranges::any_of(names, [&](const QString& name) {
     const auto next = JournalFiles::named(settings_.folder, JournalFiles::successorInName(name));
-    return next && exists(next->journal());
+    return next && next->hasJournal();
   });
 }
 
@@ -164,22 +184,26 @@ void RecoveryStore::removeOffered(OrphanList& orphans) const {
     const auto since = files ? firstOffer(*files, orphan.time) : std::nullopt;
     const bool isTooMuch = !isNewest && bytes > settings_.maximumBytes;
     if (!since || (!isTooMuch && !isTooOld(*since))) return false;
-    if (const auto claimed = claim(orphan.id)) claimed->remove();
-    return true;
+    return discard(orphan.id).has_value();
   });
 }
 
 Described<ClaimedOrphan> RecoveryStore::claim(const QString& orphanID) const {
   const auto files = JournalFiles::named(settings_.folder, orphanID);
-  for (int attempt = 0; files && attempt < claimAttempts && exists(files->journal()); ++attempt) {
-    if (attempt > 0) QThread::msleep(millisecondsBetweenAttempts);
-    auto lock = openLocked(files->journal());
-    if (lock) return ClaimedOrphan(*files, std::move(*lock));
-    if (lock.error().error != 0) return because(readFailure(lock.error().error));
-  }
-  if (files && exists(files->journal()))
-    return because(QStringLiteral("The document is open in another window."));
-  return because(QStringLiteral("There is no such document to restore."));
+  if (!files) return because(noSuchDocument());
+  auto lock = lockSoon(*files);
+  if (!lock) return because(reasonOf(lock.error(), *files));
+  return ClaimedOrphan(*files, std::move(*lock));
+}
+
+Described<void> RecoveryStore::discard(const QString& orphanID) const {
+  const auto files = JournalFiles::named(settings_.folder, orphanID);
+  if (!files) return because(noSuchDocument());
+  const auto lock = lockSoon(*files);
+  // Nobody else can open such a file either, but its folder may give it up.
+  const bool isClosed = !lock && (lock.error().error == EACCES || lock.error().error == EIO);
+  if (!lock && !isClosed) return because(reasonOf(lock.error(), *files));
+  return files->removeAll();
 }
 
 JournalFiles RecoveryStore::newJournal() const {

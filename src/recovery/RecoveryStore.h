@@ -22,8 +22,8 @@ class ClaimedOrphan {
   /// Once the journal with these files stands, this is no longer an orphan, even if the process ends before
   /// it is removed.
   void noteSuccessor(const JournalFiles& successor) const;
-  /// Removes it from the store.
-  void remove() const { files_.removeAll(); }
+  /// Removes it from the store, as far as that is possible.
+  void remove() const { static_cast<void>(files_.removeAll()); }
 
  private:
   JournalFiles files_;
@@ -42,6 +42,8 @@ class RecoveryStore {
   [[nodiscard]] OrphanList offer() const;
   /// Fails with a sentence for the user if there is no such orphan, or somebody else has claimed it.
   [[nodiscard]] Described<ClaimedOrphan> claim(const QString& orphanID) const;
+  /// Removes the orphan, also one that can't be opened. Fails with a sentence for the user.
+  [[nodiscard]] Described<void> discard(const QString& orphanID) const;
   /// The names of a new journal's files. Makes nothing: who writes them makes the folder, too.
   [[nodiscard]] JournalFiles newJournal() const;
 

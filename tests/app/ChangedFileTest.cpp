@@ -9,6 +9,7 @@
 #include <QThread>
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "AppFixture.h"
 #include "app/AppDelegate.h"
@@ -48,11 +49,11 @@ class ChangedFileTest : public AppFixture {
     files.settleWrites();
   }
   void saveAsWithFailure(const DocumentPtr& document, const QString& file, testing::FailingStep::Step step) {
-    testing::FailingStep disk(step);
-    const ScopedFileOperations scope(disk);
+    brokenDisk.emplace(step);
     dialogs.savePaths.push(file);
     files.saveAs(document);
     files.settleWrites();
+    brokenDisk.reset();
     EXPECT_TRUE(document->isDirty.value());
   }
   static QByteArray contents(const QString& file) {
@@ -60,6 +61,14 @@ class ChangedFileTest : public AppFixture {
     EXPECT_TRUE(opened.open(QIODevice::ReadOnly));
     return opened.readAll();
   }
+  /// A disk on which this step fails from now on.
+  struct BrokenDisk {
+    explicit BrokenDisk(testing::FailingStep::Step step) : disk(step), scope(disk) {}
+    testing::FailingStep disk;
+    ScopedFileOperations scope;
+  };
+  std::optional<BrokenDisk> brokenDisk;
+
   /// As another program does that writes into the file.
   static void overwrite(const QString& file) {
     QFile opened(file);
@@ -323,7 +332,8 @@ TEST_F(ChangedFileTest, WhatAppearsWhereASaveAsIsToGoIsAskedAbout) {
   files.saveAs(document);
   overwrite(path("Sky.tessel"));
   files.settleWrites();
-  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "There is already a file \"Sky.tessel\".");
   EXPECT_EQ(contents(path("Sky.tessel")), "by another program");
   EXPECT_TRUE(document->isDirty.value());
   dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
@@ -374,6 +384,44 @@ TEST_F(ChangedFileTest, AnImageKnowsWhatWasExportedOverIt) {
   save(document);
   EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
   EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, AnExportOverTheImageEndsWhatWasAgreedOnBefore) {
+  const DocumentPtr document = openEdited(writeImage("photo.png"));
+  overwrite(path("photo.png"));
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  dialogs.duringQuestion = [&] { brokenDisk.emplace(testing::FailingStep::Step::rename); };
+  save(document);
+  brokenDisk.reset();
+  ASSERT_TRUE(document->isDirty.value());
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  files.exportImage(document);
+  files.settleWrites();
+  dialogs.overwriteQuestions.clear();
+  save(document);
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  EXPECT_FALSE(document->isDirty.value());
+}
+
+TEST_F(ChangedFileTest, ASavedDocumentWhoseFileHasGoneIsUnsaved) {
+  const DocumentPtr document = addEdited("Sky");
+  save(document);
+  const DocumentPtr other = addDocument(QStringLiteral("Sea"));
+  Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+  QThread::msleep(10);
+  QApplication::processEvents();
+  EXPECT_FALSE(document->isDirty.value());
+  ASSERT_TRUE(QFile::remove(path("Sky.tessel")));
+  EXPECT_TRUE(waitUntil([&] {
+    Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive);
+    return document->isDirty.value();
+  }));
+  EXPECT_FALSE(other->isDirty.value()) << "it never had one";
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
+  save(document);
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" is no longer where it was.");
+  EXPECT_TRUE(QFile::exists(path("Sky.tessel")));
 }
 
 TEST_F(ChangedFileTest, AnExportLeavesWhatAppearsMeanwhile) {

@@ -5,6 +5,7 @@
 #include "BackgroundBlock.h"
 #include "app/AppDelegate.h"
 #include "app/WindowAccessor.h"
+#include "io/files/FileOperations.h"
 #include "model/LevelsAdjustment.h"
 
 namespace orvanel {
@@ -107,6 +108,35 @@ TEST_F(ClosingTest, SavingAnUntitledDocumentAsksForAFile) {
   EXPECT_EQ(document->name.value(), "Sea");
   EXPECT_EQ(document->sourceFileURL.value(), path("Sea.tessel"));
   EXPECT_TRUE(QFile::exists(path("Sea.tessel")));
+}
+
+TEST_F(ClosingTest, ASaveThatGoesToASecondFileAdoptsThat) {
+  const DocumentPtr document = addUnsaved(QStringLiteral("Untitled"));
+  const DocumentPtr refused = addUnsaved(QStringLiteral("Other"));
+  dialogs.savePaths.push(path("Sea.tessel"));
+  dialogs.savePaths.push(path("Sea 2.tessel"));
+  dialogs.saveAnswers.push(SaveAnswer::save);
+  dialogs.saveAnswers.push(SaveAnswer::cancel);
+  dialogs.overwriteAnswers.push(OverwriteAnswer::saveAs);
+  // Another program puts a file there while the save runs.
+  struct Program final : FileOperations {
+    int sync(int file) override {
+      QFile::copy(theirs, place);
+      return FileOperations::sync(file);
+    }
+    QString theirs;
+    QString place;
+  };
+  Program program;
+  program.theirs = writeText("theirs", "by another program");
+  program.place = path("Sea.tessel");
+  const ScopedFileOperations scope(program);
+  AppDelegate delegate(state, files, {});
+  EXPECT_EQ(delegate.applicationShouldTerminate(), TerminationReply::cancel);
+  EXPECT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_EQ(document->sourceFileURL.value(), path("Sea 2.tessel"));
+  EXPECT_EQ(document->name.value(), "Sea 2");
 }
 
 TEST_F(ClosingTest, ACancelledPanelCountsAsARefusal) {

@@ -62,6 +62,43 @@ class DocumentRecoveryTest : public AppFixture {
     EXPECT_TRUE(waitForJournals(1));
     return document;
   }
+  /// A document that has never been saved, or one that has, goes to another file, and the program ends before
+  /// that is in its place.
+  DocumentPtr crashInSaveAs(bool hasFile) {
+    const DocumentPtr document = hasFile ? addSavedAndEdited("Sky") : addEdited("Sky");
+    {
+      testing::FailingStep disk(testing::FailingStep::Step::rename);
+      const ScopedFileOperations scope(disk);
+      dialogs.savePaths.push(path("Sea.tessel"));
+      files.saveAs(document);
+      files.settleWrites();
+    }
+    recovery->recordNow();
+    crashAndStart();
+    return document;
+  }
+  /// Restores what a save to another file left, twice, because the second process ends as well. Saves it, and
+  /// returns the questions.
+  std::vector<std::string> questionsAtSaveAfterTwoCrashes() {
+    offer(RecoveryAnswer::restore, 1);
+    recovery->recordNow();
+    crashAndStart();
+    offer(RecoveryAnswer::restore, 1);
+    const DocumentPtr document = state.windowState.activeDocument();
+    EXPECT_EQ(document->sourceFileURL.value(), path("Sea.tessel"));
+    dialogs.overwriteQuestions.clear();
+    files.save(document);
+    files.settleWrites();
+    std::vector<std::string> questions;
+    for (const auto& question : dialogs.overwriteQuestions) questions.push_back(question.first);
+    EXPECT_EQ(document->isDirty.value(), !questions.empty());
+    document->setDirty(false);
+    state.windowState.closeDocument(document->id);
+    recovery->closeAll();
+    EXPECT_TRUE(waitForJournals(0));
+    QFile::remove(path("Sea.tessel"));
+    return questions;
+  }
   void openAndEditImage(const char* name) {
     files.open({writeImage(name)});
     ASSERT_TRUE(waitForFiles());
@@ -240,6 +277,82 @@ TEST_F(DocumentRecoveryTest, SoDoesARestoredImage) {
   writeByAnotherProgram(path("photo.png"), -1000);
   offer(RecoveryAnswer::restore, 1);
   expectQuestionAtSave();
+}
+
+TEST_F(DocumentRecoveryTest, NobodyKnowsWhichOfTwoVersionsIsTheLaterOne) {
+  addSavedAndEdited("Sky");
+  const auto other = DocumentIO::loadSynchronously(path("Sky.tessel"), state.metalContext);
+  ASSERT_TRUE(other);
+  (*other)->addLayer(QStringLiteral("Birds"));
+  ASSERT_TRUE(DocumentIO::saveSynchronously(*other, path("Sky.tessel"), state.metalContext));
+  crashAndStart();
+  offer(RecoveryAnswer::restore, 1);
+  files.save(state.windowState.activeDocument());
+  files.settleWrites();
+  ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));
+  EXPECT_EQ(dialogs.overwriteQuestions[0].first, "\"Sky.tessel\" holds another version of this document.");
+  EXPECT_THAT(dialogs.overwriteQuestions[0].second, ::testing::HasSubstr("may be older or newer"));
+}
+
+TEST_F(DocumentRecoveryTest, ASaveAsThatACrashHasEndedIsDoneWithoutAQuestion) {
+  for (const bool hasFile : {true, false}) {
+    crashInSaveAs(hasFile);
+    EXPECT_THAT(questionsAtSaveAfterTwoCrashes(), IsEmpty());
+  }
+}
+
+TEST_F(DocumentRecoveryTest, ASaveAsThatACrashHasEndedAsksAboutTheFileThatWasThere) {
+  for (const bool hasFile : {true, false}) {
+    writeText("Sea.tessel", "by another program");
+    crashInSaveAs(hasFile);
+    EXPECT_THAT(questionsAtSaveAfterTwoCrashes(), ElementsAre("There is already a file \"Sea.tessel\"."));
+  }
+}
+
+TEST_F(DocumentRecoveryTest, WhatASaveAsHadWrittenBeforeACrashIsKnownAsTheDocuments) {
+  for (const bool hasFile : {true, false}) {
+    const DocumentPtr document = crashInSaveAs(hasFile);
+    ASSERT_TRUE(DocumentIO::saveSynchronously(document, path("Sea.tessel"), state.metalContext));
+    EXPECT_THAT(questionsAtSaveAfterTwoCrashes(),
+                ElementsAre("\"Sea.tessel\" holds another version of this document."));
+  }
+}
+
+TEST_F(DocumentRecoveryTest, AnImageKnowsWhatWasExportedOverItAfterACrashAsWell) {
+  openAndEditImage("photo.png");
+  dialogs.exportTargets.push({path("photo.png"), 0});
+  files.exportImage(state.windowState.activeDocument());
+  files.settleWrites();
+  recovery->recordNow();
+  crashAndStart();
+  offer(RecoveryAnswer::restore, 1);
+  const DocumentPtr document = state.windowState.activeDocument();
+  files.save(document);
+  files.settleWrites();
+  EXPECT_FALSE(document->isDirty.value());
+  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+}
+
+/// Its files can't be removed.
+class LastingDisk final : public FileOperations {
+ public:
+  int removeFile(const std::string& /*path*/) override {
+    errno = EACCES;
+    return -1;
+  }
+};
+
+TEST_F(DocumentRecoveryTest, SaysThatSomethingCouldntBeDiscarded) {
+  addEdited("Sky");
+  crashAndStart();
+  LastingDisk disk;
+  const ScopedFileOperations scope(disk);
+  offer(RecoveryAnswer::discard, 0);
+  ASSERT_TRUE(waitUntil([this] { return !dialogs.warnings.empty(); }));
+  EXPECT_EQ(dialogs.warnings[0].first, "Failed to Discard");
+  EXPECT_EQ(dialogs.warnings[0].second,
+            "Sky: The recovery data can't be removed: Permission denied.\n\nIt will be offered again at the "
+            "next start.");
 }
 
 TEST_F(DocumentRecoveryTest, ARestoredImageIsSavedOverItsFileWithoutAQuestion) {

@@ -34,6 +34,7 @@ class ChildDisk final : public FileOperations {
     return -1;
   }
   int renameFile(const std::string& from, const std::string& to) override {
+    while (to == diesAfterRenamingTo && !mayReplace) QThread::msleep(1);
     const int result = FileOperations::renameFile(from, to);
     if (to.ends_with(".journal") && isJournalRead_.exchange(false)) ++compactions;
     if (to == diesAfterRenamingTo) ::kill(::getpid(), SIGKILL);
@@ -48,6 +49,8 @@ class ChildDisk final : public FileOperations {
   }
 
   std::string diesAfterRenamingTo;
+  /// Before, that file isn't replaced.
+  std::atomic<bool> mayReplace = false;
   std::atomic<std::int64_t> compactions = 0;
 
  private:
@@ -150,7 +153,7 @@ void dieInSave(const QString& folder, unsigned seed) {
   settings.interval = std::chrono::hours(1);
   settings.patience = std::chrono::minutes(10);
   // Enough for the journal, but not for the copy of a file.
-  const bool isFileHeld = seed < 4;
+  const bool isFileHeld = seed < 4 || editsDuringSave(seed);
   if (!isFileHeld) settings.maximumBytes = 480'000;
   const QString path = folder + QStringLiteral("/saved.tessel");
   const DocumentPtr document = richDocument(modes[seed % modes.size()]);
@@ -173,8 +176,17 @@ void dieInSave(const QString& folder, unsigned seed) {
   document->setDirty(false);
   recovery.recordNow();
   disk.diesAfterRenamingTo = path.toStdString();
-  static_cast<void>(DocumentIO::saveSynchronously(document, path, MetalContext::shared()));
-  std::_Exit(5);
+  QObject receiver;
+  DocumentIO::save(document, path, MetalContext::shared(), &receiver,
+                   [](const FileResult<void>&) { std::_Exit(5); });
+  if (editsDuringSave(seed)) {
+    document->setOpacity(document->activeLayer()->id, 0.75F);
+    document->setDirty(true);
+    recovery.recordNow();
+    tell(*document, last);
+  }
+  disk.mayReplace = true;
+  for (;;) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 }  // namespace orvanel::testing

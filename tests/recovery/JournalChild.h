@@ -41,8 +41,13 @@ struct StateReport {
 [[noreturn]] void runUntilKilled(const QString& folder, unsigned seed);
 
 inline constexpr const char* dieInSaveArgument = "--die-in-save";
-/// Edits a saved document, and dies in the moment in which the next save has replaced the file. From the seed
-/// 4 on there is no room for a copy of that file.
+/// With this seed the document is edited once more while the save runs.
+[[nodiscard]] constexpr bool editsDuringSave(unsigned seed) {
+  return seed >= 8;
+}
+
+/// Edits a saved document, and dies in the moment in which the next save has replaced the file. With the
+/// seeds 4 to 7 there is no room for a copy of that file.
 [[noreturn]] void dieInSave(const QString& folder, unsigned seed);
 
 }  // namespace orvanel::testing

@@ -1,6 +1,7 @@
 #include "recovery/JournalCompaction.h"
 
 #include "io/files/FaultyDisk.h"
+#include "recovery/DiskReserve.h"
 #include "recovery/JournalWriterFixture.h"
 
 namespace orvanel {
@@ -65,6 +66,51 @@ TEST_F(JournalCompactionTest, isGivenUpWhenTheJournalBeginsAnew) {
   record();
   EXPECT_FALSE(writer->needsCompacting());
   EXPECT_FALSE(files().join(u' ').contains(QStringLiteral(".part")));
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
+/// A disk with room for so many bytes in this folder, beyond what is left to the user's files.
+class SmallDisk final : public FileOperations {
+ public:
+  explicit SmallDisk(QString folder) : folder_(std::move(folder)) {}
+  int measureSpace(int /*file*/, DiskSpace& space) override {
+    const auto room = static_cast<std::uint64_t>(std::max<std::int64_t>(capacity - taken(), 0));
+    space = {largestReserve + room, std::uint64_t{1} << 40U};
+    return 0;
+  }
+
+  [[nodiscard]] std::int64_t taken() const {
+    std::int64_t bytes = 0;
+    for (const QFileInfo& file : QDir(folder_).entryInfoList(QDir::Files)) bytes += file.size();
+    return bytes;
+  }
+
+  std::int64_t capacity = std::int64_t{1} << 40U;
+
+ private:
+  QString folder_;
+};
+
+TEST_F(JournalCompactionTest, makesRoomForRecordsOnAFullDisk) {
+  SmallDisk disk(settings().folder);
+  const ScopedFileOperations scope(disk);
+  // So much that not all of the new file waits in memory.
+  for (int layer = 0; layer < 8; ++layer) {
+    document->duplicateNode(document->activeLayer()->id);
+    changePixels(*document);
+  }
+  record();
+  while (!writer->needsCompacting()) {
+    changePixels(*document);
+    record();
+  }
+  writer->compactPiece();
+  ASSERT_GT(disk.taken(), writer->size() + 1'000'000);
+  disk.capacity = disk.taken();
+  changePixels(*document);
+  record();
+  EXPECT_EQ(files().size(), 1);
+  EXPECT_FALSE(writer->needsCompacting()) << "it would only fill the disk again";
   EXPECT_EQ(firstDifference(*document, *readBack()), "");
 }
 

@@ -30,6 +30,12 @@ class RecoveryTest : public ::testing::Test {
     return chosen;
   }
   [[nodiscard]] RecoveryStore store() const { return RecoveryStore(settings()); }
+  /// To which everything is too old that has been offered.
+  [[nodiscard]] RecoveryStore strictStore() const {
+    RecoverySettings strict = settings();
+    strict.maximumAge = std::chrono::hours(-1);
+    return RecoveryStore(strict);
+  }
   [[nodiscard]] QStringList files() const {
     return QDir(settings().folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
   }
@@ -48,6 +54,8 @@ class RecoveryTest : public ::testing::Test {
     ASSERT_EQ(file.write(bytes), bytes.size());
   }
 
+  static void notDiscarded(const QString& reason) { ADD_FAILURE() << reason.toStdString(); }
+
   /// The program starts, follows the document, and ends without a word.
   void crashWith(const DocumentPtr& document) const {
     Recovery recovery(settings());
@@ -55,18 +63,22 @@ class RecoveryTest : public ::testing::Test {
     recovery.recordNow();
   }
 
-  [[nodiscard]] DocumentPtr restored(const QString& orphanID) const {
-    const auto orphan = store().claim(orphanID);
-    if (!orphan) return nullptr;
-    const auto contents = orphan->restore(MetalContext::shared(), {});
-    return contents ? buildRestored(*contents, MetalContext::shared()) : nullptr;
-  }
-  /// From the only orphan of the store; null without one, or if it can't be restored.
-  [[nodiscard]] DocumentPtr restored() const {
+  // Of the only orphan in the store.
+  [[nodiscard]] Described<ClaimedOrphan> claimOrphan() const {
     const OrphanList orphans = store().orphans();
     EXPECT_EQ(orphans.size(), 1U);
-    return orphans.empty() ? nullptr : restored(orphans.front().id);
+    return store().claim(orphans.empty() ? QString() : orphans.front().id);
   }
+  [[nodiscard]] Described<RestoredContents> contentsOfOrphan() const {
+    const auto orphan = claimOrphan();
+    return orphan ? orphan->restore(MetalContext::shared(), {}) : because(orphan.error());
+  }
+  /// Null if it can't be restored.
+  [[nodiscard]] DocumentPtr restored() const {
+    const auto found = contentsOfOrphan();
+    return found ? buildRestored(*found, MetalContext::shared()) : nullptr;
+  }
+  void discard() const { claimOrphan()->remove(); }
 
   /// Delivers what waits for the main thread until the condition holds.
   static bool waitUntil(const std::function<bool()>& condition) {

@@ -1,5 +1,6 @@
 #include "recovery/RecoveryStore.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <utime.h>
 
@@ -80,6 +81,31 @@ TEST_F(RecoveryStoreTest, aLaterJournalOfTheSameDocumentTakesItsPlace) {
   EXPECT_EQ(files().filter(first), QStringList()) << "nobody needs it any more";
 }
 
+TEST_F(RecoveryStoreTest, whatIsDiscardedTakesTheOrphansBeforeItAlong) {
+  crashWith(unsavedDocument());
+  const QString copied = journalPath();
+  QString last = store().orphans().at(0).id;
+  for (const char* id : {"0A1B2C3D-0000-4000-8000-000000000001", "0A1B2C3D-0000-4000-8000-000000000002"}) {
+    const auto next = JournalFiles::named(settings().folder, QString::fromLatin1(id));
+    store().claim(last)->noteSuccessor(*next);
+    ASSERT_TRUE(QFile::copy(copied, QFile::decodeName(next->journal().c_str())));
+    last = QString::fromLatin1(id);
+  }
+  ASSERT_EQ(store().orphans().size(), 1U);
+  ASSERT_TRUE(store().discard(last).has_value());
+  EXPECT_TRUE(store().orphans().empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+TEST_F(RecoveryStoreTest, whatIsDiscardedLeavesAnOrphanWhoseSuccessorNeverStood) {
+  crashWith(unsavedDocument());
+  const auto next =
+      JournalFiles::named(settings().folder, QStringLiteral("0A1B2C3D-0000-4000-8000-000000000001"));
+  claimOrphan()->noteSuccessor(*next);
+  EXPECT_TRUE(next->removeAll().has_value());
+  EXPECT_EQ(store().orphans().size(), 1U);
+}
+
 TEST_F(RecoveryStoreTest, namesThatAreNoIdsLeadNowhere) {
   crashWith(unsavedDocument());
   for (const char* id : {"", "../secret", "nonsense", "00000000-0000-0000-0000-000000000000"}) {
@@ -102,12 +128,10 @@ TEST_F(RecoveryStoreTest, listsTheNewestFirst) {
 
 TEST_F(RecoveryStoreTest, removesWhatWasOfferedTooLongAgo) {
   crashWith(unsavedDocument());
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U);
-  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
-  EXPECT_EQ(RecoveryStore(strict).orphans().size(), 1U) << "listing removes nothing";
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(strictStore().orphans().size(), 1U);
+  EXPECT_EQ(strictStore().offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_EQ(strictStore().orphans().size(), 1U) << "listing removes nothing";
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -117,9 +141,7 @@ TEST_F(RecoveryStoreTest, theAgeCountsFromTheFirstOffer) {
   const utimbuf longAgo{1'000'000'000, 1'000'000'000};
   ::utime(QFile::encodeName(journal).constData(), &longAgo);
   for (int start = 0; start < 3; ++start) EXPECT_EQ(store().offer().size(), 1U);
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -147,7 +169,7 @@ TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
     EXPECT_EQ(orphans[0].time.toSecsSinceEpoch(), longAgo.modtime);
     EXPECT_GT(orphans[0].bytes, 0);
   }
-  const auto claimed = store().claim(store().orphans().at(0).id);
+  const auto claimed = claimOrphan();
   ASSERT_TRUE(claimed.has_value());
   const auto contents = claimed->restore(MetalContext::shared(), {});
   ASSERT_FALSE(contents.has_value());
@@ -160,10 +182,8 @@ TEST_F(RecoveryStoreTest, offersWhatAnotherVersionWroteHoweverOldItIs) {
 TEST_F(RecoveryStoreTest, whatCantBeReadIsBoundedLikeTheRest) {
   crashWith(unsavedDocument());
   makeOfOtherVersion(journalPath());
-  RecoverySettings strict = settings();
-  strict.maximumAge = std::chrono::hours(-1);
-  EXPECT_EQ(RecoveryStore(strict).offer().size(), 1U) << "nobody has been told of it before";
-  EXPECT_TRUE(RecoveryStore(strict).offer().empty());
+  EXPECT_EQ(strictStore().offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_TRUE(strictStore().offer().empty());
   EXPECT_EQ(files(), QStringList());
 }
 
@@ -220,6 +240,80 @@ TEST_F(RecoveryStoreTest, whatCantBeOpenedIsListedWithItsReason) {
   EXPECT_EQ(store().orphans().at(0).obstacle, QString()) << "it is still there";
 }
 
+TEST_F(RecoveryStoreTest, whatCantBeOpenedCanBeDiscarded) {
+  for (const int reason : {EACCES, EIO}) {
+    crashWith(unsavedDocument());
+    const QString id = store().orphans().at(0).id;
+    ClosedDisk disk(reason);
+    const ScopedFileOperations scope(disk);
+    EXPECT_TRUE(store().discard(id).has_value());
+    EXPECT_EQ(files(), QStringList());
+  }
+}
+
+TEST_F(RecoveryStoreTest, whatOnlyThisProcessCantOpenStays) {
+  crashWith(unsavedDocument());
+  const QString id = store().orphans().at(0).id;
+  ClosedDisk disk(EMFILE);
+  const ScopedFileOperations scope(disk);
+  EXPECT_FALSE(store().discard(id).has_value()) << "another one may be writing it";
+  EXPECT_EQ(store().orphans().size(), 1U);
+}
+
+TEST_F(RecoveryStoreTest, whatCantBeOpenedIsBoundedLikeTheRest) {
+  crashWith(unsavedDocument());
+  ClosedDisk disk(EIO);
+  const ScopedFileOperations scope(disk);
+  EXPECT_EQ(strictStore().offer().size(), 1U) << "nobody has been told of it before";
+  EXPECT_TRUE(strictStore().offer().empty());
+  EXPECT_EQ(files(), QStringList());
+}
+
+/// Its files can't be removed.
+class LastingDisk final : public FileOperations {
+ public:
+  int removeFile(const std::string& /*path*/) override {
+    errno = EROFS;
+    return -1;
+  }
+};
+
+TEST_F(RecoveryStoreTest, whatCantBeRemovedIsOfferedAgainAndSaidToStay) {
+  crashWith(unsavedDocument());
+  LastingDisk disk;
+  const ScopedFileOperations scope(disk);
+  const auto discarded = store().discard(store().orphans().at(0).id);
+  ASSERT_FALSE(discarded.has_value());
+  EXPECT_EQ(discarded.error(), QStringLiteral("The recovery data can't be removed: Read-only file system."));
+  for (int start = 0; start < 3; ++start) EXPECT_EQ(strictStore().offer().size(), 1U);
+}
+
+/// Its files can be read and not written.
+class ReadOnlyDisk final : public FileOperations {
+ public:
+  explicit ReadOnlyDisk(int reason) : reason_(reason) {}
+  int openFile(const std::string& path, int flags) override {
+    if ((flags & O_ACCMODE) == O_RDONLY) return FileOperations::openFile(path, flags);
+    errno = reason_;
+    return -1;
+  }
+
+ private:
+  int reason_;
+};
+
+TEST_F(RecoveryStoreTest, whatCantBeWrittenIsRestoredAllTheSame) {
+  const DocumentPtr document = unsavedDocument();
+  crashWith(document);
+  for (const int reason : {EACCES, EROFS}) {
+    ReadOnlyDisk disk(reason);
+    const ScopedFileOperations scope(disk);
+    ASSERT_EQ(store().offer().size(), 1U);
+    EXPECT_EQ(store().offer().at(0).obstacle, QString());
+    EXPECT_EQ(firstDifference(*document, *restored()), "");
+  }
+}
+
 TEST_F(RecoveryStoreTest, norIsMemoryThatIsLow) {
   const DocumentPtr document = unsavedDocument();
   crashWith(document);
@@ -244,7 +338,7 @@ TEST_F(RecoveryStoreTest, tellsWhatADiskThatFailsDoesntGiveBack) {
     testing::changePixels(*document);
     recovery.recordNow();
   }
-  const auto orphan = store().claim(store().orphans().at(0).id);
+  const auto orphan = claimOrphan();
   ASSERT_TRUE(orphan.has_value());
   testing::UnreadableDisk disk(sizeOfFirst);
   const ScopedFileOperations scope(disk);
@@ -286,10 +380,31 @@ TEST_F(RecoveryStoreTest, removesUnfinishedWorkOnceItIsOld) {
   EXPECT_FALSE(QFile::exists(part));
 }
 
+TEST_F(RecoveryStoreTest, removesWhatKilledWorkHasLeftBesideAnOrphan) {
+  const DocumentPtr document = unsavedDocument();
+  const auto putParts = [this] {
+    const QString journal = journalPath().chopped(QStringLiteral("journal").size());
+    put(journal + QStringLiteral("part"), "half");
+    put(journal + QStringLiteral("1.base.part"), "half");
+  };
+  const auto parts = [this] { return files().filter(QStringLiteral(".part")); };
+  {
+    Recovery living(settings());
+    living.follow(document);
+    living.recordNow();
+    putParts();
+    static_cast<void>(store().offer());
+    EXPECT_EQ(parts().size(), 2) << "its process is at work";
+  }
+  ASSERT_EQ(store().offer().size(), 1U);
+  EXPECT_EQ(parts(), QStringList());
+  EXPECT_EQ(firstDifference(*document, *restored()), "");
+}
+
 TEST_F(RecoveryStoreTest, otherFilesStay) {
   crashWith(unsavedDocument());
   put(QDir(settings().folder).filePath(QStringLiteral("notes.txt")), "mine");
-  store().claim(store().orphans().at(0).id)->remove();
+  discard();
   EXPECT_EQ(files(), QStringList{QStringLiteral("notes.txt")});
 }
 

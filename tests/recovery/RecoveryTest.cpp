@@ -31,7 +31,7 @@ TEST_F(RecoveryTest, givesBackAnUnsavedDocument) {
     EXPECT_TRUE(back->isDirty.value());
     EXPECT_EQ(back->sourceFileURL.value(), std::nullopt);
     EXPECT_FALSE(back->undoStack.undoActionName());
-    store().claim(store().orphans().front().id)->remove();
+    discard();
   }
 }
 
@@ -173,7 +173,7 @@ TEST_F(RecoveryTest, findsAndDiscardsOrphans) {
   recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
   ASSERT_TRUE(waitUntil([&] { return found.has_value(); }));
   ASSERT_EQ(found->size(), 1U);
-  recovery.discard(found->front().id);
+  recovery.discard(found->front().id, &receiver, notDiscarded);
   recovery.recordNow();
   found.reset();
   recovery.findOrphans(&receiver, [&](const OrphanList& list) { found = list; });
@@ -216,7 +216,7 @@ TEST_F(RecoveryTest, aFullDiskSuspendsAndLaterEverythingIsThere) {
     const DocumentPtr back = restored();
     ASSERT_NE(back, nullptr) << capacity;
     EXPECT_EQ(firstDifference(*now, *back), "") << capacity;
-    store().claim(store().orphans().at(0).id)->remove();
+    discard();
   }
 }
 

@@ -88,7 +88,7 @@ TEST_F(ThreadShortageTest, whatWasLeftIsOfferedAsSoonAsItCanBeLookedFor) {
   ASSERT_EQ(found->size(), 1U);
   {
     const ThreadShortage shortage;
-    recovery.discard(found->at(0).id);
+    recovery.discard(found->at(0).id, &receiver, notDiscarded);
   }
   EXPECT_TRUE(waitUntil([&] { return files().isEmpty(); }));
 }

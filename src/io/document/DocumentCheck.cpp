@@ -67,8 +67,13 @@ QString reasonToDrop(const NodeManifest& node, bool isInside) {
   return QStringLiteral("Its id is not valid.");
 }
 
-/// The nodes of the manifest that aren't planned. Nothing below a layer or a dropped node is.
-std::vector<DroppedNode> droppedNodes(const DocumentPlan& plan) {
+/// The nodes and masks of the manifest that aren't planned. No node below a layer or a dropped one is.
+std::vector<DroppedNode> droppedNodes(const OpenedDocument& plan) {
+  const auto lacksItsMask = [&](const PlannedNode& node, const NodeManifest& manifest) {
+    // An entry that is missing is told as such.
+    return manifest.type == u"layer" && manifest.mask && node.mask == nullptr &&
+           plan.archive.find(maskEntryPath(manifest.id).toStdString());
+  };
   constexpr int none = std::numeric_limits<int>::max();
   std::vector<DroppedNode> dropped;
   auto planned = plan.nodes.begin();
@@ -76,6 +81,8 @@ std::vector<DroppedNode> droppedNodes(const DocumentPlan& plan) {
   for (std::size_t index = 0; index < plan.manifest.nodes.size(); ++index) {
     const NodeManifest& node = plan.manifest.nodes[index];
     if (planned != plan.nodes.end() && planned->manifest == index) {
+      if (lacksItsMask(*planned, node))
+        dropped.push_back({node.name, QStringLiteral("The id of its mask is not valid.")});
       ++planned;
       childless = node.type == u"layer" ? node.depth : none;
       continue;

@@ -21,7 +21,7 @@ struct EntryCheck {
   QString reason;
 };
 
-/// A node of the manifest that opening leaves out.
+/// A node of the manifest that opening leaves out, or one whose mask it leaves out.
 struct DroppedNode {
   QString name;
   /// A sentence.

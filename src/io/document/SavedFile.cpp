@@ -22,12 +22,6 @@ bool SavedSurface::holds(const Surface& surface, int firstRow, int endRow) const
   return true;
 }
 
-std::shared_ptr<const KnownFile> SavedFile::under(const QString& newPath) const {
-  auto saved = std::make_shared<SavedFile>(*this);
-  saved->documentPath = newPath;
-  return saved;
-}
-
 std::optional<FileHandle> SavedFile::open() const {
   auto file = FileHandle::openForReading(path);
   const auto found = file ? FileIdentity::of(file->descriptor()) : std::nullopt;

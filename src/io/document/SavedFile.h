@@ -51,7 +51,6 @@ struct SavedFile final : KnownFile {
   std::string copy;
   SavedSurfaces surfaces;
 
-  [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& newPath) const override;
   /// Opens the file if it is most likely still as it was saved or loaded. Another name for it, such as a
   /// journal's, doesn't matter; what is taken from it is compared with its sums.
   [[nodiscard]] std::optional<FileHandle> open() const;

@@ -13,7 +13,8 @@ enum class DocumentIOError { exportFailed, loadFailed, saveFailed };
 enum class FileState {
   asKnown,
   changed,
-  savedLater,  ///< than the version that was restored
+  unexpected,    ///< something stands where nothing is known to
+  otherVersion,  ///< of the document than the one that was restored
   missing,
 };
 

@@ -86,6 +86,10 @@ int FileOperations::renameFile(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str());
 }
 
+int FileOperations::removeFile(const std::string& path) {
+  return ::unlink(path.c_str());
+}
+
 int FileOperations::linkFile(const std::string& file, const std::string& to) {
   return ::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW);
 }

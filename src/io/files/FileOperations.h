@@ -48,6 +48,7 @@ class FileOperations {
   /// As `sync`, without what only tells of the file.
   virtual int syncData(int file);
   virtual int renameFile(const std::string& from, const std::string& to);
+  virtual int removeFile(const std::string& path);
   /// Gives a file a second name on its file system; a last symbolic link is followed.
   virtual int linkFile(const std::string& file, const std::string& to);
   /// Of the file system on which an open file stands, in bytes.

@@ -12,23 +12,22 @@ std::optional<FileIdentity> identityNow(const QString& path) {
   return FileIdentity::of(QFile::encodeName(path).toStdString());
 }
 
-struct OutdatedFile final : KnownFile {
-  FileIdentity later;
+struct OtherVersion final : KnownFile {
+  FileIdentity other;
 
-  [[nodiscard]] std::shared_ptr<const KnownFile> under(const QString& path) const override {
-    return makeOutdatedFile(path, identity, later);
-  }
   [[nodiscard]] FileState state() const override {
     const auto now = identityNow(documentPath);
-    return now && now->isSameVersionAs(later) ? FileState::savedLater : KnownFile::state();
+    return now && now->isSameVersionAs(other) ? FileState::otherVersion : KnownFile::state();
   }
 };
 
 /// A sentence for the user.
 QString sentenceOf(FileState found) {
   switch (found) {
-    case FileState::savedLater:
-      return QStringLiteral("The file holds a later version of the document than the one that was restored.");
+    case FileState::unexpected:
+      return QStringLiteral("Another file has appeared there.");
+    case FileState::otherVersion:
+      return QStringLiteral("The file holds another version of the document than the one that was restored.");
     case FileState::missing:
       return QStringLiteral("The file is no longer there.");
     case FileState::asKnown:
@@ -41,15 +40,12 @@ QString sentenceOf(FileState found) {
 struct ChosenFile final : KnownFile {
   [[nodiscard]] FileState state() const override {
     const FileState found = KnownFile::state();
-    return found == FileState::missing ? FileState::asKnown : found;
+    if (found == FileState::missing) return FileState::asKnown;
+    return found == FileState::changed && identity == FileIdentity() ? FileState::unexpected : found;
   }
 };
 
 }  // namespace
-
-std::shared_ptr<const KnownFile> KnownFile::under(const QString& path) const {
-  return makeKnownFile(path, identity);
-}
 
 FileState KnownFile::state() const {
   const auto now = identityNow(documentPath);
@@ -75,13 +71,13 @@ KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& iden
   return known;
 }
 
-KnownFilePtr makeOutdatedFile(const QString& documentPath, const FileIdentity& identity,
-                              const FileIdentity& later) {
-  auto outdated = std::make_shared<OutdatedFile>();
-  outdated->documentPath = documentPath;
-  outdated->identity = identity;
-  outdated->later = later;
-  return outdated;
+KnownFilePtr makeOtherVersion(const QString& documentPath, const FileIdentity& identity,
+                              const FileIdentity& other) {
+  auto version = std::make_shared<OtherVersion>();
+  version->documentPath = documentPath;
+  version->identity = identity;
+  version->other = other;
+  return version;
 }
 
 KnownFilePtr chosenFile(const QString& path) {
@@ -90,6 +86,12 @@ KnownFilePtr chosenFile(const QString& path) {
   // No file has the version that stands for none.
   chosen->identity = identityNow(path).value_or(FileIdentity());
   return chosen;
+}
+
+KnownFilePtr noFile(const QString& path) {
+  auto none = std::make_shared<ChosenFile>();
+  none->documentPath = path;
+  return none;
 }
 
 KnownFilePtr knownFileOf(const Document& document, const QString& path) {

@@ -19,8 +19,6 @@ struct KnownFile : FileMemory {
   QString documentPath;
   FileIdentity identity;
 
-  /// The same file of a document that has another path for it.
-  [[nodiscard]] virtual std::shared_ptr<const KnownFile> under(const QString& path) const;
   /// What stands there now. May take as long as the storage does.
   [[nodiscard]] virtual FileState state() const;
 };
@@ -34,12 +32,15 @@ using KnownFilePtr = std::shared_ptr<const KnownFile>;
                                           const Progress& progress);
 
 [[nodiscard]] KnownFilePtr makeKnownFile(const QString& documentPath, const FileIdentity& identity);
-/// The file of a document that was restored from `identity`, although a later version had been saved already.
-[[nodiscard]] KnownFilePtr makeOutdatedFile(const QString& documentPath, const FileIdentity& identity,
-                                            const FileIdentity& later);
+/// The file of a document that was restored as it became after `identity`, while its file holds `other`,
+/// which was saved from the same document: before what was restored or after it.
+[[nodiscard]] KnownFilePtr makeOtherVersion(const QString& documentPath, const FileIdentity& identity,
+                                            const FileIdentity& other);
 /// What stands at a path that the user has chosen to write to, be it nothing: all that may be replaced there.
 /// If it goes meanwhile, there is nothing to lose.
 [[nodiscard]] KnownFilePtr chosenFile(const QString& path);
+/// A path for which the user has agreed to nothing that may stand there.
+[[nodiscard]] KnownFilePtr noFile(const QString& path);
 /// What the document knows of the file at the path; null if that isn't its own. Main thread.
 [[nodiscard]] KnownFilePtr knownFileOf(const Document& document, const QString& path);
 

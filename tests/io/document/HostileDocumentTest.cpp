@@ -117,6 +117,15 @@ TEST(DocumentReader, nodesOfUnknownTypeAreSkippedWithTheirChildren) {
   EXPECT_EQ(found->children.value().size(), 1U);
 }
 
+/// The path of a file with these bytes.
+QString written(const ZipFixture& archive, const QTemporaryDir& place) {
+  QFile file(place.filePath(QStringLiteral("document.tessel")));
+  EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+  const Bytes bytes = archive.make();
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+  return file.fileName();
+}
+
 TEST(DocumentReader, aCheckTellsOfTheNodesThatAreSkipped) {
   const auto folder = [&](const std::string& name, const std::string& id, const std::string& type,
                           const std::string& children) {
@@ -127,13 +136,8 @@ TEST(DocumentReader, aCheckTellsOfTheNodesThatAreSkipped) {
   const std::string nodes =
       folder("Lost", "no uuid", "folder", folder("Inner", goodID, "folder", layerNode("whatever"))) + "," +
       folder("Kept", goodID, "folder", folder("Group", goodID, "group", "")) + "," + layerNode();
-  QTemporaryDir place;
-  QFile file(place.filePath(QStringLiteral("skipped.tessel")));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  const Bytes bytes = fixture(manifest(nodes)).make();
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
-  file.close();
-  const auto check = checkDocument(file.fileName(), MetalContext::shared());
+  const QTemporaryDir place;
+  const auto check = checkDocument(written(fixture(manifest(nodes)), place), MetalContext::shared());
   ASSERT_TRUE(check.has_value());
   EXPECT_FALSE(check->isWhole());
   QStringList dropped;
@@ -142,6 +146,19 @@ TEST(DocumentReader, aCheckTellsOfTheNodesThatAreSkipped) {
   EXPECT_EQ(dropped, (QStringList{QStringLiteral("Lost"), QStringLiteral("Its id is not valid."),
                                   QStringLiteral("Inner"), inside, QStringLiteral("L"), inside,
                                   QStringLiteral("Group"), QStringLiteral("Its type is unknown.")}));
+}
+
+TEST(DocumentReader, aCheckTellsOfAMaskThatIsLeftOut) {
+  ZipFixture archive = fixture(manifest(layerNode(layerID, R"("mask":{"id":"no uuid","isEnabled":true},)")));
+  archive.add(ZipFixture::deflated(std::string("layers/") + layerID + ".mask.layerdata",
+                                   layerdata(LayerdataHeader::of(PixelFormat::r16Float, 3, 2), 12)));
+  const QTemporaryDir place;
+  const auto check = checkDocument(written(archive, place), MetalContext::shared());
+  ASSERT_TRUE(check.has_value());
+  EXPECT_FALSE(check->isWhole());
+  ASSERT_EQ(check->dropped.size(), 1U);
+  EXPECT_EQ(check->dropped[0].name, QStringLiteral("L"));
+  EXPECT_EQ(check->dropped[0].reason, QStringLiteral("The id of its mask is not valid."));
 }
 
 TEST(DocumentReader, theNilUuidIsValid) {
