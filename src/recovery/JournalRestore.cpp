@@ -98,6 +98,7 @@ Described<FoundBase> findBase(const BaseFile& base, const std::vector<Filling>& 
                               const Progress& progress) {
   auto tiles = BaseTiles::of(base, surfacesInUse(fillings, base), context);
   if (!tiles) return because(tiles.error());
+  if (const auto file = FileHandle::openForReading(base.path)) file->settleMappings();
   const auto identity = FileIdentity::of(base.path);
   const bool isAsItWas = identity && identity->isSameVersionAs(base.identity);
   std::vector<std::string> places{base.path};

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "io/document/SaveSnapshot.h"
+#include "io/files/InputFile.h"
 #include "raster/MemoryBudget.h"
 #include "raster/MetalContext.h"
 
@@ -221,7 +222,9 @@ Described<DocumentPlan> planDocument(Manifest manifest, const MetalContext& cont
 
 Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                        const Progress& progress) {
-  return open(ZipReader::open(QFile::encodeName(path).toStdString()), context, progress);
+  const std::string name = QFile::encodeName(path).toStdString();
+  if (const auto file = FileHandle::openForReading(name)) file->settleMappings();
+  return open(ZipReader::open(name), context, progress);
 }
 
 Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const MetalContext& context,

@@ -153,11 +153,15 @@ ArchiveEntry surfaceEntry(const SaveSnapshot::LayerEntry& layer, const SavedFile
   return entry;
 }
 
-/// The device that a file of that path would stand on; 0 if there is no such folder.
+/// The device that a file of that path stands on, or would stand on, whatever links lead there; 0 if there is
+/// no such folder.
 std::uint64_t deviceOf(const QString& path) {
-  struct stat folder {};
-  const QByteArray name = QFile::encodeName(QFileInfo(path).absolutePath());
-  return ::stat(name.constData(), &folder) == 0 ? folder.st_dev : 0;
+  const auto device = [](const QString& place) {
+    struct stat found {};
+    return ::stat(QFile::encodeName(place).constData(), &found) == 0 ? std::uint64_t{found.st_dev} : 0;
+  };
+  const std::uint64_t ofFile = device(path);
+  return ofFile != 0 ? ofFile : device(QFileInfo(path).absolutePath());
 }
 
 /// What the archive that was just written holds.

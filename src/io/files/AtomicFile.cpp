@@ -34,6 +34,10 @@ QString writeFailure(int error) {
   return QStringLiteral("The file can't be written: %1.").arg(systemReason(error));
 }
 
+QString differsOnDisk() {
+  return QStringLiteral("The file on the disk differs from what was written.");
+}
+
 bool isOutOfRoom(int error) {
   return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }
@@ -171,7 +175,6 @@ Described<AtomicFile::RangeCopy> AtomicFile::append(int source, std::int64_t off
   if (position_ != size_) return because(QStringLiteral("The file can't be written beyond its end."));
   if (count == 0) return RangeCopy::copied;
   if (auto result = flush(); !result) return because(result.error());
-  hasCopied_ = true;
   // Sharing works on whole blocks, and on file systems that know how.
   const bool isOnGrid = (offset | position_ | static_cast<std::int64_t>(count)) % sharedBlock == 0;
   if (mayShare_ && isOnGrid) {
@@ -228,15 +231,13 @@ Described<void> AtomicFile::closeAndCheck() {
   if (FileOperations::current().sync(file_) != 0) {
     return because(QStringLiteral("The file can't be written to the disk: %1.").arg(systemReason(errno)));
   }
-  // What was copied within the kernel may still be in the cache; it is to be read back from the disk.
-  if (hasCopied_) ::posix_fadvise(file_, 0, 0, POSIX_FADV_DONTNEED);
+  // What is still in the cache is to be read back from the disk.
+  ::posix_fadvise(file_, 0, 0, POSIX_FADV_DONTNEED);
   const int closing = ::close(file_);
   file_ = -1;
   if (closing != 0) return because(QStringLiteral("The file can't be closed: %1.").arg(systemReason(errno)));
-  struct stat written {};
-  if (::stat(temporaryPath_.c_str(), &written) != 0 || written.st_size != size_) {
-    return because(QStringLiteral("The file on the disk differs from what was written."));
-  }
+  synced_ = FileIdentity::of(temporaryPath_);
+  if (!synced_ || synced_->size != size_) return because(differsOnDisk());
   return {};
 }
 
@@ -250,12 +251,17 @@ Described<void> AtomicFile::commit(const std::function<Described<void>(const std
   if (auto result = flush(); !result) return result;
   if (auto result = closeAndCheck(); !result) return result;
   if (auto result = verify(temporaryPath_); !result) return result;
+  // Nobody else should write to the new file; if somebody has, it isn't what was verified.
+  const auto verified = FileIdentity::of(temporaryPath_);
+  if (!verified || !verified->isSameVersionAs(*synced_)) return because(differsOnDisk());
   if (!isDestinationAsFound()) return because(QStringLiteral("The file was changed by another program."));
   // Held across the renaming, so that the identity is that of this file whatever happens to the name.
   const int written = ::open(temporaryPath_.c_str(), O_RDONLY | O_CLOEXEC);
   const auto identify = [&] {
-    if (written >= 0) committed_ = FileIdentity::of(written);
+    committed_ = written >= 0 ? FileIdentity::of(written) : std::nullopt;
     if (written >= 0) ::close(written);
+    // What somebody writes from now on is another version than the one that was verified.
+    if (committed_ && !committed_->isSameVersionAs(*synced_)) committed_ = synced_;
   };
   if (replace(temporaryPath_, destination_) != 0) {
     const int reason = errno;

@@ -73,7 +73,7 @@ class AtomicFile {
   std::int64_t pushedTo_ = 0;
   bool mayShare_ = true;
   bool mayCopyInKernel_ = true;
-  bool hasCopied_ = false;
+  std::optional<FileIdentity> synced_;  ///< the new file before it is verified
   std::optional<FileIdentity> committed_;
   QString doubt_;
 };

@@ -28,6 +28,11 @@ Described<FileHandle> FileHandle::openForReading(const std::string& path) {
   return FileHandle(descriptor, status.st_size);
 }
 
+void FileHandle::settleMappings() const {
+  // Where this can't be done, times tell less, as they always did.
+  static_cast<void>(::fsync(descriptor_));
+}
+
 FileHandle::~FileHandle() {
   if (descriptor_ >= 0) ::close(descriptor_);
 }

@@ -23,6 +23,9 @@ class FileHandle {
   [[nodiscard]] int descriptor() const { return descriptor_; }
   /// The size in bytes at the time of opening.
   [[nodiscard]] qint64 size() const { return size_; }
+  /// Has what programs have stored in mappings of the file brought to the disk. Of what they store later, its
+  /// times then tell; a page that still waits for the disk takes more without changing them.
+  void settleMappings() const;
 
  private:
   FileHandle(int descriptor, qint64 size) : descriptor_(descriptor), size_(size) {}

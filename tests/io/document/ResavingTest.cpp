@@ -1,10 +1,16 @@
 // Saving a document again writes what changed and copies the rest from its file.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/magic.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
+#include <unistd.h>
 #include <zip.h>
 
+#include <chrono>
 #include <limits>
+#include <thread>
 
 #include "io/document/ResavingFixture.h"
 #include "io/document/SavedFile.h"
@@ -261,6 +267,50 @@ TEST_F(ResavingTest, thePreviewIsMadeAnewOnlyForAnotherPicture) {
   static_cast<void>(document_->composite());
   save(path());
   EXPECT_NE(previewOf(), first);
+}
+
+TEST_F(ResavingTest, copiesWhatStandsWhereALinkOnAnotherDeviceLeads) {
+  const QTemporaryDir elsewhere(QStringLiteral("/dev/shm/orvanel-XXXXXX"));
+  const auto deviceOf = [](const QTemporaryDir& folder) {
+    struct stat found {};
+    return ::stat(QFile::encodeName(folder.path()).constData(), &found) == 0 ? found.st_dev : 0;
+  };
+  if (!elsewhere.isValid() || deviceOf(elsewhere) == deviceOf(directory_)) GTEST_SKIP() << "no other device";
+  save(path());
+  const QString link = elsewhere.filePath(QStringLiteral("link.tessel"));
+  ASSERT_TRUE(QFile::link(path(), link));
+  document_->rename(layer(0)->id, QStringLiteral("Other"));
+  CountingDisk disk;
+  const ScopedFileOperations counting(disk);
+  save(link);
+  EXPECT_GT(disk.copied, 3'000'000);
+}
+
+TEST_F(ResavingTest, noticesWhatIsStoredInAMappingAfterLoading) {
+  struct statfs system {};
+  ASSERT_EQ(::statfs(QFile::encodeName(directory_.path()).constData(), &system), 0);
+  if (system.f_type == TMPFS_MAGIC) GTEST_SKIP() << "a file system in memory has no pages to bring to a disk";
+  save(path());
+  const QByteArray name = QFile::encodeName(path());
+  const int file = ::open(name.constData(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(file, 0);
+  constexpr std::size_t mappedBytes = 4096;
+  void* const mapping = ::mmap(nullptr, mappedBytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  ASSERT_NE(mapping, MAP_FAILED);
+  // The page waits for the disk from here on.
+  auto* const bytes = static_cast<volatile char*>(mapping);
+  bytes[0] = bytes[0];
+  const auto loaded = DocumentIO::loadSynchronously(path(), MetalContext::shared());
+  ASSERT_TRUE(loaded.has_value());
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  bytes[1000] = static_cast<char>(bytes[1000] + 1);
+  const auto now = FileIdentity::of(file);
+  ::munmap(mapping, mappedBytes);
+  ::close(file);
+  ASSERT_TRUE(now.has_value());
+  const auto known = std::dynamic_pointer_cast<const SavedFile>((*loaded)->fileMemory());
+  ASSERT_NE(known, nullptr);
+  EXPECT_NE(*now, known->identity);
 }
 
 }  // namespace

@@ -9,7 +9,9 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <chrono>
 #include <ctime>
+#include <thread>
 
 #include "io/TestBytes.h"
 #include "io/files/FaultyDisk.h"
@@ -249,6 +251,36 @@ TEST_F(AtomicFileTest, detectsAFileThatWasTruncatedOnTheDisk) {
   const ScopedFileOperations scope(disk);
   EXPECT_FALSE((*file)->commit([](const std::string&) { return Described<void>(); }).has_value());
   EXPECT_EQ(contents(path()), "old");
+}
+
+TEST_F(AtomicFileTest, refusesWhatAnotherProgramWroteDuringTheCheck) {
+  put(path(), "old");
+  const auto file = AtomicFile::create(path());
+  ASSERT_TRUE(file.has_value());
+  ASSERT_TRUE((*file)->write(bytesOf("new")).has_value());
+  const auto result = (*file)->commit([](const std::string& temporary) -> Described<void> {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    put(QFile::decodeName(temporary.c_str()), "NEW");
+    return {};
+  });
+  ASSERT_FALSE(result.has_value());
+  EXPECT_TRUE(result.error().contains(QStringLiteral("differs from what was written")));
+  EXPECT_EQ(contents(path()), "old");
+}
+
+TEST_F(AtomicFileTest, takesWhatIsWrittenAfterTheCheckForAnotherVersion) {
+  struct WritingAtTheEnd final : FileOperations {
+    int renameFile(const std::string& from, const std::string& to) override {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      put(QFile::decodeName(from.c_str()), "NEW");
+      return FileOperations::renameFile(from, to);
+    }
+  } disk;
+  const ScopedFileOperations scope(disk);
+  const auto result = replaceFile(path(), bytesOf("new"));
+  ASSERT_TRUE(result.has_value());
+  ASSERT_TRUE(result->identity.has_value());
+  EXPECT_FALSE(FileIdentity::of(path().toStdString())->isSameVersionAs(*result->identity));
 }
 
 TEST_F(AtomicFileTest, usesAnotherDirectoryOnlyIfItsOwnIsReadOnly) {
