@@ -199,7 +199,7 @@ void ThumbnailManager::startNextJob() {
                            .maskObject = layer->mask.value()});
   }
   dueLayers_.erase(dueLayers_.begin(), next);
-  if (job->isEmpty()) return;
+  if (job->isEmpty() && dueLayers_.empty()) return;
 
   isWorking_ = true;
   runInBackground([job = std::move(job), weak = document_.weak_from_this()]() mutable {

@@ -302,6 +302,15 @@ TEST_F(CanvasToolsTest, TheMoveBoxFollowsTheContentAndTheActiveLayer) {
   EXPECT_EQ(rect(), std::nullopt);
 }
 
+TEST_F(CanvasToolsTest, TheMoveBoxFollowsACommandThatEndsANudge) {
+  tools.selectTool(Tool::move);
+  pressKey(view(), Qt::Key_Right);
+  EXPECT_EQ(moveOverlay()->moveToolRect->x, 101.0F);
+  ASSERT_TRUE(document->trim());
+  EXPECT_EQ(moveOverlay()->moveToolRect->x, 0.0F);
+  EXPECT_EQ(newRecords(), 2);
+}
+
 TEST_F(CanvasToolsTest, WithAnotherToolTheMoveBoxIsLeftAlone) {
   tools.selectTool(Tool::zoom);
   post(notification::undoRedoPerformed);

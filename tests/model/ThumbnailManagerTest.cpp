@@ -5,8 +5,10 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThreadPool>
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "model/LevelsAdjustment.h"
 #include "model/OpenSurfaceEdit.h"
@@ -151,6 +153,37 @@ TEST_F(ThumbnailManagerTest, ALayerThatIsRemovedInTimeIsSkipped) {
   ASSERT_TRUE(waitUntil([this] { return isFresh(*layer); }));
   EXPECT_TRUE(other->thumbnailDirty.value());
   EXPECT_TRUE(manager().dirtyLayerIDs().empty());
+}
+
+TEST_F(ThumbnailManagerTest, ManyLayersThatAreGoneHoldNobodyUp) {
+  // Layers come in the order of their identities: those that go are looked for first, in a large tree.
+  DocumentContents contents{
+      .name = QStringLiteral("Many"), .width = 8, .height = 8, .colorMode = ColorMode::rgb8};
+  const Texture pixels = MetalContext::shared().makeTexture(PixelFormat::rgba8Unorm, 8, 8);
+  std::vector<std::shared_ptr<Layer>> kept;
+  std::vector<QUuid> gone;
+  for (std::uint32_t i = 0; i < 2000; ++i) {
+    const QUuid id(i < 200 ? 1 : 2, 0, 0, 0, 0, 0, 0, 0, 0, static_cast<unsigned char>(i >> 8U),
+                   static_cast<unsigned char>(i));
+    const auto made = std::make_shared<Layer>(NodeValues{.id = id}, pixels);
+    contents.rootNodes.emplace_back(made);
+    if (i < 200) {
+      gone.push_back(id);
+    } else {
+      kept.push_back(made);
+    }
+  }
+  document = Document::create(std::move(contents), MetalContext::shared());
+  const auto areFresh = [&] {
+    return std::ranges::all_of(kept, [this](const auto& each) { return isFresh(*each); });
+  };
+  viewer = ThumbnailManager::viewing(document);
+  ASSERT_TRUE(waitUntil(areFresh));
+  for (const QUuid& id : gone) manager().markDirty(id);
+  for (const auto& each : kept) manager().markDirty(each->id);
+  for (const QUuid& id : gone) document->removeNode(id);
+  EXPECT_FALSE(areFresh());
+  EXPECT_TRUE(waitUntil(areFresh));
 }
 
 TEST_F(ThumbnailManagerTest, MarkingAFolderOrAnUnknownNodeDoesNothing) {

@@ -98,7 +98,8 @@ void MoveToolHandler::updateBox(const ToolContext& context) {
 }
 
 void MoveToolHandler::contentChanged(const ToolContext& context) {
-  if (drag_ || nudge_) return;
+  // A command that ends what is open moves the box as it moves the content.
+  if ((drag_ && drag_->transform->isOpen()) || (nudge_ && nudge_->transform->isOpen())) return;
   measure(context.document.lock().get());
 }
 
