@@ -17,6 +17,7 @@
 #include "canvas/MarchingAnts.h"
 #include "model/Document.h"
 #include "raster/Backdrop.h"
+#include "raster/MemoryBudget.h"
 #include "raster/SampledComposite.h"
 #include "tools/CanvasViewLayer.h"
 
@@ -91,6 +92,8 @@ class CanvasRenderer {
   std::optional<std::uint64_t> lastFrameFingerprint_;
   /// Of the picture that `catchUp` has completed its work for.
   std::optional<std::uint64_t> readyFingerprint_;
+  /// Frames can do without what is kept between them.
+  SpareMemory spare_{[this] { forgetFrames(); }};
 };
 
 }  // namespace orvanel

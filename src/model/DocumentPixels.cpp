@@ -56,10 +56,10 @@ void Document::fillSelection(const DisplayColor& color, const QString& actionNam
   const SurfaceKind kind = layer->editsMask() ? SurfaceKind::mask : SurfaceKind::pixels;
   const std::shared_ptr<const Selection> selected = activeSelection();
   const Surface& standing = *layer->surface(kind);
-  const ChangedTiles tiles = selected != nullptr
-                                 ? editCost::tilesBlended(standing, *selected->maskTexture->texture)
-                                 : editCost::tilesFilled(standing);
-  if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
+  const bool isClearing = kind == SurfaceKind::pixels && color.alpha == 0.0F;
+  ChangedTiles tiles = isClearing ? editCost::tilesCleared(standing) : editCost::tilesFilled(standing);
+  if (selected != nullptr) tiles = editCost::tilesBlended(standing, *selected->maskTexture->texture);
+  if (!edit.admits(editCost::ofTiles(*this, standing, {tiles, layer->id}))) return;
   PixelEdit record{.actionName = actionName,
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -100,7 +100,7 @@ void Document::invertActive() {
   const Surface& standing = *layer->surface(kind);
   const ChangedTiles tiles = editCost::tilesRewritten(
       standing, selected != nullptr ? selected->maskTexture->texture.get() : nullptr);
-  if (!edit.admits(editCost::ofTiles(*this, standing, tiles))) return;
+  if (!edit.admits(editCost::ofTiles(*this, standing, {tiles, layer->id}))) return;
   PixelEdit record{.actionName = QStringLiteral("Invert"),
                    .document = shared_from_this(),
                    .layerID = layer->id,
@@ -169,10 +169,11 @@ void Document::addLayerMask(const std::shared_ptr<Layer>& layer) {
   if (!isInTree(*this, *layer) || layer->mask.value() != nullptr) return;
   const std::shared_ptr<const Selection> selected = activeSelection();
   // The mask shares the selection's tiles, but the layer is flattened under it.
-  const ChangedTiles masked = selected != nullptr
-                                  ? editCost::tilesRewritten(*selected->maskTexture->texture, nullptr)
+  const ConstTexture pixels = layer->texture.value();
+  const ChangedTiles masked = selected != nullptr && pixels != nullptr
+                                  ? editCost::tilesHidden(*pixels, *selected->maskTexture->texture)
                                   : ChangedTiles{};
-  if (!edit.admits(editCost::ofFlattening(*this, masked))) return;
+  if (!edit.admits(editCost::ofFlattening(*this, {masked, layer->id}))) return;
   const std::shared_ptr<MaskTexture> contents =
       selected != nullptr
           ? MaskTexture::create(selected->maskTexture->width, selected->maskTexture->height, context_)
@@ -193,7 +194,7 @@ void Document::applyLayerMask(const std::shared_ptr<Layer>& layer) {
   const ConstTexture pixels = layer->texture.value();
   if (!isInTree(*this, *layer) || mask == nullptr || pixels == nullptr) return;
   const ChangedTiles masked = editCost::tilesMasked(*pixels, *mask->maskTexture->texture);
-  if (!edit.admits(editCost::ofTiles(*this, *pixels, masked))) return;
+  if (!edit.admits(editCost::ofTiles(*this, *pixels, {masked, layer->id}))) return;
   std::shared_ptr<TextureSnapshot> before = TextureSnapshot::captureReady(*pixels, context_);
   if (before == nullptr) return;
   context_.applyLayerMask(edit.pixels(*layer), *mask->maskTexture->texture, colorMode.value());
@@ -206,7 +207,7 @@ void Document::removeLayerMask(const std::shared_ptr<Layer>& layer) {
   DocumentEdit edit(*this, editKind::contents);
   const std::shared_ptr<LayerMask> mask = layer->mask.value();
   if (!isInTree(*this, *layer) || mask == nullptr) return;
-  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.masks = {{layer->id, false}}}))) return;
   dropMask(edit, *layer);
   edit.record(std::make_shared<RemoveLayerMaskOperation>(shared_from_this(), layer, mask));
 }

@@ -21,7 +21,7 @@ void Document::setOpacity(const QUuid& nodeID, float opacity) {
   DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->opacity().value() == opacity) return;
-  if (!edit.admits(editCost::ofFlatteningTree(*this, {.isolated = nodeID}))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.blended = nodeID}))) return;
   edit.recordOpacityChange(
       std::make_shared<OpacityChangeOperation>(shared_from_this(), nodeID, node->opacity().value(), opacity));
 }
@@ -30,7 +30,7 @@ void Document::setBlendMode(const QUuid& nodeID, BlendMode blendMode) {
   DocumentEdit edit(*this, editKind::property);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->blendMode().value() == blendMode) return;
-  if (!edit.admits(editCost::ofFlatteningTree(*this, {.isolated = nodeID}))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.blended = nodeID}))) return;
   edit.recordAndRedo(std::make_shared<BlendModeChangeOperation>(shared_from_this(), nodeID,
                                                                 node->blendMode().value(), blendMode));
 }
@@ -49,23 +49,26 @@ void Document::setVisible(const QUuid& nodeID, bool isVisible) {
   DocumentEdit edit(*this, editKind::shownProperty);
   const std::optional<LayerNode> node = findNode(nodeID);
   if (!node || node->isVisible().value() == isVisible) return;
-  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.visibility = {{nodeID, isVisible}}}))) return;
   edit.setVisible(*node, isVisible);
   edit.record(std::make_shared<VisibilityChangeOperation>(shared_from_this(), nodeID, !isVisible, isVisible));
 }
 
 void Document::setVisible(const std::vector<QUuid>& nodeIDs, bool isVisible) {
   DocumentEdit edit(*this, editKind::shownProperty);
-  if (!edit.admits(editCost::ofFlatteningTree(*this))) return;
   std::vector<BatchVisibilityChangeOperation::Change> changes;
+  std::vector<LayerNode> nodes;
+  editCost::TreeChange change;
   std::set<QUuid> seen;
   for (const QUuid& nodeID : nodeIDs) {
     const std::optional<LayerNode> node = findNode(nodeID);
     if (!node || !seen.insert(nodeID).second) continue;
+    nodes.push_back(*node);
     changes.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
-    edit.setVisible(*node, isVisible);
+    if (changes.back().oldValue != isVisible) change.visibility.insert(nodeID, isVisible);
   }
-  if (changes.empty()) return;
+  if (change.visibility.isEmpty() || !edit.admits(editCost::ofFlatteningTree(*this, change))) return;
+  for (const LayerNode& node : nodes) edit.setVisible(node, isVisible);
   edit.record(
       std::make_shared<BatchVisibilityChangeOperation>(shared_from_this(), std::move(changes), isVisible));
 }
@@ -104,8 +107,10 @@ void Document::setMaskLinked(const QUuid& layerID, bool isMaskLinked) {
 void Document::setMaskEnabled(const QUuid& layerID, bool isEnabled) {
   DocumentEdit edit(*this, editKind::property);
   const std::shared_ptr<Layer> layer = layerOf(*this, layerID);
-  if (layer != nullptr && edit.admits(editCost::ofFlatteningTree(*this)))
-    edit.setMaskEnabled(*layer, isEnabled);
+  const std::shared_ptr<LayerMask> mask = layer != nullptr ? layer->mask.value() : nullptr;
+  if (mask == nullptr || mask->isEnabled.value() == isEnabled) return;
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.masks = {{layerID, isEnabled}}}))) return;
+  edit.setMaskEnabled(*layer, isEnabled);
 }
 
 }  // namespace orvanel

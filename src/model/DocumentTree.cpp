@@ -93,11 +93,11 @@ TreePosition positionForNewNode(const Document& document) {
   return position;
 }
 
-/// Whether there is memory for the flattened image with the node, which is in the tree, in that folder.
+/// Whether there is memory for the flattened image with the node, which is in the tree, at that position.
 bool admitsMove(DocumentEdit& edit, const Document& document, const QUuid& nodeID,
-                const std::optional<QUuid>& parentID) {
+                const TreePosition& position) {
   const editCost::TreeChange move{
-      .removed = nodeID, .inserted = document.findNode(nodeID), .parentID = parentID};
+      .removed = nodeID, .inserted = document.findNode(nodeID), .position = position};
   return edit.admits(editCost::ofFlatteningTree(document, move));
 }
 
@@ -105,7 +105,7 @@ bool admitsMove(DocumentEdit& edit, const Document& document, const QUuid& nodeI
 bool moveAndRecord(DocumentEdit& edit, Document& document, const QUuid& nodeID,
                    const TreePosition& position) {
   const std::optional<TreePosition> source = document.treePosition(nodeID);
-  if (!source || !admitsMove(edit, document, nodeID, position.parentID)) return false;
+  if (!source || !admitsMove(edit, document, nodeID, position)) return false;
   auto record = std::make_shared<MoveNodeOperation>(document.shared_from_this(), nodeID, *source);
   if (!edit.moveNode(nodeID, position)) return false;
   record->setDestination(document.treePosition(nodeID));
@@ -165,9 +165,11 @@ void Document::moveNode(const QUuid& nodeID, const QUuid& toFolder) {
   const std::optional<TreePosition> source = treePosition(nodeID);
   const std::optional<LayerNode> parent = findNode(toFolder);
   const std::shared_ptr<LayerFolder> folder = parent ? parent->folder() : nullptr;
-  if (!source || folder == nullptr || !admitsMove(edit, *this, nodeID, toFolder)) return;
+  if (!source || folder == nullptr) return;
+  const TreePosition top{.parentID = toFolder, .index = std::ssize(folder->children.value())};
+  if (!admitsMove(edit, *this, nodeID, top)) return;
   auto record = std::make_shared<MoveNodeOperation>(shared_from_this(), nodeID, *source);
-  if (!edit.moveNode(nodeID, {.parentID = toFolder, .index = std::ssize(folder->children.value())})) return;
+  if (!edit.moveNode(nodeID, top)) return;
   edit.setActiveNode(nodeID);
   record->setDestination(treePosition(nodeID));
   edit.record(std::move(record));
@@ -192,10 +194,10 @@ void Document::duplicateNode(const QUuid& nodeID) {
   const std::optional<TreePosition> source = treePosition(nodeID);
   if (!node || !source) return;
   const std::optional<QUuid> previousSelection = selectedNodeID.value();
-  const editCost::TreeChange addition{.inserted = node, .parentID = source->parentID};
-  if (!edit.admits(editCost::ofFlatteningTree(*this, addition))) return;
+  const TreePosition above{.parentID = source->parentID, .index = source->index + 1};
+  if (!edit.admits(editCost::ofFlatteningTree(*this, {.inserted = node, .position = above}))) return;
   const LayerNode copy = copyOfNode(*node, *this);
-  edit.insertNode(copy, {.parentID = source->parentID, .index = source->index + 1});
+  edit.insertNode(copy, above);
   edit.setActiveNode(copy.id());
   edit.record(std::make_shared<DuplicateNodeOperation>(shared_from_this(), copy.id(), previousSelection));
 }

@@ -105,8 +105,9 @@ void LevelsAdjustment::followSelection(Document& document) {
   if (isSame) return;
   weight_ = copyOf(mask);
   const Surface& original = edit_->original();
-  isAdmitted_ = document.admitsEdit(
-      editCost::ofTiles(document, original, editCost::tilesRewritten(original, weight_.get())));
+  const editCost::PixelChange change{.tiles = editCost::tilesRewritten(original, weight_.get()),
+                                     .layerID = edit_->layerID()};
+  isAdmitted_ = document.admitsEdit(editCost::ofTiles(document, original, change));
 }
 
 void LevelsAdjustment::apply(const Levels& levels) {

@@ -8,7 +8,7 @@ namespace orvanel {
 
 std::unique_ptr<OpenOpacityEdit> OpenOpacityEdit::begin(const DocumentPtr& document, const QUuid& nodeID) {
   const std::optional<LayerNode> node = document->findNode(nodeID);
-  if (!node || !document->admitsEdit(editCost::ofFlatteningTree(*document, {.isolated = nodeID})))
+  if (!node || !document->admitsEdit(editCost::ofFlatteningTree(*document, {.blended = nodeID})))
     return nullptr;
   return std::unique_ptr<OpenOpacityEdit>(new OpenOpacityEdit(document, nodeID, node->opacity().value()));
 }

@@ -5,9 +5,11 @@
 
 #include "model/edit/DocumentEdit.h"
 #include "model/edit/EditCost.h"
+#include "model/edit/MoveCost.h"
 #include "model/edit/SurfaceTrace.h"
 #include "model/records/LinkedMoveOperation.h"
 #include "model/records/PixelOperations.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -28,24 +30,32 @@ std::vector<SurfaceKind> kindsOf(const Layer& layer, SurfaceKind kind, OpenSurfa
   return {kind};
 }
 
+std::uint64_t costOfLevels(const Document& document, const Layer& layer, SurfaceKind kind) {
+  const std::shared_ptr<const Selection> selected = document.activeSelection();
+  const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
+  const Surface& surface = *layer.surface(kind);
+  return editCost::ofTiles(document, surface, {editCost::tilesRewritten(surface, weight), layer.id});
+}
+
 }  // namespace
 
 std::unique_ptr<OpenSurfaceEdit> OpenSurfaceEdit::begin(const DocumentPtr& document,
                                                         const std::shared_ptr<Layer>& layer, SurfaceKind kind,
                                                         Purpose purpose, const QString& actionName) {
   document->settle();
-  const std::shared_ptr<const Selection> selected = document->activeSelection();
-  const Surface* const weight = selected != nullptr ? selected->maskTexture->texture.get() : nullptr;
   const std::vector<SurfaceKind> kinds = kindsOf(*layer, kind, purpose);
-  std::uint64_t cost = 0;
-  for (const SurfaceKind changed : kinds) {
-    const Surface& surface = *layer->surface(changed);
-    const ChangedTiles tiles = purpose == Purpose::levels ? editCost::tilesRewritten(surface, weight)
-                                                          : editCost::tilesMoved(surface);
-    cost += editCost::ofTiles(*document, surface, tiles);
+  bool isAdmittedAnywhere = true;
+  if (purpose == Purpose::levels) {
+    if (!document->admitsEdit(costOfLevels(*document, *layer, kind))) return nullptr;
+  } else {
+    const editCost::MoveCost cost = editCost::ofMoves(*document, *layer, kinds);
+    isAdmittedAnywhere = pixelsFitInMemory(cost.anywhere);
+    if (!isAdmittedAnywhere && !document->admitsEdit(cost.shifted)) return nullptr;
   }
-  if (!document->admitsEdit(cost)) return nullptr;
-  return std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kinds, purpose, actionName));
+  auto edit =
+      std::unique_ptr<OpenSurfaceEdit>(new OpenSurfaceEdit(document, layer, kinds, purpose, actionName));
+  edit->isAdmittedAnywhere_ = isAdmittedAnywhere;
+  return edit;
 }
 
 OpenSurfaceEdit::OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
@@ -67,22 +77,42 @@ OpenSurfaceEdit::~OpenSurfaceEdit() {
   OpenSurfaceEdit::end();
 }
 
-void OpenSurfaceEdit::show(const SurfaceChange& change, const SurfaceChange& changeOfMask) {
+bool OpenSurfaceEdit::show(const SurfaceChange& change, const SurfaceChange& changeOfMask) {
   const DocumentPtr target = document();
-  if (target == nullptr) return;
+  if (target == nullptr) return false;
   DocumentEdit edit(*target, editKind::shown);
+  if (!admits(edit, *target, change, changeOfMask)) return false;
   noteShown(edit, true);
   for (Part& part : parts_) {
-    part.change = &part == &parts_.front() ? change : changeOfMask;
+    part.change = changeOf(part, change, changeOfMask);
     edit.tell(change::PreviewChanged{layer_->id, part.kind});
   }
+  return true;
+}
+
+/// Moves by whole pixels were admitted from the start.
+bool OpenSurfaceEdit::admits(DocumentEdit& edit, const Document& document, const SurfaceChange& change,
+                             const SurfaceChange& changeOfMask) {
+  if (isAdmittedAnywhere_ || std::holds_alternative<OffsetParams>(change.arguments)) return true;
+  std::vector<editCost::MovedSurface> moved;
+  for (const Part& part : parts_) {
+    moved.push_back({part.kind, part.original, changeOf(part, change, changeOfMask)});
+  }
+  const std::uint64_t bytes = editCost::ofMove(document, *layer_, moved);
+  // Told once for a whole drag.
+  if (isRefused_) return pixelsFitInMemory(bytes);
+  isRefused_ = !edit.admits(bytes);
+  return !isRefused_;
 }
 
 void OpenSurfaceEdit::write(DocumentEdit& edit) {
   const DocumentPtr target = document();
   for (Part& part : parts_) {
     if (!part.change) continue;
-    applyChange(*part.change, target->context(), part.original, edit.surface(*layer_, part.kind));
+    Surface& surface = edit.surface(*layer_, part.kind);
+    // Lets go of what an earlier change has made, so that it never stands beside what this one makes.
+    surface = part.original;
+    applyChange(*part.change, target->context(), part.original, surface);
     part.change.reset();
   }
 }
@@ -109,6 +139,7 @@ std::optional<ShownSurface> OpenSurfaceEdit::shown(const Layer& layer, SurfaceKi
 void OpenSurfaceEdit::keep() {
   const DocumentPtr target = document();
   if (target == nullptr) return;
+  if (isRefused_ && !hasShown()) return takeBack();
   DocumentEdit edit(*target, editKind::kept);
   // Written as part of this edit, so that its declared effects hold for the surfaces.
   write(edit);

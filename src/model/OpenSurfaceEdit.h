@@ -24,8 +24,9 @@ class OpenSurfaceEdit final : public OpenEdit {
   /// mask is linked; a mask that is the same everywhere stays, because it has nothing to carry.
   enum class Purpose { transform, levels };
 
-  /// Begins on an existing surface of the layer. If the edit may need more memory than there is, reports a
-  /// refusal and returns null. If the surface can't be captured, the edit leaves no record.
+  /// Begins on an existing surface of the layer. If there isn't the memory for moving it by whole pixels, or
+  /// for levels, reports a refusal and returns null. If the surface can't be captured, the edit leaves no
+  /// record.
   [[nodiscard]] static std::unique_ptr<OpenSurfaceEdit> begin(const DocumentPtr& document,
                                                               const std::shared_ptr<Layer>& layer,
                                                               SurfaceKind kind, Purpose purpose,
@@ -40,10 +41,12 @@ class OpenSurfaceEdit final : public OpenEdit {
     return parts_.front().snapshotBefore;
   }
 
-  /// Shows the original pixels with this change, and a mask that is carried along with the other one.
-  void show(const SurfaceChange& change, const SurfaceChange& changeOfMask);
-  void show(const SurfaceChange& change) { show(change, change); }
-  /// Keeps what is shown, under one record.
+  /// Shows the original pixels with this change, and a mask that is carried along with the other one. False
+  /// if the edit is closed, or if there isn't the memory for what the change makes: what was shown before
+  /// then stays, and the first refusal is reported.
+  bool show(const SurfaceChange& change, const SurfaceChange& changeOfMask);
+  bool show(const SurfaceChange& change) { return show(change, change); }
+  /// Keeps what is shown, under one record; leaves none if all that was to be shown was refused.
   void keep();
   /// Restores the original pixels; leaves no record.
   void takeBack();
@@ -64,6 +67,12 @@ class OpenSurfaceEdit final : public OpenEdit {
 
   OpenSurfaceEdit(const DocumentPtr& document, std::shared_ptr<Layer> layer,
                   const std::vector<SurfaceKind>& kinds, Purpose purpose, QString actionName);
+  [[nodiscard]] const SurfaceChange& changeOf(const Part& part, const SurfaceChange& change,
+                                              const SurfaceChange& changeOfMask) const {
+    return &part == &parts_.front() ? change : changeOfMask;
+  }
+  [[nodiscard]] bool admits(DocumentEdit& edit, const Document& document, const SurfaceChange& change,
+                            const SurfaceChange& changeOfMask);
   /// Writes to the surfaces what is shown.
   void write(DocumentEdit& edit);
   void record(const DocumentPtr& document, DocumentEdit& edit);
@@ -71,6 +80,9 @@ class OpenSurfaceEdit final : public OpenEdit {
   std::shared_ptr<Layer> layer_;
   Purpose purpose_;
   std::vector<Part> parts_;  ///< the edited surface, then the mask that is carried along
+  /// Whether there is the memory for whatever may be shown.
+  bool isAdmittedAnywhere_ = true;
+  bool isRefused_ = false;
 };
 
 }  // namespace orvanel

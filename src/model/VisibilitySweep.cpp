@@ -23,11 +23,14 @@ void VisibilitySweep::add(const QUuid& nodeID) {
       std::ranges::any_of(swept_, [&](const SweptNode& known) { return known.nodeID == nodeID; });
   if (!node || isKnown) return;
   DocumentEdit edit(*target, editKind::state);
+  const bool wasVisible = node->isVisible().value();
   // Told once: the nodes that follow would be refused as well.
-  if (!edit.admits(editCost::ofFlatteningTree(*target))) return end();
-  swept_.push_back({.nodeID = nodeID, .oldValue = node->isVisible().value()});
+  const bool isAdmitted = wasVisible == isVisible_ || edit.admits(editCost::ofFlatteningTree(
+                                                          *target, {.visibility = {{nodeID, isVisible_}}}));
+  if (!isAdmitted) return end();
+  swept_.push_back({.nodeID = nodeID, .oldValue = wasVisible});
   edit.setVisible(*node, isVisible_);
-  noteShown(edit, hasShown() || swept_.back().oldValue != isVisible_);
+  noteShown(edit, hasShown() || wasVisible != isVisible_);
 }
 
 void VisibilitySweep::end() {

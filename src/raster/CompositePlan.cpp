@@ -14,11 +14,10 @@
 #include <utility>
 
 #include "raster/ColorMode.h"
-#include "raster/HalfFloat.h"
 #include "raster/Hash.h"
 #include "raster/Regularity.h"
+#include "raster/TileContribution.h"
 #include "raster/kernels/CompositeStrip.h"
-#include "raster/kernels/PixelAccess.h"
 
 namespace orvanel {
 namespace {
@@ -31,14 +30,6 @@ void fold(Hasher& hasher, const Tile& tile) {
   hasher.fold(tile.isUniform() ? 1 : 2);
   hasher.fold(tile.isUniform() ? tile.pixel() : tile.version());
 }
-
-/// What one step contributes to one tile, once uniform masks and transparent tiles are settled.
-struct Contribution {
-  StripSource source;  ///< pixels and mask are those of the whole tile
-  const Tile* sourceTile = nullptr;
-  const Tile* maskTile = nullptr;
-  bool isOpaqueCover = false;  ///< hides all that lies beneath
-};
 
 /// Makes the tiles of all targets at one place of the canvas. One for each task; not shared.
 class TileComposer {
@@ -71,12 +62,11 @@ class TileComposer {
   /// The most data tiles that bringing this place up to date writes.
   int dataTilesToMake(int index) {
     if (!findStale(index)) return 0;
-    mayBeData_.assign(targets_.size(), false);
+    outcomes_.assign(targets_.size(), TileOutcome::transparent);
     int count = 0;
     for (std::size_t target = targets_.size(); target-- > 0;) {
-      mayBeData_[target] = std::ranges::any_of(
-          targets_[target].steps, [&](const CompositePlan::Step& step) { return bringsData(step, index); });
-      if (mayBeData_[target] && !isMade(target, index)) ++count;
+      outcomes_[target] = outcomeOf(targets_[target], index);
+      if (outcomes_[target] == TileOutcome::made && !isMade(target, index)) ++count;
     }
     return count;
   }
@@ -86,10 +76,15 @@ class TileComposer {
     return targets_[target].surface->recipe(index) == recipes_[target];
   }
 
-  [[nodiscard]] bool bringsData(const CompositePlan::Step& step, int index) const {
-    if (step.mask.surface != nullptr && !step.mask.surface->tile(index).isUniform()) return true;
-    return step.nested >= 0 ? mayBeData_[static_cast<std::size_t>(step.nested)]
-                            : !step.source.surface->tile(index).isUniform();
+  /// What the steps make of the tile, once those of inner targets are known.
+  [[nodiscard]] TileOutcome outcomeOf(const CompositePlan::TargetPlan& plan, int index) const {
+    TileOutcome outcome = TileOutcome::transparent;
+    for (const CompositePlan::Step& step : plan.steps) {
+      if (step.params.visible == 0) continue;
+      outcome = step.nested >= 0 ? outcomeOver(outcome, outcomes_[static_cast<std::size_t>(step.nested)])
+                                 : outcomeOver(outcome, layerOf(step, index), plan.surface->format());
+    }
+    return outcome;
   }
 
   /// Everything that decides the pixels of this tile.
@@ -113,58 +108,35 @@ class TileComposer {
     return hasher.value() | 1U;  // 0 means unknown
   }
 
-  /// The step's part in this tile; nothing when it leaves the backdrop as it is.
-  [[nodiscard]] std::optional<Contribution> contributionOf(const CompositePlan::Step& step, int index) const {
+  /// What the step puts over this tile.
+  [[nodiscard]] TileLayer layerOf(const CompositePlan::Step& step, int index) const {
     const Surface& surface =
         step.nested >= 0 ? *targets_[static_cast<std::size_t>(step.nested)].surface : *step.source.surface;
-    Contribution part;
-    part.sourceTile = &surface.tile(index);
-    part.source.format = surface.format();
-    part.source.opacity = std::clamp(step.params.opacity, 0.0F, 1.0F);
-    part.source.blendMode = static_cast<BlendMode>(step.params.blendMode);
-    if (step.mask.surface != nullptr) {
-      const Tile& mask = step.mask.surface->tile(index);
-      if (mask.isUniform()) {
-        part.source.uniformMask = static_cast<std::uint16_t>(regularPixel(mask.pixel(), maskPixelFormat));
-        if (part.source.uniformMask == 0) return std::nullopt;
-      } else {
-        part.maskTile = &mask;
-        part.source.mask = reinterpret_cast<const std::uint16_t*>(mask.data());
-      }
-    }
-    if (!(part.source.opacity > 0.0F)) return std::nullopt;
-    bool isOpaque = part.sourceTile->has(TileTrait::opaque);
-    if (part.sourceTile->isUniform()) {
-      part.source.uniformPixel = regularPixel(part.sourceTile->pixel(), part.source.format);
-      const float alpha = kernels::colorOfPixel(part.source.uniformPixel, part.source.format)[3];
-      if (alpha == 0.0F) return std::nullopt;
-      isOpaque = alpha == 1.0F;
-    } else {
-      part.source.pixels = part.sourceTile->data();
-    }
-    part.isOpaqueCover = isOpaque && part.maskTile == nullptr && part.source.uniformMask == halfOne &&
-                         part.source.opacity >= 1.0F && part.source.blendMode == BlendMode::normal;
-    return part;
+    return {.pixels = surface.tile(index),
+            .format = surface.format(),
+            .mask = step.mask.surface != nullptr ? &step.mask.surface->tile(index) : nullptr,
+            .opacity = step.params.opacity,
+            .blendMode = static_cast<BlendMode>(step.params.blendMode)};
   }
 
   void makeTile(const CompositePlan::TargetPlan& plan, int index) {
     contributions_.clear();
     for (const CompositePlan::Step& step : plan.steps) {
       if (step.params.visible == 0) continue;
-      std::optional<Contribution> part = contributionOf(step, index);
+      std::optional<TileContribution> part = contributionOf(layerOf(step, index));
       if (!part) continue;
       if (part->isOpaqueCover) contributions_.clear();
       contributions_.push_back(*part);
     }
     Surface& surface = *plan.surface;
     if (contributions_.empty()) return surface.setUniform(index, 0);
-    const Contribution& bottom = contributions_.front();
+    const TileContribution& bottom = contributions_.front();
     if (contributions_.size() == 1 && bottom.isOpaqueCover && bottom.source.format == surface.format()) {
       return bottom.sourceTile->isUniform() ? surface.setUniform(index, bottom.source.uniformPixel)
                                             : surface.setTile(index, *bottom.sourceTile);
     }
     const bool uniform =
-        std::all_of(contributions_.begin(), contributions_.end(), [](const Contribution& part) {
+        std::all_of(contributions_.begin(), contributions_.end(), [](const TileContribution& part) {
           return part.source.pixels == nullptr && part.source.mask == nullptr;
         });
     if (uniform) {
@@ -185,7 +157,7 @@ class TileComposer {
   /// Replaces tiles that hold NaN, infinity or coverage out of range by what kernels read of them.
   void readIrregularTiles() {
     regularCopies_.clear();
-    for (Contribution& part : contributions_) {
+    for (TileContribution& part : contributions_) {
       if (part.source.pixels != nullptr && part.sourceTile->has(TileTrait::irregular)) {
         part.source.pixels = regularCopy(*part.sourceTile, part.source.format);
       }
@@ -204,13 +176,14 @@ class TileComposer {
 
   void composeStrip(PixelFormat format, int strip, int count, std::byte* out) {
     // Red, green and blue are equal throughout a grey document, its folders' temporaries included.
-    const bool grey = std::any_of(contributions_.begin(), contributions_.end(), [](const Contribution& part) {
-      return part.source.format == PixelFormat::rg8Unorm || part.source.format == PixelFormat::rg16Unorm;
-    });
+    const bool grey =
+        std::any_of(contributions_.begin(), contributions_.end(), [](const TileContribution& part) {
+          return part.source.format == PixelFormat::rg8Unorm || part.source.format == PixelFormat::rg16Unorm;
+        });
     const PlaneSet planes = grey ? PlaneSet::grey : PlaneSet::rgb;
     kernels::clearStrip(accumulator_, planes, count);
     const std::size_t firstPixel = static_cast<std::size_t>(strip) * kernels::stripPixels;
-    for (const Contribution& part : contributions_) {
+    for (const TileContribution& part : contributions_) {
       StripSource source = part.source;
       const auto pixelBytes = static_cast<std::size_t>(bytesPerPixel(source.format));
       if (source.pixels != nullptr) source.pixels += firstPixel * pixelBytes;
@@ -222,8 +195,8 @@ class TileComposer {
 
   std::span<const CompositePlan::TargetPlan> targets_;
   std::vector<std::uint64_t> recipes_;
-  std::vector<bool> mayBeData_;
-  std::vector<Contribution> contributions_;
+  std::vector<TileOutcome> outcomes_;
+  std::vector<TileContribution> contributions_;
   std::vector<std::unique_ptr<TileBuffer>> regularCopies_;
   StripAccumulator accumulator_;
 };

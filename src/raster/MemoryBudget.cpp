@@ -1,5 +1,6 @@
 #include "raster/MemoryBudget.h"
 
+#include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -11,6 +12,8 @@
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "raster/TileMemory.h"
 
@@ -148,6 +151,11 @@ std::atomic<std::uint64_t>& scopedLimit() {
   return bytes;
 }
 
+std::vector<SpareMemory*>& spareMemories() {
+  static std::vector<SpareMemory*> spares;
+  return spares;
+}
+
 }  // namespace
 
 MemorySources MemorySources::ofThisProcess() {
@@ -167,6 +175,25 @@ bool pixelsFitInMemory(std::uint64_t additionalBytes) {
   }
   static Estimate estimate;
   return estimate.holds(additionalBytes);
+}
+
+SpareMemory::SpareMemory(std::function<void()> letGo) : letGo_(std::move(letGo)) {
+  spareMemories().push_back(this);
+}
+
+SpareMemory::~SpareMemory() {
+  std::erase(spareMemories(), this);
+}
+
+bool pixelsFitWithoutSpares(std::uint64_t additionalBytes) {
+  if (pixelsFitInMemory(additionalBytes)) return true;
+  for (const SpareMemory* spare : spareMemories()) spare->letGo_();
+  tileMemory::giveBackAll();
+#ifdef __GLIBC__
+  // What was freed in small pieces still belongs to the process.
+  malloc_trim(0);
+#endif
+  return pixelsFitInMemory(additionalBytes);
 }
 
 ScopedMemoryLimit::ScopedMemoryLimit(std::uint64_t additionalBytes) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -27,6 +28,24 @@ struct MemorySources {
 /// Whether pixels of this many bytes may be added to those in use, with memory left for everything else.
 /// Cheap enough to be called for every band of an image.
 [[nodiscard]] bool pixelsFitInMemory(std::uint64_t additionalBytes);
+
+/// While alive, something is kept that saves time but can be done without. Main thread only.
+class SpareMemory {
+ public:
+  /// `letGo` is called when an edit would be refused otherwise. What it frees may come back when it is
+  /// needed.
+  explicit SpareMemory(std::function<void()> letGo);
+  ~SpareMemory();
+  SpareMemory(const SpareMemory&) = delete;
+  SpareMemory& operator=(const SpareMemory&) = delete;
+
+ private:
+  friend bool pixelsFitWithoutSpares(std::uint64_t additionalBytes);
+  std::function<void()> letGo_;
+};
+
+/// As `pixelsFitInMemory`, but before it says no, everything spare is let go of. Main thread only.
+[[nodiscard]] bool pixelsFitWithoutSpares(std::uint64_t additionalBytes);
 
 /// While alive, at most this many bytes of pixels may be added to those in use now. For tests.
 class ScopedMemoryLimit {

@@ -1,6 +1,8 @@
 #include "raster/SurfaceChange.h"
 
 #include "raster/MetalContext.h"
+#include "raster/kernels/SampleSource.h"
+#include "raster/kernels/TileTransform.h"
 
 namespace orvanel {
 namespace {
@@ -38,6 +40,25 @@ struct Application {
 void applyChange(const SurfaceChange& change, const MetalContext& context, const Surface& source,
                  Surface& destination) {
   std::visit(Application{context, source, destination}, change.arguments);
+}
+
+SurfaceForecast forecastOf(const SurfaceChange& change, const Surface& source) {
+  const kernels::SampleSource changed({&source, &change});
+  kernels::TransformScratch scratch;
+  std::unique_ptr<const kernels::TileTransform> transform;
+  if (const kernels::PixelTransform* resampling = changed.resampling()) {
+    transform = std::make_unique<kernels::TileTransform>(source, *resampling, scratch);
+  }
+  SurfaceForecast forecast;
+  for (int index = 0; index < source.tileCount(); ++index) {
+    const kernels::TileFacts facts = changed.factsOf(index, transform.get());
+    if (!facts.isUniform) {
+      forecast.data.push_back(index);
+    } else if (facts.pixel != 0) {
+      forecast.uniform.push_back(index);
+    }
+  }
+  return forecast;
 }
 
 }  // namespace orvanel

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <variant>
+#include <vector>
 
 #include "raster/KernelRecords.h"
 #include "raster/Tile.h"
@@ -29,5 +30,13 @@ struct SurfaceChange {
 /// Writes the changed pixels of `source` into `destination`. The surfaces are of one size and format.
 void applyChange(const SurfaceChange& change, const MetalContext& context, const Surface& source,
                  Surface& destination);
+
+/// What a change makes of a surface's tiles, in ascending order; the others are transparent.
+struct SurfaceForecast {
+  std::vector<int> data;  ///< those that can be data
+  std::vector<int> uniform;
+};
+/// Told without reading a pixel.
+[[nodiscard]] SurfaceForecast forecastOf(const SurfaceChange& change, const Surface& source);
 
 }  // namespace orvanel

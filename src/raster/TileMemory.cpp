@@ -297,6 +297,11 @@ void giveBackReserve() {
   arena().spares.giveBack();
 }
 
+void giveBackAll() {
+  for (Pool& pool : arena().pools) pool.trim();
+  giveBackReserve();
+}
+
 std::size_t spareBytes() {
   return arena().spares.bytes();
 }

@@ -26,6 +26,9 @@ void trim();
 /// Gives the whole reserve back to the system now.
 void giveBackReserve();
 
+/// Gives back the reserve and the memory of all free blocks.
+void giveBackAll();
+
 /// Bytes in the reserve.
 [[nodiscard]] std::size_t spareBytes();
 

@@ -30,6 +30,8 @@ class SnapshotContents {
   /// The tile at a place. One that equals `standing` is returned as `standing` without decompressing.
   [[nodiscard]] Tile tileLike(int index, const Tile& standing);
   [[nodiscard]] bool isData(int index) const { return runOf(index).firstSlot != noSlot; }
+  /// Of a tile that isn't data.
+  [[nodiscard]] std::uint64_t pixel(int index) const { return runOf(index).pixel; }
   /// Whether the tile at a place is another than `standing`.
   [[nodiscard]] bool isUnlike(int index, const Tile& standing) const;
 

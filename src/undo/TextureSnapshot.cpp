@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "raster/Background.h"
+#include "raster/TileContribution.h"
 #include "raster/TileMemory.h"
 #include "undo/CompressionQueue.h"
 #include "undo/SnapshotContents.h"
@@ -62,8 +63,12 @@ ChangedTiles TextureSnapshot::tilesUnlike(const Surface& standing) const {
     const int tileY = contents_->tileY(index);
     if (tileX >= standing.tilesAcross() || tileY >= standing.tilesDown()) continue;
     const int tile = standing.tileIndex(tileX, tileY);
-    if (contents_->isUnlike(index, standing.tile(tile))) {
-      (contents_->isData(index) ? tiles.data : tiles.uniform).push_back(tile);
+    if (!contents_->isUnlike(index, standing.tile(tile))) continue;
+    if (contents_->isData(index)) {
+      tiles.data.push_back(tile);
+    } else if (!isTransparent(standing.tile(tile), pixelFormat_) ||
+               !isTransparent(Tile::uniform(contents_->pixel(index)), pixelFormat_)) {
+      tiles.uniform.push_back(tile);
     }
   }
   return tiles;

@@ -44,7 +44,8 @@ class TextureSnapshot {
   [[nodiscard]] std::size_t dataTileCount() const;
   /// Bytes of the tiles that aren't uniform: what restoring can take.
   [[nodiscard]] std::uint64_t dataBytes() const;
-  /// Tiles of `standing` that restoring would replace, in ascending order. No pixels are compared.
+  /// Tiles of `standing` that restoring would replace, in ascending order, except transparent ones that stay
+  /// so. No pixels are compared.
   [[nodiscard]] ChangedTiles tilesUnlike(const Surface& standing) const;
   /// True once background compression has finished, whether or not it saved bytes.
   [[nodiscard]] bool isCompressed() const;

@@ -5,6 +5,7 @@
 
 #include "CanvasSupport.h"
 #include "model/DocumentCompositor.h"
+#include "raster/MemoryBudget.h"
 
 namespace orvanel {
 namespace {
@@ -204,6 +205,22 @@ TEST_F(CanvasRendererTest, IsReadyOnceNothingIsLeftToDoForThePictureShown) {
   EXPECT_TRUE(renderer.isReady());
   renderer.forgetFrames();
   EXPECT_FALSE(renderer.isReady());
+}
+
+TEST_F(CanvasRendererTest, LetsGoOfWhatItKeepsBeforeAnEditIsRefused) {
+  document = makeDocument(largeSide, largeSide);
+  renderer.document = document;
+  view = PlainView{600, 600};
+  document->zoomFitOnScreen(600.0, 600.0);
+  renderer.drawInMTKView(view);
+  while (!renderer.catchUp()) continue;
+  ASSERT_TRUE(renderer.isReady());
+  const ScopedMemoryLimit nothing(0);
+  const test::ChangeRecorder refusals(*document);
+  EXPECT_TRUE(document->admitsEdit(std::uint64_t{64} << 10U)) << "the image at the view's samples went";
+  EXPECT_FALSE(renderer.isReady());
+  EXPECT_FALSE(document->admitsEdit(std::uint64_t{512} << 20U));
+  EXPECT_EQ(refusals.count<change::EditRefused>(), 1U);
 }
 
 TEST_F(CanvasRendererTest, StopsWithoutADocumentACompositeOrADrawable) {

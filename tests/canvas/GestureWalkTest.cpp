@@ -154,15 +154,19 @@ void Walk::transform() {
   if (transform_ == nullptr) return;
   switch (commands_.below(4)) {
     case 0:
-      return transform_->translate(commands_.below(161) - 80, commands_.below(101) - 50);
+      transform_->translate(commands_.below(161) - 80, commands_.below(101) - 50);
+      break;
     case 1:
-      return transform_->scaleTo({commands_.below(200) - 60.5, commands_.below(90) - 30.25,
-                                  1.0 + commands_.below(300), 1.5 + commands_.below(150)});
+      transform_->scaleTo({commands_.below(200) - 60.5, commands_.below(90) - 30.25,
+                           1.0 + commands_.below(300), 1.5 + commands_.below(150)});
+      break;
     case 2:
-      return transform_->rotate(6.0F * commands_.fraction());
+      transform_->rotate(6.0F * commands_.fraction());
+      break;
     default:
-      return transform_->transform(
+      transform_->transform(
           QTransform(0.1 + share(), share() - 0.5, 0.3, 0.2 + share(), commands_.below(90), -10.0));
+      break;
   }
 }
 

@@ -272,6 +272,7 @@ TEST_F(RefusedStepsOnAnOpaqueLayer, AnEditOfSomeTilesNeedsMemoryForThemAlone) {
   EXPECT_EQ(refusals(2 * tileBytes - 1, [this] { document->invertActive(); }), 1U);
   EXPECT_EQ(refusals(2 * tileBytes, [this] { document->invertActive(); }), 0U);
   selectRect(*document, {tileSide, 0, tileSide, tileSide});
+  writable(document->activeLayer()->texture.value()).setTrait(0, TileTrait::none);
   EXPECT_EQ(refusals(3 * tileBytes - 1, [this] { document->invertActive(); }), 1U)
       << "the tile of the edit before isn't flattened yet";
   EXPECT_EQ(refusals(3 * tileBytes, [this] { document->invertActive(); }), 0U);

@@ -5,6 +5,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <utility>
+
+#include "raster/TileMemory.h"
 
 namespace orvanel {
 namespace {
@@ -94,6 +98,29 @@ TEST_F(MemoryBudget, pixelsFitUpToTheLimit) {
   const ScopedMemoryLimit limit(10 * mebibyte);
   EXPECT_TRUE(pixelsFitInMemory(10 * mebibyte));
   EXPECT_FALSE(pixelsFitInMemory(10 * mebibyte + 1));
+}
+
+TEST_F(MemoryBudget, spareMemoryIsLetGoOfBeforePixelsAreRefused) {
+  constexpr std::size_t blockBytes = std::size_t{64} << 10U;
+  std::byte* block = tileMemory::allocate(blockBytes);
+  int asked = 0;
+  std::optional<SpareMemory> spare(std::in_place, [&] {
+    ++asked;
+    if (block != nullptr) tileMemory::release(std::exchange(block, nullptr), blockBytes);
+  });
+  const ScopedMemoryLimit limit(10 * mebibyte);
+  EXPECT_TRUE(pixelsFitWithoutSpares(10 * mebibyte));
+  EXPECT_EQ(asked, 0) << "it was not needed";
+  EXPECT_FALSE(pixelsFitInMemory(10 * mebibyte + blockBytes));
+  EXPECT_NE(block, nullptr);
+  EXPECT_TRUE(pixelsFitWithoutSpares(10 * mebibyte + blockBytes));
+  EXPECT_EQ(asked, 1);
+  EXPECT_FALSE(pixelsFitWithoutSpares(10 * mebibyte + blockBytes + 1));
+  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(tileMemory::spareBytes(), 0U) << "nor is a reserve kept";
+  spare.reset();
+  EXPECT_FALSE(pixelsFitWithoutSpares(11 * mebibyte));
+  EXPECT_EQ(asked, 2);
 }
 
 }  // namespace

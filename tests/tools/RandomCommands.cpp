@@ -13,6 +13,7 @@
 #include "model/VisibilitySweep.h"
 #include "tools/selection/MagicWand.h"
 #include "tools/selection/SelectionGesture.h"
+#include "tools/selection/ShapeCost.h"
 #include "tools/transform/LayerTransform.h"
 
 namespace orvanel::test {
@@ -117,8 +118,9 @@ void selectRectangle(RandomCommands& c) {
                                    c.coordinate(c.document().canvasHeight.value()), side(c), side(c));
   const float feather = c.below(3) == 0 ? 5.0F * c.fraction() : 0.0F;
   if (!rect.isEmpty()) {
-    gesture.selectShape(anyMode(c),
-                        [&](Selection& shape) { shape.setRect(rect, feather, c.document().context()); });
+    gesture.selectShape(
+        anyMode(c), [&](Selection& shape) { shape.setRect(rect, feather, c.document().context()); },
+        shapeCost::ofRect(c.document(), rect, feather));
     c.stepped();
   }
   gesture.close();
@@ -127,11 +129,16 @@ void selectRectangle(RandomCommands& c) {
 void selectEllipse(RandomCommands& c) {
   SelectionGesture gesture(c.shared(), QStringLiteral("Ellipse Select"));
   const float feather = c.below(3) == 0 ? 5.0F * c.fraction() : 0.0F;
-  gesture.selectShape(anyMode(c), [&](Selection& shape) {
-    shape.setEllipse(static_cast<float>(c.coordinate(c.document().canvasWidth.value())),
-                     static_cast<float>(c.coordinate(c.document().canvasHeight.value())),
-                     60.0F * c.fraction(), 60.0F * c.fraction(), feather, c.document().context());
-  });
+  const auto centerX = static_cast<float>(c.coordinate(c.document().canvasWidth.value()));
+  const auto centerY = static_cast<float>(c.coordinate(c.document().canvasHeight.value()));
+  const float radiusX = 60.0F * c.fraction();
+  const float radiusY = 60.0F * c.fraction();
+  gesture.selectShape(
+      anyMode(c),
+      [&](Selection& shape) {
+        shape.setEllipse(centerX, centerY, radiusX, radiusY, feather, c.document().context());
+      },
+      shapeCost::ofEllipse(c.document(), centerX, centerY, radiusX, radiusY, feather));
   c.stepped();
   if (c.below(4) == 0) {
     gesture.takeBack();
@@ -147,8 +154,9 @@ void selectPolygon(RandomCommands& c) {
              static_cast<float>(c.coordinate(c.document().canvasHeight.value()))};
   }
   SelectionGesture gesture(c.shared(), QStringLiteral("Polygonal Lasso Select"));
-  gesture.selectShape(anyMode(c),
-                      [&](Selection& shape) { shape.setPolygon(points, c.document().context()); });
+  gesture.selectShape(
+      anyMode(c), [&](Selection& shape) { shape.setPolygon(points, c.document().context()); },
+      shapeCost::ofPolygon(c.document(), points));
   gesture.close();
 }
 
@@ -184,7 +192,7 @@ void adjustLevels(RandomCommands& c) {
   }
 }
 
-void showTransform(RandomCommands& c, LayerTransform& transform) {
+bool showTransform(RandomCommands& c, LayerTransform& transform) {
   switch (c.below(4)) {
     case 0:
       return transform.translate(c.below(61) - 30, c.below(61) - 30);

@@ -80,7 +80,7 @@ void DocumentEdit::tellThumbnails(const std::optional<QUuid>& layerID) {
 }
 
 bool DocumentEdit::admits(std::uint64_t bytes) {
-  if (bytes == 0 || pixelsFitInMemory(bytes)) return true;
+  if (bytes == 0 || pixelsFitWithoutSpares(bytes)) return true;
   // Nothing was written, so the edit has no other effects.
   document_.batch_->changes.emplace_back(change::EditRefused{bytes});
   return false;

@@ -6,6 +6,7 @@
 #include "model/DocumentCompositor.h"
 #include "model/NodeWalk.h"
 #include "raster/HalfFloat.h"
+#include "raster/TileContribution.h"
 
 namespace orvanel::editCost {
 namespace {
@@ -57,15 +58,23 @@ ChangedTiles tilesChanged(const Surface& surface, const MayChange& mayChange, co
 constexpr auto everywhere = [](int) { return true; };
 constexpr auto nowhere = [](int) { return false; };
 
+/// Tests the tiles of a layer's surface, never those of a mask.
+auto isSeen(const Surface& surface) {
+  return [&surface](int index) { return !isTransparent(surface.tile(index), surface.format()); };
+}
+
 }  // namespace
 
 ChangedTiles tilesRewritten(const Surface& surface, const Surface* weight) {
   const auto isData = [&](int index) {
     return !surface.tile(index).isUniform() || (weight != nullptr && !weight->tile(index).isUniform());
   };
-  if (weight == nullptr) return tilesChanged(surface, everywhere, isData);
-  return tilesChanged(
-      surface, [&](int index) { return isUnder(*weight, index); }, isData);
+  const bool isMask = surface.format() == maskPixelFormat;
+  const auto mayChange = [&](int index) {
+    const bool isReached = weight == nullptr || isUnder(*weight, index);
+    return isReached && (isMask || isData(index) || isSeen(surface)(index));
+  };
+  return tilesChanged(surface, mayChange, isData);
 }
 
 ChangedTiles tilesBlended(const Surface& surface, const Surface& weight) {
@@ -75,21 +84,32 @@ ChangedTiles tilesBlended(const Surface& surface, const Surface& weight) {
 }
 
 ChangedTiles tilesMasked(const Surface& surface, const Surface& mask) {
-  return tilesChanged(surface, everywhere,
-                      [&](int index) { return isUnder(mask, index) && isBlended(surface, mask, index); });
+  // A transparent tile that has a colour loses it where the mask is empty.
+  const auto isData = [&](int index) {
+    const Tile& tile = surface.tile(index);
+    const bool isEmpty = tile.isUniform() && tile.pixel() == 0;
+    return !isEmpty && isUnder(mask, index) && isBlended(surface, mask, index);
+  };
+  return tilesChanged(
+      surface, [&](int index) { return isData(index) || isSeen(surface)(index); }, isData);
 }
 
 ChangedTiles tilesFilled(const Surface& surface) {
   return tilesChanged(surface, everywhere, nowhere);
 }
 
-ChangedTiles tilesMoved(const Surface& surface) {
-  if (dataTileCount(surface) == 0) return tilesFilled(surface);
-  return tilesChanged(surface, everywhere, everywhere);
+ChangedTiles tilesCleared(const Surface& surface) {
+  return tilesChanged(surface, isSeen(surface), nowhere);
 }
 
-std::uint64_t ofTiles(const Document& document, const Surface& surface, const ChangedTiles& changed) {
-  return changed.data.size() * surface.tileBytes() + ofFlattening(document, changed);
+ChangedTiles tilesHidden(const Surface& pixels, const Surface& mask) {
+  return tilesChanged(pixels, isSeen(pixels), [&](int index) {
+    return !pixels.tile(index).isUniform() || !mask.tile(index).isUniform();
+  });
+}
+
+std::uint64_t ofTiles(const Document& document, const Surface& surface, const PixelChange& change) {
+  return change.tiles.data.size() * surface.tileBytes() + ofFlattening(document, change);
 }
 
 std::uint64_t ofNewFlattening(const Document& document, int width, int height, ColorMode mode,
@@ -150,7 +170,7 @@ std::uint64_t ofMaskLike(const Surface& source) {
 std::uint64_t ofStep(const Document& document, const UndoableOperation::StepCost& step) {
   // A step of the tree or a property tells of flattening itself.
   if (step.tiles.data.empty() && step.tiles.uniform.empty()) return step.bytes;
-  return step.bytes + ofFlattening(document, step.tiles);
+  return step.bytes + ofFlattening(document, {.tiles = step.tiles});
 }
 
 }  // namespace orvanel::editCost

@@ -16,7 +16,11 @@ std::int64_t LayerMaskOperation::heldMaskBytes() const {
 }
 
 UndoableOperation::StepCost LayerMaskOperation::costToToggle() const {
-  return {.tiles = editCost::tilesRewritten(*mask_->maskTexture->texture, nullptr)};
+  const DocumentPtr target = document();
+  const ConstTexture pixels = layer_->texture.value();
+  if (target == nullptr || pixels == nullptr) return {};
+  ChangedTiles tiles = editCost::tilesHidden(*pixels, *mask_->maskTexture->texture);
+  return {.bytes = editCost::ofFlattening(*target, {.tiles = std::move(tiles), .layerID = layer_->id})};
 }
 
 void LayerMaskOperation::attachMask(DocumentEdit& edit) const {

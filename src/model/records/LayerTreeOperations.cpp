@@ -36,8 +36,7 @@ UndoableOperation::StepCost costOf(const DocumentPtr& document, const editCost::
 UndoableOperation::StepCost costToToggle(const DocumentPtr& document, const LayerNode& node, bool isInserted,
                                          const std::optional<TreePosition>& position) {
   if (isInserted) return costOf(document, {.removed = node.id()});
-  return costOf(document,
-                {.inserted = node, .parentID = position ? position->parentID : std::optional<QUuid>()});
+  return costOf(document, {.inserted = node, .position = position.value_or(TreePosition{})});
 }
 
 /// "Delete Layer", "Delete Folder", or the bare verb if there is no node.
@@ -163,7 +162,7 @@ UndoableOperation::StepCost MoveNodeOperation::costToStep() const {
   const std::optional<LayerNode> node = target != nullptr ? target->findNode(nodeID_) : std::nullopt;
   if (!node || (!isApplied() && !destPosition_)) return {};
   const TreePosition& position = isApplied() ? sourcePosition_ : *destPosition_;
-  return costOf(target, {.removed = nodeID_, .inserted = node, .parentID = position.parentID});
+  return costOf(target, {.removed = nodeID_, .inserted = node, .position = position});
 }
 
 void MoveNodeOperation::moveTo(const TreePosition& position) {

@@ -66,7 +66,8 @@ FillLayerOperation::FillLayerOperation(PixelEdit edit, float maskFillValue)
     : PixelOperation(std::move(edit), SurfaceKind::mask), maskFillValue_(maskFillValue) {}
 
 UndoableOperation::StepCost FillLayerOperation::costToRedo(const Surface& standing) const {
-  return {.tiles = editCost::tilesFilled(standing)};
+  const bool isClearing = !useMask() && fillColor_[3] == 0.0F;
+  return {.tiles = isClearing ? editCost::tilesCleared(standing) : editCost::tilesFilled(standing)};
 }
 
 void FillLayerOperation::redoOn(Target target) {
@@ -82,7 +83,7 @@ ClearLayerOperation::ClearLayerOperation(PixelEdit edit, ColorMode colorMode)
     : PixelOperation(std::move(edit), SurfaceKind::pixels), colorMode_(colorMode) {}
 
 UndoableOperation::StepCost ClearLayerOperation::costToRedo(const Surface& standing) const {
-  return {.tiles = editCost::tilesFilled(standing)};
+  return {.tiles = editCost::tilesCleared(standing)};
 }
 
 void ClearLayerOperation::redoOn(Target target) {

@@ -78,7 +78,11 @@ void BatchVisibilityChangeOperation::undo() {
 UndoableOperation::StepCost BatchVisibilityChangeOperation::costToStep() const {
   const DocumentPtr target = document();
   if (target == nullptr) return {};
-  return {.bytes = editCost::ofFlatteningTree(*target)};
+  editCost::TreeChange step;
+  for (const Change& change : changes_) {
+    step.visibility.insert(change.nodeID, isApplied() ? change.oldValue : newValue_);
+  }
+  return {.bytes = editCost::ofFlatteningTree(*target, step)};
 }
 
 std::int64_t BatchVisibilityChangeOperation::memoryCost() const {

@@ -32,11 +32,11 @@ class PropertyChangeOperation : public DocumentOperation {
         oldValue_(std::move(oldValue)),
         newValue_(std::move(newValue)) {}
 
-  /// For properties that the flattened image depends on. A folder may become isolating.
-  [[nodiscard]] StepCost costToFlatten() const {
+  /// For properties that the flattened image depends on.
+  [[nodiscard]] StepCost costToFlatten(const editCost::TreeChange& change) const {
     const DocumentPtr target = document();
     if (target == nullptr) return {};
-    return {.bytes = editCost::ofFlatteningTree(*target, {.isolated = nodeID_})};
+    return {.bytes = editCost::ofFlatteningTree(*target, change)};
   }
   [[nodiscard]] const QUuid& nodeID() const { return nodeID_; }
   [[nodiscard]] const Value& oldValue() const { return oldValue_; }
@@ -61,7 +61,7 @@ class OpacityChangeOperation final : public PropertyChangeOperation<float, &Docu
   /// Consecutive changes of one node become one record, from the first old value to the last new one.
   [[nodiscard]] std::shared_ptr<UndoableOperation> coalescedWith(
       const UndoableOperation& next) const override;
-  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
+  [[nodiscard]] StepCost costToStep() const override { return costToFlatten({.blended = nodeID()}); }
 };
 
 class BlendModeChangeOperation final
@@ -69,7 +69,7 @@ class BlendModeChangeOperation final
  public:
   BlendModeChangeOperation(const DocumentPtr& document, const QUuid& nodeID, BlendMode oldValue,
                            BlendMode newValue);
-  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
+  [[nodiscard]] StepCost costToStep() const override { return costToFlatten({.blended = nodeID()}); }
 };
 
 class NameChangeOperation final : public PropertyChangeOperation<QString, &DocumentEdit::setName> {
@@ -82,7 +82,9 @@ class NameChangeOperation final : public PropertyChangeOperation<QString, &Docum
 class VisibilityChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setVisible> {
  public:
   VisibilityChangeOperation(const DocumentPtr& document, const QUuid& nodeID, bool oldValue, bool newValue);
-  [[nodiscard]] StepCost costToStep() const override { return costToFlatten(); }
+  [[nodiscard]] StepCost costToStep() const override {
+    return costToFlatten({.visibility = {{nodeID(), isApplied() ? oldValue() : newValue()}}});
+  }
 };
 
 class LockChangeOperation final : public PropertyChangeOperation<bool, &DocumentEdit::setLocked> {

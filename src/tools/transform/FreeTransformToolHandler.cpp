@@ -135,10 +135,11 @@ void FreeTransformToolHandler::dragTo(const ToolContext& context, QPointF viewPo
   if (!pointer) return;
   drag_->pointer = viewPoint;
   const QTransform dragged = dragTransform(*pointer, context.view->currentModifiers());
-  // After many strong reductions there may be no way back from the matrix; the last one then stays.
-  if (!LayerTransform::canInvert(baseTransform_ * dragged)) return;
+  // After many strong reductions there may be no way back from the matrix; the last one then stays, as it
+  // does when there isn't the memory for what the matrix makes.
+  const QTransform whole = baseTransform_ * dragged;
+  if (!LayerTransform::canInvert(whole) || !transform_->transform(whole) || !isOpen()) return;
   currentDragTransform_ = dragged;
-  transform_->transform(total());
   refreshOverlay();
   context.view->requestRedraw();
 }

@@ -47,11 +47,11 @@ std::unique_ptr<LayerTransform> LayerTransform::begin(const DocumentPtr& documen
   return std::unique_ptr<LayerTransform>(new LayerTransform(std::move(edit), *content));
 }
 
-void LayerTransform::translate(int dx, int dy) {
-  edit_->show({OffsetParams{dx, dy}});
+bool LayerTransform::translate(int dx, int dy) {
+  return edit_->show({OffsetParams{dx, dy}});
 }
 
-void LayerTransform::scaleTo(const QRectF& box) {
+bool LayerTransform::scaleTo(const QRectF& box) {
   ScaleParams scale;
   scale.source = {static_cast<float>(contentRect_.x), static_cast<float>(contentRect_.y),
                   static_cast<float>(contentRect_.width), static_cast<float>(contentRect_.height)};
@@ -62,24 +62,24 @@ void LayerTransform::scaleTo(const QRectF& box) {
       QTransform::fromTranslate(-contentRect_.x, -contentRect_.y) *
       QTransform::fromScale(box.width() / contentRect_.width, box.height() / contentRect_.height) *
       QTransform::fromTranslate(box.x(), box.y());
-  edit_->show({scale}, {affineOf(matrix)});
+  return edit_->show({scale}, {affineOf(matrix)});
 }
 
-void LayerTransform::rotate(float angle) {
+bool LayerTransform::rotate(float angle) {
   RotateParams turn;
   turn.centerX = static_cast<float>(contentRect_.x) + static_cast<float>(contentRect_.width) * 0.5F;
   turn.centerY = static_cast<float>(contentRect_.y) + static_cast<float>(contentRect_.height) * 0.5F;
   turn.angle = angle;
-  edit_->show({turn});
+  return edit_->show({turn});
 }
 
 bool LayerTransform::canInvert(const QTransform& matrix) {
   return std::ranges::all_of(inverseOf(matrix), [](float entry) { return std::isfinite(entry); });
 }
 
-void LayerTransform::transform(const QTransform& matrix) {
+bool LayerTransform::transform(const QTransform& matrix) {
   assert(canInvert(matrix));
-  edit_->show({affineOf(matrix)});
+  return edit_->show({affineOf(matrix)});
 }
 
 }  // namespace orvanel

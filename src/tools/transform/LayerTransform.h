@@ -16,8 +16,8 @@ namespace orvanel {
 
 class LayerTransform {
  public:
-  /// Begins on the active layer; null if it is locked, a folder or empty, or if the edit may need more memory
-  /// than there is.
+  /// Begins on the active layer; null if it is locked, a folder or empty, or if there isn't the memory for
+  /// moving it by whole pixels.
   [[nodiscard]] static std::unique_ptr<LayerTransform> begin(const DocumentPtr& document,
                                                              const QString& actionName);
   LayerTransform(const LayerTransform&) = delete;
@@ -30,16 +30,19 @@ class LayerTransform {
   /// The bounds of the original content.
   [[nodiscard]] const PixelRect& contentRect() const { return contentRect_; }
 
-  /// In whole pixels. Content that leaves the canvas is lost at the end.
-  void translate(int dx, int dy);
+  // Each shows the original content anew. False if it isn't open, or if there isn't the memory for the
+  // result: the document then goes on showing what it did.
+
+  /// In whole pixels; never refused for lack of memory. Content that leaves the canvas is lost at the end.
+  bool translate(int dx, int dy);
   /// Maps the content box to `box`, whose sides are at least 1.
-  void scaleTo(const QRectF& box);
+  bool scaleTo(const QRectF& box);
   /// Radians about the centre of the content box; positive is clockwise on the screen.
-  void rotate(float angle);
+  bool rotate(float angle);
   /// Whether the matrix has an inverse whose entries 32-bit floats can hold.
   [[nodiscard]] static bool canInvert(const QTransform& matrix);
   /// Applies an invertible affine matrix to row vectors.
-  void transform(const QTransform& matrix);
+  bool transform(const QTransform& matrix);
 
   /// Keeps the preview under one record.
   void commit() { edit_->keep(); }

@@ -216,16 +216,14 @@ void MoveToolHandler::rotateTo(QPointF documentPoint, std::uint32_t modifiers) {
   const QPointF centre = rectOf(drag_->transform->contentRect()).center();
   float angle = static_cast<float>(handleDrag::angleOf(centre, documentPoint)) - drag_->startAngle;
   if ((modifiers & modifier::shift) != 0) angle = handleDrag::snappedAngle(angle);
-  drag_->transform->rotate(angle);
-  moveToolLayer_->moveToolRotation = angle;
+  if (drag_->transform->rotate(angle)) moveToolLayer_->moveToolRotation = angle;
 }
 
 void MoveToolHandler::scaleTo(QPointF documentPoint, std::uint32_t modifiers) {
   const std::optional<QRectF> box =
       handleDrag::scaledBox(rectOf(drag_->transform->contentRect()), drag_->handle, documentPoint,
                             handleDrag::proportionsUnder(modifiers));
-  if (!box) return;
-  drag_->transform->scaleTo(*box);
+  if (!box || !drag_->transform->scaleTo(*box)) return;
   contentRect_ = PixelRect{rounded(box->x()), rounded(box->y()), std::max(rounded(box->width()), 1),
                            std::max(rounded(box->height()), 1)};
   showBox();
