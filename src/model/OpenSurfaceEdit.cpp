@@ -99,9 +99,8 @@ bool OpenSurfaceEdit::admits(DocumentEdit& edit, const Document& document, const
     moved.push_back({part.kind, part.original, changeOf(part, change, changeOfMask)});
   }
   const std::uint64_t bytes = editCost::ofMove(document, *layer_, moved);
-  // Told once for a whole drag.
-  if (isRefused_) return pixelsFitInMemory(bytes);
-  isRefused_ = !edit.admits(bytes);
+  // Told once for steps that follow one another.
+  isRefused_ = isRefused_ ? !pixelsFitInMemory(bytes) : !edit.admits(bytes);
   return !isRefused_;
 }
 

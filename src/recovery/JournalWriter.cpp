@@ -235,13 +235,13 @@ JournalWriter::Outcome JournalWriter::append(const Capture& capture) {
   if (!draft) return {.result = Result::needsEverything};
   const std::int64_t before = file_->size;
   auto written = writeRecord(*file_, *draft);
-  if (!written && compaction_ != nullptr) {
+  if (!written && compaction_ != nullptr && file_->size < maximumBytes_ / 4 * 3) {
     // Its file may take the room that the record needs.
     postponeCompaction();
     written = writeRecord(*file_, *draft);
   }
-  if (!written) return {.result = Result::failed, .reason = written.error()};
   needsCompacting_ = needsCompacting_ || isCompactionDue();
+  if (!written) return {.result = Result::failed, .reason = written.error()};
   return {.bytesWritten = file_->size - before};
 }
 
@@ -370,7 +370,8 @@ Described<void> JournalWriter::compactSome() {
 
 void JournalWriter::postponeCompaction() {
   giveUpCompaction();
-  compactAt_ = file_->size + file_->size / 2;
+  // A journal that nears its limit has nothing else to hope for.
+  compactAt_ = std::min(file_->size + file_->size / 2, maximumBytes_ / 4 * 3);
 }
 
 void JournalWriter::giveUpCompaction() {

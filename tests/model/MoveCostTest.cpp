@@ -130,6 +130,32 @@ TEST_F(MovesOfASmallLayer, AFilledLayerLeavesDataAlongTheEdges) {
   EXPECT_LE(taken, static_cast<std::int64_t>(asked));
 }
 
+TEST_F(MovesOfASmallLayer, AColorUnderTheDataOfAMaskBecomesDataToo) {
+  document->removeNode(document->rootNodes.value().front().id());
+  ASSERT_EQ(document->activeLayer(), layer);
+  document->fillSelection({0.2F, 0.4F, 0.6F, 1.0F});
+  addMask(*layer);
+  Surface& mask = writable(layer->mask.value()->maskTexture->texture);
+  mask.fill(floatToHalf(1.0F));
+  const std::vector<std::uint16_t> row(360, floatToHalf(0.5F));
+  for (int y = 40; y < 400; ++y) {
+    mask.writeRect({40, y, 360, 1}, reinterpret_cast<const std::byte*>(row.data()), row.size() * 2);
+  }
+  put(document->needsCompositing, true);
+  static_cast<void>(document->composite());
+  std::unique_ptr<OpenSurfaceEdit> edit;
+  {
+    const ScopedMemoryLimit limit(250 * tileBytes);
+    edit = begin();
+  }
+  ASSERT_NE(edit, nullptr);
+  const auto enlarge = [&] { return edit->show(enlarged(4.0F)); };
+  const std::uint64_t asked = askedBy(*document, [&] { EXPECT_FALSE(enlarge()); });
+  const std::int64_t taken = takenBy(*document, [&] { EXPECT_TRUE(enlarge()); });
+  EXPECT_GE(taken, static_cast<std::int64_t>(150 * tileBytes));
+  EXPECT_LE(taken, static_cast<std::int64_t>(asked));
+}
+
 TEST_F(MovesOfASmallLayer, OtherTransformsAskForWhatTheyMakeWhenTheyAreShown) {
   const ChangeRecorder changes(*document);
   const ScopedMemoryLimit limit(40 * tileBytes);
@@ -148,6 +174,8 @@ TEST_F(MovesOfASmallLayer, OtherTransformsAskForWhatTheyMakeWhenTheyAreShown) {
   EXPECT_EQ(changes.count<change::EditRefused>(), 1U) << "told once";
   EXPECT_TRUE(layer->texture.value()->equals(shown));
   EXPECT_TRUE(edit->show(enlarged(1.5F))) << "a smaller one fits";
+  EXPECT_FALSE(edit->show(enlarged(6.0F)));
+  EXPECT_EQ(changes.count<change::EditRefused>(), 2U) << "told anew";
   edit->keep();
   EXPECT_EQ(document->undoStack.undoActionName(), "Move");
 }

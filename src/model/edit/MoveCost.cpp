@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "model/edit/FlatteningCost.h"
 #include "raster/TileContribution.h"
@@ -83,17 +84,25 @@ std::uint64_t ofMove(const Document& document, const Layer& layer,
   const Surface& standing = *layer.surface(SurfaceKind::pixels);
   PixelChange flattened{.tiles = {.data = seenTiles(standing), .uniform = {}}, .layerID = layer.id};
   std::uint64_t bytes = 0;
+  std::vector<int> coloredLater;
+  std::vector<int> maskedLater;
   for (const MovedSurface& moved : surfaces) {
     SurfaceForecast forecast = forecastOf(moved.change, moved.original);
     bytes += forecast.data.size() * moved.original.tileBytes();
-    if (moved.kind != SurfaceKind::pixels) continue;
+    if (moved.kind != SurfaceKind::pixels) {
+      maskedLater = std::move(forecast.data);
+      continue;
+    }
     std::vector<int>& uniform = flattened.tiles.uniform;
     uniform = seenTiles(moved.original);
     for (const std::vector<int>& more : {flattened.tiles.data, forecast.uniform}) {
       uniform.insert(uniform.end(), more.begin(), more.end());
     }
     flattened.tiles.data = std::move(forecast.data);
+    coloredLater = std::move(forecast.uniform);
   }
+  // One colour under a mask's data is flattened to data.
+  std::ranges::set_intersection(coloredLater, maskedLater, std::back_inserter(flattened.tiles.data));
   return bytes + ofFlattening(document, flattened);
 }
 
