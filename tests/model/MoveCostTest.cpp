@@ -137,7 +137,8 @@ TEST_F(MovesOfASmallLayer, AColorUnderTheDataOfAMaskBecomesDataToo) {
   addMask(*layer);
   Surface& mask = writable(layer->mask.value()->maskTexture->texture);
   mask.fill(floatToHalf(1.0F));
-  const std::vector<std::uint16_t> row(360, floatToHalf(0.5F));
+  std::vector<std::uint16_t> row;
+  for (int x = 0; x < 360; ++x) row.push_back(floatToHalf(static_cast<float>(x) / 400.0F));
   for (int y = 40; y < 400; ++y) {
     mask.writeRect({40, y, 360, 1}, reinterpret_cast<const std::byte*>(row.data()), row.size() * 2);
   }
