@@ -1082,6 +1082,10 @@ Klicken, um eine andere zu wählen</translation>
         <translation>Möchten Sie die Änderungen an „%1“ speichern?</translation>
     </message>
     <message>
+        <source>Its file is no longer where it was. The whole document will be lost if you don&apos;t save it.</source>
+        <translation>Die Datei ist nicht mehr an ihrem Ort. Das ganze Dokument geht verloren, wenn Sie es nicht speichern.</translation>
+    </message>
+    <message>
         <source>Your changes will be lost if you don&apos;t save them.</source>
         <translation>Ihre Änderungen gehen verloren, wenn Sie sie nicht speichern.</translation>
     </message>

@@ -1,6 +1,9 @@
 #include "app/DocumentFiles.h"
 
+#include <unistd.h>
+
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QPointer>
@@ -8,6 +11,7 @@
 #include <QThreadPool>
 #include <QTimer>
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 #include <vector>
 
@@ -34,6 +38,11 @@ QString proposedName(QString name) {
   constexpr qsizetype mostBytes = 240;
   if (name.toUtf8().size() > mostBytes) name = displayText(name);
   return name.replace(u'/', u'-').replace(u'\n', u' ').remove(QChar(u'\0'));
+}
+
+/// Storage that is out of reach may come back with the file.
+bool isGone(const QString& path) {
+  return ::access(QFile::encodeName(path).constData(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 }  // namespace
@@ -162,14 +171,16 @@ void DocumentFiles::noteMissingFiles() {
     if (known != nullptr && !canSave(*document)) saved.emplace_back(document, known);
   }
   runInBackground([guard = QPointer(this), saved = std::move(saved)]() mutable {
-    std::erase_if(saved, [](const auto& each) { return each.second->state() != FileState::missing; });
+    std::erase_if(saved, [](const auto& each) { return !isGone(each.second->documentPath); });
     runOnMainThread([guard, missing = std::move(saved)] {
       if (guard.isNull()) return;
       guard->isLooking_ = false;
       for (const auto& [weak, known] : missing) {
         const DocumentPtr document = weak.lock();
         const bool isAsItWas = document != nullptr && document->fileMemory() == known;
-        if (isAsItWas && !guard->saves_.contains(document->id)) document->setDirty(true);
+        if (!isAsItWas || guard->saves_.contains(document->id)) continue;
+        document->setDirty(true);
+        guard->withoutFile_.insert(document->id);
       }
     });
   });
@@ -297,6 +308,7 @@ void DocumentFiles::refuseFlatSave(Done done) {
 void DocumentFiles::saveEnded(const SaveRequest& request, const FileResult<void>& result) {
   if (!result) return markSaveFailed(*request.document);
   noteRecentDocument(request.path);
+  withoutFile_.erase(request.document->id);
   // While another save of it waits, the document is marked as saved for that one.
   if (onSaved && !saves_.contains(request.document->id)) onSaved(*request.document);
   if (!request.flatFormat) {
@@ -369,7 +381,9 @@ bool DocumentFiles::confirmClosing(const DocumentPtr& document) {
   if (!appState_.userDefaults.confirmUnsavedChanges()) return true;
   const SaveAnswer answer = dialogs_.askToSave(
       tr("Do you want to save changes to \"%1\"?").arg(displayText(document->name.value())),
-      tr("Your changes will be lost if you don't save them."));
+      withoutFile_.contains(document->id)
+          ? tr("Its file is no longer where it was. The whole document will be lost if you don't save it.")
+          : tr("Your changes will be lost if you don't save them."));
   if (answer == SaveAnswer::save) return saveForClosing(document);
   return answer == SaveAnswer::dontSave;
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "app/AgreedFiles.h"
@@ -129,6 +130,7 @@ class DocumentFiles : public QObject, private SaveQueueClient {
   AgreedFiles agreed_;
   /// At files that may be missing.
   bool isLooking_ = false;
+  std::set<QUuid> withoutFile_;  ///< saved documents whose file has gone since
 };
 
 }  // namespace orvanel

@@ -417,6 +417,10 @@ TEST_F(ChangedFileTest, ASavedDocumentWhoseFileHasGoneIsUnsaved) {
     return document->isDirty.value();
   }));
   EXPECT_FALSE(other->isDirty.value()) << "it never had one";
+  dialogs.saveAnswers.push(SaveAnswer::cancel);
+  state.windowState.closeDocument(document->id);
+  EXPECT_EQ(dialogs.lastInformativeText,
+            "Its file is no longer where it was. The whole document will be lost if you don't save it.");
   dialogs.overwriteAnswers.push(OverwriteAnswer::saveAnyway);
   save(document);
   ASSERT_THAT(dialogs.overwriteQuestions, SizeIs(1));

@@ -131,6 +131,13 @@ Described<std::shared_ptr<const ArchiveInput>> ArchiveInput::file(const std::str
   return std::make_shared<const FileInput>(std::move(*file));
 }
 
+Described<std::shared_ptr<const ArchiveInput>> ArchiveInput::settledFile(const std::string& path) {
+  auto file = FileHandle::openForReading(path);
+  if (!file) return because(file.error());
+  file->settleMappings();
+  return std::make_shared<const FileInput>(std::move(*file));
+}
+
 std::shared_ptr<const ArchiveInput> ArchiveInput::bytes(std::span<const std::byte> bytes) {
   return std::make_shared<const MemoryInput>(bytes);
 }

@@ -28,6 +28,8 @@ class ArchiveInput {
 
   /// Keeps the file open, so the file may be replaced under its name in the meantime.
   [[nodiscard]] static Described<std::shared_ptr<const ArchiveInput>> file(const std::string& path);
+  /// As `file`, after `FileHandle::settleMappings`.
+  [[nodiscard]] static Described<std::shared_ptr<const ArchiveInput>> settledFile(const std::string& path);
   [[nodiscard]] static std::shared_ptr<const ArchiveInput> bytes(std::span<const std::byte> bytes);
 };
 

@@ -161,6 +161,12 @@ Described<ZipReader> ZipReader::open(const std::string& path) {
   return openInput(std::move(*input));
 }
 
+Described<ZipReader> ZipReader::openSettled(const std::string& path) {
+  auto input = ArchiveInput::settledFile(path);
+  if (!input) return because(input.error());
+  return openInput(std::move(*input));
+}
+
 Described<ZipReader> ZipReader::openBytes(std::span<const std::byte> bytes) {
   return openInput(ArchiveInput::bytes(bytes));
 }

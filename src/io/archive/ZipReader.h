@@ -41,6 +41,9 @@ class ZipReader {
   static constexpr std::size_t maximumPathBytes = 1024;
 
   [[nodiscard]] static Described<ZipReader> open(const std::string& path);
+  /// As `open`, so that the identity tells later of what other programs store in mappings of the file. May
+  /// wait for the disk.
+  [[nodiscard]] static Described<ZipReader> openSettled(const std::string& path);
   /// The bytes must outlive the reader and its streams.
   [[nodiscard]] static Described<ZipReader> openBytes(std::span<const std::byte> bytes);
   ~ZipReader();

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "io/document/SaveSnapshot.h"
-#include "io/files/InputFile.h"
 #include "raster/MemoryBudget.h"
 #include "raster/MetalContext.h"
 
@@ -222,9 +221,7 @@ Described<DocumentPlan> planDocument(Manifest manifest, const MetalContext& cont
 
 Described<OpenedDocument> openDocument(const QString& path, const MetalContext& context,
                                        const Progress& progress) {
-  const std::string name = QFile::encodeName(path).toStdString();
-  if (const auto file = FileHandle::openForReading(name)) file->settleMappings();
-  return open(ZipReader::open(name), context, progress);
+  return open(ZipReader::openSettled(QFile::encodeName(path).toStdString()), context, progress);
 }
 
 Described<OpenedDocument> openDocument(std::span<const std::byte> bytes, const MetalContext& context,
