@@ -136,6 +136,14 @@ class DocumentRecoveryTest : public AppFixture {
     ASSERT_TRUE(waitUntil([&] { return openNames().size() == documents; }));
   }
 
+  void expectASaveWithoutAQuestion() {
+    const DocumentPtr document = state.windowState.activeDocument();
+    files.save(document);
+    files.settleWrites();
+    EXPECT_FALSE(document->isDirty.value());
+    EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  }
+
   std::unique_ptr<DocumentRecovery> recovery;
 };
 
@@ -205,11 +213,7 @@ TEST_F(DocumentRecoveryTest, ARestoredDocumentIsSavedOverItsFileWithoutAQuestion
   addSavedAndEdited("Sky");
   crashAndStart();
   offer(RecoveryAnswer::restore, 1);
-  const DocumentPtr document = state.windowState.activeDocument();
-  files.save(document);
-  files.settleWrites();
-  EXPECT_FALSE(document->isDirty.value());
-  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  expectASaveWithoutAQuestion();
   EXPECT_TRUE(waitForJournals(0));
 }
 
@@ -326,11 +330,7 @@ TEST_F(DocumentRecoveryTest, AnImageKnowsWhatWasExportedOverItAfterACrashAsWell)
   recovery->recordNow();
   crashAndStart();
   offer(RecoveryAnswer::restore, 1);
-  const DocumentPtr document = state.windowState.activeDocument();
-  files.save(document);
-  files.settleWrites();
-  EXPECT_FALSE(document->isDirty.value());
-  EXPECT_THAT(dialogs.overwriteQuestions, IsEmpty());
+  expectASaveWithoutAQuestion();
 }
 
 /// Its files can't be removed.

@@ -114,6 +114,29 @@ TEST_F(JournalCompactionTest, makesRoomForRecordsOnAFullDisk) {
   EXPECT_EQ(firstDifference(*document, *readBack()), "");
 }
 
+TEST_F(JournalCompactionTest, makesRoomInAJournalThatHasReachedItsLimit) {
+  constexpr std::int64_t limit = 16'000'000;
+  writer = std::make_unique<JournalWriter>(store().newJournal(), limit);
+  record();
+  while (!writer->needsCompacting()) {
+    changePixels(*document);
+    record();
+  }
+  writer->compactPiece();
+  JournalWriter::Outcome outcome;
+  do {
+    changePixels(*document);
+    outcome = writer->write(testing::captured(*capture));
+  } while (outcome.result == JournalWriter::Result::written);
+  EXPECT_EQ(outcome.result, JournalWriter::Result::failed);
+  EXPECT_TRUE(writer->needsCompacting()) << "nothing else can help";
+  compact();
+  EXPECT_LT(writer->size(), limit / 2);
+  capture->forgetAll();
+  record();
+  EXPECT_EQ(firstDifference(*document, *readBack()), "");
+}
+
 TEST_F(JournalCompactionTest, leavesTheJournalWhenItFails) {
   testing::FailingStep disk(testing::FailingStep::Step::rename);
   record();

@@ -34,6 +34,20 @@ class CountingDisk : public FileOperations {
     errno = EOPNOTSUPP;
     return -1;
   }
+
+ protected:
+  /// What sharing comes to for whoever reads. False if a part can't be copied.
+  static bool copyInstead(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
+                          std::size_t count) {
+    FileOperations disk;
+    for (std::size_t done = 0; done < count;) {
+      const ssize_t part = disk.copyRange(from, fromOffset + static_cast<std::int64_t>(done), to,
+                                          toOffset + static_cast<std::int64_t>(done), count - done);
+      if (part <= 0) return false;
+      done += static_cast<std::size_t>(part);
+    }
+    return true;
+  }
 };
 
 class ResavingTest : public ::testing::Test {

@@ -45,14 +45,7 @@ class SharingDisk final : public CountingDisk {
     EXPECT_EQ(toOffset % block, 0U);
     EXPECT_EQ(count % block, 0U);
     shared += static_cast<std::int64_t>(count);
-    FileOperations disk;
-    for (std::size_t done = 0; done < count;) {
-      const ssize_t part = disk.copyRange(from, fromOffset + static_cast<std::int64_t>(done), to,
-                                          toOffset + static_cast<std::int64_t>(done), count - done);
-      if (part <= 0) return -1;
-      done += static_cast<std::size_t>(part);
-    }
-    return 0;
+    return copyInstead(from, fromOffset, to, toOffset, count) ? 0 : -1;
   }
 };
 

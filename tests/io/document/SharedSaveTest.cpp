@@ -51,13 +51,7 @@ class SharingDisk final : public CountingDisk {
 
   int shareRange(int from, std::int64_t fromOffset, int to, std::int64_t toOffset,
                  std::size_t count) override {
-    FileOperations disk;
-    for (std::size_t done = 0; done < count;) {
-      const ssize_t part = disk.copyRange(from, fromOffset + static_cast<std::int64_t>(done), to,
-                                          toOffset + static_cast<std::int64_t>(done), count - done);
-      if (part <= 0) return -1;
-      done += static_cast<std::size_t>(part);
-    }
+    if (!copyInstead(from, fromOffset, to, toOffset, count)) return -1;
     if (spoilsShared && shared == 0) spoil(to, toOffset + 1000);
     shared += static_cast<std::int64_t>(count);
     target_ = inodeOf(to);
